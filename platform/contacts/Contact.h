@@ -1,0 +1,76 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/contacts/LabeledValue.h"
+#include "platform/contacts/PhoneNumber.h"
+#include "platform/contacts/PostalAddress.h"
+
+namespace quenlet {
+
+// The entries of one list of a contact, in order. Entries are shared, never changed.
+template <typename T>
+using LabeledValues = std::vector<std::shared_ptr<const LabeledValue<T>>>;
+
+// The fields of one contact record. Text fields that are not set are empty; so is an image.
+struct ContactFields final {
+  std::string namePrefix;
+  std::string givenName;
+  std::string middleName;
+  std::string familyName;
+  std::string nameSuffix;
+  std::string nickname;
+  LabeledValues<std::string> emailAddresses;
+  LabeledValues<PhoneNumber> phoneNumbers;
+  LabeledValues<PostalAddress> postalAddresses;
+  // Shared, since an image can be large; null for none.
+  std::shared_ptr<const std::string> imageData;
+
+  // Compares entries by content.
+  friend bool operator==(const ContactFields& a, const ContactFields& b);
+};
+
+// A contact record. Immutable; made from a MutableContact or from fields.
+class Contact {
+ public:
+  Contact() = default;
+  explicit Contact(ContactFields contactFields) : fields(std::move(contactFields)) {}
+
+  [[nodiscard]] const std::string& namePrefix() const { return fields.namePrefix; }
+  [[nodiscard]] const std::string& givenName() const { return fields.givenName; }
+  [[nodiscard]] const std::string& middleName() const { return fields.middleName; }
+  [[nodiscard]] const std::string& familyName() const { return fields.familyName; }
+  [[nodiscard]] const std::string& nameSuffix() const { return fields.nameSuffix; }
+  [[nodiscard]] const std::string& nickname() const { return fields.nickname; }
+  [[nodiscard]] const LabeledValues<std::string>& emailAddresses() const {
+    return fields.emailAddresses;
+  }
+  [[nodiscard]] const LabeledValues<PhoneNumber>& phoneNumbers() const {
+    return fields.phoneNumbers;
+  }
+  [[nodiscard]] const LabeledValues<PostalAddress>& postalAddresses() const {
+    return fields.postalAddresses;
+  }
+  [[nodiscard]] const std::shared_ptr<const std::string>& imageData() const {
+    return fields.imageData;
+  }
+
+  friend bool operator==(const Contact&, const Contact&) = default;
+
+ protected:
+  ContactFields fields;
+};
+
+// A contact under construction, by one thread at a time. Slicing it to a Contact ends the
+// construction: `Contact done = std::move(mutableContact).contact()`.
+class MutableContact final : public Contact {
+ public:
+  using Contact::Contact;
+
+  [[nodiscard]] ContactFields& mutableFields() { return fields; }
+  [[nodiscard]] Contact contact() && { return Contact(std::move(fields)); }
+};
+
+}  // namespace quenlet

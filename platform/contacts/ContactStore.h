@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/contacts/Contact.h"
+#include "platform/contacts/KeyDescriptor.h"
+#include "platform/foundation/Either.h"
+
+namespace quenlet {
+
+inline constexpr char LabelHome[] = "home";
+inline constexpr char LabelPhoneNumberDevice[] = "device";
+// The contact under which feedback on the owner's values is kept.
+inline constexpr char MeCardContactIdentifier[] = "ovaro.quenlet.me-card";
+inline constexpr char ContactErrorDomain[] = "ovaro.quenlet.contact-error";
+enum class ContactErrorCode { noMeContact = 1, invalidCard = 2 };
+
+// A connection to the owner's contact database.
+class ContactStore {
+ public:
+  virtual ~ContactStore() = default;
+  // The me contact with just the asked-for fields filled in, read at the time of the call on the
+  // calling thread; or an error: there is none, or it cannot be read.
+  [[nodiscard]] virtual Result<std::shared_ptr<const Contact>>
+  _crossPlatformUnifiedMeContactWithKeysToFetch(const std::vector<KeyDescriptor>& keys) = 0;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/foundation/PropertyList.h"
+
+namespace quenlet {
+
+inline constexpr char NamePrefixKey[] = "namePrefix";
+inline constexpr char GivenNameKey[] = "givenName";
+inline constexpr char MiddleNameKey[] = "middleName";
+inline constexpr char FamilyNameKey[] = "familyName";
+inline constexpr char NameSuffixKey[] = "nameSuffix";
+inline constexpr char NicknameKey[] = "nickname";
+
+class Contact;
+
+// A person's name in its components; each may be absent, which differs from empty. A value type.
+struct PersonNameComponents final {
+  std::optional<std::string> namePrefix;
+  std::optional<std::string> givenName;
+  std::optional<std::string> middleName;
+  std::optional<std::string> familyName;
+  std::optional<std::string> nameSuffix;
+  std::optional<std::string> nickname;
+
+  // The present components, each under its key.
+  [[nodiscard]] PropertyListDictionary dictionaryRepresentation() const;
+  // Each component from its key when that key holds a string, else absent.
+  [[nodiscard]] static PersonNameComponents componentsWithDictionary(
+      const PropertyListDictionary& entries);
+  // The six name fields of `contact`; a field that is empty or was not fetched is absent.
+  [[nodiscard]] static PersonNameComponents componentsForContact(const Contact& contact);
+
+  // All six components by canonical equivalence; an absent one equals only an absent one.
+  friend bool operator==(const PersonNameComponents& a, const PersonNameComponents& b);
+};
+
+}  // namespace quenlet

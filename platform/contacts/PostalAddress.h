@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/PropertyList.h"
+
+namespace quenlet {
+
+// How a postal address is meant to be laid out; kept with a donation, not used by the agent.
+enum class PostalAddressStyle : std::int64_t { mailingAddress = 0, abbreviated = 1 };
+
+// A postal address; a field that does not apply is empty. A value type.
+struct PostalAddress final {
+  std::string street;  // may hold several lines
+  std::string subLocality;
+  std::string city;
+  std::string subAdministrativeArea;
+  std::string state;
+  std::string postalCode;
+  std::string country;
+  std::string isoCountryCode;
+
+  // The non-empty fields, each under the key of its name ("street", "isoCountryCode").
+  [[nodiscard]] PropertyListDictionary dictionaryRepresentation() const;
+  // `postalAddressWithDictionaryRepresentation:`. Unknown keys are ignored. Nothing when a known key holds anything but a string, or
+  // when no known key is there.
+  [[nodiscard]] static std::optional<PostalAddress> postalAddressWithDictionaryRepresentation(
+      const PropertyListDictionary& entries);
+
+  // All fields, by canonical equivalence.
+  friend bool operator==(const PostalAddress& a, const PostalAddress& b);
+};
+
+}  // namespace quenlet

@@ -1,0 +1,145 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/Either.h"
+#include "platform/foundation/Mutex.h"
+
+namespace quenlet {
+
+// A result that may still be under way. Thread-safe; copies share the one result, which never
+// changes once it is there. A Future whose Promise is dropped without an answer never completes.
+//
+// Blocks given to onCompletion(), flatMap() and recover() run on the thread that completes the
+// future, or at once on the calling thread when it is complete already; no lock is held.
+template <typename T>
+class Future final {
+ public:
+  using CompletionBlock = std::function<void(const Result<T>&)>;
+
+  [[nodiscard]] static Future futureWithResult(T result) {
+    return completed(Result<T>::left(std::move(result)));
+  }
+  [[nodiscard]] static Future futureWithError(ErrorPtr error) {
+    return completed(Result<T>::right(std::move(error)));
+  }
+
+  // Waits until the future is complete. Do not call it on a thread that has to complete it.
+  [[nodiscard]] const Result<T>& result() const {
+    State& shared = *state;
+    MutexLock lock(shared.mutex);
+    while (!shared.outcome) shared.changed.wait(shared.mutex);
+    return *shared.outcome;
+  }
+
+  void onCompletion(CompletionBlock block) const {
+    State& shared = *state;
+    {
+      MutexLock lock(shared.mutex);
+      if (!shared.outcome) {
+        shared.waiting.push_back(std::move(block));
+        return;
+      }
+    }
+    block(shared.settled());
+  }
+
+  // On success the future that `next` (const T& -> Future<U>) gives; a failure is passed on.
+  template <typename Next>
+  [[nodiscard]] auto flatMap(Next next) const -> decltype(next(std::declval<const T&>()));
+
+  // On failure the future that `replacement` (const ErrorPtr& -> Future<T>) gives.
+  [[nodiscard]] Future recover(std::function<Future(const ErrorPtr&)> replacement) const;
+
+ private:
+  template <typename U>
+  friend class Future;
+  template <typename U>
+  friend class Promise;
+
+  struct State {
+    Mutex mutex;
+    ConditionVariable changed;
+    std::optional<Result<T>> outcome GUARDED_BY(mutex);
+    std::vector<CompletionBlock> waiting GUARDED_BY(mutex);
+
+    void complete(Result<T> result) {
+      std::vector<CompletionBlock> blocks;
+      {
+        MutexLock lock(mutex);
+        if (outcome) return;
+        outcome.emplace(std::move(result));
+        blocks.swap(waiting);
+        changed.notifyAll();
+      }
+      for (const CompletionBlock& block : blocks) block(settled());
+    }
+
+    // Once there, the outcome never changes, so that reading it needs no lock.
+    const Result<T>& settled() const QUENLET_ATTRIBUTE(no_thread_safety_analysis) {
+      return *outcome;
+    }
+  };
+
+  explicit Future(std::shared_ptr<State> shared) : state(std::move(shared)) {}
+
+  static Future completed(Result<T> result) {
+    Future future(std::make_shared<State>());
+    future.state->complete(std::move(result));
+    return future;
+  }
+
+  std::shared_ptr<State> state;
+};
+
+// The side of a Future that completes it. Thread-safe; the first completion counts, later ones
+// have no effect.
+template <typename T>
+class Promise final {
+ public:
+  Promise() : state(std::make_shared<typename Future<T>::State>()) {}
+
+  [[nodiscard]] Future<T> future() const { return Future<T>(state); }
+  void complete(Result<T> result) const { state->complete(std::move(result)); }
+  void succeed(T result) const { complete(Result<T>::left(std::move(result))); }
+  void fail(ErrorPtr error) const { complete(Result<T>::right(std::move(error))); }
+
+ private:
+  std::shared_ptr<typename Future<T>::State> state;
+};
+
+template <typename T>
+template <typename Next>
+auto Future<T>::flatMap(Next next) const -> decltype(next(std::declval<const T&>())) {
+  using Chained = decltype(next(std::declval<const T&>()));
+  auto chained = std::make_shared<typename Chained::State>();
+  onCompletion([chained, next = std::move(next)](const Result<T>& outcome) {
+    if (!outcome.isLeft()) {
+      chained->complete(std::decay_t<decltype(*chained->outcome)>::right(outcome.right()));
+      return;
+    }
+    next(outcome.left()).onCompletion([chained](const auto& final) { chained->complete(final); });
+  });
+  return Chained(chained);
+}
+
+template <typename T>
+Future<T> Future<T>::recover(std::function<Future(const ErrorPtr&)> replacement) const {
+  auto recovered = std::make_shared<State>();
+  onCompletion([recovered, replacement = std::move(replacement)](const Result<T>& outcome) {
+    if (outcome.isLeft()) {
+      recovered->complete(outcome);
+      return;
+    }
+    replacement(outcome.right()).onCompletion([recovered](const Result<T>& final) {
+      recovered->complete(final);
+    });
+  });
+  return Future(recovered);
+}
+
+}  // namespace quenlet

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quenlet {
+
+// Builds one JSON text, front to back. The caller opens and closes containers in pairs and, inside
+// an object, gives a key before each value; commas are put in by themselves. Text that is not valid
+// UTF-8 has its bad bytes replaced by U+FFFD, so that the result is always valid JSON.
+// One thread at a time.
+class JSONWriter final {
+ public:
+  JSONWriter& beginObject();
+  JSONWriter& endObject();
+  JSONWriter& beginArray();
+  JSONWriter& endArray();
+  JSONWriter& key(std::string_view name);
+  JSONWriter& value(std::string_view text);
+  JSONWriter& value(const char* text) { return value(std::string_view(text)); }
+  JSONWriter& value(std::int64_t number);
+  // Non-finite numbers become null, as JSON has no form for them.
+  JSONWriter& value(double number);
+  JSONWriter& value(bool flag);
+  JSONWriter& null();
+
+  [[nodiscard]] const std::string& text() const { return output; }
+  [[nodiscard]] std::string take() && { return std::move(output); }
+
+ private:
+  void separate();
+
+  std::string output;
+  // One entry an open container: whether it holds something already.
+  std::vector<bool> filled{false};
+  bool afterKey = false;
+};
+
+}  // namespace quenlet

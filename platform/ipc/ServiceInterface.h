@@ -1,0 +1,71 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/foundation/Error.h"
+#include "platform/ipc/WireReader.h"
+
+namespace quenlet {
+
+inline constexpr char ServiceErrorDomain[] = "ovaro.quenlet.service-error";
+enum class ServiceErrorCode {
+  noService = 1,         // nobody listens under that name
+  connectionBroken = 2,  // the connection ended before the reply
+  unknownOperation = 3,
+  invalidArguments = 4,  // wrong count, type or class
+  malformedMessage = 5,
+  messageTooLarge = 6,
+  tooManyConnections = 7,
+  notImplemented = 8,    // the operation is known, but not served by this build
+  noReply = 9,           // the operation's handler was dropped without an answer
+};
+[[nodiscard]] ErrorPtr makeServiceError(ServiceErrorCode code, std::string debugDescription);
+
+enum class OfReply { no, yes };
+
+// One argument or reply value of an operation: its type, whether it may be null, and the classes of
+// object that may stand anywhere inside it.
+struct WireParameter final {
+  WireType type;
+  bool nullable = false;
+  std::set<std::string, std::less<>> classes;
+};
+
+// What a service exports: its operations by name, and for each argument what a peer may send.
+// A value type; configured before the connection is resumed, then constant.
+class ServiceInterface final {
+ public:
+  ServiceInterface& addOperation(std::string selector, std::vector<WireParameter> arguments,
+                                 std::vector<WireParameter> reply);
+
+  // The classes allowed in one argument. The selector and index must exist.
+  [[nodiscard]] const std::set<std::string, std::less<>>& classesForSelector(
+      std::string_view selector, std::size_t argumentIndex, OfReply ofReply) const;
+  void setClasses(std::set<std::string, std::less<>> classes, std::string_view forSelector,
+                  std::size_t argumentIndex, OfReply ofReply);
+
+  // The parameters of an operation, or null when there is none of that name.
+  [[nodiscard]] const std::vector<WireParameter>* parameters(std::string_view selector,
+                                                             OfReply ofReply) const;
+
+ private:
+  struct Operation final {
+    std::vector<WireParameter> arguments;
+    std::vector<WireParameter> reply;
+  };
+  std::map<std::string, Operation, std::less<>> operations;
+};
+
+// Checks that `bytes` are exactly one value for each parameter: well-formed, valid UTF-8, nested at
+// most `maximumWireNesting` deep, of the right types, with objects of the allowed classes only.
+// Null when they are, else the error (malformedMessage or invalidArguments). Allocates nothing in
+// proportion to what the bytes announce.
+inline constexpr int maximumWireNesting = 64;
+[[nodiscard]] ErrorPtr validateWireValues(std::string_view bytes,
+                                          const std::vector<WireParameter>& parameters);
+
+}  // namespace quenlet

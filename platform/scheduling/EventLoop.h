@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "platform/foundation/Cancelable.h"
+#include "platform/scheduling/Scheduler.h"
+
+namespace quenlet {
+
+// Waits on file descriptors and runs their handlers and posted blocks on the one thread that calls
+// run(). Level-triggered; epoll underneath. All operations are thread-safe but run().
+class EventLoop final {
+ public:
+  // Called with the epoll events that are ready (EPOLLIN, EPOLLHUP...).
+  using Handler = std::function<void(std::uint32_t readyEvents)>;
+
+  // One watched descriptor. The descriptor stays the owner's; cancel the watch before closing it.
+  class Watch : public Cancelable {
+   public:
+    // Replaces the set of epoll events that are waited for; 0 pauses the watch.
+    virtual void setEvents(std::uint32_t events) = 0;
+  };
+
+  EventLoop();
+  ~EventLoop();
+  EventLoop(const EventLoop&) = delete;
+  EventLoop& operator=(const EventLoop&) = delete;
+
+  // Calls `handler` on the loop's thread whenever `descriptor` has one of `events`. A handler that is
+  // cancelled on the loop's thread is not called any more after cancel() returns.
+  [[nodiscard]] std::shared_ptr<Watch> watch(int descriptor, std::uint32_t events,
+                                             Handler handler);
+  // Runs `block` on the loop's thread, after those posted before.
+  void post(Block block);
+  // Runs handlers and blocks until stop(); blocks posted before the stop still run.
+  void run();
+  // Makes run() return soon; a stop before run() makes that run() return at once.
+  void stop();
+  [[nodiscard]] bool isLoopThread() const;
+
+ private:
+  struct State;
+  std::shared_ptr<State> state;
+};
+
+}  // namespace quenlet
