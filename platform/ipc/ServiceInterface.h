@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -20,8 +22,8 @@ enum class ServiceErrorCode {
   malformedMessage = 5,
   messageTooLarge = 6,
   tooManyConnections = 7,
-  notImplemented = 8,    // the operation is known, but not served by this build
-  noReply = 9,           // the operation's handler was dropped without an answer
+  notImplemented = 8,  // the operation is known, but not served by this build
+  noReply = 9,         // the operation's handler was dropped without an answer
 };
 [[nodiscard]] ErrorPtr makeServiceError(ServiceErrorCode code, std::string debugDescription);
 
@@ -60,11 +62,14 @@ class ServiceInterface final {
   std::map<std::string, Operation, std::less<>> operations;
 };
 
+// How deep lists, dictionaries and objects may stand within each other.
+inline constexpr int maximumWireNesting = 64;
+
 // Checks that `bytes` are exactly one value for each parameter: well-formed, valid UTF-8, nested at
 // most `maximumWireNesting` deep, of the right types, with objects of the allowed classes only.
-// Null when they are, else the error (malformedMessage or invalidArguments). Allocates nothing in
-// proportion to what the bytes announce.
-inline constexpr int maximumWireNesting = 64;
+// Dates must be finite, dictionary keys are texts. Null when all is well, else the error
+// (malformedMessage or invalidArguments), which quotes nothing. Neither recurses nor allocates, but
+// for the error.
 [[nodiscard]] ErrorPtr validateWireValues(std::string_view bytes,
                                           const std::vector<WireParameter>& parameters);
 

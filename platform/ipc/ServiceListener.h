@@ -12,8 +12,8 @@ class ServiceListener;
 class ServiceListenerDelegate {
  public:
   virtual ~ServiceListenerDelegate() = default;
-  // `listener:shouldAcceptNewConnection:`. Configures and resumes the connection and answers true, or answers false to close
-  // it. Runs on the listener's thread.
+  // `listener:shouldAcceptNewConnection:`. Configures and resumes the connection and answers true,
+  // or answers false to close it. Runs on the listener's thread.
   [[nodiscard]] virtual bool shouldAcceptNewConnection(
       ServiceListener& listener, const std::shared_ptr<ServiceConnection>& newConnection) = 0;
 };

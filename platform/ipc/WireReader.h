@@ -8,35 +8,55 @@
 
 namespace quenlet {
 
+// The types of value on the wire; the numbers are the wire's own.
 enum class WireType : std::uint8_t {
-  null, boolean, integer, real, date, string, data, list, dictionary, object
+  null,
+  boolean,
+  integer,
+  real,
+  date,
+  string,
+  data,
+  list,
+  dictionary,
+  object
 };
 
+struct WireToken;
+
 // Reads values in the wire's form, front to back, from bytes that validateWireValues() passed; a
-// value of another type than the one asked for is "nothing" and is skipped. Views are into the
-// bytes. One thread at a time.
+// value of another type than the one asked for is "nothing" and is skipped, and so is every read at
+// the end. Views are into the bytes. One thread at a time.
 class WireReader final {
  public:
   explicit WireReader(std::string_view validatedBytes) : rest(validatedBytes) {}
 
   [[nodiscard]] bool atEnd() const { return rest.empty(); }
-  // The type of the next value. Not at the end.
+  // The type of the next value; null at the end.
   [[nodiscard]] WireType nextType() const;
   std::optional<bool> boolean();
   std::optional<std::int64_t> integer();
+  std::optional<double> real();
+  std::optional<Date> date();
   std::optional<std::string_view> string();
-  // The number of elements, which are read next.
+  std::optional<std::string_view> data();
+  // The number of elements, which are read next. A peer can announce as many as its message has
+  // bytes: let memory grow with the elements that are read, do not reserve for the number.
   std::optional<std::size_t> list();
   // The number of pairs: read string(), then the value, for each.
   std::optional<std::size_t> dictionary();
   // The class name; the content is read next.
   std::optional<std::string_view> object();
-  // A whole value as a property list; nothing when it holds null or an object.
+  // A whole value as a property list; nothing when it is or holds a null or an object. Of equal
+  // keys in a dictionary the last one counts.
   std::optional<PropertyList> propertyList();
-  // The bytes of the next value, whatever it is.
+  // The bytes of the next value, whatever it is; empty at the end.
   std::string_view skip();
 
  private:
+  // The next token when it has that type; otherwise nothing, past the whole value.
+  std::optional<WireToken> take(WireType type);
+
   std::string_view rest;
 };
 
