@@ -2,8 +2,10 @@
 
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include "platform/contacts/ValueOrigin.h"
+#include "platform/foundation/Text.h"
 
 namespace quenlet {
 
@@ -28,7 +30,15 @@ struct LabeledValue final {
   T value;
   StoreInfo storeInfo;
 
-  friend bool operator==(const LabeledValue&, const LabeledValue&) = default;
+  // Labels, and values that are texts, by canonical equivalence.
+  friend bool operator==(const LabeledValue& a, const LabeledValue& b) {
+    if constexpr (std::is_same_v<T, std::string>) {
+      if (!canonicallyEqual(a.value, b.value)) return false;
+    } else if (!(a.value == b.value)) {
+      return false;
+    }
+    return canonicallyEqual(a.label, b.label) && a.storeInfo == b.storeInfo;
+  }
 };
 
 }  // namespace quenlet

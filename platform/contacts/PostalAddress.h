@@ -24,8 +24,8 @@ struct PostalAddress final {
 
   // The non-empty fields, each under the key of its name ("street", "isoCountryCode").
   [[nodiscard]] PropertyListDictionary dictionaryRepresentation() const;
-  // `postalAddressWithDictionaryRepresentation:`. Unknown keys are ignored. Nothing when a known key holds anything but a string, or
-  // when no known key is there.
+  // `postalAddressWithDictionaryRepresentation:`. Unknown keys are ignored. Nothing when a known
+  // key holds anything but a string, or when no known key is there.
   [[nodiscard]] static std::optional<PostalAddress> postalAddressWithDictionaryRepresentation(
       const PropertyListDictionary& entries);
 

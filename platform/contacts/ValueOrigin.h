@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Date.h"
+#include "platform/foundation/PropertyList.h"
 
 namespace quenlet {
 
@@ -15,6 +15,14 @@ struct ValueOrigin final {
   std::optional<std::string> clusterIdentifier;
   Date donationDate;
   Date expirationDate;
+
+  // Keys named as the fields; no cluster identifier when there is none. Dates are reals, seconds
+  // since 1970, since a property list's own dates have no fractions.
+  [[nodiscard]] PropertyListDictionary dictionaryRepresentation() const;
+  // Nothing when an identifier is missing or empty, or a date is missing or not finite. Dates may
+  // be reals, integers or dates.
+  [[nodiscard]] static std::optional<ValueOrigin> originWithDictionary(
+      const PropertyListDictionary& entries);
 
   friend bool operator==(const ValueOrigin&, const ValueOrigin&);
 };

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quenlet {
+
+// Finds the digits of one phone number as people, address books and "tel:" links write it:
+//
+//   [tel:] [+] digits and separators [extension]
+//
+// Digits are those of any script. Separators are blanks, dashes, dots, slashes, brackets and the
+// invisible direction marks that come with copied text. An extension is "x", "ext", "ext." or "#"
+// and digits, the parameters of a link (";ext=12") or what is dialled after a pause (",,12#").
+// Everything else, letters above all, makes the text no phone number.
+// Lives for one scan of one text that outlives it.
+class PhoneNumberScanner final {
+ public:
+  explicit PhoneNumberScanner(std::string_view source) : text(source) {}
+
+  // The number's digits as ASCII, with a leading '+' kept, without the extension; nothing when the
+  // text is no plausible number (2 to 20 digits). In "+49 (0)30" the bracketed 0, which is
+  // dialled at home only, is left out.
+  [[nodiscard]] std::optional<std::string> scan();
+
+ private:
+  // The next character, or nothing at the end or at bytes that are not UTF-8.
+  [[nodiscard]] std::optional<char32_t> peek();
+  [[nodiscard]] bool atEnd() const { return position == text.size(); }
+  void advance() { position += characterSize; }
+  bool skipWord(std::string_view lowerCaseWord);
+  void skipBlanks();
+  bool scanCharacter(char32_t character, std::string& number);
+  bool scanExtension();
+  bool scanLinkParameters();
+  bool scanDialledAfterPause();
+
+  std::string_view text;
+  std::size_t position = 0;
+  std::size_t characterSize = 0;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,57 @@
+#include "platform/contacts/PostalAddress.h"
+
+#include <array>
+#include <utility>
+
+#include "platform/foundation/Text.h"
+
+namespace quenlet {
+namespace {
+
+using Field = std::string PostalAddress::*;
+
+constexpr std::array<std::pair<const char*, Field>, 8> fieldsByKey = {{
+    {"street", &PostalAddress::street},
+    {"subLocality", &PostalAddress::subLocality},
+    {"city", &PostalAddress::city},
+    {"subAdministrativeArea", &PostalAddress::subAdministrativeArea},
+    {"state", &PostalAddress::state},
+    {"postalCode", &PostalAddress::postalCode},
+    {"country", &PostalAddress::country},
+    {"isoCountryCode", &PostalAddress::isoCountryCode},
+}};
+
+}  // namespace
+
+PropertyListDictionary PostalAddress::dictionaryRepresentation() const {
+  PropertyListDictionary entries;
+  for (const auto& [key, field] : fieldsByKey) {
+    if (!(this->*field).empty()) entries.emplace(key, this->*field);
+  }
+  return entries;
+}
+
+std::optional<PostalAddress> PostalAddress::postalAddressWithDictionaryRepresentation(
+    const PropertyListDictionary& entries) {
+  PostalAddress address;
+  bool anyKnownKey = false;
+  for (const auto& [key, field] : fieldsByKey) {
+    const PropertyList* entry = findEntry(entries, key);
+    if (!entry) continue;
+    const std::string* text = entry->string();
+    if (!text) return std::nullopt;
+    address.*field = *text;
+    anyKnownKey = true;
+  }
+  if (!anyKnownKey) return std::nullopt;
+  return address;
+}
+
+bool operator==(const PostalAddress& a, const PostalAddress& b) {
+  for (const auto& [key, field] : fieldsByKey) {
+    if (!canonicallyEqual(a.*field, b.*field)) return false;
+  }
+  return true;
+}
+
+}  // namespace quenlet
