@@ -10,7 +10,9 @@
 namespace quenlet {
 
 // Waits on file descriptors and runs their handlers and posted blocks on the one thread that calls
-// run(). Level-triggered; epoll underneath. All operations are thread-safe but run().
+// run(). Level-triggered; epoll underneath. All operations are thread-safe but run(). Handlers and
+// blocks do not throw; what has not run when the loop goes is dropped. Watches may outlive the
+// loop.
 class EventLoop final {
  public:
   // Called with the epoll events that are ready (EPOLLIN, EPOLLHUP...).
@@ -19,19 +21,22 @@ class EventLoop final {
   // One watched descriptor. The descriptor stays the owner's; cancel the watch before closing it.
   class Watch : public Cancelable {
    public:
-    // Replaces the set of epoll events that are waited for; 0 pauses the watch.
+    // Replaces the set of epoll events that are waited for. 0 pauses the watch: then not even
+    // EPOLLERR and EPOLLHUP are reported. No effect after cancel().
     virtual void setEvents(std::uint32_t events) = 0;
   };
 
+  // Throws std::system_error when the system has no descriptor left.
   EventLoop();
   ~EventLoop();
   EventLoop(const EventLoop&) = delete;
   EventLoop& operator=(const EventLoop&) = delete;
 
-  // Calls `handler` on the loop's thread whenever `descriptor` has one of `events`. A handler that is
-  // cancelled on the loop's thread is not called any more after cancel() returns.
-  [[nodiscard]] std::shared_ptr<Watch> watch(int descriptor, std::uint32_t events,
-                                             Handler handler);
+  // Calls `handler` on the loop's thread whenever `descriptor` has one of `events`. A handler that
+  // is cancelled on the loop's thread is not called any more after cancel() returns; cancelled on
+  // another thread, a call may be under way. A descriptor that the kernel cannot watch is reported
+  // to the handler as EPOLLERR, once. Dropping the token leaves the watch in place.
+  [[nodiscard]] std::shared_ptr<Watch> watch(int descriptor, std::uint32_t events, Handler handler);
   // Runs `block` on the loop's thread, after those posted before.
   void post(Block block);
   // Runs handlers and blocks until stop(); blocks posted before the stop still run.

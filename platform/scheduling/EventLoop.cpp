@@ -1,0 +1,214 @@
+#include "platform/scheduling/EventLoop.h"
+
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <map>
+#include <span>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/Mutex.h"
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+namespace {
+
+// Events carry the watch's number and not its descriptor: an event that was fetched before a watch
+// was cancelled cannot reach another watch on a descriptor that has since got the same number.
+constexpr std::uint64_t wakeupIdentifier = 0;
+
+FileDescriptor opened(int descriptor, const char* action) {
+  if (descriptor < 0) throw std::system_error(errno, std::generic_category(), action);
+  return FileDescriptor(descriptor);
+}
+
+}  // namespace
+
+struct EventLoop::State {
+  struct Entry {
+    int descriptor;
+    std::uint32_t events;  // 0 while paused; then epoll does not know the descriptor
+    std::shared_ptr<const Handler> handler;
+  };
+
+  FileDescriptor epoll = opened(::epoll_create1(EPOLL_CLOEXEC), "create an epoll descriptor");
+  FileDescriptor wakeup = opened(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK), "create an eventfd");
+  std::atomic<std::thread::id> loopThread;
+  Mutex mutex;
+  std::map<std::uint64_t, Entry> entries GUARDED_BY(mutex);
+  std::uint64_t lastIdentifier GUARDED_BY(mutex) = wakeupIdentifier;
+  std::vector<Block> posted GUARDED_BY(mutex);
+  bool stopRequested GUARDED_BY(mutex) = false;
+
+  bool control(int operation, std::uint64_t identifier, int descriptor, std::uint32_t events) {
+    epoll_event event{};
+    event.events = events;
+    event.data.u64 = identifier;
+    return ::epoll_ctl(epoll.get(), operation, descriptor, &event) == 0;
+  }
+
+  // An eventfd refuses a write only when it is signalled already.
+  void wake() const {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = ::write(wakeup.get(), &one, sizeof one);
+  }
+
+  void clearWakeup() const {
+    std::uint64_t count = 0;
+    [[maybe_unused]] const ssize_t taken = ::read(wakeup.get(), &count, sizeof count);
+  }
+
+  void postBlock(Block block) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    posted.push_back(std::move(block));
+    if (posted.size() == 1) wake();
+  }
+
+  // A refusal (no memory, too many watches) is told to the handler as an error of its descriptor.
+  static void reportRefusal(const std::shared_ptr<State>& state, std::uint64_t identifier) {
+    state->postBlock([weak = std::weak_ptr<State>(state), identifier] {
+      if (const auto held = weak.lock()) held->deliver(identifier, EPOLLERR);
+    });
+  }
+
+  bool changeEvents(std::uint64_t identifier, std::uint32_t events) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    const auto found = entries.find(identifier);
+    if (found == entries.end() || found->second.events == events) return true;
+    Entry& entry = found->second;
+    const std::uint32_t before = std::exchange(entry.events, events);
+    if (events == 0) return control(EPOLL_CTL_DEL, identifier, entry.descriptor, 0);
+    return control(before == 0 ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, identifier, entry.descriptor,
+                   events);
+  }
+
+  void remove(std::uint64_t identifier) EXCLUDES(mutex) {
+    std::shared_ptr<const Handler> dropped;  // outlives the lock: its end may call back in here
+    MutexLock lock(mutex);
+    const auto found = entries.find(identifier);
+    if (found == entries.end()) return;
+    if (found->second.events != 0) {
+      control(EPOLL_CTL_DEL, identifier, found->second.descriptor, 0);
+    }
+    dropped = std::move(found->second.handler);
+    entries.erase(found);
+  }
+
+  void deliver(std::uint64_t identifier, std::uint32_t ready) EXCLUDES(mutex) {
+    std::shared_ptr<const Handler> handler;
+    {
+      MutexLock lock(mutex);
+      const auto found = entries.find(identifier);
+      if (found == entries.end() || found->second.events == 0) return;
+      ready &= found->second.events | EPOLLERR | EPOLLHUP;
+      if (ready != 0) handler = found->second.handler;
+    }
+    if (handler) (*handler)(ready);
+  }
+
+  // Runs the blocks posted so far; answers whether a stop was asked for by then.
+  bool runPostedBlocks() EXCLUDES(mutex) {
+    std::vector<Block> batch;
+    bool stopping = false;
+    {
+      MutexLock lock(mutex);
+      batch.swap(posted);
+      stopping = std::exchange(stopRequested, false);
+    }
+    for (Block& block : batch) std::exchange(block, nullptr)();
+    return stopping;
+  }
+
+  void waitForEvents() {
+    std::array<epoll_event, 64> ready{};
+    const int count = ::epoll_wait(epoll.get(), ready.data(), ready.size(), -1);
+    if (count < 0) {
+      if (errno == EINTR) return;
+      throw std::system_error(errno, std::generic_category(), "wait for events");
+    }
+    for (const epoll_event& event : std::span(ready).first(static_cast<std::size_t>(count))) {
+      if (event.data.u64 == wakeupIdentifier) {
+        clearWakeup();
+      } else {
+        deliver(event.data.u64, event.events);
+      }
+    }
+  }
+};
+
+namespace {
+
+class LoopWatch final : public EventLoop::Watch {
+ public:
+  using Operation = std::function<void(std::uint32_t)>;
+  LoopWatch(Operation change, Block end)
+      : changeEvents(std::move(change)), remove(std::move(end)) {}
+
+  void setEvents(std::uint32_t events) override { changeEvents(events); }
+  void cancel() override { remove(); }
+
+ private:
+  const Operation changeEvents;
+  const Block remove;
+};
+
+}  // namespace
+
+EventLoop::EventLoop() : state(std::make_shared<State>()) {
+  if (!state->control(EPOLL_CTL_ADD, wakeupIdentifier, state->wakeup.get(), EPOLLIN)) {
+    throw std::system_error(errno, std::generic_category(), "watch an eventfd");
+  }
+}
+
+EventLoop::~EventLoop() {
+  // Handlers and blocks go here, without the lock, as they may own watches of this loop.
+  std::map<std::uint64_t, State::Entry> entries;
+  std::vector<Block> posted;
+  MutexLock lock(state->mutex);
+  entries.swap(state->entries);
+  posted.swap(state->posted);
+}
+
+std::shared_ptr<EventLoop::Watch> EventLoop::watch(int descriptor, std::uint32_t events,
+                                                   Handler handler) {
+  std::uint64_t identifier = 0;
+  {
+    MutexLock lock(state->mutex);
+    identifier = ++state->lastIdentifier;
+    state->entries[identifier] = {descriptor, 0,
+                                  std::make_shared<const Handler>(std::move(handler))};
+  }
+  const auto change = [weak = std::weak_ptr<State>(state), identifier](std::uint32_t wanted) {
+    const auto held = weak.lock();
+    if (held && !held->changeEvents(identifier, wanted)) State::reportRefusal(held, identifier);
+  };
+  change(events);
+  return std::make_shared<LoopWatch>(change, [weak = std::weak_ptr<State>(state), identifier] {
+    if (const auto held = weak.lock()) held->remove(identifier);
+  });
+}
+
+void EventLoop::post(Block block) { state->postBlock(std::move(block)); }
+
+void EventLoop::run() {
+  const std::shared_ptr<State> running = state;
+  running->loopThread = std::this_thread::get_id();
+  while (!running->runPostedBlocks()) running->waitForEvents();
+  running->loopThread = std::thread::id();
+}
+
+void EventLoop::stop() {
+  MutexLock lock(state->mutex);
+  state->stopRequested = true;
+  state->wake();
+}
+
+bool EventLoop::isLoopThread() const { return state->loopThread == std::this_thread::get_id(); }
+
+}  // namespace quenlet
