@@ -1,12 +1,11 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
+#include "model/ComparisonKeys.h"
 #include "model/DonationOrigin.h"
 #include "model/DonationValueVisitor.h"
 #include "model/Value.h"
@@ -25,6 +24,18 @@ using DonationValues = std::vector<DonationValuePtr>;
 // with the record.
 class DonationValue final : public std::enable_shared_from_this<DonationValue> {
  public:
+  struct Postal final {
+    LabeledValue<PostalAddress> entry;
+    PostalAddressStyle style;
+    friend bool operator==(const Postal&, const Postal&) = default;
+  };
+  struct Image final {
+    std::shared_ptr<const std::string> bytes;
+    friend bool operator==(const Image& a, const Image& b) { return *a.bytes == *b.bytes; }
+  };
+  using Content = std::variant<PersonNameComponents, LabeledValue<std::string>,
+                               LabeledValue<PhoneNumber>, Postal, Image>;
+
   [[nodiscard]] static DonationValuePtr donationValueWithNameComponents(PersonNameComponents name,
                                                                         DonationOrigin origin);
   [[nodiscard]] static DonationValuePtr donationValueWithEmailAddress(std::string emailAddress,
@@ -40,8 +51,10 @@ class DonationValue final : public std::enable_shared_from_this<DonationValue> {
   [[nodiscard]] static DonationValuePtr donationValueWithImageData(std::string imageData,
                                                                    DonationOrigin origin);
 
-  // The record that propertyListRepresentation() describes; null when `entries` is no valid record.
-  // Unknown keys are ignored, dates may be reals (seconds since 1970), integers or dates.
+  // The record that propertyListRepresentation() describes; null when `entries` is no valid record:
+  // not exactly one kind of content, an origin without its identifiers or dates, a phone number
+  // that is none. Unknown keys are ignored. Dates may be reals or integers (seconds since 1970) or
+  // dates.
   [[nodiscard]] static DonationValuePtr initWithPropertyListRepresentation(
       const PropertyListDictionary& entries);
   [[nodiscard]] PropertyListDictionary propertyListRepresentation() const;
@@ -60,36 +73,19 @@ class DonationValue final : public std::enable_shared_from_this<DonationValue> {
   [[nodiscard]] std::shared_ptr<const LabeledValue<PhoneNumber>> phoneEntry() const;
   [[nodiscard]] std::shared_ptr<const LabeledValue<PostalAddress>> postalEntry() const;
 
-  // The canonical text by which the donated card finds duplicates of an e-mail, phone or postal
-  // entry; nothing for names, images and addresses without text.
-  [[nodiscard]] const std::optional<std::string>& duplicateKey() const { return entryKey; }
+  [[nodiscard]] const ComparisonKeys& keys() const { return comparisonKeys; }
 
-  // By content and origin. Unlike Value, image records with the same bytes are equal.
+  // By content and origin. Unlike Value, images with the same bytes are equal.
   friend bool operator==(const DonationValue& a, const DonationValue& b);
 
- private:
-  struct Postal final {
-    LabeledValue<PostalAddress> entry;
-    PostalAddressStyle style;
-    friend bool operator==(const Postal&, const Postal&) = default;
-  };
-  using Content = std::variant<PersonNameComponents, LabeledValue<std::string>,
-                               LabeledValue<PhoneNumber>, Postal,
-                               std::shared_ptr<const std::string>>;
-  struct Construction;
-
- public:
-  // For the factory operations above, which alone can name the first argument's type.
-  DonationValue(const Construction&, Content kindAndContent,
-                std::shared_ptr<const DonationOrigin> origin);
+  // Use the factory operations; public only for std::make_shared. `content` has the origin as the
+  // store info of its entry.
+  DonationValue(Content kindAndContent, std::shared_ptr<const DonationOrigin> origin);
 
  private:
   std::shared_ptr<const DonationOrigin> originRecord;
   Content content;
-  std::optional<std::string> entryKey;
+  ComparisonKeys comparisonKeys;
 };
-
-// DonationValue is compared through its pointer where lists are compared.
-[[nodiscard]] bool equalValues(const DonationValues& a, const DonationValues& b);
 
 }  // namespace quenlet

@@ -22,9 +22,8 @@ class DonationValueVisitor {
                                   const std::string& label) = 0;
   virtual void visitDonationValue(const DonationValue& donation, const PhoneNumber& phoneNumber,
                                   const std::string& label) = 0;
-  virtual void visitDonationValue(const DonationValue& donation,
-                                  const PostalAddress& postalAddress, PostalAddressStyle style,
-                                  const std::string& label) = 0;
+  virtual void visitDonationValue(const DonationValue& donation, const PostalAddress& postalAddress,
+                                  PostalAddressStyle style, const std::string& label) = 0;
   virtual void visitDonationValue(const DonationValue& donation,
                                   const std::shared_ptr<const std::string>& imageData) = 0;
 };

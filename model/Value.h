@@ -40,10 +40,12 @@ class Value final {
   struct ImageData final {
     std::shared_ptr<const std::string> bytes;
   };
-  using Cases = std::variant<PersonNameComponents, EmailAddress, PhoneNumber, PostalAddress,
-                             ImageData>;
+  using Cases =
+      std::variant<PersonNameComponents, EmailAddress, PhoneNumber, PostalAddress, ImageData>;
 
-  [[nodiscard]] static Value name(PersonNameComponents components) { return Value(std::move(components)); }
+  [[nodiscard]] static Value name(PersonNameComponents components) {
+    return Value(std::move(components));
+  }
   [[nodiscard]] static Value emailAddress(std::string address, std::string label) {
     return Value(EmailAddress{std::move(address), std::move(label)});
   }
@@ -59,8 +61,8 @@ class Value final {
   }
 
   // Reads a value dictionary: the first of name, e-mail address, phone number and postal address
-  // that it holds decides. E-mail addresses and phone numbers need a label. Never an image. Nothing when no kind can be
-  // read.
+  // that it holds decides. E-mail addresses and phone numbers need a label. Never an image. Nothing
+  // when no kind can be read.
   [[nodiscard]] static std::optional<Value> valueWithDictionary(
       const PropertyListDictionary& entries);
 

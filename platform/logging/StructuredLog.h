@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "model/DonationValue.h"
+#include "platform/foundation/Error.h"
+
+namespace quenlet {
+
+// Takes finished log lines, without their line end. Thread-safe.
+class LogSink {
+ public:
+  virtual ~LogSink() = default;
+  virtual void write(const std::string& line) = 0;
+};
+
+// Writes each line to standard error in one piece, so that lines of several threads and processes
+// do not mix. A line that standard error does not take is lost.
+class StandardErrorLogSink final : public LogSink {
+ public:
+  void write(const std::string& line) override;
+};
+
+// One argument of an event. A donated value is written by its kind, bundle and donation identifier,
+// never by its content.
+using LogArgument = std::variant<bool, std::int64_t, std::string, Date, ErrorPtr, DonationValuePtr,
+                                 std::reference_wrapper<const DonationValues>>;
+
+// Writes events as JSON objects, one a line, with the keys "time" (ISO 8601, UTC), "event" and
+// "arguments" (a list, left out when empty). Thread-safe.
+class StructuredLog final {
+ public:
+  StructuredLog(std::shared_ptr<LogSink> lineSink, std::function<Date()> clock)
+      : sink(std::move(lineSink)), now(std::move(clock)) {}
+
+  void record(std::string_view event, std::initializer_list<LogArgument> arguments = {}) const;
+
+ private:
+  std::shared_ptr<LogSink> sink;
+  std::function<Date()> now;
+};
+
+}  // namespace quenlet
