@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/foundation/Either.h"
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+
+// Holds a file's exclusive lock for as long as it lives; the kernel lets go when the process ends
+// in any way. The lock counts between open files, so two LockFiles of one process exclude each
+// other too. Immutable. The file is created when missing (0600; its directory is not) and left in
+// place: removing it would let two holders lock two files of the same name.
+class LockFile final {
+ public:
+  // An error with code EWOULDBLOCK when somebody else holds the lock; another one when the file
+  // cannot be opened.
+  [[nodiscard]] static Result<std::shared_ptr<LockFile>> tryLock(const std::filesystem::path& file);
+  // Waits for the current holder.
+  [[nodiscard]] static Result<std::shared_ptr<LockFile>> lock(const std::filesystem::path& file);
+
+  LockFile(const LockFile&) = delete;
+  LockFile& operator=(const LockFile&) = delete;
+
+ private:
+  explicit LockFile(FileDescriptor locked) : descriptor(std::move(locked)) {}
+  static Result<std::shared_ptr<LockFile>> open(const std::filesystem::path& file, int operation);
+
+  const FileDescriptor descriptor;
+};
+
+}  // namespace quenlet

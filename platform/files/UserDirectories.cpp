@@ -1,0 +1,87 @@
+#include "platform/files/UserDirectories.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <optional>
+#include <system_error>
+#include <vector>
+
+namespace quenlet {
+namespace {
+
+using std::filesystem::path;
+
+std::optional<path> absolutePathInEnvironment(const char* variable) {
+  const char* text = std::getenv(variable);
+  if (text == nullptr || *text != '/') return std::nullopt;
+  return path(text);
+}
+
+// The entry's texts lie in a buffer of the caller's, whose size nothing bounds beforehand.
+Result<path> homeInPasswordDatabase() {
+  std::vector<char> buffer(1024);
+  passwd entry{};
+  passwd* found = nullptr;
+  int failure = 0;
+  while ((failure = ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found)) ==
+         ERANGE) {
+    buffer.resize(buffer.size() * 2);
+  }
+  if (failure != 0) return Result<path>::right(makePosixError(failure, "look up the user"));
+  if (found == nullptr || found->pw_dir == nullptr || *found->pw_dir != '/') {
+    return Result<path>::right(makePosixError(ENOENT, "find the home directory"));
+  }
+  return Result<path>::left(path(found->pw_dir));
+}
+
+}  // namespace
+
+Result<path> UserDirectories::homeDirectory() {
+  if (auto home = absolutePathInEnvironment("HOME")) return Result<path>::left(*std::move(home));
+  return homeInPasswordDatabase();
+}
+
+Result<path> UserDirectories::runtimeDirectory() {
+  std::optional<path> directory = absolutePathInEnvironment("XDG_RUNTIME_DIR");
+  if (!directory) {
+    std::error_code failure;
+    const path temporary = std::filesystem::temp_directory_path(failure);
+    if (failure) {
+      return Result<path>::right(
+          makePosixError(failure.value(), "find the directory for temporary files"));
+    }
+    directory = temporary / ("quenlet-" + std::to_string(::getuid()));
+  }
+  if (ErrorPtr error = ensurePrivateDirectory(*directory, "the runtime directory")) {
+    return Result<path>::right(std::move(error));
+  }
+  return Result<path>::left(*std::move(directory));
+}
+
+Result<path> UserDirectories::expandTilde(const std::string& path) {
+  using Expanded = Result<std::filesystem::path>;
+  if (path != "~" && !path.starts_with("~/")) return Expanded::left(path);
+  Expanded home = homeDirectory();
+  if (!home.isLeft() || path.size() <= 2) return home;
+  return Expanded::left(home.left() / path.substr(2));
+}
+
+ErrorPtr UserDirectories::ensurePrivateDirectory(const path& directory, const std::string& name) {
+  if (::mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST) {
+    return makePosixError(errno, "create " + name);
+  }
+  // lstat, as a link that somebody else planted must not lead into a directory of the user's.
+  struct stat status {};
+  if (::lstat(directory.c_str(), &status) != 0) return makePosixError(errno, "inspect " + name);
+  if (!S_ISDIR(status.st_mode)) return makePosixError(ENOTDIR, "use " + name);
+  if (status.st_uid != ::geteuid() || (status.st_mode & 0077) != 0) {
+    return makePosixError(EACCES, "use " + name + ", which is not private to the user");
+  }
+  return nullptr;
+}
+
+}  // namespace quenlet

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "platform/foundation/Either.h"
+
+namespace quenlet {
+
+// Where the user's files are. Stateless: the environment is read at each call. Thread-safe as long
+// as nobody changes the environment.
+class UserDirectories final {
+ public:
+  UserDirectories() = delete;
+
+  // HOME when it is an absolute path, else the password database's entry of the process's user.
+  // An error when neither is there.
+  [[nodiscard]] static Result<std::filesystem::path> homeDirectory();
+
+  // XDG_RUNTIME_DIR when it is an absolute path, else "quenlet-<uid>" in the system's directory for
+  // temporary files, which is created when missing. An error when the directory is not one of the
+  // user's own with mode 0700: whoever could write there could speak in the agent's name.
+  [[nodiscard]] static Result<std::filesystem::path> runtimeDirectory();
+
+  // `path` with a leading "~" or "~/" replaced by the home directory; other paths as they are.
+  [[nodiscard]] static Result<std::filesystem::path> expandTilde(const std::string& path);
+
+  // Creates `directory` with mode 0700 unless it is there; its parent is not created. An error when
+  // what stands there is no directory, is another user's, or lets group or others in. `name` stands
+  // for the directory in the error's text.
+  [[nodiscard]] static ErrorPtr ensurePrivateDirectory(const std::filesystem::path& directory,
+                                                       const std::string& name);
+};
+
+}  // namespace quenlet
