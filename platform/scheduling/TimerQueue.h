@@ -1,0 +1,62 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/scheduling/Scheduler.h"
+
+namespace quenlet {
+
+// Blocks by the instant when they are due; of one instant, in the order they were added. A removed
+// block leaves nothing behind. Not thread-safe. Knows no clock: the instants are its owner's.
+class TimerQueue final {
+ public:
+  using Instant = std::chrono::steady_clock::time_point;
+  using Key = std::pair<Instant, std::uint64_t>;
+
+  [[nodiscard]] Key add(Instant due, Block block) {
+    const Key key(due, ++lastNumber);
+    blocks.emplace(key, std::move(block));
+    return key;
+  }
+
+  // The block that is called off, so that the owner can free it outside its lock; null when there
+  // is none any more.
+  [[nodiscard]] Block remove(const Key& key) {
+    auto node = blocks.extract(key);
+    return node.empty() ? Block() : std::move(node.mapped());
+  }
+
+  [[nodiscard]] std::optional<Instant> earliest() const {
+    if (blocks.empty()) return std::nullopt;
+    return blocks.begin()->first.first;
+  }
+
+  // Takes out the block that is due first, if it is due at `now`; null otherwise.
+  [[nodiscard]] Block takeDue(Instant now) {
+    if (blocks.empty() || blocks.begin()->first.first > now) return nullptr;
+    return std::move(blocks.extract(blocks.begin()).mapped());
+  }
+
+  [[nodiscard]] std::size_t count() const { return blocks.size(); }
+
+  // A delay as a duration. Negative ones and NaN are zero; what is beyond 30 years is 30 years, as
+  // the clock cannot hold every double.
+  [[nodiscard]] static std::chrono::nanoseconds duration(double delaySeconds) {
+    constexpr double longest = 30 * 365.25 * 86400;
+    if (!(delaySeconds > 0)) return std::chrono::nanoseconds::zero();
+    return std::chrono::ceil<std::chrono::nanoseconds>(
+        std::chrono::duration<double>(std::min(delaySeconds, longest)));
+  }
+
+ private:
+  std::map<Key, Block> blocks;
+  std::uint64_t lastNumber = 0;
+};
+
+}  // namespace quenlet
