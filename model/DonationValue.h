@@ -67,6 +67,9 @@ class DonationValue final : public std::enable_shared_from_this<DonationValue> {
   // The content as the closed enumeration of kinds.
   [[nodiscard]] Value value() const;
 
+  [[nodiscard]] bool isName() const {
+    return std::holds_alternative<PersonNameComponents>(content);
+  }
   // The content as an entry of a contact's list, with its origin as store info; shares the record.
   // Null for another kind.
   [[nodiscard]] std::shared_ptr<const LabeledValue<std::string>> emailEntry() const;

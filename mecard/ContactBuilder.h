@@ -1,0 +1,22 @@
+#pragma once
+
+#include "model/DonationValue.h"
+#include "platform/contacts/Contact.h"
+
+namespace quenlet {
+
+// Turns a list of donations into one contact: names component by component, the last one wins;
+// addresses and numbers without duplicates, the first one stays, each with its origin; the last
+// image. Lives for one rebuild; one thread at a time.
+class ContactBuilder final {
+ public:
+  void addWithDonatedValue(DonationValuePtr value) { donations.push_back(std::move(value)); }
+  // The contact of all values added so far, in the order in which they were added. Each call builds
+  // anew. The contact shares the entries of the records.
+  [[nodiscard]] Contact build() const;
+
+ private:
+  DonationValues donations;
+};
+
+}  // namespace quenlet

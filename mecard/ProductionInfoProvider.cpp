@@ -1,0 +1,137 @@
+#include "mecard/ProductionInfoProvider.h"
+
+#include <algorithm>
+
+#include "platform/PlatformServices.h"
+#include "platform/contacts/EmailAddress.h"
+#include "platform/foundation/Text.h"
+
+namespace quenlet {
+namespace {
+
+const std::vector<KeyDescriptor>& nameKeys() {
+  static const std::vector<KeyDescriptor> keys = {ContactGivenNameKey, ContactFamilyNameKey};
+  return keys;
+}
+
+// Canonically equivalent addresses are one address; of several forms the first in order stays.
+std::vector<std::string> normalizedAddresses(const Contact& contact) {
+  std::vector<std::string> addresses;
+  for (const auto& entry : contact.emailAddresses()) {
+    addresses.push_back(canonicalKey(EmailAddressNormalize(entry->value)));
+  }
+  // The byte order of UTF-8 is the order of its code points.
+  std::sort(addresses.begin(), addresses.end());
+  addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
+  return addresses;
+}
+
+}  // namespace
+
+ProductionInfoProvider::~ProductionInfoProvider() {
+  MutexLock lock(factsMutex);
+  if (observation) observation->cancel();
+}
+
+std::optional<PersonNameComponents> ProductionInfoProvider::curatedName() const {
+  MutexLock lock(factsMutex);
+  return name;
+}
+
+void ProductionInfoProvider::setCuratedName(std::optional<PersonNameComponents> newName) {
+  MutexLock lock(factsMutex);
+  name = std::move(newName);
+}
+
+std::vector<std::string> ProductionInfoProvider::curatedEmailAddresses() const {
+  MutexLock lock(factsMutex);
+  return emailAddresses;
+}
+
+void ProductionInfoProvider::setCuratedEmailAddresses(std::vector<std::string> addresses) {
+  MutexLock lock(factsMutex);
+  emailAddresses = std::move(addresses);
+}
+
+void ProductionInfoProvider::startMonitoring(std::shared_ptr<AgentEnvironmentProtocol> environment,
+                                             std::function<void()> changeHandler) {
+  auto token = environment->distributedNotificationCenter()->addObserver(
+      MeCardChangeDistributedNotification, [weakSelf = weak_from_this()] {
+        if (const auto self = weakSelf.lock()) self->meCardChanged();
+      });
+  {
+    MutexLock lock(factsMutex);
+    agentEnvironment = std::move(environment);
+    handler = std::move(changeHandler);
+    observation = std::move(token);
+  }
+  meCardChanged();
+}
+
+std::shared_ptr<const Contact> ProductionInfoProvider::curatedMeCard() {
+  MutexLock lock(refreshMutex);
+  return fetchMeCard();
+}
+
+std::shared_ptr<const Contact> ProductionInfoProvider::fetchMeCard() {
+  std::vector<KeyDescriptor> keys = nameKeys();
+  keys.push_back(ContactEmailAddressesKey);
+  if (!contactStore) contactStore = PlatformServices::current().makeContactStore();
+  const auto contact = contactStore->_crossPlatformUnifiedMeContactWithKeysToFetch(keys);
+  return contact.isLeft() ? contact.left() : nullptr;
+}
+
+std::shared_ptr<AgentLogger> ProductionInfoProvider::logger() const {
+  std::shared_ptr<AgentEnvironmentProtocol> environment;
+  {
+    MutexLock lock(factsMutex);
+    environment = agentEnvironment;
+  }
+  return environment ? environment->logger() : nullptr;
+}
+
+bool ProductionInfoProvider::updateCuratedName(const std::shared_ptr<const Contact>& contact) {
+  std::optional<PersonNameComponents> newName;
+  if (contact) newName = PersonNameComponents::componentsForContact(*contact);
+  bool changed = false;
+  {
+    MutexLock lock(factsMutex);
+    changed = newName != name;
+  }
+  if (const auto log = logger()) {
+    log->contactsChangedNotificationFoundName(contact != nullptr, changed);
+  }
+  if (changed) setCuratedName(std::move(newName));
+  return changed;
+}
+
+bool ProductionInfoProvider::updateCuratedEmailAddresses(
+    const std::shared_ptr<const Contact>& contact) {
+  std::vector<std::string> newAddresses;
+  if (contact) newAddresses = normalizedAddresses(*contact);
+  bool changed = false;
+  {
+    MutexLock lock(factsMutex);
+    changed = newAddresses != emailAddresses;
+  }
+  if (const auto log = logger()) log->contactsChangedNotificationEmailAddressesChanged(changed);
+  if (changed) setCuratedEmailAddresses(std::move(newAddresses));
+  return changed;
+}
+
+void ProductionInfoProvider::meCardChanged() {
+  std::function<void()> changeHandler;
+  {
+    // Refreshes follow each other, so that the last one leaves what the card says last.
+    MutexLock refresh(refreshMutex);
+    const std::shared_ptr<const Contact> contact = fetchMeCard();
+    const bool nameChanged = updateCuratedName(contact);
+    const bool addressesChanged = updateCuratedEmailAddresses(contact);
+    if (!nameChanged && !addressesChanged) return;
+    MutexLock facts(factsMutex);
+    changeHandler = handler;
+  }
+  if (changeHandler) changeHandler();
+}
+
+}  // namespace quenlet

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/donations/DonationFeedbackStore.h"
+#include "platform/donations/DonationPreferences.h"
+#include "platform/files/DataProxy.h"
+#include "platform/logging/AgentLogger.h"
+#include "platform/notifications/DistributedNotificationCenter.h"
+#include "platform/scheduling/SchedulerProvider.h"
+
+namespace quenlet {
+
+// The collaborators of the agent that touch the platform, in one place, so that each can be
+// replaced. Read on the main thread during start-up, before other threads can reach it.
+class AgentEnvironmentProtocol {
+ public:
+  virtual ~AgentEnvironmentProtocol() = default;
+  [[nodiscard]] virtual std::shared_ptr<SchedulerProvider> schedulerProvider() = 0;
+  [[nodiscard]] virtual std::shared_ptr<AgentLogger> logger() = 0;
+  [[nodiscard]] virtual std::shared_ptr<DataProxy> dataProxy() = 0;
+  [[nodiscard]] virtual std::shared_ptr<DonationPreferences> donationPreferences() = 0;
+  [[nodiscard]] virtual std::shared_ptr<DistributedNotificationCenter>
+  distributedNotificationCenter() = 0;
+  [[nodiscard]] virtual std::shared_ptr<DonationFeedbackStore> feedbackStore() = 0;
+};
+
+}  // namespace quenlet

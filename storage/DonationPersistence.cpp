@@ -1,0 +1,176 @@
+#include "storage/DonationPersistence.h"
+
+#include "platform/files/UserDirectories.h"
+#include "platform/foundation/PropertyListSerializer.h"
+
+namespace quenlet {
+namespace {
+
+constexpr char directoryPath[] = "~/Library/Contacts/Donations/";
+constexpr char donationsFile[] = "donations.plist";
+constexpr char rejectionsFile[] = "rejections.json";
+constexpr char bundleVersionsFile[] = "bundle_versions.plist";
+constexpr char donationsKey[] = "donations";
+constexpr char versionsKey[] = "versions";
+
+ErrorPtr makeDonationError(DonationErrorCode code, std::string debugDescription) {
+  return makeError(DonationErrorDomain, static_cast<std::int64_t>(code),
+                   std::move(debugDescription));
+}
+
+Result<std::filesystem::path> fileLocation(const char* name) {
+  const Result<std::filesystem::path> directory = UserDirectories::expandTilde(directoryPath);
+  if (!directory.isLeft()) return directory;
+  return Result<std::filesystem::path>::left(directory.left() / name);
+}
+
+// What a file's dictionary says, and whether everything in it could be read.
+template <typename T>
+struct Reading final {
+  T result{};
+  bool complete = true;
+};
+
+template <typename T>
+using Interpretation = Reading<T> (*)(const PropertyListDictionary&);
+
+Result<PropertyList> parseDictionary(const std::string& bytes) {
+  Result<PropertyList> parsed = PropertyListSerializer::objectWithData(bytes);
+  if (parsed.isLeft() && !parsed.left().dictionary()) {
+    return Result<PropertyList>::right(makeDonationError(
+        DonationErrorCode::topLevelNotADictionary, "the file's top level is not a dictionary"));
+  }
+  return parsed;
+}
+
+// Reads one file. A missing file is empty; a damaged one, too, once its bytes are kept.
+template <typename T>
+Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
+               Interpretation<T> interpret) {
+  const Result<std::filesystem::path> url = fileLocation(name);
+  if (!url.isLeft()) return Future<T>::futureWithResult(T{});
+  auto keepDamagedFile = [dataProxy, path = url.left()] { dataProxy->keepDamagedFile(path); };
+  return dataProxy->dataWithContentsOfURL(url.left())
+      .flatMap([interpret, keepDamagedFile](const std::string& bytes) {
+        const Result<PropertyList> parsed = parseDictionary(bytes);
+        if (!parsed.isLeft()) {
+          keepDamagedFile();
+          return Future<T>::futureWithError(parsed.right());
+        }
+        Reading<T> reading = interpret(*parsed.left().dictionary());
+        if (!reading.complete) keepDamagedFile();
+        return Future<T>::futureWithResult(std::move(reading.result));
+      })
+      .recover([](const ErrorPtr&) { return Future<T>::futureWithResult(T{}); });
+}
+
+// The elements of the list of dictionaries under "donations", each read by `read`, which gives
+// something that is false for an element that it cannot read.
+template <typename T, typename Read>
+Reading<std::vector<T>> readElements(const PropertyListDictionary& contents, Read read) {
+  Reading<std::vector<T>> reading;
+  const PropertyList* entry = findEntry(contents, donationsKey);
+  const PropertyListArray* elements = entry ? entry->array() : nullptr;
+  if (!elements) return {{}, false};
+  for (const PropertyList& element : *elements) {
+    if (!element.dictionary()) return {{}, false};
+  }
+  reading.result.reserve(elements->size());
+  for (const PropertyList& element : *elements) {
+    if (auto value = read(*element.dictionary())) {
+      if constexpr (std::is_same_v<T, Value>) {
+        reading.result.push_back(std::move(*value));
+      } else {
+        reading.result.push_back(std::move(value));
+      }
+    } else {
+      reading.complete = false;
+    }
+  }
+  return reading;
+}
+
+Reading<DonationValues> readDonations(const PropertyListDictionary& contents) {
+  return readElements<DonationValuePtr>(contents,
+                                        &DonationValue::initWithPropertyListRepresentation);
+}
+
+Reading<std::vector<Value>> readRejections(const PropertyListDictionary& contents) {
+  return readElements<Value>(contents, &Value::valueWithDictionary);
+}
+
+Reading<ExtensionVersions> readVersions(const PropertyListDictionary& contents) {
+  Reading<ExtensionVersions> reading;
+  const PropertyListDictionary* versions = findDictionary(contents, versionsKey);
+  if (!versions) return {{}, false};
+  for (const auto& [bundleIdentifier, version] : *versions) {
+    if (const std::int64_t* number = version.integer()) {
+      reading.result.emplace(bundleIdentifier, *number);
+    } else {
+      reading.complete = false;
+    }
+  }
+  return reading;
+}
+
+}  // namespace
+
+Future<DonationValues> DonationPersistence::loadDonations() {
+  return load<DonationValues>(dataProxy, donationsFile, &readDonations);
+}
+
+Future<std::vector<Value>> DonationPersistence::loadRejections() {
+  return load<std::vector<Value>>(dataProxy, rejectionsFile, &readRejections);
+}
+
+Future<ExtensionVersions> DonationPersistence::loadExtensionVersions() {
+  return load<ExtensionVersions>(dataProxy, bundleVersionsFile, &readVersions);
+}
+
+Future<bool> DonationPersistence::storeWithAllValues(const DonationValues& values) {
+  const Result<std::filesystem::path> url = fileLocation(donationsFile);
+  if (!url.isLeft()) return Future<bool>::futureWithError(url.right());
+  PropertyListArray records;
+  records.reserve(values.size());
+  for (const DonationValuePtr& value : values) {
+    records.emplace_back(value->propertyListRepresentation());
+  }
+  PropertyListDictionary contents;
+  contents.emplace(donationsKey, std::move(records));
+  return storeAsPlistWithUrl(url.left(), std::move(contents));
+}
+
+Future<bool> DonationPersistence::storeWithExtensionVersions(const ExtensionVersions& versions) {
+  const Result<std::filesystem::path> url = fileLocation(bundleVersionsFile);
+  if (!url.isLeft()) return Future<bool>::futureWithError(url.right());
+  PropertyListDictionary entries;
+  for (const auto& [bundleIdentifier, version] : versions) {
+    entries.emplace(bundleIdentifier, version);
+  }
+  PropertyListDictionary contents;
+  contents.emplace(versionsKey, std::move(entries));
+  return storeAsPlistWithUrl(url.left(), std::move(contents));
+}
+
+Future<bool> DonationPersistence::storeAsPlistWithUrl(const std::filesystem::path& url,
+                                                      PropertyListDictionary value) {
+  Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(value));
+  if (!bytes.isLeft()) {
+    return Future<bool>::futureWithError(
+        makeDonationError(DonationErrorCode::notSerializable, "a value cannot be serialised"));
+  }
+  return dataProxy->writeData(std::move(bytes).takeLeft(), url, WritingOptions::atomic)
+      .flatMap([self = *this](bool) {
+        self.excludeFromBackups();
+        return Future<bool>::futureWithResult(true);
+      });
+}
+
+void DonationPersistence::excludeFromBackups() const {
+  const Result<std::filesystem::path> directory = UserDirectories::expandTilde(directoryPath);
+  if (directory.isLeft()) {
+    static_cast<void>(dataProxy->setExcludedFromBackups(directory.left()));
+  }
+}
+
+}  // namespace quenlet

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+#include "model/DonationValue.h"
+#include "platform/foundation/Future.h"
+
+namespace quenlet {
+
+// Versions of donors' data, by bundle identifier.
+using ExtensionVersions = std::map<std::string, std::int64_t>;
+
+// Keeps the agent's state across restarts. Thread-safe. Loads never fail: what cannot be read is
+// empty.
+class DonationPersistenceProtocol {
+ public:
+  virtual ~DonationPersistenceProtocol() = default;
+  // The stored donations, in the order in which they were stored.
+  [[nodiscard]] virtual Future<DonationValues> loadDonations() = 0;
+  // Replaces what is stored by `values`; true once they are durable.
+  [[nodiscard]] virtual Future<bool> storeWithAllValues(const DonationValues& values) = 0;
+  [[nodiscard]] virtual Future<ExtensionVersions> loadExtensionVersions() = 0;
+  [[nodiscard]] virtual Future<bool> storeWithExtensionVersions(
+      const ExtensionVersions& versions) = 0;
+};
+
+}  // namespace quenlet
