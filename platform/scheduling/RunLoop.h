@@ -24,7 +24,8 @@ class RunLoop final {
   [[nodiscard]] EventLoop& eventLoop();
   [[nodiscard]] std::shared_ptr<Scheduler> mainThreadScheduler();
   // Calls `handler` on the main thread for each `signal` (SIGHUP, SIGTERM or SIGINT) received from
-  // resume() on; hang-ups before that are kept. A handler for SIGTERM or SIGINT runs before the end.
+  // resume() on; hang-ups before that are kept. A handler for SIGTERM or SIGINT runs before the
+  // end.
   [[nodiscard]] std::shared_ptr<Cancelable> addSignalSource(int signal, Block handler);
   // Holds back the end on SIGTERM until the token is cancelled. Thread-safe.
   [[nodiscard]] std::shared_ptr<Cancelable> holdTermination();

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "platform/scheduling/PoolServices.h"
+#include "platform/scheduling/Scheduler.h"
+
+namespace quenlet {
+
+// Runs blocks on the pool's threads, several together; they start in submission order and end in
+// any. Thread-safe. Pending blocks still run when the scheduler goes.
+class BackgroundScheduler final : public Scheduler {
+ public:
+  explicit BackgroundScheduler(PoolServices shared) : services(std::move(shared)) {}
+
+  void performBlock(Block block) override { services.pool->post(std::move(block)); }
+  [[nodiscard]] std::shared_ptr<Cancelable> afterDelay(double delaySeconds, Block block) override {
+    return services.afterDelay(
+        delaySeconds, [pool = services.pool](Block due) { pool->post(std::move(due)); },
+        std::move(block));
+  }
+
+ private:
+  const PoolServices services;
+};
+
+}  // namespace quenlet

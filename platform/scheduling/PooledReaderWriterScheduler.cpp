@@ -1,0 +1,141 @@
+#include "platform/scheduling/PooledReaderWriterScheduler.h"
+
+#include <deque>
+#include <optional>
+#include <utility>
+
+#include "platform/foundation/Mutex.h"
+#include "platform/scheduling/CancelableBlock.h"
+
+namespace quenlet {
+namespace {
+
+enum class Access { reader, writer };
+
+struct Job {
+  Access access;
+  std::shared_ptr<CancelableBlock> block;  // null: a synchronous reader waits to be told
+  bool* turnHasCome;                       // that reader's flag
+};
+
+}  // namespace
+
+// Jobs wait in `waiting` until their turn, then in `ready` until a thread is free. Each job that
+// gets ready brings one runReady() into the pool; it finds none when a waiting reader took the job.
+struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> {
+  explicit State(std::shared_ptr<WorkerPool> workers) : pool(std::move(workers)) {}
+
+  std::shared_ptr<Cancelable> submit(Access access, Block block) EXCLUDES(mutex) {
+    auto token = std::make_shared<CancelableBlock>(std::move(block));
+    MutexLock lock(mutex);
+    waiting.push_back({access, token, nullptr});
+    admit();
+    return token;
+  }
+
+  void runSynchronously(const Block& block) EXCLUDES(mutex) {
+    bool turnHasCome = false;
+    {
+      MutexLock lock(mutex);
+      waiting.push_back({Access::reader, nullptr, &turnHasCome});
+      ++synchronousReaders;
+      admit();
+    }
+    while (const std::optional<Job> job = nextBefore(turnHasCome)) run(*job);
+    block();
+    finish(Access::reader);
+  }
+
+  // A job that a synchronous reader can run while it waits; none when its own turn has come.
+  std::optional<Job> nextBefore(const bool& turnHasCome) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    while (!turnHasCome && ready.empty()) changed.wait(mutex);
+    if (!turnHasCome) return takeReady();
+    --synchronousReaders;
+    return std::nullopt;
+  }
+
+  void runReady() EXCLUDES(mutex) {
+    Job job{};
+    {
+      MutexLock lock(mutex);
+      if (ready.empty()) return;
+      job = takeReady();
+    }
+    run(job);
+  }
+
+  void run(const Job& job) EXCLUDES(mutex) {
+    job.block->run();
+    finish(job.access);
+  }
+
+  Job takeReady() REQUIRES(mutex) {
+    Job job = std::move(ready.front());
+    ready.pop_front();
+    return job;
+  }
+
+  void finish(Access access) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    if (access == Access::writer) {
+      writerActive = false;
+    } else {
+      --activeReaders;
+    }
+    admit();
+  }
+
+  bool mayStart(Access access) const REQUIRES(mutex) {
+    return !writerActive && (access == Access::reader || activeReaders == 0);
+  }
+
+  void admit() REQUIRES(mutex) {
+    bool anyone = false;
+    while (!waiting.empty() && mayStart(waiting.front().access)) {
+      Job job = std::move(waiting.front());
+      waiting.pop_front();
+      if (job.access == Access::writer) {
+        writerActive = true;
+      } else {
+        ++activeReaders;
+      }
+      if (job.turnHasCome != nullptr) {
+        *job.turnHasCome = true;
+      } else {
+        ready.push_back(std::move(job));
+        pool->post([self = shared_from_this()] { self->runReady(); });
+      }
+      anyone = true;
+    }
+    if (anyone && synchronousReaders > 0) changed.notifyAll();
+  }
+
+  const std::shared_ptr<WorkerPool> pool;
+  Mutex mutex;
+  ConditionVariable changed;
+  std::deque<Job> waiting GUARDED_BY(mutex);
+  std::deque<Job> ready GUARDED_BY(mutex);
+  std::size_t activeReaders GUARDED_BY(mutex) = 0;
+  std::size_t synchronousReaders GUARDED_BY(mutex) = 0;
+  bool writerActive GUARDED_BY(mutex) = false;
+};
+
+PooledReaderWriterScheduler::PooledReaderWriterScheduler(std::shared_ptr<WorkerPool> pool,
+                                                         std::string debugName)
+    : schedulerName(std::move(debugName)), state(std::make_shared<State>(std::move(pool))) {}
+
+std::shared_ptr<Cancelable> PooledReaderWriterScheduler::performWriterBlock(Block block) {
+  return state->submit(Access::writer, std::move(block));
+}
+
+std::shared_ptr<Cancelable> PooledReaderWriterScheduler::performReaderBlock(Block block) {
+  return state->submit(Access::reader, std::move(block));
+}
+
+void PooledReaderWriterScheduler::performSynchronousReaderBlock(const Block& block) {
+  const std::shared_ptr<State> held = state;
+  held->runSynchronously(block);
+}
+
+}  // namespace quenlet

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "platform/scheduling/PoolServices.h"
+#include "platform/scheduling/SchedulerProvider.h"
+
+namespace quenlet {
+
+// The process's schedulers: a pool of a few threads and a timer thread, all started here, and the
+// main thread's scheduler, which the run loop carries. Thread-safe.
+class ProductionSchedulerProvider final : public SchedulerProvider {
+ public:
+  explicit ProductionSchedulerProvider(std::shared_ptr<Scheduler> mainThreadScheduler,
+                                       std::size_t threadCount = WorkerPool::usualThreadCount());
+  // Drops delayed blocks that are not due, runs all others with what they submit, and ends the
+  // threads. Not to be destroyed on one of them. Its schedulers drop what they are given
+  // afterwards.
+  ~ProductionSchedulerProvider() override;
+
+  [[nodiscard]] std::shared_ptr<Scheduler> backgroundScheduler() override { return background; }
+  [[nodiscard]] std::shared_ptr<Scheduler> mainThreadScheduler() override { return mainThread; }
+  [[nodiscard]] std::shared_ptr<Scheduler> immediateScheduler() override { return immediate; }
+  [[nodiscard]] std::shared_ptr<Scheduler> newSerialSchedulerWithName(
+      const std::string& name) override;
+  [[nodiscard]] std::shared_ptr<ReaderWriterScheduler> newReaderWriterSchedulerWithName(
+      const std::string& name) override;
+
+ private:
+  const std::shared_ptr<WorkerPool> pool;
+  const std::shared_ptr<TimerThread> timers;
+  const std::shared_ptr<Scheduler> mainThread;
+  const std::shared_ptr<Scheduler> background;
+  const std::shared_ptr<Scheduler> immediate;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <thread>
+#include <vector>
+
+#include "platform/foundation/Mutex.h"
+#include "platform/scheduling/Scheduler.h"
+
+namespace quenlet {
+
+// A fixed number of threads that run blocks, the oldest first. Thread-safe. All threads are started
+// at construction. Blocks do not throw, and should not wait for other blocks of the pool.
+class WorkerPool final {
+ public:
+  // From 2 to 4, by the machine's processors.
+  [[nodiscard]] static std::size_t usualThreadCount();
+
+  explicit WorkerPool(std::size_t threadCount);
+  ~WorkerPool();
+  WorkerPool(const WorkerPool&) = delete;
+  WorkerPool& operator=(const WorkerPool&) = delete;
+
+  // After shutDown() the block is dropped.
+  void post(Block block) EXCLUDES(mutex);
+  // Runs what is queued, and what those blocks post in turn, then ends the threads. Not to be
+  // called on one of them.
+  void shutDown() EXCLUDES(mutex);
+
+ private:
+  void work() EXCLUDES(mutex);
+
+  Mutex mutex;
+  ConditionVariable changed;
+  std::deque<Block> blocks GUARDED_BY(mutex);
+  std::size_t busyThreads GUARDED_BY(mutex) = 0;
+  bool ending GUARDED_BY(mutex) = false;
+  bool ended GUARDED_BY(mutex) = false;
+  std::vector<std::thread> threads;
+};
+
+}  // namespace quenlet
