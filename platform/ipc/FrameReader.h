@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "platform/foundation/Error.h"
+#include "platform/ipc/FrameHeader.h"
+
+namespace quenlet {
+
+// Cuts a stream of bytes into messages. Memory is at most about twice the bytes that have come and
+// were not taken yet, whatever a header announces. One thread at a time.
+class FrameReader final {
+ public:
+  struct Frame final {
+    FrameKind kind = FrameKind::failure;
+    std::uint64_t identifier = 0;
+    // Into the reader's memory, good until the next room().
+    std::string_view body;
+    // When not null the header makes no sense, and nothing that follows can be understood.
+    ErrorPtr error;
+  };
+
+  explicit FrameReader(std::size_t maximumMessageSize) : maximumSize(maximumMessageSize) {}
+
+  // Where the stream's next bytes go; at least one byte.
+  [[nodiscard]] std::span<char> room();
+  // The first `count` bytes of the room are filled.
+  void added(std::size_t count) { end += count; }
+  // The next whole message, or nothing when more bytes are needed.
+  [[nodiscard]] std::optional<Frame> next();
+
+ private:
+  void makeRoom();
+
+  std::size_t maximumSize;
+  std::unique_ptr<char[]> bytes;
+  std::size_t capacity = 0;
+  // The bytes not taken yet are [begin, end).
+  std::size_t begin = 0;
+  std::size_t end = 0;
+};
+
+}  // namespace quenlet

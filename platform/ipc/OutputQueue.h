@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <string_view>
+
+#include "platform/ipc/FrameHeader.h"
+
+namespace quenlet {
+
+// Messages that wait for a socket to take them, in order. Small ones share a buffer, so that many
+// go out with one system call. One thread at a time.
+class OutputQueue final {
+ public:
+  enum class Outcome { drained, blocked, failed };
+
+  // Queues one message, its body being `bodyStart` and then `body`. The two are under 4 GiB
+  // together; the limit for messages is the caller's to enforce.
+  void append(FrameKind kind, std::uint64_t identifier, std::string_view bodyStart,
+              std::string body);
+  // Hands the socket as much as it takes without waiting. After `failed` (errno says why) the
+  // connection is of no more use for writing.
+  [[nodiscard]] Outcome writeTo(int socket);
+  void clear();
+  [[nodiscard]] bool empty() const { return unsent == 0; }
+  [[nodiscard]] std::size_t unsentBytes() const { return unsent; }
+
+ private:
+  void drop(std::size_t sentBytes);
+
+  std::deque<std::string> chunks;
+  // Of the first chunk, how much has gone out.
+  std::size_t sentOfFirst = 0;
+  std::size_t unsent = 0;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,74 @@
+#include "platform/ipc/PeerIdentity.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+#include "platform/scheduling/FileDescriptor.h"
+
+#ifndef SO_PEERPIDFD
+#define SO_PEERPIDFD 77
+#endif
+
+namespace quenlet {
+
+namespace {
+
+FileDescriptor pinPeer(int socket, pid_t process) {
+  int pinned = -1;
+  socklen_t size = sizeof(pinned);
+  if (::getsockopt(socket, SOL_SOCKET, SO_PEERPIDFD, &pinned, &size) == 0) {
+    return FileDescriptor(pinned);
+  }
+  // Any other failure means that the process has ended: its number must not be looked up again.
+  if (errno != ENOPROTOOPT) return FileDescriptor();
+  return FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
+}
+
+// A pidfd is readable once its process has ended.
+bool isRunning(const FileDescriptor& pinned) {
+  pollfd look{pinned.get(), POLLIN, 0};
+  return ::poll(&look, 1, 0) == 0;
+}
+
+bool isSameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
+  struct stat first {};
+  struct stat second {};
+  return ::stat(a.c_str(), &first) == 0 && ::stat(b.c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+std::optional<std::filesystem::path> readExecutable(int socket, pid_t process) {
+  if (process <= 0) return std::nullopt;
+  const FileDescriptor pinned = pinPeer(socket, process);
+  if (!pinned.isOpen()) return std::nullopt;
+  const std::filesystem::path link = "/proc/" + std::to_string(process) + "/exe";
+  std::error_code failure;
+  std::filesystem::path executable = std::filesystem::read_symlink(link, failure);
+  if (failure || executable.native().ends_with(" (deleted)")) return std::nullopt;
+  // A process can mount its own file over another one's path; the link itself leads to the file.
+  if (!isSameFile(link, executable)) return std::nullopt;
+  // Still the pinned process, so what was read under its number was its own.
+  if (!isRunning(pinned)) return std::nullopt;
+  return executable;
+}
+
+}  // namespace
+
+Result<PeerIdentity> PeerIdentity::ofSocket(int socket) {
+  ucred credentials{};
+  socklen_t size = sizeof(credentials);
+  if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) {
+    return Result<PeerIdentity>::right(makePosixError(errno, "identify a peer"));
+  }
+  return Result<PeerIdentity>::left(
+      {credentials.uid, credentials.pid, readExecutable(socket, credentials.pid)});
+}
+
+}  // namespace quenlet

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <optional>
+
+#include "platform/foundation/Either.h"
+
+namespace quenlet {
+
+// Who is at the other end of a connected Unix socket, as the kernel tells it. A value type.
+struct PeerIdentity final {
+  uid_t user = 0;
+  pid_t process = 0;
+  // The program file that the process runs, by the path it has for us. None when it cannot be told
+  // with certainty: the process has ended, its file was deleted or replaced, or another file lies
+  // at that path in the process's own view of the file system.
+  std::optional<std::filesystem::path> executable;
+
+  // Looks once. The process that connected is pinned while its program is read, so that a process
+  // which gets the same number later is not taken for it. On kernels that cannot pin the peer
+  // itself (before 6.5), a number that was given away before this call goes unnoticed.
+  [[nodiscard]] static Result<PeerIdentity> ofSocket(int socket);
+};
+
+}  // namespace quenlet

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+
+namespace quenlet {
+
+// What one service grants its peers. A value type; tests lower it.
+struct ServiceLimits final {
+  // Of one message, without the four bytes of its length.
+  std::size_t messageSizeInBytes = std::size_t{32} << 20;
+  // Of one connection; at the limit it is not read until replies have gone out.
+  std::size_t unansweredRequests = 128;
+  std::size_t connections = 1024;
+  // Of one connection; a peer that leaves more unread is disconnected.
+  std::size_t unsentBytes = std::size_t{64} << 20;
+};
+
+}  // namespace quenlet

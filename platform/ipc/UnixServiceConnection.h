@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/Mutex.h"
+#include "platform/ipc/EntitlementDatabase.h"
+#include "platform/ipc/FrameReader.h"
+#include "platform/ipc/OutputQueue.h"
+#include "platform/ipc/PeerIdentity.h"
+#include "platform/ipc/ServiceConnection.h"
+#include "platform/ipc/ServiceLimits.h"
+#include "platform/scheduling/EventLoop.h"
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+
+// The service's side of one connected Unix socket. Reads, checks and dispatches requests on an
+// event loop's thread. What is answered during the dispatch goes out in one piece after it; a later
+// answer is written by the thread that has it. Thread-safe.
+//
+// A request that is wrong in itself is answered with a failure. A header that makes no sense, a
+// peer that goes, and one that leaves too much unread end the connection, after which replies to it
+// do nothing.
+class UnixServiceConnection final : public ServiceConnection,
+                                    public std::enable_shared_from_this<UnixServiceConnection> {
+ public:
+  // On the loop's thread, once, after the connection has ended by itself.
+  using ClosedHandler = std::function<void(UnixServiceConnection&)>;
+
+  UnixServiceConnection(std::shared_ptr<EventLoop> eventLoop, FileDescriptor connectedSocket,
+                        PeerIdentity peerIdentity,
+                        std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
+                        ServiceLimits serviceLimits, ClosedHandler closedHandler);
+  UnixServiceConnection(const UnixServiceConnection&) = delete;
+  UnixServiceConnection& operator=(const UnixServiceConnection&) = delete;
+
+  [[nodiscard]] pid_t processIdentifier() const override { return peer.process; }
+  [[nodiscard]] std::optional<PropertyList> valueForEntitlement(
+      const std::string& entitlement) const override;
+  void setExportedInterface(ServiceInterface interface) override EXCLUDES(mutex);
+  void setExportedObject(std::shared_ptr<ExportedObject> object) override EXCLUDES(mutex);
+  void resume() override EXCLUDES(mutex);
+
+  // Waits for the peer to go, from now on; requests wait for resume(). Once.
+  void start() EXCLUDES(mutex);
+  // Ends the connection without a word. On the loop's thread, or when the loop does not run.
+  void close() EXCLUDES(mutex);
+
+ private:
+  class PendingReply;
+
+  void onReady(std::uint32_t events) EXCLUDES(mutex);
+  void readOnce(int socket) EXCLUDES(mutex);
+  void continueReading() EXCLUDES(mutex);
+  void dispatchFrames() EXCLUDES(mutex);
+  void dispatch(const FrameReader::Frame& frame) EXCLUDES(mutex);
+  void perform(const FrameReader::Frame& frame, const std::string& selector,
+               std::string_view arguments) EXCLUDES(mutex);
+  [[nodiscard]] bool mayDispatch() EXCLUDES(mutex);
+  void finishBatch() EXCLUDES(mutex);
+  void closeByItself() EXCLUDES(mutex);
+  void answer(FrameKind kind, std::uint64_t identifier, std::string body) EXCLUDES(mutex);
+  void fail(std::uint64_t identifier, const ErrorPtr& error) EXCLUDES(mutex);
+  void enqueue(FrameKind kind, std::uint64_t identifier, std::string body) REQUIRES(mutex);
+  void flush() REQUIRES(mutex);
+  void abandon() REQUIRES(mutex);
+  void updateWatch() REQUIRES(mutex);
+
+  const std::shared_ptr<EventLoop> loop;
+  const PeerIdentity peer;
+  const std::shared_ptr<const EntitlementDatabase> entitlements;
+  const ServiceLimits limits;
+  const ClosedHandler onClosed;
+  // On the loop's thread only.
+  FrameReader reader;
+
+  Mutex mutex;
+  FileDescriptor descriptor GUARDED_BY(mutex);
+  std::shared_ptr<EventLoop::Watch> watch GUARDED_BY(mutex);
+  std::shared_ptr<const ServiceInterface> exportedInterface GUARDED_BY(mutex);
+  std::shared_ptr<ExportedObject> exportedObject GUARDED_BY(mutex);
+  OutputQueue output GUARDED_BY(mutex);
+  std::size_t unanswered GUARDED_BY(mutex) = 0;
+  bool resumed GUARDED_BY(mutex) = false;
+  // The limit of unanswered requests was reached; complete requests may wait in the reader.
+  bool paused GUARDED_BY(mutex) = false;
+  bool continuationPosted GUARDED_BY(mutex) = false;
+  // The loop's thread is dispatching, and writes what it answered afterwards.
+  bool dispatching GUARDED_BY(mutex) = false;
+  // Nothing more can be written; the loop closes the socket soon.
+  bool abandoned GUARDED_BY(mutex) = false;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <thread>
+#include <unordered_map>
+
+#include "platform/files/LockFile.h"
+#include "platform/foundation/Mutex.h"
+#include "platform/ipc/EntitlementDatabase.h"
+#include "platform/ipc/ServiceLimits.h"
+#include "platform/ipc/ServiceListener.h"
+#include "platform/ipc/UnixServiceConnection.h"
+#include "platform/scheduling/EventLoop.h"
+
+namespace quenlet {
+
+// Serves a name on a Unix socket in the user's runtime directory, with a thread of its own that
+// accepts, reads and dispatches. The name is exclusive: a lock file tells a living listener from
+// what a crashed one left. Thread-safe; resume() is for one call.
+//
+// Peers of other users than root are disconnected at once; a connection beyond the limit is told so
+// first. The end of the listener ends all its connections; it is not for its own thread.
+class UnixServiceListener final : public ServiceListener {
+ public:
+  UnixServiceListener(std::string serviceName,
+                      std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
+                      ServiceLimits serviceLimits = {});
+  ~UnixServiceListener() override;
+  UnixServiceListener(const UnixServiceListener&) = delete;
+  UnixServiceListener& operator=(const UnixServiceListener&) = delete;
+
+  void setDelegate(std::weak_ptr<ServiceListenerDelegate> newDelegate) override EXCLUDES(mutex);
+  [[nodiscard]] ErrorPtr resume() override;
+
+ private:
+  [[nodiscard]] ErrorPtr openSocket();
+  void acceptConnections();
+  void admit(FileDescriptor socket) EXCLUDES(mutex);
+  void refuseOne(int failure);
+  void connectionClosed(UnixServiceConnection& connection);
+
+  const std::string name;
+  const std::shared_ptr<const EntitlementDatabase> entitlements;
+  const ServiceLimits limits;
+  const std::shared_ptr<EventLoop> loop = std::make_shared<EventLoop>();
+
+  Mutex mutex;
+  std::weak_ptr<ServiceListenerDelegate> delegate GUARDED_BY(mutex);
+
+  // Set by resume(), then the thread's own until it has ended.
+  std::shared_ptr<LockFile> nameLock;
+  std::filesystem::path socketPath;
+  FileDescriptor listeningSocket;
+  // Given up for a moment to accept, and refuse, one when the process has no descriptor left.
+  FileDescriptor spareDescriptor;
+  std::shared_ptr<EventLoop::Watch> watch;
+  bool acceptingPaused = false;
+  std::unordered_map<UnixServiceConnection*, std::shared_ptr<UnixServiceConnection>> connections;
+  std::thread thread;
+};
+
+}  // namespace quenlet
