@@ -20,8 +20,8 @@ class DistributedNotificationCenter {
   virtual ~DistributedNotificationCenter() = default;
   // Calls `callback` for each notification of that name, from any sender, this process included,
   // until the token is cancelled. Each implementation says on which thread.
-  [[nodiscard]] virtual std::shared_ptr<Cancelable> addObserver(
-      const std::string& name, std::function<void()> callback) = 0;
+  [[nodiscard]] virtual std::shared_ptr<Cancelable> addObserver(const std::string& name,
+                                                                std::function<void()> callback) = 0;
   // Posts a notification with no object. Does not wait for receivers.
   virtual void post(const std::string& name) = 0;
 };

@@ -1,0 +1,90 @@
+#include "platform/notifications/NotificationDirectory.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "platform/files/UserDirectories.h"
+
+namespace quenlet {
+namespace {
+
+using SystemCall = int (*)(int descriptor, const sockaddr* address, socklen_t length);
+
+std::optional<sockaddr_un> addressInDirectory(int directory, const std::string& name) {
+  const std::string path = "/proc/self/fd/" + std::to_string(directory) + "/" + name;
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  if (path.size() >= sizeof address.sun_path) return std::nullopt;
+  path.copy(address.sun_path, path.size());
+  return address;
+}
+
+// A new socket on which `call`, bind or connect, has succeeded for that name.
+Result<FileDescriptor> openSocket(int directory, const std::string& name, SystemCall call,
+                                  const char* action) {
+  const std::optional<sockaddr_un> address = addressInDirectory(directory, name);
+  if (!address) return Result<FileDescriptor>::right(makePosixError(ENAMETOOLONG, action));
+  FileDescriptor opened(::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+  if (!opened.isOpen() ||
+      call(opened.get(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0) {
+    return Result<FileDescriptor>::right(makePosixError(errno, action));
+  }
+  return Result<FileDescriptor>::left(std::move(opened));
+}
+
+bool isSocket(int directory, const char* name) {
+  struct stat status {};
+  return ::fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISSOCK(status.st_mode);
+}
+
+}  // namespace
+
+Result<NotificationDirectory> NotificationDirectory::open(const std::filesystem::path& path) {
+  using Opened = Result<NotificationDirectory>;
+  const std::string name = "the directory of notifications";
+  for (const std::filesystem::path& directory : {path.parent_path(), path}) {
+    if (ErrorPtr error = UserDirectories::ensurePrivateDirectory(directory, name)) {
+      return Opened::right(std::move(error));
+    }
+  }
+  FileDescriptor opened(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  if (!opened.isOpen()) return Opened::right(makePosixError(errno, "open " + name));
+  return Opened::left(NotificationDirectory(std::move(opened)));
+}
+
+std::vector<std::string> NotificationDirectory::socketNames() const {
+  std::vector<std::string> names;
+  // A descriptor of its own, as reading moves a position that copies of a descriptor share.
+  FileDescriptor listing(::openat(directory.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!listing.isOpen()) return names;
+  const std::unique_ptr<DIR, int (*)(DIR*)> stream(::fdopendir(listing.get()), ::closedir);
+  if (!stream) return names;
+  static_cast<void>(listing.release());
+  while (const dirent* entry = ::readdir(stream.get())) {
+    if (isSocket(directory.get(), entry->d_name)) names.emplace_back(entry->d_name);
+  }
+  return names;
+}
+
+Result<FileDescriptor> NotificationDirectory::bindSocket(const std::string& name) const {
+  return openSocket(directory.get(), name, ::bind, "receive notifications");
+}
+
+Result<FileDescriptor> NotificationDirectory::connectSocket(const std::string& name) const {
+  return openSocket(directory.get(), name, ::connect, "send a notification");
+}
+
+void NotificationDirectory::removeSocket(const std::string& name) const {
+  ::unlinkat(directory.get(), name.c_str(), 0);
+}
+
+}  // namespace quenlet

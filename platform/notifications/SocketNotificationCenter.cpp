@@ -1,0 +1,247 @@
+#include "platform/notifications/SocketNotificationCenter.h"
+
+#include <sys/epoll.h>
+#include <sys/random.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <iostream>
+#include <map>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/Mutex.h"
+#include "platform/foundation/Text.h"
+#include "platform/notifications/NotificationDirectory.h"
+
+namespace quenlet {
+namespace {
+
+constexpr int datagramsPerTurn = 64;  // then the loop's other handlers have their turn
+
+struct NotificationObserver final {
+  std::string name;
+  std::function<void()> callback;
+  std::atomic<bool> cancelled = false;
+};
+using ObserverPtr = std::shared_ptr<NotificationObserver>;
+
+bool isNotificationName(std::string_view text) {
+  return !text.empty() && text.size() <= SocketNotificationCenter::maximumNameSizeInBytes &&
+         isValidUTF8(text);
+}
+
+// The process identifier is for people who look into the directory; the random part keeps a name
+// from ever being used twice, so that removing a stale socket cannot hit a new one.
+Result<std::string> newSocketName() {
+  std::array<std::uint8_t, 16> random{};
+  if (::getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
+    return Result<std::string>::right(makePosixError(errno, "get random bytes"));
+  }
+  std::string name = std::to_string(::getpid()) + "-";
+  for (const std::uint8_t byte : random) {
+    name += "0123456789abcdef"[byte >> 4];
+    name += "0123456789abcdef"[byte & 15];
+  }
+  return Result<std::string>::left(std::move(name));
+}
+
+// Zero, or errno.
+int sendName(const FileDescriptor& socket, const std::string& name) {
+  const ssize_t sent = ::send(socket.get(), name.data(), name.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+  return sent < 0 ? errno : 0;
+}
+
+}  // namespace
+
+struct SocketNotificationCenter::State final : std::enable_shared_from_this<State> {
+  // This process's own socket.
+  struct Receiver {
+    NotificationDirectory directory;
+    std::string name;
+    FileDescriptor socket;
+    std::shared_ptr<EventLoop::Watch> watch;
+  };
+  // What another process's full queue had no room for.
+  struct Backlog {
+    FileDescriptor socket;
+    std::set<std::string> names;
+    std::shared_ptr<EventLoop::Watch> watch;
+  };
+
+  State(EventLoop& loop, std::filesystem::path path)
+      : eventLoop(loop), directoryPath(std::move(path)) {}
+
+  EventLoop& eventLoop;
+  const std::filesystem::path directoryPath;
+  std::atomic<bool> hasReported = false;
+  Mutex mutex;
+  std::optional<Receiver> receiver GUARDED_BY(mutex);
+  std::multimap<std::string, ObserverPtr, std::less<>> observers GUARDED_BY(mutex);
+  std::map<std::string, Backlog> backlogs GUARDED_BY(mutex);  // by the receiver's socket name
+
+  void report(const ErrorPtr& error) {
+    if (!error || hasReported.exchange(true)) return;
+    std::cerr << "quenlet: notifications: " + error->description() + "\n" << std::flush;
+  }
+
+  ErrorPtr openReceiver() REQUIRES(mutex) {
+    Result<NotificationDirectory> directory = NotificationDirectory::open(directoryPath);
+    if (!directory.isLeft()) return directory.right();
+    const Result<std::string> name = newSocketName();
+    if (!name.isLeft()) return name.right();
+    Result<FileDescriptor> socket = directory.left().bindSocket(name.left());
+    if (!socket.isLeft()) return socket.right();
+    receiver.emplace(Receiver{std::move(directory).takeLeft(), name.left(),
+                              std::move(socket).takeLeft(), nullptr});
+    receiver->watch =
+        eventLoop.watch(receiver->socket.get(), EPOLLIN, [weak = weak_from_this()](std::uint32_t) {
+          if (const auto state = weak.lock()) state->receive();
+        });
+    return nullptr;
+  }
+
+  ErrorPtr add(const ObserverPtr& observer) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    observers.emplace(observer->name, observer);
+    return receiver ? nullptr : openReceiver();
+  }
+
+  void remove(const ObserverPtr& observer) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    const auto [begin, end] = observers.equal_range(observer->name);
+    for (auto entry = begin; entry != end; ++entry) {
+      if (entry->second == observer) {
+        observers.erase(entry);
+        return;
+      }
+    }
+  }
+
+  // One datagram; nothing when there is none to be had.
+  std::optional<std::string> receiveDatagram() EXCLUDES(mutex) {
+    std::array<char, maximumNameSizeInBytes + 1> buffer;  // a byte more, to see what is too long
+    MutexLock lock(mutex);
+    if (!receiver) return std::nullopt;
+    const ssize_t size = ::recv(receiver->socket.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+    if (size < 0) return std::nullopt;
+    return std::string(buffer.data(), static_cast<std::size_t>(size));
+  }
+
+  void receive() EXCLUDES(mutex) {
+    for (int count = 0; count < datagramsPerTurn; ++count) {
+      const std::optional<std::string> name = receiveDatagram();
+      if (!name) return;
+      if (isNotificationName(*name)) notify(*name);
+    }
+  }
+
+  void notify(const std::string& name) EXCLUDES(mutex) {
+    std::vector<ObserverPtr> called;
+    {
+      MutexLock lock(mutex);
+      const auto [begin, end] = observers.equal_range(name);
+      for (auto entry = begin; entry != end; ++entry) called.push_back(entry->second);
+    }
+    for (const ObserverPtr& observer : called) {
+      if (!observer->cancelled) observer->callback();
+    }
+  }
+
+  ErrorPtr sendToAll(const std::string& name) EXCLUDES(mutex) {
+    const Result<NotificationDirectory> opened = NotificationDirectory::open(directoryPath);
+    if (!opened.isLeft()) return opened.right();
+    const NotificationDirectory& directory = opened.left();
+    MutexLock lock(mutex);
+    for (const std::string& socketName : directory.socketNames()) {
+      sendToOne(directory, socketName, name);
+    }
+    return nullptr;
+  }
+
+  // Each datagram has a sending socket of its own: the kernel counts unread datagrams against their
+  // sender, and one lazy receiver must not use up what the others need.
+  void sendToOne(const NotificationDirectory& directory, const std::string& socketName,
+                 const std::string& name) REQUIRES(mutex) {
+    if (const auto found = backlogs.find(socketName); found != backlogs.end()) {
+      found->second.names.insert(name);
+      return;
+    }
+    Result<FileDescriptor> socket = directory.connectSocket(socketName);
+    if (!socket.isLeft()) {
+      if (socket.right()->code() == ECONNREFUSED) directory.removeSocket(socketName);
+      return;
+    }
+    if (sendName(socket.left(), name) == EAGAIN) {
+      startBacklog(socketName, std::move(socket).takeLeft(), name);
+    }
+  }
+
+  void startBacklog(const std::string& socketName, FileDescriptor socket, const std::string& name)
+      REQUIRES(mutex) {
+    Backlog& backlog = backlogs[socketName];
+    backlog.socket = std::move(socket);
+    backlog.names = {name};
+    // A connected datagram socket is writable when its receiver has room, or is gone.
+    backlog.watch = eventLoop.watch(backlog.socket.get(), EPOLLOUT,
+                                    [weak = weak_from_this(), socketName](std::uint32_t) {
+                                      if (const auto state = weak.lock()) state->flush(socketName);
+                                    });
+  }
+
+  void flush(const std::string& socketName) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    const auto found = backlogs.find(socketName);
+    if (found == backlogs.end()) return;
+    Backlog& backlog = found->second;
+    while (!backlog.names.empty()) {
+      const int failure = sendName(backlog.socket, *backlog.names.begin());
+      if (failure == EAGAIN) return;
+      if (failure != 0) break;  // the receiver is gone
+      backlog.names.erase(backlog.names.begin());
+    }
+    backlog.watch->cancel();
+    backlogs.erase(found);
+  }
+
+  void close() EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    for (auto& [socketName, backlog] : backlogs) backlog.watch->cancel();
+    backlogs.clear();
+    if (!receiver) return;
+    receiver->watch->cancel();
+    receiver->directory.removeSocket(receiver->name);
+    receiver.reset();
+  }
+};
+
+SocketNotificationCenter::SocketNotificationCenter(EventLoop& eventLoop,
+                                                   std::filesystem::path directory)
+    : state(std::make_shared<State>(eventLoop, std::move(directory))) {}
+
+SocketNotificationCenter::~SocketNotificationCenter() { state->close(); }
+
+std::shared_ptr<Cancelable> SocketNotificationCenter::addObserver(const std::string& name,
+                                                                  std::function<void()> callback) {
+  const auto observer = std::make_shared<NotificationObserver>();
+  observer->name = name;
+  observer->callback = std::move(callback);
+  state->report(state->add(observer));
+  return std::make_shared<CancelBlock>([weak = std::weak_ptr<State>(state), observer] {
+    observer->cancelled = true;
+    if (const auto held = weak.lock()) held->remove(observer);
+  });
+}
+
+void SocketNotificationCenter::post(const std::string& name) {
+  if (isNotificationName(name)) state->report(state->sendToAll(name));
+}
+
+}  // namespace quenlet
