@@ -1,0 +1,142 @@
+#include "platform/scheduling/RunLoop.h"
+
+#include <sys/epoll.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <map>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/Mutex.h"
+#include "platform/scheduling/EventLoopScheduler.h"
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+namespace {
+
+FileDescriptor takeOverSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int signal : {SIGHUP, SIGTERM, SIGINT}) sigaddset(&signals, signal);
+  ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  ::signal(SIGPIPE, SIG_IGN);
+  const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+  if (descriptor < 0) throw std::system_error(errno, std::generic_category(), "read signals");
+  return FileDescriptor(descriptor);
+}
+
+// Counts what holds termination. Shared with the tokens, which may outlive the loop.
+class TerminationHolds final : public std::enable_shared_from_this<TerminationHolds> {
+ public:
+  explicit TerminationHolds(Block end) : stop(std::move(end)) {}
+
+  std::shared_ptr<Cancelable> add() EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    ++count;
+    return std::make_shared<CancelBlock>([self = shared_from_this()] { self->release(); });
+  }
+
+  // Stops the loop now or, when something holds, with the last release. Answers whether it did now.
+  bool terminate() EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    terminating = true;
+    if (count == 0 && stop) stop();
+    return count == 0;
+  }
+
+  // The loop goes: later releases find nothing to stop.
+  void forgetLoop() EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    stop = nullptr;
+  }
+
+ private:
+  void release() EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    // Stopping takes the event loop's lock only; under this one, as the loop must not go meanwhile.
+    if (--count == 0 && terminating && stop) stop();
+  }
+
+  Mutex mutex;
+  Block stop GUARDED_BY(mutex);
+  std::size_t count GUARDED_BY(mutex) = 0;
+  bool terminating GUARDED_BY(mutex) = false;
+};
+
+}  // namespace
+
+struct RunLoop::State {
+  const FileDescriptor signals = takeOverSignals();
+  EventLoop loop;
+  const std::shared_ptr<EventLoopScheduler> scheduler = std::make_shared<EventLoopScheduler>(loop);
+  const std::shared_ptr<TerminationHolds> holds =
+      std::make_shared<TerminationHolds>([this] { loop.stop(); });
+  std::multimap<int, std::shared_ptr<const Block>> handlers;
+  std::map<int, int> unhandled;  // signals that came before their first handler
+  std::shared_ptr<Cancelable> signalWatch;
+  std::shared_ptr<Cancelable> graceTimer;
+
+  void readSignals() {
+    signalfd_siginfo info{};
+    while (::read(signals.get(), &info, sizeof info) == sizeof info) {
+      handle(static_cast<int>(info.ssi_signo));
+    }
+  }
+
+  void handle(int signal) {
+    std::vector<std::weak_ptr<const Block>> called;  // a handler may add and cancel handlers
+    for (auto [found, end] = handlers.equal_range(signal); found != end; ++found) {
+      called.push_back(found->second);
+    }
+    if (called.empty()) ++unhandled[signal];
+    for (const auto& weak : called) {
+      if (const auto handler = weak.lock()) (*handler)();
+    }
+    if (signal != SIGHUP) terminate();
+  }
+
+  void terminate() {
+    if (holds->terminate() || graceTimer) return;
+    graceTimer = scheduler->afterDelay(terminationGraceSeconds, [this] { loop.stop(); });
+  }
+
+  void remove(const std::shared_ptr<const Block>& handler) {
+    std::erase_if(handlers, [&](const auto& entry) { return entry.second == handler; });
+  }
+};
+
+RunLoop::RunLoop() : state(std::make_unique<State>()) {
+  state->signalWatch =
+      state->loop.watch(state->signals.get(), EPOLLIN,
+                        [running = state.get()](std::uint32_t) { running->readSignals(); });
+}
+
+RunLoop::~RunLoop() {
+  state->holds->forgetLoop();
+  state->signalWatch->cancel();
+}
+
+EventLoop& RunLoop::eventLoop() { return state->loop; }
+
+std::shared_ptr<Scheduler> RunLoop::mainThreadScheduler() { return state->scheduler; }
+
+std::shared_ptr<Cancelable> RunLoop::addSignalSource(int signal, Block handler) {
+  const auto held = std::make_shared<const Block>(std::move(handler));
+  state->handlers.emplace(signal, held);
+  for (int missed = std::exchange(state->unhandled[signal], 0); missed > 0; --missed) {
+    state->loop.post(*held);
+  }
+  return std::make_shared<CancelBlock>([owner = state.get(), held] { owner->remove(held); });
+}
+
+std::shared_ptr<Cancelable> RunLoop::holdTermination() { return state->holds->add(); }
+
+void RunLoop::run() { state->loop.run(); }
+
+void RunLoop::stop() { state->loop.stop(); }
+
+}  // namespace quenlet
