@@ -1,5 +1,6 @@
 #include "storage/DonationPersistence.h"
 
+#include "platform/donations/DonationError.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/PropertyListSerializer.h"
 
@@ -12,11 +13,6 @@ constexpr char rejectionsFile[] = "rejections.json";
 constexpr char bundleVersionsFile[] = "bundle_versions.plist";
 constexpr char donationsKey[] = "donations";
 constexpr char versionsKey[] = "versions";
-
-ErrorPtr makeDonationError(DonationErrorCode code, std::string debugDescription) {
-  return makeError(DonationErrorDomain, static_cast<std::int64_t>(code),
-                   std::move(debugDescription));
-}
 
 Result<std::filesystem::path> fileLocation(const char* name) {
   const Result<std::filesystem::path> directory = UserDirectories::expandTilde(directoryPath);

@@ -12,13 +12,6 @@
 
 namespace quenlet {
 
-enum class DonationErrorCode {
-  featureNotEnabled = 1,
-  donorGaveNoAnswer = 2,
-  notSerializable = 501,
-  topLevelNotADictionary = 502,
-};
-
 // Keeps donations, rejections and extension versions in property-list files in
 // "~/Library/Contacts/Donations/". Thread-safe: holds nothing but the data proxy.
 //

@@ -1,0 +1,153 @@
+// The store: what is held, how it is restored, changed, saved and turned into the donated me card.
+
+#include "core/Corvel.h"
+
+#include "mecard/ContactRebuilder.h"
+#include "platform/PlatformServices.h"
+#include "storage/DonationPersistence.h"
+
+namespace quenlet {
+namespace {
+
+double secondsUntilExpiration(const DonationValue& value) {
+  return value.origin().expirationDate.timeIntervalSince(PlatformServices::current().now());
+}
+
+std::shared_ptr<DonationPersistenceProtocol> persistenceOrDefault(
+    std::shared_ptr<DonationPersistenceProtocol> given, AgentEnvironmentProtocol& environment) {
+  if (given) return given;
+  return std::make_shared<DonationPersistence>(environment.dataProxy());
+}
+
+template <typename List>
+DonationValues valuesSatisfying(const List& values,
+                                const std::function<bool(const DonationValue&)>& predicate) {
+  DonationValues selected;
+  for (const DonationValuePtr& value : values) {
+    if (predicate(*value)) selected.push_back(value);
+  }
+  return selected;
+}
+
+struct IsEmptyChange final {
+  bool operator()(const Corvel::InsertOrModifyValues& change) const {
+    return change.values.empty();
+  }
+  bool operator()(const Corvel::RemoveValuesWithIdentifiers& change) const {
+    return change.identifiers.empty();
+  }
+  bool operator()(const Corvel::RemoveValuesWithBundleIdentifier& change) const {
+    return change.bundleIdentifier.empty();
+  }
+};
+
+}  // namespace
+
+Corvel::Corvel(std::shared_ptr<AgentEnvironmentProtocol> agentEnvironment,
+               std::shared_ptr<DonationPersistenceProtocol> givenPersistence,
+               std::shared_ptr<CuratedInfoProviderProtocol> infoProvider)
+    : notYetExpired([](const DonationValue& value) { return secondsUntilExpiration(value) > 0; }),
+      readyForRenewal([](const DonationValue& value) {
+        return secondsUntilExpiration(value) < renewalDeadlineSeconds;
+      }),
+      contact(std::make_shared<const Contact>()),
+      environment(std::move(agentEnvironment)),
+      schedulerProvider(environment->schedulerProvider()),
+      distributedNotificationCenter(environment->distributedNotificationCenter()),
+      preferencesMonitor(std::make_shared<DonationPreferencesMonitor>(
+          environment->donationPreferences(), distributedNotificationCenter, schedulerProvider)),
+      persistence(persistenceOrDefault(std::move(givenPersistence), *environment)),
+      feedbackStore(environment->feedbackStore()),
+      stateScheduler(
+          schedulerProvider->newReaderWriterSchedulerWithName("ovaro.quenlet.agent.state")),
+      diskScheduler(schedulerProvider->newSerialSchedulerWithName("ovaro.quenlet.agent.io")),
+      replyScheduler(schedulerProvider->backgroundScheduler()),
+      curatedInfoProvider(std::move(infoProvider)),
+      logger(environment->logger()) {}
+
+void Corvel::submitWriterBlock(std::function<void(Corvel&)> block) {
+  stateScheduler->performWriterBlock(
+      [self = shared_from_this(), block = std::move(block)] { block(*self); });
+}
+
+void Corvel::restorePersistedState() {
+  submitWriterBlock([](Corvel& agent) { agent.restore(); });
+}
+
+void Corvel::restore() {
+  logger->beginRestorePersistedState();
+  const Future<DonationValues> load = persistence->loadDonations();
+  const Result<DonationValues>& loaded = load.result();
+  if (!loaded.isLeft()) return;
+  const DonationValues candidates = valuesSatisfying(
+      loaded.left(), [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
+  DonationTable restored;
+  restored.insertAll(valuesSatisfying(candidates, notYetExpired));
+  donations = std::move(restored);
+  handOffForRenewal(valuesSatisfying(candidates, readyForRenewal));
+  rebuildMeCard();
+  logger->endRestorePersistedState();
+}
+
+void Corvel::rebuildMeCard() {
+  ContactRebuilder rebuilder(*donations.snapshot(), curatedInfoProvider->curatedName(),
+                             curatedInfoProvider->curatedEmailAddresses());
+  contact = std::make_shared<const Contact>(rebuilder.buildNewContact());
+}
+
+bool Corvel::isConfirmedOrRejected(const DonationValue& value) const {
+  return feedbackStore->donatedValueHasBeenConfirmedOrRejected(value, MeCardContactIdentifier);
+}
+
+void Corvel::handOffForRenewal(const DonationValues& values) const {
+  if (renewalHandOff && !values.empty()) renewalHandOff(values);
+}
+
+void Corvel::submitChange(ChangeType change, SaveReply saveReply) {
+  submitWriterBlock(
+      [change = std::move(change), saveReply = std::move(saveReply)](Corvel& agent) mutable {
+        agent.applyChange(change, std::move(saveReply));
+      });
+}
+
+void Corvel::applyChange(const ChangeType& change, SaveReply saveReply) {
+  if (std::visit(IsEmptyChange{}, change)) {
+    // Nothing to do is done at once; the caller still waits for an answer.
+    replyScheduler->performBlock([saveReply = std::move(saveReply)] { saveReply({}); });
+    return;
+  }
+  if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
+    donations.insertAll(valuesSatisfying(insertion->values, [this](const DonationValue& value) {
+      return !isConfirmedOrRejected(value);
+    }));
+  } else if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
+    donations.removeIdentifiers(removal->identifiers);
+  } else {
+    donations.removeBundle(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
+  }
+  rebuildMeCard();
+  save(std::move(saveReply));
+  postValuesDidChange();
+}
+
+void Corvel::save(SaveReply saveReply) {
+  diskScheduler->performBlock(
+      [self = shared_from_this(), values = donations.snapshot(), saveReply = std::move(saveReply)] {
+        self->persistence->storeWithAllValues(*values).onCompletion(
+            [self, saveReply](const Result<bool>& stored) {
+              const SaveResponse response{stored.isLeft() ? nullptr : stored.right()};
+              self->replyScheduler->performBlock([saveReply, response] { saveReply(response); });
+            });
+      });
+}
+
+void Corvel::postValuesDidChange() const {
+  distributedNotificationCenter->post(MeCardValuesDidChangeNotification);
+}
+
+void Corvel::deleteDonationsWithBundleID(const std::string& bundleIdentifier) {
+  submitWriterBlock(
+      [bundleIdentifier](Corvel& agent) { agent.donations.removeBundle(bundleIdentifier); });
+}
+
+}  // namespace quenlet

@@ -1,0 +1,153 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "core/DonationPreferencesMonitor.h"
+#include "core/DonationTable.h"
+#include "core/FeatureState.h"
+#include "mecard/CuratedInfoProviderProtocol.h"
+#include "platform/AgentEnvironmentProtocol.h"
+#include "platform/donations/CorvelProtocol.h"
+#include "storage/DonationPersistenceProtocol.h"
+
+namespace quenlet {
+
+// The agent's central object: holds the donations and the donated me card, serves the clients'
+// operations, and follows the donations-enabled preference and the curated card.
+//
+// Thread-safe. All that is held is read and changed in blocks of one reader/writer scheduler, in
+// submission order; the feature state is read when a request arrives, before its block is queued.
+// Saves run in order on a serial scheduler, replies after saves on the background scheduler. An
+// operation keeps the object alive until it has replied.
+class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<Corvel> {
+ public:
+  // A value that expires sooner than this is offered to its donor for renewal.
+  static constexpr double renewalDeadlineSeconds = 604800.0;
+
+  struct InsertOrModifyValues final {
+    DonationValues values;
+  };
+  struct RemoveValuesWithIdentifiers final {
+    std::vector<std::string> identifiers;
+  };
+  struct RemoveValuesWithBundleIdentifier final {
+    std::string bundleIdentifier;
+  };
+  // One change of the store.
+  using ChangeType = std::variant<InsertOrModifyValues, RemoveValuesWithIdentifiers,
+                                  RemoveValuesWithBundleIdentifier>;
+
+  // The outcome of the save of a change: null for success, else the save's error.
+  struct SaveResponse final {
+    ErrorPtr failure;
+    [[nodiscard]] bool isSuccess() const { return failure == nullptr; }
+  };
+  using SaveReply = std::function<void(const SaveResponse&)>;
+
+  // With no persistence, one of its own over the environment's data proxy. Nothing runs yet.
+  Corvel(std::shared_ptr<AgentEnvironmentProtocol> environment,
+         std::shared_ptr<DonationPersistenceProtocol> persistence,
+         std::shared_ptr<CuratedInfoProviderProtocol> curatedInfoProvider);
+
+  // Submits the restore of what was stored. Submit it before anything else.
+  void restorePersistedState();
+
+  // Follows the preference, then the curated card.
+  void start();
+  void startMonitoringPreferences();
+  // Stops following the preference; a pending deletion is called off.
+  void stop();
+
+  [[nodiscard]] bool featureEnabled() const;
+  // Changes the state where it is called: call it in a writer block.
+  void setFeatureEnabled(bool enabled);
+  // Submits the deletion of all donations; the feature state stays.
+  void disableDonations();
+  // Runs the enable routine where it is called: call it in a writer block.
+  void reenableDonations();
+
+  void donateMeCardValues(DonationValues values, ErrorReply completionHandler) override;
+  void removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
+                                               SuccessReply completionHandler) override;
+  void removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIdentifier,
+                                                     SuccessReply completionHandler) override;
+  void fetchDonatedMeCard(ContactReply reply) override;
+  void synchronousDonatedMeCard(EitherContactReply reply) override;
+  // The fetch behind both operations: `sel` is the request's name in the log, a refusal is replied
+  // on `replyScheduler`, a contact on the calling thread.
+  void getDonatedMeCardWithSel(const std::string& sel,
+                               const std::shared_ptr<Scheduler>& replyScheduler,
+                               const EitherContactReply& reply);
+  void meCardDonations(DonationsReply reply) override;
+  void changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
+                         ErrorReply completionHandler) override;
+  void rejectValueWithDonationIdentifier(std::string donationIdentifier,
+                                         ErrorReply completionHandler) override;
+  void rejectValuesWithClusterIdentifier(std::string clusterIdentifier,
+                                         ErrorReply completionHandler) override;
+  void removeAllRejectionsWithCompletionHandler(ErrorReply completionHandler) override;
+
+  // Submits the removal of one bundle's donations from memory alone: the next change writes it.
+  void deleteDonationsWithBundleID(const std::string& bundleIdentifier);
+
+  // The reader/writer scheduler "ovaro.quenlet.agent.state".
+  [[nodiscard]] const std::shared_ptr<ReaderWriterScheduler>& lock() const {
+    return stateScheduler;
+  }
+
+  // Where values go that are near their end, or expired when they were donated: to their donors, if
+  // somebody takes them there. Set it before the restore.
+  std::function<void(DonationValues)> renewalHandOff;
+  // Replaceable, so that every caller uses the same pair.
+  std::function<bool(const DonationValue&)> notYetExpired;
+  std::function<bool(const DonationValue&)> readyForRenewal;
+
+ private:
+  // Whether a request is served before the preference has been read.
+  enum class WhileUndetermined { served, refused };
+
+  // Runs in a writer block.
+  void restore();
+  void rebuildMeCard();
+  void applyChange(const ChangeType& change, SaveReply saveReply);
+  void deleteAllDonations();
+  void runEnableRoutine();
+  void applySuppression(bool suppress);
+
+  // Runs anywhere.
+  void submitWriterBlock(std::function<void(Corvel&)> block);
+  void submitChange(ChangeType change, SaveReply saveReply);
+  void save(SaveReply saveReply);
+  void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply);
+  void handOffForRenewal(const DonationValues& values) const;
+  void handOffPreExpired(const DonationValues& values) const;
+  void postValuesDidChange() const;
+  [[nodiscard]] bool isConfirmedOrRejected(const DonationValue& value) const;
+  // The refusal of a request by the feature state, logged; null when it may pass.
+  [[nodiscard]] ErrorPtr refusal(const std::string& requestName,
+                                 WhileUndetermined undetermined) const;
+
+  // Changed in writer blocks, read in reader blocks.
+  DonationTable donations;
+  ContactPtr contact;
+
+  const std::shared_ptr<AgentEnvironmentProtocol> environment;
+  const std::shared_ptr<SchedulerProvider> schedulerProvider;
+  const std::shared_ptr<DistributedNotificationCenter> distributedNotificationCenter;
+  const std::shared_ptr<DonationPreferencesMonitor> preferencesMonitor;
+  const std::shared_ptr<DonationPersistenceProtocol> persistence;
+  const std::shared_ptr<DonationFeedbackStore> feedbackStore;
+  const std::shared_ptr<ReaderWriterScheduler> stateScheduler;
+  const std::shared_ptr<Scheduler> diskScheduler;
+  const std::shared_ptr<Scheduler> replyScheduler;
+  const std::shared_ptr<CuratedInfoProviderProtocol> curatedInfoProvider;
+  const std::shared_ptr<AgentLogger> logger;
+  std::atomic<FeatureState> featureState = FeatureState::undetermined;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,120 @@
+// The clients' operations. Each is bracketed in the log by agentWillHandleRequest: and
+// agentDidHandleRequest:; a refused change or list has no second event.
+
+#include "core/Corvel.h"
+#include "platform/PlatformServices.h"
+#include "platform/donations/DonationError.h"
+
+namespace quenlet {
+
+ErrorPtr Corvel::refusal(const std::string& requestName, WhileUndetermined undetermined) const {
+  const FeatureState state = featureState;
+  const bool refused =
+      state == FeatureState::disabled ||
+      (state == FeatureState::undetermined && undetermined == WhileUndetermined::refused);
+  if (!refused) return nullptr;
+  logger->featureNotEnabled(requestName);
+  return makeDonationError(DonationErrorCode::featureNotEnabled, "donations are not enabled");
+}
+
+void Corvel::donateMeCardValues(DonationValues values, ErrorReply completionHandler) {
+  const std::string requestName = "donateMeCardValues:completionHandler:";
+  logger->agentWillHandleRequest(requestName);
+  if (const ErrorPtr error = refusal(requestName, WhileUndetermined::served)) {
+    completionHandler(error);
+    return;
+  }
+  logger->acceptingDonations(values);
+  SaveReply saveReply = [self = shared_from_this(), values, requestName,
+                         reply = std::move(completionHandler)](const SaveResponse& response) {
+    reply(response.failure);
+    if (response.isSuccess()) self->handOffForRenewal(values);
+    self->logger->agentDidHandleRequest(requestName);
+    self->handOffPreExpired(values);
+  };
+  submitChange(InsertOrModifyValues{std::move(values)}, std::move(saveReply));
+}
+
+void Corvel::handOffPreExpired(const DonationValues& values) const {
+  const Date now = PlatformServices::current().now();
+  DonationValues expired;
+  for (const DonationValuePtr& value : values) {
+    if (value->origin().expirationDate < now) expired.push_back(value);
+  }
+  if (expired.empty()) return;
+  logger->preExpiredDonations(expired);
+  handOffForRenewal(expired);
+}
+
+void Corvel::removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
+                                                     SuccessReply completionHandler) {
+  removeValues("removeDonatedMeCardValuesForIdentifiers:completionHandler:",
+               RemoveValuesWithIdentifiers{std::move(identifiers)}, std::move(completionHandler));
+}
+
+void Corvel::removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIdentifier,
+                                                           SuccessReply completionHandler) {
+  removeValues("removeDonatedMeCardValuesWithBundleIdentifier:completionHandler:",
+               RemoveValuesWithBundleIdentifier{std::move(bundleIdentifier)},
+               std::move(completionHandler));
+}
+
+void Corvel::removeValues(const std::string& requestName, ChangeType change, SuccessReply reply) {
+  logger->agentWillHandleRequest(requestName);
+  if (const ErrorPtr error = refusal(requestName, WhileUndetermined::served)) {
+    reply(false, error);
+    return;
+  }
+  submitChange(std::move(change), [self = shared_from_this(), requestName,
+                                   reply = std::move(reply)](const SaveResponse& response) {
+    reply(response.isSuccess(), response.failure);
+    self->logger->agentDidHandleRequest(requestName);
+  });
+}
+
+void Corvel::fetchDonatedMeCard(ContactReply reply) {
+  getDonatedMeCardWithSel("fetchDonatedMeCard:", replyScheduler,
+                          [reply = std::move(reply)](const Result<ContactPtr>& result) {
+                            if (result.isLeft()) {
+                              reply(result.left(), nullptr);
+                            } else {
+                              reply(nullptr, result.right());
+                            }
+                          });
+}
+
+void Corvel::synchronousDonatedMeCard(EitherContactReply reply) {
+  getDonatedMeCardWithSel("synchronousDonatedMeCard:", schedulerProvider->immediateScheduler(),
+                          reply);
+}
+
+void Corvel::getDonatedMeCardWithSel(const std::string& sel,
+                                     const std::shared_ptr<Scheduler>& refusalScheduler,
+                                     const EitherContactReply& reply) {
+  logger->agentWillHandleRequest(sel);
+  if (const ErrorPtr error = refusal(sel, WhileUndetermined::refused)) {
+    refusalScheduler->performBlock([reply, error] { reply(Result<ContactPtr>::right(error)); });
+  } else {
+    ContactPtr current;
+    stateScheduler->performSynchronousReaderBlock([this, &current] { current = contact; });
+    reply(Result<ContactPtr>::left(std::move(current)));
+  }
+  logger->agentDidHandleRequest(sel);
+}
+
+void Corvel::meCardDonations(DonationsReply reply) {
+  const std::string requestName = "meCardDonations:";
+  logger->agentWillHandleRequest(requestName);
+  if (const ErrorPtr error = refusal(requestName, WhileUndetermined::refused)) {
+    reply(nullptr, error);
+    return;
+  }
+  stateScheduler->performReaderBlock(
+      [self = shared_from_this(), requestName, reply = std::move(reply)] {
+        self->replyScheduler->performBlock(
+            [reply, values = self->donations.snapshot()] { reply(values, nullptr); });
+        self->logger->agentDidHandleRequest(requestName);
+      });
+}
+
+}  // namespace quenlet

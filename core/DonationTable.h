@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "model/DonationValue.h"
+
+namespace quenlet {
+
+// The donations that the agent holds, at most one an identifier, in the order in which their
+// identifiers first came. The rows are an immutable list that each change replaces, so that a
+// snapshot costs nothing and may go to any thread. Changes need a thread of their own.
+class DonationTable final {
+ public:
+  DonationTable() = default;
+  DonationTable(DonationTable&&) = default;
+  DonationTable& operator=(DonationTable&&) = default;
+
+  // Puts each value under its donation identifier, in order; a value takes the place of the one
+  // that is held there.
+  void insertAll(const DonationValues& values);
+  // Drops every value for which `unwanted` is true.
+  void removeIf(const std::function<bool(const DonationValue&)>& unwanted);
+  // Drops the values under these identifiers; unknown ones are ignored.
+  void removeIdentifiers(const std::vector<std::string>& donationIdentifiers);
+  // Drops the values whose origin has this bundle identifier.
+  void removeBundle(const std::string& bundleIdentifier);
+
+  // All values, in the table's order; later changes do not touch the list.
+  [[nodiscard]] const std::shared_ptr<const DonationValues>& snapshot() const { return rows; }
+
+ private:
+  std::shared_ptr<const DonationValues> rows = std::make_shared<const DonationValues>();
+  // From an identifier's comparison key, which the row owns, to the row's place.
+  std::unordered_map<std::string_view, std::size_t> index;
+};
+
+}  // namespace quenlet
