@@ -4,7 +4,6 @@
 #include <array>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 
 namespace quenlet {
 namespace {
@@ -45,6 +44,11 @@ std::optional<double> takeFraction(std::string_view& text) {
   return fraction;
 }
 
+// Puts `number` into `text` as exactly `digits` decimal digits.
+void putNumber(std::string& text, std::size_t position, std::size_t digits, long long number) {
+  for (; digits > 0; number /= 10) text[position + --digits] = static_cast<char>('0' + number % 10);
+}
+
 }  // namespace
 
 Date Date::now() {
@@ -67,24 +71,27 @@ std::optional<Date> Date::fromISO8601(std::string_view text) {
   using std::chrono::year_month_day;
   const year_month_day day{std::chrono::year(parts[0]), std::chrono::month(parts[1]),
                            std::chrono::day(parts[2])};
-  if (!day.ok() || parts[3] > 23 || parts[4] > 59 || parts[5] > 59) return std::nullopt;
+  if (!day.ok() || parts[0] < 1 || parts[3] > 23 || parts[4] > 59 || parts[5] > 59)
+    return std::nullopt;
   const auto days = std::chrono::sys_days(day).time_since_epoch().count();
   return Date(days * 86400.0 + parts[3] * 3600.0 + parts[4] * 60.0 + parts[5] + *fraction);
 }
 
 std::string Date::iso8601() const {
-  const double whole = std::floor(std::clamp(seconds, earliestSeconds, latestSeconds));
+  const double finite = std::isnan(seconds) ? earliestSeconds : seconds;
+  const double whole = std::floor(std::clamp(finite, earliestSeconds, latestSeconds));
   const std::chrono::sys_seconds instant{std::chrono::seconds(static_cast<long long>(whole))};
   const auto day = std::chrono::floor<std::chrono::days>(instant);
   const std::chrono::year_month_day date(day);
   const std::chrono::hh_mm_ss time(instant - day);
-  std::array<char, 32> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
-                static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
-                static_cast<int>(time.minutes().count()),
-                static_cast<int>(time.seconds().count()));
-  return text.data();
+  std::string text = "0000-00-00T00:00:00Z";
+  putNumber(text, 0, 4, static_cast<int>(date.year()));
+  putNumber(text, 5, 2, static_cast<unsigned>(date.month()));
+  putNumber(text, 8, 2, static_cast<unsigned>(date.day()));
+  putNumber(text, 11, 2, time.hours().count());
+  putNumber(text, 14, 2, time.minutes().count());
+  putNumber(text, 17, 2, time.seconds().count());
+  return text;
 }
 
 }  // namespace quenlet

@@ -45,7 +45,8 @@ using ErrorPtr = std::shared_ptr<const Error>;
 // An error with the given sentence under DebugDescriptionKey; with an empty one, no user info.
 [[nodiscard]] ErrorPtr makeError(std::string domain, std::int64_t code,
                                  std::string debugDescription = {});
-// The error of a failed system call: `action` ("open donations.plist") and the text of `errorNumber`.
+// The error of a failed system call: `action` ("open donations.plist") and the text of
+// `errorNumber`.
 [[nodiscard]] ErrorPtr makePosixError(int errorNumber, const std::string& action);
 
 }  // namespace quenlet

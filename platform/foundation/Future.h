@@ -19,6 +19,7 @@ namespace quenlet {
 template <typename T>
 class Future final {
  public:
+  using Value = T;
   using CompletionBlock = std::function<void(const Result<T>&)>;
 
   [[nodiscard]] static Future futureWithResult(T result) {
@@ -29,23 +30,20 @@ class Future final {
   }
 
   // Waits until the future is complete. Do not call it on a thread that has to complete it.
-  [[nodiscard]] const Result<T>& result() const {
+  [[nodiscard]] const Result<T>& result() const& {
     State& shared = *state;
     MutexLock lock(shared.mutex);
     while (!shared.outcome) shared.changed.wait(shared.mutex);
     return *shared.outcome;
   }
+  // A future that nobody keeps may be the last owner of its result, so that one gives a copy.
+  [[nodiscard]] Result<T> result() && { return std::as_const(*this).result(); }
 
   void onCompletion(CompletionBlock block) const {
-    State& shared = *state;
-    {
-      MutexLock lock(shared.mutex);
-      if (!shared.outcome) {
-        shared.waiting.push_back(std::move(block));
-        return;
-      }
-    }
-    block(shared.settled());
+    // The block may drop this future while it still reads the outcome.
+    const std::shared_ptr<State> shared = state;
+    if (shared->addWaiting(block)) return;
+    block(shared->settled());
   }
 
   // On success the future that `next` (const T& -> Future<U>) gives; a failure is passed on.
@@ -66,6 +64,14 @@ class Future final {
     ConditionVariable changed;
     std::optional<Result<T>> outcome GUARDED_BY(mutex);
     std::vector<CompletionBlock> waiting GUARDED_BY(mutex);
+
+    // Takes `block` for later, unless the outcome is there already.
+    bool addWaiting(CompletionBlock& block) {
+      MutexLock lock(mutex);
+      if (outcome) return false;
+      waiting.push_back(std::move(block));
+      return true;
+    }
 
     void complete(Result<T> result) {
       std::vector<CompletionBlock> blocks;
@@ -104,7 +110,11 @@ class Promise final {
   Promise() : state(std::make_shared<typename Future<T>::State>()) {}
 
   [[nodiscard]] Future<T> future() const { return Future<T>(state); }
-  void complete(Result<T> result) const { state->complete(std::move(result)); }
+  void complete(Result<T> result) const {
+    // A block may drop this promise while the others still wait for their turn.
+    const std::shared_ptr<typename Future<T>::State> shared = state;
+    shared->complete(std::move(result));
+  }
   void succeed(T result) const { complete(Result<T>::left(std::move(result))); }
   void fail(ErrorPtr error) const { complete(Result<T>::right(std::move(error))); }
 
@@ -119,10 +129,10 @@ auto Future<T>::flatMap(Next next) const -> decltype(next(std::declval<const T&>
   auto chained = std::make_shared<typename Chained::State>();
   onCompletion([chained, next = std::move(next)](const Result<T>& outcome) {
     if (!outcome.isLeft()) {
-      chained->complete(std::decay_t<decltype(*chained->outcome)>::right(outcome.right()));
+      chained->complete(Result<typename Chained::Value>::right(outcome.right()));
       return;
     }
-    next(outcome.left()).onCompletion([chained](const auto& final) { chained->complete(final); });
+    next(outcome.left()).onCompletion([chained](const auto& result) { chained->complete(result); });
   });
   return Chained(chained);
 }
@@ -135,8 +145,8 @@ Future<T> Future<T>::recover(std::function<Future(const ErrorPtr&)> replacement)
       recovered->complete(outcome);
       return;
     }
-    replacement(outcome.right()).onCompletion([recovered](const Result<T>& final) {
-      recovered->complete(final);
+    replacement(outcome.right()).onCompletion([recovered](const Result<T>& result) {
+      recovered->complete(result);
     });
   });
   return Future(recovered);

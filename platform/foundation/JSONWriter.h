@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace quenlet {
@@ -21,6 +22,7 @@ class JSONWriter final {
   JSONWriter& value(std::string_view text);
   JSONWriter& value(const char* text) { return value(std::string_view(text)); }
   JSONWriter& value(std::int64_t number);
+  JSONWriter& value(int number) { return value(std::int64_t{number}); }
   // Non-finite numbers become null, as JSON has no form for them.
   JSONWriter& value(double number);
   JSONWriter& value(bool flag);

@@ -6,10 +6,9 @@
 
 #include "platform/foundation/Either.h"
 #include "platform/foundation/PropertyList.h"
+#include "platform/foundation/PropertyListError.h"
 
 namespace quenlet {
-
-inline constexpr char PropertyListErrorDomain[] = "ovaro.quenlet.property-list-error";
 
 // Reads and writes property lists in their XML text form. Stateless; any thread.
 //
@@ -17,7 +16,11 @@ inline constexpr char PropertyListErrorDomain[] = "ovaro.quenlet.property-list-e
 // ascending order. Dates have whole seconds; reals read back bit for bit.
 // Read: the same, with or without a document type, of up to `maximumSizeInBytes` bytes and
 // `maximumNesting` containers within each other. Entities other than XML's own five and character
-// references are an error, so is anything that the form does not know.
+// references are an error, so is anything that the form does not know: other elements or
+// attributes, text between elements, a document type that declares something, another encoding than
+// UTF-8. Of two entries with the same key the last counts.
+//
+// For values that are written again and again, PropertyListWriter takes texts written before.
 class PropertyListSerializer final {
  public:
   static constexpr int maximumNesting = 64;
@@ -25,11 +28,11 @@ class PropertyListSerializer final {
 
   // The text of `object`. An error (PropertyListErrorDomain) for what the form cannot hold: text
   // that is no valid UTF-8 or has control characters that XML forbids, a non-finite number or date,
-  // nesting beyond the limit.
+  // nesting beyond the limit, a text larger than what can be read.
   [[nodiscard]] static Result<std::string> dataWithObject(const PropertyList& object);
 
-  // The object of `data`, or an error (PropertyListErrorDomain) whose sentence names the offence and
-  // never quotes the content.
+  // The object of `data`, or an error (PropertyListErrorDomain) whose sentence names the offence
+  // and never quotes the content.
   [[nodiscard]] static Result<PropertyList> objectWithData(std::string_view data);
 };
 

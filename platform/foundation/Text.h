@@ -1,18 +1,28 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 // Unicode operations on UTF-8 text. All are pure functions of their arguments, independent of any
 // locale, and leave ASCII text to a fast path that does not touch the Unicode library.
 // Text that is not valid UTF-8 is taken as bytes: it equals only the same bytes and has no case.
+// So is text beyond 2 GiB, which the Unicode library cannot address.
 namespace quenlet {
 
 [[nodiscard]] bool isValidUTF8(std::string_view text);
 [[nodiscard]] bool isASCII(std::string_view text);
 
+// Takes the first character off the front of `text`, which must not be empty. Nothing, with the
+// offending bytes taken off, when `text` does not begin with a valid character.
+[[nodiscard]] std::optional<char32_t> takeCharacter(std::string_view& text);
+
+// Appends the UTF-8 form of `character`, a Unicode scalar value (no surrogate, at most U+10FFFF).
+void appendCharacter(std::string& output, char32_t character);
+
 // A text that two texts share exactly when they are canonically equivalent (they differ at most in
-// the composition of characters), so that equivalence becomes a comparison of bytes.
+// the composition of characters), so that equivalence becomes a comparison of bytes. Text that is
+// composed already (NFC), as most is, is its own key.
 [[nodiscard]] std::string canonicalKey(std::string_view text);
 
 // Whether two texts are canonically equivalent.

@@ -1,0 +1,120 @@
+#include "platform/foundation/JSONWriter.h"
+#include "platform/foundation/NumberText.h"
+#include "platform/foundation/Text.h"
+
+#include <cmath>
+
+namespace quenlet {
+namespace {
+
+bool standsForItself(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte >= 0x20 && byte < 0x80 && c != '"' && c != '\\';
+}
+
+void appendEscape(std::string& output, char32_t character) {
+  constexpr std::string_view shortForms = "\"\"\\\\\bb\ff\nn\rr\tt";
+  for (std::size_t i = 0; i < shortForms.size(); i += 2) {
+    if (static_cast<char32_t>(shortForms[i]) == character) {
+      output += {'\\', shortForms[i + 1]};
+      return;
+    }
+  }
+  constexpr std::string_view digits = "0123456789abcdef";
+  output += "\\u00";
+  output += {digits[character >> 4 & 15], digits[character & 15]};
+}
+
+void appendQuoted(std::string& output, std::string_view text) {
+  constexpr char32_t replacement = 0xFFFD;
+  output += '"';
+  while (!text.empty()) {
+    std::size_t plain = 0;
+    while (plain < text.size() && standsForItself(text[plain])) ++plain;
+    output += text.substr(0, plain);
+    text.remove_prefix(plain);
+    if (text.empty()) break;
+    const char32_t character = takeCharacter(text).value_or(replacement);
+    if (character < 0x80) {
+      appendEscape(output, character);
+    } else {
+      appendCharacter(output, character);
+    }
+  }
+  output += '"';
+}
+
+}  // namespace
+
+void JSONWriter::separate() {
+  if (!afterKey && filled.back()) output += ',';
+  filled.back() = true;
+  afterKey = false;
+}
+
+JSONWriter& JSONWriter::beginObject() {
+  separate();
+  output += '{';
+  filled.push_back(false);
+  return *this;
+}
+
+JSONWriter& JSONWriter::endObject() {
+  output += '}';
+  filled.pop_back();
+  return *this;
+}
+
+JSONWriter& JSONWriter::beginArray() {
+  separate();
+  output += '[';
+  filled.push_back(false);
+  return *this;
+}
+
+JSONWriter& JSONWriter::endArray() {
+  output += ']';
+  filled.pop_back();
+  return *this;
+}
+
+JSONWriter& JSONWriter::key(std::string_view name) {
+  separate();
+  appendQuoted(output, name);
+  output += ':';
+  afterKey = true;
+  return *this;
+}
+
+JSONWriter& JSONWriter::value(std::string_view text) {
+  separate();
+  appendQuoted(output, text);
+  return *this;
+}
+
+JSONWriter& JSONWriter::value(std::int64_t number) {
+  separate();
+  appendNumber(output, number);
+  return *this;
+}
+
+JSONWriter& JSONWriter::value(double number) {
+  if (!std::isfinite(number)) return null();
+  separate();
+  appendNumber(output, number);
+  return *this;
+}
+
+JSONWriter& JSONWriter::value(bool flag) {
+  separate();
+  output += flag ? "true" : "false";
+  return *this;
+}
+
+JSONWriter& JSONWriter::null() {
+  separate();
+  output += "null";
+  return *this;
+}
+
+}  // namespace quenlet

@@ -1,0 +1,285 @@
+#include "platform/foundation/PropertyListReader.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+#include "platform/foundation/Base64.h"
+#include "platform/foundation/PropertyListSerializer.h"
+#include "platform/foundation/Text.h"
+#include "platform/foundation/XMLGuard.h"
+#include "platform/foundation/XMLText.h"
+
+// The division of labour: XMLGuard bounds what the bytes can cost, the XML library makes a tree of
+// the markup, and this class gives the tree its meaning. References are replaced here and not by
+// the library, which leaves those that it does not know as they are.
+
+namespace quenlet {
+
+using enum PropertyListErrorCode;
+
+namespace {
+
+// Every blank counts in a text, so blank nodes are kept; embedding saves one node per text.
+constexpr unsigned int parseOptions = pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata |
+                                      pugi::parse_embed_pcdata | pugi::parse_declaration |
+                                      pugi::parse_doctype | pugi::parse_fragment;
+// Of elements: the root, the containers, and a scalar in the innermost.
+constexpr int maximumElementNesting = PropertyListSerializer::maximumNesting + 2;
+
+bool isBlank(std::string_view content) { return trimmed(content).empty(); }
+
+// A sign is taken off here, since std::from_chars knows the minus only.
+std::string_view withoutPlus(std::string_view digits) {
+  const bool signs = digits.starts_with("+") && !digits.starts_with("+-");
+  return signs ? digits.substr(1) : digits;
+}
+
+template <typename Number, typename Format>
+std::optional<Number> parsedNumber(std::string_view digits, Format format) {
+  Number number{};
+  const char* end = digits.data() + digits.size();
+  const auto [stop, failure] = std::from_chars(digits.data(), end, number, format);
+  if (failure != std::errc() || stop != end) return std::nullopt;
+  return number;
+}
+
+std::optional<PropertyList> parsedInteger(std::string_view content) {
+  const std::string_view digits = withoutPlus(trimmed(content));
+  const bool isHexadecimal = digits.starts_with("0x") || digits.starts_with("0X");
+  if (isHexadecimal && digits.substr(2).starts_with('-')) return std::nullopt;
+  const auto number = isHexadecimal ? parsedNumber<std::int64_t>(digits.substr(2), 16)
+                                    : parsedNumber<std::int64_t>(digits, 10);
+  if (!number) return std::nullopt;
+  return PropertyList(*number);
+}
+
+std::optional<PropertyList> parsedReal(std::string_view content) {
+  const auto number =
+      parsedNumber<double>(withoutPlus(trimmed(content)), std::chars_format::general);
+  if (!number || !std::isfinite(*number)) return std::nullopt;
+  return PropertyList(*number);
+}
+
+std::optional<PropertyList> parsedDate(std::string_view content) {
+  constexpr std::size_t sizeWithoutFraction = 20;
+  if (content.size() != sizeWithoutFraction) return std::nullopt;
+  const std::optional<Date> date = Date::fromISO8601(content);
+  if (!date) return std::nullopt;
+  return PropertyList(*date);
+}
+
+std::optional<PropertyList> parsedData(std::string_view content) {
+  std::optional<std::string> bytes = decodedBase64(content);
+  if (!bytes) return std::nullopt;
+  return PropertyList(Data{std::move(*bytes)});
+}
+
+std::optional<PropertyList> parsedBoolean(std::string_view content, bool value) {
+  if (!content.empty()) return std::nullopt;
+  return PropertyList(value);
+}
+
+}  // namespace
+
+Result<PropertyList> PropertyListReader::read() {
+  if (ErrorPtr failure = parse()) return Outcome::right(std::move(failure));
+  if (ErrorPtr failure = checkProlog()) return Outcome::right(std::move(failure));
+  const pugi::xml_node root = document.document_element();
+  if (ErrorPtr failure = checkRoot(root)) return Outcome::right(std::move(failure));
+  const Result<pugi::xml_node> object = firstElement(root);
+  if (!object.isLeft()) return Outcome::right(object.right());
+  if (!object.left()) {
+    return Outcome::right(error(unexpectedContent, "the root is empty", root));
+  }
+  const Result<pugi::xml_node> further = nextElement(object.left());
+  if (!further.isLeft()) return Outcome::right(further.right());
+  if (further.left()) {
+    return Outcome::right(error(unexpectedContent, "the root has two objects", further.left()));
+  }
+  return readObject(object.left(), 0);
+}
+
+ErrorPtr PropertyListReader::parse() {
+  if (text.size() > PropertyListSerializer::maximumSizeInBytes) {
+    return makePropertyListError(tooLarge, "the property list is too large");
+  }
+  if (ErrorPtr failure = XMLGuard(text, maximumElementNesting).check()) return failure;
+  const pugi::xml_parse_result parsed =
+      document.load_buffer(text.data(), text.size(), parseOptions, pugi::encoding_utf8);
+  if (parsed.status == pugi::status_ok) return nullptr;
+  const auto code = parsed.status == pugi::status_out_of_memory ? tooLarge : malformedMarkup;
+  return makePropertyListError(code, parsed.description(), static_cast<std::size_t>(parsed.offset));
+}
+
+// Around the root may stand one declaration, at the very start, and one document type, before it.
+ErrorPtr PropertyListReader::checkProlog() const {
+  bool hasDocumentType = false;
+  bool hasRoot = false;
+  for (const pugi::xml_node node : document.children()) {
+    bool fits = false;
+    if (node.type() == pugi::node_declaration) {
+      if (ErrorPtr failure = checkDeclaration(node)) return failure;
+      fits = node == document.first_child();
+    } else if (node.type() == pugi::node_doctype) {
+      fits = !std::exchange(hasDocumentType, true) && !hasRoot;
+    } else if (node.type() == pugi::node_element) {
+      fits = !std::exchange(hasRoot, true);
+    } else {
+      fits = node.type() == pugi::node_pcdata && isBlank(node.value());
+    }
+    if (!fits) return error(unexpectedContent, "something foreign beside the root", node);
+  }
+  if (hasRoot) return nullptr;
+  return makePropertyListError(malformedMarkup, "there is no root element");
+}
+
+ErrorPtr PropertyListReader::checkDeclaration(pugi::xml_node declaration) const {
+  const pugi::xml_attribute encoding = declaration.attribute("encoding");
+  if (!encoding || lowercased(encoding.value()) == "utf-8") return nullptr;
+  return error(unsupportedEncoding, "the declared encoding is not UTF-8", declaration);
+}
+
+ErrorPtr PropertyListReader::checkRoot(pugi::xml_node root) const {
+  if (std::string_view(root.name()) != "plist") {
+    return error(unexpectedContent, "the root is no property list", root);
+  }
+  for (const pugi::xml_attribute attribute : root.attributes()) {
+    const bool isVersion = std::string_view(attribute.name()) == "version";
+    if (!isVersion || std::string_view(attribute.value()) != "1.0") {
+      return error(unexpectedContent, "an unknown attribute or version", root);
+    }
+  }
+  return nullptr;
+}
+
+Result<PropertyList> PropertyListReader::readObject(pugi::xml_node element, int nesting) const {
+  if (element.first_attribute()) {
+    return Outcome::right(error(unexpectedContent, "an attribute", element));
+  }
+  const std::string_view name = element.name();
+  if (name != "dict" && name != "array") return readScalar(element);
+  if (nesting == PropertyListSerializer::maximumNesting) {
+    return Outcome::right(error(nestingTooDeep, "containers are nested too deeply", element));
+  }
+  return name == "dict" ? readDictionary(element, nesting + 1) : readArray(element, nesting + 1);
+}
+
+Result<PropertyList> PropertyListReader::readDictionary(pugi::xml_node element, int nesting) const {
+  PropertyListDictionary entries;
+  Result<pugi::xml_node> key = firstElement(element);
+  while (key.isLeft() && key.left()) {
+    const pugi::xml_node keyElement = key.left();
+    if (std::string_view(keyElement.name()) != "key" || keyElement.first_attribute()) {
+      return Outcome::right(error(unexpectedContent, "no key where one is due", keyElement));
+    }
+    Result<std::string> name = readText(keyElement);
+    if (!name.isLeft()) return Outcome::right(name.right());
+    const Result<pugi::xml_node> value = nextElement(keyElement);
+    if (!value.isLeft()) return Outcome::right(value.right());
+    if (!value.left()) {
+      return Outcome::right(error(unexpectedContent, "a key without a value", keyElement));
+    }
+    Outcome entry = readObject(value.left(), nesting);
+    if (!entry.isLeft()) return entry;
+    entries.insert_or_assign(std::move(name).takeLeft(), std::move(entry).takeLeft());
+    key = nextElement(value.left());
+  }
+  if (!key.isLeft()) return Outcome::right(key.right());
+  return Outcome::left(std::move(entries));
+}
+
+Result<PropertyList> PropertyListReader::readArray(pugi::xml_node element, int nesting) const {
+  PropertyListArray array;
+  Result<pugi::xml_node> entry = firstElement(element);
+  for (; entry.isLeft() && entry.left(); entry = nextElement(entry.left())) {
+    Outcome object = readObject(entry.left(), nesting);
+    if (!object.isLeft()) return object;
+    array.push_back(std::move(object).takeLeft());
+  }
+  if (!entry.isLeft()) return Outcome::right(entry.right());
+  return Outcome::left(std::move(array));
+}
+
+Result<PropertyList> PropertyListReader::readScalar(pugi::xml_node element) const {
+  Result<std::string> read = readText(element);
+  if (!read.isLeft()) return Outcome::right(read.right());
+  std::string content = std::move(read).takeLeft();
+  const std::string_view name = element.name();
+  if (name == "string") return Outcome::left(std::move(content));
+  std::optional<PropertyList> value;
+  if (name == "integer") {
+    value = parsedInteger(content);
+  } else if (name == "real") {
+    value = parsedReal(content);
+  } else if (name == "date") {
+    value = parsedDate(content);
+  } else if (name == "data") {
+    value = parsedData(content);
+  } else if (name == "true" || name == "false") {
+    value = parsedBoolean(content, name == "true");
+  } else {
+    return Outcome::right(error(unexpectedContent, "an unknown element", element));
+  }
+  if (!value) return Outcome::right(error(invalidValue, "an invalid value", element));
+  return Outcome::left(std::move(*value));
+}
+
+Result<std::string> PropertyListReader::readText(pugi::xml_node element) const {
+  std::string content;
+  if (ErrorPtr failure = appendText(content, element)) {
+    return Result<std::string>::right(std::move(failure));
+  }
+  for (const pugi::xml_node node : element.children()) {
+    if (node.type() == pugi::node_element) {
+      return Result<std::string>::right(error(unexpectedContent, "an element within text", node));
+    }
+    if (ErrorPtr failure = appendText(content, node)) {
+      return Result<std::string>::right(std::move(failure));
+    }
+  }
+  return Result<std::string>::left(std::move(content));
+}
+
+// `node` is an element with its embedded text, or a piece of the text within an element.
+ErrorPtr PropertyListReader::appendText(std::string& output, pugi::xml_node node) const {
+  if (node.type() == pugi::node_cdata) {
+    output += node.value();
+    return nullptr;
+  }
+  if (appendUnescapedXML(output, node.value())) return nullptr;
+  return error(invalidReference, "a reference to no character", node);
+}
+
+Result<pugi::xml_node> PropertyListReader::elementFrom(pugi::xml_node node) const {
+  while (node && node.type() != pugi::node_element) {
+    if (!isBlank(node.value())) {
+      return Result<pugi::xml_node>::right(error(unexpectedContent, "text between elements", node));
+    }
+    node = node.next_sibling();
+  }
+  return Result<pugi::xml_node>::left(node);
+}
+
+Result<pugi::xml_node> PropertyListReader::firstElement(pugi::xml_node container) const {
+  if (!isBlank(container.value())) {
+    return Result<pugi::xml_node>::right(
+        error(unexpectedContent, "text between elements", container));
+  }
+  return elementFrom(container.first_child());
+}
+
+Result<pugi::xml_node> PropertyListReader::nextElement(pugi::xml_node element) const {
+  return elementFrom(element.next_sibling());
+}
+
+ErrorPtr PropertyListReader::error(PropertyListErrorCode code, const char* sentence,
+                                   pugi::xml_node place) const {
+  const std::ptrdiff_t offset = place.offset_debug();
+  if (offset < 0) return makePropertyListError(code, sentence);
+  return makePropertyListError(code, sentence, static_cast<std::size_t>(offset));
+}
+
+}  // namespace quenlet

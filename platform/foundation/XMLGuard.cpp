@@ -1,0 +1,95 @@
+#include "platform/foundation/XMLGuard.h"
+
+#include <string>
+
+#include "platform/foundation/PropertyListError.h"
+#include "platform/foundation/XMLText.h"
+
+namespace quenlet {
+
+using enum PropertyListErrorCode;
+
+namespace {
+constexpr std::size_t nowhere = std::string_view::npos;
+}  // namespace
+
+ErrorPtr XMLGuard::check() {
+  if (ErrorPtr error = checkEncoding()) return error;
+  if (const std::size_t offset = findForbiddenCharacter(document); offset != nowhere) {
+    return makePropertyListError(invalidText, "no UTF-8, or a forbidden character,", offset);
+  }
+  while ((position = document.find('<', position)) != nowhere) {
+    if (ErrorPtr error = passMarkup()) return error;
+  }
+  if (depth == 0) return nullptr;
+  return makePropertyListError(malformedMarkup, "an element is not closed");
+}
+
+// The two-byte encodings show in the first bytes: by their mark, or by the zero beside the "<".
+ErrorPtr XMLGuard::checkEncoding() const {
+  using std::literals::string_view_literals::operator""sv;
+  for (const std::string_view start : {"\xFF\xFE"sv, "\xFE\xFF"sv, "<\0"sv, "\0<"sv, "\0\0"sv}) {
+    if (document.starts_with(start)) {
+      return makePropertyListError(unsupportedEncoding, "the encoding is not UTF-8");
+    }
+  }
+  return nullptr;
+}
+
+ErrorPtr XMLGuard::passMarkup() {
+  const std::string_view rest = document.substr(position);
+  if (rest.starts_with("<!--")) return passTo("-->", 4);
+  if (rest.starts_with("<![CDATA[")) return passTo("]]>", 9);
+  if (rest.starts_with("<?")) return passTo("?>", 2);
+  if (rest.starts_with("<!")) return passDocumentType();
+  return passTag();
+}
+
+ErrorPtr XMLGuard::passTo(std::string_view end, std::size_t openingLength) {
+  const std::size_t found = document.find(end, position + openingLength);
+  if (found == nowhere) return malformed();
+  position = found + end.size();
+  return nullptr;
+}
+
+ErrorPtr XMLGuard::passDocumentType() {
+  const std::size_t end = findOutsideQuotes("[<>", position + 1);
+  if (end == nowhere) return malformed();
+  if (document[end] != '>') {
+    return makePropertyListError(documentTypeWithContent, "a document type with declarations", end);
+  }
+  position = end + 1;
+  return nullptr;
+}
+
+ErrorPtr XMLGuard::passTag() {
+  const std::size_t end = findOutsideQuotes("<>", position + 1);
+  if (end == nowhere || document[end] != '>') return malformed();
+  const bool closes = document[position + 1] == '/';
+  const bool isEmpty = document[end - 1] == '/';
+  if (closes) {
+    if (--depth < 0) return malformed();
+  } else if (!isEmpty && ++depth > maximumDepth) {
+    return makePropertyListError(nestingTooDeep, "elements are nested too deeply", position);
+  }
+  position = end + 1;
+  return nullptr;
+}
+
+// Where the first of `characters` stands that is not within a quoted value.
+std::size_t XMLGuard::findOutsideQuotes(std::string_view characters, std::size_t from) const {
+  const std::string stops = std::string(characters) + "\"'";
+  while (true) {
+    from = document.find_first_of(stops, from);
+    if (from == nowhere || characters.find(document[from]) != nowhere) return from;
+    from = document.find(document[from], from + 1);
+    if (from == nowhere) return nowhere;
+    ++from;
+  }
+}
+
+ErrorPtr XMLGuard::malformed() const {
+  return makePropertyListError(malformedMarkup, "malformed markup", position);
+}
+
+}  // namespace quenlet

@@ -1,0 +1,142 @@
+#include "platform/foundation/XMLText.h"
+#include "platform/foundation/Text.h"
+
+#include <charconv>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+
+namespace quenlet {
+namespace {
+
+constexpr std::uint64_t everyByte(std::uint8_t byte) { return 0x0101010101010101U * byte; }
+
+constexpr bool hasByteBelow(std::uint64_t word, std::uint8_t limit) {
+  return ((word - everyByte(limit)) & ~word & everyByte(0x80)) != 0;
+}
+
+// Whether all eight bytes are ASCII that stands for itself in a document.
+constexpr bool isPlain(std::uint64_t word) {
+  static_assert(('<' | 2) == '>');  // one comparison finds both brackets
+  return (word & everyByte(0x80)) == 0 && !hasByteBelow(word, 0x20) &&
+         !hasByteBelow(word ^ everyByte('&'), 1) &&
+         !hasByteBelow((word | everyByte(2)) ^ everyByte('>'), 1);
+}
+
+constexpr bool isPlain(char c) {
+  const bool isASCIIText = static_cast<signed char>(c) >= 0x20 || c == '\t' || c == '\n';
+  return isASCIIText && c != '&' && c != '<' && c != '>';
+}
+
+std::size_t lengthOfPlainASCIIPrefix(std::string_view text) {
+  std::size_t length = 0;
+  for (std::uint64_t word = 0; length + sizeof word <= text.size(); length += sizeof word) {
+    std::memcpy(&word, text.data() + length, sizeof word);
+    if (!isPlain(word)) break;
+  }
+  while (length < text.size() && isPlain(text[length])) ++length;
+  return length;
+}
+
+bool isAllowed(char32_t character) {
+  if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
+  return character < 0xD800 || (character > 0xDFFF && character < 0xFFFE) ||
+         (character > 0xFFFF && character <= 0x10FFFF);
+}
+
+// How much of the front of `text` a document holds as it is. Stops at what has to be escaped and at
+// what is forbidden.
+std::size_t lengthOfPlainPrefix(std::string_view text) {
+  std::string_view rest = text;
+  while (true) {
+    rest.remove_prefix(lengthOfPlainASCIIPrefix(rest));
+    if (rest.empty() || static_cast<signed char>(rest.front()) >= 0) break;
+    std::string_view beyond = rest;
+    const std::optional<char32_t> character = takeCharacter(beyond);
+    if (!character || !isAllowed(*character)) break;
+    rest = beyond;
+  }
+  return text.size() - rest.size();
+}
+
+// Empty for a character that has no escape.
+std::string_view escapeOf(char c) {
+  switch (c) {
+    case '&':
+      return "&amp;";
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '\r':
+      return "&#13;";
+    default:
+      return {};
+  }
+}
+
+std::optional<char32_t> characterOfNumber(std::string_view digits) {
+  int base = 10;
+  if (digits.starts_with('x')) {
+    digits.remove_prefix(1);
+    base = 16;
+  }
+  std::uint32_t number = 0;
+  const char* end = digits.data() + digits.size();
+  const auto [stop, failure] = std::from_chars(digits.data(), end, number, base);
+  if (failure != std::errc() || stop != end || !isAllowed(number)) return std::nullopt;
+  return number;
+}
+
+// The character of a reference without its ampersand and semicolon.
+std::optional<char32_t> referredCharacter(std::string_view name) {
+  if (name.starts_with('#')) return characterOfNumber(name.substr(1));
+  if (name == "amp") return '&';
+  if (name == "lt") return '<';
+  if (name == "gt") return '>';
+  if (name == "quot") return '"';
+  if (name == "apos") return '\'';
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::size_t findForbiddenCharacter(std::string_view text) {
+  std::size_t position = 0;
+  while (true) {
+    position += lengthOfPlainPrefix(text.substr(position));
+    if (position == text.size()) return std::string_view::npos;
+    if (escapeOf(text[position]).empty()) return position;
+    ++position;
+  }
+}
+
+bool appendEscapedXML(std::string& output, std::string_view text) {
+  while (true) {
+    const std::size_t plain = lengthOfPlainPrefix(text);
+    output.append(text.substr(0, plain));
+    if (plain == text.size()) return true;
+    const std::string_view escape = escapeOf(text[plain]);
+    if (escape.empty()) return false;
+    output.append(escape);
+    text.remove_prefix(plain + 1);
+  }
+}
+
+bool appendUnescapedXML(std::string& output, std::string_view content) {
+  while (true) {
+    const std::size_t ampersand = content.find('&');
+    output.append(content.substr(0, ampersand));
+    if (ampersand == std::string_view::npos) return true;
+    content.remove_prefix(ampersand + 1);
+    // A reference is short; a far semicolon is not looked for again and again.
+    const std::size_t semicolon = content.find_first_of(";&");
+    if (semicolon == std::string_view::npos || content[semicolon] == '&') return false;
+    const auto character = referredCharacter(content.substr(0, semicolon));
+    if (!character) return false;
+    appendCharacter(output, *character);
+    content.remove_prefix(semicolon + 1);
+  }
+}
+
+}  // namespace quenlet
