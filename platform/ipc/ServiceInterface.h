@@ -24,6 +24,7 @@ enum class ServiceErrorCode {
   tooManyConnections = 7,
   notImplemented = 8,  // the operation is known, but not served by this build
   noReply = 9,         // the operation's handler was dropped without an answer
+  nameTaken = 10,      // another process listens under that name
 };
 [[nodiscard]] ErrorPtr makeServiceError(ServiceErrorCode code, std::string debugDescription);
 

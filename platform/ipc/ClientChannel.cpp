@@ -1,0 +1,213 @@
+#include "platform/ipc/ClientChannel.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+
+#include "platform/ipc/ErrorWire.h"
+
+namespace quenlet {
+
+namespace {
+
+ErrorPtr connectionBroken() {
+  return makeServiceError(ServiceErrorCode::connectionBroken, "the service ended the connection");
+}
+
+Result<std::string> failed(ErrorPtr error) { return Result<std::string>::right(std::move(error)); }
+
+ErrorPtr decodeFailure(std::string_view body) {
+  static const std::vector<WireParameter> parameters{
+      {WireType::object, false, {ErrorWire::className}}};
+  if (ErrorPtr error = validateWireValues(body, parameters)) return error;
+  WireReader values(body);
+  return ErrorWire::decode(values);
+}
+
+Result<std::string> decodeReply(const FrameReader::Frame& frame,
+                                const std::vector<WireParameter>& parameters) {
+  if (frame.kind == FrameKind::failure) return failed(decodeFailure(frame.body));
+  if (ErrorPtr error = validateWireValues(frame.body, parameters)) return failed(std::move(error));
+  return Result<std::string>::left(std::string(frame.body));
+}
+
+}  // namespace
+
+ClientChannel::ClientChannel(FileDescriptor connectedSocket, ServiceInterface serviceInterface)
+    : interface(std::move(serviceInterface)), socket(std::move(connectedSocket)) {}
+
+void ClientChannel::call(const std::string& selector, std::string encodedArguments,
+                         Completion completion) {
+  MutexLock lock(mutex);
+  if (ErrorPtr error = send(selector, std::move(encodedArguments), nullptr, completion)) {
+    completed.emplace_back(std::move(completion), failed(std::move(error)));
+  }
+  changed.notifyAll();
+}
+
+Result<std::string> ClientChannel::callAndWait(const std::string& selector,
+                                               std::string encodedArguments) {
+  std::optional<Reply> reply;
+  MutexLock lock(mutex);
+  if (ErrorPtr error = send(selector, std::move(encodedArguments), &reply, nullptr)) {
+    return failed(std::move(error));
+  }
+  while (!reply) {
+    if (reading) {
+      changed.wait(mutex);
+    } else {
+      takeReadingOver();
+    }
+  }
+  return *std::move(reply);
+}
+
+void ClientChannel::runCompletions() {
+  MutexLock lock(mutex);
+  while (!stopping || !completed.empty() || requestsWithCompletion > 0) {
+    if (!completed.empty()) {
+      std::vector<std::pair<Completion, Reply>> batch;
+      batch.swap(completed);
+      mutex.unlock();
+      for (auto& [completion, reply] : batch) completion(std::move(reply));
+      // What the completions own goes before the lock is taken again.
+      batch.clear();
+      mutex.lock();
+    } else if (!reading && requestsWithCompletion > 0) {
+      takeReadingOver();
+    } else {
+      changed.wait(mutex);
+    }
+  }
+}
+
+void ClientChannel::stop() {
+  MutexLock lock(mutex);
+  stopping = true;
+  breakConnection(connectionBroken());
+}
+
+ErrorPtr ClientChannel::send(const std::string& selector, std::string encodedArguments,
+                             std::optional<Reply>* awaited, Completion completion) {
+  if (broken) return broken;
+  const auto* replyParameters = interface.parameters(selector, OfReply::yes);
+  if (replyParameters == nullptr) {
+    return makeServiceError(ServiceErrorCode::unknownOperation, "there is no such operation");
+  }
+  WireEncoder start;
+  start.string(selector);
+  if (FrameHeader::countedBytes + start.bytes().size() + encodedArguments.size() >
+      maximumMessageSize) {
+    return makeServiceError(ServiceErrorCode::messageTooLarge,
+                            "the request is larger than a message may be");
+  }
+  const std::uint64_t identifier = ++lastIdentifier;
+  if (completion) ++requestsWithCompletion;
+  requests.emplace(identifier, Request{replyParameters, awaited, std::move(completion)});
+  output.append(FrameKind::request, identifier, start.bytes(), std::move(encodedArguments));
+  writeAll();
+  return nullptr;
+}
+
+void ClientChannel::writeAll() {
+  while (!broken && !output.empty()) {
+    switch (output.writeTo(socket.get())) {
+      case OutputQueue::Outcome::drained:
+        return;
+      case OutputQueue::Outcome::blocked:
+        waitForRoom();
+        break;
+      case OutputQueue::Outcome::failed:
+        // The peer may have said why it went; whoever reads finds that, or the end.
+        output.clear();
+        return;
+    }
+  }
+}
+
+// Reads meanwhile, unless somebody does already: a service that waits for its replies to be taken
+// does not take requests.
+void ClientChannel::waitForRoom() {
+  const bool takesReading = !reading;
+  reading = true;
+  mutex.unlock();
+  pollfd look{socket.get(), static_cast<short>(takesReading ? POLLIN | POLLOUT : POLLOUT), 0};
+  const int ready = ::poll(&look, 1, -1);
+  if (ready > 0 && takesReading && (look.revents & (POLLIN | POLLHUP | POLLERR)) != 0) readOnce();
+  mutex.lock();
+  if (!takesReading) return;
+  reading = false;
+  changed.notifyAll();
+}
+
+void ClientChannel::takeReadingOver() {
+  reading = true;
+  mutex.unlock();
+  readOnce();
+  mutex.lock();
+  reading = false;
+  changed.notifyAll();
+}
+
+void ClientChannel::readOnce() {
+  const std::span<char> room = reader.room();
+  const ssize_t count = ::recv(socket.get(), room.data(), room.size(), 0);
+  if (count < 0 && errno == EINTR) return;
+  if (count <= 0) {
+    MutexLock lock(mutex);
+    breakConnection(connectionBroken());
+    return;
+  }
+  reader.added(static_cast<std::size_t>(count));
+  while (const std::optional<FrameReader::Frame> frame = reader.next()) {
+    deliver(*frame);
+    if (frame->error) return;
+  }
+}
+
+void ClientChannel::deliver(const FrameReader::Frame& frame) {
+  Request request;
+  {
+    MutexLock lock(mutex);
+    const auto found = requests.find(frame.identifier);
+    if (frame.error) {
+      breakConnection(frame.error);
+    } else if (frame.kind == FrameKind::failure && frame.identifier == 0) {
+      breakConnection(decodeFailure(frame.body));
+    } else if (frame.kind == FrameKind::request || found == requests.end()) {
+      breakConnection(makeServiceError(ServiceErrorCode::malformedMessage,
+                                       "the service sent what nobody asked for"));
+    } else {
+      request = std::move(found->second);
+      requests.erase(found);
+    }
+  }
+  if (request.replyParameters == nullptr) return;
+  // Without the lock, as a large reply takes a while to check.
+  Reply reply = decodeReply(frame, *request.replyParameters);
+  MutexLock lock(mutex);
+  settle(request, std::move(reply));
+}
+
+void ClientChannel::settle(Request& request, Reply reply) {
+  if (request.awaited != nullptr) {
+    request.awaited->emplace(std::move(reply));
+    return;
+  }
+  --requestsWithCompletion;
+  completed.emplace_back(std::move(request.completion), std::move(reply));
+}
+
+void ClientChannel::breakConnection(ErrorPtr reason) {
+  if (!broken) {
+    broken = std::move(reason);
+    ::shutdown(socket.get(), SHUT_RDWR);
+    for (auto& entry : requests) settle(entry.second, failed(broken));
+    requests.clear();
+    output.clear();
+  }
+  changed.notifyAll();
+}
+
+}  // namespace quenlet

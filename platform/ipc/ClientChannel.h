@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/Either.h"
+#include "platform/foundation/Mutex.h"
+#include "platform/ipc/FrameReader.h"
+#include "platform/ipc/OutputQueue.h"
+#include "platform/ipc/ServiceInterface.h"
+#include "platform/ipc/ServiceLimits.h"
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+
+// The traffic of one client connection. Thread-safe, and without a thread of its own: whoever waits
+// for a reply while nobody reads takes the reading over and delivers the others' replies as well.
+// A request that the socket does not take at once is written while reading goes on, so that two
+// sides which both have much to say cannot block each other.
+class ClientChannel final {
+ public:
+  using Completion = std::function<void(Result<std::string> reply)>;
+
+  ClientChannel(FileDescriptor connectedSocket, ServiceInterface serviceInterface);
+  ClientChannel(const ClientChannel&) = delete;
+  ClientChannel& operator=(const ClientChannel&) = delete;
+
+  // `completion` is called by runCompletions().
+  void call(const std::string& selector, std::string encodedArguments, Completion completion)
+      EXCLUDES(mutex);
+  [[nodiscard]] Result<std::string> callAndWait(const std::string& selector,
+                                                std::string encodedArguments) EXCLUDES(mutex);
+  // Calls completions until stop(), and reads while any is awaited. For one thread.
+  void runCompletions() EXCLUDES(mutex);
+  // Breaks the connection; runCompletions() returns once all completions have been called.
+  void stop() EXCLUDES(mutex);
+
+ private:
+  using Reply = Result<std::string>;
+  struct Request final {
+    const std::vector<WireParameter>* replyParameters = nullptr;
+    // One of the two: where a waiting caller expects the reply, or what is called with it.
+    std::optional<Reply>* awaited = nullptr;
+    Completion completion;
+  };
+
+  [[nodiscard]] ErrorPtr send(const std::string& selector, std::string encodedArguments,
+                              std::optional<Reply>* awaited, Completion completion) REQUIRES(mutex);
+  void writeAll() REQUIRES(mutex);
+  void waitForRoom() REQUIRES(mutex);
+  void takeReadingOver() REQUIRES(mutex);
+  void readOnce() EXCLUDES(mutex);
+  void deliver(const FrameReader::Frame& frame) EXCLUDES(mutex);
+  void settle(Request& request, Reply reply) REQUIRES(mutex);
+  void breakConnection(ErrorPtr reason) REQUIRES(mutex);
+
+  const ServiceInterface interface;
+  const std::size_t maximumMessageSize = ServiceLimits().messageSizeInBytes;
+  const FileDescriptor socket;
+  // Belongs to whoever set `reading`.
+  FrameReader reader{maximumMessageSize};
+
+  Mutex mutex;
+  // Replies came, the reading became free, or the connection broke.
+  ConditionVariable changed;
+  bool reading GUARDED_BY(mutex) = false;
+  bool stopping GUARDED_BY(mutex) = false;
+  // Why the connection is broken; null while it is not.
+  ErrorPtr broken GUARDED_BY(mutex);
+  std::uint64_t lastIdentifier GUARDED_BY(mutex) = 0;
+  std::unordered_map<std::uint64_t, Request> requests GUARDED_BY(mutex);
+  std::size_t requestsWithCompletion GUARDED_BY(mutex) = 0;
+  std::vector<std::pair<Completion, Reply>> completed GUARDED_BY(mutex);
+  OutputQueue output GUARDED_BY(mutex);
+};
+
+}  // namespace quenlet

@@ -1,0 +1,81 @@
+#include "platform/ipc/ServiceClient.h"
+
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "platform/ipc/ClientChannel.h"
+#include "platform/ipc/ServiceAddress.h"
+
+namespace quenlet {
+
+namespace {
+
+using Connected = Result<std::shared_ptr<ServiceClient>>;
+
+Connected noService(const std::string& name) {
+  return Connected::right(
+      makeServiceError(ServiceErrorCode::noService, "nobody listens under " + name));
+}
+
+// The directory admits the user alone; this is for one that was planted where it should be.
+bool isTrusted(const FileDescriptor& socket) {
+  ucred credentials{};
+  socklen_t size = sizeof(credentials);
+  if (::getsockopt(socket.get(), SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) return false;
+  return credentials.uid == ::geteuid() || credentials.uid == 0;
+}
+
+}  // namespace
+
+Connected ServiceClient::connect(const std::string& serviceName, ServiceInterface interface) {
+  const Result<ServiceAddress> address = ServiceAddress::forService(serviceName);
+  if (!address.isLeft()) return Connected::right(address.right());
+  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (!socket.isOpen()) return Connected::right(makePosixError(errno, "create a socket"));
+  const int failure = address.left().connect(socket.get());
+  if (failure == ENOENT || failure == ECONNREFUSED) return noService(serviceName);
+  if (failure != 0) {
+    return Connected::right(makePosixError(failure, "connect to " + serviceName));
+  }
+  if (!isTrusted(socket)) return noService(serviceName);
+  return Connected::left(withConnectedSocket(std::move(socket), std::move(interface)));
+}
+
+std::shared_ptr<ServiceClient> ServiceClient::withConnectedSocket(FileDescriptor socket,
+                                                                  ServiceInterface interface) {
+  return std::shared_ptr<ServiceClient>(
+      new ServiceClient(std::make_shared<ClientChannel>(std::move(socket), std::move(interface))));
+}
+
+ServiceClient::ServiceClient(std::shared_ptr<ClientChannel> connectedChannel)
+    : channel(std::move(connectedChannel)) {}
+
+ServiceClient::~ServiceClient() {
+  channel->stop();
+  MutexLock lock(mutex);
+  if (!thread.joinable()) return;
+  if (thread.get_id() == std::this_thread::get_id()) {
+    thread.detach();
+  } else {
+    thread.join();
+  }
+}
+
+void ServiceClient::call(const std::string& selector, std::string encodedArguments,
+                         Completion completion) {
+  {
+    MutexLock lock(mutex);
+    if (!thread.joinable()) thread = std::thread([held = channel] { held->runCompletions(); });
+  }
+  channel->call(selector, std::move(encodedArguments), std::move(completion));
+}
+
+Result<std::string> ServiceClient::callSynchronously(const std::string& selector,
+                                                     std::string encodedArguments) {
+  return channel->callAndWait(selector, std::move(encodedArguments));
+}
+
+}  // namespace quenlet
