@@ -14,7 +14,12 @@ inline constexpr char LabelPhoneNumberDevice[] = "device";
 // The contact under which feedback on the owner's values is kept.
 inline constexpr char MeCardContactIdentifier[] = "ovaro.quenlet.me-card";
 inline constexpr char ContactErrorDomain[] = "ovaro.quenlet.contact-error";
-enum class ContactErrorCode { noMeContact = 1, invalidCard = 2 };
+enum class ContactErrorCode {
+  noMeContact = 1,
+  invalidCard = 2,
+  // A card of a version, or with the marks of a version, that is not read.
+  unsupportedVersion = 3,
+};
 
 // A connection to the owner's contact database.
 class ContactStore {

@@ -24,14 +24,22 @@ inline constexpr std::size_t maximumVCardSizeInBytes = std::size_t{32} << 20;
 
 // Reads every card of `text`, vCard 3.0 or 4.0: folded lines, groups, parameters with quoted and
 // multiple values, escapes, lists, base64 and data-URI photos, LF or CRLF, a byte order mark.
-// Unknown properties are passed over. Entries with PREF (or TYPE=pref) come first in their list, by
-// ascending preference; labels are the lower-cased TYPE that says where ("home", "work",
-// "cell"...), else empty. A text that is no vCard of these versions, is over the size, or is not
-// valid UTF-8 is an error (ContactErrorDomain) whose sentence names the line and the offence and
-// never quotes the content. 2.1 is refused by name, so are its bare parameters.
+// Unknown properties, empty ones and photos that are elsewhere (http:) are passed over. Entries
+// with PREF (or TYPE=pref) come first in their list, by ascending preference. An entry's label is
+// the X-ABLabel of its group, else the lower-cased TYPE that says where ("home", "work",
+// "cell"...), else empty. An FN that merely repeats another property, or is an e-mail address or a
+// phone number, tells no name.
+// A text that is no vCard, is over the size, is not valid UTF-8 or holds control characters is an
+// error (ContactErrorDomain, invalidCard) whose sentence names the line and the offence and never
+// quotes the content; another version than these is unsupportedVersion, and so are bare parameters
+// and quoted-printable text, which only 2.1 has. Time and memory grow with the text's size.
 [[nodiscard]] Result<std::vector<VCard>> parseVCards(std::string_view text);
 
-// The contact as one vCard 4.0 with CRLF line ends, folded at 75 bytes.
+// The contact as one vCard 4.0 with CRLF line ends, folded at 75 bytes, which parseVCards reads
+// back equal, except for blanks at the ends of a text, a "mailto:" or "tel:" before an entry, and
+// what no card can hold (text that is not UTF-8, control characters other than tab and line end; CR
+// and CRLF become LF).
+// Store info is not written.
 [[nodiscard]] std::string writeVCard(const Contact& contact);
 
 }  // namespace quenlet

@@ -1,0 +1,121 @@
+#include "platform/contacts/VCardContactStore.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <string>
+#include <utility>
+
+#include "platform/contacts/VCard.h"
+
+namespace quenlet {
+namespace {
+
+using ReadResult = Result<std::string>;
+
+ErrorPtr makeCardError(ContactErrorCode code, const char* sentence) {
+  return makeError(ContactErrorDomain, static_cast<int>(code), sentence);
+}
+
+class OpenFile final {
+ public:
+  explicit OpenFile(const std::filesystem::path& path)
+      : descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {}
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+  ~OpenFile() {
+    if (descriptor >= 0) close(descriptor);
+  }
+
+  const int descriptor;
+};
+
+// At most one byte more than a card may have, so that a file which grows is seen to be too large.
+ReadResult readBounded(int descriptor, std::size_t expectedBytes) {
+  constexpr std::size_t mostBytes = maximumVCardSizeInBytes + 1;
+  std::string bytes;
+  std::size_t count = 0;
+  while (count < mostBytes) {
+    bytes.resize(std::min(mostBytes, std::max(expectedBytes + 1, count + count / 2 + 1)));
+    const ssize_t received = read(descriptor, bytes.data() + count, bytes.size() - count);
+    if (received < 0 && errno == EINTR) continue;
+    if (received < 0) return ReadResult::right(makePosixError(errno, "read the me card"));
+    if (received == 0) break;
+    count += static_cast<std::size_t>(received);
+  }
+  bytes.resize(count);
+  return ReadResult::left(std::move(bytes));
+}
+
+ReadResult readCardFile(const std::filesystem::path& path) {
+  const OpenFile file(path);
+  if (file.descriptor < 0 && (errno == ENOENT || errno == ENOTDIR)) {
+    return ReadResult::right(
+        makeCardError(ContactErrorCode::noMeContact, "there is no me card file"));
+  }
+  struct stat status = {};
+  if (file.descriptor < 0 || fstat(file.descriptor, &status) != 0) {
+    return ReadResult::right(makePosixError(errno, "open the me card"));
+  }
+  if (!S_ISREG(status.st_mode)) {
+    return ReadResult::right(
+        makeCardError(ContactErrorCode::invalidCard, "the me card is no regular file"));
+  }
+  const auto size = static_cast<std::size_t>(status.st_size);
+  return readBounded(file.descriptor, std::min(size, maximumVCardSizeInBytes));
+}
+
+void copyField(KeyDescriptor key, const Contact& contact, ContactFields& fields) {
+  switch (key) {
+    case KeyDescriptor::namePrefix:
+      fields.namePrefix = contact.namePrefix();
+      break;
+    case KeyDescriptor::givenName:
+      fields.givenName = contact.givenName();
+      break;
+    case KeyDescriptor::middleName:
+      fields.middleName = contact.middleName();
+      break;
+    case KeyDescriptor::familyName:
+      fields.familyName = contact.familyName();
+      break;
+    case KeyDescriptor::nameSuffix:
+      fields.nameSuffix = contact.nameSuffix();
+      break;
+    case KeyDescriptor::nickname:
+      fields.nickname = contact.nickname();
+      break;
+    case KeyDescriptor::emailAddresses:
+      fields.emailAddresses = contact.emailAddresses();
+      break;
+    case KeyDescriptor::phoneNumbers:
+      fields.phoneNumbers = contact.phoneNumbers();
+      break;
+    case KeyDescriptor::postalAddresses:
+      fields.postalAddresses = contact.postalAddresses();
+      break;
+    case KeyDescriptor::imageData:
+      fields.imageData = contact.imageData();
+      break;
+  }
+}
+
+}  // namespace
+
+Result<std::shared_ptr<const Contact>>
+VCardContactStore::_crossPlatformUnifiedMeContactWithKeysToFetch(
+    const std::vector<KeyDescriptor>& keys) {
+  using ContactResult = Result<std::shared_ptr<const Contact>>;
+  const ReadResult text = readCardFile(path);
+  if (!text.isLeft()) return ContactResult::right(text.right());
+  const Result<std::vector<VCard>> cards = parseVCards(text.left());
+  if (!cards.isLeft()) return ContactResult::right(cards.right());
+  ContactFields fields;
+  for (const KeyDescriptor key : keys) copyField(key, cards.left().front().contact, fields);
+  return ContactResult::left(std::make_shared<const Contact>(std::move(fields)));
+}
+
+}  // namespace quenlet

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <utility>
+
+#include "platform/contacts/ContactStore.h"
+
+namespace quenlet {
+
+// The contact database as a vCard file that people edit with any address book: its first card is
+// the me contact. Keeps nothing between fetches. Thread-safe. Does not watch the file.
+class VCardContactStore final : public ContactStore {
+ public:
+  explicit VCardContactStore(std::filesystem::path pathOfCard) : path(std::move(pathOfCard)) {}
+
+  // Reads the file on the calling thread. A missing file is noMeContact; a file that cannot be
+  // opened or read is a POSIX error; what is no regular file, is larger than a card may be, or
+  // does not parse is invalidCard or unsupportedVersion. Never waits for a writer of a FIFO.
+  [[nodiscard]] Result<std::shared_ptr<const Contact>>
+  _crossPlatformUnifiedMeContactWithKeysToFetch(const std::vector<KeyDescriptor>& keys) override;
+
+ private:
+  const std::filesystem::path path;
+};
+
+}  // namespace quenlet

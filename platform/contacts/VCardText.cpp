@@ -1,0 +1,97 @@
+#include "platform/contacts/VCardText.h"
+
+#include "platform/foundation/Base64.h"
+#include "platform/foundation/Text.h"
+
+namespace quenlet {
+namespace {
+
+int hexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  return -1;
+}
+
+std::optional<std::string> decodedPercents(std::string_view encoded) {
+  std::string bytes;
+  for (std::size_t i = 0; i < encoded.size(); ++i) {
+    if (encoded[i] != '%') {
+      bytes += encoded[i];
+      continue;
+    }
+    if (encoded.size() - i < 3) return std::nullopt;
+    const int high = hexValue(encoded[i + 1]);
+    const int low = hexValue(encoded[i + 2]);
+    if (high < 0 || low < 0) return std::nullopt;
+    bytes += static_cast<char>(high << 4 | low);
+    i += 2;
+  }
+  return bytes;
+}
+
+}  // namespace
+
+std::string unescapedVCardText(std::string_view escaped) {
+  std::string text;
+  text.reserve(escaped.size());
+  for (std::size_t i = 0; i < escaped.size(); ++i) {
+    const char next = escaped[i] == '\\' && i + 1 < escaped.size() ? escaped[i + 1] : '\0';
+    if (next == 'n' || next == 'N') {
+      text += '\n';
+    } else if (next == ',' || next == ';' || next == '\\' || next == ':') {
+      text += next;
+    } else {
+      text += escaped[i];
+      continue;
+    }
+    ++i;
+  }
+  return text;
+}
+
+std::string escapedVCardText(std::string_view text) {
+  std::string escaped;
+  if (!isValidUTF8(text)) return escaped;
+  escaped.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (c == '\n' || c == '\r') {
+      if (c == '\r' && text.substr(i + 1).starts_with('\n')) continue;
+      escaped += "\\n";
+    } else if (c == ',' || c == ';' || c == '\\') {
+      escaped += '\\';
+      escaped += c;
+    } else if ((static_cast<unsigned char>(c) >= 0x20 || c == '\t') && c != 0x7F) {
+      escaped += c;
+    }
+  }
+  return escaped;
+}
+
+std::string_view takeVCardText(std::optional<std::string_view>& rest, char separator) {
+  const std::string_view whole = *rest;
+  for (std::size_t i = 0; i < whole.size(); ++i) {
+    if (whole[i] == '\\') {
+      ++i;
+    } else if (whole[i] == separator) {
+      rest = whole.substr(i + 1);
+      return whole.substr(0, i);
+    }
+  }
+  rest.reset();
+  return whole;
+}
+
+std::optional<std::string> decodedDataURI(std::string_view uri) {
+  const std::size_t comma = uri.find(',');
+  if (comma == std::string_view::npos) return std::nullopt;
+  std::string_view mediaType = uri.substr(0, comma);
+  // Some programs escape the comma as if the URI were text.
+  if (mediaType.ends_with('\\')) mediaType.remove_suffix(1);
+  const std::string_view content = uri.substr(comma + 1);
+  if (lowercased(mediaType).ends_with(";base64")) return decodedBase64(content);
+  return decodedPercents(content);
+}
+
+}  // namespace quenlet
