@@ -20,7 +20,8 @@ using WireReply = std::function<void(std::string encodedValues)>;
 class ExportedObject {
  public:
   virtual ~ExportedObject() = default;
-  // `arguments` are good for the call. Runs on the listener's thread: must not block.
+  // `arguments` are good for the call. Runs on the listener's thread: every
+  // other client waits meanwhile.
   virtual void perform(const std::string& selector, WireReader arguments, WireReply reply) = 0;
 };
 

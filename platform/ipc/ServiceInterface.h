@@ -35,7 +35,7 @@ enum class OfReply { no, yes };
 struct WireParameter final {
   WireType type;
   bool nullable = false;
-  std::set<std::string, std::less<>> classes;
+  std::set<std::string, std::less<>> classes = {};
 };
 
 // What a service exports: its operations by name, and for each argument what a peer may send.

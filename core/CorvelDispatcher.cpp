@@ -1,0 +1,159 @@
+#include "core/CorvelDispatcher.h"
+
+#include <map>
+#include <string_view>
+
+#include "platform/donations/AccountWire.h"
+#include "platform/donations/ContactWire.h"
+#include "platform/donations/CorvelInterface.h"
+#include "platform/donations/DonationWire.h"
+#include "platform/ipc/ErrorWire.h"
+
+namespace quenlet {
+namespace {
+
+ErrorReply errorReply(WireReply reply) {
+  return [reply = std::move(reply)](const ErrorPtr& error) {
+    WireEncoder encoder;
+    ErrorWire::encode(encoder, error);
+    reply(std::move(encoder).take());
+  };
+}
+
+SuccessReply successReply(WireReply reply) {
+  return [reply = std::move(reply)](bool success, const ErrorPtr& error) {
+    WireEncoder encoder;
+    encoder.boolean(success);
+    ErrorWire::encode(encoder, error);
+    reply(std::move(encoder).take());
+  };
+}
+
+// The next argument, which the interface has as text.
+std::string textArgument(WireReader& arguments) {
+  return std::string(arguments.string().value_or(std::string_view()));
+}
+
+Result<std::vector<std::string>> textListArgument(WireReader& arguments) {
+  using Outcome = Result<std::vector<std::string>>;
+  std::vector<std::string> texts;
+  const std::size_t count = arguments.list().value_or(0);
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::optional<std::string_view> text = arguments.string();
+    if (!text) {
+      return Outcome::right(makeServiceError(ServiceErrorCode::invalidArguments,
+                                             "element " + std::to_string(i) + " is no text"));
+    }
+    texts.emplace_back(*text);
+  }
+  return Outcome::left(std::move(texts));
+}
+
+}  // namespace
+
+void CorvelDispatcher::perform(const std::string& selector, WireReader arguments, WireReply reply) {
+  using Operation = void (CorvelDispatcher::*)(WireReader, WireReply) const;
+  static const std::map<std::string_view, Operation> operations = {
+      {CorvelSelector::donate, &CorvelDispatcher::donate},
+      {CorvelSelector::removeIdentifiers, &CorvelDispatcher::removeIdentifiers},
+      {CorvelSelector::removeBundle, &CorvelDispatcher::removeBundle},
+      {CorvelSelector::fetch, &CorvelDispatcher::fetch},
+      {CorvelSelector::synchronousFetch, &CorvelDispatcher::synchronousFetch},
+      {CorvelSelector::list, &CorvelDispatcher::list},
+      {CorvelSelector::changeAccount, &CorvelDispatcher::changeAccount},
+      {CorvelSelector::rejectValue, &CorvelDispatcher::rejectValue},
+      {CorvelSelector::rejectCluster, &CorvelDispatcher::rejectCluster},
+      {CorvelSelector::removeRejections, &CorvelDispatcher::removeRejections},
+  };
+  // The connection has checked the selector against the same interface.
+  (this->*operations.at(selector))(arguments, std::move(reply));
+}
+
+void CorvelDispatcher::donate(WireReader arguments, WireReply reply) const {
+  Result<DonationValues> values = DonationWire::decode(arguments);
+  ErrorReply completionHandler = errorReply(std::move(reply));
+  if (!values.isLeft()) {
+    completionHandler(values.right());
+    return;
+  }
+  agent->donateMeCardValues(std::move(values).takeLeft(), std::move(completionHandler));
+}
+
+void CorvelDispatcher::removeIdentifiers(WireReader arguments, WireReply reply) const {
+  Result<std::vector<std::string>> identifiers = textListArgument(arguments);
+  SuccessReply completionHandler = successReply(std::move(reply));
+  if (!identifiers.isLeft()) {
+    completionHandler(false, identifiers.right());
+    return;
+  }
+  agent->removeDonatedMeCardValuesForIdentifiers(std::move(identifiers).takeLeft(),
+                                                 std::move(completionHandler));
+}
+
+void CorvelDispatcher::removeBundle(WireReader arguments, WireReply reply) const {
+  agent->removeDonatedMeCardValuesWithBundleIdentifier(textArgument(arguments),
+                                                       successReply(std::move(reply)));
+}
+
+void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
+  agent->fetchDonatedMeCard(
+      [reply = std::move(reply)](const ContactPtr& contact, const ErrorPtr& error) {
+        WireEncoder encoder;
+        if (contact) {
+          ContactWire::encode(encoder, *contact);
+        } else {
+          encoder.null();
+        }
+        ErrorWire::encode(encoder, error);
+        reply(std::move(encoder).take());
+      });
+}
+
+void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
+  agent->synchronousDonatedMeCard(
+      [reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
+        WireEncoder encoder;
+        ContactWire::encodeEither(encoder, contactOrError);
+        reply(std::move(encoder).take());
+      });
+}
+
+void CorvelDispatcher::list(WireReader, WireReply reply) const {
+  agent->meCardDonations(
+      [reply = std::move(reply)](const std::shared_ptr<const DonationValues>& values,
+                                 const ErrorPtr& error) {
+        WireEncoder encoder;
+        if (values) {
+          DonationWire::encode(encoder, *values);
+        } else {
+          encoder.null();
+        }
+        ErrorWire::encode(encoder, error);
+        reply(std::move(encoder).take());
+      });
+}
+
+void CorvelDispatcher::changeAccount(WireReader arguments, WireReply reply) const {
+  const Result<AccountPtr> oldAccount = AccountWire::decode(arguments);
+  const Result<AccountPtr> newAccount = AccountWire::decode(arguments);
+  ErrorReply completionHandler = errorReply(std::move(reply));
+  if (!oldAccount.isLeft() || !newAccount.isLeft()) {
+    completionHandler(oldAccount.isLeft() ? newAccount.right() : oldAccount.right());
+    return;
+  }
+  agent->changeFromAccount(oldAccount.left(), newAccount.left(), std::move(completionHandler));
+}
+
+void CorvelDispatcher::rejectValue(WireReader arguments, WireReply reply) const {
+  agent->rejectValueWithDonationIdentifier(textArgument(arguments), errorReply(std::move(reply)));
+}
+
+void CorvelDispatcher::rejectCluster(WireReader arguments, WireReply reply) const {
+  agent->rejectValuesWithClusterIdentifier(textArgument(arguments), errorReply(std::move(reply)));
+}
+
+void CorvelDispatcher::removeRejections(WireReader, WireReply reply) const {
+  agent->removeAllRejectionsWithCompletionHandler(errorReply(std::move(reply)));
+}
+
+}  // namespace quenlet

@@ -1,0 +1,143 @@
+#include "core/CorvelEntitlementDecorator.h"
+
+namespace quenlet {
+namespace {
+
+constexpr char contactsEntitlement[] = "ovaro.private.contacts";
+constexpr char suggestionsEntitlement[] = "ovaro.private.suggestions.contacts";
+constexpr std::int64_t missingEntitlementCode = 4097;
+
+// Only a number grants something: booleans are numbers here, text and lists are not.
+bool grants(const std::optional<PropertyList>& value) {
+  if (!value) return false;
+  if (const bool* flag = value->boolean()) return *flag;
+  if (const std::int64_t* number = value->integer()) return *number != 0;
+  if (const double* number = value->real()) return *number != 0;
+  return false;
+}
+
+}  // namespace
+
+CorvelEntitlementDecorator::CorvelEntitlementDecorator(AgentEnvironmentProtocol& environment,
+                                                       std::shared_ptr<CorvelProtocol> gatedAgent,
+                                                       ConnectionProvider provider)
+    : agent(std::move(gatedAgent)),
+      logger(environment.logger()),
+      connectionProvider(std::move(provider)) {}
+
+bool CorvelEntitlementDecorator::checkEntitlements() const {
+  const std::shared_ptr<ServiceConnection> connection = connectionProvider();
+  if (!connection) return false;
+  if (grants(connection->valueForEntitlement(contactsEntitlement)) ||
+      grants(connection->valueForEntitlement(suggestionsEntitlement))) {
+    return true;
+  }
+  logger->denyingRequestFromProcess(connection->processIdentifier());
+  return false;
+}
+
+ErrorPtr CorvelEntitlementDecorator::denial() {
+  // The check runs under the lock, so that two first calls make it once.
+  MutexLock lock(mutex);
+  if (!connectionHasEntitlement) connectionHasEntitlement = checkEntitlements();
+  if (*connectionHasEntitlement) return nullptr;
+  if (!entitlementError) {
+    entitlementError = makeError(GeneralErrorDomain, missingEntitlementCode,
+                                 "connection to corvel: missing entitlement");
+  }
+  return entitlementError;
+}
+
+void CorvelEntitlementDecorator::donateMeCardValues(DonationValues values,
+                                                    ErrorReply completionHandler) {
+  if (const ErrorPtr error = denial()) {
+    completionHandler(error);
+  } else {
+    agent->donateMeCardValues(std::move(values), std::move(completionHandler));
+  }
+}
+
+void CorvelEntitlementDecorator::removeDonatedMeCardValuesForIdentifiers(
+    std::vector<std::string> identifiers, SuccessReply completionHandler) {
+  if (const ErrorPtr error = denial()) {
+    completionHandler(false, error);
+  } else {
+    agent->removeDonatedMeCardValuesForIdentifiers(std::move(identifiers),
+                                                   std::move(completionHandler));
+  }
+}
+
+void CorvelEntitlementDecorator::removeDonatedMeCardValuesWithBundleIdentifier(
+    std::string bundleIdentifier, SuccessReply completionHandler) {
+  if (const ErrorPtr error = denial()) {
+    completionHandler(false, error);
+  } else {
+    agent->removeDonatedMeCardValuesWithBundleIdentifier(std::move(bundleIdentifier),
+                                                         std::move(completionHandler));
+  }
+}
+
+void CorvelEntitlementDecorator::fetchDonatedMeCard(ContactReply reply) {
+  if (const ErrorPtr error = denial()) {
+    reply(nullptr, error);
+  } else {
+    agent->fetchDonatedMeCard(std::move(reply));
+  }
+}
+
+void CorvelEntitlementDecorator::synchronousDonatedMeCard(EitherContactReply reply) {
+  if (const ErrorPtr error = denial()) {
+    reply(Result<ContactPtr>::right(error));
+  } else {
+    agent->synchronousDonatedMeCard(std::move(reply));
+  }
+}
+
+void CorvelEntitlementDecorator::meCardDonations(DonationsReply reply) {
+  if (const ErrorPtr error = denial()) {
+    reply(nullptr, error);
+  } else {
+    agent->meCardDonations(std::move(reply));
+  }
+}
+
+void CorvelEntitlementDecorator::changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
+                                                   ErrorReply completionHandler) {
+  if (const ErrorPtr error = denial()) {
+    completionHandler(error);
+  } else {
+    agent->changeFromAccount(std::move(oldAccount), std::move(toAccount),
+                             std::move(completionHandler));
+  }
+}
+
+void CorvelEntitlementDecorator::rejectValueWithDonationIdentifier(std::string donationIdentifier,
+                                                                   ErrorReply completionHandler) {
+  if (const ErrorPtr error = denial()) {
+    completionHandler(error);
+  } else {
+    agent->rejectValueWithDonationIdentifier(std::move(donationIdentifier),
+                                             std::move(completionHandler));
+  }
+}
+
+void CorvelEntitlementDecorator::rejectValuesWithClusterIdentifier(std::string clusterIdentifier,
+                                                                   ErrorReply completionHandler) {
+  if (const ErrorPtr error = denial()) {
+    completionHandler(error);
+  } else {
+    agent->rejectValuesWithClusterIdentifier(std::move(clusterIdentifier),
+                                             std::move(completionHandler));
+  }
+}
+
+void CorvelEntitlementDecorator::removeAllRejectionsWithCompletionHandler(
+    ErrorReply completionHandler) {
+  if (const ErrorPtr error = denial()) {
+    completionHandler(error);
+  } else {
+    agent->removeAllRejectionsWithCompletionHandler(std::move(completionHandler));
+  }
+}
+
+}  // namespace quenlet

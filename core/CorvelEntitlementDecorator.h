@@ -1,0 +1,58 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+#include "platform/AgentEnvironmentProtocol.h"
+#include "platform/donations/CorvelProtocol.h"
+#include "platform/foundation/Mutex.h"
+#include "platform/ipc/ServiceConnection.h"
+
+namespace quenlet {
+
+// Lets a client's call through to the agent only when the client holds the entitlement
+// "ovaro.private.contacts" or "ovaro.private.suggestions.contacts". Any other client is answered at
+// once, with the same error every time. The check is made at the first call and holds for the
+// decorator's life: there is one decorator a connection, so that no client gets another's answer.
+// Thread-safe.
+class CorvelEntitlementDecorator final : public CorvelProtocol {
+ public:
+  // Gives the connection of the call that is served, or null.
+  using ConnectionProvider = std::function<std::shared_ptr<ServiceConnection>()>;
+
+  CorvelEntitlementDecorator(AgentEnvironmentProtocol& environment,
+                             std::shared_ptr<CorvelProtocol> agent,
+                             ConnectionProvider connectionProvider);
+
+  void donateMeCardValues(DonationValues values, ErrorReply completionHandler) override;
+  void removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
+                                               SuccessReply completionHandler) override;
+  void removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIdentifier,
+                                                     SuccessReply completionHandler) override;
+  void fetchDonatedMeCard(ContactReply reply) override;
+  void synchronousDonatedMeCard(EitherContactReply reply) override;
+  void meCardDonations(DonationsReply reply) override;
+  void changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
+                         ErrorReply completionHandler) override;
+  void rejectValueWithDonationIdentifier(std::string donationIdentifier,
+                                         ErrorReply completionHandler) override;
+  void rejectValuesWithClusterIdentifier(std::string clusterIdentifier,
+                                         ErrorReply completionHandler) override;
+  void removeAllRejectionsWithCompletionHandler(ErrorReply completionHandler) override;
+
+ private:
+  // Null when the client may pass, else the missing-entitlement error.
+  [[nodiscard]] ErrorPtr denial() EXCLUDES(mutex);
+  [[nodiscard]] bool checkEntitlements() const;
+
+  const std::shared_ptr<CorvelProtocol> agent;
+  const std::shared_ptr<AgentLogger> logger;
+  const ConnectionProvider connectionProvider;
+
+  Mutex mutex;
+  std::optional<bool> connectionHasEntitlement GUARDED_BY(mutex);
+  ErrorPtr entitlementError GUARDED_BY(mutex);
+};
+
+}  // namespace quenlet

@@ -1,0 +1,50 @@
+#include "core/DonationListenerDelegate.h"
+
+#include "core/CorvelDispatcher.h"
+#include "core/CorvelEntitlementDecorator.h"
+#include "platform/PlatformServices.h"
+#include "platform/donations/AccountWire.h"
+#include "platform/donations/CorvelInterface.h"
+#include "platform/donations/DonationWire.h"
+
+namespace quenlet {
+
+DonationListenerDelegate::DonationListenerDelegate(
+    std::shared_ptr<AgentEnvironmentProtocol> gateEnvironment,
+    std::shared_ptr<CorvelProtocol> exportedAgent)
+    : environment(std::move(gateEnvironment)), agent(std::move(exportedAgent)) {}
+
+bool DonationListenerDelegate::shouldAcceptNewConnection(
+    ServiceListener&, const std::shared_ptr<ServiceConnection>& newConnection) {
+  PlatformServices::current()
+      .defaultLoggerProvider()
+      ->agentLogger()
+      ->acceptingConnectionFromProcess(newConnection->processIdentifier());
+  auto gate = std::make_shared<CorvelEntitlementDecorator>(
+      *environment, agent,
+      // Weakly, since the connection owns the gate.
+      [connection = std::weak_ptr<ServiceConnection>(newConnection)] { return connection.lock(); });
+  newConnection->setExportedInterface(makeConfiguredInterface());
+  newConnection->setExportedObject(std::make_shared<CorvelDispatcher>(std::move(gate)));
+  newConnection->resume();
+  return true;
+}
+
+ServiceInterface DonationListenerDelegate::makeConfiguredInterface() {
+  ServiceInterface interface = makeCorvelInterface();
+  configureDonate(interface);
+  return interface;
+}
+
+void DonationListenerDelegate::configureDonate(ServiceInterface& interface) {
+  auto inList = interface.classesForSelector(CorvelSelector::donate, 0, OfReply::no);
+  inList.insert(DonationWire::className);
+  interface.setClasses(std::move(inList), CorvelSelector::donate, 0, OfReply::no);
+
+  auto accounts = interface.classesForSelector(CorvelSelector::changeAccount, 0, OfReply::no);
+  accounts.insert(AccountWire::className);
+  interface.setClasses(accounts, CorvelSelector::changeAccount, 0, OfReply::no);
+  interface.setClasses(std::move(accounts), CorvelSelector::changeAccount, 1, OfReply::no);
+}
+
+}  // namespace quenlet

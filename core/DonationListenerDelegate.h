@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/AgentEnvironmentProtocol.h"
+#include "platform/donations/CorvelProtocol.h"
+#include "platform/ipc/ServiceListener.h"
+
+namespace quenlet {
+
+// Accepts every connection to the agent's service and exports the agent on it, behind an
+// entitlement gate of the connection's own. Immutable; called on the listener's thread.
+class DonationListenerDelegate final : public ServiceListenerDelegate {
+ public:
+  // `environment` is the gates' (they use its logger), `agent` is what they let clients through to.
+  DonationListenerDelegate(std::shared_ptr<AgentEnvironmentProtocol> environment,
+                           std::shared_ptr<CorvelProtocol> agent);
+
+  bool shouldAcceptNewConnection(ServiceListener& listener,
+                                 const std::shared_ptr<ServiceConnection>& newConnection) override;
+
+  // The interface of CorvelProtocol with all classes that clients may send.
+  [[nodiscard]] static ServiceInterface makeConfiguredInterface();
+  // Adds these classes to an interface of CorvelProtocol: donations within the donated list,
+  // accounts in an account change.
+  static void configureDonate(ServiceInterface& interface);
+
+ private:
+  const std::shared_ptr<AgentEnvironmentProtocol> environment;
+  const std::shared_ptr<CorvelProtocol> agent;
+};
+
+}  // namespace quenlet
