@@ -1,0 +1,93 @@
+#include "platform/donations/PropertyListFile.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "platform/files/LockFile.h"
+#include "platform/foundation/PropertyListSerializer.h"
+
+namespace quenlet {
+namespace {
+
+bool isDamage(const ErrorPtr& error) { return error->domain() == PropertyListErrorDomain; }
+
+bool isMissingFile(const ErrorPtr& error) {
+  return error->domain() == PosixErrorDomain && error->code() == ENOENT;
+}
+
+// 0700 for each directory that is missing.
+ErrorPtr createDirectories(const std::filesystem::path& directory) {
+  if (directory.empty() || ::mkdir(directory.c_str(), 0700) == 0 || errno == EEXIST) return nullptr;
+  if (errno != ENOENT || !directory.has_relative_path()) {
+    return makePosixError(errno, "create a directory for preferences");
+  }
+  if (ErrorPtr error = createDirectories(directory.parent_path())) return error;
+  if (::mkdir(directory.c_str(), 0700) == 0 || errno == EEXIST) return nullptr;
+  return makePosixError(errno, "create a directory for preferences");
+}
+
+// The first write finds no directory yet, but its lock file has to lie there.
+Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file) {
+  if (ErrorPtr error = createDirectories(file.parent_path())) {
+    return Result<std::shared_ptr<LockFile>>::right(std::move(error));
+  }
+  std::filesystem::path lockPath = file;
+  lockPath += ".lock";
+  return LockFile::lock(lockPath);
+}
+
+Result<PropertyListDictionary> dictionaryOfBytes(const std::string& bytes) {
+  using Entries = Result<PropertyListDictionary>;
+  const Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes);
+  if (!object.isLeft()) return Entries::right(object.right());
+  if (const PropertyListDictionary* entries = object.left().dictionary()) {
+    return Entries::left(*entries);
+  }
+  return Entries::right(
+      makeError(PropertyListErrorDomain, 0, "the top level of the file is not a dictionary"));
+}
+
+}  // namespace
+
+PropertyListFile::PropertyListFile(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy)
+    : filePath(std::move(path)), dataProxy(std::move(dataProxy)) {}
+
+Result<PropertyListDictionary> PropertyListFile::read() const {
+  const Future<std::string> reading = dataProxy->dataWithContentsOfURL(filePath);
+  const Result<std::string>& bytes = reading.result();
+  if (bytes.isLeft()) return dictionaryOfBytes(bytes.left());
+  if (!isMissingFile(bytes.right())) return Result<PropertyListDictionary>::right(bytes.right());
+  return Result<PropertyListDictionary>::left({});
+}
+
+Future<bool> PropertyListFile::update(const Change& change) const {
+  const Result<std::shared_ptr<LockFile>> locking = lockBeside(filePath);
+  if (!locking.isLeft()) return Future<bool>::futureWithError(locking.right());
+  std::shared_ptr<LockFile> lock = locking.left();
+
+  Result<PropertyListDictionary> current = read();
+  if (!current.isLeft() && !isDamage(current.right())) {
+    return Future<bool>::futureWithError(current.right());
+  }
+  const bool damaged = !current.isLeft();
+  PropertyListDictionary entries;
+  if (!damaged) entries = std::move(current).takeLeft();
+  if (!change(entries)) return Future<bool>::futureWithResult(true);
+
+  const Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(entries));
+  if (!bytes.isLeft()) return Future<bool>::futureWithError(bytes.right());
+  if (damaged) keepDamagedFile();
+  const Promise<bool> promise;
+  dataProxy->writeData(bytes.left(), filePath, WritingOptions::atomic)
+      .onCompletion([promise, lock = std::move(lock)](const Result<bool>& outcome) mutable {
+        lock.reset();
+        promise.complete(outcome);
+      });
+  return promise.future();
+}
+
+void PropertyListFile::keepDamagedFile() const { dataProxy->keepDamagedFile(filePath); }
+
+}  // namespace quenlet

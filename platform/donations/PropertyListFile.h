@@ -1,0 +1,46 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+#include "platform/files/DataProxy.h"
+#include "platform/foundation/Either.h"
+#include "platform/foundation/Future.h"
+#include "platform/foundation/PropertyList.h"
+
+namespace quenlet {
+
+// A property-list file with a dictionary at its top level that several processes change. Thread-
+// safe. Nothing is cached: each operation works on the file as it is.
+//
+// Changes exclude each other, across threads and processes, by an flock on "<name>.lock" beside
+// the file, so that none undoes another. Readers need no lock, for the file is replaced as a whole.
+class PropertyListFile final {
+ public:
+  // Edits the entries; answers whether they changed.
+  using Change = std::function<bool(PropertyListDictionary& entries)>;
+
+  PropertyListFile(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy);
+
+  [[nodiscard]] const std::filesystem::path& path() const { return filePath; }
+
+  // The entries; none when there is no file. An error when the file cannot be read, from
+  // PropertyListErrorDomain when it is damaged.
+  [[nodiscard]] Result<PropertyListDictionary> read() const;
+
+  // Reads, calls `change` on the calling thread, and writes when it answers true. A damaged file is
+  // kept aside and counts as empty; what cannot be read is not replaced, but fails the future.
+  // Waits while somebody else's change is under way. The future succeeds once the bytes are durable
+  // and the lock is free again, on the file layer's writer thread, or at once without a write.
+  [[nodiscard]] Future<bool> update(const Change& change) const;
+
+  // Keeps a copy of the file beside it, for a change that has to drop what it does not understand.
+  void keepDamagedFile() const;
+
+ private:
+  std::filesystem::path filePath;
+  std::shared_ptr<DataProxy> dataProxy;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,27 @@
+#include "platform/donations/PropertyListUserDefaults.h"
+
+#include <utility>
+
+namespace quenlet {
+
+PropertyListUserDefaults::PropertyListUserDefaults(std::filesystem::path path,
+                                                   std::shared_ptr<DataProxy> dataProxy)
+    : file(std::move(path), std::move(dataProxy)) {}
+
+std::optional<PropertyList> PropertyListUserDefaults::objectForKey(const std::string& key) {
+  const Result<PropertyListDictionary> entries = file.read();
+  if (!entries.isLeft()) return std::nullopt;
+  const PropertyList* object = findEntry(entries.left(), key);
+  return object ? std::optional(*object) : std::nullopt;
+}
+
+ErrorPtr PropertyListUserDefaults::setObject(PropertyList object, const std::string& forKey) {
+  const Future<bool> written = file.update([&](PropertyListDictionary& entries) {
+    entries.insert_or_assign(forKey, std::move(object));
+    return true;
+  });
+  const Result<bool>& outcome = written.result();
+  return outcome.isLeft() ? nullptr : outcome.right();
+}
+
+}  // namespace quenlet

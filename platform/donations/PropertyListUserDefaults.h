@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/donations/PropertyListFile.h"
+#include "platform/donations/UserDefaults.h"
+
+namespace quenlet {
+
+// User defaults in a property-list file, one entry a key. Thread-safe. Other keys in the file,
+// known or not, survive each write. setObject() waits for the file layer's writer thread: do not
+// call it there.
+class PropertyListUserDefaults final : public UserDefaults {
+ public:
+  PropertyListUserDefaults(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy);
+
+  [[nodiscard]] std::optional<PropertyList> objectForKey(const std::string& key) override;
+  [[nodiscard]] ErrorPtr setObject(PropertyList object, const std::string& forKey) override;
+
+ private:
+  const PropertyListFile file;
+};
+
+}  // namespace quenlet
