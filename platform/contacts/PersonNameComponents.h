@@ -18,12 +18,12 @@ class Contact;
 
 // A person's name in its components; each may be absent, which differs from empty. A value type.
 struct PersonNameComponents final {
-  std::optional<std::string> namePrefix;
-  std::optional<std::string> givenName;
-  std::optional<std::string> middleName;
-  std::optional<std::string> familyName;
-  std::optional<std::string> nameSuffix;
-  std::optional<std::string> nickname;
+  std::optional<std::string> namePrefix = {};
+  std::optional<std::string> givenName = {};
+  std::optional<std::string> middleName = {};
+  std::optional<std::string> familyName = {};
+  std::optional<std::string> nameSuffix = {};
+  std::optional<std::string> nickname = {};
 
   // The present components, each under its key.
   [[nodiscard]] PropertyListDictionary dictionaryRepresentation() const;

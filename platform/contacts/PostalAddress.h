@@ -13,14 +13,14 @@ enum class PostalAddressStyle : std::int64_t { mailingAddress = 0, abbreviated =
 
 // A postal address; a field that does not apply is empty. A value type.
 struct PostalAddress final {
-  std::string street;  // may hold several lines
-  std::string subLocality;
-  std::string city;
-  std::string subAdministrativeArea;
-  std::string state;
-  std::string postalCode;
-  std::string country;
-  std::string isoCountryCode;
+  std::string street = {};  // may hold several lines
+  std::string subLocality = {};
+  std::string city = {};
+  std::string subAdministrativeArea = {};
+  std::string state = {};
+  std::string postalCode = {};
+  std::string country = {};
+  std::string isoCountryCode = {};
 
   // The non-empty fields, each under the key of its name ("street", "isoCountryCode").
   [[nodiscard]] PropertyListDictionary dictionaryRepresentation() const;

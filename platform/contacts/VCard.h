@@ -12,9 +12,9 @@ namespace quenlet {
 
 // One card of a vCard text.
 struct VCard final {
-  std::string uid;            // empty when the card has none
-  std::string formattedName;  // FN, empty when the card has none
-  Contact contact;            // N (else FN taken apart), NICKNAME, EMAIL, TEL, ADR, PHOTO
+  std::string uid = {};            // empty when the card has none
+  std::string formattedName = {};  // FN, empty when the card has none
+  Contact contact = {};            // N (else FN taken apart), NICKNAME, EMAIL, TEL, ADR, PHOTO
   // Entries passed over because they hold no usable value: a TEL without a plausible number, an
   // EMAIL without an address. Empty properties do not count.
   std::size_t skippedEntries = 0;
