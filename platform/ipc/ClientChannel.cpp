@@ -82,6 +82,16 @@ void ClientChannel::runCompletions() {
   }
 }
 
+bool ClientChannel::isBroken() {
+  {
+    MutexLock lock(mutex);
+    if (broken) return true;
+  }
+  // Nobody reads while nothing is awaited, so that the end may still be unread.
+  pollfd look{socket.get(), POLLRDHUP, 0};
+  return ::poll(&look, 1, 0) > 0;
+}
+
 void ClientChannel::stop() {
   MutexLock lock(mutex);
   stopping = true;

@@ -37,6 +37,8 @@ class ClientChannel final {
                                                 std::string encodedArguments) EXCLUDES(mutex);
   // Calls completions until stop(), and reads while any is awaited. For one thread.
   void runCompletions() EXCLUDES(mutex);
+  // Whether the connection is broken, or the peer has closed its side.
+  [[nodiscard]] bool isBroken() EXCLUDES(mutex);
   // Breaks the connection; runCompletions() returns once all completions have been called.
   void stop() EXCLUDES(mutex);
 

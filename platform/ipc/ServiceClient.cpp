@@ -78,4 +78,6 @@ Result<std::string> ServiceClient::callSynchronously(const std::string& selector
   return channel->callAndWait(selector, std::move(encodedArguments));
 }
 
+bool ServiceClient::isBroken() const { return channel->isBroken(); }
+
 }  // namespace quenlet

@@ -45,6 +45,9 @@ class ServiceClient final {
   [[nodiscard]] Result<std::string> callSynchronously(const std::string& selector,
                                                       std::string encodedArguments);
 
+  // Whether a request made now could only fail: the service is gone or has ended the connection.
+  [[nodiscard]] bool isBroken() const;
+
  private:
   explicit ServiceClient(std::shared_ptr<ClientChannel> connectedChannel);
 

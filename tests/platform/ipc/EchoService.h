@@ -1,0 +1,85 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/Mutex.h"
+#include "platform/ipc/ServiceListener.h"
+
+namespace quenlet {
+
+// A service with three operations that take a text: "echo" answers with it during the call, "later"
+// when the test says so, "drop" not at all. Accepts everybody, also as the listener's delegate.
+class EchoService final : public ExportedObject,
+                          public ServiceListenerDelegate,
+                          public std::enable_shared_from_this<EchoService> {
+ public:
+  static ServiceInterface interface() {
+    const std::vector<WireParameter> text{{WireType::string, false, {}}};
+    ServiceInterface interface;
+    for (const char* selector : {"echo", "later", "drop"}) {
+      interface.addOperation(selector, text, text);
+    }
+    return interface;
+  }
+
+  bool shouldAcceptNewConnection(ServiceListener&,
+                                 const std::shared_ptr<ServiceConnection>& connection) override {
+    connection->setExportedInterface(interface());
+    connection->setExportedObject(shared_from_this());
+    connection->resume();
+    MutexLock lock(mutex);
+    lastConnection = connection;
+    changed.notifyAll();
+    return true;
+  }
+
+  void perform(const std::string& selector, WireReader arguments, WireReply reply) override {
+    std::string values(arguments.skip());
+    if (selector == "echo") return reply(std::move(values));
+    if (selector == "drop") return;
+    MutexLock lock(mutex);
+    waiting.emplace_back(std::move(reply), std::move(values));
+    mostWaiting = std::max(mostWaiting, waiting.size());
+    changed.notifyAll();
+  }
+
+  // Answers the oldest request for "later", once there is one.
+  void answerOne() {
+    std::pair<WireReply, std::string> next;
+    {
+      MutexLock lock(mutex);
+      while (waiting.empty()) changed.wait(mutex);
+      next = std::move(waiting.front());
+      waiting.erase(waiting.begin());
+    }
+    next.first(std::move(next.second));
+  }
+
+  void waitForRequests(std::size_t count) {
+    MutexLock lock(mutex);
+    while (waiting.size() < count) changed.wait(mutex);
+  }
+
+  std::shared_ptr<ServiceConnection> connection() {
+    MutexLock lock(mutex);
+    while (!lastConnection) changed.wait(mutex);
+    return lastConnection;
+  }
+
+  std::size_t mostWaitingAtOnce() {
+    MutexLock lock(mutex);
+    return mostWaiting;
+  }
+
+ private:
+  Mutex mutex;
+  ConditionVariable changed;
+  std::vector<std::pair<WireReply, std::string>> waiting GUARDED_BY(mutex);
+  std::size_t mostWaiting GUARDED_BY(mutex) = 0;
+  std::shared_ptr<ServiceConnection> lastConnection GUARDED_BY(mutex);
+};
+
+}  // namespace quenlet

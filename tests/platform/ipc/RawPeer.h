@@ -1,0 +1,76 @@
+#pragma once
+
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+#include "platform/ipc/ErrorWire.h"
+#include "platform/ipc/FrameReader.h"
+#include "platform/ipc/WireEncoder.h"
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+
+// The other end of a service's or client's socket, free to say anything. Blocks.
+class RawPeer final {
+ public:
+  RawPeer() : socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
+  explicit RawPeer(FileDescriptor connected) : socket(std::move(connected)) {}
+  explicit RawPeer(const std::filesystem::path& path) : RawPeer() { connect(path); }
+
+  void connect(const std::filesystem::path& path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.native().copy(address.sun_path, sizeof(address.sun_path) - 1);
+    EXPECT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)),
+              0);
+  }
+
+  static std::string frame(FrameKind kind, std::uint64_t identifier, std::string_view body) {
+    const auto header = FrameHeader::make(kind, identifier, body.size()).encode();
+    return std::string(header.data(), header.size()).append(body);
+  }
+  static std::string request(std::uint64_t identifier, std::string_view selector,
+                             std::string_view text) {
+    return frame(FrameKind::request, identifier,
+                 std::move(WireEncoder().string(selector).string(text)).take());
+  }
+
+  // False when the other side has ended the connection.
+  bool send(std::string_view bytes) {
+    while (!bytes.empty()) {
+      const ssize_t sent = ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+      if (sent <= 0) return false;
+      bytes.remove_prefix(static_cast<std::size_t>(sent));
+    }
+    return true;
+  }
+
+  // "<identifier> <text>" for a reply, "<identifier> !<code>" for a failure, "end" at the end.
+  std::string receive() {
+    while (true) {
+      if (const auto frame = reader.next()) {
+        WireReader values(frame->body);
+        const std::string identifier = std::to_string(frame->identifier) + " ";
+        if (frame->kind == FrameKind::reply) return identifier + std::string(*values.string());
+        return identifier + "!" + std::to_string(ErrorWire::decode(values)->code());
+      }
+      const auto room = reader.room();
+      const ssize_t count = ::recv(socket.get(), room.data(), room.size(), 0);
+      if (count <= 0) return "end";
+      reader.added(static_cast<std::size_t>(count));
+    }
+  }
+
+  void close() { socket.reset(); }
+
+ private:
+  FileDescriptor socket;
+  FrameReader reader{std::size_t{64} << 20};
+};
+
+}  // namespace quenlet

@@ -1,0 +1,159 @@
+#include "platform/ipc/ServiceClient.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <future>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/ipc/UnixServiceListener.h"
+#include "tests/platform/ipc/EchoService.h"
+#include "tests/platform/ipc/RawPeer.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+namespace {
+
+using namespace std::string_literals;
+
+std::string text(std::string_view content) {
+  return std::move(WireEncoder().string(content)).take();
+}
+
+// The reply's text, or "!" and the error's code.
+std::string outcome(const Result<std::string>& reply) {
+  if (!reply.isLeft()) return "!" + std::to_string(reply.right()->code());
+  return std::string(*WireReader(reply.left()).string());
+}
+
+class ServiceClientTest : public testing::Test {
+ protected:
+  ServiceClientTest() {
+    ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+    listener = std::make_unique<UnixServiceListener>("test.echo", nullptr);
+    listener->setDelegate(service);
+    EXPECT_EQ(listener->resume(), nullptr);
+    client = ServiceClient::connect("test.echo", EchoService::interface()).left();
+  }
+  std::string call(const std::string& selector, const std::string& content) {
+    return outcome(client->callSynchronously(selector, text(content)));
+  }
+  std::future<std::string> callLater(const std::string& selector, const std::string& content) {
+    auto promise = std::make_shared<std::promise<std::string>>();
+    client->call(selector, text(content), [promise](const Result<std::string>& reply) {
+      promise->set_value(outcome(reply));
+    });
+    return promise->get_future();
+  }
+
+  TemporaryDirectory runtime;
+  const std::shared_ptr<EchoService> service = std::make_shared<EchoService>();
+  std::unique_ptr<UnixServiceListener> listener;
+  std::shared_ptr<ServiceClient> client;
+};
+
+TEST_F(ServiceClientTest, GetsRepliesOfManyThreadsInAnyOrder) {
+  constexpr int each = 200;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 2; ++i) {
+    threads.emplace_back([this] {
+      for (int n = 0; n < 2 * each; ++n) service->answerOne();
+    });
+    threads.emplace_back([this, i] {
+      for (int n = 0; n < each; ++n) {
+        const std::string content = std::to_string(i) + "/" + std::to_string(n);
+        EXPECT_EQ(call("later", content), content);
+        EXPECT_EQ(call("echo", content), content);
+      }
+    });
+  }
+  std::vector<std::future<std::string>> replies;
+  for (int n = 0; n < 2 * each; ++n) replies.push_back(callLater("later", std::to_string(n)));
+  for (int n = 0; n < 2 * each; ++n) EXPECT_EQ(replies[n].get(), std::to_string(n));
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_F(ServiceClientTest, MovesLargeMessagesBothWaysAtOnceAndRefusesTooLargeOnes) {
+  const std::string large(5'000'000, 'x');
+  std::vector<std::future<std::string>> replies;
+  for (int n = 0; n < 6; ++n) replies.push_back(callLater("echo", large));
+  EXPECT_EQ(call("echo", large), large);
+  for (auto& reply : replies) EXPECT_EQ(reply.get(), large);
+  EXPECT_EQ(call("echo", std::string(32 << 20, 'x')), "!6");
+  EXPECT_EQ(call("nothing", "x"), "!3");
+  EXPECT_EQ(call("drop", "x"), "!9");
+}
+
+TEST_F(ServiceClientTest, CompletionsMayCallAndLetTheClientGo) {
+  std::promise<std::string> nested;
+  client->call("echo", text("a"), [&nested, held = client](const Result<std::string>&) mutable {
+    const std::string reply = outcome(held->callSynchronously("echo", text("b")));
+    held.reset();
+    nested.set_value(reply);
+  });
+  client.reset();
+  EXPECT_EQ(nested.get_future().get(), "b");
+}
+
+TEST_F(ServiceClientTest, EndsWhatIsUnderWayWhenTheServiceGoes) {
+  std::future<std::string> asynchronous = callLater("later", "x");
+  auto synchronous = std::async(std::launch::async, [this] { return call("later", "y"); });
+  service->waitForRequests(2);
+  listener.reset();
+  EXPECT_EQ(asynchronous.get(), "!2");
+  EXPECT_EQ(synchronous.get(), "!2");
+  EXPECT_EQ(call("echo", "x"), "!2");
+  EXPECT_EQ(callLater("echo", "x").get(), "!2");
+  const auto another = ServiceClient::connect("test.echo", EchoService::interface());
+  ASSERT_FALSE(another.isLeft());
+  EXPECT_EQ(another.right()->code(), 1);
+}
+
+TEST_F(ServiceClientTest, EndsWhatIsUnderWayWhenItGoesItself) {
+  std::future<std::string> reply = callLater("later", "x");
+  client.reset();
+  EXPECT_EQ(reply.get(), "!2");
+}
+
+TEST(ServiceClientPeerTest, TrustsNothingThatAServiceSays) {
+  const auto frame = [](FrameKind kind, std::uint64_t identifier, const std::string& body) {
+    return RawPeer::frame(kind, identifier, body);
+  };
+  WireEncoder error;
+  ErrorWire::encode(error, makeError("other", 42));
+  const struct {
+    const char* name;
+    std::string answer;
+    const char* first;
+    const char* second;  // of a call after it; "!2" when the peer has ended by then
+  } rows[] = {
+      {"failure", frame(FrameKind::failure, 1, error.bytes()), "!42", "!2"},
+      {"failure of all", frame(FrameKind::failure, 0, error.bytes()), "!42", "!42"},
+      {"wrong type", frame(FrameKind::reply, 1, "\6\1x"), "!4", "!2"},
+      {"no value", frame(FrameKind::reply, 1, ""), "!4", "!2"},
+      {"broken text", frame(FrameKind::reply, 1, "\5\1\xff"), "!5", "!2"},
+      {"failure of unknown class", frame(FrameKind::failure, 1, "\x9\3Bad\0"s), "!4", "!2"},
+      {"failure of nothing", frame(FrameKind::failure, 1, "\0"s), "!4", "!2"},
+      {"unasked reply", frame(FrameKind::reply, 9, "\5\1x"), "!5", "!5"},
+      {"request", frame(FrameKind::request, 1, "\5\1x"), "!5", "!5"},
+      {"huge", "\xff\xff\xff\xff\1\1\0\0\0\0\0\0\0"s, "!6", "!6"},
+      {"half a reply", frame(FrameKind::reply, 1, "\5\1x").substr(0, 14), "!2", "!2"},
+      {"nothing", "", "!2", "!2"},
+  };
+  for (const auto& row : rows) {
+    int ends[2];
+    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+    RawPeer peer{FileDescriptor(ends[1])};
+    const auto client =
+        ServiceClient::withConnectedSocket(FileDescriptor(ends[0]), EchoService::interface());
+    ASSERT_TRUE(peer.send(row.answer));
+    peer.close();
+    EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), row.first) << row.name;
+    EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), row.second) << row.name;
+  }
+}
+
+}  // namespace
+}  // namespace quenlet
