@@ -1,0 +1,172 @@
+#include "platform/files/DirectoryWatch.h"
+
+#include <sys/epoll.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <set>
+#include <utility>
+
+#include "platform/files/DurableDirectory.h"
+#include "platform/files/PosixFileOperations.h"
+#include "platform/foundation/Error.h"
+#include "platform/foundation/Mutex.h"
+#include "platform/scheduling/EventLoopScheduler.h"
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+namespace {
+
+using std::filesystem::path;
+
+constexpr std::uint32_t entryEvents =
+    IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
+constexpr std::uint32_t directoryEvents = IN_DELETE_SELF | IN_MOVE_SELF;
+// Those two, and what the kernel adds when it has dropped the watch itself.
+constexpr std::uint32_t lossEvents = directoryEvents | IN_IGNORED | IN_UNMOUNT;
+
+// What one read of the inotify descriptor says, merged.
+struct Changes {
+  std::set<std::string> names;
+  bool anything = false;
+  bool directoryLost = false;
+};
+
+// Kept alive by the loop's watch and the pending retry. start() runs before either exists, all else
+// but cancel() on the loop's thread.
+class WatchState final : public std::enable_shared_from_this<WatchState> {
+ public:
+  WatchState(EventLoop& eventLoop, path watched, DirectoryWatch::Handler changeHandler)
+      : loop(eventLoop),
+        directory(std::move(watched)),
+        handler(std::move(changeHandler)),
+        retries(eventLoop) {}
+
+  void start() {
+    if (const int failure = establish()) return retryLater(failure);
+    if (std::exchange(listening, true)) return;
+    keep(watchToken, loop.watch(inotify.get(), EPOLLIN,
+                                [self = shared_from_this()](auto) { self->handleChanges(); }));
+  }
+
+  void cancel() EXCLUDES(mutex) {
+    std::array<std::shared_ptr<Cancelable>, 2> taken;
+    {
+      MutexLock lock(mutex);
+      cancelled = true;
+      taken.swap(tokens);
+    }
+    for (const auto& token : taken) {
+      if (token) token->cancel();
+    }
+  }
+
+ private:
+  static constexpr std::size_t watchToken = 0;
+  static constexpr std::size_t retryToken = 1;
+
+  // Puts a token where cancel() finds it; cancels it at once when that has been called already.
+  void keep(std::size_t place, std::shared_ptr<Cancelable> token) EXCLUDES(mutex) {
+    {
+      MutexLock lock(mutex);
+      if (!cancelled) {
+        tokens[place] = std::move(token);
+        return;
+      }
+    }
+    token->cancel();
+  }
+
+  [[nodiscard]] bool isCancelled() EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    return cancelled;
+  }
+
+  // 0 or an errno value.
+  [[nodiscard]] int establish() {
+    if (!inotify.isOpen()) inotify.reset(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    if (!inotify.isOpen()) return errno;
+    PosixFileOperations operations;
+    if (const int failure = DurableDirectory::ensure(operations, directory)) return failure;
+    watchDescriptor = ::inotify_add_watch(inotify.get(), directory.c_str(),
+                                          entryEvents | directoryEvents | IN_ONLYDIR);
+    return watchDescriptor < 0 ? errno : 0;
+  }
+
+  void retryLater(int failure) {
+    if (!std::exchange(failureReported, true)) {
+      const std::string name = directory.filename().string();
+      std::fprintf(stderr, "quenlet: %s\n",
+                   makePosixError(failure, "watch " + name)->description().c_str());
+    }
+    keep(retryToken, retries.afterDelay(DirectoryWatch::retrySeconds,
+                                        [self = shared_from_this()] { self->retry(); }));
+  }
+
+  void retry() {
+    start();
+    if (watchDescriptor >= 0 && !isCancelled()) handler(std::string());
+  }
+
+  void handleChanges() {
+    const Changes changes = readChanges();
+    if (changes.directoryLost) {
+      ::inotify_rm_watch(inotify.get(), watchDescriptor);  // a moved directory is still watched
+      if (const int failure = establish()) retryLater(failure);
+    }
+    if (changes.anything || changes.directoryLost) {
+      if (!isCancelled()) handler(std::string());
+      return;
+    }
+    for (const std::string& name : changes.names) {
+      if (isCancelled()) return;
+      handler(name);
+    }
+  }
+
+  [[nodiscard]] Changes readChanges() const {
+    Changes changes;
+    std::array<char, 65536> buffer;
+    const ssize_t size = ::read(inotify.get(), buffer.data(), buffer.size());
+    const char* const end = buffer.data() + std::max<ssize_t>(size, 0);
+    for (const char* next = buffer.data(); next < end;) {
+      inotify_event event;
+      std::memcpy(&event, next, sizeof event);
+      const char* name = next + sizeof event;
+      next = name + event.len;
+      if ((event.mask & IN_Q_OVERFLOW) != 0) changes.anything = true;
+      if (event.wd != watchDescriptor) continue;  // the rest of a watch that is given up
+      if ((event.mask & lossEvents) != 0) changes.directoryLost = true;
+      if ((event.mask & entryEvents) != 0) changes.names.emplace(name, ::strnlen(name, event.len));
+    }
+    return changes;
+  }
+
+  EventLoop& loop;
+  const path directory;
+  const DirectoryWatch::Handler handler;
+  EventLoopScheduler retries;
+  FileDescriptor inotify;
+  int watchDescriptor = -1;
+  bool listening = false;
+  bool failureReported = false;
+  Mutex mutex;
+  std::array<std::shared_ptr<Cancelable>, 2> tokens GUARDED_BY(mutex);
+  bool cancelled GUARDED_BY(mutex) = false;
+};
+
+}  // namespace
+
+std::shared_ptr<Cancelable> DirectoryWatch::watchDirectory(EventLoop& loop, path directory,
+                                                           Handler handler) {
+  const auto state = std::make_shared<WatchState>(loop, std::move(directory), std::move(handler));
+  state->start();
+  return std::make_shared<CancelBlock>([state] { state->cancel(); });
+}
+
+}  // namespace quenlet

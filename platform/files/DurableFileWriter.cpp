@@ -1,0 +1,167 @@
+#include "platform/files/DurableFileWriter.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <random>
+#include <system_error>
+#include <utility>
+
+#include "platform/files/DurableDirectory.h"
+#include "platform/foundation/Either.h"
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+namespace {
+
+using std::filesystem::path;
+
+constexpr std::size_t suffixLength = 16;
+constexpr int creationFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
+
+std::string temporaryPrefix(const path& target) {
+  return "." + target.filename().string() + ".quenlet-";
+}
+
+path temporaryFor(const path& target) {
+  std::random_device random;
+  std::string suffix(suffixLength, '0');
+  std::snprintf(suffix.data(), suffix.size() + 1, "%08x%08x", random(), random());
+  return DurableDirectory::of(target) / (temporaryPrefix(target) + suffix);
+}
+
+// A file of the caller's making that goes again unless keep() is called.
+class NewFile final {
+ public:
+  NewFile(FileOperations& fileOperations, path file)
+      : operations(fileOperations),
+        name(std::move(file)),
+        descriptor(operations.open(name, creationFlags, 0600)) {}
+  ~NewFile() {
+    if (created && !kept) ::unlink(name.c_str());
+  }
+  NewFile(const NewFile&) = delete;
+  NewFile& operator=(const NewFile&) = delete;
+
+  [[nodiscard]] bool isOpen() const { return created; }
+  [[nodiscard]] int get() const { return descriptor.get(); }
+  [[nodiscard]] const path& location() const { return name; }
+  void keep() { kept = true; }
+
+  // Locks the file until this object goes; 0 or an errno value. EAGAIN when another process took it
+  // for a leftover between its creation and this. Where files cannot be locked it stays unlocked.
+  [[nodiscard]] int claim() {
+    struct stat status {};
+    lock.reset(::fcntl(get(), F_DUPFD_CLOEXEC, 0));  // shares the lock and survives close()
+    if (!lock.isOpen()) return errno;
+    if (::flock(get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return EAGAIN;
+    if (::fstat(get(), &status) != 0) return errno;
+    return status.st_nlink > 0 ? 0 : EAGAIN;
+  }
+
+  // A close that a signal interrupts has closed all the same.
+  [[nodiscard]] int close() {
+    return operations.close(descriptor.release()) == 0 || errno == EINTR ? 0 : errno;
+  }
+
+ private:
+  FileOperations& operations;
+  const path name;
+  FileDescriptor descriptor;
+  const bool created = descriptor.isOpen();
+  FileDescriptor lock;
+  bool kept = false;
+};
+
+Result<path> resolved(const path& target) {
+  std::error_code failure;
+  if (!std::filesystem::is_symlink(target, failure)) return Result<path>::left(target);
+  path real = std::filesystem::weakly_canonical(target, failure);
+  if (!failure) return Result<path>::left(std::move(real));
+  return Result<path>::right(
+      makePosixError(failure.value(), "resolve the link " + target.filename().string()));
+}
+
+}  // namespace
+
+ErrorPtr DurableFileWriter::replace(const path& target, std::string_view data) {
+  const Result<path> real = resolved(target);
+  if (!real.isLeft()) return real.right();
+  const std::string name = target.filename().string();
+  if (const int failure = DurableDirectory::ensure(operations, DurableDirectory::of(real.left()))) {
+    return makePosixError(failure, "create the directory of " + name);
+  }
+  removeLeftovers(real.left());
+  const int failure = replaceResolved(real.left(), data);
+  return failure == 0 ? nullptr : makePosixError(failure, "write " + name);
+}
+
+int DurableFileWriter::replaceResolved(const path& target, std::string_view data) {
+  NewFile temporary(operations, temporaryFor(target));
+  if (!temporary.isOpen()) return errno;
+  const int claimed = temporary.claim();
+  if (claimed == EAGAIN) return replaceResolved(target, data);  // each process clears up just once
+  if (claimed != 0) return claimed;
+  if (const int failure = fill(temporary.get(), data)) return failure;
+  if (const int failure = temporary.close()) return failure;
+  if (operations.rename(temporary.location(), target) != 0) return errno;
+  temporary.keep();
+  return DurableDirectory::synchronize(operations, DurableDirectory::of(target));
+}
+
+ErrorPtr DurableFileWriter::create(const path& file, std::string_view data) {
+  const auto failed = [&](int failure) {
+    return makePosixError(failure, "create " + file.filename().string());
+  };
+  NewFile created(operations, file);
+  if (!created.isOpen()) return failed(errno);
+  if (const int failure = fill(created.get(), data)) return failed(failure);
+  if (const int failure = created.close()) return failed(failure);
+  created.keep();
+  const int failure = DurableDirectory::synchronize(operations, DurableDirectory::of(file));
+  return failure == 0 ? nullptr : failed(failure);
+}
+
+int DurableFileWriter::fill(int descriptor, std::string_view data) {
+  while (!data.empty()) {
+    const ssize_t written = operations.write(descriptor, data.data(), data.size());
+    if (written > 0) {
+      data.remove_prefix(static_cast<std::size_t>(written));
+    } else if (written == 0) {
+      return EIO;
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+  while (operations.fsync(descriptor) != 0) {
+    if (errno != EINTR) return errno;
+  }
+  return 0;
+}
+
+// Best effort: what cannot be listed or opened stays, and the write goes on.
+void DurableFileWriter::removeLeftovers(const path& target) {
+  {
+    MutexLock lock(mutex);
+    if (!cleanedTargets.insert(target).second) return;
+  }
+  const std::string prefix = temporaryPrefix(target);
+  std::error_code failure;
+  std::filesystem::directory_iterator entries(DurableDirectory::of(target), failure);
+  for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
+    const path& entry = entries->path();
+    const std::string name = entry.filename().string();
+    if (!name.starts_with(prefix) || name.size() != prefix.size() + suffixLength) continue;
+    const FileDescriptor leftover(
+        ::open(entry.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (leftover.isOpen() && ::flock(leftover.get(), LOCK_EX | LOCK_NB) == 0) {
+      ::unlink(entry.c_str());
+    }
+  }
+}
+
+}  // namespace quenlet

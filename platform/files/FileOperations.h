@@ -1,0 +1,25 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstddef>
+#include <filesystem>
+
+namespace quenlet {
+
+// The system calls that change files: what a disk that is full, broken or read-only makes fail.
+// Each answers as the call of its name does, with errno. Thread-safe.
+class FileOperations {
+ public:
+  virtual ~FileOperations() = default;
+  [[nodiscard]] virtual int open(const std::filesystem::path& file, int flags, mode_t mode) = 0;
+  [[nodiscard]] virtual ssize_t read(int descriptor, void* buffer, std::size_t size) = 0;
+  [[nodiscard]] virtual ssize_t write(int descriptor, const void* bytes, std::size_t size) = 0;
+  [[nodiscard]] virtual int fsync(int descriptor) = 0;
+  [[nodiscard]] virtual int close(int descriptor) = 0;
+  [[nodiscard]] virtual int rename(const std::filesystem::path& from,
+                                   const std::filesystem::path& to) = 0;
+  [[nodiscard]] virtual int mkdir(const std::filesystem::path& directory, mode_t mode) = 0;
+};
+
+}  // namespace quenlet

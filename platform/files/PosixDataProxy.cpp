@@ -1,0 +1,197 @@
+#include "platform/files/PosixDataProxy.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdint>
+#include <cstdio>
+#include <new>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "platform/files/DurableDirectory.h"
+#include "platform/files/PosixFileOperations.h"
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+namespace {
+
+using std::filesystem::path;
+
+constexpr std::string_view cacheTagName = "CACHEDIR.TAG";
+constexpr std::string_view cacheTagSignature = "Signature: 8a477f597d28d172789f06886806bc55";
+constexpr std::string_view cacheTagExplanation =
+    "\n# What is kept here can be made again; backups leave it out.\n";
+
+FileOperations& systemOperations() {
+  static PosixFileOperations operations;
+  return operations;
+}
+
+// 0 or an errno value. The size that the file claims is not trusted.
+int readAll(FileOperations& operations, int descriptor, std::string& content) {
+  std::array<char, 65536> buffer;
+  while (true) {
+    const ssize_t count = operations.read(descriptor, buffer.data(), buffer.size());
+    if (count == 0) return 0;
+    if (count > 0) {
+      content.append(buffer.data(), static_cast<std::size_t>(count));
+    } else if (errno != EINTR) {
+      return errno;
+    }
+  }
+}
+
+path damagedCopy(const path& file, std::uintmax_t number) {
+  path copy = file;
+  copy += ".damaged-" + std::to_string(number);
+  return copy;
+}
+
+// The number of the newest "<name>.damaged-<n>" beside `file`; 0 when there is none.
+std::uintmax_t newestDamagedCopy(const path& file) {
+  const std::string prefix = file.filename().string() + ".damaged-";
+  std::uintmax_t newest = 0;
+  std::error_code failure;
+  std::filesystem::directory_iterator entries(DurableDirectory::of(file), failure);
+  for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
+    const std::string name = entries->path().filename().string();
+    if (!name.starts_with(prefix)) continue;
+    std::uintmax_t number = 0;
+    const char* end = name.data() + name.size();
+    const auto parsed = std::from_chars(name.data() + prefix.size(), end, number);
+    if (parsed.ec == std::errc() && parsed.ptr == end) newest = std::max(newest, number);
+  }
+  return newest;
+}
+
+void report(const ErrorPtr& error) {
+  std::fprintf(stderr, "quenlet: %s\n", error->description().c_str());
+}
+
+}  // namespace
+
+PosixDataProxy::PosixDataProxy(TerminationHold holdTermination)
+    : PosixDataProxy(std::move(holdTermination), systemOperations()) {}
+
+PosixDataProxy::PosixDataProxy(TerminationHold hold, FileOperations& fileOperations)
+    : holdTermination(std::move(hold)),
+      operations(fileOperations),
+      writer(fileOperations),
+      thread([this] { work(); }) {}
+
+PosixDataProxy::~PosixDataProxy() {
+  {
+    MutexLock lock(mutex);
+    ending = true;
+    changed.notifyAll();
+  }
+  thread.join();
+}
+
+Future<std::string> PosixDataProxy::dataWithContentsOfURL(const path& url) {
+  Result<std::string> content = readFile(url);
+  if (!content.isLeft()) return Future<std::string>::futureWithError(content.right());
+  return Future<std::string>::futureWithResult(std::move(content).takeLeft());
+}
+
+Result<std::string> PosixDataProxy::readFile(const path& file) const try {
+  using Content = Result<std::string>;
+  const auto failed = [&](int failure) {
+    return Content::right(makePosixError(failure, "read " + file.filename().string()));
+  };
+  // Opening without waiting, as a FIFO would let nobody through until somebody writes to it.
+  const FileDescriptor descriptor(
+      operations.open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0));
+  if (!descriptor.isOpen()) return failed(errno);
+  struct stat status {};
+  if (::fstat(descriptor.get(), &status) != 0) return failed(errno);
+  if (!S_ISREG(status.st_mode)) return failed(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+  std::string content;
+  if (const int failure = readAll(operations, descriptor.get(), content)) return failed(failure);
+  return Content::left(std::move(content));
+} catch (const std::bad_alloc&) {
+  // A file larger than the memory is not one of ours: unreadable, and no reason to end the process.
+  return Result<std::string>::right(makePosixError(ENOMEM, "read a file"));
+}
+
+Future<bool> PosixDataProxy::writeData(std::string data, const path& toURL, WritingOptions) {
+  // Taken before the write can happen, and outside the lock; one too many is given back.
+  std::shared_ptr<Cancelable> hold = holdTermination ? holdTermination() : nullptr;
+  Write write{toURL.lexically_normal(), std::move(data), {Promise<bool>()}, std::move(hold)};
+  return enqueue(std::move(write));
+}
+
+Future<bool> PosixDataProxy::enqueue(Write write) {
+  const Future<bool> future = write.promises.front().future();
+  std::shared_ptr<Cancelable> surplus;
+  {
+    MutexLock lock(mutex);
+    const auto waiting = std::find_if(writes.begin(), writes.end(), [&](const Write& other) {
+      return other.target == write.target;
+    });
+    if (waiting == writes.end()) {
+      writes.push_back(std::move(write));
+      changed.notifyOne();
+    } else {
+      waiting->data.swap(write.data);
+      waiting->promises.push_back(std::move(write.promises.front()));
+      surplus = std::move(write.hold);
+    }
+  }
+  if (surplus) surplus->cancel();
+  return future;
+}
+
+void PosixDataProxy::work() {
+  while (true) {
+    Write write;
+    {
+      MutexLock lock(mutex);
+      while (writes.empty() && !ending) changed.wait(mutex);
+      if (writes.empty()) return;
+      write = std::move(writes.front());
+      writes.pop_front();
+    }
+    perform(std::move(write));
+  }
+}
+
+void PosixDataProxy::perform(Write write) {
+  const ErrorPtr error = writer.replace(write.target, write.data);
+  write.data = std::string();
+  for (const Promise<bool>& promise : write.promises) {
+    if (error) {
+      promise.fail(error);
+    } else {
+      promise.succeed(true);
+    }
+  }
+  if (write.hold) write.hold->cancel();
+}
+
+void PosixDataProxy::keepDamagedFile(const path& url) {
+  const Result<std::string> content = readFile(url);
+  if (!content.isLeft()) return report(content.right());
+  std::uintmax_t number = newestDamagedCopy(url);
+  const Result<std::string> newest = readFile(damagedCopy(url, number));
+  if (newest.isLeft() && newest.left() == content.left()) return;
+  ErrorPtr error;
+  do error = writer.create(damagedCopy(url, ++number), content.left());
+  while (error && error->code() == EEXIST);
+  if (error) report(error);
+}
+
+ErrorPtr PosixDataProxy::setExcludedFromBackups(const path& directory) {
+  const path tag = directory / cacheTagName;
+  const Result<std::string> present = readFile(tag);
+  if (present.isLeft() && present.left().starts_with(cacheTagSignature)) return nullptr;
+  return writer.replace(tag, std::string(cacheTagSignature) + std::string(cacheTagExplanation));
+}
+
+}  // namespace quenlet

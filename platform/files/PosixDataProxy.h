@@ -1,0 +1,74 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/files/DataProxy.h"
+#include "platform/files/DurableFileWriter.h"
+#include "platform/files/FileOperations.h"
+#include "platform/foundation/Cancelable.h"
+#include "platform/foundation/Mutex.h"
+
+namespace quenlet {
+
+// Files of a POSIX file system. Thread-safe. Writes run one by one on a thread of its own. A file's
+// writes take effect in their order, but while a file waits for the thread, newer bytes for it take
+// the place of the older ones, whose future then completes with the newer write's outcome: many
+// changes in a row share one write, and no more than one content a file waits in memory.
+//
+// Every write is atomic and durable, with WritingOptions::none too. Error texts name the file, not
+// its directory. Waits for what is left to write when it goes; so it is not to be destroyed on its
+// own thread, that is, in a completion block.
+class PosixDataProxy final : public DataProxy {
+ public:
+  // Gives a token that holds back the process's end until it is cancelled.
+  using TerminationHold = std::function<std::shared_ptr<Cancelable>()>;
+
+  // `holdTermination` (none for null) is called for each file that starts waiting, and its token
+  // cancelled once the futures of that write are complete. Starts the writer thread.
+  explicit PosixDataProxy(TerminationHold holdTermination = nullptr);
+  // The same over other system calls; they outlive the object.
+  PosixDataProxy(TerminationHold holdTermination, FileOperations& fileOperations);
+  ~PosixDataProxy() override;
+  PosixDataProxy(const PosixDataProxy&) = delete;
+  PosixDataProxy& operator=(const PosixDataProxy&) = delete;
+
+  // Only regular files are read: anything else is an error, even where reading it would wait.
+  [[nodiscard]] Future<std::string> dataWithContentsOfURL(
+      const std::filesystem::path& url) override;
+  [[nodiscard]] Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
+                                       WritingOptions options) override EXCLUDES(mutex);
+  // Copies are numbered from 1 on. A file whose bytes are those of the newest copy is not copied
+  // again. A copy that cannot be written is reported on standard error.
+  void keepDamagedFile(const std::filesystem::path& url) override;
+  // By a CACHEDIR.TAG file, which backup programs honour.
+  [[nodiscard]] ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override;
+
+ private:
+  struct Write {
+    std::filesystem::path target;
+    std::string data;
+    std::vector<Promise<bool>> promises;
+    std::shared_ptr<Cancelable> hold;
+  };
+
+  [[nodiscard]] Result<std::string> readFile(const std::filesystem::path& file) const;
+  [[nodiscard]] Future<bool> enqueue(Write write) EXCLUDES(mutex);
+  void work() EXCLUDES(mutex);
+  void perform(Write write);
+
+  const TerminationHold holdTermination;
+  FileOperations& operations;
+  DurableFileWriter writer;
+  Mutex mutex;
+  ConditionVariable changed;
+  std::deque<Write> writes GUARDED_BY(mutex);  // at most one a target
+  bool ending GUARDED_BY(mutex) = false;
+  std::thread thread;
+};
+
+}  // namespace quenlet
