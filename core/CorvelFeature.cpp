@@ -35,7 +35,12 @@ void Corvel::startMonitoringPreferences() {
   preferencesMonitor->startMonitoring();
 }
 
-void Corvel::stop() { preferencesMonitor->stopMonitoring(); }
+void Corvel::stop() {
+  preferencesMonitor->stopMonitoring();
+  // They hold the agent, which holds the monitor.
+  preferencesMonitor->setOnSuppress(nullptr);
+  preferencesMonitor->setOnEnable(nullptr);
+}
 
 bool Corvel::featureEnabled() const {
   const FeatureState state = featureState;

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include "core/Corvel.h"
+#include "core/DonationListenerDelegate.h"
+#include "platform/ipc/ServiceListener.h"
+#include "platform/logging/DonationLoggerProvider.h"
+#include "platform/scheduling/RunLoop.h"
+
+namespace quenlet {
+
+// The agent's life from launch to the end of its run loop. Use on the main thread.
+class AgentProcess final {
+ public:
+  // `mainRunLoop` is the platform's. Nothing runs yet.
+  explicit AgentProcess(RunLoop& mainRunLoop);
+  ~AgentProcess();
+
+  // Starts all parts in their order: restores what was stored, follows the preference and the
+  // curated card, opens the service. An error when the service cannot be opened.
+  [[nodiscard]] ErrorPtr start();
+  // Serves until the run loop ends, then closes the service.
+  void run();
+
+ private:
+  void restoreAndMonitor();
+  [[nodiscard]] ErrorPtr openDonationService();
+  void installHangUpHandler();
+
+  RunLoop& runLoop;
+  const std::shared_ptr<DonationLoggerProvider> loggerProvider;
+  std::shared_ptr<Corvel> agent;
+  std::shared_ptr<DonationListenerDelegate> listenerDelegate;
+  std::shared_ptr<ServiceListener> donationListener;
+  std::shared_ptr<Cancelable> hangUpSource;
+};
+
+}  // namespace quenlet

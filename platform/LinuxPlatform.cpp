@@ -1,0 +1,81 @@
+#include "platform/LinuxPlatform.h"
+
+#include <system_error>
+
+#include "platform/contacts/VCardContactStore.h"
+#include "platform/donations/PropertyListFeedbackStore.h"
+#include "platform/files/UserDirectories.h"
+#include "platform/ipc/UnixServiceListener.h"
+#include "platform/logging/StructuredLoggerProvider.h"
+
+namespace quenlet {
+
+Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
+  using Outcome = Result<std::unique_ptr<LinuxPlatform>>;
+  const Result<std::filesystem::path> home = UserDirectories::homeDirectory();
+  if (!home.isLeft()) return Outcome::right(home.right());
+  const Result<std::filesystem::path> runtime = UserDirectories::runtimeDirectory();
+  if (!runtime.isLeft()) return Outcome::right(runtime.right());
+  try {
+    return Outcome::left(
+        std::unique_ptr<LinuxPlatform>(new LinuxPlatform(home.left(), runtime.left())));
+  } catch (const std::system_error& failure) {
+    return Outcome::right(makePosixError(failure.code().value(), "start the platform layer"));
+  }
+}
+
+LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
+                             const std::filesystem::path& runtimeDirectory)
+    : library(homeDirectory / "Library"),
+      schedulerProvider(
+          std::make_shared<ProductionSchedulerProvider>(runLoop.mainThreadScheduler())),
+      dataProxy(std::make_shared<PosixDataProxy>([this] { return runLoop.holdTermination(); })),
+      loggerProvider(std::make_shared<StructuredLoggerProvider>(
+          std::make_shared<StandardErrorLogSink>(), &Date::now)),
+      notificationCenter(std::make_shared<SocketNotificationCenter>(
+          runLoop.eventLoop(), runtimeDirectory / "quenlet" / "notifications")),
+      entitlements(std::make_shared<const EntitlementDatabase>(
+          EntitlementDatabase::prefixOfRunningProgram())),
+      scope(makeServices()) {}
+
+LinuxPlatform::~LinuxPlatform() = default;
+
+void LinuxPlatform::watchMeCard() {
+  std::call_once(meCardWatchStarted, [this] {
+    meCardWatch =
+        std::make_unique<MeCardFileWatch>(runLoop.eventLoop(), meCardPath(), notificationCenter);
+  });
+}
+
+PlatformServices LinuxPlatform::makeServices() {
+  PlatformServices services;
+  services.now = &Date::now;
+  services.defaultSchedulerProvider = [this] { return schedulerProvider; };
+  services.globalAsynchronousScheduler = [this] {
+    return schedulerProvider->backgroundScheduler();
+  };
+  services.defaultLoggerProvider = [this] { return loggerProvider; };
+  services.defaultDistributedNotificationCenter = [this] { return notificationCenter; };
+  // All share the one writer thread.
+  services.makeDataProxy = [this] { return dataProxy; };
+  services.makeDonationPreferences = [this] {
+    return std::make_shared<PropertyListDonationPreferences>(
+        library / "Preferences" / "ovaro.quenlet.plist", dataProxy, runLoop.eventLoop(),
+        notificationCenter);
+  };
+  services.makeDonationFeedbackStore = [this] {
+    return std::make_shared<PropertyListFeedbackStore>(
+        library / "Contacts" / "Feedback" / "feedback.plist", dataProxy, runLoop.eventLoop());
+  };
+  services.makeContactStore = [this] {
+    // Before the first fetch, so that no change after it goes unnoticed.
+    watchMeCard();
+    return std::make_shared<VCardContactStore>(meCardPath());
+  };
+  services.makeServiceListener = [this](const std::string& serviceName) {
+    return std::make_shared<UnixServiceListener>(serviceName, entitlements);
+  };
+  return services;
+}
+
+}  // namespace quenlet

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+
+#include "platform/PlatformServices.h"
+#include "platform/donations/PropertyListDonationPreferences.h"
+#include "platform/files/PosixDataProxy.h"
+#include "platform/ipc/EntitlementDatabase.h"
+#include "platform/notifications/MeCardFileWatch.h"
+#include "platform/notifications/SocketNotificationCenter.h"
+#include "platform/scheduling/ProductionSchedulerProvider.h"
+#include "platform/scheduling/RunLoop.h"
+
+namespace quenlet {
+
+// The platform services of a Linux user, installed as the current ones for this object's life. Make
+// it first thing on the main thread: it starts the process's threads and blocks the signals that
+// the run loop reads. From the first contact store on, it watches the owner's card and posts the
+// notification of its changes.
+//
+// Its end waits for what its schedulers and its file layer still have to do.
+class LinuxPlatform final {
+ public:
+  // An error when the user has no home or runtime directory, or the system no resources left.
+  [[nodiscard]] static Result<std::unique_ptr<LinuxPlatform>> open();
+  ~LinuxPlatform();
+  LinuxPlatform(const LinuxPlatform&) = delete;
+  LinuxPlatform& operator=(const LinuxPlatform&) = delete;
+
+  [[nodiscard]] RunLoop& mainRunLoop() { return runLoop; }
+
+ private:
+  LinuxPlatform(const std::filesystem::path& homeDirectory,
+                const std::filesystem::path& runtimeDirectory);
+  [[nodiscard]] PlatformServices makeServices();
+  void watchMeCard();
+  [[nodiscard]] std::filesystem::path meCardPath() const { return library / "Contacts" / "me.vcf"; }
+
+  const std::filesystem::path library;
+  RunLoop runLoop;
+  const std::shared_ptr<SchedulerProvider> schedulerProvider;
+  const std::shared_ptr<PosixDataProxy> dataProxy;
+  const std::shared_ptr<DonationLoggerProvider> loggerProvider;
+  const std::shared_ptr<SocketNotificationCenter> notificationCenter;
+  const std::shared_ptr<const EntitlementDatabase> entitlements;
+  std::once_flag meCardWatchStarted;
+  std::unique_ptr<MeCardFileWatch> meCardWatch;
+  const PlatformServices::Scope scope;
+};
+
+}  // namespace quenlet
