@@ -15,6 +15,8 @@
 namespace quenlet {
 namespace {
 
+constexpr std::size_t mostBytesInName = 1000;
+
 using Words = std::vector<std::string>;
 
 bool isOneOf(std::string_view word, std::initializer_list<std::string_view> table) {
@@ -181,6 +183,10 @@ Parts partsOf(std::string_view name) {
 
 PersonNameComponents NameComponentsTokenizer::componentsFromString(std::string_view fullName) {
   PersonNameComponents components;
+  if (fullName.size() > mostBytesInName) {
+    components.givenName = presentUnlessEmpty(std::string(trimmed(fullName)));
+    return components;
+  }
   std::string name = " " + withPlainBlanks(fullName) + " ";
   components.nickname = takeNickname(name);
   Parts parts = partsOf(name);

@@ -14,7 +14,8 @@ class NameComponentsTokenizer final {
  public:
   // The components that are there, each in the letter case of `fullName`; blanks between words
   // become one space. A single word is the given name, or the family name after an honorific
-  // ("Dr. Berg"). Text without a word has no component.
+  // ("Dr. Berg"). Text without a word has no component. What is far too long for a name (over 1,000
+  // bytes) is not taken apart: all of it is the given name.
   [[nodiscard]] static PersonNameComponents componentsFromString(std::string_view fullName);
 };
 
