@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/notifications/DistributedNotificationCenter.h"
+#include "platform/scheduling/EventLoop.h"
+
+namespace quenlet {
+
+// Posts MeCardChangeDistributedNotification whenever the file of the owner's own card is written,
+// replaced, moved or deleted, for as long as it lives. Posts on the event loop's thread. Immutable.
+// Does not look into the file: whoever observes asks whether the card differs.
+class MeCardFileWatch final {
+ public:
+  MeCardFileWatch(EventLoop& eventLoop, const std::filesystem::path& cardFile,
+                  std::shared_ptr<DistributedNotificationCenter> notificationCenter);
+  ~MeCardFileWatch();
+  MeCardFileWatch(const MeCardFileWatch&) = delete;
+  MeCardFileWatch& operator=(const MeCardFileWatch&) = delete;
+
+ private:
+  const std::shared_ptr<Cancelable> watch;
+};
+
+}  // namespace quenlet
