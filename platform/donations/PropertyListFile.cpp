@@ -1,11 +1,11 @@
 #include "platform/donations/PropertyListFile.h"
 
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <utility>
 
+#include "platform/files/DurableDirectory.h"
 #include "platform/files/LockFile.h"
+#include "platform/files/PosixFileOperations.h"
 #include "platform/foundation/PropertyListSerializer.h"
 
 namespace quenlet {
@@ -17,21 +17,12 @@ bool isMissingFile(const ErrorPtr& error) {
   return error->domain() == PosixErrorDomain && error->code() == ENOENT;
 }
 
-// 0700 for each directory that is missing.
-ErrorPtr createDirectories(const std::filesystem::path& directory) {
-  if (directory.empty() || ::mkdir(directory.c_str(), 0700) == 0 || errno == EEXIST) return nullptr;
-  if (errno != ENOENT || !directory.has_relative_path()) {
-    return makePosixError(errno, "create a directory for preferences");
-  }
-  if (ErrorPtr error = createDirectories(directory.parent_path())) return error;
-  if (::mkdir(directory.c_str(), 0700) == 0 || errno == EEXIST) return nullptr;
-  return makePosixError(errno, "create a directory for preferences");
-}
-
 // The first write finds no directory yet, but its lock file has to lie there.
 Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file) {
-  if (ErrorPtr error = createDirectories(file.parent_path())) {
-    return Result<std::shared_ptr<LockFile>>::right(std::move(error));
+  PosixFileOperations operations;
+  if (const int failure = DurableDirectory::ensure(operations, DurableDirectory::of(file))) {
+    return Result<std::shared_ptr<LockFile>>::right(
+        makePosixError(failure, "create the directory of " + file.filename().string()));
   }
   std::filesystem::path lockPath = file;
   lockPath += ".lock";

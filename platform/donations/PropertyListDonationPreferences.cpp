@@ -1,0 +1,49 @@
+#include "platform/donations/PropertyListDonationPreferences.h"
+
+#include <utility>
+
+#include "platform/donations/DonationPreferencesObservable.h"
+
+namespace quenlet {
+namespace {
+
+constexpr char donationsEnabledKey[] = "donations-enabled";
+
+}  // namespace
+
+PropertyListDonationPreferences::PropertyListDonationPreferences(
+    std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy, EventLoop& eventLoop,
+    std::shared_ptr<DistributedNotificationCenter> notificationCenter)
+    : file(std::move(path), std::move(dataProxy)),
+      eventLoop(eventLoop),
+      notificationCenter(std::move(notificationCenter)) {}
+
+bool PropertyListDonationPreferences::isDonationsEnabled() {
+  const Result<PropertyListDictionary> entries = file.read();
+  MutexLock lock(mutex);
+  if (entries.isLeft()) {
+    const PropertyList* object = findEntry(entries.left(), donationsEnabledKey);
+    lastRead = object && object->boolean() ? *object->boolean() : true;
+  }
+  return lastRead;
+}
+
+ErrorPtr PropertyListDonationPreferences::setDonationsEnabled(bool enabled) {
+  const Future<bool> written = file.update([enabled](PropertyListDictionary& entries) {
+    entries.insert_or_assign(donationsEnabledKey, enabled);
+    return true;
+  });
+  const Result<bool>& outcome = written.result();
+  if (!outcome.isLeft()) return outcome.right();
+  notificationCenter->post(DonationPreferencesDidChangeNotification);
+  return nullptr;
+}
+
+std::shared_ptr<Observable<bool>> PropertyListDonationPreferences::observableWithPreferences(
+    std::shared_ptr<DistributedNotificationCenter> observedCenter,
+    std::shared_ptr<SchedulerProvider>) {
+  return std::make_shared<DonationPreferencesObservable>(shared_from_this(), file.path(), eventLoop,
+                                                         std::move(observedCenter));
+}
+
+}  // namespace quenlet

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+
+#include "platform/foundation/PropertyListSerializer.h"
+#include "platform/scheduling/EventLoop.h"
+#include "tests/platform/donations/SteeredDataProxy.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+
+// A property-list file that the subject keeps and that other programs change behind its back.
+class FileFixture : public testing::Test {
+ protected:
+  TemporaryDirectory temporary;
+  const std::filesystem::path file = temporary.path() / "Library" / "Kept" / "file.plist";
+  const std::shared_ptr<SteeredDataProxy> dataProxy = std::make_shared<SteeredDataProxy>();
+  EventLoop loop;
+
+  void writeBytes(const std::string& bytes) const {
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << bytes;
+  }
+  void writeEntries(const PropertyListDictionary& entries) const {
+    writeBytes(PropertyListSerializer::dataWithObject(entries).left());
+  }
+  [[nodiscard]] static std::string bytesOf(const std::filesystem::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+  [[nodiscard]] PropertyListDictionary entries() const {
+    return *PropertyListSerializer::objectWithData(bytesOf(file)).left().dictionary();
+  }
+  // The kept copies of damaged files.
+  [[nodiscard]] std::vector<std::string> damagedCopies() const {
+    std::vector<std::string> copies;
+    for (const auto& entry : std::filesystem::directory_iterator(file.parent_path())) {
+      if (entry.path().string().find(".damaged-") != std::string::npos) {
+        copies.push_back(bytesOf(entry.path()));
+      }
+    }
+    return copies;
+  }
+
+  // Changes of files are there for the loop to see as soon as they are made: one round handles what
+  // came before, a second one what those handlers posted.
+  void runLoop() {
+    loop.post([this] { loop.post([this] { loop.post([this] { loop.stop(); }); }); });
+    loop.run();
+  }
+};
+
+}  // namespace quenlet

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/files/PosixDataProxy.h"
+
+namespace quenlet {
+
+// The real file layer, whose writes a test can hold back or make fail.
+class SteeredDataProxy final : public DataProxy {
+ public:
+  bool failsWrites = false;
+  bool holdsWrites = false;
+  int writes = 0;
+
+  // Lets the writes that were held back happen, and waits for them.
+  void releaseWrites() {
+    for (const auto& write : std::exchange(held, {})) write();
+  }
+
+  Future<std::string> dataWithContentsOfURL(const std::filesystem::path& url) override {
+    return real.dataWithContentsOfURL(url);
+  }
+  Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
+                         WritingOptions options) override {
+    ++writes;
+    if (failsWrites) return Future<bool>::futureWithError(makePosixError(ENOSPC, "write"));
+    if (!holdsWrites) return written(real.writeData(std::move(data), toURL, options));
+    const Promise<bool> promise;
+    held.push_back([this, promise, data = std::move(data), toURL, options] {
+      promise.complete(real.writeData(data, toURL, options).result());
+    });
+    return promise.future();
+  }
+  void keepDamagedFile(const std::filesystem::path& url) override { real.keepDamagedFile(url); }
+  ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override {
+    return real.setExcludedFromBackups(directory);
+  }
+
+ private:
+  // Complete when it is given back, so that all that follows a write happens on the test's thread.
+  static Future<bool> written(const Future<bool>& writing) {
+    static_cast<void>(writing.result());
+    return writing;
+  }
+
+  PosixDataProxy real;
+  std::vector<std::function<void()>> held;
+};
+
+}  // namespace quenlet
