@@ -1,0 +1,193 @@
+#include "client/CorvelProxy.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/donations/AccountWire.h"
+#include "platform/donations/ContactWire.h"
+#include "platform/donations/CorvelInterface.h"
+#include "platform/donations/DonationWire.h"
+#include "platform/ipc/ErrorWire.h"
+
+namespace quenlet {
+namespace {
+
+ErrorPtr malformedReply(const char* sentence) {
+  return makeServiceError(ServiceErrorCode::malformedMessage, sentence);
+}
+
+std::string encodedText(const std::string& text) {
+  return std::move(WireEncoder().string(text)).take();
+}
+
+void decodeContactReply(const Result<std::string>& outcome, const ContactReply& reply) {
+  if (!outcome.isLeft()) return reply(nullptr, outcome.right());
+  WireReader values(outcome.left());
+  WireReader contactValue(values.skip());
+  ContactPtr contact = ContactWire::decode(contactValue);
+  if (const ErrorPtr error = ErrorWire::decode(values)) return reply(nullptr, error);
+  if (!contact) return reply(nullptr, malformedReply("the agent's card is not readable"));
+  reply(std::move(contact), nullptr);
+}
+
+void decodeDonationsReply(const Result<std::string>& outcome, const DonationsReply& reply) {
+  if (!outcome.isLeft()) return reply(nullptr, outcome.right());
+  WireReader values(outcome.left());
+  WireReader listValue(values.skip());
+  if (const ErrorPtr error = ErrorWire::decode(values)) return reply(nullptr, error);
+  Result<DonationValues> list = DonationWire::decode(listValue);
+  if (!list.isLeft()) {
+    return reply(nullptr, malformedReply("the agent's list of donations is not readable"));
+  }
+  reply(std::make_shared<const DonationValues>(std::move(list).takeLeft()), nullptr);
+}
+
+Result<ContactPtr> decodeEitherReply(const Result<std::string>& outcome) {
+  if (!outcome.isLeft()) return Result<ContactPtr>::right(outcome.right());
+  WireReader values(outcome.left());
+  return ContactWire::decodeEither(values);
+}
+
+}  // namespace
+
+CorvelProxy::CorvelProxy()
+    : CorvelProxy([] { return ServiceClient::connect(CorvelServiceName, makeCorvelInterface()); }) {
+}
+
+CorvelProxy::CorvelProxy(Connect connectToAgent) : connect(std::move(connectToAgent)) {}
+
+CorvelProxy::ConnectionPtr CorvelProxy::livingConnection() {
+  if (!current || current->client->isBroken()) return nullptr;
+  ++current->callsUnderWay;
+  return current;
+}
+
+// A broken connection's end waits for its thread, which may be within a handler; so it is only
+// taken down once all its handlers have been called, and never under the lock.
+Result<CorvelProxy::ConnectionPtr> CorvelProxy::takeConnection() {
+  {
+    MutexLock lock(mutex);
+    if (ConnectionPtr living = livingConnection()) return Result<ConnectionPtr>::left(living);
+  }
+  Result<std::shared_ptr<ServiceClient>> connected = connect();
+  if (!connected.isLeft()) return Result<ConnectionPtr>::right(connected.right());
+  std::vector<ConnectionPtr> finished;
+  MutexLock lock(mutex);
+  if (ConnectionPtr living = livingConnection()) return Result<ConnectionPtr>::left(living);
+  if (current) retired.push_back(std::move(current));
+  const auto busy = std::partition(retired.begin(), retired.end(), [](const ConnectionPtr& old) {
+    return old->callsUnderWay == 0;
+  });
+  finished.assign(std::make_move_iterator(retired.begin()), std::make_move_iterator(busy));
+  retired.erase(retired.begin(), busy);
+  current = std::make_shared<Connection>(connected.left());
+  ++current->callsUnderWay;
+  return Result<ConnectionPtr>::left(current);
+}
+
+void CorvelProxy::call(const char* selector, std::string encodedArguments,
+                       ServiceClient::Completion completion) {
+  const Result<ConnectionPtr> connection = takeConnection();
+  if (!connection.isLeft()) {
+    completion(Result<std::string>::right(connection.right()));
+    return;
+  }
+  // The connection outlives its completions.
+  Connection& used = *connection.left();
+  used.client->call(selector, std::move(encodedArguments),
+                    [&used, completion = std::move(completion)](Result<std::string> reply) {
+                      completion(std::move(reply));
+                      --used.callsUnderWay;
+                    });
+}
+
+void CorvelProxy::callForError(const char* selector, std::string encodedArguments,
+                               ErrorReply reply) {
+  call(selector, std::move(encodedArguments),
+       [reply = std::move(reply)](const Result<std::string>& outcome) {
+         if (!outcome.isLeft()) return reply(outcome.right());
+         WireReader values(outcome.left());
+         reply(ErrorWire::decode(values));
+       });
+}
+
+void CorvelProxy::callForSuccess(const char* selector, std::string encodedArguments,
+                                 SuccessReply reply) {
+  call(selector, std::move(encodedArguments),
+       [reply = std::move(reply)](const Result<std::string>& outcome) {
+         if (!outcome.isLeft()) return reply(false, outcome.right());
+         WireReader values(outcome.left());
+         const bool success = values.boolean().value_or(false);
+         const ErrorPtr error = ErrorWire::decode(values);
+         reply(success && !error, error);
+       });
+}
+
+void CorvelProxy::donateMeCardValues(DonationValues values, ErrorReply completionHandler) {
+  WireEncoder arguments;
+  DonationWire::encode(arguments, values);
+  callForError(CorvelSelector::donate, std::move(arguments).take(), std::move(completionHandler));
+}
+
+void CorvelProxy::removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
+                                                          SuccessReply completionHandler) {
+  WireEncoder arguments;
+  arguments.list(identifiers.size());
+  for (const std::string& identifier : identifiers) arguments.string(identifier);
+  callForSuccess(CorvelSelector::removeIdentifiers, std::move(arguments).take(),
+                 std::move(completionHandler));
+}
+
+void CorvelProxy::removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIdentifier,
+                                                                SuccessReply completionHandler) {
+  callForSuccess(CorvelSelector::removeBundle, encodedText(bundleIdentifier),
+                 std::move(completionHandler));
+}
+
+void CorvelProxy::fetchDonatedMeCard(ContactReply reply) {
+  call(CorvelSelector::fetch, {}, [reply = std::move(reply)](const Result<std::string>& outcome) {
+    decodeContactReply(outcome, reply);
+  });
+}
+
+void CorvelProxy::synchronousDonatedMeCard(EitherContactReply reply) {
+  const Result<ConnectionPtr> connection = takeConnection();
+  if (!connection.isLeft()) return reply(Result<ContactPtr>::right(connection.right()));
+  const Result<std::string> outcome =
+      connection.left()->client->callSynchronously(CorvelSelector::synchronousFetch, {});
+  --connection.left()->callsUnderWay;
+  reply(decodeEitherReply(outcome));
+}
+
+void CorvelProxy::meCardDonations(DonationsReply reply) {
+  call(CorvelSelector::list, {}, [reply = std::move(reply)](const Result<std::string>& outcome) {
+    decodeDonationsReply(outcome, reply);
+  });
+}
+
+void CorvelProxy::changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
+                                    ErrorReply completionHandler) {
+  WireEncoder arguments;
+  AccountWire::encode(arguments, oldAccount);
+  AccountWire::encode(arguments, toAccount);
+  callForError(CorvelSelector::changeAccount, std::move(arguments).take(),
+               std::move(completionHandler));
+}
+
+void CorvelProxy::rejectValueWithDonationIdentifier(std::string donationIdentifier,
+                                                    ErrorReply completionHandler) {
+  callForError(CorvelSelector::rejectValue, encodedText(donationIdentifier),
+               std::move(completionHandler));
+}
+
+void CorvelProxy::rejectValuesWithClusterIdentifier(std::string clusterIdentifier,
+                                                    ErrorReply completionHandler) {
+  callForError(CorvelSelector::rejectCluster, encodedText(clusterIdentifier),
+               std::move(completionHandler));
+}
+
+void CorvelProxy::removeAllRejectionsWithCompletionHandler(ErrorReply completionHandler) {
+  callForError(CorvelSelector::removeRejections, {}, std::move(completionHandler));
+}
+
+}  // namespace quenlet

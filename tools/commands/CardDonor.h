@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "model/DonationValue.h"
+#include "platform/contacts/VCard.h"
+#include "tools/commands/DonationIdentifier.h"
+
+namespace quenlet {
+
+// Turns cards into donations of one donor: the name with the nickname, e-mail addresses, phone
+// numbers, postal addresses and the image. One thread.
+class CardDonor final {
+ public:
+  struct Terms final {
+    std::string bundleIdentifier;
+    std::optional<std::string> clusterIdentifier;
+    Date donationDate;
+    Date expirationDate;
+  };
+
+  explicit CardDonor(Terms donationTerms) : terms(std::move(donationTerms)) {}
+
+  // `fileName` names the cards that have no UID.
+  void addFile(const std::vector<VCard>& cards, const std::string& fileName);
+  [[nodiscard]] const DonationValues& donations() const { return values; }
+  // Donations whose identifier an earlier one has too, which they will replace.
+  [[nodiscard]] std::size_t countRepeated() const;
+
+ private:
+  void addCard(const Contact& card, const DonationIdentifier& identifier);
+  [[nodiscard]] DonationOrigin origin(std::string donationIdentifier) const;
+
+  const Terms terms;
+  DonationValues values;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,54 @@
+#include "tools/commands/CardFile.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <utility>
+
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+namespace {
+
+// Of a text that is too large for a card, somewhat more than a card may have.
+Result<std::string> readAll(int descriptor, const std::string& path) {
+  std::string text;
+  std::array<char, 65536> block;
+  while (text.size() <= maximumVCardSizeInBytes) {
+    const ssize_t count = ::read(descriptor, block.data(), block.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return Result<std::string>::right(makePosixError(errno, "read " + path));
+    if (count == 0) break;
+    text.append(block.data(), static_cast<std::size_t>(count));
+  }
+  return Result<std::string>::left(std::move(text));
+}
+
+Result<std::string> readText(const std::string& path) {
+  if (path == "-") return readAll(STDIN_FILENO, path);
+  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.isOpen()) return Result<std::string>::right(makePosixError(errno, "open " + path));
+  return readAll(file.get(), path);
+}
+
+}  // namespace
+
+std::string CardFile::nameOf(const std::string& path) {
+  return std::filesystem::path(path).filename().string();
+}
+
+Result<std::vector<VCard>> CardFile::read(const std::string& path) {
+  using Cards = Result<std::vector<VCard>>;
+  const Result<std::string> text = readText(path);
+  if (!text.isLeft()) return Cards::right(text.right());
+  Cards cards = parseVCards(text.left());
+  if (cards.isLeft()) return cards;
+  const Error& error = *cards.right();
+  return Cards::right(
+      makeError(error.domain(), error.code(), path + ": " + error.debugDescription()));
+}
+
+}  // namespace quenlet

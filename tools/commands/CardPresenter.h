@@ -1,0 +1,21 @@
+#pragma once
+
+#include <ostream>
+
+#include "platform/contacts/Contact.h"
+
+namespace quenlet {
+
+// Shows the donated me card. Stateless.
+class CardPresenter final {
+ public:
+  CardPresenter() = delete;
+
+  // Sections for people; every entry with its label and where it comes from. A section without
+  // entries is left out.
+  static void writeText(std::ostream& out, const Contact& card);
+  // An object with "name", "emailAddresses", "phoneNumbers", "postalAddresses", "imageBytes".
+  static void writeJSON(std::ostream& out, const Contact& card);
+};
+
+}  // namespace quenlet

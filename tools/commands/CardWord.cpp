@@ -1,0 +1,37 @@
+#include "tools/commands/CardWord.h"
+
+#include <CLI/CLI.hpp>
+#include <tuple>
+
+#include "client/waitForReply.h"
+#include "platform/contacts/VCard.h"
+#include "tools/commands/CardPresenter.h"
+
+namespace quenlet {
+
+void CardWord::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* word = app.add_subcommand("card", "Show the donated me card");
+  word->add_option("--format", format, "text, vcard or json")
+      ->type_name("FORMAT")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"text", "vcard", "json"}));
+  word->footer("The text tells for each entry who donated it, under which identifier, until when.");
+  word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
+}
+
+ExitCode CardWord::run(Session& session) const {
+  const auto [outcome] = waitForReply<Result<ContactPtr>>(
+      [&](EitherContactReply reply) { session.agent.synchronousDonatedMeCard(std::move(reply)); });
+  if (!outcome.isLeft()) return session.failWith(outcome.right());
+  const Contact& card = *outcome.left();
+  if (format == "json") {
+    CardPresenter::writeJSON(session.out, card);
+  } else if (format == "vcard") {
+    session.out << writeVCard(card);
+  } else {
+    CardPresenter::writeText(session.out, card);
+  }
+  return ExitCode::done;
+}
+
+}  // namespace quenlet

@@ -1,0 +1,88 @@
+#include "tools/commands/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+
+#include "tools/commands/CardWord.h"
+#include "tools/commands/DonateWord.h"
+#include "tools/commands/ListWord.h"
+#include "tools/commands/PreferenceWords.h"
+#include "tools/commands/RejectionWords.h"
+#include "tools/commands/RemovalWords.h"
+#include "tools/commands/StatusWord.h"
+#include "tools/commands/TerminalText.h"
+#include "tools/commands/WatchWord.h"
+
+namespace quenlet {
+namespace {
+
+constexpr char description[] =
+    "Donates values that describe you (names, addresses, numbers, an image) to your agent, and\n"
+    "shows the me card that the agent makes of all donations.";
+
+constexpr char footer[] =
+    "Examples:\n"
+    "  quenlet donate me.vcf --bundle org.example.mail\n"
+    "  quenlet card\n"
+    "  quenlet list --json\n"
+    "  quenlet forget org.example.mail\n"
+    "\n"
+    "Ends with 0 when done, 1 when the agent said no or a file failed, 2 after wrong usage, 3 "
+    "when\n"
+    "there is no agent. Errors are written as \"quenlet: <domain> <code>: <sentence>\".\n"
+    "\"quenlet WORD --help\" tells more about a word.";
+
+// Everything that can be said, and what was.
+struct Words final {
+  CLI::App app{description, "quenlet"};
+  DonateWord donate;
+  CardWord card;
+  ListWord list;
+  RemovalWords removal;
+  RejectionWords rejection;
+  StatusWord status;
+  ChosenAction chosen;
+
+  Words() {
+    donate.addTo(app, chosen);
+    card.addTo(app, chosen);
+    list.addTo(app, chosen);
+    removal.addTo(app, chosen);
+    rejection.addTo(app, chosen);
+    PreferenceWords::addTo(app, chosen);
+    status.addTo(app, chosen);
+    WatchWord::addTo(app, chosen);
+    app.require_subcommand(1);
+    app.footer(footer);
+  }
+};
+
+ExitCode tellUsage(const Words& words, const CLI::ParseError& failure, const Session& session) {
+  if (failure.get_exit_code() == 0) {
+    words.app.exit(failure, session.out, session.err);
+    return ExitCode::done;
+  }
+  session.err << "quenlet: usage " << static_cast<int>(ExitCode::usage) << ": "
+              << printable(failure.what()) << "\nRun with --help for more information.\n";
+  return ExitCode::usage;
+}
+
+}  // namespace
+
+ExitCode CommandLine::run(std::vector<std::string> arguments, Session& session) {
+  Words words;
+  // The parser takes them from the back.
+  std::reverse(arguments.begin(), arguments.end());
+  try {
+    words.app.parse(std::move(arguments));
+  } catch (const CLI::ParseError& failure) {
+    return tellUsage(words, failure, session);
+  }
+  const ExitCode code = words.chosen(session);
+  session.out.flush();
+  if (session.out || code != ExitCode::done) return code;
+  return session.failWith(makePosixError(EIO, "write to standard output"));
+}
+
+}  // namespace quenlet

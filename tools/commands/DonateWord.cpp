@@ -1,0 +1,109 @@
+#include "tools/commands/DonateWord.h"
+
+#include <CLI/CLI.hpp>
+#include <cmath>
+#include <tuple>
+
+#include "client/waitForReply.h"
+#include "tools/commands/CardFile.h"
+#include "tools/commands/DonationPresenter.h"
+#include "tools/commands/TerminalText.h"
+
+namespace quenlet {
+namespace {
+
+constexpr double secondsInADay = 86400;
+// Within some hundred years a date can be written and read back.
+constexpr double mostDays = 365250;
+
+constexpr char footer[] =
+    "A donation's identifier is made of the bundle, the card's UID (or the file's name and the\n"
+    "card's place in it) and the property, as in \"org.quenlet.cli:4fbe8971:email:2\". The same "
+    "card\n"
+    "donated again replaces its former values; entries it no longer has stay until they expire.";
+
+std::string validateDays(const std::string& text) {
+  double days = 0;
+  if (!CLI::detail::lexical_cast(text, days) || !(std::abs(days) <= mostDays)) {
+    return "takes a number of days, at most 365250";
+  }
+  return {};
+}
+
+std::string validateIdentifier(const std::string& text) {
+  return text.empty() ? "takes a text that is not empty" : std::string();
+}
+
+std::string count(std::size_t number, const char* noun) {
+  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+}  // namespace
+
+void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* word = app.add_subcommand("donate", "Donate the values of vCards");
+  word->add_option("FILE", files, "vCard files, version 3.0 or 4.0; - reads standard input")
+      ->required();
+  word->add_option("--bundle", bundleIdentifier, "Who donates")
+      ->type_name("ID")
+      ->capture_default_str()
+      ->check(validateIdentifier);
+  word->add_option("--cluster", clusterIdentifier, "Donations that are rejected together")
+      ->type_name("ID")
+      ->check(validateIdentifier);
+  word->add_option("--expires", expiresInDays, "In how many days the values expire")
+      ->type_name("DAYS")
+      ->capture_default_str()
+      ->check(validateDays);
+  word->add_flag("--dry-run", dryRun, "Show what would be donated and ask no agent");
+  word->footer(footer);
+  word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
+}
+
+ExitCode DonateWord::run(Session& session) const {
+  std::optional<std::string> cluster;
+  if (!clusterIdentifier.empty()) cluster = clusterIdentifier;
+  CardDonor donor({bundleIdentifier, cluster, session.now,
+                   session.now.addingSeconds(expiresInDays * secondsInADay)});
+  if (const ErrorPtr error = readFiles(donor, session)) return session.failWith(error);
+  if (const std::size_t repeated = donor.countRepeated(); repeated > 0) {
+    session.err << "quenlet: " << count(repeated, "value")
+                << " will replace others of these files, whose cards have the same UID or name\n";
+  }
+  if (donor.donations().empty()) {
+    session.out << "The files hold nothing to donate.\n";
+    return ExitCode::done;
+  }
+  if (dryRun) {
+    DonationPresenter::writeTable(session.out, donor.donations());
+    return ExitCode::done;
+  }
+  return donate(donor, session);
+}
+
+ErrorPtr DonateWord::readFiles(CardDonor& donor, Session& session) const {
+  for (const std::string& file : files) {
+    const Result<std::vector<VCard>> cards = CardFile::read(file);
+    if (!cards.isLeft()) return cards.right();
+    donor.addFile(cards.left(), CardFile::nameOf(file));
+    std::size_t skipped = 0;
+    for (const VCard& card : cards.left()) skipped += card.skippedEntries;
+    if (skipped > 0) {
+      session.err << "quenlet: " << printable(file) << ": skipped " << skipped
+                  << (skipped == 1 ? " entry" : " entries") << " without a usable value\n";
+    }
+  }
+  return nullptr;
+}
+
+ExitCode DonateWord::donate(const CardDonor& donor, Session& session) const {
+  const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
+    session.agent.donateMeCardValues(donor.donations(), std::move(reply));
+  });
+  if (error) return session.failWith(error);
+  session.out << "Donated " << count(donor.donations().size(), "value") << " as "
+              << printable(bundleIdentifier) << ".\n";
+  return ExitCode::done;
+}
+
+}  // namespace quenlet

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/commands/CardDonor.h"
+#include "tools/commands/Session.h"
+
+namespace quenlet {
+
+// "donate": donates the values of vCard files, all in one request. Declared once, run once.
+class DonateWord final {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen);
+
+ private:
+  [[nodiscard]] ExitCode run(Session& session) const;
+  [[nodiscard]] ErrorPtr readFiles(CardDonor& donor, Session& session) const;
+  [[nodiscard]] ExitCode donate(const CardDonor& donor, Session& session) const;
+
+  std::vector<std::string> files;
+  std::string bundleIdentifier = "org.quenlet.cli";
+  std::string clusterIdentifier;
+  double expiresInDays = 90;
+  bool dryRun = false;
+};
+
+}  // namespace quenlet

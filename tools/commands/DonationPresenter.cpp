@@ -1,0 +1,83 @@
+#include "tools/commands/DonationPresenter.h"
+
+#include <variant>
+
+#include "platform/foundation/JSONWriter.h"
+#include "tools/commands/TextTable.h"
+#include "tools/commands/ValueText.h"
+
+namespace quenlet {
+namespace {
+
+struct ValueWriter final {
+  JSONWriter& json;
+
+  void operator()(const PersonNameComponents& name) const {
+    json.key("value");
+    DonationPresenter::writeTexts(json, name.dictionaryRepresentation());
+  }
+  void operator()(const Value::EmailAddress& email) const {
+    json.key("value").value(email.address).key("label").value(email.label);
+  }
+  void operator()(const Value::PhoneNumber& phone) const {
+    json.key("value").value(phone.number).key("label").value(phone.label);
+  }
+  void operator()(const Value::PostalAddress& postal) const {
+    json.key("value");
+    DonationPresenter::writeTexts(json, postal.address.dictionaryRepresentation());
+    json.key("label").value(postal.label);
+  }
+  void operator()(const Value::ImageData& image) const {
+    json.key("value").value(static_cast<std::int64_t>(image.bytes->size()));
+  }
+};
+
+}  // namespace
+
+void DonationPresenter::writeTable(std::ostream& out, const DonationValues& values) {
+  if (values.empty()) return;
+  TextTable table(
+      {"KIND", "VALUE", "LABEL", "BUNDLE", "DONATION", "CLUSTER", "DONATED", "EXPIRES"});
+  for (const DonationValuePtr& donation : values) {
+    const Value value = donation->value();
+    const DonationOrigin& origin = donation->origin();
+    table.addRow({kindOf(value), textOf(value), labelOf(value), origin.bundleIdentifier,
+                  origin.donationIdentifier, origin.clusterIdentifier.value_or(""),
+                  dayOf(origin.donationDate), dayOf(origin.expirationDate)});
+  }
+  table.write(out);
+}
+
+void DonationPresenter::writeJSON(std::ostream& out, const DonationValues& values) {
+  JSONWriter json;
+  json.beginArray();
+  for (const DonationValuePtr& donation : values) {
+    const Value value = donation->value();
+    json.beginObject().key("kind").value(kindOf(value));
+    std::visit(ValueWriter{json}, value.cases());
+    json.key("origin");
+    writeOrigin(json, donation->origin());
+    json.endObject();
+  }
+  out << json.endArray().text() << "\n";
+}
+
+void DonationPresenter::writeOrigin(JSONWriter& json, const DonationOrigin& origin) {
+  json.beginObject();
+  json.key("bundleIdentifier").value(origin.bundleIdentifier);
+  json.key("donationIdentifier").value(origin.donationIdentifier);
+  if (origin.clusterIdentifier) json.key("clusterIdentifier").value(*origin.clusterIdentifier);
+  json.key("donationDate").value(origin.donationDate.iso8601());
+  json.key("expirationDate").value(origin.expirationDate.iso8601());
+  json.endObject();
+}
+
+void DonationPresenter::writeTexts(JSONWriter& json, const PropertyListDictionary& texts) {
+  json.beginObject();
+  for (const auto& [key, text] : texts) {
+    if (text.string()) json.key(key).value(*text.string());
+  }
+  json.endObject();
+}
+
+}  // namespace quenlet

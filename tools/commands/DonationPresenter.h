@@ -1,0 +1,27 @@
+#pragma once
+
+#include <ostream>
+
+#include "model/DonationValue.h"
+
+namespace quenlet {
+
+class JSONWriter;
+
+// Shows lists of donations. Stateless.
+class DonationPresenter final {
+ public:
+  DonationPresenter() = delete;
+
+  // One line a donation under headings; nothing for an empty list.
+  static void writeTable(std::ostream& out, const DonationValues& values);
+  // An array with one object a donation: "kind", "value", "label" where there is one, "origin". The
+  // value of a name or postal address is an object, that of an image the number of its bytes.
+  static void writeJSON(std::ostream& out, const DonationValues& values);
+  // The object that stands for an origin.
+  static void writeOrigin(JSONWriter& json, const DonationOrigin& origin);
+  // An object of the texts in a flat dictionary.
+  static void writeTexts(JSONWriter& json, const PropertyListDictionary& texts);
+};
+
+}  // namespace quenlet

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "tools/commands/Session.h"
+
+namespace quenlet {
+
+// "enable" and "disable": write the preference; an agent follows when there is one. Stateless.
+class PreferenceWords final {
+ public:
+  PreferenceWords() = delete;
+
+  static void addTo(CLI::App& app, ChosenAction& chosen);
+};
+
+}  // namespace quenlet

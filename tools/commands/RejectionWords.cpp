@@ -1,0 +1,38 @@
+#include "tools/commands/RejectionWords.h"
+
+#include <CLI/CLI.hpp>
+#include <tuple>
+
+#include "client/waitForReply.h"
+
+namespace quenlet {
+
+void RejectionWords::addTo(CLI::App& app, ChosenAction& chosen) {
+  addRejection(app, chosen, "reject", "Keep a value away, whoever donates it",
+               &CorvelProtocol::rejectValueWithDonationIdentifier);
+  addRejection(app, chosen, "reject-cluster", "Keep all values of a cluster away",
+               &CorvelProtocol::rejectValuesWithClusterIdentifier);
+  app.add_subcommand("clear-rejections", "Let rejected values come back")->callback([&chosen] {
+    chosen = [](Session& session) {
+      const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
+        session.agent.removeAllRejectionsWithCompletionHandler(std::move(reply));
+      });
+      return session.finishWith(error);
+    };
+  });
+}
+
+void RejectionWords::addRejection(CLI::App& app, ChosenAction& chosen, const char* name,
+                                  const char* effect, Operation operation) {
+  CLI::App* word = app.add_subcommand(name, effect);
+  word->add_option("ID", identifier, "The identifier, as shown by list")->required();
+  word->callback([this, &chosen, operation] {
+    chosen = [this, operation](Session& session) {
+      const auto [error] = waitForReply<ErrorPtr>(
+          [&](ErrorReply reply) { (session.agent.*operation)(identifier, std::move(reply)); });
+      return session.finishWith(error);
+    };
+  });
+}
+
+}  // namespace quenlet

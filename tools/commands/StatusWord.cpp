@@ -1,0 +1,62 @@
+#include "tools/commands/StatusWord.h"
+
+#include <CLI/CLI.hpp>
+#include <tuple>
+
+#include "client/waitForReply.h"
+#include "platform/foundation/JSONWriter.h"
+#include "tools/commands/TextTable.h"
+#include "tools/commands/UserPreferences.h"
+
+namespace quenlet {
+
+bool StatusWord::Status::agentAnswers() const { return !error || !isNoAgent(*error); }
+
+void StatusWord::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* word = app.add_subcommand("status", "Show the preference and whether an agent answers");
+  word->add_flag("--json", asJSON, "As JSON, for programs");
+  word->footer("Ends with 0 when an agent answers, even if it refuses, and with 3 when none does.");
+  word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
+}
+
+ExitCode StatusWord::run(Session& session) const {
+  const auto user = UserPreferences::open();
+  if (!user.isLeft()) return session.failWith(user.right());
+  Status status;
+  status.donationsEnabled = user.left()->preferences().isDonationsEnabled();
+  const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
+      [&](DonationsReply reply) { session.agent.meCardDonations(std::move(reply)); });
+  status.error = error;
+  if (values) status.donationCount = values->size();
+  (asJSON ? writeJSON : writeText)(session.out, status);
+  return status.agentAnswers() ? ExitCode::done : ExitCode::noAgent;
+}
+
+void StatusWord::writeText(std::ostream& out, const Status& status) {
+  TextTable table;
+  table.addRow({"Preference", status.donationsEnabled ? "enabled" : "disabled"});
+  table.addRow({"Agent", status.agentAnswers() ? "answers" : "none"});
+  if (status.donationCount) table.addRow({"Donations", std::to_string(*status.donationCount)});
+  if (status.error && status.agentAnswers()) {
+    table.addRow({"Refusal", status.error->description()});
+  }
+  table.write(out);
+}
+
+void StatusWord::writeJSON(std::ostream& out, const Status& status) {
+  JSONWriter json;
+  json.beginObject();
+  json.key("donationsEnabled").value(status.donationsEnabled);
+  json.key("agentAnswers").value(status.agentAnswers());
+  if (status.donationCount) {
+    json.key("donationCount").value(static_cast<std::int64_t>(*status.donationCount));
+  }
+  if (status.error) {
+    json.key("error").beginObject();
+    json.key("domain").value(status.error->domain()).key("code").value(status.error->code());
+    json.key("description").value(status.error->debugDescription()).endObject();
+  }
+  out << json.endObject().text() << "\n";
+}
+
+}  // namespace quenlet

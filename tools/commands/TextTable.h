@@ -1,0 +1,27 @@
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace quenlet {
+
+// Rows of cells under each other, in columns as wide as their widest cell; a column whose cells
+// are all empty is left out. Cells are made safe for a terminal. One thread at a time.
+class TextTable final {
+ public:
+  // With a heading for each column, or without headings.
+  explicit TextTable(std::vector<std::string> columnHeadings = {});
+
+  // As many cells in every row.
+  void addRow(std::vector<std::string> cells);
+  [[nodiscard]] bool empty() const { return rows.empty(); }
+  // Writes the headings, if any, and the rows, each after `indentation`.
+  void write(std::ostream& out, const std::string& indentation = {}) const;
+
+ private:
+  std::vector<std::string> headings;
+  std::vector<std::vector<std::string>> rows;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/donations/DonationPreferences.h"
+#include "platform/foundation/Either.h"
+#include "platform/scheduling/EventLoop.h"
+
+namespace quenlet {
+
+// The calling user's donation preferences, as the agent reads them. One thread.
+class UserPreferences final {
+ public:
+  // An error when the user has no home or runtime directory.
+  [[nodiscard]] static Result<std::unique_ptr<UserPreferences>> open();
+
+  [[nodiscard]] DonationPreferences& preferences() { return *donationPreferences; }
+
+ private:
+  UserPreferences(const std::filesystem::path& home, const std::filesystem::path& runtime);
+
+  // Nothing is waited for, so that it never runs.
+  EventLoop eventLoop;
+  const std::shared_ptr<DonationPreferences> donationPreferences;
+};
+
+}  // namespace quenlet

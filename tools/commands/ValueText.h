@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "model/DonationValue.h"
+#include "platform/contacts/PersonNameComponents.h"
+#include "platform/foundation/Date.h"
+
+// Donated values as people read them, each on one line; not yet safe for a terminal. Pure
+// functions.
+namespace quenlet {
+
+// "name", "emailAddress", "phoneNumber", "postalAddress" or "imageData".
+[[nodiscard]] const char* kindOf(const Value& value);
+// The label of an address or number, else empty.
+[[nodiscard]] std::string labelOf(const Value& value);
+
+[[nodiscard]] std::string textOf(const Value& value);
+// As it is spoken, the nickname in quotes: "Dr. Ann Mae Berg PhD "Annie"".
+[[nodiscard]] std::string textOf(const PersonNameComponents& name);
+[[nodiscard]] std::string textOf(const PostalAddress& address);
+// "1234 bytes, JPEG".
+[[nodiscard]] std::string imageText(std::string_view imageData);
+// "2026-05-01", in UTC.
+[[nodiscard]] std::string dayOf(Date date);
+
+}  // namespace quenlet

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "tools/commands/Session.h"
+
+namespace quenlet {
+
+// "watch": a line for each change of the donated card, until SIGINT or SIGTERM. Stateless. Run it
+// before the process has another thread.
+class WatchWord final {
+ public:
+  WatchWord() = delete;
+
+  static void addTo(CLI::App& app, ChosenAction& chosen);
+};
+
+}  // namespace quenlet

@@ -1,0 +1,13 @@
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "client/CorvelProxy.h"
+#include "tools/commands/CommandLine.h"
+
+int main(int argc, char** argv) {
+  quenlet::CorvelProxy agent;
+  quenlet::Session session{std::cout, std::cerr, agent, quenlet::Date::now()};
+  return static_cast<int>(
+      quenlet::CommandLine::run(std::vector<std::string>(argv + 1, argv + argc), session));
+}
