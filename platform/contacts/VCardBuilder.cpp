@@ -35,7 +35,12 @@ std::string addressOfLink(std::string text) {
   text.erase(0, scheme.size());
   text.resize(std::min(text.find('?'), text.size()));
   const std::optional<std::string> decoded = decodedDataURI("," + text);
-  return std::string(trimmed(decoded && isValidUTF8(*decoded) ? *decoded : text));
+  // Percents must not bring in what a line may not hold.
+  const bool usable = decoded && isValidUTF8(*decoded) &&
+                      std::none_of(decoded->begin(), decoded->end(), [](char c) {
+                        return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+                      });
+  return std::string(trimmed(usable ? *decoded : text));
 }
 
 }  // namespace

@@ -64,6 +64,7 @@ TEST(VCardReaderTest, ReadsWhatProgramsExport) {
        "EMAIL:c@x\nEMAIL;PREF=2:b@x\nEMAIL;TYPE=pref:a@x\nEMAIL;PREF=0:d@x\nEMAIL;PREF=2:e@x",
        " E(:a@x) E(:b@x) E(:e@x) E(:c@x) E(:d@x)"},
       {"mailto link", "EMAIL;VALUE=uri:MailTo:a%2Bb@example.com?subject=x", " E(:a+b@example.com)"},
+      {"link that hides a line end", "EMAIL:mailto:a%0Ab@x", " E(:a%0Ab@x)"},
       {"tel link", "TEL;VALUE=uri;TYPE=\"work\":tel:+49-30-23125;ext=5",
        " T(work:+49-30-23125;ext=5)"},
       {"entries without a value are counted",
