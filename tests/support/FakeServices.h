@@ -1,0 +1,159 @@
+#pragma once
+
+#include <algorithm>
+#include <list>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "mecard/CuratedInfoProviderProtocol.h"
+#include "platform/contacts/ContactStore.h"
+#include "platform/donations/DonationFeedbackStore.h"
+#include "platform/donations/DonationPreferences.h"
+#include "storage/DonationPersistenceProtocol.h"
+#include "tests/support/DonationFactory.h"
+#include "tests/support/Trace.h"
+
+// Platform services that keep their state in memory. One thread only.
+namespace quenlet {
+
+// Delivers what the test emits.
+class FakeObservable final : public Observable<bool> {
+ public:
+  std::shared_ptr<Cancelable> subscribe(Observer<bool> observer) override {
+    const auto place = observers.insert(observers.end(), std::move(observer));
+    return std::make_shared<CancelBlock>([this, place] { observers.erase(place); });
+  }
+  void emit(bool value) {
+    for (const auto& observer : std::list(observers)) observer.resultBlock(value);
+  }
+
+ private:
+  std::list<Observer<bool>> observers;
+};
+
+class FakePreferences final : public DonationPreferences {
+ public:
+  const std::shared_ptr<FakeObservable> observable = std::make_shared<FakeObservable>();
+  bool enabled = true;
+
+  bool isDonationsEnabled() override { return enabled; }
+  ErrorPtr setDonationsEnabled(bool value) override {
+    observable->emit(enabled = value);
+    return nullptr;
+  }
+  std::shared_ptr<Observable<bool>> observableWithPreferences(
+      std::shared_ptr<DistributedNotificationCenter>, std::shared_ptr<SchedulerProvider>) override {
+    return observable;
+  }
+};
+
+// Notes posts as "post <name>" and delivers them at once, if asked for to a new observer, too.
+class FakeNotificationCenter final : public DistributedNotificationCenter {
+ public:
+  explicit FakeNotificationCenter(Trace& shared) : trace(shared) {}
+  bool notifiesNewObservers = false;
+
+  std::shared_ptr<Cancelable> addObserver(const std::string& name,
+                                          std::function<void()> callback) override {
+    const auto place = observers.insert(observers.end(), {name, std::move(callback)});
+    if (notifiesNewObservers) place->second();
+    return std::make_shared<CancelBlock>([this, place] { observers.erase(place); });
+  }
+  void post(const std::string& name) override {
+    trace.note("post " + name);
+    for (const auto& [observed, callback] : std::list(observers)) {
+      if (observed == name) callback();
+    }
+  }
+
+ private:
+  Trace& trace;
+  std::list<std::pair<std::string, std::function<void()>>> observers;
+};
+
+// Takes the values of these donations for rejected, for the me card alone.
+class FakeFeedbackStore final : public DonationFeedbackStore {
+ public:
+  std::set<std::string> rejectedDonations;
+
+  bool donatedValueHasBeenConfirmedOrRejected(const DonationValue& value,
+                                              const std::string& contactIdentifier) override {
+    return contactIdentifier == MeCardContactIdentifier &&
+           rejectedDonations.contains(value.origin().donationIdentifier);
+  }
+  void rejectDonatedValues(const DonationValues& values, const std::string&,
+                           std::function<void(ErrorPtr)> completionHandler) override {
+    for (const auto& value : values) rejectedDonations.insert(value->origin().donationIdentifier);
+    completionHandler(nullptr);
+  }
+};
+
+// Notes stores as "store <identifiers>"; loads and stores fail with `failure` when there is one.
+class FakePersistence final : public DonationPersistenceProtocol {
+ public:
+  explicit FakePersistence(Trace& shared) : trace(shared) {}
+  DonationValues kept;
+  ErrorPtr failure;
+
+  Future<DonationValues> loadDonations() override {
+    return failure ? Future<DonationValues>::futureWithError(failure)
+                   : Future<DonationValues>::futureWithResult(kept);
+  }
+  Future<bool> storeWithAllValues(const DonationValues& values) override {
+    trace.note("store " + identifiersOf(values));
+    if (failure) return Future<bool>::futureWithError(failure);
+    kept = values;
+    return Future<bool>::futureWithResult(true);
+  }
+  Future<ExtensionVersions> loadExtensionVersions() override {
+    return Future<ExtensionVersions>::futureWithResult({});
+  }
+  Future<bool> storeWithExtensionVersions(const ExtensionVersions&) override {
+    return Future<bool>::futureWithResult(true);
+  }
+
+ private:
+  Trace& trace;
+};
+
+class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
+ public:
+  std::optional<PersonNameComponents> name;
+  std::vector<std::string> emailAddresses;
+  std::function<void()> changeHandler;
+
+  std::optional<PersonNameComponents> curatedName() const override { return name; }
+  std::vector<std::string> curatedEmailAddresses() const override { return emailAddresses; }
+  void startMonitoring(std::shared_ptr<AgentEnvironmentProtocol>,
+                       std::function<void()> handler) override {
+    changeHandler = std::move(handler);
+  }
+};
+
+// Gives the test's card with the asked-for fields filled in, as far as these are name and e-mail.
+class FakeContactStore final : public ContactStore {
+ public:
+  std::optional<ContactFields> card;
+  int fetches = 0;
+
+  Result<std::shared_ptr<const Contact>> _crossPlatformUnifiedMeContactWithKeysToFetch(
+      const std::vector<KeyDescriptor>& keys) override {
+    using Outcome = Result<std::shared_ptr<const Contact>>;
+    ++fetches;
+    if (!card) return Outcome::right(makeError(ContactErrorDomain, 1));
+    const auto wanted = [&](KeyDescriptor key) {
+      return std::find(keys.begin(), keys.end(), key) != keys.end();
+    };
+    ContactFields fields;
+    if (wanted(ContactGivenNameKey)) fields.givenName = card->givenName;
+    if (wanted(ContactFamilyNameKey)) fields.familyName = card->familyName;
+    if (wanted(ContactEmailAddressesKey)) fields.emailAddresses = card->emailAddresses;
+    return Outcome::left(std::make_shared<const Contact>(std::move(fields)));
+  }
+};
+
+}  // namespace quenlet

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "platform/PlatformServices.h"
+#include "platform/logging/StructuredLoggerProvider.h"
+#include "tests/support/FakeServices.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/TracingSchedulers.h"
+
+namespace quenlet {
+
+// An agent's environment of fakes that share one trace.
+class TestEnvironment final : public AgentEnvironmentProtocol {
+ public:
+  Trace trace;
+  ManualSchedulerProvider schedulers;
+  const std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>(trace);
+  const std::shared_ptr<FakeNotificationCenter> center =
+      std::make_shared<FakeNotificationCenter>(trace);
+  const std::shared_ptr<FakePreferences> preferences = std::make_shared<FakePreferences>();
+  const std::shared_ptr<FakeFeedbackStore> feedback = std::make_shared<FakeFeedbackStore>();
+  const std::shared_ptr<FakeContactStore> contacts = std::make_shared<FakeContactStore>();
+  const std::shared_ptr<StructuredLoggerProvider> loggers =
+      std::make_shared<StructuredLoggerProvider>(log, [this] { return schedulers.now(); });
+
+  std::shared_ptr<SchedulerProvider> schedulerProvider() override { return tracing; }
+  std::shared_ptr<AgentLogger> logger() override { return loggers->agentLogger(); }
+  std::shared_ptr<DataProxy> dataProxy() override { return nullptr; }
+  std::shared_ptr<DonationPreferences> donationPreferences() override { return preferences; }
+  std::shared_ptr<DistributedNotificationCenter> distributedNotificationCenter() override {
+    return center;
+  }
+  std::shared_ptr<DonationFeedbackStore> feedbackStore() override { return feedback; }
+
+  // Platform services that give out the same fakes.
+  [[nodiscard]] PlatformServices services() {
+    PlatformServices services;
+    services.now = [this] { return schedulers.now(); };
+    services.defaultLoggerProvider = [this] { return loggers; };
+    services.defaultSchedulerProvider = [this] { return tracing; };
+    services.makeDonationFeedbackStore = [] { return std::make_shared<FakeFeedbackStore>(); };
+    services.makeContactStore = [this] { return contacts; };
+    return services;
+  }
+
+ private:
+  const std::shared_ptr<TracingSchedulerProvider> tracing =
+      std::make_shared<TracingSchedulerProvider>(schedulers, trace);
+};
+
+// A test whose platform is fakes.
+class EnvironmentTest : public testing::Test {
+ protected:
+  const std::shared_ptr<TestEnvironment> environment = std::make_shared<TestEnvironment>();
+  const PlatformServices::Scope scope{environment->services()};
+
+  [[nodiscard]] std::vector<std::string> takeTrace() { return environment->trace.take(); }
+};
+
+using Events = std::vector<std::string>;
+
+}  // namespace quenlet
