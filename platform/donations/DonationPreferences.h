@@ -17,8 +17,8 @@ class DonationPreferences : public std::enable_shared_from_this<DonationPreferen
   [[nodiscard]] virtual bool isDonationsEnabled() = 0;
   // Durable when it returns; an error when it could not be written, and then nothing changed.
   [[nodiscard]] virtual ErrorPtr setDonationsEnabled(bool enabled) = 0;
-  // The donations-enabled preference as it is at subscribe: (delivered during that call) and after each
-  // change, whichever process made it. Never completes.
+  // The donations-enabled preference as it is at subscribe: (delivered during that call) and after
+  // each change, whichever process made it. Never completes.
   [[nodiscard]] virtual std::shared_ptr<Observable<bool>> observableWithPreferences(
       std::shared_ptr<DistributedNotificationCenter> notificationCenter,
       std::shared_ptr<SchedulerProvider> schedulerProvider) = 0;
