@@ -55,16 +55,22 @@ void ProductionInfoProvider::setCuratedEmailAddresses(std::vector<std::string> a
 
 void ProductionInfoProvider::startMonitoring(std::shared_ptr<AgentEnvironmentProtocol> environment,
                                              std::function<void()> changeHandler) {
-  auto token = environment->distributedNotificationCenter()->addObserver(
-      MeCardChangeDistributedNotification, [weakSelf = weak_from_this()] {
+  const auto center = environment->distributedNotificationCenter();
+  {
+    // Before the observer is there: a notification must find whom to tell.
+    MutexLock lock(factsMutex);
+    agentEnvironment = std::move(environment);
+    handler = std::move(changeHandler);
+  }
+  auto token =
+      center->addObserver(MeCardChangeDistributedNotification, [weakSelf = weak_from_this()] {
         if (const auto self = weakSelf.lock()) self->meCardChanged();
       });
   {
     MutexLock lock(factsMutex);
-    agentEnvironment = std::move(environment);
-    handler = std::move(changeHandler);
-    observation = std::move(token);
+    observation.swap(token);
   }
+  if (token) token->cancel();
   meCardChanged();
 }
 
