@@ -69,8 +69,10 @@ std::shared_ptr<const LabeledValue<T>> decodeEntry(const PropertyList& element) 
   std::optional<T> read = readValue(*value, static_cast<const T*>(nullptr));
   if (!read) return nullptr;
   StoreInfo storeInfo;
-  if (const PropertyListDictionary* origin = findDictionary(*fields, ValueOriginKey)) {
-    std::optional<ValueOrigin> readOrigin = ValueOrigin::originWithDictionary(*origin);
+  if (const PropertyList* origin = findEntry(*fields, ValueOriginKey)) {
+    if (!origin->dictionary()) return nullptr;
+    std::optional<ValueOrigin> readOrigin =
+        ValueOrigin::originWithDictionary(*origin->dictionary());
     if (!readOrigin) return nullptr;
     storeInfo.valueOrigin = std::make_shared<const ValueOrigin>(std::move(*readOrigin));
   }
@@ -96,7 +98,10 @@ bool decodeEntries(const PropertyListDictionary& content, const char* key,
 std::shared_ptr<const Contact> contactWithContent(const PropertyListDictionary& content) {
   ContactFields fields;
   for (const auto& [key, field] : textFields) {
-    if (const std::string* text = findString(content, key)) fields.*field = *text;
+    const PropertyList* text = findEntry(content, key);
+    if (!text) continue;
+    if (!text->string()) return nullptr;
+    fields.*field = *text->string();
   }
   if (!decodeEntries(content, emailAddressesKey, fields.emailAddresses) ||
       !decodeEntries(content, phoneNumbersKey, fields.phoneNumbers) ||
