@@ -1,0 +1,110 @@
+#pragma once
+
+#include "core/Corvel.h"
+#include "platform/donations/CorvelInterface.h"
+#include "tests/support/TestEnvironment.h"
+
+namespace quenlet {
+
+// An agent over fakes; what it does and replies is in the trace.
+class AgentFixture : public EnvironmentTest {
+ protected:
+  AgentFixture() {
+    agent->renewalHandOff = [this](const DonationValues& values) {
+      environment->trace.note("renew " + identifiersOf(values));
+    };
+  }
+  ~AgentFixture() override { agent->stop(); }
+
+  void run() { environment->schedulers.runUntilIdle(); }
+  // Runs `block` in a writer block, as callers of the unlocked operations do.
+  void write(const std::function<void()>& block) {
+    agent->lock()->performWriterBlock(block);
+    run();
+  }
+  void enable() {
+    write([this] { agent->setFeatureEnabled(true); });
+    static_cast<void>(takeTrace());
+  }
+  void disable() {
+    write([this] { agent->setFeatureEnabled(false); });
+    static_cast<void>(takeTrace());
+  }
+  // An enabled agent that holds these donations.
+  void hold(const DonationValues& values) {
+    enable();
+    agent->donateMeCardValues(values, [](const ErrorPtr&) {});
+    run();
+    static_cast<void>(takeTrace());
+  }
+
+  [[nodiscard]] std::string outcome(const ErrorPtr& error) const {
+    return error ? "error " + std::to_string(error->code()) : "no error";
+  }
+  void noteReply(const std::string& what) { environment->trace.note("reply " + what); }
+  [[nodiscard]] ErrorReply errorReply() {
+    return [this](const ErrorPtr& error) { noteReply(outcome(error)); };
+  }
+  [[nodiscard]] SuccessReply successReply() {
+    return [this](bool success, const ErrorPtr& error) {
+      noteReply((success ? "true " : "false ") + outcome(error));
+    };
+  }
+  // Addresses and numbers of the card: "a@x +1".
+  [[nodiscard]] static std::string described(const Contact& card) {
+    std::string text = card.givenName();
+    for (const auto& entry : card.emailAddresses()) text += " " + entry->value;
+    for (const auto& entry : card.phoneNumbers()) text += " " + entry->value.stringValue();
+    return text;
+  }
+
+  // Sends a request by its name, with `values`, or their identifiers or bundle, as the argument.
+  void send(const std::string& request, const DonationValues& values = {}) {
+    std::vector<std::string> identifiers;
+    for (const auto& value : values) identifiers.push_back(value->origin().donationIdentifier);
+    if (request == CorvelSelector::donate) {
+      agent->donateMeCardValues(values, errorReply());
+    } else if (request == CorvelSelector::removeIdentifiers) {
+      agent->removeDonatedMeCardValuesForIdentifiers(identifiers, successReply());
+    } else if (request == CorvelSelector::removeBundle) {
+      agent->removeDonatedMeCardValuesWithBundleIdentifier(
+          values.empty() ? "" : values.front()->origin().bundleIdentifier, successReply());
+    } else if (request == CorvelSelector::fetch) {
+      agent->fetchDonatedMeCard([this](const ContactPtr& card, const ErrorPtr& error) {
+        noteReply(card ? "card" + described(*card) : outcome(error));
+      });
+    } else if (request == CorvelSelector::synchronousFetch) {
+      agent->synchronousDonatedMeCard([this](const Result<ContactPtr>& card) {
+        noteReply(card.isLeft() ? "card" + described(*card.left()) : outcome(card.right()));
+      });
+    } else {
+      agent->meCardDonations(
+          [this](const std::shared_ptr<const DonationValues>& list, const ErrorPtr& error) {
+            noteReply(list ? "list " + identifiersOf(*list) : outcome(error));
+          });
+    }
+  }
+  // What a request leads to, all blocks run.
+  Events eventsOf(const std::string& request, const DonationValues& values = {}) {
+    send(request, values);
+    run();
+    return takeTrace();
+  }
+  // The text of the reply to a request that is served.
+  std::string replyTo(const std::string& request) {
+    for (const std::string& event : eventsOf(request)) {
+      if (const auto found = event.find(": reply "); found != std::string::npos) {
+        return event.substr(found + 8);
+      }
+    }
+    return "no reply";
+  }
+
+  const std::shared_ptr<FakePersistence> persistence =
+      std::make_shared<FakePersistence>(environment->trace);
+  const std::shared_ptr<FakeCuratedInfoProvider> curated =
+      std::make_shared<FakeCuratedInfoProvider>();
+  std::shared_ptr<Corvel> agent = std::make_shared<Corvel>(environment, persistence, curated);
+};
+
+}  // namespace quenlet
