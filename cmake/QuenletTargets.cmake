@@ -54,7 +54,8 @@ function(quenlet_program program folder)
   install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endfunction()
 
-# One GoogleTest program for the tests that mirror a folder.
+# One GoogleTest program for the tests of one folder below tests/, and the library of the folder
+# that they mirror, if there is one.
 function(quenlet_tests folder)
   cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/tests/${folder}/*.cpp")
@@ -64,6 +65,9 @@ function(quenlet_tests folder)
   string(REPLACE "/" "_" name "${folder}")
   set(program "${name}_tests")
   add_executable(${program} ${sources})
-  _quenlet_link(${program} PRIVATE ${folder} ${ARG_DEPENDS} GTest::gtest_main GTest::gmock)
+  if(TARGET "quenlet_${name}")
+    target_link_libraries(${program} PRIVATE "quenlet_${name}")
+  endif()
+  _quenlet_link(${program} PRIVATE ${ARG_DEPENDS} GTest::gtest_main GTest::gmock)
   gtest_discover_tests(${program} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 300)
 endfunction()

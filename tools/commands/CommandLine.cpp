@@ -53,19 +53,22 @@ struct Words final {
     PreferenceWords::addTo(app, chosen);
     status.addTo(app, chosen);
     WatchWord::addTo(app, chosen);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.footer(footer);
   }
 };
 
-ExitCode tellUsage(const Words& words, const CLI::ParseError& failure, const Session& session) {
-  if (failure.get_exit_code() == 0) {
-    words.app.exit(failure, session.out, session.err);
-    return ExitCode::done;
-  }
+ExitCode failWithUsage(const Session& session, const std::string& sentence) {
   session.err << "quenlet: usage " << static_cast<int>(ExitCode::usage) << ": "
-              << printable(failure.what()) << "\nRun with --help for more information.\n";
+              << printable(sentence) << "\nRun with --help for more information.\n";
   return ExitCode::usage;
+}
+
+// Help was asked for, or the words make no sense.
+ExitCode tellUsage(const Words& words, const CLI::ParseError& failure, const Session& session) {
+  if (failure.get_exit_code() != 0) return failWithUsage(session, failure.what());
+  words.app.exit(failure, session.out, session.err);
+  return ExitCode::done;
 }
 
 }  // namespace
@@ -79,6 +82,7 @@ ExitCode CommandLine::run(std::vector<std::string> arguments, Session& session) 
   } catch (const CLI::ParseError& failure) {
     return tellUsage(words, failure, session);
   }
+  if (!words.chosen) return failWithUsage(session, "it takes a word that says what to do");
   const ExitCode code = words.chosen(session);
   session.out.flush();
   if (session.out || code != ExitCode::done) return code;

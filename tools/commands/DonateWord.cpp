@@ -43,6 +43,7 @@ std::string count(std::size_t number, const char* noun) {
 void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("donate", "Donate the values of vCards");
   word->add_option("FILE", files, "vCard files, version 3.0 or 4.0; - reads standard input")
+      ->type_name("")
       ->required();
   word->add_option("--bundle", bundleIdentifier, "Who donates")
       ->type_name("ID")

@@ -25,7 +25,7 @@ void RejectionWords::addTo(CLI::App& app, ChosenAction& chosen) {
 void RejectionWords::addRejection(CLI::App& app, ChosenAction& chosen, const char* name,
                                   const char* effect, Operation operation) {
   CLI::App* word = app.add_subcommand(name, effect);
-  word->add_option("ID", identifier, "The identifier, as shown by list")->required();
+  word->add_option("ID", identifier, "The identifier, as shown by list")->type_name("")->required();
   word->callback([this, &chosen, operation] {
     chosen = [this, operation](Session& session) {
       const auto [error] = waitForReply<ErrorPtr>(

@@ -18,12 +18,15 @@ ExitCode finish(const Session& session, bool success, ErrorPtr error) {
 void RemovalWords::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* byIdentifier = app.add_subcommand("remove", "Take single donations back");
   byIdentifier->add_option("ID", donationIdentifiers, "Donation identifiers, as shown by list")
+      ->type_name("")
       ->required();
   byIdentifier->callback(
       [this, &chosen] { chosen = [this](Session& session) { return remove(session); }; });
 
   CLI::App* byBundle = app.add_subcommand("forget", "Take back all that one donor donated");
-  byBundle->add_option("BUNDLE", bundleIdentifier, "The donor's bundle identifier")->required();
+  byBundle->add_option("BUNDLE", bundleIdentifier, "The donor's bundle identifier")
+      ->type_name("")
+      ->required();
   byBundle->callback(
       [this, &chosen] { chosen = [this](Session& session) { return forget(session); }; });
 }

@@ -1,0 +1,134 @@
+#include <gmock/gmock.h>
+
+#include "tests/process/ProcessTest.h"
+
+namespace quenlet {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+class DonatingTest : public ProcessTest {};
+
+const std::vector<std::string> mailCard = {"EMAIL;TYPE=home:anna@example.org", "TEL:+49 30 1234567",
+                                           "UID:urn:uuid:1"};
+
+TEST_F(DonatingTest, MergesTheCardsOfSeveralDonors) {
+  startAgent();
+  EXPECT_EQ(donate("com.example.mail", "Anna Berg", mailCard).code, 0);
+  EXPECT_EQ(donate("com.example.shop", "Anna Maria Berg",
+                   {"EMAIL;TYPE=work:Anna@Example.org", "ADR;TYPE=home:;;Weg 1;Ulm;;89073;",
+                    "PHOTO;ENCODING=b;TYPE=GIF:R0lGODlhAQABAAAAADs="})
+                .code,
+            0);
+  EXPECT_THAT(card(),
+              AllOf(HasSubstr("Anna Maria Berg"), HasSubstr("Weg 1"), HasSubstr("+49 30 1234567"),
+                    HasSubstr("14 bytes, GIF"), HasSubstr("from com.example.mail"),
+                    HasSubstr("com.example.mail:urn%3Auuid%3A1:email:1"),
+                    Not(HasSubstr("Anna@Example.org"))))
+      << "an address in another letter case is no second one";
+  EXPECT_THAT(quenlet({"card", "--format", "json"}).out, HasSubstr(R"("imageBytes":14)"));
+  EXPECT_THAT(quenlet({"card", "--format", "vcard"}).out, HasSubstr("ADR;TYPE=home:;;Weg 1;Ulm"));
+  EXPECT_THAT(quenlet({"list", "--json"}).out,
+              HasSubstr(R"("value":"Anna@Example.org","label":"work")"));
+  EXPECT_EQ(countDonations(), 7);
+
+  EXPECT_EQ(donate("com.example.mail", "Anna Berg", {"EMAIL:new@example.org", mailCard[2]}).code,
+            0);
+  EXPECT_THAT(card(), AllOf(HasSubstr("new@example.org"), HasSubstr("Anna@Example.org")))
+      << "the edited card's address is replaced, so that the other donor's shows";
+  EXPECT_EQ(quenlet({"remove", "com.example.mail:urn%3Auuid%3A1:email:1"}).code, 0);
+  EXPECT_EQ(quenlet({"forget", "com.example.shop"}).code, 0);
+  EXPECT_EQ(countDonations(), 2);
+}
+
+TEST_F(DonatingTest, KeepsWhatItAcknowledgedWhenKilled) {
+  constexpr int rounds = 3;
+  for (int i = 0; i < rounds; ++i) {
+    startAgent();
+    EXPECT_EQ(countDonations(), i * 3);
+    EXPECT_EQ(donate("com.example." + std::to_string(i), "Anna Berg", mailCard).code, 0);
+    killAgent();
+  }
+  startAgent();
+  EXPECT_EQ(countDonations(), rounds * 3);
+}
+
+TEST_F(DonatingTest, SharesItsFileWithOtherPrograms) {
+  startAgent();
+  EXPECT_EQ(donate("com.example.mail", "Anna Berg", mailCard).code, 0);
+  EXPECT_EQ(stopAgent(), 0);
+  const std::string rewrite =
+      "import plistlib, sys\n"
+      "contents = plistlib.load(open(sys.argv[1], 'rb'))\n"
+      "for entry in contents['donations']:\n"
+      "    if 'emailAddress' in entry: entry['emailAddress'] = 'edited@example.org'\n"
+      "plistlib.dump(contents, open(sys.argv[1], 'wb'))\n"
+      "print(len(contents['donations']))\n";
+  EXPECT_EQ(python(rewrite, {donationsFile}), "3\n");
+  startAgent();
+  EXPECT_EQ(countDonations(), 3);
+  EXPECT_THAT(card(), HasSubstr("edited@example.org"));
+}
+
+TEST_F(DonatingTest, KeepsADamagedFileAside) {
+  writeFile(donationsFile, "rubbish");
+  startAgent();
+  EXPECT_EQ(countDonations(), 0);
+  EXPECT_EQ(donate("com.example.mail", "Anna Berg", mailCard).code, 0);
+  EXPECT_EQ(readFile(donationsFile.string() + ".damaged-1"), "rubbish");
+  EXPECT_EQ(stopAgent(), 0);
+  startAgent();
+  EXPECT_EQ(countDonations(), 3);
+}
+
+TEST_F(DonatingTest, SaysSoWhenItCannotSaveAndGoesOn) {
+  const std::filesystem::path directory = donationsFile.parent_path();
+  writeFile(directory, "in the way");
+  startAgent();
+  const Ran refused = donate("com.example.mail", "Anna Berg", mailCard);
+  EXPECT_EQ(refused.code, 1);
+  EXPECT_THAT(refused.err, testing::StartsWith("quenlet: posix-error "));
+  EXPECT_THAT(refused.err, Not(HasSubstr("anna@example.org")));
+
+  std::filesystem::remove(directory);
+  EXPECT_EQ(donate("com.example.mail", "Anna Berg", mailCard).code, 0);
+  EXPECT_TRUE(std::filesystem::exists(donationsFile));
+}
+
+TEST_F(DonatingTest, RefusesACopyOfTheClientWhileItServesTheClient) {
+  startAgent();
+  const std::filesystem::path copy = temporary.path() / "quenlet";
+  std::filesystem::copy_file(bin / "quenlet", copy);
+  const std::filesystem::path file = temporary.path() / "card.vcf";
+  writeFile(file, cardText("Anna Berg", mailCard));
+  const std::vector<std::vector<std::string>> requests = {{"donate", file},
+                                                          {"card"},
+                                                          {"list"},
+                                                          {"remove", "id"},
+                                                          {"forget", "b"},
+                                                          {"reject", "id"},
+                                                          {"reject-cluster", "id"},
+                                                          {"clear-rejections"}};
+  for (std::vector<std::string> request : requests) {
+    const std::string word = request.front();
+    request.insert(request.begin(), copy);
+    const auto stranger = start(request);
+    const auto entitled = start({bin / "quenlet", "list"});
+    const Ran refused = finish(*stranger);
+    EXPECT_EQ(refused.code, 1) << word;
+    EXPECT_EQ(refused.out, "") << word;
+    EXPECT_EQ(refused.err,
+              "quenlet: ovaro.general-error 4097: connection to corvel: missing entitlement\n")
+        << word;
+    EXPECT_EQ(finish(*entitled).code, 0) << word;
+  }
+  const Ran status = finish(*start({copy, "status"}));
+  EXPECT_EQ(status.code, 0);
+  EXPECT_THAT(status.out, HasSubstr("missing entitlement"));
+  EXPECT_EQ(countDonations(), 0);
+}
+
+}  // namespace
+}  // namespace quenlet
