@@ -11,7 +11,7 @@ const std::string posted = std::string("writer: post ") + MeCardValuesDidChangeN
 
 class CorvelFeatureTest : public AgentFixture {
  protected:
-  // Follows a script of "on", "off" (values of the preference), "stop" and "+<seconds>".
+  // Follows a script of "on", "off" (values of the preference), "start", "stop" and "+<seconds>".
   void follow(const std::string& script) {
     std::istringstream words(script);
     for (std::string word; words >> word;) {
@@ -19,6 +19,8 @@ class CorvelFeatureTest : public AgentFixture {
         environment->schedulers.advance(std::stod(word));
       } else if (word == "stop") {
         agent->stop();
+      } else if (word == "start") {
+        agent->startMonitoringPreferences();
       } else {
         static_cast<void>(environment->preferences->setDonationsEnabled(word == "on"));
       }
@@ -49,6 +51,8 @@ TEST_F(CorvelFeatureTest, FollowsThePreference) {
       {"off +29.9 off +29.9 on", {off, off, onAgain}, "list a"},
       {"off +30 on", {off, deletion, onAgain}, "list "},
       {"off +30 on on", {off, deletion, onAgain, onBefore}, "list "},
+      {"off +30 off +60", {off, deletion, off, deletion}, "error 1"},
+      {"start on stop on start off", {onBefore, off}, "error 1"},
       {"off +30 on off on", {off, deletion, onAgain, off, onAgain}, "list "},
       {"on off +10 stop +60 on", {onBefore, off}, "error 1"},
   };

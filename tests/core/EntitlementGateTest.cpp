@@ -34,7 +34,7 @@ class FakeConnection final : public ServiceConnection {
   void resume() override { resumed = true; }
 };
 
-// Answers every operation with an error or result of its own and counts the calls.
+// Answers every operation with a result and an error of its own, and counts the calls.
 class FakeAgent final : public CorvelProtocol {
  public:
   const ErrorPtr error = makeError("agent", 9);

@@ -21,7 +21,7 @@ class ProductionInfoProviderTest : public EnvironmentTest {
       card.emailAddresses.push_back(std::make_shared<const LabeledValue<std::string>>(
           LabeledValue<std::string>{"home", std::move(address), {}}));
     }
-    environment->contacts->card = std::move(card);
+    environment->contacts->card = std::make_shared<const Contact>(std::move(card));
   }
   // What a notification of a changed card leads to.
   Events notice() {
@@ -46,6 +46,9 @@ TEST_F(ProductionInfoProviderTest, CallsTheHandlerOnceForEachChangeOfAFact) {
   EXPECT_EQ(provider->curatedName(),
             (PersonNameComponents{.givenName = "Ann", .familyName = "Lee"}));
   EXPECT_EQ(provider->curatedEmailAddresses(), (std::vector<std::string>{"a@x", "b@x"}));
+  EXPECT_EQ(environment->contacts->askedFor,
+            (std::vector{KeyDescriptor::givenName, KeyDescriptor::familyName,
+                         KeyDescriptor::emailAddresses}));
 
   setCard("Ann", "Lee", {"a@x", "b@x"});
   EXPECT_EQ(notice(), events("true,false", "false", false));
@@ -86,14 +89,12 @@ TEST_F(ProductionInfoProviderTest, ObservesOnceHoweverOftenItIsStarted) {
 
 TEST_F(ProductionInfoProviderTest, UpdatesWithoutMonitoringAndLogsNothing) {
   setCard("Ann", "", {});
-  const auto card = std::make_shared<const Contact>(*environment->contacts->card);
-  EXPECT_TRUE(provider->updateCuratedName(card));
-  EXPECT_FALSE(provider->updateCuratedName(card));
+  EXPECT_TRUE(provider->updateCuratedName(environment->contacts->card));
+  EXPECT_FALSE(provider->updateCuratedName(environment->contacts->card));
   provider->setCuratedEmailAddresses({"B@x"});
   EXPECT_EQ(provider->curatedEmailAddresses(), std::vector<std::string>{"B@x"});
   EXPECT_TRUE(provider->updateCuratedEmailAddresses(nullptr));
   EXPECT_EQ(takeTrace(), Events{});
-  EXPECT_EQ(environment->contacts->fetches, 0);
 }
 
 }  // namespace

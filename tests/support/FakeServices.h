@@ -134,25 +134,17 @@ class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
   }
 };
 
-// Gives the test's card with the asked-for fields filled in, as far as these are name and e-mail.
+// Holds the test's card, and keeps which fields it was asked for.
 class FakeContactStore final : public ContactStore {
  public:
-  std::optional<ContactFields> card;
-  int fetches = 0;
+  std::shared_ptr<const Contact> card;
+  std::vector<KeyDescriptor> askedFor;
 
   Result<std::shared_ptr<const Contact>> _crossPlatformUnifiedMeContactWithKeysToFetch(
       const std::vector<KeyDescriptor>& keys) override {
     using Outcome = Result<std::shared_ptr<const Contact>>;
-    ++fetches;
-    if (!card) return Outcome::right(makeError(ContactErrorDomain, 1));
-    const auto wanted = [&](KeyDescriptor key) {
-      return std::find(keys.begin(), keys.end(), key) != keys.end();
-    };
-    ContactFields fields;
-    if (wanted(ContactGivenNameKey)) fields.givenName = card->givenName;
-    if (wanted(ContactFamilyNameKey)) fields.familyName = card->familyName;
-    if (wanted(ContactEmailAddressesKey)) fields.emailAddresses = card->emailAddresses;
-    return Outcome::left(std::make_shared<const Contact>(std::move(fields)));
+    askedFor = keys;
+    return card ? Outcome::left(card) : Outcome::right(makeError(ContactErrorDomain, 1));
   }
 };
 
