@@ -16,6 +16,8 @@ AgentProcess::AgentProcess(RunLoop& mainRunLoop)
 AgentProcess::~AgentProcess() = default;
 
 ErrorPtr AgentProcess::start() {
+  donationListener = PlatformServices::current().makeServiceListener(CorvelServiceName);
+  if (ErrorPtr error = donationListener->claimName()) return error;
   loggerProvider->agentLogger()->agentWillStart();
   restoreAndMonitor();
   if (ErrorPtr error = openDonationService()) return error;
@@ -32,7 +34,6 @@ void AgentProcess::restoreAndMonitor() {
 }
 
 ErrorPtr AgentProcess::openDonationService() {
-  donationListener = PlatformServices::current().makeServiceListener(CorvelServiceName);
   listenerDelegate =
       std::make_shared<DonationListenerDelegate>(std::make_shared<ProductionEnvironment>(), agent);
   donationListener->setDelegate(listenerDelegate);

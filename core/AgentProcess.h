@@ -18,7 +18,8 @@ class AgentProcess final {
   ~AgentProcess();
 
   // Starts all parts in their order: restores what was stored, follows the preference and the
-  // curated card, opens the service. An error when the service cannot be opened.
+  // curated card, opens the service. An error when the service cannot be opened; when another agent
+  // serves its name, nothing else has been touched then.
   [[nodiscard]] ErrorPtr start();
   // Serves until the run loop ends, then closes the service.
   void run();

@@ -24,7 +24,11 @@ class ServiceListener {
   virtual ~ServiceListener() = default;
   // Held weakly: the caller keeps the delegate.
   virtual void setDelegate(std::weak_ptr<ServiceListenerDelegate> delegate) = 0;
-  // From here on clients can connect. An error when the name is taken or cannot be opened.
+  // Makes the name this process's own for the listener's life, before clients can connect. An error
+  // (nameTaken) when another process has it.
+  [[nodiscard]] virtual ErrorPtr claimName() = 0;
+  // From here on clients can connect. Claims the name unless that is done. An error when it is
+  // taken or cannot be opened.
   [[nodiscard]] virtual ErrorPtr resume() = 0;
 };
 

@@ -12,7 +12,6 @@
 
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/OutputQueue.h"
-#include "platform/ipc/ServiceAddress.h"
 
 namespace quenlet {
 
@@ -57,8 +56,23 @@ void UnixServiceListener::setDelegate(std::weak_ptr<ServiceListenerDelegate> new
   delegate = std::move(newDelegate);
 }
 
+ErrorPtr UnixServiceListener::claimName() {
+  if (nameLock) return nullptr;
+  Result<ServiceAddress> found = ServiceAddress::forService(name);
+  if (!found.isLeft()) return found.right();
+  Result<std::shared_ptr<LockFile>> locked = LockFile::tryLock(found.left().lockPath());
+  if (!locked.isLeft()) {
+    if (locked.right()->code() != EWOULDBLOCK) return locked.right();
+    return makeServiceError(ServiceErrorCode::nameTaken, "another process serves " + name);
+  }
+  address.emplace(std::move(found).takeLeft());
+  nameLock = std::move(locked).takeLeft();
+  return nullptr;
+}
+
 ErrorPtr UnixServiceListener::resume() {
-  if (ErrorPtr error = openSocket()) return error;
+  if (ErrorPtr error = claimName()) return error;
+  if (ErrorPtr error = openSocket(*address)) return error;
   spareDescriptor = openSpare();
   watch =
       loop->watch(listeningSocket.get(), EPOLLIN, [this](std::uint32_t) { acceptConnections(); });
@@ -66,26 +80,18 @@ ErrorPtr UnixServiceListener::resume() {
   return nullptr;
 }
 
-ErrorPtr UnixServiceListener::openSocket() {
-  const Result<ServiceAddress> address = ServiceAddress::forService(name);
-  if (!address.isLeft()) return address.right();
-  Result<std::shared_ptr<LockFile>> locked = LockFile::tryLock(address.left().lockPath());
-  if (!locked.isLeft()) {
-    if (locked.right()->code() != EWOULDBLOCK) return locked.right();
-    return makeServiceError(ServiceErrorCode::nameTaken, "another process serves " + name);
-  }
+ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!socket.isOpen()) return makePosixError(errno, "create a socket");
   // Under the lock, what stands there was left by a listener that is no more.
-  ::unlink(address.left().socketPath().c_str());
+  ::unlink(at.socketPath().c_str());
   // The file takes the socket's mode when it is bound.
   if (::fchmod(socket.get(), 0600) != 0) return makePosixError(errno, "protect a socket");
-  if (const int failure = address.left().bind(socket.get()); failure != 0) {
+  if (const int failure = at.bind(socket.get()); failure != 0) {
     return makePosixError(failure, "bind the socket of " + name);
   }
-  socketPath = address.left().socketPath();
+  socketPath = at.socketPath();
   if (::listen(socket.get(), SOMAXCONN) != 0) return makePosixError(errno, "listen to " + name);
-  nameLock = std::move(locked).takeLeft();
   listeningSocket = std::move(socket);
   return nullptr;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <unordered_map>
@@ -8,6 +9,7 @@
 #include "platform/files/LockFile.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/EntitlementDatabase.h"
+#include "platform/ipc/ServiceAddress.h"
 #include "platform/ipc/ServiceLimits.h"
 #include "platform/ipc/ServiceListener.h"
 #include "platform/ipc/UnixServiceConnection.h"
@@ -31,10 +33,11 @@ class UnixServiceListener final : public ServiceListener {
   UnixServiceListener& operator=(const UnixServiceListener&) = delete;
 
   void setDelegate(std::weak_ptr<ServiceListenerDelegate> newDelegate) override EXCLUDES(mutex);
+  [[nodiscard]] ErrorPtr claimName() override;
   [[nodiscard]] ErrorPtr resume() override;
 
  private:
-  [[nodiscard]] ErrorPtr openSocket();
+  [[nodiscard]] ErrorPtr openSocket(const ServiceAddress& at);
   void acceptConnections();
   void admit(FileDescriptor socket) EXCLUDES(mutex);
   void refuseOne(int failure);
@@ -48,7 +51,8 @@ class UnixServiceListener final : public ServiceListener {
   Mutex mutex;
   std::weak_ptr<ServiceListenerDelegate> delegate GUARDED_BY(mutex);
 
-  // Set by resume(), then the thread's own until it has ended.
+  // Set by claimName() and resume(), then the thread's own until it has ended.
+  std::optional<ServiceAddress> address;
   std::shared_ptr<LockFile> nameLock;
   std::filesystem::path socketPath;
   FileDescriptor listeningSocket;
