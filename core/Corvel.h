@@ -60,7 +60,8 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   // Follows the preference, then the curated card.
   void start();
   void startMonitoringPreferences();
-  // Stops following the preference; a pending deletion is called off.
+  // Stops following the preference; a pending deletion is called off. Until then the agent
+  // and its monitor hold each other.
   void stop();
 
   [[nodiscard]] bool featureEnabled() const;
