@@ -1,0 +1,28 @@
+// What one rebuild of the donated card costs, a donation: it has to be the same at any number.
+
+#include <benchmark/benchmark.h>
+
+#include "bench/SampleDonations.h"
+#include "mecard/ContactRebuilder.h"
+
+namespace quenlet {
+namespace {
+
+void rebuildCard(benchmark::State& state) {
+  const DonationValues donations = sampleDonations(static_cast<std::size_t>(state.range(0)));
+  const PersonNameComponents curatedName{.namePrefix = {},
+                                         .givenName = "Alex",
+                                         .middleName = {},
+                                         .familyName = "Morgan",
+                                         .nameSuffix = {},
+                                         .nickname = {}};
+  for (auto _ : state) {
+    ContactRebuilder rebuilder(donations, curatedName, {"alex@example.com"});
+    benchmark::DoNotOptimize(rebuilder.buildNewContact());
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(rebuildCard)->Arg(100)->Arg(10'000)->Arg(100'000);
+
+}  // namespace
+}  // namespace quenlet

@@ -1,0 +1,78 @@
+// What the donations file costs at 10,000 donations: its text against a copy of the same bytes, and
+// the restore against the XML library's bare parse of the same file.
+
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <pugixml.hpp>
+
+#include "bench/SampleDonations.h"
+#include "storage/DonationPersistence.h"
+
+namespace quenlet {
+namespace {
+
+constexpr std::size_t heldDonations = 10'000;
+
+// Takes the place of the file system: what is stored is loaded again.
+class MemoryDataProxy final : public DataProxy {
+ public:
+  Future<std::string> dataWithContentsOfURL(const std::filesystem::path&) override {
+    return Future<std::string>::futureWithResult(content);
+  }
+  Future<bool> writeData(std::string data, const std::filesystem::path&, WritingOptions) override {
+    content = std::move(data);
+    return Future<bool>::futureWithResult(true);
+  }
+  void keepDamagedFile(const std::filesystem::path&) override {}
+  ErrorPtr setExcludedFromBackups(const std::filesystem::path&) override { return nullptr; }
+
+  std::string content;
+};
+
+struct StoredTable final {
+  StoredTable() { benchmark::DoNotOptimize(persistence.storeWithAllValues(donations).result()); }
+  const DonationValues donations = sampleDonations(heldDonations);
+  const std::shared_ptr<MemoryDataProxy> proxy = std::make_shared<MemoryDataProxy>();
+  DonationPersistence persistence{proxy};
+};
+
+void copyTable(benchmark::State& state) {
+  const StoredTable table;
+  std::string copy(table.proxy->content.size(), '\0');
+  for (auto _ : state) {
+    std::memcpy(copy.data(), table.proxy->content.data(), copy.size());
+    benchmark::ClobberMemory();
+  }
+}
+
+void storeTable(benchmark::State& state) {
+  StoredTable table;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(table.persistence.storeWithAllValues(table.donations).result());
+  }
+}
+
+void parseTable(benchmark::State& state) {
+  const StoredTable table;
+  for (auto _ : state) {
+    pugi::xml_document document;
+    benchmark::DoNotOptimize(
+        document.load_buffer(table.proxy->content.data(), table.proxy->content.size()));
+  }
+}
+
+void restoreTable(benchmark::State& state) {
+  StoredTable table;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(table.persistence.loadDonations().result());
+  }
+}
+
+BENCHMARK(copyTable)->Unit(benchmark::kMicrosecond);
+BENCHMARK(storeTable)->Unit(benchmark::kMicrosecond);
+BENCHMARK(parseTable)->Unit(benchmark::kMicrosecond);
+BENCHMARK(restoreTable)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+}  // namespace quenlet
