@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <latch>
+#include <thread>
+
 #include "core/CorvelEntitlementDecorator.h"
 #include "core/DonationListenerDelegate.h"
 #include "platform/donations/AccountWire.h"
@@ -135,6 +139,23 @@ TEST_F(EntitlementGateTest, AnswersEveryOperationOfADeniedClientWithOneError) {
   EXPECT_EQ(agent->calls, 0);
   EXPECT_EQ(lookUps, 1);
   EXPECT_EQ(takeTrace(), Events{"caller: denyingRequestFromProcess: 42"});
+}
+
+TEST_F(EntitlementGateTest, ChecksOnceWhenTwoFirstCallsArriveTogether) {
+  std::array<ErrorPtr, 2> errors;
+  std::latch start(errors.size());
+  {
+    std::vector<std::jthread> clients;
+    for (ErrorPtr& error : errors) {
+      clients.emplace_back([&] {
+        start.arrive_and_wait();
+        gate.donateMeCardValues({}, [&error](const ErrorPtr& denial) { error = denial; });
+      });
+    }
+  }
+  EXPECT_TRUE(errors[0]);
+  EXPECT_EQ(errors[0], errors[1]);
+  EXPECT_EQ(lookUps, 1);
 }
 
 TEST_F(EntitlementGateTest, PassesAllOperationsOfAnEntitledClientThrough) {
