@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -46,19 +47,16 @@ class ChildProcess final {
 [[nodiscard]] std::string readFile(const std::filesystem::path& path);
 void writeFile(const std::filesystem::path& path, const std::string& content);
 
-// Looks every few milliseconds whether `condition` holds, for a minute at most.
-template <typename Condition>
-[[nodiscard]] bool eventually(Condition condition);
-
 void pauseBetweenLooks();
 
+// Looks every few milliseconds whether `condition` holds, for a minute at most.
 template <typename Condition>
-bool eventually(Condition condition) {
-  constexpr int looks = 6000;
-  for (int i = 0; i < looks; ++i) {
+[[nodiscard]] bool eventually(Condition condition) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  do {
     if (condition()) return true;
     pauseBetweenLooks();
-  }
+  } while (std::chrono::steady_clock::now() < deadline);
   return false;
 }
 

@@ -103,7 +103,7 @@ TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedUnderStableIdentifiers) {
   EXPECT_EQ(run({"donate", two, "--dry-run", "--bundle", "a:b", "--expires", "-0.5"}), 0);
   EXPECT_EQ(agent.takeCalls(), std::vector<std::string>{});
   EXPECT_EQ(out.str(),
-            "KIND          VALUE          BUNDLE  DONATION                        DONATED     "
+            "KIND          VALUE          BUNDLE  DONATION                         DONATED     "
             "EXPIRES\n"
             "name          Ann Berg       a:b     a%3Ab:two%20cards.vcf:1:name     2026-01-01  "
             "2025-12-31\n"
