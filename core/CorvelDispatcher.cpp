@@ -70,33 +70,36 @@ void CorvelDispatcher::perform(const std::string& selector, WireReader arguments
 }
 
 void CorvelDispatcher::donate(WireReader arguments, WireReply reply) const {
-  Result<DonationValues> values = DonationWire::decode(arguments);
+  Result<DonationValues> values =
+      gateAdmitsClient() ? DonationWire::decode(arguments) : Result<DonationValues>::left({});
   ErrorReply completionHandler = errorReply(std::move(reply));
   if (!values.isLeft()) {
     completionHandler(values.right());
     return;
   }
-  agent->donateMeCardValues(std::move(values).takeLeft(), std::move(completionHandler));
+  gate->donateMeCardValues(std::move(values).takeLeft(), std::move(completionHandler));
 }
 
 void CorvelDispatcher::removeIdentifiers(WireReader arguments, WireReply reply) const {
-  Result<std::vector<std::string>> identifiers = textListArgument(arguments);
+  using Identifiers = Result<std::vector<std::string>>;
+  Identifiers identifiers =
+      gateAdmitsClient() ? textListArgument(arguments) : Identifiers::left({});
   SuccessReply completionHandler = successReply(std::move(reply));
   if (!identifiers.isLeft()) {
     completionHandler(false, identifiers.right());
     return;
   }
-  agent->removeDonatedMeCardValuesForIdentifiers(std::move(identifiers).takeLeft(),
-                                                 std::move(completionHandler));
+  gate->removeDonatedMeCardValuesForIdentifiers(std::move(identifiers).takeLeft(),
+                                                std::move(completionHandler));
 }
 
 void CorvelDispatcher::removeBundle(WireReader arguments, WireReply reply) const {
-  agent->removeDonatedMeCardValuesWithBundleIdentifier(textArgument(arguments),
-                                                       successReply(std::move(reply)));
+  gate->removeDonatedMeCardValuesWithBundleIdentifier(textArgument(arguments),
+                                                      successReply(std::move(reply)));
 }
 
 void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
-  agent->fetchDonatedMeCard(
+  gate->fetchDonatedMeCard(
       [reply = std::move(reply)](const ContactPtr& contact, const ErrorPtr& error) {
         WireEncoder encoder;
         if (contact) {
@@ -110,7 +113,7 @@ void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
 }
 
 void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
-  agent->synchronousDonatedMeCard(
+  gate->synchronousDonatedMeCard(
       [reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
         WireEncoder encoder;
         ContactWire::encodeEither(encoder, contactOrError);
@@ -119,7 +122,7 @@ void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
 }
 
 void CorvelDispatcher::list(WireReader, WireReply reply) const {
-  agent->meCardDonations(
+  gate->meCardDonations(
       [reply = std::move(reply)](const std::shared_ptr<const DonationValues>& values,
                                  const ErrorPtr& error) {
         WireEncoder encoder;
@@ -134,26 +137,29 @@ void CorvelDispatcher::list(WireReader, WireReply reply) const {
 }
 
 void CorvelDispatcher::changeAccount(WireReader arguments, WireReply reply) const {
-  const Result<AccountPtr> oldAccount = AccountWire::decode(arguments);
-  const Result<AccountPtr> newAccount = AccountWire::decode(arguments);
+  const auto account = [this, &arguments] {
+    return gateAdmitsClient() ? AccountWire::decode(arguments) : Result<AccountPtr>::left(nullptr);
+  };
+  const Result<AccountPtr> oldAccount = account();
+  const Result<AccountPtr> newAccount = account();
   ErrorReply completionHandler = errorReply(std::move(reply));
   if (!oldAccount.isLeft() || !newAccount.isLeft()) {
     completionHandler(oldAccount.isLeft() ? newAccount.right() : oldAccount.right());
     return;
   }
-  agent->changeFromAccount(oldAccount.left(), newAccount.left(), std::move(completionHandler));
+  gate->changeFromAccount(oldAccount.left(), newAccount.left(), std::move(completionHandler));
 }
 
 void CorvelDispatcher::rejectValue(WireReader arguments, WireReply reply) const {
-  agent->rejectValueWithDonationIdentifier(textArgument(arguments), errorReply(std::move(reply)));
+  gate->rejectValueWithDonationIdentifier(textArgument(arguments), errorReply(std::move(reply)));
 }
 
 void CorvelDispatcher::rejectCluster(WireReader arguments, WireReply reply) const {
-  agent->rejectValuesWithClusterIdentifier(textArgument(arguments), errorReply(std::move(reply)));
+  gate->rejectValuesWithClusterIdentifier(textArgument(arguments), errorReply(std::move(reply)));
 }
 
 void CorvelDispatcher::removeRejections(WireReader, WireReply reply) const {
-  agent->removeAllRejectionsWithCompletionHandler(errorReply(std::move(reply)));
+  gate->removeAllRejectionsWithCompletionHandler(errorReply(std::move(reply)));
 }
 
 }  // namespace quenlet

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -8,13 +9,16 @@
 
 namespace quenlet {
 
-// Turns the requests of one connection into calls of CorvelProtocol, and its answers into replies.
-// Arguments that are of the right types, but no valid values, are answered with an error and do not
-// reach the agent. Immutable; called on the listener's thread.
+// Turns the requests of one connection into calls of the gate before the agent, and its answers
+// into replies. Arguments that are of the right types, but no valid values, are answered with an
+// error and do not reach the agent; those of a client that the gate refuses are not even looked at.
+// Immutable; called on the listener's thread.
 class CorvelDispatcher final : public ExportedObject {
  public:
-  explicit CorvelDispatcher(std::shared_ptr<CorvelProtocol> servedAgent)
-      : agent(std::move(servedAgent)) {}
+  // `admitsClient` tells whether `gate` lets the client's calls through.
+  CorvelDispatcher(std::shared_ptr<CorvelProtocol> connectionGate,
+                   std::function<bool()> admitsClient)
+      : gate(std::move(connectionGate)), gateAdmitsClient(std::move(admitsClient)) {}
 
   void perform(const std::string& selector, WireReader arguments, WireReply reply) override;
 
@@ -30,7 +34,8 @@ class CorvelDispatcher final : public ExportedObject {
   void rejectCluster(WireReader arguments, WireReply reply) const;
   void removeRejections(WireReader arguments, WireReply reply) const;
 
-  std::shared_ptr<CorvelProtocol> agent;
+  const std::shared_ptr<CorvelProtocol> gate;
+  const std::function<bool()> gateAdmitsClient;
 };
 
 }  // namespace quenlet

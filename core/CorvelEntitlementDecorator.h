@@ -25,6 +25,9 @@ class CorvelEntitlementDecorator final : public CorvelProtocol {
                              std::shared_ptr<CorvelProtocol> agent,
                              ConnectionProvider connectionProvider);
 
+  // Whether calls reach the agent; makes the check unless it has been made.
+  [[nodiscard]] bool admitsClient() { return denial() == nullptr; }
+
   void donateMeCardValues(DonationValues values, ErrorReply completionHandler) override;
   void removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
                                                SuccessReply completionHandler) override;

@@ -4,7 +4,6 @@
 
 #include "platform/PlatformServices.h"
 #include "platform/contacts/EmailAddress.h"
-#include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
@@ -14,11 +13,10 @@ const std::vector<KeyDescriptor>& nameKeys() {
   return keys;
 }
 
-// Canonically equivalent addresses are one address; of several forms the first in order stays.
 std::vector<std::string> normalizedAddresses(const Contact& contact) {
   std::vector<std::string> addresses;
   for (const auto& entry : contact.emailAddresses()) {
-    addresses.push_back(canonicalKey(EmailAddressNormalize(entry->value)));
+    addresses.push_back(EmailAddressNormalize(entry->value));
   }
   // The byte order of UTF-8 is the order of its code points.
   std::sort(addresses.begin(), addresses.end());
@@ -29,8 +27,12 @@ std::vector<std::string> normalizedAddresses(const Contact& contact) {
 }  // namespace
 
 ProductionInfoProvider::~ProductionInfoProvider() {
-  MutexLock lock(factsMutex);
-  if (observation) observation->cancel();
+  std::shared_ptr<Cancelable> token;
+  {
+    MutexLock lock(factsMutex);
+    token.swap(observation);
+  }
+  if (token) token->cancel();
 }
 
 std::optional<PersonNameComponents> ProductionInfoProvider::curatedName() const {

@@ -1,5 +1,7 @@
 #include "storage/DonationPersistence.h"
 
+#include <cerrno>
+
 #include "platform/donations/DonationError.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/PropertyListSerializer.h"
@@ -39,25 +41,26 @@ Result<PropertyList> parseDictionary(const std::string& bytes) {
   return parsed;
 }
 
-// Reads one file. A missing file is empty; a damaged one, too, once its bytes are kept.
+// Reads one file. A missing file is empty; one that cannot be read or is damaged, too, once it is
+// kept.
 template <typename T>
 Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
                Interpretation<T> interpret) {
   const Result<std::filesystem::path> url = fileLocation(name);
   if (!url.isLeft()) return Future<T>::futureWithResult(T{});
-  auto keepDamagedFile = [dataProxy, path = url.left()] { dataProxy->keepDamagedFile(path); };
   return dataProxy->dataWithContentsOfURL(url.left())
-      .flatMap([interpret, keepDamagedFile](const std::string& bytes) {
+      .flatMap([interpret, dataProxy, path = url.left()](const std::string& bytes) {
         const Result<PropertyList> parsed = parseDictionary(bytes);
-        if (!parsed.isLeft()) {
-          keepDamagedFile();
-          return Future<T>::futureWithError(parsed.right());
-        }
+        if (!parsed.isLeft()) return Future<T>::futureWithError(parsed.right());
         Reading<T> reading = interpret(*parsed.left().dictionary());
-        if (!reading.complete) keepDamagedFile();
+        if (!reading.complete) dataProxy->keepDamagedFile(path);
         return Future<T>::futureWithResult(std::move(reading.result));
       })
-      .recover([](const ErrorPtr&) { return Future<T>::futureWithResult(T{}); });
+      .recover([dataProxy, path = url.left()](const ErrorPtr& error) {
+        const bool isMissing = error->domain() == PosixErrorDomain && error->code() == ENOENT;
+        if (!isMissing) dataProxy->keepDamagedFile(path);
+        return Future<T>::futureWithResult(T{});
+      });
 }
 
 // The elements of the list of dictionaries under "donations", each read by `read`, which gives

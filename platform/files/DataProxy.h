@@ -26,8 +26,8 @@ class DataProxy {
   [[nodiscard]] virtual Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
                                                WritingOptions options) = 0;
 
-  // Keeps a copy of a damaged file's bytes beside it, as "<name>.damaged-<n>", before something new
-  // takes its place. On the calling thread.
+  // Keeps a damaged or unreadable file beside its name, as "<name>.damaged-<n>", before something
+  // new takes its place. On the calling thread.
   virtual void keepDamagedFile(const std::filesystem::path& url) = 0;
 
   // Marks a directory as excluded from backups. On the calling thread.

@@ -177,7 +177,7 @@ void PosixDataProxy::perform(Write write) {
 
 void PosixDataProxy::keepDamagedFile(const path& url) {
   const Result<std::string> content = readFile(url);
-  if (!content.isLeft()) return report(content.right());
+  if (!content.isLeft()) return keepUnreadableFile(url);
   std::uintmax_t number = newestDamagedCopy(url);
   const Result<std::string> newest = readFile(damagedCopy(url, number));
   if (newest.isLeft() && newest.left() == content.left()) return;
@@ -185,6 +185,16 @@ void PosixDataProxy::keepDamagedFile(const path& url) {
   do error = writer.create(damagedCopy(url, ++number), content.left());
   while (error && error->code() == EEXIST);
   if (error) report(error);
+}
+
+// What cannot be read cannot be copied; a second name keeps it when the first gets a new file.
+void PosixDataProxy::keepUnreadableFile(const path& url) const {
+  std::uintmax_t number = newestDamagedCopy(url);
+  std::error_code failure;
+  if (std::filesystem::equivalent(url, damagedCopy(url, number), failure)) return;
+  do std::filesystem::create_hard_link(url, damagedCopy(url, ++number), failure);
+  while (failure == std::errc::file_exists);
+  if (failure) report(makePosixError(failure.value(), "keep " + url.filename().string()));
 }
 
 ErrorPtr PosixDataProxy::setExcludedFromBackups(const path& directory) {

@@ -43,7 +43,8 @@ class PosixDataProxy final : public DataProxy {
   [[nodiscard]] Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
                                        WritingOptions options) override EXCLUDES(mutex);
   // Copies are numbered from 1 on. A file whose bytes are those of the newest copy is not copied
-  // again. A copy that cannot be written is reported on standard error.
+  // again. A file that cannot be read is kept by a hard link. What cannot be kept is reported on
+  // standard error.
   void keepDamagedFile(const std::filesystem::path& url) override;
   // By a CACHEDIR.TAG file, which backup programs honour.
   [[nodiscard]] ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override;
@@ -56,6 +57,7 @@ class PosixDataProxy final : public DataProxy {
     std::shared_ptr<Cancelable> hold;
   };
 
+  void keepUnreadableFile(const std::filesystem::path& url) const;
   [[nodiscard]] Result<std::string> readFile(const std::filesystem::path& file) const;
   [[nodiscard]] Future<bool> enqueue(Write write) EXCLUDES(mutex);
   void work() EXCLUDES(mutex);

@@ -55,7 +55,7 @@ class CorvelProxyTest : public testing::Test {
     listener->setDelegate(exporter);
     ASSERT_EQ(listener->resume(), nullptr);
   }
-  void serveAgent() { serve(std::make_shared<CorvelDispatcher>(agent)); }
+  void serveAgent() { serve(std::make_shared<CorvelDispatcher>(agent, [] { return true; })); }
   void stopServing() { listener.reset(); }
 
   // Calls all ten operations; `replied` is told of each reply by the operation's place in the
