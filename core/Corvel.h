@@ -49,6 +49,15 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   };
   using SaveReply = std::function<void(const SaveResponse&)>;
 
+  // The outcome of a rejection: the feedback store's error, values dropped and reported, or nothing
+  // that matched.
+  struct RejectionFailure final {
+    ErrorPtr error;
+  };
+  struct RejectionSuccess final {};
+  struct UnknownIdentifier final {};
+  using RejectionResult = std::variant<RejectionFailure, RejectionSuccess, UnknownIdentifier>;
+
   // With no persistence, one of its own over the environment's data proxy. Nothing runs yet.
   Corvel(std::shared_ptr<AgentEnvironmentProtocol> environment,
          std::shared_ptr<DonationPersistenceProtocol> persistence,
@@ -109,6 +118,14 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   std::function<bool(const DonationValue&)> readyForRenewal;
 
  private:
+  struct RejectionEvents;
+  // What a client asked to reject, and how it hears of the outcome.
+  struct Rejection final {
+    const RejectionEvents& events;
+    std::string identifier;
+    ErrorReply reply;
+  };
+
   // Whether a request is served before the preference has been read.
   enum class WhileUndetermined { served, refused };
 
@@ -117,6 +134,9 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void rebuildMeCard();
   void applyChange(const ChangeType& change, SaveReply saveReply);
   void deleteAllDonations();
+  [[nodiscard]] DonationValues valuesWhere(
+      const std::function<bool(const DonationValue&)>& selected) const;
+  void rejectValues(DonationValues values, const Rejection& rejection);
   void runEnableRoutine();
   void applySuppression(bool suppress);
 
@@ -125,6 +145,7 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void submitChange(ChangeType change, SaveReply saveReply);
   void save(SaveReply saveReply);
   void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply);
+  void reportRejection(const RejectionResult& result, const Rejection& rejection);
   void handOffForRenewal(const DonationValues& values) const;
   void handOffPreExpired(const DonationValues& values) const;
   void postValuesDidChange() const;

@@ -1,5 +1,5 @@
-// Operations of the client interface that this version does not serve: account changes and
-// rejections. Each says so instead of pretending.
+// The operation of the client interface that this version does not serve: account changes. It says
+// so instead of pretending.
 
 #include "core/Corvel.h"
 #include "platform/ipc/ServiceInterface.h"
@@ -16,18 +16,6 @@ ErrorPtr notServed(const char* operation) {
 
 void Corvel::changeFromAccount(AccountPtr, AccountPtr, ErrorReply completionHandler) {
   completionHandler(notServed("changeFromAccount:toAccount:completionHandler:"));
-}
-
-void Corvel::rejectValueWithDonationIdentifier(std::string, ErrorReply completionHandler) {
-  completionHandler(notServed("rejectValueWithDonationIdentifier:completionHandler:"));
-}
-
-void Corvel::rejectValuesWithClusterIdentifier(std::string, ErrorReply completionHandler) {
-  completionHandler(notServed("rejectValuesWithClusterIdentifier:completionHandler:"));
-}
-
-void Corvel::removeAllRejectionsWithCompletionHandler(ErrorReply completionHandler) {
-  completionHandler(notServed("removeAllRejectionsWithCompletionHandler:"));
 }
 
 }  // namespace quenlet

@@ -80,14 +80,16 @@ void DonationPreferencesMonitor::preferenceDelivered(bool enabled) {
 }
 
 void DonationPreferencesMonitor::startDelay() {
-  // One lock from cancelling to keeping the token: values delivered together leave one delay.
-  MutexLock lock(mutex);
-  if (delayToken) delayToken->cancel();
-  delayToken = schedulerProvider->backgroundScheduler()->afterDelay(
+  std::shared_ptr<Cancelable> delay = schedulerProvider->backgroundScheduler()->afterDelay(
       disableDelaySeconds, [weakSelf = weak_from_this()] {
         const auto self = weakSelf.lock();
         if (const auto enable = self ? self->onEnable() : nullptr) enable(false);
       });
+  {
+    MutexLock lock(mutex);
+    delay.swap(delayToken);
+  }
+  if (delay) delay->cancel();
 }
 
 }  // namespace quenlet

@@ -38,6 +38,11 @@ void DonationTable::removeIf(const std::function<bool(const DonationValue&)>& un
   rows = std::move(changed);
 }
 
+DonationValuePtr DonationTable::find(const std::string& donationIdentifier) const {
+  const auto found = index.find(canonicalKey(donationIdentifier));
+  return found == index.end() ? nullptr : (*rows)[found->second];
+}
+
 void DonationTable::removeIdentifiers(const std::vector<std::string>& donationIdentifiers) {
   std::unordered_set<std::string> unwanted;
   for (const std::string& identifier : donationIdentifiers) {

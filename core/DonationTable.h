@@ -29,6 +29,8 @@ class DonationTable final {
   // Drops the values whose origin has this bundle identifier.
   void removeBundle(const std::string& bundleIdentifier);
 
+  // The value under an identifier, or null.
+  [[nodiscard]] DonationValuePtr find(const std::string& donationIdentifier) const;
   // All values, in the table's order; later changes do not touch the list.
   [[nodiscard]] const std::shared_ptr<const DonationValues>& snapshot() const { return rows; }
 

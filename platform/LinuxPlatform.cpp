@@ -1,9 +1,12 @@
 #include "platform/LinuxPlatform.h"
 
+#include <cerrno>
 #include <system_error>
 
 #include "platform/contacts/VCardContactStore.h"
 #include "platform/donations/PropertyListFeedbackStore.h"
+#include "platform/files/DurableDirectory.h"
+#include "platform/files/PosixFileOperations.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/ipc/UnixServiceListener.h"
 #include "platform/logging/StructuredLoggerProvider.h"
@@ -39,6 +42,20 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       scope(makeServices()) {}
 
 LinuxPlatform::~LinuxPlatform() = default;
+
+ErrorPtr LinuxPlatform::claimDonations() {
+  const std::filesystem::path directory = library / "Contacts" / "Donations";
+  PosixFileOperations operations;
+  if (DurableDirectory::ensure(operations, directory) != 0) return nullptr;
+  auto locked = LockFile::tryLock(directory / "agent.lock");
+  if (locked.isLeft()) {
+    donationsLock = std::move(locked).takeLeft();
+  } else if (locked.right()->code() == EWOULDBLOCK) {
+    return makeServiceError(ServiceErrorCode::nameTaken,
+                            "another agent keeps this user's donations");
+  }
+  return nullptr;
+}
 
 void LinuxPlatform::watchMeCard() {
   std::call_once(meCardWatchStarted, [this] {

@@ -6,6 +6,7 @@
 
 #include "platform/PlatformServices.h"
 #include "platform/donations/PropertyListDonationPreferences.h"
+#include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/ipc/EntitlementDatabase.h"
 #include "platform/notifications/MeCardFileWatch.h"
@@ -29,6 +30,12 @@ class LinuxPlatform final {
   LinuxPlatform(const LinuxPlatform&) = delete;
   LinuxPlatform& operator=(const LinuxPlatform&) = delete;
 
+  // Makes this process the only one that keeps donations in this home, for this object's life: a
+  // session with another runtime directory has service names of its own, but the same files. An
+  // error when another process does so already; where no lock can be made, nothing can be saved
+  // either, and that is no error yet.
+  [[nodiscard]] ErrorPtr claimDonations();
+
   [[nodiscard]] RunLoop& mainRunLoop() { return runLoop; }
 
  private:
@@ -39,6 +46,7 @@ class LinuxPlatform final {
   [[nodiscard]] std::filesystem::path meCardPath() const { return library / "Contacts" / "me.vcf"; }
 
   const std::filesystem::path library;
+  std::shared_ptr<LockFile> donationsLock;
   RunLoop runLoop;
   const std::shared_ptr<SchedulerProvider> schedulerProvider;
   const std::shared_ptr<PosixDataProxy> dataProxy;

@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <cstdlib>
 
 #include "core/AgentProcess.h"
 #include "platform/LinuxPlatform.h"
@@ -7,7 +8,22 @@ namespace {
 
 int complain(const std::string& problem) {
   std::fprintf(stderr, "quenlet-agent: %s\n", problem.c_str());
-  return 1;
+  return EXIT_FAILURE;
+}
+
+int runAgent() {
+  auto opened = quenlet::LinuxPlatform::open();
+  if (!opened.isLeft()) return complain(opened.right()->description());
+  // Kept until the process exits: the agent's parts hold each other for good, and blocks that are
+  // still queued when the run loop ends use the platform.
+  quenlet::LinuxPlatform& platform = *std::move(opened).takeLeft().release();
+  if (const quenlet::ErrorPtr error = platform.claimDonations()) {
+    return complain(error->description());
+  }
+  auto& process = *new quenlet::AgentProcess(platform.mainRunLoop());
+  if (const quenlet::ErrorPtr error = process.start()) return complain(error->description());
+  process.run();
+  return EXIT_SUCCESS;
 }
 
 }  // namespace
@@ -17,12 +33,7 @@ int main(int argc, char*[]) {
     complain("takes no arguments");
     return 2;
   }
-  const auto platform = quenlet::LinuxPlatform::open();
-  if (!platform.isLeft()) return complain(platform.right()->description());
-
-  // Kept until the process exits: the agent's parts hold each other for good.
-  static auto& process = *new quenlet::AgentProcess(platform.left()->mainRunLoop());
-  if (const quenlet::ErrorPtr error = process.start()) return complain(error->description());
-  process.run();
-  return 0;
+  // Whatever other threads are at, what was acknowledged is on the disk: nothing is to be torn down
+  // under them.
+  std::_Exit(runAgent());
 }

@@ -1,5 +1,6 @@
 #include "platform/logging/StructuredLog.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -50,13 +51,20 @@ struct ArgumentWriter final {
 }  // namespace
 
 void StandardErrorLogSink::write(const std::string& line) {
+  constexpr int patienceMilliseconds = 1000;
   const std::string whole = line + "\n";
   std::string_view rest = whole;
+  MutexLock lock(mutex);
   while (!rest.empty()) {
     const ssize_t written = ::write(STDERR_FILENO, rest.data(), rest.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return;
-    rest.remove_prefix(static_cast<std::size_t>(written));
+    if (written > 0) {
+      rest.remove_prefix(static_cast<std::size_t>(written));
+      continue;
+    }
+    pollfd writable{STDERR_FILENO, POLLOUT, 0};
+    const bool mayTryAgain =
+        errno == EINTR || (errno == EAGAIN && ::poll(&writable, 1, patienceMilliseconds) > 0);
+    if (!mayTryAgain) return;
   }
 }
 

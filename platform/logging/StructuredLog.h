@@ -9,6 +9,7 @@
 
 #include "model/DonationValue.h"
 #include "platform/foundation/Error.h"
+#include "platform/foundation/Mutex.h"
 
 namespace quenlet {
 
@@ -19,11 +20,14 @@ class LogSink {
   virtual void write(const std::string& line) = 0;
 };
 
-// Writes each line to standard error in one piece, so that lines of several threads and processes
-// do not mix. A line that standard error does not take is lost.
+// Writes lines to standard error, one after the other, so that those of several threads do not mix.
+// The rest of a line that standard error has not taken after a while is lost.
 class StandardErrorLogSink final : public LogSink {
  public:
-  void write(const std::string& line) override;
+  void write(const std::string& line) override EXCLUDES(mutex);
+
+ private:
+  Mutex mutex;
 };
 
 // One argument of an event. A donated value is written by its kind, bundle and donation identifier,

@@ -75,10 +75,12 @@ class FakeNotificationCenter final : public DistributedNotificationCenter {
   std::list<std::pair<std::string, std::function<void()>>> observers;
 };
 
-// Takes the values of these donations for rejected, for the me card alone.
+// Takes the values of these donations for rejected, for the me card alone. Rejecting fails with
+// `failure` when there is one.
 class FakeFeedbackStore final : public DonationFeedbackStore {
  public:
   std::set<std::string> rejectedDonations;
+  ErrorPtr failure;
 
   bool donatedValueHasBeenConfirmedOrRejected(const DonationValue& value,
                                               const std::string& contactIdentifier) override {
@@ -88,7 +90,7 @@ class FakeFeedbackStore final : public DonationFeedbackStore {
   void rejectDonatedValues(const DonationValues& values, const std::string&,
                            std::function<void(ErrorPtr)> completionHandler) override {
     for (const auto& value : values) rejectedDonations.insert(value->origin().donationIdentifier);
-    completionHandler(nullptr);
+    completionHandler(failure);
   }
 };
 
