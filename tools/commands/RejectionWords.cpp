@@ -12,14 +12,17 @@ void RejectionWords::addTo(CLI::App& app, ChosenAction& chosen) {
                &CorvelProtocol::rejectValueWithDonationIdentifier);
   addRejection(app, chosen, "reject-cluster", "Keep all values of a cluster away",
                &CorvelProtocol::rejectValuesWithClusterIdentifier);
-  app.add_subcommand("clear-rejections", "Let rejected values come back")->callback([&chosen] {
-    chosen = [](Session& session) {
-      const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
-        session.agent.removeAllRejectionsWithCompletionHandler(std::move(reply));
+  app.add_subcommand(
+         "clear-rejections",
+         "Ask the agent to forget rejections (it keeps none of its own: the feedback file decides)")
+      ->callback([&chosen] {
+        chosen = [](Session& session) {
+          const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
+            session.agent.removeAllRejectionsWithCompletionHandler(std::move(reply));
+          });
+          return session.finishWith(error);
+        };
       });
-      return session.finishWith(error);
-    };
-  });
 }
 
 void RejectionWords::addRejection(CLI::App& app, ChosenAction& chosen, const char* name,
