@@ -17,22 +17,13 @@ class AgentFixture : public EnvironmentTest {
   ~AgentFixture() override { agent->stop(); }
 
   void run() { environment->schedulers.runUntilIdle(); }
-  // Runs `block` in a writer block, as callers of the unlocked operations do.
-  void write(const std::function<void()>& block) {
-    agent->lock()->performWriterBlock(block);
+  void setEnabled(bool enabled) {
+    agent->lock()->performWriterBlock([this, enabled] { agent->setFeatureEnabled(enabled); });
     run();
   }
-  void enable() {
-    write([this] { agent->setFeatureEnabled(true); });
-    static_cast<void>(takeTrace());
-  }
-  void disable() {
-    write([this] { agent->setFeatureEnabled(false); });
-    static_cast<void>(takeTrace());
-  }
-  // An enabled agent that holds these donations.
+  // An enabled agent that holds these donations, with nothing in the trace.
   void hold(const DonationValues& values) {
-    enable();
+    setEnabled(true);
     agent->donateMeCardValues(values, [](const ErrorPtr&) {});
     run();
     static_cast<void>(takeTrace());
@@ -50,11 +41,9 @@ class AgentFixture : public EnvironmentTest {
       noteReply((success ? "true " : "false ") + outcome(error));
     };
   }
-  // Addresses and numbers of the card: "a@x +1".
   [[nodiscard]] static std::string described(const Contact& card) {
-    std::string text = card.givenName();
+    std::string text = "card";
     for (const auto& entry : card.emailAddresses()) text += " " + entry->value;
-    for (const auto& entry : card.phoneNumbers()) text += " " + entry->value.stringValue();
     return text;
   }
 
@@ -71,17 +60,16 @@ class AgentFixture : public EnvironmentTest {
           values.empty() ? "" : values.front()->origin().bundleIdentifier, successReply());
     } else if (request == CorvelSelector::fetch) {
       agent->fetchDonatedMeCard([this](const ContactPtr& card, const ErrorPtr& error) {
-        noteReply(card ? "card" + described(*card) : outcome(error));
+        noteReply(card ? described(*card) : outcome(error));
       });
     } else if (request == CorvelSelector::synchronousFetch) {
       agent->synchronousDonatedMeCard([this](const Result<ContactPtr>& card) {
-        noteReply(card.isLeft() ? "card" + described(*card.left()) : outcome(card.right()));
+        noteReply(card.isLeft() ? described(*card.left()) : outcome(card.right()));
       });
     } else {
-      agent->meCardDonations(
-          [this](const std::shared_ptr<const DonationValues>& list, const ErrorPtr& error) {
-            noteReply(list ? "list " + identifiersOf(*list) : outcome(error));
-          });
+      agent->meCardDonations([this](const auto& list, const ErrorPtr& error) {
+        noteReply(list ? "list " + identifiersOf(*list) : outcome(error));
+      });
     }
   }
   // What a request leads to, all blocks run.
@@ -100,6 +88,7 @@ class AgentFixture : public EnvironmentTest {
     return "no reply";
   }
 
+  const std::string posted = std::string("writer: post ") + MeCardValuesDidChangeNotification;
   const std::shared_ptr<FakePersistence> persistence =
       std::make_shared<FakePersistence>(environment->trace);
   const std::shared_ptr<FakeCuratedInfoProvider> curated =

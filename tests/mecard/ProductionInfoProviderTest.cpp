@@ -56,7 +56,6 @@ TEST_F(ProductionInfoProviderTest, CallsTheHandlerOnceForEachChangeOfAFact) {
   EXPECT_EQ(notice(), events("true,true", "false", true));
   setCard("ann", "Lee", {"a@x"});
   EXPECT_EQ(notice(), events("true,false", "true", true));
-  EXPECT_EQ(notice(), events("true,false", "false", false));
   setCard("", "", {"a@x"});
   EXPECT_EQ(notice(), events("true,true", "false", true));
   EXPECT_EQ(provider->curatedName(), PersonNameComponents{});
@@ -64,11 +63,6 @@ TEST_F(ProductionInfoProviderTest, CallsTheHandlerOnceForEachChangeOfAFact) {
   EXPECT_EQ(notice(), events("false,true", "true", true));
   EXPECT_EQ(provider->curatedName(), std::nullopt);
   EXPECT_EQ(provider->curatedEmailAddresses(), std::vector<std::string>{});
-}
-
-TEST_F(ProductionInfoProviderTest, StaysSilentWithoutACardAtStart) {
-  start();
-  EXPECT_EQ(takeTrace(), events("false,false", "false", false));
 }
 
 TEST_F(ProductionInfoProviderTest, TellsOfAChangeThatIsNoticedWhileItStarts) {
@@ -85,16 +79,6 @@ TEST_F(ProductionInfoProviderTest, ObservesOnceHoweverOftenItIsStarted) {
   start();
   static_cast<void>(takeTrace());
   EXPECT_EQ(notice(), events("false,false", "false", false));
-}
-
-TEST_F(ProductionInfoProviderTest, UpdatesWithoutMonitoringAndLogsNothing) {
-  setCard("Ann", "", {});
-  EXPECT_TRUE(provider->updateCuratedName(environment->contacts->card));
-  EXPECT_FALSE(provider->updateCuratedName(environment->contacts->card));
-  provider->setCuratedEmailAddresses({"B@x"});
-  EXPECT_EQ(provider->curatedEmailAddresses(), std::vector<std::string>{"B@x"});
-  EXPECT_TRUE(provider->updateCuratedEmailAddresses(nullptr));
-  EXPECT_EQ(takeTrace(), Events{});
 }
 
 }  // namespace

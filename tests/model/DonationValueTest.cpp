@@ -7,20 +7,17 @@
 namespace quenlet {
 namespace {
 
-const DonationValues& oneOfEachKind() {
-  static const DonationValues values = {
-      named({.givenName = "Ann", .nickname = ""}, from("app", "1", "cluster")),
-      email("Ann@x", from("app", "2", "")),
-      phone("+49 30 123456", from("app", "3", std::nullopt, Date(-0.1))),
-      postal({.city = "Berlin"}, from("app", "4"), PostalAddressStyle::abbreviated),
-      postal({}, from("app", "5")),
-      image(std::string("\0\xff", 2), from("app", "6")),
-  };
-  return values;
-}
+const DonationValues oneOfEachKind = {
+    named({.givenName = "Ann", .nickname = ""}, from("app", "1", "cluster")),
+    email("Ann@x", from("app", "2", "")),
+    phone("+49 30 123456", from("app", "3", std::nullopt, Date(-0.1))),
+    postal({.city = "Berlin"}, from("app", "4"), PostalAddressStyle::abbreviated),
+    postal({}, from("app", "5")),
+    image(std::string("\0\xff", 2), from("app", "6")),
+};
 
 TEST(DonationValueTest, SurvivesItsPropertyListForm) {
-  for (const DonationValuePtr& value : oneOfEachKind()) {
+  for (const DonationValuePtr& value : oneOfEachKind) {
     const auto read =
         DonationValue::initWithPropertyListRepresentation(value->propertyListRepresentation());
     ASSERT_TRUE(read) << value->origin().donationIdentifier;
@@ -29,7 +26,7 @@ TEST(DonationValueTest, SurvivesItsPropertyListForm) {
 }
 
 TEST(DonationValueTest, ChangesNothingButTheExpirationDateInACopy) {
-  for (const DonationValuePtr& value : oneOfEachKind()) {
+  for (const DonationValuePtr& value : oneOfEachKind) {
     const DonationValuePtr copy = value->copyWithNewExpirationDate(Date(7));
     PropertyListDictionary expected = value->propertyListRepresentation();
     PropertyListDictionary origin = *findDictionary(expected, "origin");
@@ -47,32 +44,28 @@ TEST(DonationValueTest, RefusesWhatIsNoRecord) {
   const Entries origin = *findDictionary(email("a@x")->propertyListRepresentation(), "origin");
   const Entries good{{"emailAddress", "a@x"}, {"label", "h"}, {"origin", origin}, {"other", 1}};
   ASSERT_TRUE(DonationValue::initWithPropertyListRepresentation(good));
-  const struct {
-    const char* name;
-    Entries changes;  // an entry false stands for none
-  } rows[] = {
+  // A changed entry that is false stands for none.
+  const Entries::value_type none("emailAddress", false);
+  const std::pair<const char*, Entries> rows[] = {
       {"no origin", {{"origin", false}}},
       {"empty origin", {{"origin", Entries{}}}},
       {"two kinds", {{"imageData", Data{"x"}}}},
-      {"no kind", {{"emailAddress", false}}},
+      {"no kind", {none}},
       {"no label", {{"label", false}}},
       {"number as address", {{"emailAddress", 1}}},
-      {"no phone number", {{"emailAddress", false}, {"phoneNumber", "none"}}},
-      {"postal without style",
-       {{"emailAddress", false}, {"postalAddress", Entries{{"city", "x"}}}}},
-      {"postal without known field",
-       {{"emailAddress", false}, {"postalAddress", Entries{{"x", "x"}}}, {"style", 0}}},
-      {"name with a number",
-       {{"emailAddress", false}, {"nameComponents", Entries{{"givenName", 1}}}}},
-      {"image as text", {{"emailAddress", false}, {"imageData", "x"}}},
+      {"no phone number", {none, {"phoneNumber", "none"}}},
+      {"postal without style", {none, {"postalAddress", Entries{{"city", "x"}}}}},
+      {"postal of unknown fields", {none, {"postalAddress", Entries{{"x", "x"}}}, {"style", 0}}},
+      {"name with a number", {none, {"nameComponents", Entries{{"givenName", 1}}}}},
+      {"image as text", {none, {"imageData", "x"}}},
   };
-  for (const auto& row : rows) {
+  for (const auto& [name, changes] : rows) {
     Entries bad = good;
-    for (const auto& [key, entry] : row.changes) {
+    for (const auto& [key, entry] : changes) {
       bad.erase(key);
       if (!entry.boolean()) bad.emplace(key, entry);
     }
-    EXPECT_FALSE(DonationValue::initWithPropertyListRepresentation(bad)) << row.name;
+    EXPECT_FALSE(DonationValue::initWithPropertyListRepresentation(bad)) << name;
   }
 }
 
@@ -82,8 +75,7 @@ TEST(DonationValueTest, CastsEachKindToItsValue) {
   EXPECT_EQ(phone("+49 30 123456")->value(), Value::phoneNumber("+49 30 123456", "home"));
   EXPECT_EQ(postal({.city = "B"}, from("a", "b"), PostalAddressStyle::abbreviated)->value(),
             Value::postalAddress({.city = "B"}, PostalAddressStyle::abbreviated, "home"));
-  const auto picture = image("bytes");
-  const Value cast = picture->value();
+  const Value cast = image("bytes")->value();
   EXPECT_EQ(*std::get<Value::ImageData>(cast.cases()).bytes, "bytes");
 }
 

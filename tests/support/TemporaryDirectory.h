@@ -4,6 +4,8 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <system_error>
 
@@ -29,5 +31,11 @@ class TemporaryDirectory final {
  private:
   std::filesystem::path directory;
 };
+
+// The content of a file; empty when there is none.
+[[nodiscard]] inline std::string readFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
 
 }  // namespace quenlet

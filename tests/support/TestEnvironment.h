@@ -7,16 +7,18 @@
 #include "platform/PlatformServices.h"
 #include "platform/logging/StructuredLoggerProvider.h"
 #include "tests/support/FakeServices.h"
+#include "tests/support/ManualSchedulers.h"
 #include "tests/support/RecordingLog.h"
-#include "tests/support/TracingSchedulers.h"
 
 namespace quenlet {
 
 // An agent's environment of fakes that share one trace.
 class TestEnvironment final : public AgentEnvironmentProtocol {
  public:
-  Trace trace;
-  ManualSchedulerProvider schedulers;
+  const std::shared_ptr<ManualSchedulerProvider> provider =
+      std::make_shared<ManualSchedulerProvider>();
+  ManualSchedulerProvider& schedulers = *provider;
+  Trace& trace = schedulers.trace();
   const std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>(trace);
   const std::shared_ptr<FakeNotificationCenter> center =
       std::make_shared<FakeNotificationCenter>(trace);
@@ -26,7 +28,7 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
   const std::shared_ptr<StructuredLoggerProvider> loggers =
       std::make_shared<StructuredLoggerProvider>(log, [this] { return schedulers.now(); });
 
-  std::shared_ptr<SchedulerProvider> schedulerProvider() override { return tracing; }
+  std::shared_ptr<SchedulerProvider> schedulerProvider() override { return provider; }
   std::shared_ptr<AgentLogger> logger() override { return loggers->agentLogger(); }
   std::shared_ptr<DataProxy> dataProxy() override { return nullptr; }
   std::shared_ptr<DonationPreferences> donationPreferences() override { return preferences; }
@@ -40,15 +42,11 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
     PlatformServices services;
     services.now = [this] { return schedulers.now(); };
     services.defaultLoggerProvider = [this] { return loggers; };
-    services.defaultSchedulerProvider = [this] { return tracing; };
+    services.defaultSchedulerProvider = [this] { return provider; };
     services.makeDonationFeedbackStore = [] { return std::make_shared<FakeFeedbackStore>(); };
     services.makeContactStore = [this] { return contacts; };
     return services;
   }
-
- private:
-  const std::shared_ptr<TracingSchedulerProvider> tracing =
-      std::make_shared<TracingSchedulerProvider>(schedulers, trace);
 };
 
 // A test whose platform is fakes.

@@ -14,19 +14,16 @@ TEST(StructuredAgentLoggerTest, WritesEventsAsJSONWithoutDonatedContent) {
   StructuredAgentLogger logger(StructuredLog(sink, [] { return Date(0.5); }));
   logger.agentWillStart();
   logger.denyingRequestFromProcess(-7);
-  logger.contactsChangedNotificationFoundName(true, false);
   logger.willRenewValues({email("secret@x", from("a\"b", "e")), image("secret", from("b", "i"))},
                          "donor");
   logger.didRenewValue(phone("+49 30 123456", from("b", "t")), Date(86400));
   logger.couldNotRejectDonationIdentifier("d", makeError("domain", 3, "why"));
-  logger.couldNotRenewBecauseDonorError(nullptr);
   const std::string head = R"({"time":"1970-01-01T00:00:00Z","event":)";
   EXPECT_EQ(
       sink->lines,
       (std::vector<std::string>{
           head + R"("agentWillStart"})",
           head + R"("denyingRequestFromProcess:","arguments":[-7]})",
-          head + R"("contactsChangedNotificationFoundName:nameChanged:","arguments":[true,false]})",
           head + R"("willRenewValues:withDonor:","arguments":[[)"
                  R"({"kind":"emailAddress","bundleIdentifier":"a\"b","donationIdentifier":"e"},)"
                  R"({"kind":"imageData","bundleIdentifier":"b","donationIdentifier":"i"}],)"
@@ -35,7 +32,6 @@ TEST(StructuredAgentLoggerTest, WritesEventsAsJSONWithoutDonatedContent) {
                  R"({"kind":"phoneNumber","bundleIdentifier":"b","donationIdentifier":"t"},)"
                  R"("1970-01-02T00:00:00Z"]})",
           head + R"("couldNotRejectDonationIdentifier:error:","arguments":["d","domain 3: why"]})",
-          head + R"("couldNotRenewBecauseDonorError:","arguments":[null]})",
       }));
 }
 

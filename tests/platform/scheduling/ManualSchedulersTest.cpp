@@ -26,7 +26,6 @@ TEST_F(ManualSchedulersTest, RunsBlocksOfAllSchedulersInSubmissionOrderOnlyWhenT
   state->performWriterBlock(note(99))->cancel();
   state->performWriterBlock(note(3));
   schedulers.immediateScheduler()->performBlock(note(1));
-  EXPECT_EQ(schedulers.pendingCount(), 3U);
   EXPECT_EQ(ran, std::vector<int>({1}));
   schedulers.runUntilIdle();
   EXPECT_EQ(ran, std::vector<int>({1, 2, 3, 4}));
@@ -48,7 +47,6 @@ TEST_F(ManualSchedulersTest, FiresDelayedBlocksAtTheirInstantInDeadlineOrder) {
   EXPECT_TRUE(instants.empty());
   schedulers.advance(3.5);
   EXPECT_EQ(instants, std::vector<double>({2.0, 3.0, 5.0}));
-  EXPECT_EQ(schedulers.delayedCount(), 0U);
 }
 
 TEST_F(ManualSchedulersTest, SynchronousReaderSeesOnlyItsOwnSchedulersEarlierBlocks) {

