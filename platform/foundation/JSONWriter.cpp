@@ -9,7 +9,14 @@ namespace {
 
 bool standsForItself(char c) {
   const auto byte = static_cast<unsigned char>(c);
-  return byte >= 0x20 && byte < 0x80 && c != '"' && c != '\\';
+  return byte >= 0x20 && byte < 0x7F && c != '"' && c != '\\';
+}
+
+// What a terminal, a line reader or an old script engine could take for more than text: controls,
+// separators of lines, and whatever turns the direction of the text that follows.
+bool needsEscape(char32_t character) {
+  return character <= 0x9F || (character >= 0x2028 && character <= 0x202E) ||
+         (character >= 0x2066 && character <= 0x2069);
 }
 
 void appendEscape(std::string& output, char32_t character) {
@@ -21,8 +28,8 @@ void appendEscape(std::string& output, char32_t character) {
     }
   }
   constexpr std::string_view digits = "0123456789abcdef";
-  output += "\\u00";
-  output += {digits[character >> 4 & 15], digits[character & 15]};
+  output += "\\u";
+  for (const int shift : {12, 8, 4, 0}) output += digits[character >> shift & 15];
 }
 
 void appendQuoted(std::string& output, std::string_view text) {
@@ -35,7 +42,7 @@ void appendQuoted(std::string& output, std::string_view text) {
     text.remove_prefix(plain);
     if (text.empty()) break;
     const char32_t character = takeCharacter(text).value_or(replacement);
-    if (character < 0x80) {
+    if (needsEscape(character)) {
       appendEscape(output, character);
     } else {
       appendCharacter(output, character);

@@ -10,7 +10,9 @@ namespace quenlet {
 
 // Builds one JSON text, front to back. The caller opens and closes containers in pairs and, inside
 // an object, gives a key before each value; commas are put in by themselves. Text that is not valid
-// UTF-8 has its bad bytes replaced by U+FFFD, so that the result is always valid JSON.
+// UTF-8 has its bad bytes replaced by U+FFFD, so that the result is always valid JSON. Control
+// characters, C1 and DEL included, line separators and bidirectional controls are escaped, so that
+// the text does nothing to the terminal that shows it.
 // One thread at a time.
 class JSONWriter final {
  public:
