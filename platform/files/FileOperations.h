@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <filesystem>
 
@@ -20,6 +21,13 @@ class FileOperations {
   [[nodiscard]] virtual int rename(const std::filesystem::path& from,
                                    const std::filesystem::path& to) = 0;
   [[nodiscard]] virtual int mkdir(const std::filesystem::path& directory, mode_t mode) = 0;
+  // Gives the file that `from` names or leads to a second name. Not every file system can: then,
+  // as here, it fails with EOPNOTSUPP or another error, and callers have to do without.
+  [[nodiscard]] virtual int link(const std::filesystem::path& /*from*/,
+                                 const std::filesystem::path& /*to*/) {
+    errno = EOPNOTSUPP;
+    return -1;
+  }
 };
 
 }  // namespace quenlet

@@ -33,13 +33,15 @@ FileOperations& systemOperations() {
   return operations;
 }
 
-// 0 or an errno value. The size that the file claims is not trusted.
+// 0 or an errno value. The size that the file claims is not trusted: it may grow meanwhile.
 int readAll(FileOperations& operations, int descriptor, std::string& content) {
   std::array<char, 65536> buffer;
   while (true) {
     const ssize_t count = operations.read(descriptor, buffer.data(), buffer.size());
     if (count == 0) return 0;
     if (count > 0) {
+      const std::size_t room = PosixDataProxy::maximumFileSizeInBytes - content.size();
+      if (static_cast<std::size_t>(count) > room) return EFBIG;
       content.append(buffer.data(), static_cast<std::size_t>(count));
     } else if (errno != EINTR) {
       return errno;
@@ -112,6 +114,7 @@ Result<std::string> PosixDataProxy::readFile(const path& file) const try {
   struct stat status {};
   if (::fstat(descriptor.get(), &status) != 0) return failed(errno);
   if (!S_ISREG(status.st_mode)) return failed(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
+  if (static_cast<std::uintmax_t>(status.st_size) > maximumFileSizeInBytes) return failed(EFBIG);
   std::string content;
   if (const int failure = readAll(operations, descriptor.get(), content)) return failed(failure);
   return Content::left(std::move(content));
@@ -176,25 +179,39 @@ void PosixDataProxy::perform(Write write) {
 }
 
 void PosixDataProxy::keepDamagedFile(const path& url) {
-  const Result<std::string> content = readFile(url);
-  if (!content.isLeft()) return keepUnreadableFile(url);
-  std::uintmax_t number = newestDamagedCopy(url);
-  const Result<std::string> newest = readFile(damagedCopy(url, number));
-  if (newest.isLeft() && newest.left() == content.left()) return;
+  const std::uintmax_t newest = newestDamagedCopy(url);
+  std::error_code unknown;
+  if (std::filesystem::equivalent(url, damagedCopy(url, newest), unknown)) return;
   ErrorPtr error;
-  do error = writer.create(damagedCopy(url, ++number), content.left());
-  while (error && error->code() == EEXIST);
+  if (linkDamagedFile(url, newest + 1) == 0) {
+    if (const int failure = DurableDirectory::synchronize(operations, DurableDirectory::of(url))) {
+      error = makePosixError(failure, "keep " + url.filename().string());
+    }
+  } else {
+    error = copyDamagedFile(url, newest);
+  }
   if (error) report(error);
 }
 
-// What cannot be read cannot be copied; a second name keeps it when the first gets a new file.
-void PosixDataProxy::keepUnreadableFile(const path& url) const {
-  std::uintmax_t number = newestDamagedCopy(url);
-  std::error_code failure;
-  if (std::filesystem::equivalent(url, damagedCopy(url, number), failure)) return;
-  do std::filesystem::create_hard_link(url, damagedCopy(url, ++number), failure);
-  while (failure == std::errc::file_exists);
-  if (failure) report(makePosixError(failure.value(), "keep " + url.filename().string()));
+// Under the first free number from `number` on. 0 or an errno value.
+int PosixDataProxy::linkDamagedFile(const path& url, std::uintmax_t number) const {
+  while (operations.link(url, damagedCopy(url, number)) != 0) {
+    if (errno != EEXIST) return errno;
+    ++number;
+  }
+  return 0;
+}
+
+// Under the first free number after `number`, whose copy is the newest.
+ErrorPtr PosixDataProxy::copyDamagedFile(const path& url, std::uintmax_t number) {
+  const Result<std::string> content = readFile(url);
+  if (!content.isLeft()) return content.right();
+  const Result<std::string> newest = readFile(damagedCopy(url, number));
+  if (newest.isLeft() && newest.left() == content.left()) return nullptr;
+  ErrorPtr error;
+  do error = writer.create(damagedCopy(url, ++number), content.left());
+  while (error && error->code() == EEXIST);
+  return error;
 }
 
 ErrorPtr PosixDataProxy::setExcludedFromBackups(const path& directory) {

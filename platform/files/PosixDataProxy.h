@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -25,6 +26,8 @@ namespace quenlet {
 // own thread, that is, in a completion block.
 class PosixDataProxy final : public DataProxy {
  public:
+  static constexpr std::uintmax_t maximumFileSizeInBytes = std::uintmax_t{1} << 30;
+
   // Gives a token that holds back the process's end until it is cancelled.
   using TerminationHold = std::function<std::shared_ptr<Cancelable>()>;
 
@@ -37,14 +40,16 @@ class PosixDataProxy final : public DataProxy {
   PosixDataProxy(const PosixDataProxy&) = delete;
   PosixDataProxy& operator=(const PosixDataProxy&) = delete;
 
-  // Only regular files are read: anything else is an error, even where reading it would wait.
+  // Only regular files are read: anything else is an error, even where reading it would wait. So is
+  // a file above `maximumFileSizeInBytes` (EFBIG).
   [[nodiscard]] Future<std::string> dataWithContentsOfURL(
       const std::filesystem::path& url) override;
   [[nodiscard]] Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
                                        WritingOptions options) override EXCLUDES(mutex);
-  // Copies are numbered from 1 on. A file whose bytes are those of the newest copy is not copied
-  // again. A file that cannot be read is kept by a hard link. What cannot be kept is reported on
-  // standard error.
+  // By a hard link, which takes no room on the disk and needs no permission to read; every write
+  // replaces the file by another one, so that the link keeps it as it is now. Where no link can be
+  // made, by a copy. They are numbered from 1 on; what the newest one holds already is not kept
+  // again. What cannot be kept is reported on standard error.
   void keepDamagedFile(const std::filesystem::path& url) override;
   // By a CACHEDIR.TAG file, which backup programs honour.
   [[nodiscard]] ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override;
@@ -57,7 +62,8 @@ class PosixDataProxy final : public DataProxy {
     std::shared_ptr<Cancelable> hold;
   };
 
-  void keepUnreadableFile(const std::filesystem::path& url) const;
+  [[nodiscard]] int linkDamagedFile(const std::filesystem::path& url, std::uintmax_t number) const;
+  [[nodiscard]] ErrorPtr copyDamagedFile(const std::filesystem::path& url, std::uintmax_t number);
   [[nodiscard]] Result<std::string> readFile(const std::filesystem::path& file) const;
   [[nodiscard]] Future<bool> enqueue(Write write) EXCLUDES(mutex);
   void work() EXCLUDES(mutex);

@@ -34,4 +34,8 @@ int PosixFileOperations::mkdir(const path& directory, mode_t mode) {
   return ::mkdir(directory.c_str(), mode);
 }
 
+int PosixFileOperations::link(const path& from, const path& to) {
+  return ::linkat(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW);
+}
+
 }  // namespace quenlet

@@ -15,6 +15,8 @@ class PosixFileOperations final : public FileOperations {
   [[nodiscard]] int rename(const std::filesystem::path& from,
                            const std::filesystem::path& to) override;
   [[nodiscard]] int mkdir(const std::filesystem::path& directory, mode_t mode) override;
+  [[nodiscard]] int link(const std::filesystem::path& from,
+                         const std::filesystem::path& to) override;
 };
 
 }  // namespace quenlet
