@@ -1,67 +1,22 @@
 #include "platform/ipc/EntitlementDatabase.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <optional>
 #include <system_error>
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/Either.h"
+#include "platform/files/TrustedDirectory.h"
 #include "platform/foundation/PropertyListSerializer.h"
-#include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
 
 namespace {
 
-constexpr off_t maximumFileSize = off_t{1} << 20;
-
 void reportIgnored(const std::filesystem::path& path, const std::string& reason) {
   std::fprintf(stderr, "quenlet: entitlements in %s are ignored: %s\n", path.c_str(),
                reason.c_str());
-}
-
-// Why others than root and the own user could have written it; empty when they could not.
-std::string mistrust(const struct stat& status) {
-  if (status.st_uid != 0 && status.st_uid != ::geteuid()) return "it belongs to another user";
-  if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) return "its group or others can write it";
-  return {};
-}
-
-Result<std::string> failed(std::string reason) {
-  return Result<std::string>::right(makeError(PosixErrorDomain, EINVAL, std::move(reason)));
-}
-
-Result<std::string> readAll(const FileDescriptor& file, std::size_t size) {
-  std::string bytes(size, '\0');
-  std::size_t held = 0;
-  while (held < size) {
-    const ssize_t count = ::read(file.get(), bytes.data() + held, size - held);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return Result<std::string>::right(makePosixError(errno, "read"));
-    if (count == 0) break;
-    held += static_cast<std::size_t>(count);
-  }
-  bytes.resize(held);
-  return Result<std::string>::left(std::move(bytes));
-}
-
-Result<std::string> readTrusted(const std::filesystem::path& path) {
-  // O_NONBLOCK: a pipe of that name must not hold up the start.
-  const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  struct stat status {};
-  if (!file.isOpen() || ::fstat(file.get(), &status) != 0) {
-    return Result<std::string>::right(makePosixError(errno, "open"));
-  }
-  if (!S_ISREG(status.st_mode)) return failed("it is no regular file");
-  if (std::string reason = mistrust(status); !reason.empty()) return failed(std::move(reason));
-  if (status.st_size > maximumFileSize) return failed("it is larger than 1 MiB");
-  return readAll(file, static_cast<std::size_t>(status.st_size));
 }
 
 std::string canonicalPath(const std::filesystem::path& path) {
@@ -70,35 +25,33 @@ std::string canonicalPath(const std::filesystem::path& path) {
   return failure ? path.lexically_normal().native() : canonical.native();
 }
 
-// The property lists of a trusted directory, by name.
-std::vector<std::filesystem::path> listFiles(const std::filesystem::path& directory) {
-  std::vector<std::filesystem::path> files;
-  struct stat status {};
-  if (::stat(directory.c_str(), &status) != 0) {
-    if (errno != ENOENT)
-      reportIgnored(directory, makePosixError(errno, "look")->debugDescription());
-    return files;
+// <prefix>/share/quenlet/entitlements; nothing when one of the directories is missing, or cannot be
+// trusted, which is said.
+std::optional<TrustedDirectory> openEntitlements(const std::filesystem::path& prefix) {
+  std::filesystem::path path = prefix;
+  Result<TrustedDirectory> opened = TrustedDirectory::open(path);
+  for (const char* name : {"share", "quenlet", "entitlements"}) {
+    if (!opened.isLeft()) break;
+    path /= name;
+    opened = opened.left().subdirectory(name);
   }
-  if (const std::string reason = mistrust(status); !reason.empty()) {
-    reportIgnored(directory, reason);
-    return files;
-  }
-  std::error_code failure;
-  for (std::filesystem::directory_iterator entry(directory, failure), none; entry != none;
-       entry.increment(failure)) {
-    if (entry->path().extension() == ".plist") files.push_back(entry->path());
-    if (failure) break;
-  }
-  if (failure) reportIgnored(directory, failure.message());
-  std::sort(files.begin(), files.end());
-  return files;
+  if (opened.isLeft()) return std::move(opened).takeLeft();
+  if (opened.right()->code() != ENOENT) reportIgnored(path, opened.right()->debugDescription());
+  return std::nullopt;
 }
 
 }  // namespace
 
 EntitlementDatabase::EntitlementDatabase(const std::filesystem::path& prefix) {
-  for (const auto& file : listFiles(prefix / "share" / "quenlet" / "entitlements")) {
-    addFile(file, prefix);
+  const std::optional<TrustedDirectory> directory = openEntitlements(prefix);
+  if (!directory) return;
+  const Result<std::vector<std::string>> names = directory->names();
+  if (!names.isLeft()) {
+    reportIgnored(directory->path(), names.right()->debugDescription());
+    return;
+  }
+  for (const std::string& name : names.left()) {
+    if (std::filesystem::path(name).extension() == ".plist") addFile(*directory, name, prefix);
   }
 }
 
@@ -107,9 +60,10 @@ std::filesystem::path EntitlementDatabase::prefixOfRunningProgram() {
   return std::filesystem::read_symlink("/proc/self/exe", failure).parent_path().parent_path();
 }
 
-void EntitlementDatabase::addFile(const std::filesystem::path& file,
+void EntitlementDatabase::addFile(const TrustedDirectory& directory, const std::string& name,
                                   const std::filesystem::path& prefix) {
-  const Result<std::string> text = readTrusted(file);
+  const std::filesystem::path file = directory.path() / name;
+  const Result<std::string> text = directory.readFile(name);
   if (!text.isLeft()) return reportIgnored(file, text.right()->debugDescription());
   const Result<PropertyList> content = PropertyListSerializer::objectWithData(text.left());
   if (!content.isLeft()) return reportIgnored(file, content.right()->debugDescription());
@@ -122,8 +76,8 @@ void EntitlementDatabase::addFile(const std::filesystem::path& file,
     }
     // An absolute path takes the prefix's place.
     auto& known = entitlementsByExecutable[canonicalPath(prefix / path)];
-    for (const auto& [name, value] : *entitlements.dictionary()) {
-      known.insert_or_assign(name, value);
+    for (const auto& [entitlement, value] : *entitlements.dictionary()) {
+      known.insert_or_assign(entitlement, value);
     }
   }
 }

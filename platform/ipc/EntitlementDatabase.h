@@ -9,13 +9,16 @@
 
 namespace quenlet {
 
+class TrustedDirectory;
+
 // What programs are entitled to, from the property-list files in
 // <prefix>/share/quenlet/entitlements. Each maps executable paths, absolute or relative to the
 // prefix, to a dictionary of entitlement and value; of two values for the same one, that of the
 // later file by name counts. Immutable once made: a change of the files needs a new one.
 //
-// The directory and each file must belong to root or to the own user and be writable for the owner
-// only; what is not, or does not parse, is left out with a line on standard error.
+// The prefix, each directory down to the last, and each file must belong to root or to the own user
+// and be writable for the owner only; what is not, or does not parse, is left out with a line on
+// standard error. What lies above the prefix is up to whoever chose it.
 class EntitlementDatabase final {
  public:
   // A prefix with no such directory entitles nobody.
@@ -28,7 +31,8 @@ class EntitlementDatabase final {
                                                   const std::string& entitlement) const;
 
  private:
-  void addFile(const std::filesystem::path& file, const std::filesystem::path& prefix);
+  void addFile(const TrustedDirectory& directory, const std::string& name,
+               const std::filesystem::path& prefix);
 
   std::map<std::string, PropertyListDictionary, std::less<>> entitlementsByExecutable;
 };

@@ -1,0 +1,101 @@
+#include "platform/files/TrustedDirectory.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <memory>
+#include <utility>
+
+namespace quenlet {
+namespace {
+
+// What keeps a file or directory from being trusted; null when nothing does.
+ErrorPtr mistrust(const struct stat& status) {
+  const char* reason = nullptr;
+  if (status.st_uid != 0 && status.st_uid != ::geteuid()) {
+    reason = "it belongs to another user";
+  } else if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+    reason = "its group or others can write it";
+  }
+  return reason == nullptr ? nullptr : makeError(PosixErrorDomain, EACCES, reason);
+}
+
+Result<std::string> refuse(ErrorPtr error) { return Result<std::string>::right(std::move(error)); }
+
+// At most `size` bytes: what is appended meanwhile is left for the next time.
+Result<std::string> readBytes(const FileDescriptor& file, std::size_t size) {
+  std::string bytes(size, '\0');
+  std::size_t held = 0;
+  while (held < size) {
+    const ssize_t count = ::read(file.get(), bytes.data() + held, size - held);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return refuse(makePosixError(errno, "read"));
+    if (count == 0) break;
+    held += static_cast<std::size_t>(count);
+  }
+  bytes.resize(held);
+  return Result<std::string>::left(std::move(bytes));
+}
+
+}  // namespace
+
+TrustedDirectory::TrustedDirectory(std::filesystem::path path, FileDescriptor opened)
+    : location(std::move(path)), descriptor(std::move(opened)) {}
+
+Result<TrustedDirectory> TrustedDirectory::open(const std::filesystem::path& path) {
+  return openIn(AT_FDCWD, path.native(), path);
+}
+
+Result<TrustedDirectory> TrustedDirectory::subdirectory(const std::string& name) const {
+  return openIn(descriptor.get(), name, location / name);
+}
+
+Result<TrustedDirectory> TrustedDirectory::openIn(int parent, const std::string& name,
+                                                  std::filesystem::path path) {
+  using Opened = Result<TrustedDirectory>;
+  FileDescriptor opened(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  struct stat status {};
+  if (!opened.isOpen() || ::fstat(opened.get(), &status) != 0) {
+    return Opened::right(makePosixError(errno, "open"));
+  }
+  if (ErrorPtr error = mistrust(status)) return Opened::right(std::move(error));
+  return Opened::left(TrustedDirectory(std::move(path), std::move(opened)));
+}
+
+Result<std::vector<std::string>> TrustedDirectory::names() const {
+  using Names = Result<std::vector<std::string>>;
+  // Of its own: a duplicate would share the position in the list.
+  FileDescriptor listed(::openat(descriptor.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(listed.get()), &::closedir);
+  if (!entries) return Names::right(makePosixError(errno, "list"));
+  static_cast<void>(listed.release());  // the list closes it
+  std::vector<std::string> found;
+  errno = 0;
+  while (const dirent* entry = ::readdir(entries.get())) found.emplace_back(entry->d_name);
+  if (errno != 0) return Names::right(makePosixError(errno, "list"));
+  std::sort(found.begin(), found.end());
+  return Names::left(std::move(found));
+}
+
+Result<std::string> TrustedDirectory::readFile(const std::string& name) const {
+  // O_NONBLOCK: a pipe of that name must not hold the reader up.
+  const FileDescriptor file(
+      ::openat(descriptor.get(), name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  struct stat status {};
+  if (!file.isOpen() || ::fstat(file.get(), &status) != 0) {
+    return refuse(makePosixError(errno, "open"));
+  }
+  if (!S_ISREG(status.st_mode)) {
+    return refuse(makeError(PosixErrorDomain, EINVAL, "it is no regular file"));
+  }
+  if (ErrorPtr error = mistrust(status)) return refuse(std::move(error));
+  if (status.st_size > static_cast<off_t>(maximumFileSizeInBytes)) {
+    return refuse(makeError(PosixErrorDomain, EFBIG, "it is larger than 1 MiB"));
+  }
+  return readBytes(file, static_cast<std::size_t>(status.st_size));
+}
+
+}  // namespace quenlet
