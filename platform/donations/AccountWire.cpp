@@ -3,6 +3,11 @@
 #include "platform/ipc/ServiceInterface.h"
 
 namespace quenlet {
+namespace {
+
+constexpr std::size_t maximumValuesInAccount = 100'000;
+
+}  // namespace
 
 void AccountWire::encode(WireEncoder& encoder, const std::shared_ptr<const Account>& account) {
   if (account) {
@@ -19,7 +24,7 @@ Result<std::shared_ptr<const Account>> AccountWire::decode(WireReader& reader) {
     return Outcome::left(nullptr);
   }
   const bool isAccount = reader.object() == className;
-  const std::optional<PropertyList> content = reader.propertyList();
+  const std::optional<PropertyList> content = reader.propertyList(maximumValuesInAccount);
   if (isAccount && content && content->dictionary()) {
     if (auto account = Account::initWithPropertyListRepresentation(*content->dictionary())) {
       return Outcome::left(std::make_shared<const Account>(std::move(*account)));

@@ -16,7 +16,8 @@ class AccountWire final {
   static constexpr char className[] = "Account";
 
   static void encode(WireEncoder& encoder, const std::shared_ptr<const Account>& account);
-  // Reads one value; an invalidArguments error when it is neither null nor a whole account.
+  // Reads one value; an invalidArguments error when it is neither null nor a whole account of at
+  // most 100,000 values.
   [[nodiscard]] static Result<std::shared_ptr<const Account>> decode(WireReader& reader);
 };
 

@@ -7,6 +7,9 @@
 namespace quenlet {
 namespace {
 
+// A record of ours has about twenty.
+constexpr std::size_t maximumValuesInRecord = 1000;
+
 using DecodedList = Result<DonationValues>;
 
 // One element of the list; null when it is no valid record.
@@ -16,7 +19,7 @@ DonationValuePtr decodeRecord(WireReader& reader) {
     if (className) reader.skip();
     return nullptr;
   }
-  const std::optional<PropertyList> content = reader.propertyList();
+  const std::optional<PropertyList> content = reader.propertyList(maximumValuesInRecord);
   if (!content || !content->dictionary()) return nullptr;
   return DonationValue::initWithPropertyListRepresentation(*content->dictionary());
 }

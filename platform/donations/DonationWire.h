@@ -14,9 +14,9 @@ class DonationWire final {
   static constexpr char className[] = "DonationValue";
 
   static void encode(WireEncoder& encoder, const DonationValues& values);
-  // Reads one list. An error when it is none, or an element is no valid record (invalidArguments),
-  // or has text that no file can hold (DonationErrorDomain, notSerializable): one such record in
-  // the table would keep every later one off the disk.
+  // Reads one list. An error when it is none, or an element is no valid record or has more than
+  // 1,000 values (invalidArguments), or has text that no file can hold (DonationErrorDomain,
+  // notSerializable): one such record in the table would keep every later one off the disk.
   [[nodiscard]] static Result<DonationValues> decode(WireReader& reader);
 };
 

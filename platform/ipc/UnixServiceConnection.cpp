@@ -152,6 +152,10 @@ void UnixServiceConnection::dispatchFrames() {
     if (!error && frame->kind != FrameKind::request) {
       error = makeServiceError(ServiceErrorCode::malformedMessage, "a message is not a request");
     }
+    if (!error && frame->identifier == 0) {
+      // Its answer would read as a failure of the whole connection.
+      error = makeServiceError(ServiceErrorCode::malformedMessage, "a request has no identifier");
+    }
     understood = error == nullptr;
     if (understood) {
       dispatch(*frame);

@@ -67,62 +67,81 @@ std::optional<std::string_view> WireReader::object() {
 
 namespace {
 
-std::optional<PropertyList> readPropertyList(WireReader& reader);
+// Builds one tree. A part that has no place in a property list, or too many of them, make the whole
+// nothing; what is left is then passed over without being built.
+class TreeBuilder final {
+ public:
+  TreeBuilder(WireReader& source, std::size_t maximumValues)
+      : reader(source), left(maximumValues) {}
 
-// A part that has no place in a property list makes the whole nothing, but is read to its end.
-std::optional<PropertyList> readArray(WireReader& reader) {
-  PropertyListArray elements;
-  bool whole = true;
-  for (std::size_t left = reader.list().value_or(0); left > 0; --left) {
-    std::optional<PropertyList> element = readPropertyList(reader);
-    whole = whole && element;
-    if (whole) elements.push_back(*std::move(element));
+  // Recursive; the depth is bounded by what validation passes.
+  std::optional<PropertyList> build() {
+    if (left == 0) return refuse();
+    --left;
+    switch (reader.nextType()) {
+      case WireType::boolean:
+        return reader.boolean();
+      case WireType::integer:
+        return reader.integer();
+      case WireType::real:
+        return reader.real();
+      case WireType::date:
+        return reader.date();
+      case WireType::string:
+        return std::string(reader.string().value_or(""));
+      case WireType::data:
+        return Data{std::string(reader.data().value_or(""))};
+      case WireType::list:
+        return buildArray();
+      case WireType::dictionary:
+        return buildDictionary();
+      case WireType::null:
+      case WireType::object:
+        break;
+    }
+    return refuse();
   }
-  return whole ? std::optional<PropertyList>(std::move(elements)) : std::nullopt;
-}
 
-std::optional<PropertyList> readDictionary(WireReader& reader) {
-  PropertyListDictionary entries;
-  bool whole = true;
-  for (std::size_t left = reader.dictionary().value_or(0); left > 0; --left) {
-    const std::optional<std::string_view> key = reader.string();
-    std::optional<PropertyList> entry = readPropertyList(reader);
-    whole = whole && key && entry;
-    if (whole) entries.insert_or_assign(std::string(*key), *std::move(entry));
+ private:
+  // Nothing is built from now on.
+  std::nullopt_t refuse() {
+    left = 0;
+    reader.skip();
+    return std::nullopt;
   }
-  return whole ? std::optional<PropertyList>(std::move(entries)) : std::nullopt;
-}
 
-// Recursive; the depth is bounded by what validation passes.
-std::optional<PropertyList> readPropertyList(WireReader& reader) {
-  switch (reader.nextType()) {
-    case WireType::boolean:
-      return reader.boolean();
-    case WireType::integer:
-      return reader.integer();
-    case WireType::real:
-      return reader.real();
-    case WireType::date:
-      return reader.date();
-    case WireType::string:
-      return std::string(reader.string().value_or(""));
-    case WireType::data:
-      return Data{std::string(reader.data().value_or(""))};
-    case WireType::list:
-      return readArray(reader);
-    case WireType::dictionary:
-      return readDictionary(reader);
-    case WireType::null:
-    case WireType::object:
-      break;
+  std::optional<PropertyList> buildArray() {
+    PropertyListArray elements;
+    bool whole = true;
+    for (std::size_t count = reader.list().value_or(0); count > 0; --count) {
+      std::optional<PropertyList> element = build();
+      whole = whole && element;
+      if (whole) elements.push_back(*std::move(element));
+    }
+    return whole ? std::optional<PropertyList>(std::move(elements)) : std::nullopt;
   }
-  reader.skip();
-  return std::nullopt;
-}
+
+  std::optional<PropertyList> buildDictionary() {
+    PropertyListDictionary entries;
+    bool whole = true;
+    for (std::size_t count = reader.dictionary().value_or(0); count > 0; --count) {
+      const std::optional<std::string_view> key = reader.string();
+      std::optional<PropertyList> entry = build();
+      whole = whole && key && entry;
+      if (whole) entries.insert_or_assign(std::string(*key), *std::move(entry));
+    }
+    return whole ? std::optional<PropertyList>(std::move(entries)) : std::nullopt;
+  }
+
+  WireReader& reader;
+  std::size_t left;
+};
 
 }  // namespace
 
-std::optional<PropertyList> WireReader::propertyList() { return readPropertyList(*this); }
+std::optional<PropertyList> WireReader::propertyList(std::size_t maximumValues) {
+  return TreeBuilder(*this, maximumValues).build();
+}
 
 std::string_view WireReader::skip() {
   const std::string_view before = rest;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -47,9 +49,11 @@ class WireReader final {
   std::optional<std::size_t> dictionary();
   // The class name; the content is read next.
   std::optional<std::string_view> object();
-  // A whole value as a property list; nothing when it is or holds a null or an object. Of equal
-  // keys in a dictionary the last one counts.
-  std::optional<PropertyList> propertyList();
+  static constexpr std::size_t unbounded = std::numeric_limits<std::size_t>::max();
+  // A whole value as a property list; nothing when it is or holds a null or an object, or consists
+  // of more than `maximumValues` values, itself and those in containers: each takes some 50 times
+  // the two bytes that it has on the wire. Of equal keys in a dictionary the last one counts.
+  std::optional<PropertyList> propertyList(std::size_t maximumValues = unbounded);
   // The bytes of the next value, whatever it is; empty at the end.
   std::string_view skip();
 
