@@ -1,5 +1,8 @@
 #include "platform/LinuxPlatform.h"
 
+#include <sys/resource.h>
+
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -12,6 +15,21 @@
 #include "platform/logging/StructuredLoggerProvider.h"
 
 namespace quenlet {
+namespace {
+
+// Distributions keep the soft limit at 1,024 for programs that use select(), which none of ours
+// does. Where it cannot be raised, the listeners admit fewer connections.
+void raiseDescriptorLimit() {
+  constexpr rlim_t enoughDescriptors = 65'536;
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  const rlim_t wanted = std::min(limit.rlim_max, enoughDescriptors);
+  if (limit.rlim_cur >= wanted) return;
+  limit.rlim_cur = wanted;
+  ::setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+}  // namespace
 
 Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
   using Outcome = Result<std::unique_ptr<LinuxPlatform>>;
@@ -19,6 +37,7 @@ Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
   if (!home.isLeft()) return Outcome::right(home.right());
   const Result<std::filesystem::path> runtime = UserDirectories::runtimeDirectory();
   if (!runtime.isLeft()) return Outcome::right(runtime.right());
+  raiseDescriptorLimit();
   try {
     return Outcome::left(
         std::unique_ptr<LinuxPlatform>(new LinuxPlatform(home.left(), runtime.left())));
@@ -39,6 +58,8 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
           runLoop.eventLoop(), runtimeDirectory / "quenlet" / "notifications")),
       entitlements(std::make_shared<const EntitlementDatabase>(
           EntitlementDatabase::prefixOfRunningProgram())),
+      feedbackStore(std::make_shared<PropertyListFeedbackStore>(
+          library / "Contacts" / "Feedback" / "feedback.plist", dataProxy, runLoop.eventLoop())),
       scope(makeServices()) {}
 
 LinuxPlatform::~LinuxPlatform() = default;
@@ -80,17 +101,17 @@ PlatformServices LinuxPlatform::makeServices() {
         library / "Preferences" / "ovaro.quenlet.plist", dataProxy, runLoop.eventLoop(),
         notificationCenter);
   };
-  services.makeDonationFeedbackStore = [this] {
-    return std::make_shared<PropertyListFeedbackStore>(
-        library / "Contacts" / "Feedback" / "feedback.plist", dataProxy, runLoop.eventLoop());
-  };
+  // One for all: a second one on the same file would wait for the first one's lock, on the writer
+  // thread that has to finish the first one's write.
+  services.makeDonationFeedbackStore = [this] { return feedbackStore; };
   services.makeContactStore = [this] {
     // Before the first fetch, so that no change after it goes unnoticed.
     watchMeCard();
     return std::make_shared<VCardContactStore>(meCardPath());
   };
   services.makeServiceListener = [this](const std::string& serviceName) {
-    return std::make_shared<UnixServiceListener>(serviceName, entitlements);
+    return std::make_shared<UnixServiceListener>(serviceName, entitlements,
+                                                 ServiceLimits::forThisProcess());
   };
   return services;
 }

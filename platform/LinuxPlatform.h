@@ -25,6 +25,7 @@ namespace quenlet {
 class LinuxPlatform final {
  public:
   // An error when the user has no home or runtime directory, or the system no resources left.
+  // Raises the process's limit of open files as far as the system lets it, to 65,536 at most.
   [[nodiscard]] static Result<std::unique_ptr<LinuxPlatform>> open();
   ~LinuxPlatform();
   LinuxPlatform(const LinuxPlatform&) = delete;
@@ -53,6 +54,7 @@ class LinuxPlatform final {
   const std::shared_ptr<DonationLoggerProvider> loggerProvider;
   const std::shared_ptr<SocketNotificationCenter> notificationCenter;
   const std::shared_ptr<const EntitlementDatabase> entitlements;
+  const std::shared_ptr<DonationFeedbackStore> feedbackStore;
   std::once_flag meCardWatchStarted;
   std::unique_ptr<MeCardFileWatch> meCardWatch;
   const PlatformServices::Scope scope;

@@ -13,6 +13,10 @@ struct ServiceLimits final {
   std::size_t connections = 1024;
   // Of one connection; a peer that leaves more unread is disconnected.
   std::size_t unsentBytes = std::size_t{64} << 20;
+
+  // The standard limits, but no more connections than leave this process 64 of the descriptors that
+  // it may have now: files, watches and timers must not fail because of peers.
+  [[nodiscard]] static ServiceLimits forThisProcess();
 };
 
 }  // namespace quenlet
