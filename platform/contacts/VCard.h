@@ -16,7 +16,7 @@ struct VCard final {
   std::string formattedName = {};  // FN, empty when the card has none
   Contact contact = {};            // N (else FN taken apart), NICKNAME, EMAIL, TEL, ADR, PHOTO
   // Entries passed over because they hold no usable value: a TEL without a plausible number, an
-  // EMAIL without an address. Empty properties do not count.
+  // EMAIL without an address, a PHOTO that does not decode. Empty properties do not count.
   std::size_t skippedEntries = 0;
 };
 

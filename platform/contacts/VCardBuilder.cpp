@@ -36,10 +36,7 @@ std::string addressOfLink(std::string text) {
   text.resize(std::min(text.find('?'), text.size()));
   const std::optional<std::string> decoded = decodedDataURI("," + text);
   // Percents must not bring in what a line may not hold.
-  const bool usable = decoded && isValidUTF8(*decoded) &&
-                      std::none_of(decoded->begin(), decoded->end(), [](char c) {
-                        return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-                      });
+  const bool usable = decoded && isValidUTF8(*decoded) && !holdsControlCharacter(*decoded);
   return std::string(trimmed(usable ? *decoded : text));
 }
 
@@ -52,6 +49,7 @@ const std::map<std::string, VCardBuilder::Handler, std::less<>>& VCardBuilder::h
       {"ORG", &VCardBuilder::addOrganization}, {"EMAIL", &VCardBuilder::addEmailAddress},
       {"TEL", &VCardBuilder::addPhoneNumber},  {"ADR", &VCardBuilder::addPostalAddress},
       {"X-ABLABEL", &VCardBuilder::addLabel},  {"X-ABADR", &VCardBuilder::addCountryCode},
+      {"PHOTO", &VCardBuilder::addPhoto},
   };
   return table;
 }
@@ -63,7 +61,6 @@ ErrorPtr VCardBuilder::add(const VCardProperty& property) {
                           "quoted-printable text, as vCard 2.1 has it; only 3.0 and 4.0 are read");
   }
   if (trimmed(property.value).empty()) return nullptr;
-  if (property.name == "PHOTO") return addPhoto(property);
   const auto handler = handlers().find(property.name);
   if (handler != handlers().end()) (this->*handler->second)(property);
   return nullptr;
@@ -81,19 +78,21 @@ ErrorPtr VCardBuilder::addVersion(const VCardProperty& property) {
 }
 
 // The first photo whose bytes are in the card. A link to one elsewhere is passed over.
-ErrorPtr VCardBuilder::addPhoto(const VCardProperty& property) {
-  if (fields.imageData) return nullptr;
+void VCardBuilder::addPhoto(const VCardProperty& property) {
+  if (fields.imageData) return;
   const std::string encoding = lowercased(property.parameterValue("ENCODING"));
   const std::string_view value = trimmed(property.value);
   std::optional<std::string> bytes{std::in_place};
   if (startsWithScheme(value, "data:")) {
     bytes = decodedDataURI(value);
   } else if (encoding == "b" || encoding == "base64") {
-    bytes = decodedBase64(value);
+    bytes = decodedBase64(value, Base64Padding::optional);
   }
-  if (!bytes) return makeInvalidVCardError(property.lineNumber, "a photo that cannot be decoded");
-  if (!bytes->empty()) fields.imageData = std::make_shared<const std::string>(std::move(*bytes));
-  return nullptr;
+  if (!bytes) {
+    ++card.skippedEntries;
+  } else if (!bytes->empty()) {
+    fields.imageData = std::make_shared<const std::string>(std::move(*bytes));
+  }
 }
 
 void VCardBuilder::addUID(const VCardProperty& property) {

@@ -34,7 +34,7 @@ class VCardBuilder final {
   [[nodiscard]] static const std::map<std::string, Handler, std::less<>>& handlers();
 
   [[nodiscard]] ErrorPtr addVersion(const VCardProperty& property);
-  [[nodiscard]] ErrorPtr addPhoto(const VCardProperty& property);
+  void addPhoto(const VCardProperty& property);
   void addUID(const VCardProperty& property);
   void addFormattedName(const VCardProperty& property);
   void addName(const VCardProperty& property);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/contacts/VCardErrors.h"
+#include "platform/contacts/VCardText.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
@@ -13,10 +14,6 @@ namespace {
 bool isNameCharacter(char c) {
   return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' ||
          c == '_';
-}
-
-bool isControlCharacter(char c) {
-  return (static_cast<unsigned char>(c) < 0x20 && c != '\t') || c == 0x7F;
 }
 
 std::string upperCased(std::string_view name) {
@@ -141,9 +138,7 @@ Result<VCardProperty> parseVCardProperty(std::string_view line, std::size_t line
     return Result<VCardProperty>::right(makeInvalidVCardError(lineNumber, offence));
   };
   if (!isValidUTF8(line)) return refuse("text that is not UTF-8");
-  if (std::any_of(line.begin(), line.end(), isControlCharacter)) {
-    return refuse("a control character");
-  }
+  if (holdsControlCharacter(line)) return refuse("a control character");
   return PropertyParser(line, lineNumber).parse();
 }
 

@@ -30,7 +30,22 @@ std::optional<std::string> decodedPercents(std::string_view encoded) {
   return bytes;
 }
 
+// How many bytes the control character at the beginning of UTF-8 text has; 0 when there is none.
+std::size_t controlCharacterSize(std::string_view text) {
+  const auto first = static_cast<unsigned char>(text[0]);
+  if ((first < 0x20 && first != '\t') || first == 0x7F) return 1;
+  const bool isC1 = first == 0xC2 && text.size() > 1 && static_cast<unsigned char>(text[1]) < 0xA0;
+  return isC1 ? 2 : 0;
+}
+
 }  // namespace
+
+bool holdsControlCharacter(std::string_view text) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (controlCharacterSize(text.substr(i)) > 0) return true;
+  }
+  return false;
+}
 
 std::string unescapedVCardText(std::string_view escaped) {
   std::string text;
@@ -62,7 +77,9 @@ std::string escapedVCardText(std::string_view text) {
     } else if (c == ',' || c == ';' || c == '\\') {
       escaped += '\\';
       escaped += c;
-    } else if ((static_cast<unsigned char>(c) >= 0x20 || c == '\t') && c != 0x7F) {
+    } else if (const std::size_t size = controlCharacterSize(text.substr(i)); size > 0) {
+      i += size - 1;
+    } else {
       escaped += c;
     }
   }
@@ -90,7 +107,9 @@ std::optional<std::string> decodedDataURI(std::string_view uri) {
   // Some programs escape the comma as if the URI were text.
   if (mediaType.ends_with('\\')) mediaType.remove_suffix(1);
   const std::string_view content = uri.substr(comma + 1);
-  if (lowercased(mediaType).ends_with(";base64")) return decodedBase64(content);
+  if (lowercased(mediaType).ends_with(";base64")) {
+    return decodedBase64(content, Base64Padding::optional);
+  }
   return decodedPercents(content);
 }
 

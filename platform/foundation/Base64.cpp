@@ -10,7 +10,7 @@ constexpr std::string_view alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 constexpr std::uint8_t foreign = 0xFF;
 constexpr std::uint8_t blank = 0xFE;
-constexpr std::uint8_t padding = 0xFD;
+constexpr std::uint8_t filler = 0xFD;
 
 constexpr std::array<std::uint8_t, 256> digitValues = [] {
   std::array<std::uint8_t, 256> values{};
@@ -19,12 +19,16 @@ constexpr std::array<std::uint8_t, 256> digitValues = [] {
     values[static_cast<std::uint8_t>(alphabet[i])] = static_cast<std::uint8_t>(i);
   }
   for (const char c : {' ', '\t', '\r', '\n'}) values[static_cast<std::uint8_t>(c)] = blank;
-  values['='] = padding;
+  values['='] = filler;
   return values;
 }();
 
 std::uint32_t byteAt(std::string_view bytes, std::size_t index) {
   return index < bytes.size() ? static_cast<std::uint8_t>(bytes[index]) : 0U;
+}
+
+void appendGroup(std::string& bytes, std::uint32_t group) {
+  for (const int shift : {16, 8, 0}) bytes.push_back(static_cast<char>(group >> shift & 0xFF));
 }
 
 }  // namespace
@@ -41,7 +45,7 @@ void appendBase64(std::string& output, std::string_view bytes) {
   for (std::size_t i = 1; i <= missing; ++i) output[end - i] = '=';
 }
 
-std::optional<std::string> decodedBase64(std::string_view text) {
+std::optional<std::string> decodedBase64(std::string_view text, Base64Padding padding) {
   std::string bytes;
   bytes.reserve(text.size() / 4 * 3);
   std::uint32_t group = 0;
@@ -50,14 +54,18 @@ std::optional<std::string> decodedBase64(std::string_view text) {
   for (const char c : text) {
     const std::uint8_t value = digitValues[static_cast<std::uint8_t>(c)];
     if (value == blank) continue;
-    if (value == foreign || (paddings > 0 && value != padding)) return std::nullopt;
-    if (value == padding && ++paddings > 2) return std::nullopt;
-    group = group << 6 | (value == padding ? 0U : value);
+    if (value == foreign || (paddings > 0 && value != filler)) return std::nullopt;
+    if (value == filler && ++paddings > 2) return std::nullopt;
+    group = group << 6 | (value == filler ? 0U : value);
     if (++digits % 4 != 0) continue;
-    for (const int shift : {16, 8, 0}) bytes.push_back(static_cast<char>(group >> shift & 0xFF));
+    appendGroup(bytes, group);
     group = 0;
   }
-  if (digits % 4 != 0) return std::nullopt;
+  if (const std::size_t missing = (4 - digits % 4) % 4; missing > 0) {
+    paddings += missing;
+    if (padding == Base64Padding::required || paddings > 2) return std::nullopt;
+    appendGroup(bytes, group << 6 * missing);
+  }
   bytes.resize(bytes.size() - paddings);
   return bytes;
 }

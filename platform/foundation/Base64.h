@@ -10,8 +10,11 @@ namespace quenlet {
 // Appends the base64 form of `bytes`, padded, on one line.
 void appendBase64(std::string& output, std::string_view bytes);
 
+enum class Base64Padding { required, optional };
+
 // The bytes of `text`. Blanks (space, tab, CR, LF) may stand anywhere; nothing for any other
-// foreign character and for missing or misplaced padding.
-[[nodiscard]] std::optional<std::string> decodedBase64(std::string_view text);
+// foreign character, for misplaced padding, and for missing padding that is required.
+[[nodiscard]] std::optional<std::string> decodedBase64(
+    std::string_view text, Base64Padding padding = Base64Padding::required);
 
 }  // namespace quenlet
