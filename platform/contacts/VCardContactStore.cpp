@@ -20,6 +20,11 @@ ErrorPtr makeCardError(ContactErrorCode code, const char* sentence) {
   return makeError(ContactErrorDomain, static_cast<int>(code), sentence);
 }
 
+bool isMissingCard(const Error& error) {
+  return error.domain() == ContactErrorDomain &&
+         error.code() == static_cast<int>(ContactErrorCode::noMeContact);
+}
+
 class OpenFile final {
  public:
   explicit OpenFile(const std::filesystem::path& path)
@@ -105,16 +110,26 @@ void copyField(KeyDescriptor key, const Contact& contact, ContactFields& fields)
 
 }  // namespace
 
+Result<Contact> VCardContactStore::readCard() const {
+  const ReadResult text = readCardFile(path);
+  if (!text.isLeft()) return Result<Contact>::right(text.right());
+  const Result<std::vector<VCard>> cards = parseVCards(text.left());
+  if (!cards.isLeft()) return Result<Contact>::right(cards.right());
+  return Result<Contact>::left(cards.left().front().contact);
+}
+
 Result<std::shared_ptr<const Contact>>
 VCardContactStore::_crossPlatformUnifiedMeContactWithKeysToFetch(
     const std::vector<KeyDescriptor>& keys) {
   using ContactResult = Result<std::shared_ptr<const Contact>>;
-  const ReadResult text = readCardFile(path);
-  if (!text.isLeft()) return ContactResult::right(text.right());
-  const Result<std::vector<VCard>> cards = parseVCards(text.left());
-  if (!cards.isLeft()) return ContactResult::right(cards.right());
+  const Result<Contact> card = readCard();
+  if (!card.isLeft()) {
+    problems.setProblem(isMissingCard(*card.right()) ? nullptr : card.right());
+    return ContactResult::right(card.right());
+  }
+  problems.setProblem(nullptr);
   ContactFields fields;
-  for (const KeyDescriptor key : keys) copyField(key, cards.left().front().contact, fields);
+  for (const KeyDescriptor key : keys) copyField(key, card.left(), fields);
   return ContactResult::left(std::make_shared<const Contact>(std::move(fields)));
 }
 

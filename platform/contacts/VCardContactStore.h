@@ -4,14 +4,18 @@
 #include <utility>
 
 #include "platform/contacts/ContactStore.h"
+#include "platform/foundation/ProblemReporter.h"
 
 namespace quenlet {
 
 // The contact database as a vCard file that people edit with any address book: its first card is
-// the me contact. Keeps nothing between fetches. Thread-safe. Does not watch the file.
+// the me contact. Keeps no contact between fetches. Thread-safe. Does not watch the file.
+//
+// An error other than a missing file is also said on standard error, once while it lasts.
 class VCardContactStore final : public ContactStore {
  public:
-  explicit VCardContactStore(std::filesystem::path pathOfCard) : path(std::move(pathOfCard)) {}
+  explicit VCardContactStore(std::filesystem::path pathOfCard)
+      : path(std::move(pathOfCard)), problems(path.filename().string()) {}
 
   // Reads the file on the calling thread. A missing file is noMeContact; a file that cannot be
   // opened or read is a POSIX error; what is no regular file, is larger than a card may be, or
@@ -20,7 +24,10 @@ class VCardContactStore final : public ContactStore {
   _crossPlatformUnifiedMeContactWithKeysToFetch(const std::vector<KeyDescriptor>& keys) override;
 
  private:
+  [[nodiscard]] Result<Contact> readCard() const;
+
   const std::filesystem::path path;
+  ProblemReporter problems;
 };
 
 }  // namespace quenlet

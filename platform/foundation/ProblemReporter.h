@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "platform/foundation/Error.h"
+#include "platform/foundation/Mutex.h"
+
+namespace quenlet {
+
+// Tells whoever reads the process's standard error what is wrong with one thing, a line when it
+// begins and not again while it lasts. Thread-safe.
+class ProblemReporter final {
+ public:
+  // `subject` begins each line: the name of a file, say.
+  explicit ProblemReporter(std::string subject);
+
+  // The problem that there is now, null for none. Its sentence is written, so it must not hold
+  // personal values.
+  void setProblem(ErrorPtr problem) EXCLUDES(mutex);
+
+ private:
+  const std::string subject;
+  Mutex mutex;
+  ErrorPtr last GUARDED_BY(mutex);
+};
+
+}  // namespace quenlet
