@@ -16,17 +16,18 @@ namespace {
 // so that values are delivered in the order in which they were read.
 class Subscription final : public std::enable_shared_from_this<Subscription> {
  public:
-  Subscription(std::shared_ptr<DonationPreferences> read, Observer<bool> told)
-      : preferences(std::move(read)), observer(std::move(told)) {}
+  Subscription(DonationPreferencesObservable::Read readPreference, Observer<bool> told)
+      : read(std::move(readPreference)), observer(std::move(told)) {}
 
   // `registrations` are what calls check(); they end with the subscription.
   void start(std::vector<std::shared_ptr<Cancelable>> registrations, EventLoop& eventLoop) {
-    const bool value = preferences->isDonationsEnabled();
-    deliver(value);
+    const std::optional<bool> value = read();
+    if (value) deliver(*value);
     {
       MutexLock lock(mutex);
       hints = std::move(registrations);
       delivered = value;
+      started = true;
     }
     // What was hinted at during the first delivery was left for now.
     eventLoop.post([self = shared_from_this()] { self->check(); });
@@ -34,13 +35,13 @@ class Subscription final : public std::enable_shared_from_this<Subscription> {
 
   void check() EXCLUDES(mutex) {
     if (!isRunning()) return;
-    const bool value = preferences->isDonationsEnabled();
+    const std::optional<bool> value = read();
     {
       MutexLock lock(mutex);
-      if (cancelled || delivered == value) return;
+      if (cancelled || !value || delivered == value) return;
       delivered = value;
     }
-    deliver(value);
+    deliver(*value);
   }
 
   void cancel() EXCLUDES(mutex) {
@@ -56,33 +57,34 @@ class Subscription final : public std::enable_shared_from_this<Subscription> {
  private:
   bool isRunning() EXCLUDES(mutex) {
     MutexLock lock(mutex);
-    return !cancelled && delivered.has_value();
+    return !cancelled && started;
   }
 
   void deliver(bool value) const {
     if (observer.resultBlock) observer.resultBlock(value);
   }
 
-  const std::shared_ptr<DonationPreferences> preferences;
+  const DonationPreferencesObservable::Read read;
   const Observer<bool> observer;
   Mutex mutex;
   std::vector<std::shared_ptr<Cancelable>> hints GUARDED_BY(mutex);
-  std::optional<bool> delivered GUARDED_BY(mutex);  // absent during the first delivery
+  std::optional<bool> delivered GUARDED_BY(mutex);
+  bool started GUARDED_BY(mutex) = false;  // the first delivery is over
   bool cancelled GUARDED_BY(mutex) = false;
 };
 
 }  // namespace
 
 DonationPreferencesObservable::DonationPreferencesObservable(
-    std::shared_ptr<DonationPreferences> preferences, std::filesystem::path file,
-    EventLoop& eventLoop, std::shared_ptr<DistributedNotificationCenter> notificationCenter)
-    : preferences(std::move(preferences)),
+    Read read, std::filesystem::path file, EventLoop& eventLoop,
+    std::shared_ptr<DistributedNotificationCenter> notificationCenter)
+    : read(std::move(read)),
       file(std::move(file)),
       eventLoop(eventLoop),
       notificationCenter(std::move(notificationCenter)) {}
 
 std::shared_ptr<Cancelable> DonationPreferencesObservable::subscribe(Observer<bool> observer) {
-  const auto subscription = std::make_shared<Subscription>(preferences, std::move(observer));
+  const auto subscription = std::make_shared<Subscription>(read, std::move(observer));
   auto watching = DirectoryWatch::watchDirectory(
       eventLoop, file.parent_path(),
       [subscription, name = file.filename().string()](const std::string& changed) {

@@ -16,16 +16,26 @@ PropertyListDonationPreferences::PropertyListDonationPreferences(
     std::shared_ptr<DistributedNotificationCenter> notificationCenter)
     : file(std::move(path), std::move(dataProxy)),
       eventLoop(eventLoop),
-      notificationCenter(std::move(notificationCenter)) {}
+      notificationCenter(std::move(notificationCenter)),
+      problems(file.path().filename().string()) {}
 
 bool PropertyListDonationPreferences::isDonationsEnabled() {
+  return donationsEnabled().value_or(false);
+}
+
+std::optional<bool> PropertyListDonationPreferences::donationsEnabled() {
   const Result<PropertyListDictionary> entries = file.read();
-  MutexLock lock(mutex);
-  if (entries.isLeft()) {
-    const PropertyList* object = findEntry(entries.left(), donationsEnabledKey);
-    lastRead = object && object->boolean() ? *object->boolean() : true;
+  std::optional<bool> value;
+  {
+    MutexLock lock(mutex);
+    if (entries.isLeft()) {
+      const PropertyList* object = findEntry(entries.left(), donationsEnabledKey);
+      lastRead = object && object->boolean() ? *object->boolean() : true;
+    }
+    value = lastRead;
   }
-  return lastRead;
+  problems.setProblem(value ? nullptr : entries.right());
+  return value;
 }
 
 ErrorPtr PropertyListDonationPreferences::setDonationsEnabled(bool enabled) {
@@ -42,8 +52,9 @@ ErrorPtr PropertyListDonationPreferences::setDonationsEnabled(bool enabled) {
 std::shared_ptr<Observable<bool>> PropertyListDonationPreferences::observableWithPreferences(
     std::shared_ptr<DistributedNotificationCenter> observedCenter,
     std::shared_ptr<SchedulerProvider>) {
-  return std::make_shared<DonationPreferencesObservable>(shared_from_this(), file.path(), eventLoop,
-                                                         std::move(observedCenter));
+  return std::make_shared<DonationPreferencesObservable>(
+      [this, self = shared_from_this()] { return donationsEnabled(); }, file.path(), eventLoop,
+      std::move(observedCenter));
 }
 
 }  // namespace quenlet

@@ -25,7 +25,7 @@ namespace {
 using std::filesystem::path;
 
 constexpr std::uint32_t entryEvents =
-    IN_CREATE | IN_CLOSE_WRITE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
+    IN_CREATE | IN_CLOSE_WRITE | IN_ATTRIB | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
 constexpr std::uint32_t directoryEvents = IN_DELETE_SELF | IN_MOVE_SELF;
 // Those two, and what the kernel adds when it has dropped the watch itself.
 constexpr std::uint32_t lossEvents = directoryEvents | IN_IGNORED | IN_UNMOUNT;
