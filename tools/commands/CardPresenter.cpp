@@ -65,7 +65,7 @@ void writeList(JSONWriter& json, const char* key, const LabeledValues<T>& entrie
   for (const auto& entry : entries) {
     json.beginObject().key("value");
     writeValue(json, entry->value);
-    json.key("label").value(entry->label);
+    DonationPresenter::writeLabel(json, entry->label);
     if (const auto& origin = entry->storeInfo.valueOrigin) {
       json.key("origin");
       DonationPresenter::writeOrigin(json, *origin);

@@ -17,15 +17,17 @@ struct ValueWriter final {
     DonationPresenter::writeTexts(json, name.dictionaryRepresentation());
   }
   void operator()(const Value::EmailAddress& email) const {
-    json.key("value").value(email.address).key("label").value(email.label);
+    json.key("value").value(email.address);
+    DonationPresenter::writeLabel(json, email.label);
   }
   void operator()(const Value::PhoneNumber& phone) const {
-    json.key("value").value(phone.number).key("label").value(phone.label);
+    json.key("value").value(phone.number);
+    DonationPresenter::writeLabel(json, phone.label);
   }
   void operator()(const Value::PostalAddress& postal) const {
     json.key("value");
     DonationPresenter::writeTexts(json, postal.address.dictionaryRepresentation());
-    json.key("label").value(postal.label);
+    DonationPresenter::writeLabel(json, postal.label);
   }
   void operator()(const Value::ImageData& image) const {
     json.key("value").value(static_cast<std::int64_t>(image.bytes->size()));
@@ -70,6 +72,10 @@ void DonationPresenter::writeOrigin(JSONWriter& json, const DonationOrigin& orig
   json.key("donationDate").value(origin.donationDate.iso8601());
   json.key("expirationDate").value(origin.expirationDate.iso8601());
   json.endObject();
+}
+
+void DonationPresenter::writeLabel(JSONWriter& json, const std::string& label) {
+  if (!label.empty()) json.key("label").value(label);
 }
 
 void DonationPresenter::writeTexts(JSONWriter& json, const PropertyListDictionary& texts) {

@@ -20,6 +20,8 @@ class DonationPresenter final {
   static void writeJSON(std::ostream& out, const DonationValues& values);
   // The object that stands for an origin.
   static void writeOrigin(JSONWriter& json, const DonationOrigin& origin);
+  // The key "label" and the label, unless that is empty.
+  static void writeLabel(JSONWriter& json, const std::string& label);
   // An object of the texts in a flat dictionary.
   static void writeTexts(JSONWriter& json, const PropertyListDictionary& texts);
 };
