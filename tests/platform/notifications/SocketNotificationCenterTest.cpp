@@ -37,7 +37,6 @@ class SocketNotificationCenterTest : public testing::Test {
                const std::string& heardAs) {
     tokens.push_back(observing.addObserver(name, [this, heardAs] { heard.push_back(heardAs); }));
   }
-
   // Receivers read in the order of the posts, so that everything posted before has been handled.
   void runUntilHandled(SocketNotificationCenter& receiving) {
     const auto token = receiving.addObserver("end", [this] { loop.stop(); });
@@ -48,13 +47,6 @@ class SocketNotificationCenterTest : public testing::Test {
 
   NotificationDirectory openDirectory() const {
     return NotificationDirectory::open(directory).takeLeft();
-  }
-
-  void sendRaw(const std::string& bytes) const {
-    const NotificationDirectory opened = openDirectory();
-    const Result<FileDescriptor> socket = opened.connectSocket(opened.socketNames().at(0));
-    ASSERT_EQ(::send(socket.left().get(), bytes.data(), bytes.size(), 0),
-              static_cast<ssize_t>(bytes.size()));
   }
 };
 
@@ -95,9 +87,11 @@ TEST_F(SocketNotificationCenterTest, IgnoresDatagramsThatAreNoNames) {
   observe(center, "", "empty");
   observe(center, "caf\xe9", "not UTF-8");
 
+  const NotificationDirectory opened = openDirectory();
+  const auto socket = opened.connectSocket(opened.socketNames().at(0)).takeLeft();
   for (const std::string& bytes :
        {longest + "n", longest + std::string(9000, 'n'), std::string(), std::string("caf\xe9")}) {
-    sendRaw(bytes);
+    EXPECT_EQ(::send(socket.get(), bytes.data(), bytes.size(), 0), ssize_t(bytes.size()));
     center.post(bytes);
   }
   runUntilHandled(center);
