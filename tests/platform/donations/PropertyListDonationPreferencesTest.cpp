@@ -96,6 +96,18 @@ TEST_F(PropertyListDonationPreferencesTest, KeepsTheLastValueWhileTheFileIsDamag
   EXPECT_EQ(damagedCopies(), std::vector<std::string>{"<plist ver"});
 }
 
+TEST_F(PropertyListDonationPreferencesTest, DeliversWhatCannotBeReadAtFirstOnceItCan) {
+  writeBytes("<plist");
+  testing::internal::CaptureStderr();
+  subscribe();
+  EXPECT_EQ(deliveredAfterRun(), Values());
+  EXPECT_FALSE(preferences->isDonationsEnabled());
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+  writeEntries({{"donations-enabled", false}});
+  EXPECT_EQ(deliveredAfterRun(), (Values{false}));
+}
+
 // As with a file that is kept elsewhere and linked to.
 TEST_F(PropertyListDonationPreferencesTest, HearsByNotificationOfWhatTheDirectoryDoesNotShow) {
   const auto target = temporary.path() / "elsewhere.plist";

@@ -55,9 +55,17 @@ TEST_F(EntitlementDatabaseTest, TakesTrustedFilesAndNamesTheOthers) {
   }
   EXPECT_EQ(std::count(report.begin(), report.end(), '\n'), 5) << report;
   EXPECT_EQ(report.find("secret"), std::string::npos);
+}
 
-  ASSERT_EQ(::chmod(files.c_str(), 0777), 0);
-  EXPECT_EQ(EntitlementDatabase(prefix).value("/opt/far", "card"), std::nullopt);
+TEST_F(EntitlementDatabaseTest, TrustsNoDirectoryBelowThePrefixThatOthersCanWrite) {
+  std::filesystem::create_directories(files);
+  write("a.plist", grant("/a", "<true/>"));
+  for (const char* directory : {".", "share", "share/quenlet", "share/quenlet/entitlements"}) {
+    ASSERT_EQ(::chmod((prefix / directory).c_str(), 0775), 0);
+    EXPECT_EQ(EntitlementDatabase(prefix).value("/a", "card"), std::nullopt) << directory;
+    ASSERT_EQ(::chmod((prefix / directory).c_str(), 0755), 0);
+  }
+  EXPECT_EQ(EntitlementDatabase(prefix).value("/a", "card"), PropertyList(true));
 }
 
 }  // namespace

@@ -86,8 +86,6 @@ TEST_F(ServiceClientTest, MovesLargeMessagesBothWaysAtOnceAndRefusesTooLargeOnes
   EXPECT_EQ(call("echo", large), large);
   for (auto& reply : replies) EXPECT_EQ(reply.get(), large);
   EXPECT_EQ(call("echo", std::string(32 << 20, 'x')), "!6");
-  EXPECT_EQ(call("nothing", "x"), "!3");
-  EXPECT_EQ(call("drop", "x"), "!9");
 }
 
 TEST_F(ServiceClientTest, CompletionsMayCallAndLetTheClientGo) {

@@ -58,6 +58,7 @@ TEST_F(UnixServiceListenerTest, GoesOnAfterAWrongRequestAndEndsAfterASenselessHe
       {"too large by one", "\1\0\0\2\0"s + seven, "7 !6", "end"},
       {"as large as can be said", "\xff\xff\xff\xff\0"s + seven, "7 !6", "end"},
       {"shorter than its header", "\x8\0\0\0\0"s + seven, "7 !5", "end"},
+      {"no identifier", RawPeer::request(0, "echo", "x"), "0 !5", "end"},
       {"a reply", "\x9\0\0\0\1"s + seven, "7 !5", "end"},
   };
   for (const auto& [name, bytes, answer, next] : rows) {
@@ -70,9 +71,7 @@ TEST_F(UnixServiceListenerTest, GoesOnAfterAWrongRequestAndEndsAfterASenselessHe
 }
 
 TEST_F(UnixServiceListenerTest, DoesNotReadBeyondTheUnansweredLimit) {
-  ServiceLimits limits;
-  limits.unansweredRequests = 4;
-  serve(limits);
+  serve({.unansweredRequests = 4});
   RawPeer peer(socket);
   for (std::uint64_t i = 1; i <= 20; ++i) ASSERT_TRUE(peer.send(RawPeer::request(i, "later", "x")));
   service->waitForRequests(4);
@@ -103,9 +102,7 @@ TEST_F(UnixServiceListenerTest, OutlivesPeersThatVanishWithRequestsOpen) {
 }
 
 TEST_F(UnixServiceListenerTest, EndsTheConnectionOfAPeerThatNeverReads) {
-  ServiceLimits limits;
-  limits.unsentBytes = 1 << 20;
-  serve(limits);
+  serve({.unsentBytes = 1 << 20});
   RawPeer peer(socket);
   const std::string request = RawPeer::request(1, "echo", std::string(100000, 'x'));
   std::size_t sent = 0;
@@ -116,9 +113,7 @@ TEST_F(UnixServiceListenerTest, EndsTheConnectionOfAPeerThatNeverReads) {
 }
 
 TEST_F(UnixServiceListenerTest, TellsTheConnectionBeyondTheLimit) {
-  ServiceLimits limits;
-  limits.connections = 1;
-  serve(limits);
+  serve({.connections = 1});
   RawPeer first(socket);
   EXPECT_EQ(send(first, RawPeer::request(1, "echo", "a")), "1 a");
   RawPeer second(socket);

@@ -45,6 +45,17 @@ TEST(WireValuesTest, RoundTripsPropertyListsAndSkipsWhatWasNotAskedFor) {
   EXPECT_EQ(reader.string(), std::nullopt);
 }
 
+TEST(WireValuesTest, BuildsNoTreeLargerThanTheReaderWants) {
+  WireEncoder encoder;
+  encoder.list(3).list(1).integer(0).dictionary(1).string("key").integer(1).integer(2).string(
+      "end");
+  for (const std::size_t bound : {0, 1, 2, 5, 6}) {
+    WireReader reader(encoder.bytes());
+    EXPECT_EQ(reader.propertyList(bound).has_value(), bound == 6) << bound;
+    EXPECT_EQ(reader.string(), "end") << bound;
+  }
+}
+
 TEST(WireValuesTest, RefusesEveryTruncationAndSurvivesEveryFlippedBit) {
   const std::string whole = std::move(WireEncoder().object("Thing").propertyList(tree)).take();
   const std::vector<WireParameter> parameters{{WireType::object, false, {"Thing"}}};
@@ -104,16 +115,12 @@ TEST(WireValuesTest, ErrorsTravelUnchangedAndRubbishIsNeverSuccess) {
   const Error original("domain", -7, {{"DebugDescription", "why"}, {"other", ""}});
   WireEncoder encoder;
   ErrorWire::encode(encoder, std::make_shared<const Error>(original));
-  ErrorWire::encode(encoder, nullptr);
+  encoder.null().object("Error").null().object("Other").dictionary(0).string("x");
   WireReader reader(encoder.bytes());
   EXPECT_EQ(*ErrorWire::decode(reader), original);
   EXPECT_EQ(ErrorWire::decode(reader), nullptr);
-
-  WireEncoder rubbish;
-  rubbish.object("Error").null().object("Other").dictionary(0).string("x");
-  WireReader bad(rubbish.bytes());
   // The last decoding finds nothing at all.
-  for (int i = 0; i < 4; ++i) EXPECT_EQ(codeOf(ErrorWire::decode(bad)), malformed) << i;
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(codeOf(ErrorWire::decode(reader)), malformed) << i;
 }
 
 }  // namespace

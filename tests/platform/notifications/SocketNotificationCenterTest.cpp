@@ -154,21 +154,19 @@ TEST_F(SocketNotificationCenterTest, KeepsOutOfADirectoryThatOthersCanEnter) {
 
 TEST_F(SocketNotificationCenterTest, TakesPostsAndCancellationsFromAnyThread) {
   observe(center, "change", "change");
+  int ended = 0;
   std::vector<std::thread> threads;
-  for (int number = 0; number < 4; ++number) {
-    threads.emplace_back([this, number] {
+  for (const std::string name : {"a", "b", "c", "d"}) {
+    tokens.push_back(center.addObserver(name, [&] {
+      if (++ended == 4) loop.stop();
+    }));
+    threads.emplace_back([this, name] {
       for (int count = 0; count < 50; ++count) {
         center.addObserver("change", [] {})->cancel();
         center.post("change");
       }
-      center.post("thread " + std::to_string(number));
+      center.post(name);
     });
-  }
-  int ended = 0;
-  for (int number = 0; number < 4; ++number) {
-    tokens.push_back(center.addObserver("thread " + std::to_string(number), [this, &ended] {
-      if (++ended == 4) loop.stop();
-    }));
   }
   loop.run();
   for (std::thread& thread : threads) thread.join();
