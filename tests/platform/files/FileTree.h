@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -21,10 +20,7 @@ class FileTree final {
   void write(const std::string& name, const std::string& content) const {
     std::ofstream(root() / name, std::ios::binary) << content;
   }
-  [[nodiscard]] std::string read(const std::string& name) const {
-    std::ifstream file(root() / name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
+  [[nodiscard]] std::string read(const std::string& name) const { return readFile(root() / name); }
   // The names in the root, sorted.
   [[nodiscard]] std::vector<std::string> names() const {
     std::vector<std::string> found;

@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 
 #include <atomic>
-#include <future>
+#include <latch>
 #include <utility>
 
 #include "platform/scheduling/FileDescriptor.h"
@@ -20,14 +20,17 @@ using Names = std::vector<std::string>;
 
 class PosixDataProxyTest : public testing::Test {
  protected:
+  Future<bool> startWrite(const std::string& name, const std::string& data) {
+    return proxy->writeData(data, home / name, WritingOptions::atomic);
+  }
   // The error of a write, null when it succeeded.
   ErrorPtr write(const std::string& name, const std::string& data) {
-    const Future<bool> writing = proxy->writeData(data, home / name, WritingOptions::atomic);
-    return writing.result().isLeft() ? nullptr : writing.result().right();
+    const Result<bool> outcome = startWrite(name, data).result();
+    return outcome.isLeft() ? nullptr : outcome.right();
   }
   std::int64_t readFailure(const std::string& name) {
-    const auto reading = proxy->dataWithContentsOfURL(home / name);
-    return reading.result().isLeft() ? 0 : reading.result().right()->code();
+    const auto outcome = proxy->dataWithContentsOfURL(home / name).result();
+    return outcome.isLeft() ? 0 : outcome.right()->code();
   }
   mode_t mode(const std::string& name) {
     struct stat status {};
@@ -49,36 +52,30 @@ class PosixDataProxyTest : public testing::Test {
 TEST_F(PosixDataProxyTest, ReadsBackWhatItWroteIntoPrivateDirectoriesAndFiles) {
   std::string data(200000, '\0');
   for (std::size_t i = 0; i < data.size(); ++i) data[i] = static_cast<char>(i * 7);
-  EXPECT_EQ(write("Library/Contacts/donations.plist", data), nullptr);
-  const auto reading = proxy->dataWithContentsOfURL(home / "Library/Contacts/donations.plist");
-  EXPECT_EQ(reading.result().left(), data);
-  EXPECT_EQ(mode("Library"), 0700U);
-  EXPECT_EQ(mode("Library/Contacts"), 0700U);
-  EXPECT_EQ(mode("Library/Contacts/donations.plist"), 0600U);
-  EXPECT_EQ(write("Library/Contacts/donations.plist", ""), nullptr);
-  EXPECT_EQ(home.read("Library/Contacts/donations.plist"), "");
+  for (const std::string& content : {data, std::string()}) {
+    EXPECT_EQ(write("a/b/file", content), nullptr);
+    EXPECT_EQ(proxy->dataWithContentsOfURL(home / "a/b/file").result().left(), content);
+  }
+  EXPECT_EQ(mode("a"), 0700U);
+  EXPECT_EQ(mode("a/b"), 0700U);
+  EXPECT_EQ(mode("a/b/file"), 0600U);
 }
 
 TEST_F(PosixDataProxyTest, KeepsTheOldFileAndLeavesNothingBehindWhenAnOperationFails) {
-  struct Row {
-    const char* operation;
-    int failure;
-    int number;
-  };
   // With a short write each, so that the second write call belongs to the same file.
-  const Row rows[] = {{"open", EROFS, 1}, {"write", ENOSPC, 1}, {"write", EDQUOT, 2},
-                      {"fsync", EIO, 1},  {"close", EIO, 1},    {"rename", EACCES, 1}};
+  const std::tuple<const char*, int, int> rows[] = {{"open", EROFS, 1},   {"write", ENOSPC, 1},
+                                                    {"write", EDQUOT, 2}, {"fsync", EIO, 1},
+                                                    {"close", EIO, 1},    {"rename", EACCES, 1}};
   operations.longestWrite = 3;
   ASSERT_EQ(write("file.plist", "old content"), nullptr);
-  for (const Row& row : rows) {
-    operations.fail(row.operation, row.failure, row.number);
+  for (const auto& [operation, failure, number] : rows) {
+    operations.fail(operation, failure, number);
     const ErrorPtr error = write("file.plist", "new content");
-    ASSERT_NE(error, nullptr) << row.operation;
-    EXPECT_EQ(error->code(), row.failure) << row.operation;
-    EXPECT_NE(error->debugDescription().find("file.plist"), std::string::npos);
+    ASSERT_NE(error, nullptr) << operation;
+    EXPECT_EQ(error->code(), failure) << operation;
     EXPECT_EQ(error->debugDescription().find(home.root().string()), std::string::npos);
-    EXPECT_EQ(home.read("file.plist"), "old content") << row.operation;
-    EXPECT_EQ(home.names(), Names({"file.plist"})) << row.operation;
+    EXPECT_EQ(home.read("file.plist"), "old content") << operation;
+    EXPECT_EQ(home.names(), Names({"file.plist"})) << operation;
   }
   operations.fail("mkdir", EROFS, 2);
   EXPECT_EQ(write("a/b/file.plist", "new")->code(), EROFS);
@@ -97,28 +94,22 @@ TEST_F(PosixDataProxyTest, GoesOnAfterInterruptions) {
   }
   operations.fail("read", EINTR, 1);
   EXPECT_EQ(readFailure("file"), 0);
-  operations.fail("read", EIO, 1);
-  EXPECT_EQ(readFailure("file"), EIO);
 }
 
 TEST_F(PosixDataProxyTest, SharesOneWriteBetweenAllThatWaitForTheSameFile) {
-  std::promise<void> inFlight, release;
+  std::latch inFlight(1), release(1);
   operations.beforeRename = [&, first = true]() mutable {
     if (!std::exchange(first, false)) return;
-    inFlight.set_value();
-    release.get_future().wait();
+    inFlight.count_down();
+    release.wait();
   };
-  std::vector<Future<bool>> writing = {
-      proxy->writeData("0", home / "file", WritingOptions::atomic)};
-  inFlight.get_future().wait();
-  for (int i = 1; i < 100; ++i) {
-    writing.push_back(proxy->writeData(std::to_string(i), home / "file", WritingOptions::atomic));
-  }
-  const auto other = proxy->writeData("other", home / "other", WritingOptions::atomic);
+  std::vector<Future<bool>> writing = {startWrite("file", "0")};
+  inFlight.wait();
+  for (int i = 1; i < 100; ++i) writing.push_back(startWrite("file", std::to_string(i)));
+  writing.push_back(startWrite("other", "other"));
   EXPECT_EQ(holds, 3);
-  release.set_value();
+  release.count_down();
   for (const auto& future : writing) EXPECT_TRUE(future.result().isLeft());
-  EXPECT_TRUE(other.result().isLeft());
   EXPECT_EQ(operations.renames, 3);
   EXPECT_EQ(home.read("file"), "99");
   proxy.reset();
@@ -126,27 +117,24 @@ TEST_F(PosixDataProxyTest, SharesOneWriteBetweenAllThatWaitForTheSameFile) {
 }
 
 TEST_F(PosixDataProxyTest, FinishesWaitingWritesBeforeItGoes) {
-  std::promise<void> leaving;
-  operations.beforeRename = [entered = leaving.get_future().share()] { entered.wait(); };
-  {
-    PosixDataProxy brief(nullptr, operations);
-    const auto last = brief.writeData("1", home / "first", WritingOptions::atomic);
-    last.onCompletion([&](const auto&) {
-      static_cast<void>(brief.writeData("2", home / "second", WritingOptions::atomic));
-    });
-    leaving.set_value();
-  }
+  std::latch leaving(1);
+  operations.beforeRename = [&] { leaving.wait(); };
+  PosixDataProxy* const present = proxy.get();
+  startWrite("first", "1").onCompletion([&, present](const auto&) {
+    static_cast<void>(present->writeData("2", home / "second", WritingOptions::atomic));
+  });
+  leaving.count_down();
+  proxy.reset();
   EXPECT_EQ(home.names(), Names({"first", "second"}));
 }
 
 TEST_F(PosixDataProxyTest, ReplacesTheFileBehindALinkAndADanglingLinkItself) {
-  std::filesystem::create_directory(home / "dotfiles");
-  home.write("dotfiles/real", "old");
-  std::filesystem::create_symlink("dotfiles/real", home / "link");
+  home.write("real", "old");
+  std::filesystem::create_symlink("real", home / "link");
   std::filesystem::create_symlink("nowhere/real", home / "dangling");
   EXPECT_EQ(write("link", "new"), nullptr);
   EXPECT_TRUE(std::filesystem::is_symlink(home / "link"));
-  EXPECT_EQ(home.read("dotfiles/real"), "new");
+  EXPECT_EQ(home.read("real"), "new");
   EXPECT_EQ(write("dangling", "kept"), nullptr);
   EXPECT_EQ(home.read("dangling"), "kept");
 }
@@ -162,21 +150,25 @@ TEST_F(PosixDataProxyTest, ClearsUpAfterACrashButLeavesTemporariesInUse) {
   EXPECT_EQ(home.names(), Names({used, foreign[0], foreign[1], "file"}));
 }
 
-TEST_F(PosixDataProxyTest, ReadsRegularFilesOnly) {
+TEST_F(PosixDataProxyTest, ReadsRegularFilesOfSomeSizeOnly) {
   ASSERT_EQ(::mkfifo((home / "fifo").c_str(), 0600), 0);
-  std::filesystem::create_directory(home / "directory");
+  home.write("large", "");
+  std::filesystem::resize_file(home / "large", PosixDataProxy::maximumFileSizeInBytes + 1);
   EXPECT_EQ(readFailure("fifo"), EINVAL);
-  EXPECT_EQ(readFailure("directory"), EISDIR);
+  EXPECT_EQ(readFailure("large"), EFBIG);
+  EXPECT_EQ(readFailure("."), EISDIR);
   EXPECT_EQ(readFailure("missing"), ENOENT);
+  operations.fail("read", EIO, 1);
+  home.write("file", "");
+  EXPECT_EQ(readFailure("file"), EIO);
 }
 
-TEST_F(PosixDataProxyTest, KeepsEachDamagedContentOnce) {
+TEST_F(PosixDataProxyTest, KeepsEachDamagedContentOnceWhereItCannotLink) {
   home.write("file.damaged-9", "first");
   for (const char* content : {"first", "second", "second", "third"}) {
     home.write("file", content);
     proxy->keepDamagedFile(home / "file");
   }
-  EXPECT_EQ(home.names(), Names({"file", "file.damaged-10", "file.damaged-11", "file.damaged-9"}));
   EXPECT_EQ(home.read("file.damaged-10"), "second");
   EXPECT_EQ(home.read("file.damaged-11"), "third");
   EXPECT_EQ(mode("file.damaged-10"), 0600U);
@@ -188,10 +180,23 @@ TEST_F(PosixDataProxyTest, KeepsEachDamagedContentOnce) {
   EXPECT_FALSE(std::filesystem::exists(home / "file.damaged-12"));
 }
 
+TEST_F(PosixDataProxyTest, KeepsAnUnreadableDamagedFileByALinkThroughTheNextWrite) {
+  proxy = std::make_unique<PosixDataProxy>();
+  home.write("real", "damaged");
+  std::filesystem::permissions(home / "real", std::filesystem::perms::none);
+  std::filesystem::create_symlink("real", home / "file");
+  for (int i = 0; i < 2; ++i) proxy->keepDamagedFile(home / "file");
+  EXPECT_TRUE(std::filesystem::equivalent(home / "real", home / "file.damaged-1"));
+  EXPECT_FALSE(std::filesystem::is_symlink(home / "file.damaged-1"));
+  EXPECT_EQ(write("file", "new"), nullptr);
+  std::filesystem::permissions(home / "file.damaged-1", std::filesystem::perms::owner_read);
+  EXPECT_EQ(home.read("file.damaged-1"), "damaged");
+  EXPECT_EQ(home.names(), Names({"file", "file.damaged-1", "real"}));
+}
+
 TEST_F(PosixDataProxyTest, TagsADirectoryForBackupProgramsOnce) {
   home.write("CACHEDIR.TAG", "broken");
-  EXPECT_EQ(proxy->setExcludedFromBackups(home.root()), nullptr);
-  EXPECT_EQ(proxy->setExcludedFromBackups(home.root()), nullptr);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(proxy->setExcludedFromBackups(home.root()), nullptr);
   EXPECT_EQ(operations.renames, 1);
   EXPECT_TRUE(
       home.read("CACHEDIR.TAG").starts_with("Signature: 8a477f597d28d172789f06886806bc55\n"));

@@ -5,75 +5,59 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <optional>
+#include <map>
 
 #include "tests/platform/files/FileTree.h"
 
 namespace quenlet {
 namespace {
 
-namespace files = std::filesystem;
-
-// Sets an environment variable (removes it for null) and puts it back at the end.
-class ScopedVariable final {
- public:
-  ScopedVariable(const char* variable, const char* value) : name(variable) {
-    if (const char* present = std::getenv(variable)) before = present;
-    set(value);
+// Puts the environment back at the end.
+class UserDirectoriesTest : public testing::Test {
+ protected:
+  ~UserDirectoriesTest() override {
+    for (const auto& [name, value] : before) ::setenv(name.c_str(), value.c_str(), 1);
   }
-  ~ScopedVariable() { set(before ? before->c_str() : nullptr); }
-  void set(const char* value) { value != nullptr ? ::setenv(name, value, 1) : ::unsetenv(name); }
-
- private:
-  const char* name;
-  std::optional<std::string> before;
-};
-
-TEST(UserDirectoriesTest, ExpandsTheTildeToAnAbsoluteHome) {
-  ScopedVariable home("HOME", "/somewhere/ann");
-  const std::pair<const char*, const char*> rows[] = {{"~", "/somewhere/ann"},
-                                                      {"~/", "/somewhere/ann"},
-                                                      {"~/Library/x", "/somewhere/ann/Library/x"},
-                                                      {"~bob/x", "~bob/x"},
-                                                      {"/a/~/b", "/a/~/b"}};
-  for (const auto& [path, expanded] : rows) {
-    EXPECT_EQ(UserDirectories::expandTilde(path).left(), expanded);
+  void set(const char* name, const std::string& value) {
+    if (const char* present = std::getenv(name)) before.emplace(name, present);
+    ::setenv(name, value.c_str(), 1);
   }
-  for (const char* useless : {static_cast<const char*>(nullptr), "", "relative"}) {
-    home.set(useless);
-    const auto found = UserDirectories::homeDirectory();
-    ASSERT_TRUE(found.isLeft());
-    EXPECT_TRUE(found.left().is_absolute());
-    EXPECT_NE(found.left(), "/somewhere/ann");
-  }
-}
-
-TEST(UserDirectoriesTest, AcceptsOnlyAPrivateRuntimeDirectory) {
-  const FileTree root;
-  ScopedVariable runtime("XDG_RUNTIME_DIR", (root / "run").c_str());
-  const auto failure = [] {
+  static std::int64_t failure() {
     const auto found = UserDirectories::runtimeDirectory();
     return found.isLeft() ? 0 : found.right()->code();
-  };
-  EXPECT_EQ(failure(), 0) << "created when missing";
-  EXPECT_EQ(UserDirectories::runtimeDirectory().left(), root / "run");
-  files::permissions(root / "run", files::perms(0710));
-  EXPECT_EQ(failure(), EACCES);
-  files::permissions(root / "run", files::perms(0700));
-  files::create_directory_symlink(root / "run", root / "link");
-  runtime.set((root / "link").c_str());
-  EXPECT_EQ(failure(), ENOTDIR);
-  runtime.set((root / "missing/run").c_str());
-  EXPECT_EQ(failure(), ENOENT);
+  }
+
+  const FileTree root;
+  std::map<std::string, std::string> before;
+};
+
+TEST_F(UserDirectoriesTest, ExpandsTheTildeToAnAbsoluteHome) {
+  set("HOME", "/home of/ann");
+  EXPECT_EQ(UserDirectories::expandTilde("~").left(), "/home of/ann");
+  EXPECT_EQ(UserDirectories::expandTilde("~/Library/x").left(), "/home of/ann/Library/x");
+  EXPECT_EQ(UserDirectories::expandTilde("~bob/x").left(), "~bob/x");
+  for (const char* useless : {"", "relative"}) {
+    set("HOME", useless);
+    EXPECT_TRUE(UserDirectories::homeDirectory().left().is_absolute());
+  }
 }
 
-TEST(UserDirectoriesTest, MakesARuntimeDirectoryAmongTemporaryFilesWhenNoneIsGiven) {
-  const FileTree root;
-  const ScopedVariable runtime("XDG_RUNTIME_DIR", nullptr);
-  const ScopedVariable temporary("TMPDIR", root.root().c_str());
-  const auto expected = root / ("quenlet-" + std::to_string(::getuid()));
-  EXPECT_EQ(UserDirectories::runtimeDirectory().left(), expected);
-  EXPECT_EQ(files::status(expected).permissions(), files::perms(0700));
+TEST_F(UserDirectoriesTest, AcceptsOnlyAPrivateRuntimeDirectoryAndMakesItWhenMissing) {
+  set("TMPDIR", root.root());
+  set("XDG_RUNTIME_DIR", "");
+  ::unsetenv("XDG_RUNTIME_DIR");
+  const auto own = root / ("quenlet-" + std::to_string(::getuid()));
+  EXPECT_EQ(UserDirectories::runtimeDirectory().left(), own);
+  EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms(0700));
+  set("XDG_RUNTIME_DIR", root / "run");
+  EXPECT_EQ(UserDirectories::runtimeDirectory().left(), root / "run");
+  std::filesystem::permissions(root / "run", std::filesystem::perms(0710));
+  EXPECT_EQ(failure(), EACCES);
+  std::filesystem::create_directory_symlink(own, root / "link");
+  set("XDG_RUNTIME_DIR", root / "link");
+  EXPECT_EQ(failure(), ENOTDIR);
+  set("XDG_RUNTIME_DIR", root / "missing/run");
+  EXPECT_EQ(failure(), ENOENT);
 }
 
 }  // namespace

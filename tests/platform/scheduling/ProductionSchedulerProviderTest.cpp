@@ -9,8 +9,6 @@
 #include <thread>
 #include <vector>
 
-#include "platform/scheduling/EventLoopScheduler.h"
-
 namespace quenlet {
 namespace {
 
@@ -19,32 +17,30 @@ class ProductionSchedulerProviderTest : public testing::Test {
   // Ends the provider, which runs everything that was submitted.
   void finish() { provider.reset(); }
 
-  EventLoop mainLoop;
-  std::shared_ptr<Scheduler> mainThread = std::make_shared<EventLoopScheduler>(mainLoop);
   std::unique_ptr<ProductionSchedulerProvider> provider =
-      std::make_unique<ProductionSchedulerProvider>(mainThread, 2);
+      std::make_unique<ProductionSchedulerProvider>(nullptr, 2);
+  std::shared_ptr<Scheduler> background = provider->backgroundScheduler();
+  std::shared_ptr<Scheduler> serial = provider->newSerialSchedulerWithName("serial");
+  std::shared_ptr<Scheduler> other = provider->newSerialSchedulerWithName("other");
+  std::shared_ptr<ReaderWriterScheduler> state =
+      provider->newReaderWriterSchedulerWithName("state");
 };
 
 TEST_F(ProductionSchedulerProviderTest, SerialSchedulersRunBlocksOneByOneInOrder) {
-  std::vector<int> first, second;  // unguarded: the sanitizer sees blocks that run together
-  {
-    const auto a = provider->newSerialSchedulerWithName("a");
-    const auto b = provider->newSerialSchedulerWithName("b");
-    for (int i = 0; i < 2000; ++i) {
-      a->performBlock([&, i] { first.push_back(i); });
-      b->performBlock([&, i] { second.push_back(i); });
-    }
-    a->performBlock([&first, a] { a->performBlock([&] { first.push_back(2000); }); });
+  std::vector<int> ran[2];  // unguarded: the sanitizer sees blocks that run together
+  for (int i = 0; i < 2000; ++i) {
+    serial->performBlock([&, i] { ran[0].push_back(i); });
+    other->performBlock([&, i] { ran[1].push_back(i); });
   }
+  serial->performBlock([&, last = serial] { last->performBlock([&] { ran[0].push_back(2000); }); });
+  serial.reset();
   finish();
-  EXPECT_EQ(first.size(), 2001U);
-  EXPECT_EQ(second.size(), 2000U);
-  EXPECT_TRUE(std::is_sorted(first.begin(), first.end()));
-  EXPECT_TRUE(std::is_sorted(second.begin(), second.end()));
+  EXPECT_EQ(ran[0].size(), 2001U);
+  EXPECT_EQ(ran[1].size(), 2000U);
+  for (const auto& each : ran) EXPECT_TRUE(std::is_sorted(each.begin(), each.end()));
 }
 
 TEST_F(ProductionSchedulerProviderTest, ReadersSeeAllEarlierWritersAndNoLaterOne) {
-  const auto state = provider->newReaderWriterSchedulerWithName("state");
   int written = 0;  // unguarded on purpose
   std::atomic<int> wrong = 0, readersInside = 0;
   const auto read = [&](int expected) {
@@ -66,7 +62,6 @@ TEST_F(ProductionSchedulerProviderTest, ReadersSeeAllEarlierWritersAndNoLaterOne
 }
 
 TEST_F(ProductionSchedulerProviderTest, ReadersRunTogetherAndAWriterWaitsForThem) {
-  const auto state = provider->newReaderWriterSchedulerWithName("state");
   std::latch together(3);
   std::atomic<int> read = 0;
   int readBeforeWriter = 0;
@@ -74,8 +69,7 @@ TEST_F(ProductionSchedulerProviderTest, ReadersRunTogetherAndAWriterWaitsForThem
     together.arrive_and_wait();  // ends only when all three are inside
     ++read;
   };
-  state->performReaderBlock(reader);
-  state->performReaderBlock(reader);
+  for (int i = 0; i < 2; ++i) state->performReaderBlock(reader);
   state->performSynchronousReaderBlock([&] {
     state->performWriterBlock([&] { readBeforeWriter = read; });
     reader();
@@ -85,63 +79,54 @@ TEST_F(ProductionSchedulerProviderTest, ReadersRunTogetherAndAWriterWaitsForThem
 }
 
 TEST_F(ProductionSchedulerProviderTest, SynchronousReadersGetThroughWhenTheyFillThePool) {
-  const auto state = provider->newReaderWriterSchedulerWithName("state");
-  const auto background = provider->backgroundScheduler();
-  std::latch full(2), done(2);
+  std::latch full(2), submitted(1);
   std::atomic<int> seen = 0;
   int written = 0;
-  std::promise<void> submitted;
-  auto allSubmitted = submitted.get_future().share();
   for (int i = 0; i < 2; ++i) {
     background->performBlock([&] {
       full.count_down();
-      allSubmitted.wait();
+      submitted.wait();
       state->performSynchronousReaderBlock([&] { seen += written; });
-      done.count_down();
     });
   }
   full.wait();
   for (int i = 0; i < 10; ++i) state->performWriterBlock([&] { ++written; });
-  submitted.set_value();
-  done.wait();
+  submitted.count_down();
+  finish();
   EXPECT_EQ(seen, 20);
 }
 
 TEST_F(ProductionSchedulerProviderTest, CancelledBlocksNeverStart) {
-  const auto state = provider->newReaderWriterSchedulerWithName("state");
-  const auto serial = provider->newSerialSchedulerWithName("serial");
-  std::promise<void> gate;
-  const auto wait = [opened = gate.get_future().share()] { opened.wait(); };
+  std::latch gate(1);
   std::vector<std::string> ran;
-  state->performWriterBlock(wait);
-  serial->performBlock(wait);
-  const auto writer = state->performWriterBlock([&] { ran.emplace_back("writer"); });
-  const auto reader = state->performReaderBlock([&] { ran.emplace_back("reader"); });
-  const auto kept = state->performWriterBlock([&] { ran.emplace_back("kept"); });
+  const auto note = [&](const char* name) { return [&ran, name] { ran.emplace_back(name); }; };
+  state->performWriterBlock([&] { gate.wait(); });
+  serial->performBlock([&] { gate.wait(); });
+  const auto writer = state->performWriterBlock(note("writer"));
+  const auto reader = state->performReaderBlock(note("reader"));
+  const auto kept = state->performWriterBlock(note("kept"));
   // Whether it still waits for its timer or already for the serial scheduler.
-  const auto delayed = serial->afterDelay(0, [&] { ran.emplace_back("delayed"); });
+  const auto delayed = serial->afterDelay(0, note("delayed"));
   for (const auto& token : {writer, reader, delayed}) token->cancel();
-  gate.set_value();
+  gate.count_down();
   state->performSynchronousReaderBlock([&] { kept->cancel(); });  // too late
   finish();
   EXPECT_EQ(ran, std::vector<std::string>({"kept"}));
 }
 
 TEST_F(ProductionSchedulerProviderTest, DelayedBlocksComeOnTheirSchedulerInDeadlineOrder) {
-  const auto serial = provider->newSerialSchedulerWithName("serial");
   std::vector<int> ran;
-  std::vector<std::shared_ptr<Cancelable>> tokens;
-  std::promise<void> last;
+  std::latch last(1);
   const auto start = std::chrono::steady_clock::now();
   for (int i = 0; i <= 200; ++i) {
-    tokens.push_back(serial->afterDelay(0.005 + i / 50 * 0.001, [&, i] {
+    const auto token = serial->afterDelay(0.005 + i / 50 * 0.001, [&, i] {
       ran.push_back(i);
-      if (i == 200) last.set_value();
-    }));
-    if (i % 2 != 0) tokens.back()->cancel();
+      if (i == 200) last.count_down();
+    });
+    if (i % 2 != 0) token->cancel();
   }
-  tokens.push_back(serial->afterDelay(3600, [&] { ran.push_back(-1); }));
-  last.get_future().wait();
+  static_cast<void>(serial->afterDelay(3600, [&] { ran.push_back(-1); }));
+  last.wait();
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(9));
   finish();
   EXPECT_EQ(ran.size(), 101U);
@@ -149,37 +134,23 @@ TEST_F(ProductionSchedulerProviderTest, DelayedBlocksComeOnTheirSchedulerInDeadl
 }
 
 TEST_F(ProductionSchedulerProviderTest, ChoosesTheThreadThatEachKindPromises) {
-  std::thread::id immediate, later, background;
-  std::latch ran(2);
-  const auto note = [](std::thread::id& where) { where = std::this_thread::get_id(); };
-  provider->immediateScheduler()->performBlock([&] { note(immediate); });
-  EXPECT_EQ(immediate, std::this_thread::get_id());
-  const auto token = provider->immediateScheduler()->afterDelay(0, [&] {
-    note(later);
-    ran.count_down();
-  });
-  provider->backgroundScheduler()->performBlock([&] {
-    note(background);
-    ran.count_down();
-  });
-  ran.wait();
-  EXPECT_NE(later, immediate);
-  EXPECT_NE(background, immediate);
-  std::vector<std::thread::id> main(2);
-  const auto delayed = provider->mainThreadScheduler()->afterDelay(0.001, [&] {
-    note(main[1]);
-    mainLoop.stop();
-  });
-  provider->mainThreadScheduler()->performBlock([&] { note(main[0]); });
-  std::thread loopThread([&] { mainLoop.run(); });
-  const std::thread::id expected = loopThread.get_id();
-  loopThread.join();
-  EXPECT_EQ(main, std::vector<std::thread::id>(2, expected));
+  const std::thread::id here = std::this_thread::get_id();
+  std::thread::id immediate, later, pooled;
+  std::latch delayed(1);
+  provider->immediateScheduler()->performBlock([&] { immediate = std::this_thread::get_id(); });
+  static_cast<void>(provider->immediateScheduler()->afterDelay(0, [&] {
+    later = std::this_thread::get_id();
+    delayed.count_down();
+  }));
+  background->performBlock([&] { pooled = std::this_thread::get_id(); });
+  delayed.wait();
+  finish();
+  EXPECT_EQ(immediate, here);
+  EXPECT_NE(later, here);
+  EXPECT_NE(pooled, here);
 }
 
 TEST_F(ProductionSchedulerProviderTest, SchedulersDropWhatTheyAreGivenAfterTheEnd) {
-  const auto background = provider->backgroundScheduler();
-  const auto state = provider->newReaderWriterSchedulerWithName("state");
   finish();
   const auto owned = std::make_shared<int>(0);
   background->performBlock([owned] { ++*owned; });

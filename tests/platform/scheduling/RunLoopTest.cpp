@@ -10,15 +10,18 @@
 namespace quenlet {
 namespace {
 
+using Events = std::vector<std::string>;
+
 // The loop blocks its signals in this thread, so that raise() leaves them pending for it.
 class RunLoopTest : public testing::Test {
  protected:
   std::shared_ptr<Cancelable> note(int signal, const std::string& text) {
-    return runLoop.addSignalSource(signal, [this, text] { events.push_back(text); });
+    return runLoop->addSignalSource(signal, [this, text] { events.push_back(text); });
   }
+  void perform(Block block) { runLoop->mainThreadScheduler()->performBlock(std::move(block)); }
 
-  RunLoop runLoop;
-  std::vector<std::string> events;
+  std::unique_ptr<RunLoop> runLoop = std::make_unique<RunLoop>();
+  Events events;
 };
 
 TEST_F(RunLoopTest, HangUpsRunTheirHandlersAndTerminationEndsTheRun) {
@@ -26,56 +29,53 @@ TEST_F(RunLoopTest, HangUpsRunTheirHandlersAndTerminationEndsTheRun) {
   const auto cancelled = note(SIGHUP, "cancelled");
   const auto terminate = note(SIGTERM, "terminate");
   cancelled->cancel();
-  runLoop.mainThreadScheduler()->performBlock([] { ::raise(SIGHUP); });
-  const auto later = runLoop.mainThreadScheduler()->afterDelay(0.001, [&] {
+  perform([] { ::raise(SIGHUP); });
+  const auto later = runLoop->mainThreadScheduler()->afterDelay(0.001, [&] {
     events.emplace_back("delayed");
     ::raise(SIGTERM);
   });
-  runLoop.run();
-  EXPECT_EQ(events, std::vector<std::string>({"hang-up", "delayed", "terminate"}));
+  runLoop->run();
+  EXPECT_EQ(events, Events({"hang-up", "delayed", "terminate"}));
 }
 
 TEST_F(RunLoopTest, KeepsAHangUpThatCameBeforeItsHandler) {
   ::raise(SIGHUP);
   std::shared_ptr<Cancelable> hangUp;
-  const auto later = runLoop.mainThreadScheduler()->afterDelay(0.001, [&] {
+  const auto later = runLoop->mainThreadScheduler()->afterDelay(0.001, [&] {
     hangUp = note(SIGHUP, "hang-up");
-    runLoop.mainThreadScheduler()->performBlock([&] { runLoop.stop(); });
+    perform([&] { runLoop->stop(); });
   });
-  runLoop.run();
-  EXPECT_EQ(events, std::vector<std::string>({"hang-up"}));
+  runLoop->run();
+  EXPECT_EQ(events, Events({"hang-up"}));
 }
 
 TEST_F(RunLoopTest, WaitsForWhatHoldsTermination) {
-  const auto first = runLoop.holdTermination();
-  const auto second = runLoop.holdTermination();
+  const auto first = runLoop->holdTermination();
+  const auto second = runLoop->holdTermination();
   std::thread holder;
-  const auto interrupt = runLoop.addSignalSource(SIGINT, [&] {
+  const auto interrupt = runLoop->addSignalSource(SIGINT, [&] {
     first->cancel();
     first->cancel();  // counts once
     holder = std::thread([&] {
-      runLoop.mainThreadScheduler()->performBlock([&] { events.emplace_back("still running"); });
+      perform([&] { events.emplace_back("still running"); });
       second->cancel();
     });
   });
   ::raise(SIGINT);
-  runLoop.run();
+  runLoop->run();
   holder.join();
-  EXPECT_EQ(events, std::vector<std::string>({"still running"}));
+  EXPECT_EQ(events, Events({"still running"}));
 }
 
 TEST_F(RunLoopTest, HoldsMayBeReleasedAfterTheLoopIsGone) {
-  std::shared_ptr<Cancelable> hold;
-  {
-    RunLoop brief;
-    hold = brief.holdTermination();
-    const auto source = brief.addSignalSource(SIGTERM, [&] { events.emplace_back("terminate"); });
-    ::raise(SIGTERM);
-    brief.mainThreadScheduler()->performBlock([&] { brief.stop(); });
-    brief.run();
-  }
+  const auto hold = runLoop->holdTermination();
+  const auto terminate = note(SIGTERM, "terminate");
+  ::raise(SIGTERM);
+  perform([&] { runLoop->stop(); });
+  runLoop->run();
+  runLoop.reset();
   hold->cancel();
-  EXPECT_EQ(events, std::vector<std::string>({"terminate"}));
+  EXPECT_EQ(events, Events({"terminate"}));
 }
 
 }  // namespace
