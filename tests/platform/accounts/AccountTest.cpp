@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/foundation/PropertyListSerializer.h"
+
 namespace quenlet {
 namespace {
 
@@ -22,10 +24,7 @@ TEST(AccountTest, IsRebuiltFromItsPropertyList) {
 }
 
 TEST(AccountTest, TakesOnlyWellFormedRecords) {
-  const struct {
-    PropertyListDictionary entries;
-    bool taken;
-  } cases[] = {
+  const std::pair<PropertyListDictionary, bool> cases[] = {
       {{{"identifier", "A1"}, {"unknown", 1}}, true},
       {{}, false},
       {{{"identifier", 1}}, false},
@@ -37,7 +36,7 @@ TEST(AccountTest, TakesOnlyWellFormedRecords) {
   };
   for (const auto& [entries, taken] : cases) {
     EXPECT_EQ(Account::initWithPropertyListRepresentation(entries).has_value(), taken)
-        << (entries.empty() ? "" : entries.rbegin()->first);
+        << PropertyListSerializer::dataWithObject(entries).left();
   }
 }
 

@@ -131,7 +131,6 @@ TEST(VCardReaderTest, ReadsVeryLargeLines) {
     return start;
   };
   EXPECT_EQ(read(card(filled("FN:Bo\nNOTE:x", "\n y"))), "|Bo||||");
-  EXPECT_EQ(read(card(filled("N:Bo", ","))), "|||Bo||");
   EXPECT_EQ(read(card(filled("FN:Bo", ", Lee"))).size(), size - 3 + 5 - (size - 5) % 5);
   EXPECT_EQ(read(card(filled("TEL", ";TYPE=a,") + ":112")), " T(a:112)");
   EXPECT_EQ(read(card(filled("N:", "\\\\"))).size(), (size - 2) / 2 + 5);

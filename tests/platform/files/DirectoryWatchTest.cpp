@@ -53,14 +53,5 @@ TEST_F(DirectoryWatchTest, CreatesADirectoryThatGoesAndWatchesTheNewOne) {
   EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "3"); }), Names({"me"}));
 }
 
-TEST_F(DirectoryWatchTest, SaysThatItCannotWatch) {
-  home.write("file", "");
-  testing::internal::CaptureStderr();
-  const auto token = DirectoryWatch::watchDirectory(loop, home / "file/cards", [](const auto&) {});
-  const std::string said = testing::internal::GetCapturedStderr();
-  EXPECT_NE(said.find("watch cards: Not a directory"), std::string::npos) << said;
-  token->cancel();
-}
-
 }  // namespace
 }  // namespace quenlet

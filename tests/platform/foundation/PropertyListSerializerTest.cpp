@@ -209,9 +209,7 @@ TEST(PropertyListWriterTest, FragmentsReadTheSameWithinADocument) {
     return text.isLeft() ? PropertyListSerializer::objectWithData(text.left())
                          : Result<PropertyList>::right(text.right());
   };
-  for (const int depth : {0, 1, limit - 2}) {
-    EXPECT_TRUE(readAtDepth(depth).left() == nested(depth, record)) << depth;
-  }
+  EXPECT_TRUE(readAtDepth(limit - 2).left() == nested(limit - 2, record));
   EXPECT_EQ(codeOf(readAtDepth(limit - 1)), nestingTooDeep);
 }
 

@@ -8,27 +8,22 @@ namespace quenlet {
 namespace {
 
 TEST(TextTest, EqualityIsCanonicalEquivalence) {
-  const struct {
-    const char* name;
-    std::string a;
-    std::string b;
-    bool equal;
-  } cases[] = {
-      {"other ASCII", "Ann", "ann", false},
-      {"composed and decomposed", "Zo\u00eb", "Zoe\u0308", true},
-      {"order of marks", "a\u0323\u0302", "a\u0302\u0323", true},
-      {"marks of one class keep their order", "a\u0301\u0302", "a\u0302\u0301", false},
-      {"Hangul", "\uD55C", "\u1112\u1161\u11AB", true},
-      {"singleton that becomes ASCII", "\u212A", "K", true},
-      {"compatibility is no equivalence", "\uFB01", "fi", false},
-      {"same bad bytes", "e\u0308\xFF", "e\u0308\xFF", true},
-      {"bad bytes are not composed", "e\u0308\xFF", "\u00eb\xFF", false},
-      {"bad bytes and their replacement", "\xFF", "\uFFFD", false},
+  const std::tuple<std::string, std::string, bool> cases[] = {
+      {"Ann", "ann", false},
+      {"Zo\u00eb", "Zoe\u0308", true},
+      {"a\u0323\u0302", "a\u0302\u0323", true},
+      {"a\u0301\u0302", "a\u0302\u0301", false},  // marks of one class keep their order
+      {"\uD55C", "\u1112\u1161\u11AB", true},
+      {"\u212A", "K", true},
+      {"\uFB01", "fi", false},  // compatibility is no equivalence
+      {"e\u0308\xFF", "e\u0308\xFF", true},
+      {"e\u0308\xFF", "\u00eb\xFF", false},
+      {"\xFF", "\uFFFD", false},
   };
-  for (const auto& [name, a, b, equal] : cases) {
-    EXPECT_EQ(canonicallyEqual(a, b), equal) << name;
-    EXPECT_EQ(canonicallyEqual(b, a), equal) << name;
-    EXPECT_EQ(canonicalKey(a) == canonicalKey(b), equal) << name;
+  for (const auto& [a, b, equal] : cases) {
+    EXPECT_EQ(canonicallyEqual(a, b), equal) << a << " " << b;
+    EXPECT_EQ(canonicallyEqual(b, a), equal) << a << " " << b;
+    EXPECT_EQ(canonicalKey(a) == canonicalKey(b), equal) << a << " " << b;
   }
 }
 

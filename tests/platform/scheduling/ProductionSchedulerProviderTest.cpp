@@ -133,23 +133,6 @@ TEST_F(ProductionSchedulerProviderTest, DelayedBlocksComeOnTheirSchedulerInDeadl
   EXPECT_TRUE(std::is_sorted(ran.begin(), ran.end()));
 }
 
-TEST_F(ProductionSchedulerProviderTest, ChoosesTheThreadThatEachKindPromises) {
-  const std::thread::id here = std::this_thread::get_id();
-  std::thread::id immediate, later, pooled;
-  std::latch delayed(1);
-  provider->immediateScheduler()->performBlock([&] { immediate = std::this_thread::get_id(); });
-  static_cast<void>(provider->immediateScheduler()->afterDelay(0, [&] {
-    later = std::this_thread::get_id();
-    delayed.count_down();
-  }));
-  background->performBlock([&] { pooled = std::this_thread::get_id(); });
-  delayed.wait();
-  finish();
-  EXPECT_EQ(immediate, here);
-  EXPECT_NE(later, here);
-  EXPECT_NE(pooled, here);
-}
-
 TEST_F(ProductionSchedulerProviderTest, SchedulersDropWhatTheyAreGivenAfterTheEnd) {
   finish();
   const auto owned = std::make_shared<int>(0);

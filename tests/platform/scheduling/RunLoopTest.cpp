@@ -49,13 +49,12 @@ TEST_F(RunLoopTest, KeepsAHangUpThatCameBeforeItsHandler) {
   EXPECT_EQ(events, Events({"hang-up"}));
 }
 
-TEST_F(RunLoopTest, WaitsForWhatHoldsTermination) {
+TEST_F(RunLoopTest, WaitsForWhatHoldsTerminationEvenOnOtherThreads) {
   const auto first = runLoop->holdTermination();
   const auto second = runLoop->holdTermination();
   std::thread holder;
   const auto interrupt = runLoop->addSignalSource(SIGINT, [&] {
-    first->cancel();
-    first->cancel();  // counts once
+    for (int i = 0; i < 2; ++i) first->cancel();  // counts once
     holder = std::thread([&] {
       perform([&] { events.emplace_back("still running"); });
       second->cancel();
@@ -67,7 +66,7 @@ TEST_F(RunLoopTest, WaitsForWhatHoldsTermination) {
   EXPECT_EQ(events, Events({"still running"}));
 }
 
-TEST_F(RunLoopTest, HoldsMayBeReleasedAfterTheLoopIsGone) {
+TEST_F(RunLoopTest, StopsWhateverHoldsItAndHoldsMayOutliveIt) {
   const auto hold = runLoop->holdTermination();
   const auto terminate = note(SIGTERM, "terminate");
   ::raise(SIGTERM);
