@@ -17,7 +17,7 @@ constexpr char donationsKey[] = "donations";
 constexpr char versionsKey[] = "versions";
 
 Result<std::filesystem::path> fileLocation(const char* name) {
-  const Result<std::filesystem::path> directory = UserDirectories::expandTilde(directoryPath);
+  Result<std::filesystem::path> directory = UserDirectories::expandTilde(directoryPath);
   if (!directory.isLeft()) return directory;
   return Result<std::filesystem::path>::left(directory.left() / name);
 }

@@ -131,7 +131,7 @@ Future<bool> PosixDataProxy::writeData(std::string data, const path& toURL, Writ
 }
 
 Future<bool> PosixDataProxy::enqueue(Write write) {
-  const Future<bool> future = write.promises.front().future();
+  Future<bool> future = write.promises.front().future();
   std::shared_ptr<Cancelable> surplus;
   {
     MutexLock lock(mutex);

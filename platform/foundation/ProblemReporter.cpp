@@ -7,7 +7,7 @@ namespace quenlet {
 
 ProblemReporter::ProblemReporter(std::string subjectOfLines) : subject(std::move(subjectOfLines)) {}
 
-void ProblemReporter::setProblem(ErrorPtr problem) {
+void ProblemReporter::setProblem(const ErrorPtr& problem) {
   {
     MutexLock lock(mutex);
     const bool isKnown = problem && last && *problem == *last;

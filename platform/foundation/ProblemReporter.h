@@ -16,7 +16,7 @@ class ProblemReporter final {
 
   // The problem that there is now, null for none. Its sentence is written, so it must not hold
   // personal values.
-  void setProblem(ErrorPtr problem) EXCLUDES(mutex);
+  void setProblem(const ErrorPtr& problem) EXCLUDES(mutex);
 
  private:
   const std::string subject;
