@@ -82,7 +82,9 @@ void expectReadAs(const PropertyList& object, const std::string& text) {
 
 TEST(PropertyListSerializerTest, ReadsBackWhatItWrites) {
   std::vector<PropertyList> objects = samples();
-  objects.push_back(Dictionary{{"line ends\r", "\r\nCR LF\rCR\n"}});
+  Dictionary lineEnds;
+  lineEnds.emplace("line ends\r", "\r\nCR LF\rCR\n");
+  objects.emplace_back(std::move(lineEnds));
   for (const PropertyList& object : objects) {
     expectReadAs(object, PropertyListSerializer::dataWithObject(object).left());
   }
