@@ -53,7 +53,7 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
           std::make_shared<ProductionSchedulerProvider>(runLoop.mainThreadScheduler())),
       dataProxy(std::make_shared<PosixDataProxy>([this] { return runLoop.holdTermination(); })),
       loggerProvider(std::make_shared<StructuredLoggerProvider>(
-          std::make_shared<StandardErrorLogSink>(), &Date::now)),
+          StructuredLog(std::make_shared<StandardErrorLogSink>(), &Date::now))),
       notificationCenter(std::make_shared<SocketNotificationCenter>(
           runLoop.eventLoop(), runtimeDirectory / "quenlet" / "notifications")),
       entitlements(std::make_shared<const EntitlementDatabase>(

@@ -4,15 +4,25 @@
 #include <memory>
 #include <string>
 
+#include "platform/accounts/AccountStore.h"
 #include "platform/contacts/ContactStore.h"
+#include "platform/counters/CounterStore.h"
+#include "platform/donations/CorvelProtocol.h"
 #include "platform/donations/DonationFeedbackStore.h"
 #include "platform/donations/DonationPreferences.h"
+#include "platform/donations/UserDefaults.h"
+#include "platform/extensions/DonorLoader.h"
 #include "platform/files/DataProxy.h"
 #include "platform/foundation/Date.h"
+#include "platform/foundation/Observable.h"
 #include "platform/ipc/ServiceListener.h"
 #include "platform/logging/DonationLoggerProvider.h"
+#include "platform/logging/SystemLog.h"
 #include "platform/notifications/DistributedNotificationCenter.h"
+#include "platform/scheduling/ProcessTransaction.h"
 #include "platform/scheduling/SchedulerProvider.h"
+#include "platform/telephony/DeviceInfo.h"
+#include "platform/telephony/PhoneNumberMonitor.h"
 
 namespace quenlet {
 
@@ -35,6 +45,25 @@ struct PlatformServices final {
   std::function<std::shared_ptr<ContactStore>()> makeContactStore;
   std::function<std::shared_ptr<ServiceListener>(const std::string& serviceName)>
       makeServiceListener;
+
+  // What an extension donates goes to `donationReceiver`, while that lives.
+  std::function<std::shared_ptr<DonorLoader>(std::weak_ptr<CorvelProtocol> donationReceiver)>
+      makeDonorLoader;
+  // The installed donors, one by one, then completion or failure.
+  std::function<std::shared_ptr<Observable<DonorObjectPtr>>(
+      std::weak_ptr<CorvelProtocol> donationReceiver)>
+      currentExtensionsObservable;
+  std::function<std::shared_ptr<AccountStore>()> makeAccountStore;
+  std::function<std::shared_ptr<PhoneNumberMonitor>()> makePhoneNumberMonitor;
+  std::function<std::shared_ptr<DeviceInfo>()> deviceInfo;
+
+  std::function<std::shared_ptr<UserDefaults>()> userDefaults;
+  std::function<std::shared_ptr<CounterStore>()> counterStore;
+  std::function<std::shared_ptr<SystemLog>(const std::string& subsystem,
+                                           const std::string& category)>
+      makeSystemLog;
+  std::function<std::shared_ptr<ProcessTransaction>(const std::string& name)>
+      makeProcessTransaction;
 
   // The current set. Requires that one is installed. Any thread.
   [[nodiscard]] static const PlatformServices& current();

@@ -1,5 +1,7 @@
 #include "platform/accounts/Account.h"
 
+#include <tuple>
+
 namespace quenlet {
 namespace {
 
@@ -58,6 +60,19 @@ class RecordReader final {
 };
 
 }  // namespace
+
+std::string Account::description() const {
+  const std::string type = accountType ? accountType->identifier.value_or("") : "";
+  return "account " + identifier + (type.empty() ? "" : " of type " + type);
+}
+
+bool operator==(const Account& left, const Account& right) {
+  const auto facts = [](const Account& account) {
+    return std::tie(account.identifier, account.accountType, account.username, account.isActive,
+                    account.enabledDataclasses, account.properties);
+  };
+  return facts(left) == facts(right);
+}
 
 PropertyListDictionary Account::propertyListRepresentation() const {
   PropertyListDictionary entries;

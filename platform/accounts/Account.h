@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -7,6 +8,8 @@
 #include "platform/foundation/PropertyList.h"
 
 namespace quenlet {
+
+class AccountStore;
 
 // The kind of an account ("ovaro.account.jabber").
 struct AccountType final {
@@ -22,6 +25,12 @@ struct Account final {
   bool isActive = false;
   std::set<std::string> enabledDataclasses = {};
   PropertyListDictionary properties = {};
+  // The store that the account belongs to, while that lives. No part of what the account is: two
+  // accounts are equal whatever their stores, and it does not travel.
+  std::weak_ptr<AccountStore> accountStore = {};
+
+  // For a log or a terminal: identifier and type, nothing of the owner's.
+  [[nodiscard]] std::string description() const;
 
   // Keys "identifier", "type", "username", "active", "dataClasses", "properties"; absent optionals
   // are left out.
@@ -30,7 +39,9 @@ struct Account final {
   [[nodiscard]] static std::optional<Account> initWithPropertyListRepresentation(
       const PropertyListDictionary& entries);
 
-  friend bool operator==(const Account&, const Account&) = default;
+  friend bool operator==(const Account& left, const Account& right);
 };
+
+using AccountPtr = std::shared_ptr<const Account>;
 
 }  // namespace quenlet

@@ -13,7 +13,6 @@
 namespace quenlet {
 
 using ContactPtr = std::shared_ptr<const Contact>;
-using AccountPtr = std::shared_ptr<const Account>;
 
 using ErrorReply = std::function<void(ErrorPtr error)>;
 using SuccessReply = std::function<void(bool success, ErrorPtr error)>;

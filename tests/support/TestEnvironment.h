@@ -26,7 +26,8 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
   const std::shared_ptr<FakeFeedbackStore> feedback = std::make_shared<FakeFeedbackStore>();
   const std::shared_ptr<FakeContactStore> contacts = std::make_shared<FakeContactStore>();
   const std::shared_ptr<StructuredLoggerProvider> loggers =
-      std::make_shared<StructuredLoggerProvider>(log, [this] { return schedulers.now(); });
+      std::make_shared<StructuredLoggerProvider>(
+          StructuredLog(log, [this] { return schedulers.now(); }));
 
   std::shared_ptr<SchedulerProvider> schedulerProvider() override { return provider; }
   std::shared_ptr<AgentLogger> logger() override { return loggers->agentLogger(); }

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+#include "platform/extensions/DonorExtension.h"
+#include "platform/foundation/Future.h"
+
+namespace quenlet {
+
+// Loads what is installed for donors. Thread-safe.
+class DonorLoader {
+ public:
+  virtual ~DonorLoader() = default;
+  // `donorWithIdentifier:`. Fails when nothing usable is installed for that bundle identifier, or
+  // it cannot be started. Completes on any thread, perhaps before it returns.
+  [[nodiscard]] virtual Future<DonorObjectPtr> donorWithIdentifier(
+      const std::string& bundleIdentifier) = 0;
+};
+
+}  // namespace quenlet
