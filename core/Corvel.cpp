@@ -63,7 +63,9 @@ Corvel::Corvel(std::shared_ptr<AgentEnvironmentProtocol> agentEnvironment,
       diskScheduler(schedulerProvider->newSerialSchedulerWithName("ovaro.quenlet.agent.io")),
       replyScheduler(schedulerProvider->backgroundScheduler()),
       curatedInfoProvider(std::move(infoProvider)),
-      logger(environment->logger()) {}
+      logger(environment->logger()),
+      accountLogger(PlatformServices::current().defaultLoggerProvider()->accountLogger()),
+      internalBundleIdentifiers{AccountsBundleIdentifier, SIMCardBundleIdentifier} {}
 
 void Corvel::submitWriterBlock(std::function<void(Corvel&)> block) {
   stateScheduler->performWriterBlock(
@@ -84,7 +86,7 @@ void Corvel::restore() {
   DonationTable restored;
   restored.insertAll(valuesSatisfying(candidates, notYetExpired));
   donations = std::move(restored);
-  handOffForRenewal(valuesSatisfying(candidates, readyForRenewal));
+  renewWithDonations(valuesSatisfying(candidates, readyForRenewal));
   rebuildMeCard();
   logger->endRestorePersistedState();
 }
@@ -97,10 +99,6 @@ void Corvel::rebuildMeCard() {
 
 bool Corvel::isConfirmedOrRejected(const DonationValue& value) const {
   return feedbackStore->donatedValueHasBeenConfirmedOrRejected(value, MeCardContactIdentifier);
-}
-
-void Corvel::handOffForRenewal(const DonationValues& values) const {
-  if (renewalHandOff && !values.empty()) renewalHandOff(values);
 }
 
 void Corvel::submitChange(ChangeType change, SaveReply saveReply) {
@@ -125,6 +123,10 @@ void Corvel::applyChange(const ChangeType& change, SaveReply saveReply) {
   } else {
     donations.removeBundle(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
   }
+  commitTable(std::move(saveReply));
+}
+
+void Corvel::commitTable(SaveReply saveReply) {
   rebuildMeCard();
   save(std::move(saveReply));
   postValuesDidChange();

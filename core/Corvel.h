@@ -3,6 +3,8 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <variant>
 #include <vector>
@@ -13,6 +15,9 @@
 #include "mecard/CuratedInfoProviderProtocol.h"
 #include "platform/AgentEnvironmentProtocol.h"
 #include "platform/donations/CorvelProtocol.h"
+#include "platform/extensions/DonorLoader.h"
+#include "platform/foundation/Mutex.h"
+#include "platform/logging/AccountLogger.h"
 #include "storage/DonationPersistenceProtocol.h"
 
 namespace quenlet {
@@ -110,9 +115,29 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
     return stateScheduler;
   }
 
-  // Where values go that are near their end, or expired when they were donated: to their donors, if
-  // somebody takes them there. Set it before the restore.
-  std::function<void(DonationValues)> renewalHandOff;
+  // Asks the donors of these values, 2 s later, until when they hold, and takes over what they
+  // answer. Values of the agent's own sources are left alone.
+  void renewWithDonations(const DonationValues& values);
+  // Asks the donor of one bundle to renew a placeholder, and prints what becomes of it. Nothing is
+  // stored.
+  void discoverExtensionWithIdentifier(const std::string& bundleIdentifier);
+
+  // Fill the table of source versions from its file, and write it. Loading waits for the file.
+  void loadExtensionVersions();
+  void saveExtensionVersions();
+  // Prints which donors are installed, for 10,000 s; donates all accounts again first, unless the
+  // versions say that this parser of theirs has done so. Does nothing while donations are off.
+  void discoverAllExtensions();
+
+  // Brings the donations of one account, null for none, in step with its new state, null for none.
+  void donateAccountChangesFrom(const AccountPtr& oldAccount, const AccountPtr& to);
+  // Drops the donations of all accounts, donates those of the present ones, and notes the parser's
+  // version.
+  void reloadAllAccounts();
+
+  // Takes the donations and removals that come from accounts; the agent itself when there is none.
+  // Set it before the agent starts.
+  std::shared_ptr<CorvelProtocol> accountDonationReceiver;
   // Replaceable, so that every caller uses the same pair.
   std::function<bool(const DonationValue&)> notYetExpired;
   std::function<bool(const DonationValue&)> readyForRenewal;
@@ -133,11 +158,14 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void restore();
   void rebuildMeCard();
   void applyChange(const ChangeType& change, SaveReply saveReply);
+  // What follows each change of the table: the card is rebuilt, the table saved, the change posted.
+  void commitTable(SaveReply saveReply);
   void deleteAllDonations();
   [[nodiscard]] DonationValues valuesWhere(
       const std::function<bool(const DonationValue&)>& selected) const;
   void rejectValues(DonationValues values, const Rejection& rejection);
   void runEnableRoutine();
+  void solicitDonations();
   void applySuppression(bool suppress);
 
   // Runs anywhere.
@@ -146,8 +174,14 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void save(SaveReply saveReply);
   void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply);
   void reportRejection(const RejectionResult& result, const Rejection& rejection);
-  void handOffForRenewal(const DonationValues& values) const;
-  void handOffPreExpired(const DonationValues& values) const;
+  void renewPreExpired(const DonationValues& values);
+  void askDonorsToRenew(const DonationValues& values);
+  void askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor);
+  void renewalAcknowledged(const DonationValuePtr& value, std::optional<Date> newExpirationDate,
+                           const ErrorPtr& donorError);
+  [[nodiscard]] bool accountsNeedReload() EXCLUDES(versionsMutex);
+  // Whether there was anything to donate.
+  bool applyAccountChange(const AccountPtr& oldAccount, const AccountPtr& newAccount);
   void postValuesDidChange() const;
   [[nodiscard]] bool isConfirmedOrRejected(const DonationValue& value) const;
   // The refusal of a request by the feature state, logged; null when it may pass.
@@ -169,7 +203,14 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   const std::shared_ptr<Scheduler> replyScheduler;
   const std::shared_ptr<CuratedInfoProviderProtocol> curatedInfoProvider;
   const std::shared_ptr<AgentLogger> logger;
+  const std::shared_ptr<AccountLogger> accountLogger;
+  // Their values are never sent for renewal.
+  const std::set<std::string> internalBundleIdentifiers;
   std::atomic<FeatureState> featureState = FeatureState::undetermined;
+
+  Mutex versionsMutex;
+  // Absent until loaded.
+  std::optional<ExtensionVersions> bundleIDVersions GUARDED_BY(versionsMutex);
 };
 
 }  // namespace quenlet

@@ -3,6 +3,7 @@
 #include <map>
 #include <string_view>
 
+#include "platform/PlatformServices.h"
 #include "platform/donations/AccountWire.h"
 #include "platform/donations/ContactWire.h"
 #include "platform/donations/CorvelInterface.h"
@@ -137,8 +138,10 @@ void CorvelDispatcher::list(WireReader, WireReply reply) const {
 }
 
 void CorvelDispatcher::changeAccount(WireReader arguments, WireReply reply) const {
-  const auto account = [this, &arguments] {
-    return gateAdmitsClient() ? AccountWire::decode(arguments) : Result<AccountPtr>::left(nullptr);
+  // The accounts are of the store that the agent reads, too, while the request is handled.
+  const auto store = gateAdmitsClient() ? PlatformServices::current().makeAccountStore() : nullptr;
+  const auto account = [&store, &arguments] {
+    return store ? AccountWire::decode(arguments, store) : Result<AccountPtr>::left(nullptr);
   };
   const Result<AccountPtr> oldAccount = account();
   const Result<AccountPtr> newAccount = account();

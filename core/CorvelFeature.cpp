@@ -67,7 +67,10 @@ void Corvel::applySuppression(bool suppress) {
 void Corvel::reenableDonations() { runEnableRoutine(); }
 
 void Corvel::runEnableRoutine() {
-  if (featureState == FeatureState::newlyEnabled) featureState = FeatureState::enabled;
+  if (featureState == FeatureState::newlyEnabled) {
+    featureState = FeatureState::enabled;
+    solicitDonations();
+  }
   logger->featureDidEnable();
 }
 

@@ -28,14 +28,14 @@ void Corvel::donateMeCardValues(DonationValues values, ErrorReply completionHand
   SaveReply saveReply = [self = shared_from_this(), values, requestName,
                          reply = std::move(completionHandler)](const SaveResponse& response) {
     reply(response.failure);
-    if (response.isSuccess()) self->handOffForRenewal(values);
+    if (response.isSuccess()) self->renewWithDonations(values);
     self->logger->agentDidHandleRequest(requestName);
-    self->handOffPreExpired(values);
+    self->renewPreExpired(values);
   };
   submitChange(InsertOrModifyValues{std::move(values)}, std::move(saveReply));
 }
 
-void Corvel::handOffPreExpired(const DonationValues& values) const {
+void Corvel::renewPreExpired(const DonationValues& values) {
   const Date now = PlatformServices::current().now();
   DonationValues expired;
   for (const DonationValuePtr& value : values) {
@@ -43,7 +43,7 @@ void Corvel::handOffPreExpired(const DonationValues& values) const {
   }
   if (expired.empty()) return;
   logger->preExpiredDonations(expired);
-  handOffForRenewal(expired);
+  renewWithDonations(expired);
 }
 
 void Corvel::removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,

@@ -55,10 +55,12 @@ void DonationTable::removeIdentifiers(const std::vector<std::string>& donationId
   });
 }
 
-void DonationTable::removeBundle(const std::string& bundleIdentifier) {
+bool DonationTable::removeBundle(const std::string& bundleIdentifier) {
+  const std::size_t before = rows->size();
   removeIf([key = canonicalKey(bundleIdentifier)](const DonationValue& row) {
     return row.keys().bundleIdentifier == key;
   });
+  return rows->size() < before;
 }
 
 }  // namespace quenlet

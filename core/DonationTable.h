@@ -26,8 +26,8 @@ class DonationTable final {
   void removeIf(const std::function<bool(const DonationValue&)>& unwanted);
   // Drops the values under these identifiers; unknown ones are ignored.
   void removeIdentifiers(const std::vector<std::string>& donationIdentifiers);
-  // Drops the values whose origin has this bundle identifier.
-  void removeBundle(const std::string& bundleIdentifier);
+  // Drops the values whose origin has this bundle identifier; whether there were any.
+  bool removeBundle(const std::string& bundleIdentifier);
 
   // The value under an identifier, or null.
   [[nodiscard]] DonationValuePtr find(const std::string& donationIdentifier) const;

@@ -1,0 +1,105 @@
+// Donors that are installed beside the agent: they are asked for all they have when donations come
+// on again, and listed at launch and on the hang-up signal.
+
+#include "core/Corvel.h"
+#include "lifecycle/ExtensionDonationSolicitor.h"
+#include "lifecycle/SolicitorList.h"
+#include "platform/PlatformServices.h"
+#include "platform/logging/StandardOutput.h"
+#include "sources/accounts/AccountPropertyParser.h"
+#include "sources/accounts/AccountsDonationSolicitor.h"
+#include "sources/sim/SIMCardDonationSolicitor.h"
+
+namespace quenlet {
+namespace {
+
+constexpr double discoverySeconds = 10000.0;
+
+}  // namespace
+
+void Corvel::solicitDonations() {
+  const auto solicitors = std::make_shared<SolicitorList>();
+  const auto self = shared_from_this();
+  logger->willDiscoverExtensions();
+  // Nobody calls this discovery off: what it finds later is only listed.
+  static_cast<void>(
+      PlatformServices::current()
+          .currentExtensionsObservable(weak_from_this())
+          ->subscribe(Observer<DonorObjectPtr>::observerWithResultBlock(
+              [self, solicitors](const DonorObjectPtr& object) {
+                if (auto extension = std::dynamic_pointer_cast<DonorExtension>(object)) {
+                  solicitors->append(
+                      std::make_shared<ExtensionDonationSolicitor>(std::move(extension)));
+                } else {
+                  self->logger->didDiscoverUnexpectedExtensionType(object->description());
+                }
+              },
+              [self] { self->logger->didDiscoverExtensions(); },
+              [self](const ErrorPtr& error) {
+                // Not over a state that the owner has changed in the meantime.
+                FeatureState enabled = FeatureState::enabled;
+                self->featureState.compare_exchange_strong(enabled, FeatureState::newlyEnabled);
+                self->logger->didFailToDiscoverExtensions(error);
+              })));
+  solicitors->append(std::make_shared<AccountsDonationSolicitor>(self));
+  solicitors->append(std::make_shared<SIMCardDonationSolicitor>(self));
+  for (const auto& solicitor : solicitors->snapshot()) {
+    solicitor->runWithReason(DonationSolicitor::donationsEnabledReason);
+  }
+}
+
+void Corvel::loadExtensionVersions() {
+  logger->willLoadExtensionVersions();
+  const Future<ExtensionVersions> load = persistence->loadExtensionVersions();
+  const Result<ExtensionVersions>& loaded = load.result();
+  if (!loaded.isLeft()) return;
+  MutexLock lock(versionsMutex);
+  bundleIDVersions = loaded.left();
+}
+
+void Corvel::saveExtensionVersions() {
+  logger->willSaveExtensionVersions();
+  std::optional<ExtensionVersions> versions;
+  {
+    MutexLock lock(versionsMutex);
+    versions = bundleIDVersions;
+  }
+  // Nobody waits: an entry that is lost means one more reload.
+  if (versions) static_cast<void>(persistence->storeWithExtensionVersions(*versions));
+}
+
+bool Corvel::accountsNeedReload() {
+  MutexLock lock(versionsMutex);
+  if (!bundleIDVersions) return true;
+  const auto entry = bundleIDVersions->find(AccountPropertyParser::bundleIdentifier);
+  return entry == bundleIDVersions->end() || entry->second < AccountPropertyParser::parserVersion;
+}
+
+void Corvel::discoverAllExtensions() {
+  if (featureState == FeatureState::disabled) return;
+  bool versionsAreLoaded = false;
+  {
+    MutexLock lock(versionsMutex);
+    versionsAreLoaded = bundleIDVersions.has_value();
+  }
+  if (!versionsAreLoaded) loadExtensionVersions();
+  if (accountsNeedReload()) reloadAllAccounts();
+  printLine("Discovering all extensions");
+  const auto subscription = PlatformServices::current()
+                                .currentExtensionsObservable(weak_from_this())
+                                ->subscribe(Observer<DonorObjectPtr>::observerWithResultBlock(
+                                    [](const DonorObjectPtr& object) {
+                                      printLine("Discovered extensions: " + object->description());
+                                    },
+                                    [] { printLine("Discovery completed"); },
+                                    [](const ErrorPtr& error) {
+                                      printLine("Discovery failed: " + error->description());
+                                    }));
+  static_cast<void>(
+      schedulerProvider->mainThreadScheduler()->afterDelay(discoverySeconds, [subscription] {
+        printLine("Ending discovery");
+        subscription->cancel();
+      }));
+}
+
+}  // namespace quenlet

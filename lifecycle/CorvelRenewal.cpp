@@ -1,0 +1,115 @@
+// Renewal: before a value ends, its donor is asked until when it holds. Nothing is kept between two
+// runs; what donors answer goes into the store as an ordinary change, whenever it comes.
+
+#include <map>
+
+#include "core/Corvel.h"
+#include "platform/PlatformServices.h"
+#include "platform/donations/DonationError.h"
+#include "platform/logging/StandardOutput.h"
+
+namespace quenlet {
+namespace {
+
+constexpr double renewalDelaySeconds = 2.0;
+
+// A value that no donor has given, to see whether a donor answers at all.
+DonationValuePtr placeholderValue() {
+  return DonationValue::donationValueWithEmailAddress(
+      "placeholder@example.invalid", "", DonationOrigin{"?", "placeholder", std::nullopt, {}, {}});
+}
+
+void printRenewal(std::optional<Date> newExpirationDate, const ErrorPtr& error) {
+  if (newExpirationDate) printLine("Donation renewed until " + newExpirationDate->iso8601());
+  if (error) printLine("Error renewing: " + error->description());
+}
+
+}  // namespace
+
+void Corvel::renewWithDonations(const DonationValues& values) {
+  DonationValues external;
+  for (const DonationValuePtr& value : values) {
+    if (!internalBundleIdentifiers.contains(value->keys().bundleIdentifier)) {
+      external.push_back(value);
+    }
+  }
+  if (external.empty()) return;
+  static_cast<void>(
+      PlatformServices::current().defaultSchedulerProvider()->backgroundScheduler()->afterDelay(
+          renewalDelaySeconds, [self = shared_from_this(), external = std::move(external)] {
+            self->askDonorsToRenew(external);
+          }));
+}
+
+void Corvel::askDonorsToRenew(const DonationValues& values) {
+  std::map<std::string, DonationValues> groups;
+  for (const DonationValuePtr& value : values) {
+    groups[value->keys().bundleIdentifier].push_back(value);
+  }
+  const auto loader = PlatformServices::current().makeDonorLoader(weak_from_this());
+  for (const auto& [key, group] : groups) {
+    const std::string& bundleIdentifier = group.front()->origin().bundleIdentifier;
+    logger->willRenewValues(group, bundleIdentifier);
+    // The loader is kept until it has answered.
+    loader->donorWithIdentifier(bundleIdentifier)
+        .onCompletion([self = shared_from_this(), loader,
+                       donated = group](const Result<DonorObjectPtr>& donor) {
+          self->askDonorToRenew(donated, donor);
+        });
+  }
+}
+
+void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor) {
+  if (!donor.isLeft()) {
+    logger->couldNotRenewBecauseLoadingError(donor.right());
+    return;
+  }
+  const auto extension = std::dynamic_pointer_cast<DonorExtension>(donor.left());
+  if (!extension) {
+    logger->couldNotRenewBecauseNotADonorExtension(donor.left()->description());
+    return;
+  }
+  for (const DonationValuePtr& value : values) {
+    extension->renewExpirationDateForDonatedValue(
+        value, [self = shared_from_this(), value](std::optional<Date> newExpirationDate,
+                                                  const ErrorPtr& donorError) {
+          self->renewalAcknowledged(value, newExpirationDate, donorError);
+        });
+  }
+}
+
+void Corvel::renewalAcknowledged(const DonationValuePtr& value,
+                                 std::optional<Date> newExpirationDate,
+                                 const ErrorPtr& donorError) {
+  if (!newExpirationDate) {
+    logger->couldNotRenewBecauseDonorError(
+        donorError ? donorError
+                   : makeDonationError(DonationErrorCode::donorGaveNoAnswer,
+                                       "the donor gave neither a date nor an error"));
+    return;
+  }
+  logger->didRenewValue(value, *newExpirationDate);
+  ChangeType change = InsertOrModifyValues{{value->copyWithNewExpirationDate(*newExpirationDate)}};
+  if (newExpirationDate->timeIntervalSince(PlatformServices::current().now()) <= 0) {
+    change = RemoveValuesWithIdentifiers{{value->origin().donationIdentifier}};
+  }
+  submitWriterBlock([change = std::move(change)](Corvel& agent) {
+    // What was asked before the owner switched donations off is not to come back after it.
+    if (agent.featureState == FeatureState::disabled) return;
+    agent.applyChange(change, [](const SaveResponse&) {});
+  });
+}
+
+void Corvel::discoverExtensionWithIdentifier(const std::string& bundleIdentifier) {
+  const auto loader = PlatformServices::current().makeDonorLoader(weak_from_this());
+  loader->donorWithIdentifier(bundleIdentifier)
+      .onCompletion([loader](const Result<DonorObjectPtr>& donor) {
+        if (!donor.isLeft()) {
+          printLine("Could not discover extension: " + donor.right()->description());
+        } else if (const auto extension = std::dynamic_pointer_cast<DonorExtension>(donor.left())) {
+          extension->renewExpirationDateForDonatedValue(placeholderValue(), printRenewal);
+        }
+      });
+}
+
+}  // namespace quenlet

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/donations/CorvelProtocol.h"
+#include "platform/logging/AccountLogger.h"
+
+namespace quenlet {
+
+// Works out what one account's change means for its donations, and asks for it. Made for one
+// change; one thread. Run the three collecting steps in their order, then applyChanges().
+class AccountChangeAnalyzer final {
+ public:
+  // Each may be null: no old account is an added one, no new account a removed one.
+  AccountChangeAnalyzer(AccountPtr oldAccount, AccountPtr newAccount,
+                        std::shared_ptr<CorvelProtocol> store,
+                        std::shared_ptr<AccountLogger> logger);
+
+  // Both identifiers of the old account, whether or not it had donations under them.
+  void collectRemovals();
+  // What the new account says, if it counts.
+  void collectDonations();
+  // Leaves out of the removals what is donated again.
+  void keepReDonatedIdentifiers();
+  // Sends the donations in one request, then the removals in another, and waits for neither.
+  void applyChanges() const;
+  // Whether an account's values are donated. Prints a line for an account whose store is gone.
+  [[nodiscard]] static bool isRelevantAccount(const Account& account);
+
+  const AccountPtr oldAccount;
+  const AccountPtr newAccount;
+  const std::shared_ptr<CorvelProtocol> store;
+  const std::shared_ptr<AccountLogger> logger;
+  DonationValues donations;
+  std::vector<std::string> identifiersToRemove;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,76 @@
+// Keeps the donations of the owner's accounts in step with the account store: one account at a time
+// as it changes, or all of them at once.
+
+#include "core/Corvel.h"
+#include "platform/PlatformServices.h"
+#include "platform/donations/CorvelInterface.h"
+#include "platform/donations/DonationError.h"
+#include "sources/accounts/AccountChangeAnalyzer.h"
+#include "sources/accounts/AccountPropertyParser.h"
+
+namespace quenlet {
+
+void Corvel::changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
+                               ErrorReply completionHandler) {
+  if (oldAccount && toAccount) {
+    accountLogger->accountChanged(toAccount);
+  } else if (toAccount) {
+    accountLogger->accountAdded(toAccount);
+  } else if (oldAccount) {
+    accountLogger->accountRemoved(oldAccount);
+  }
+  if (featureState == FeatureState::disabled) {
+    logger->featureNotEnabled(CorvelSelector::changeAccount);
+    completionHandler(makeDonationError(DonationErrorCode::featureNotEnabled, ""));
+    return;
+  }
+  donateAccountChangesFrom(oldAccount, toAccount);
+  completionHandler(nullptr);
+}
+
+void Corvel::donateAccountChangesFrom(const AccountPtr& oldAccount, const AccountPtr& to) {
+  applyAccountChange(oldAccount, to);
+}
+
+bool Corvel::applyAccountChange(const AccountPtr& oldAccount, const AccountPtr& newAccount) {
+  const std::shared_ptr<CorvelProtocol> store =
+      accountDonationReceiver ? accountDonationReceiver : shared_from_this();
+  AccountChangeAnalyzer analyzer(oldAccount, newAccount, store, nullptr);
+  analyzer.collectRemovals();
+  analyzer.collectDonations();
+  analyzer.keepReDonatedIdentifiers();
+  for (const DonationValuePtr& value : analyzer.donations) accountLogger->donating(value);
+  for (const std::string& identifier : analyzer.identifiersToRemove) {
+    accountLogger->removing(identifier);
+  }
+  analyzer.applyChanges();
+  return !analyzer.donations.empty();
+}
+
+void Corvel::reloadAllAccounts() {
+  const auto dropped = std::make_shared<bool>(false);
+  submitWriterBlock([dropped](Corvel& agent) {
+    *dropped = agent.donations.removeBundle(AccountPropertyParser::bundleIdentifier);
+  });
+  const auto accountStore = PlatformServices::current().makeAccountStore();
+  bool donated = false;
+  for (const AccountPtr& account : accountStore->accounts()) {
+    if (applyAccountChange(nullptr, account)) donated = true;
+  }
+  if (!donated) {
+    // No change follows that would write the table without the values that were dropped.
+    submitWriterBlock([dropped](Corvel& agent) {
+      if (*dropped) agent.commitTable([](const SaveResponse&) {});
+    });
+  }
+  {
+    MutexLock lock(versionsMutex);
+    if (bundleIDVersions) {
+      (*bundleIDVersions)[AccountPropertyParser::bundleIdentifier] =
+          AccountPropertyParser::parserVersion;
+    }
+  }
+  saveExtensionVersions();
+}
+
+}  // namespace quenlet

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "core/Corvel.h"
+#include "core/DonationSolicitor.h"
+
+namespace quenlet {
+
+// Prints what the SIM cards hold, on a device that has them; donates nothing. Thread-safe.
+class SIMCardDonationSolicitor final : public DonationSolicitor {
+ public:
+  explicit SIMCardDonationSolicitor(std::shared_ptr<Corvel> simAgent)
+      : donationAgent(std::move(simAgent)) {}
+
+  [[nodiscard]] const std::shared_ptr<Corvel>& agent() const { return donationAgent; }
+  void runWithReason(std::uint64_t reason) override;
+
+ private:
+  const std::shared_ptr<Corvel> donationAgent;
+};
+
+}  // namespace quenlet
