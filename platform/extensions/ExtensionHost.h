@@ -1,0 +1,52 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/donations/CorvelProtocol.h"
+#include "platform/extensions/DonorLoader.h"
+#include "platform/extensions/ExtensionLimits.h"
+#include "platform/extensions/ManifestDirectory.h"
+#include "platform/foundation/Observable.h"
+#include "platform/scheduling/EventLoop.h"
+#include "platform/scheduling/Scheduler.h"
+
+namespace quenlet {
+
+class ExtensionCatalog;
+class ExtensionSupervisor;
+
+// The donor extensions that are installed, and the programs behind them, which run while something
+// is asked of them. Programs are spoken to on the event loop's thread; handlers and donations come
+// from there. Whatever a program does, each request ends in one call of its handler and the program
+// is ended and reaped. Thread-safe but for construction and destruction.
+//
+// Manifests are read anew at each use, on the calling thread. Of several for one bundle identifier
+// the first counts, by the order of the directories and then by file name.
+class ExtensionHost final {
+ public:
+  // `loopScheduler` runs its blocks on the thread of `eventLoop`.
+  ExtensionHost(std::vector<ManifestDirectory> manifestDirectories, EventLoop& eventLoop,
+                std::shared_ptr<Scheduler> loopScheduler, ExtensionLimits limits = {});
+  // Kills the programs and fails what is asked of them. On the loop's thread, or when the loop does
+  // not run. Loaders and donors may outlive the host: they answer with an error from then on.
+  ~ExtensionHost();
+  ExtensionHost(const ExtensionHost&) = delete;
+  ExtensionHost& operator=(const ExtensionHost&) = delete;
+
+  // Loading a donor extension starts its program. What it donates goes to `donationReceiver`, while
+  // that lives. Errors are of ExtensionErrorDomain.
+  [[nodiscard]] std::shared_ptr<DonorLoader> makeLoader(
+      std::weak_ptr<CorvelProtocol> donationReceiver) const;
+  // Emits the installed donors, in order, during subscribe() and then completes; the program of an
+  // emitted extension starts at its first request. Where a manifest directory is there but cannot
+  // be read, what the others hold is emitted and then it fails.
+  [[nodiscard]] std::shared_ptr<Observable<DonorObjectPtr>> currentExtensionsObservable(
+      std::weak_ptr<CorvelProtocol> donationReceiver) const;
+
+ private:
+  const std::shared_ptr<ExtensionCatalog> catalog;
+  const std::shared_ptr<ExtensionSupervisor> supervisor;
+};
+
+}  // namespace quenlet
