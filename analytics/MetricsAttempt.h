@@ -1,0 +1,41 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/donations/CorvelProtocol.h"
+#include "platform/foundation/Date.h"
+#include "platform/foundation/Mutex.h"
+#include "platform/scheduling/ProcessTransaction.h"
+
+namespace quenlet {
+
+// One daily report: what the curated card has, and how far the donated one adds to it. Lives until
+// the agent has answered; from its decision to report until then it holds back the process's end.
+//
+//   last attempt at most a day ago, or in the future → withinReportingInterval:
+//   no curated card                                   → noMeCard
+//   no donated card                                   → the card's fields, noDonatedMeCard
+//   else                                              → the card's fields, the augmentation
+//
+// Each begins with willReportAnalytics and ends with one didReportAnalytics. The date of the
+// attempt is written before anything is fetched, so that a failing one is not repeated all day.
+class MetricsAttempt final : public std::enable_shared_from_this<MetricsAttempt> {
+ public:
+  static constexpr double intervalSeconds = 86400.0;
+  // Where the user defaults keep the date of the last attempt that was not too soon.
+  static constexpr char lastAttemptKey[] = "last-metrics-attempt";
+
+  // Makes one attempt with the platform's current services. Waits for files: call it on the global
+  // asynchronous scheduler. What follows the agent's answer runs where that comes.
+  static void runMetricsAttempt(const std::shared_ptr<CorvelProtocol>& agent);
+
+ private:
+  explicit MetricsAttempt(ContactPtr curatedCard, std::shared_ptr<ProcessTransaction> held)
+      : curated(std::move(curatedCard)), transaction(std::move(held)) {}
+  void didFetch(const ContactPtr& donated);
+
+  const ContactPtr curated;
+  std::shared_ptr<ProcessTransaction> transaction;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <variant>
+
+namespace quenlet {
+
+// The samples of a distribution, summed up.
+struct CounterDistribution final {
+  std::uint64_t count = 0;
+  double sum = 0;
+
+  friend bool operator==(const CounterDistribution&, const CounterDistribution&) = default;
+};
+
+// What counters stand at, by key: the number of a scalar, or a distribution.
+using CounterValues =
+    std::map<std::string, std::variant<std::int64_t, CounterDistribution>, std::less<>>;
+
+}  // namespace quenlet
