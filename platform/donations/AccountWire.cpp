@@ -9,7 +9,7 @@ constexpr std::size_t maximumValuesInAccount = 100'000;
 
 }  // namespace
 
-void AccountWire::encode(WireEncoder& encoder, const std::shared_ptr<const Account>& account) {
+void AccountWire::encode(WireEncoder& encoder, const AccountPtr& account) {
   if (account) {
     encoder.object(className).propertyList(account->propertyListRepresentation());
   } else {
@@ -17,8 +17,9 @@ void AccountWire::encode(WireEncoder& encoder, const std::shared_ptr<const Accou
   }
 }
 
-Result<std::shared_ptr<const Account>> AccountWire::decode(WireReader& reader) {
-  using Outcome = Result<std::shared_ptr<const Account>>;
+Result<AccountPtr> AccountWire::decode(WireReader& reader,
+                                       std::weak_ptr<AccountStore> accountStore) {
+  using Outcome = Result<AccountPtr>;
   if (reader.nextType() == WireType::null) {
     reader.skip();
     return Outcome::left(nullptr);
@@ -27,6 +28,7 @@ Result<std::shared_ptr<const Account>> AccountWire::decode(WireReader& reader) {
   const std::optional<PropertyList> content = reader.propertyList(maximumValuesInAccount);
   if (isAccount && content && content->dictionary()) {
     if (auto account = Account::initWithPropertyListRepresentation(*content->dictionary())) {
+      account->accountStore = std::move(accountStore);
       return Outcome::left(std::make_shared<const Account>(std::move(*account)));
     }
   }

@@ -15,10 +15,11 @@ class AccountWire final {
  public:
   static constexpr char className[] = "Account";
 
-  static void encode(WireEncoder& encoder, const std::shared_ptr<const Account>& account);
+  static void encode(WireEncoder& encoder, const AccountPtr& account);
   // Reads one value; an invalidArguments error when it is neither null nor a whole account of at
-  // most 100,000 values.
-  [[nodiscard]] static Result<std::shared_ptr<const Account>> decode(WireReader& reader);
+  // most 100,000 values. The account is one of `accountStore`.
+  [[nodiscard]] static Result<AccountPtr> decode(WireReader& reader,
+                                                 std::weak_ptr<AccountStore> accountStore);
 };
 
 }  // namespace quenlet

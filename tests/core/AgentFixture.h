@@ -9,11 +9,6 @@ namespace quenlet {
 // An agent over fakes; what it does and replies is in the trace.
 class AgentFixture : public EnvironmentTest {
  protected:
-  AgentFixture() {
-    agent->renewalHandOff = [this](const DonationValues& values) {
-      environment->trace.note("renew " + identifiersOf(values));
-    };
-  }
   ~AgentFixture() override { agent->stop(); }
 
   void run() { environment->schedulers.runUntilIdle(); }
@@ -21,11 +16,13 @@ class AgentFixture : public EnvironmentTest {
     agent->lock()->performWriterBlock([this, enabled] { agent->setFeatureEnabled(enabled); });
     run();
   }
+  // Until what was handed off for renewal has reached the donors.
+  void runRenewals() { environment->schedulers.advance(2.0); }
   // An enabled agent that holds these donations, with nothing in the trace.
   void hold(const DonationValues& values) {
     setEnabled(true);
     agent->donateMeCardValues(values, [](const ErrorPtr&) {});
-    run();
+    runRenewals();
     static_cast<void>(takeTrace());
   }
 

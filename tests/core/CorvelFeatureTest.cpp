@@ -31,7 +31,13 @@ TEST_F(CorvelFeatureTest, FollowsThePreference) {
   const std::string enabling = "writer: featureWillEnable";
   const std::string enabled = "writer: featureDidEnable";
   const Events off = {"writer: featureWillDisable", posted};
-  const Events onAgain = {enabling, enabled, posted};   // from off: the enable routine
+  // From off: the enable routine asks the sources.
+  const Events onAgain = {enabling,
+                          "writer: willDiscoverExtensions",
+                          "writer: didDiscoverExtensions",
+                          "writer: willSaveExtensionVersions",
+                          enabled,
+                          posted};
   const Events onBefore = {enabling, posted, enabled};  // from any other state
   const Events deletion = {"writer: featureDidDisable", "io: store "};
   const std::tuple<const char*, std::vector<Events>, const char*> rows[] = {

@@ -10,9 +10,11 @@
 #include <vector>
 
 #include "mecard/CuratedInfoProviderProtocol.h"
+#include "platform/accounts/AccountStore.h"
 #include "platform/contacts/ContactStore.h"
 #include "platform/donations/DonationFeedbackStore.h"
 #include "platform/donations/DonationPreferences.h"
+#include "platform/telephony/DeviceInfo.h"
 #include "storage/DonationPersistenceProtocol.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/Trace.h"
@@ -94,11 +96,13 @@ class FakeFeedbackStore final : public DonationFeedbackStore {
   }
 };
 
-// Notes stores as "store <identifiers>"; loads and stores fail with `failure` when there is one.
+// Notes stores as "store <identifiers>" and "store versions"; loads and stores fail with `failure`
+// when there is one.
 class FakePersistence final : public DonationPersistenceProtocol {
  public:
   explicit FakePersistence(Trace& shared) : trace(shared) {}
   DonationValues kept;
+  ExtensionVersions versions;
   ErrorPtr failure;
 
   Future<DonationValues> loadDonations() override {
@@ -112,9 +116,12 @@ class FakePersistence final : public DonationPersistenceProtocol {
     return Future<bool>::futureWithResult(true);
   }
   Future<ExtensionVersions> loadExtensionVersions() override {
-    return Future<ExtensionVersions>::futureWithResult({});
+    return failure ? Future<ExtensionVersions>::futureWithError(failure)
+                   : Future<ExtensionVersions>::futureWithResult(versions);
   }
-  Future<bool> storeWithExtensionVersions(const ExtensionVersions&) override {
+  Future<bool> storeWithExtensionVersions(const ExtensionVersions& table) override {
+    trace.note("store versions");
+    versions = table;
     return Future<bool>::futureWithResult(true);
   }
 
@@ -133,6 +140,20 @@ class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
   void startMonitoring(std::shared_ptr<AgentEnvironmentProtocol>,
                        std::function<void()> handler) override {
     changeHandler = std::move(handler);
+  }
+};
+
+class FakeAccountStore final : public AccountStore {
+ public:
+  std::vector<AccountPtr> held;
+  std::vector<AccountPtr> accounts() override { return held; }
+};
+
+class FakeDeviceInfo final : public DeviceInfo {
+ public:
+  std::optional<std::int64_t> deviceClass;
+  std::int64_t integerAnswer(const std::string& key, std::int64_t defaultAnswer) override {
+    return key == DeviceClassNumberKey ? deviceClass.value_or(defaultAnswer) : defaultAnswer;
   }
 };
 

@@ -6,6 +6,7 @@
 
 #include "platform/PlatformServices.h"
 #include "platform/logging/StructuredLoggerProvider.h"
+#include "tests/support/FakeDonors.h"
 #include "tests/support/FakeServices.h"
 #include "tests/support/ManualSchedulers.h"
 #include "tests/support/RecordingLog.h"
@@ -25,6 +26,9 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
   const std::shared_ptr<FakePreferences> preferences = std::make_shared<FakePreferences>();
   const std::shared_ptr<FakeFeedbackStore> feedback = std::make_shared<FakeFeedbackStore>();
   const std::shared_ptr<FakeContactStore> contacts = std::make_shared<FakeContactStore>();
+  FakeDonors donors{trace};
+  const std::shared_ptr<FakeAccountStore> accounts = std::make_shared<FakeAccountStore>();
+  const std::shared_ptr<FakeDeviceInfo> device = std::make_shared<FakeDeviceInfo>();
   const std::shared_ptr<StructuredLoggerProvider> loggers =
       std::make_shared<StructuredLoggerProvider>(
           StructuredLog(log, [this] { return schedulers.now(); }));
@@ -46,6 +50,10 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
     services.defaultSchedulerProvider = [this] { return provider; };
     services.makeDonationFeedbackStore = [] { return std::make_shared<FakeFeedbackStore>(); };
     services.makeContactStore = [this] { return contacts; };
+    services.makeDonorLoader = [this](const auto&) { return donors.loader(); };
+    services.currentExtensionsObservable = [this](const auto&) { return donors.observable(); };
+    services.makeAccountStore = [this] { return accounts; };
+    services.deviceInfo = [this] { return device; };
     return services;
   }
 };
