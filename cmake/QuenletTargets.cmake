@@ -42,6 +42,22 @@ function(quenlet_library folder)
   endif()
 endfunction()
 
+# A library that programs load when they need it, from the sources of one folder. It stands in
+# lib/quenlet below the prefix that bin is in, in the build tree as in an install, which is where
+# programs look for it.
+function(quenlet_module module folder)
+  cmake_parse_arguments(ARG "" "" "PRIVATE" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.cpp")
+  set(target "quenlet_${module}")
+  add_library(${target} MODULE ${sources})
+  set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME "${module}"
+    LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib/quenlet")
+  target_link_libraries(${target} PRIVATE quenlet_options ${ARG_PRIVATE})
+  cmake_path(GET CMAKE_INSTALL_BINDIR PARENT_PATH prefix)
+  cmake_path(APPEND prefix lib quenlet OUTPUT_VARIABLE destination)
+  install(TARGETS ${target} LIBRARY DESTINATION "${destination}")
+endfunction()
+
 # A program from all sources of one folder.
 function(quenlet_program program folder)
   cmake_parse_arguments(ARG "" "" "DEPENDS;PRIVATE" ${ARGN})

@@ -52,6 +52,12 @@ bool isASCIILetter(char character) {
   return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
 }
 
+std::string digitsOf(std::string_view text) {
+  std::string digits;
+  std::copy_if(text.begin(), text.end(), std::back_inserter(digits), isASCIIDigit);
+  return digits;
+}
+
 // The size of the UTF-8 sequence that starts with `lead`; 0 when none does.
 std::size_t sequenceSize(unsigned char lead) {
   if (lead < 0x80) return 1;
@@ -98,14 +104,13 @@ bool PhoneNumberScanner::scanExtension() {
       !skipWord("x") && !skipWord("#")) {
     return false;
   }
-  std::size_t count = 0;
   skipBlanks();
   for (auto next = peek(); next && asciiDigit(*next); next = peek()) {
-    ++count;
+    extensionDigits += *asciiDigit(*next);
     advance();
   }
   skipBlanks();
-  return atEnd() && count > 0 && count <= mostDigits;
+  return atEnd() && !extensionDigits.empty() && extensionDigits.size() <= mostDigits;
 }
 
 // ";ext=12;phone-context=+49": names of letters and dashes, values without blanks.
@@ -124,6 +129,7 @@ bool PhoneNumberScanner::scanLinkParameters() {
         !std::all_of(value.begin(), value.end(), isValueCharacter)) {
       return false;
     }
+    if (lowercased(name) == "ext") extensionDigits = digitsOf(value);
     rest.remove_prefix(parameter.size());
   }
   return rest.empty();
@@ -131,10 +137,10 @@ bool PhoneNumberScanner::scanLinkParameters() {
 
 bool PhoneNumberScanner::scanDialledAfterPause() {
   const std::string_view rest = trimmed(text.substr(position));
-  return std::any_of(rest.begin(), rest.end(), isASCIIDigit) &&
-         std::all_of(rest.begin(), rest.end(), [](char c) {
-           return isASCIIDigit(c) || std::string_view(",;*# ").find(c) != std::string_view::npos;
-         });
+  extensionDigits = digitsOf(rest);
+  return !extensionDigits.empty() && std::all_of(rest.begin(), rest.end(), [](char c) {
+    return isASCIIDigit(c) || std::string_view(",;*# ").find(c) != std::string_view::npos;
+  });
 }
 
 std::optional<char32_t> PhoneNumberScanner::peek() {

@@ -24,6 +24,8 @@ class PhoneNumberScanner final {
   // text is no plausible number (2 to 20 digits). In "+49 (0)30" the bracketed 0, which is
   // dialled at home only, is left out.
   [[nodiscard]] std::optional<std::string> scan();
+  // After a scan: the ASCII digits of the extension, or of what is dialled after a pause.
+  [[nodiscard]] const std::string& extension() const { return extensionDigits; }
 
  private:
   // The next character, or nothing at the end or at bytes that are not UTF-8.
@@ -40,6 +42,7 @@ class PhoneNumberScanner final {
   std::string_view text;
   std::size_t position = 0;
   std::size_t characterSize = 0;
+  std::string extensionDigits;
 };
 
 }  // namespace quenlet
