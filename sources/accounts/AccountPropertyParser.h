@@ -19,11 +19,17 @@ class AccountPropertyParser final {
 
   AccountPropertyParser(Date donation, Date expiration)
       : donationDate(donation), expirationDate(expiration) {}
+  // For values that are donated now and good for defaultDonationTTLSeconds.
+  [[nodiscard]] static AccountPropertyParser parserForNow();
 
-  // The name, then the e-mail address, each if there is one.
+  // The name, then the e-mail address, each if there is one. The account's identifier is the
+  // cluster, so that both can be rejected together.
   [[nodiscard]] DonationValues parseWithAccount(const Account& account) const;
   [[nodiscard]] DonationOrigin makeOriginWithDonationIdentifier(
       std::string donationIdentifier, std::string clusterIdentifier) const;
+  // The identifiers under which an account's values are donated, whether it has them or not.
+  [[nodiscard]] static std::string nameIdentifierOf(const Account& account);
+  [[nodiscard]] static std::string emailIdentifierOf(const Account& account);
   // Whether both say the same of their owner; null equals null only.
   [[nodiscard]] static bool isAccountEqualTo(const AccountPtr& account, const AccountPtr& equalTo);
 

@@ -1,0 +1,226 @@
+#include "platform/contacts/EmailAddressScanner.h"
+
+#include <algorithm>
+#include <array>
+
+#include "platform/foundation/Text.h"
+
+// Every "@" is looked at once, from left to right. What may stand before it is bounded by the
+// length of a local part, and what stands behind it never reaches beyond the next "@": that makes
+// the time linear.
+namespace quenlet {
+namespace {
+
+constexpr std::size_t longestLocalPart = 64;
+constexpr std::size_t longestLabel = 63;
+constexpr std::size_t longestDomain = 253;
+constexpr std::string_view localPunctuation = "!#$%&'*+-^_~.";
+constexpr std::string_view marksAroundAddresses = "!#$%&'*-^~.";
+
+bool isDigit(char32_t character) { return character >= '0' && character <= '9'; }
+
+bool isASCIILetter(char32_t character) {
+  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
+}
+
+struct CharacterRange final {
+  char32_t first;
+  char32_t last;
+};
+
+template <std::size_t Size>
+bool isWithin(const std::array<CharacterRange, Size>& ranges, char32_t character) {
+  return std::any_of(ranges.begin(), ranges.end(), [character](const CharacterRange& range) {
+    return character >= range.first && character <= range.last;
+  });
+}
+
+// Beyond ASCII: punctuation, symbols and emoji, blanks, private use.
+constexpr std::array<CharacterRange, 17> separators = {{
+    {0x80, 0xA9},
+    {0xAB, 0xB4},
+    {0xB6, 0xB9},
+    {0xBB, 0xBF},
+    {0xD7, 0xD7},
+    {0xF7, 0xF7},
+    {0x60C, 0x60C},
+    {0x61B, 0x61F},
+    {0x66A, 0x66D},
+    {0x6D4, 0x6D4},
+    {0x964, 0x965},
+    {0x2000, 0x2BFF},
+    {0x2E00, 0x2E7F},
+    {0x3000, 0x3004},
+    {0x3008, 0x3020},
+    {0xE000, 0xF8FF},
+    {0x1F000, 0x1FAFF},
+}};
+constexpr std::array<CharacterRange, 4> wideSeparators = {
+    {{0xFE00, 0xFE6F}, {0xFEFF, 0xFF65}, {0xFFE0, 0xFFFF}, {0x40000, 0x10FFFF}}};
+
+// Thai and its neighbours, Khmer, the scripts of China, Japan and Korea.
+constexpr std::array<CharacterRange, 8> unspacedScripts = {{{0xE00, 0xEFF},
+                                                            {0x1000, 0x109F},
+                                                            {0x1780, 0x17FF},
+                                                            {0x2E80, 0xA4CF},
+                                                            {0xAC00, 0xD7AF},
+                                                            {0xF900, 0xFAFF},
+                                                            {0xFF66, 0xFFDC},
+                                                            {0x20000, 0x3FFFF}}};
+
+bool isUnspaced(char32_t character) { return isWithin(unspacedScripts, character); }
+
+bool isLetter(char32_t character) {
+  if (character < 0x80) return isASCIILetter(character);
+  return !isWithin(separators, character) && !isWithin(wideSeparators, character);
+}
+
+bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
+
+// The first character of `text` with its size; '\0', which is part of no address, at the end and
+// for bytes that are no character.
+struct Character final {
+  char32_t value = 0;
+  std::size_t size = 1;
+
+  explicit Character(std::string_view text) {
+    if (text.empty()) return;
+    std::string_view rest = text;
+    value = takeCharacter(rest).value_or(0);
+    size = text.size() - rest.size();
+  }
+};
+
+// The text behind one "@", read as a domain.
+class DomainReader final {
+ public:
+  explicit DomainReader(std::string_view textBehindAt) : text(textBehindAt) {}
+
+  // The domain at the beginning of the text; empty when there is none.
+  [[nodiscard]] std::string_view read() {
+    std::size_t labels = 0;
+    std::size_t end = 0;
+    bool isNumeric = false;
+    for (std::size_t begin = 0; readLabel(begin); begin = end + 1) {
+      isNumeric = isDigit(static_cast<unsigned char>(text[begin]));
+      end = labelEnd;
+      ++labels;
+      if (end == text.size() || text[end] != '.') break;
+    }
+    if (labels < 2 || isNumeric || isTooLong || isCutOff(end)) return {};
+    return text.substr(0, end);
+  }
+
+  // Whether it has letters of a script without blanks, so that the local part may have them too.
+  [[nodiscard]] bool isOfUnspacedScript() const { return hasUnspaced; }
+
+ private:
+  // Sets labelEnd to the end of the label at `begin`, without hyphens at its end.
+  bool readLabel(std::size_t begin) {
+    labelEnd = begin;
+    std::size_t length = 0;
+    bool mayBeUnspaced = true;
+    for (std::size_t position = begin;;) {
+      const Character character(text.substr(position));
+      if (character.value == '-') {
+        if (length == 0) return false;
+      } else if (isLetter(character.value) || isDigit(character.value)) {
+        const bool unspaced = isUnspaced(character.value);
+        if (length == 0) mayBeUnspaced = unspaced;
+        if (unspaced && !mayBeUnspaced) break;
+        hasUnspaced = hasUnspaced || unspaced;
+        labelEnd = position + character.size;
+      } else {
+        break;
+      }
+      position += character.size;
+      ++length;
+      ++domainLength;
+    }
+    isTooLong = isTooLong || length > longestLabel || ++domainLength > longestDomain + 1;
+    return labelEnd > begin;
+  }
+
+  // "a@example.sub_domain.org" is no address, and neither is the beginning of it.
+  [[nodiscard]] bool isCutOff(std::size_t end) const {
+    if (end + 1 >= text.size() || text[end] != '_') return false;
+    const char32_t next = Character(text.substr(end + 1)).value;
+    return isLetter(next) || isDigit(next);
+  }
+
+  const std::string_view text;
+  std::size_t labelEnd = 0;
+  std::size_t domainLength = 0;
+  bool hasUnspaced = false;
+  bool isTooLong = false;
+};
+
+bool isLocalByte(char byte) {
+  const auto value = static_cast<unsigned char>(byte);
+  return value >= 0x80 || isASCIILetter(value) || isDigit(value) ||
+         localPunctuation.find(byte) != std::string_view::npos;
+}
+
+// The end of the text as a local part without quotes; empty when there is none.
+std::string_view plainLocalPart(std::string_view text, bool mayBeUnspaced) {
+  std::size_t begin = text.size();
+  while (begin > 0 && text.size() - begin < longestLocalPart && isLocalByte(text[begin - 1])) {
+    --begin;
+  }
+  // Then it is too long, unless something that separates comes up.
+  bool isComplete = begin == 0 || (!isLocalByte(text[begin - 1]) && text[begin - 1] != '@');
+  while (begin < text.size() && isContinuationByte(text[begin])) ++begin;
+  for (std::size_t position = begin; position < text.size();) {
+    const Character character(text.substr(position));
+    position += character.size;
+    const bool isPlain = character.value < 0x80 && character.value != 0;
+    const bool isPart =
+        isPlain || (isLetter(character.value) && (mayBeUnspaced || !isUnspaced(character.value)));
+    const bool isEllipsis = text.substr(0, position).ends_with("...");
+    if (isPart && !isEllipsis) continue;
+    begin = position;
+    isComplete = true;
+  }
+  if (!isComplete) return {};
+  const std::string_view part = text.substr(begin);
+  const std::size_t first = part.find_first_not_of(marksAroundAddresses);
+  return first == std::string_view::npos ? std::string_view() : part.substr(first);
+}
+
+// The same for one in double quotes, which the text ends with.
+std::string_view quotedLocalPart(std::string_view text) {
+  const std::size_t limit = std::min(text.size(), longestLocalPart);
+  for (std::size_t size = 2; size <= limit; ++size) {
+    const std::size_t begin = text.size() - size;
+    if (static_cast<unsigned char>(text[begin]) < 0x20) return {};
+    if (text[begin] != '"') continue;
+    const std::size_t before = text.substr(0, begin).find_last_not_of('\\');
+    const std::size_t escapes = begin - (before == std::string_view::npos ? 0 : before + 1);
+    if (escapes % 2 == 0) return size > 2 ? text.substr(begin) : std::string_view();
+  }
+  return {};
+}
+
+std::string_view localPart(std::string_view text, bool mayBeUnspaced) {
+  if (text.ends_with('"')) return quotedLocalPart(text);
+  const std::string_view part = plainLocalPart(text, mayBeUnspaced);
+  const bool hasStrayDot = part.ends_with('.') || part.find("..") != std::string_view::npos;
+  return hasStrayDot ? std::string_view() : part;
+}
+
+}  // namespace
+
+std::optional<std::string> EmailAddressScanner::firstEmailAddressInString(
+    std::string_view text) const {
+  for (std::size_t at = text.find('@'); at != std::string_view::npos; at = text.find('@', at + 1)) {
+    DomainReader reader(text.substr(at + 1));
+    const std::string_view domain = reader.read();
+    if (domain.empty()) continue;
+    const std::string_view local = localPart(text.substr(0, at), reader.isOfUnspacedScript());
+    if (local.empty()) continue;
+    return std::string(local).append("@").append(domain);
+  }
+  return std::nullopt;
+}
+
+}  // namespace quenlet

@@ -1,0 +1,55 @@
+#include "sources/accounts/AccountPropertyParser.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/PlatformServices.h"
+#include "sources/accounts/AccountPropertyEmailParser.h"
+#include "sources/accounts/AccountPropertyNameParser.h"
+
+namespace quenlet {
+
+AccountPropertyParser AccountPropertyParser::parserForNow() {
+  const Date now = PlatformServices::current().now();
+  return {now, now.addingSeconds(defaultDonationTTLSeconds)};
+}
+
+DonationValues AccountPropertyParser::parseWithAccount(const Account& account) const {
+  DonationValues values;
+  if (auto name = AccountPropertyNameParser::parseNameWithAccount(account)) {
+    values.push_back(DonationValue::donationValueWithNameComponents(
+        *std::move(name),
+        makeOriginWithDonationIdentifier(nameIdentifierOf(account), account.identifier)));
+  }
+  if (auto email = AccountPropertyEmailParser::parseEmailWithAccount(account)) {
+    values.push_back(DonationValue::donationValueWithEmailAddress(
+        std::move(email->address), std::move(email->label),
+        makeOriginWithDonationIdentifier(emailIdentifierOf(account), account.identifier)));
+  }
+  return values;
+}
+
+DonationOrigin AccountPropertyParser::makeOriginWithDonationIdentifier(
+    std::string donationIdentifier, std::string clusterIdentifier) const {
+  return {bundleIdentifier, std::move(donationIdentifier), std::move(clusterIdentifier),
+          donationDate, expirationDate};
+}
+
+std::string AccountPropertyParser::nameIdentifierOf(const Account& account) {
+  return "name:" + account.identifier;
+}
+
+std::string AccountPropertyParser::emailIdentifierOf(const Account& account) {
+  return "email:" + account.identifier;
+}
+
+bool AccountPropertyParser::isAccountEqualTo(const AccountPtr& account, const AccountPtr& equalTo) {
+  if (!account || !equalTo) return account == equalTo;
+  const AccountPropertyParser parser = parserForNow();
+  const DonationValues values = parser.parseWithAccount(*account);
+  const DonationValues others = parser.parseWithAccount(*equalTo);
+  return std::equal(values.begin(), values.end(), others.begin(), others.end(),
+                    [](const auto& value, const auto& other) { return *value == *other; });
+}
+
+}  // namespace quenlet
