@@ -6,13 +6,19 @@
 #include <cerrno>
 #include <system_error>
 
+#include "platform/accounts/PropertyListAccountStore.h"
 #include "platform/contacts/VCardContactStore.h"
+#include "platform/counters/PrometheusCounterStore.h"
 #include "platform/donations/PropertyListFeedbackStore.h"
+#include "platform/donations/PropertyListUserDefaults.h"
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/PosixFileOperations.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/ipc/UnixServiceListener.h"
 #include "platform/logging/StructuredLoggerProvider.h"
+#include "platform/logging/SyslogSystemLog.h"
+#include "platform/telephony/PropertyListDeviceInfo.h"
+#include "platform/telephony/PropertyListPhoneNumberMonitor.h"
 
 namespace quenlet {
 namespace {
@@ -60,6 +66,16 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
           EntitlementDatabase::prefixOfRunningProgram())),
       feedbackStore(std::make_shared<PropertyListFeedbackStore>(
           library / "Contacts" / "Feedback" / "feedback.plist", dataProxy, runLoop.eventLoop())),
+      extensionHost(std::make_shared<ExtensionHost>(
+          std::vector<ManifestDirectory>{
+              {EntitlementDatabase::prefixOfRunningProgram(), "share/quenlet/extensions"},
+              {homeDirectory, "Library/Extensions"}},
+          runLoop.eventLoop(), runLoop.mainThreadScheduler())),
+      deviceInfo(std::make_shared<PropertyListDeviceInfo>(library / "Telephony" / "device.plist",
+                                                          "/etc/machine-info", dataProxy)),
+      userDefaults(std::make_shared<PropertyListUserDefaults>(preferencesPath(), dataProxy)),
+      counterStore(std::make_shared<PrometheusCounterStore>(
+          library / "Logs" / "quenlet" / "counters.prom", dataProxy)),
       scope(makeServices()) {}
 
 LinuxPlatform::~LinuxPlatform() = default;
@@ -98,8 +114,7 @@ PlatformServices LinuxPlatform::makeServices() {
   services.makeDataProxy = [this] { return dataProxy; };
   services.makeDonationPreferences = [this] {
     return std::make_shared<PropertyListDonationPreferences>(
-        library / "Preferences" / "ovaro.quenlet.plist", dataProxy, runLoop.eventLoop(),
-        notificationCenter);
+        preferencesPath(), dataProxy, runLoop.eventLoop(), notificationCenter);
   };
   // One for all: a second one on the same file would wait for the first one's lock, on the writer
   // thread that has to finish the first one's write.
@@ -113,7 +128,38 @@ PlatformServices LinuxPlatform::makeServices() {
     return std::make_shared<UnixServiceListener>(serviceName, entitlements,
                                                  ServiceLimits::forThisProcess());
   };
+  addSources(services);
+  addAnalytics(services);
   return services;
+}
+
+void LinuxPlatform::addSources(PlatformServices& services) {
+  services.makeDonorLoader = [this](std::weak_ptr<CorvelProtocol> donationReceiver) {
+    return extensionHost->makeLoader(std::move(donationReceiver));
+  };
+  services.currentExtensionsObservable = [this](std::weak_ptr<CorvelProtocol> donationReceiver) {
+    return extensionHost->currentExtensionsObservable(std::move(donationReceiver));
+  };
+  services.makeAccountStore = [this] {
+    return std::make_shared<PropertyListAccountStore>(library / "Accounts", dataProxy,
+                                                      accountFileProblems);
+  };
+  services.makePhoneNumberMonitor = [this] {
+    return std::make_shared<PropertyListPhoneNumberMonitor>(library / "Telephony" / "sim.plist",
+                                                            dataProxy, runLoop.eventLoop());
+  };
+  services.deviceInfo = [this] { return deviceInfo; };
+}
+
+void LinuxPlatform::addAnalytics(PlatformServices& services) {
+  services.userDefaults = [this] { return userDefaults; };
+  services.counterStore = [this] { return counterStore; };
+  services.makeSystemLog = [](const std::string& subsystem, const std::string& category) {
+    return std::make_shared<SyslogSystemLog>(subsystem, category);
+  };
+  services.makeProcessTransaction = [this](const std::string& name) {
+    return std::make_shared<ProcessTransaction>(name, runLoop.holdTermination());
+  };
 }
 
 }  // namespace quenlet

@@ -5,7 +5,9 @@
 #include <mutex>
 
 #include "platform/PlatformServices.h"
+#include "platform/accounts/AccountFileProblems.h"
 #include "platform/donations/PropertyListDonationPreferences.h"
+#include "platform/extensions/ExtensionHost.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/ipc/EntitlementDatabase.h"
@@ -43,8 +45,13 @@ class LinuxPlatform final {
   LinuxPlatform(const std::filesystem::path& homeDirectory,
                 const std::filesystem::path& runtimeDirectory);
   [[nodiscard]] PlatformServices makeServices();
+  void addSources(PlatformServices& services);
+  void addAnalytics(PlatformServices& services);
   void watchMeCard();
   [[nodiscard]] std::filesystem::path meCardPath() const { return library / "Contacts" / "me.vcf"; }
+  [[nodiscard]] std::filesystem::path preferencesPath() const {
+    return library / "Preferences" / "ovaro.quenlet.plist";
+  }
 
   const std::filesystem::path library;
   std::shared_ptr<LockFile> donationsLock;
@@ -55,6 +62,12 @@ class LinuxPlatform final {
   const std::shared_ptr<SocketNotificationCenter> notificationCenter;
   const std::shared_ptr<const EntitlementDatabase> entitlements;
   const std::shared_ptr<DonationFeedbackStore> feedbackStore;
+  const std::shared_ptr<ExtensionHost> extensionHost;
+  const std::shared_ptr<AccountFileProblems> accountFileProblems =
+      std::make_shared<AccountFileProblems>();
+  const std::shared_ptr<DeviceInfo> deviceInfo;
+  const std::shared_ptr<UserDefaults> userDefaults;
+  const std::shared_ptr<CounterStore> counterStore;
   std::once_flag meCardWatchStarted;
   std::unique_ptr<MeCardFileWatch> meCardWatch;
   const PlatformServices::Scope scope;

@@ -1,7 +1,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "core/AgentProcess.h"
+#include "core/main/AgentProcess.h"
 #include "platform/LinuxPlatform.h"
 
 namespace {

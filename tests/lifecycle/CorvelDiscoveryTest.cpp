@@ -84,11 +84,12 @@ TEST_F(CorvelDiscoveryTest, PrintsWhatIsInstalledUntilItEnds) {
 
 TEST_F(CorvelDiscoveryTest, DonatesAccountsAgainUnlessTheirVersionIsNoted) {
   addAccount();
-  const std::tuple<ExtensionVersions, bool> rows[] = {
-      {{}, true},
-      {{{AccountsBundleIdentifier, 2}, {"other", 9}}, true},
-      {{{AccountsBundleIdentifier, 3}}, false},
-      {{{AccountsBundleIdentifier, 4}}, false},
+  using Versions = ExtensionVersions;
+  const std::pair<Versions, bool> rows[] = {
+      {Versions(), true},
+      {Versions{{AccountsBundleIdentifier, 2}, {"other", 9}}, true},
+      {Versions{{AccountsBundleIdentifier, 3}}, false},
+      {Versions{{AccountsBundleIdentifier, 4}}, false},
   };
   for (const auto& [versions, reloads] : rows) {
     SCOPED_TRACE(versions.size());

@@ -7,6 +7,7 @@
 #include "platform/ipc/ServiceListener.h"
 #include "platform/logging/DonationLoggerProvider.h"
 #include "platform/scheduling/RunLoop.h"
+#include "sources/sim/SIMCardMonitor.h"
 
 namespace quenlet {
 
@@ -18,8 +19,9 @@ class AgentProcess final {
   ~AgentProcess();
 
   // Starts all parts in their order: restores what was stored, follows the preference and the
-  // curated card, opens the service. An error when the service cannot be opened; when another agent
-  // serves its name, nothing else has been touched then.
+  // curated card, opens the service; then sets the clock for what can wait: the list of installed
+  // donors, the SIM cards, the daily report. An error when the service cannot be opened; when
+  // another agent serves its name, nothing else has been touched then.
   [[nodiscard]] ErrorPtr start();
   // Serves until the run loop ends, then closes the service.
   void run();
@@ -27,13 +29,17 @@ class AgentProcess final {
  private:
   void restoreAndMonitor();
   [[nodiscard]] ErrorPtr openDonationService();
+  void scheduleDiscovery();
+  void scheduleSIMCardMonitor();
   void installHangUpHandler();
+  void scheduleMetricsAttempt();
 
   RunLoop& runLoop;
   const std::shared_ptr<DonationLoggerProvider> loggerProvider;
   std::shared_ptr<Corvel> agent;
   std::shared_ptr<DonationListenerDelegate> listenerDelegate;
   std::shared_ptr<ServiceListener> donationListener;
+  std::shared_ptr<SIMCardMonitor> simCardMonitor;
   std::shared_ptr<Cancelable> hangUpSource;
 };
 

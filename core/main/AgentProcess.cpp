@@ -1,7 +1,8 @@
-#include "core/AgentProcess.h"
+#include "core/main/AgentProcess.h"
 
 #include <csignal>
 
+#include "analytics/MetricsAttempt.h"
 #include "core/ProductionEnvironment.h"
 #include "mecard/ProductionInfoProvider.h"
 #include "platform/PlatformServices.h"
@@ -9,6 +10,19 @@
 #include "platform/logging/StandardOutput.h"
 
 namespace quenlet {
+namespace {
+
+constexpr double discoveryDelaySeconds = 2.0;
+constexpr double simCardDelaySeconds = 5.0;
+constexpr double metricsDelaySeconds = 5.0;
+
+// Nothing calls a part of the start-up off.
+void performLater(double delaySeconds, Block block) {
+  static_cast<void>(PlatformServices::current().globalAsynchronousScheduler()->afterDelay(
+      delaySeconds, std::move(block)));
+}
+
+}  // namespace
 
 AgentProcess::AgentProcess(RunLoop& mainRunLoop)
     : runLoop(mainRunLoop), loggerProvider(PlatformServices::current().defaultLoggerProvider()) {}
@@ -21,7 +35,10 @@ ErrorPtr AgentProcess::start() {
   loggerProvider->agentLogger()->agentWillStart();
   restoreAndMonitor();
   if (ErrorPtr error = openDonationService()) return error;
+  scheduleDiscovery();
+  scheduleSIMCardMonitor();
   installHangUpHandler();
+  scheduleMetricsAttempt();
   return nullptr;
 }
 
@@ -40,8 +57,26 @@ ErrorPtr AgentProcess::openDonationService() {
   return donationListener->resume();
 }
 
+void AgentProcess::scheduleDiscovery() {
+  performLater(discoveryDelaySeconds, [agent = agent] { agent->discoverAllExtensions(); });
+}
+
+void AgentProcess::scheduleSIMCardMonitor() {
+  if (!SIMCardMonitor::shouldMonitor()) return;
+  simCardMonitor =
+      std::make_shared<SIMCardMonitor>(agent, PlatformServices::current().makePhoneNumberMonitor());
+  performLater(simCardDelaySeconds, [monitor = simCardMonitor] { monitor->start(); });
+}
+
 void AgentProcess::installHangUpHandler() {
-  hangUpSource = runLoop.addSignalSource(SIGHUP, [] { printLine("Hup hup hup!!"); });
+  hangUpSource = runLoop.addSignalSource(SIGHUP, [agent = agent] {
+    printLine("Hup hup hup!!");
+    agent->discoverAllExtensions();
+  });
+}
+
+void AgentProcess::scheduleMetricsAttempt() {
+  performLater(metricsDelaySeconds, [agent = agent] { MetricsAttempt::runMetricsAttempt(agent); });
 }
 
 void AgentProcess::run() {
