@@ -5,8 +5,8 @@
 
 namespace quenlet {
 
-// The system's counters, by key ("ovaro.quenlet.me-card.count"). Thread-safe; counting never fails
-// for the caller.
+// The system's counters, by key ("ovaro.quenlet.me-card.count"): lower-case letters first, then
+// digits, dots and dashes as well. Thread-safe; counting never fails for the caller.
 class CounterStore {
  public:
   virtual ~CounterStore() = default;

@@ -25,7 +25,7 @@ class PrometheusCounterStore final : public CounterStore {
   PrometheusCounterStore(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy);
 
   void setScalar(const std::string& key, std::int64_t value) override EXCLUDES(mutex);
-  // A sample that is not finite is left out: it would make the sum useless for good.
+  // A sample that would make the sum anything but a number is left out.
   void addSample(const std::string& key, double sample) override EXCLUDES(mutex);
 
  private:

@@ -1,0 +1,157 @@
+#include "platform/counters/PrometheusCounterStore.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <future>
+#include <limits>
+
+#include "platform/files/PosixDataProxy.h"
+#include "tests/platform/files/SteeredFileOperations.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+namespace {
+
+constexpr char expositionCheck[] = R"python(
+import re, sys
+text, declared = open(sys.argv[1]).read(), {}
+assert text.endswith("\n")
+for line in text.splitlines():
+    if head := re.fullmatch(r"# (HELP|TYPE) ([a-z_:][a-z0-9_:]*) (.+)", line):
+        kinds = declared.setdefault(head[2], {})
+        assert head[1] not in kinds and "used" not in kinds, line
+        kinds[head[1]] = head[3]
+        assert head[1] == "HELP" or head[3] in ("gauge", "summary"), line
+        continue
+    name, value = re.fullmatch(r"([a-z_:][a-z0-9_:]*) (\S+)", line).groups()
+    float(value)
+    family = name if name in declared else re.sub("_(count|sum)$", "", name)
+    kinds = declared[family]
+    assert {"HELP", "TYPE"} <= kinds.keys(), line
+    assert (kinds["TYPE"] == "summary") == (family != name), line
+    assert kinds["TYPE"] != "gauge" or not name.endswith(("_count", "_sum", "_total")), line
+    used = kinds.setdefault("used", [])
+    assert name not in used, line
+    used.append(name)
+)python";
+
+class PrometheusCounterStoreTest : public testing::Test {
+ protected:
+  using Counting = std::function<void(CounterStore&)>;
+
+  // One life of a process that counts; all is written when it has ended. Gives back what it told
+  // on standard error.
+  std::string live(const Counting& counting) {
+    testing::internal::CaptureStderr();
+    {
+      const auto proxy = std::make_shared<PosixDataProxy>(nullptr, operations);
+      PrometheusCounterStore store(file, proxy);
+      counting(store);
+    }
+    return testing::internal::GetCapturedStderr();
+  }
+  static void countOnce(CounterStore& store) {
+    store.setScalar("a.me-card.count", 1);
+    store.addSample("a.matched-count", 2);
+  }
+  static std::string counted(const std::string& count, const std::string& sum) {
+    return "# HELP a_matched_count The counter a.matched-count\n"
+           "# TYPE a_matched_count summary\n"
+           "a_matched_count_count " +
+           count + "\na_matched_count_sum " + sum +
+           "\n# HELP a_me_card_count_value The counter a.me-card.count\n"
+           "# TYPE a_me_card_count_value gauge\n"
+           "a_me_card_count_value 1\n";
+  }
+
+  TemporaryDirectory temporary;
+  const std::filesystem::path file = temporary.path() / "Logs" / "quenlet" / "counters.prom";
+  SteeredFileOperations operations;
+};
+
+TEST_F(PrometheusCounterStoreTest, KeepsCountsOverRestartsInTheTextThatCollectorsRead) {
+  EXPECT_EQ(live([](CounterStore&) {}), "");
+  EXPECT_FALSE(std::filesystem::exists(file.parent_path())) << "nothing was counted";
+  EXPECT_EQ(live(&countOnce), "");
+  EXPECT_EQ(readFile(file), counted("1", "2"));
+  live([](CounterStore& store) {
+    countOnce(store);
+    store.addSample("a.matched-count", 0.25);
+    store.addSample("a.matched-count", std::numeric_limits<double>::quiet_NaN());
+    store.addSample("a.matched-count", std::numeric_limits<double>::max());
+    store.addSample("a.matched-count", std::numeric_limits<double>::max());
+    store.addSample("a.matched-count", -std::numeric_limits<double>::max());
+  });
+  EXPECT_EQ(live(&countOnce), "");
+  EXPECT_EQ(readFile(file), counted("6", "2"));
+  live([](CounterStore& store) { store.setScalar("z", std::numeric_limits<std::int64_t>::min()); });
+  EXPECT_EQ(readFile(file), counted("6", "2") + "# HELP z The counter z\n# TYPE z gauge\nz " +
+                                "-9223372036854775808\n");
+
+  std::ofstream(temporary.path() / "check.py") << expositionCheck;
+  const std::string command = "python3 '" + (temporary.path() / "check.py").string() + "' '";
+  EXPECT_EQ(std::system((command + file.string() + "'").c_str()), 0);
+}
+
+TEST_F(PrometheusCounterStoreTest, KeepsADamagedFileAsideAndCountsFromNothing) {
+  const std::string whole = counted("4", "8");
+  const auto changed = [&](const std::string& from, const std::string& to) {
+    return std::string(whole).replace(whole.find(from), from.size(), to);
+  };
+  const std::string damaged[] = {
+      whole.substr(0, whole.size() - 1),
+      whole.substr(0, whole.find("a_matched_count_sum")),
+      whole + whole,
+      whole + "\n",
+      changed("count 4", "count -4"),
+      changed("sum 8", "sum inf"),
+      changed("value 1\n", "value 1 1700000000\n"),
+      changed("value 1\n", "value 9223372036854775808\n"),
+      changed("gauge", "summary"),
+      changed("# HELP a_matched", "# HELP b_matched"),
+      changed("counter a.matched-count", "counter a matched count"),
+      changed("# HELP a_matched_count The counter a.matched-count", "# HELP a"),
+      std::string("\0\xFF", 2),
+  };
+  for (const std::string& content : damaged) {
+    std::filesystem::remove_all(file.parent_path());
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file) << content;
+    const std::string told = live(&countOnce);
+    EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
+    EXPECT_EQ(told.find("quenlet: counters.prom: line "), 0u) << told;
+    EXPECT_EQ(readFile(file), counted("1", "2"));
+    EXPECT_EQ(readFile(file.string() + ".damaged-1"), content);
+  }
+}
+
+TEST_F(PrometheusCounterStoreTest, LetsABurstOfCountsShareWrites) {
+  std::promise<void> allCounted;
+  operations.beforeRename = [counted = allCounted.get_future().share()] { counted.wait(); };
+  live([&](CounterStore& store) {
+    for (int count = 0; count < 10; ++count) store.addSample("a.matched-count", 1);
+    store.setScalar("a.me-card.count", 1);
+    allCounted.set_value();
+  });
+  EXPECT_LE(operations.renames, 2);
+  EXPECT_EQ(readFile(file), counted("10", "10"));
+}
+
+TEST_F(PrometheusCounterStoreTest, WritesWhatAFailedWriteLeftOutWithTheNextCount) {
+  const std::string told = live([&](CounterStore& store) {
+    std::promise<void> failed;
+    operations.fail("rename", ENOSPC);
+    operations.beforeRename = [&, first = true]() mutable {
+      if (std::exchange(first, false)) failed.set_value();
+    };
+    store.addSample("a.matched-count", 2);
+    failed.get_future().wait();
+    store.setScalar("a.me-card.count", 1);
+  });
+  EXPECT_EQ(std::count(told.begin(), told.end(), '\n'), 1) << told;
+  EXPECT_EQ(readFile(file), counted("1", "2"));
+}
+
+}  // namespace
+}  // namespace quenlet
