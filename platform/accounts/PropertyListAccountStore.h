@@ -52,8 +52,8 @@ class PropertyListAccountStore final
   [[nodiscard]] Result<AccountPtr> accountWithIdentifier(const std::string& identifier);
 
   // Adds the account or puts it in the place of the one with its identifier; keys that are no
-  // account's in the file survive. Durable when it returns null. Waits for the file layer's writer
-  // thread: do not call it there.
+  // account's in the file survive, and a file that is no account is kept aside. Durable when it
+  // returns null. Waits for the file layer's writer thread: do not call it there.
   [[nodiscard]] ErrorPtr save(const Account& account);
   // Removes the account's file, readable or not; unknownAccount when there is none. Durable when it
   // returns null.
@@ -68,6 +68,8 @@ class PropertyListAccountStore final
  private:
   [[nodiscard]] std::filesystem::path fileOf(const std::string& identifier) const;
   [[nodiscard]] Result<PropertyListDictionary> entriesOf(const std::filesystem::path& file) const;
+  // What stands in the file besides an account's own keys.
+  [[nodiscard]] PropertyListDictionary foreignEntriesOf(const std::filesystem::path& file) const;
   [[nodiscard]] Result<AccountPtr> accountOfFile(const std::filesystem::path& file);
 
   const std::filesystem::path directory;

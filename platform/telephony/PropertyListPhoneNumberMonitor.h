@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <memory>
 
@@ -19,8 +18,6 @@ namespace quenlet {
 // registrations.
 class PropertyListPhoneNumberMonitor final : public PhoneNumberMonitor {
  public:
-  static constexpr std::uintmax_t maximumFileSizeInBytes = std::uintmax_t{1} << 20;
-
   PropertyListPhoneNumberMonitor(std::filesystem::path file, std::shared_ptr<DataProxy> dataProxy,
                                  EventLoop& eventLoop);
 

@@ -1,0 +1,211 @@
+#include "platform/accounts/PropertyListAccountStore.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <map>
+#include <system_error>
+#include <utility>
+
+#include "platform/files/DurableDirectory.h"
+#include "platform/files/PosixFileOperations.h"
+#include "platform/foundation/PropertyListSerializer.h"
+#include "platform/foundation/Text.h"
+
+namespace quenlet {
+namespace {
+
+using std::filesystem::path;
+
+constexpr std::string_view fileSuffix = ".plist";
+constexpr char lockName[] = ".lock";
+
+bool isAccountFile(const std::string& name) {
+  return name.size() > fileSuffix.size() && name.ends_with(fileSuffix) && !name.starts_with('.');
+}
+
+std::string identifierOf(const path& file) {
+  std::string name = file.filename().string();
+  name.resize(name.size() - fileSuffix.size());
+  return name;
+}
+
+bool isMissing(const ErrorPtr& error) {
+  return error->domain() == PosixErrorDomain && error->code() == ENOENT;
+}
+
+// A link that leads nowhere is something wrong, a file that is gone by now is not.
+bool isLink(const path& file) {
+  std::error_code failure;
+  return std::filesystem::is_symlink(file, failure);
+}
+
+ErrorPtr unknownAccount() {
+  return makeAccountError(AccountErrorCode::unknownAccount,
+                          "there is no account with this identifier");
+}
+
+// The account files of a directory, sorted; none when it is missing.
+Result<std::vector<path>> accountFilesIn(const path& directory) {
+  std::vector<path> files;
+  std::error_code failure;
+  std::filesystem::directory_iterator entries(directory, failure);
+  for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
+    if (isAccountFile(entries->path().filename().string())) files.push_back(entries->path());
+  }
+  if (failure && failure != std::errc::no_such_file_or_directory) {
+    return Result<std::vector<path>>::right(
+        makePosixError(failure.value(), "list " + directory.filename().string()));
+  }
+  std::sort(files.begin(), files.end(),
+            [](const path& a, const path& b) { return a.native() < b.native(); });
+  return Result<std::vector<path>>::left(std::move(files));
+}
+
+}  // namespace
+
+ErrorPtr makeAccountError(AccountErrorCode code, std::string sentence) {
+  return makeError(AccountErrorDomain, static_cast<std::int64_t>(code), std::move(sentence));
+}
+
+PropertyListAccountStore::PropertyListAccountStore(path directory,
+                                                   std::shared_ptr<DataProxy> dataProxy,
+                                                   std::shared_ptr<AccountFileProblems> problems)
+    : directory(std::move(directory)),
+      dataProxy(std::move(dataProxy)),
+      problems(std::move(problems)) {}
+
+std::vector<AccountPtr> PropertyListAccountStore::accounts() {
+  std::vector<AccountPtr> accounts;
+  std::map<std::string, ErrorPtr> found;
+  const Result<std::vector<path>> files = accountFilesIn(directory);
+  if (!files.isLeft()) {
+    problems->setProblems({{directory.filename().string(), files.right()}});
+    return accounts;
+  }
+  for (const path& file : files.left()) {
+    const Result<AccountPtr> account = accountOfFile(file);
+    if (account.isLeft()) {
+      accounts.push_back(account.left());
+    } else if (!isMissing(account.right()) || isLink(file)) {
+      found.emplace(file.filename().string(), account.right());
+    }
+  }
+  problems->setProblems(found);
+  return accounts;
+}
+
+Result<AccountPtr> PropertyListAccountStore::accountWithIdentifier(const std::string& identifier) {
+  if (ErrorPtr error = problemOfIdentifier(identifier)) return Result<AccountPtr>::right(error);
+  const Result<AccountPtr> account = accountOfFile(fileOf(identifier));
+  if (account.isLeft() || !isMissing(account.right())) return account;
+  return Result<AccountPtr>::right(unknownAccount());
+}
+
+ErrorPtr PropertyListAccountStore::save(const Account& account) {
+  if (ErrorPtr error = problemOfIdentifier(account.identifier)) return error;
+  const path file = fileOf(account.identifier);
+  PropertyListDictionary entries = account.propertyListRepresentation();
+  entries.merge(foreignEntriesOf(file));
+  Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(entries));
+  if (!bytes.isLeft()) return bytes.right();
+  if (bytes.left().size() > maximumFileSizeInBytes) {
+    return makePosixError(EFBIG, "write " + file.filename().string());
+  }
+  const Future<bool> written =
+      dataProxy->writeData(std::move(bytes).takeLeft(), file, WritingOptions::atomic);
+  const Result<bool>& outcome = written.result();
+  return outcome.isLeft() ? nullptr : outcome.right();
+}
+
+ErrorPtr PropertyListAccountStore::remove(const std::string& identifier) {
+  if (ErrorPtr error = problemOfIdentifier(identifier)) return error;
+  const path file = fileOf(identifier);
+  if (::unlink(file.c_str()) != 0) {
+    if (errno == ENOENT) return unknownAccount();
+    return makePosixError(errno, "remove " + file.filename().string());
+  }
+  PosixFileOperations operations;
+  const int failure = DurableDirectory::synchronize(operations, directory);
+  return failure == 0 ? nullptr : makePosixError(failure, "remove " + file.filename().string());
+}
+
+Result<std::shared_ptr<LockFile>> PropertyListAccountStore::lock() {
+  PosixFileOperations operations;
+  if (const int failure = DurableDirectory::ensure(operations, directory)) {
+    return Result<std::shared_ptr<LockFile>>::right(
+        makePosixError(failure, "create " + directory.filename().string()));
+  }
+  return LockFile::lock(directory / lockName);
+}
+
+ErrorPtr PropertyListAccountStore::problemOfIdentifier(const std::string& identifier) {
+  const bool isUsable = !identifier.empty() && identifier.size() <= maximumIdentifierSizeInBytes &&
+                        identifier.front() != '.' && isValidUTF8(identifier) &&
+                        std::none_of(identifier.begin(), identifier.end(), [](char c) {
+                          return c == '/' || static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+                        });
+  if (isUsable) return nullptr;
+  return makeAccountError(
+      AccountErrorCode::unusableIdentifier,
+      "an account's identifier has 1 to " + std::to_string(maximumIdentifierSizeInBytes) +
+          " bytes of UTF-8, no slashes or control characters, and no dot in front");
+}
+
+path PropertyListAccountStore::fileOf(const std::string& identifier) const {
+  return directory / (identifier + std::string(fileSuffix));
+}
+
+Result<PropertyListDictionary> PropertyListAccountStore::entriesOf(const path& file) const {
+  using Entries = Result<PropertyListDictionary>;
+  const auto tooLarge = [&] {
+    return Entries::right(makePosixError(EFBIG, "read " + file.filename().string()));
+  };
+  std::error_code unknown;
+  const std::uintmax_t size = std::filesystem::file_size(file, unknown);
+  if (!unknown && size > maximumFileSizeInBytes) return tooLarge();
+  const Future<std::string> reading = dataProxy->dataWithContentsOfURL(file);
+  const Result<std::string>& bytes = reading.result();
+  if (!bytes.isLeft()) return Entries::right(bytes.right());
+  if (bytes.left().size() > maximumFileSizeInBytes) return tooLarge();
+  const Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes.left());
+  if (!object.isLeft()) return Entries::right(object.right());
+  if (const auto* entries = object.left().dictionary()) return Entries::left(*entries);
+  return Entries::right(makeAccountError(AccountErrorCode::damagedAccount,
+                                         "the top level of the file is not a dictionary"));
+}
+
+PropertyListDictionary PropertyListAccountStore::foreignEntriesOf(const path& file) const {
+  Result<PropertyListDictionary> reading = entriesOf(file);
+  PropertyListDictionary entries;
+  if (reading.isLeft()) entries = std::move(reading).takeLeft();
+  if (const auto account = Account::initWithPropertyListRepresentation(entries)) {
+    for (const auto& known : account->propertyListRepresentation()) entries.erase(known.first);
+    return entries;
+  }
+  if (reading.isLeft() || !isMissing(reading.right())) dataProxy->keepDamagedFile(file);
+  return {};
+}
+
+Result<AccountPtr> PropertyListAccountStore::accountOfFile(const path& file) {
+  // Before any error's text can name the file.
+  if (ErrorPtr error = problemOfIdentifier(identifierOf(file))) {
+    return Result<AccountPtr>::right(error);
+  }
+  const Result<PropertyListDictionary> entries = entriesOf(file);
+  if (!entries.isLeft()) return Result<AccountPtr>::right(entries.right());
+  auto account = Account::initWithPropertyListRepresentation(entries.left());
+  if (!account) {
+    return Result<AccountPtr>::right(makeAccountError(
+        AccountErrorCode::damagedAccount, "a key of an account is missing or of another type"));
+  }
+  if (account->identifier != identifierOf(file)) {
+    return Result<AccountPtr>::right(makeAccountError(
+        AccountErrorCode::damagedAccount, "the identifier is not the name of the file"));
+  }
+  account->accountStore = weak_from_this();
+  return Result<AccountPtr>::left(std::make_shared<const Account>(*std::move(account)));
+}
+
+}  // namespace quenlet

@@ -1,0 +1,50 @@
+#include "platform/telephony/PropertyListDeviceInfo.h"
+
+#include <utility>
+
+#include "platform/telephony/MachineInfo.h"
+#include "platform/telephony/TelephonyFile.h"
+
+namespace quenlet {
+namespace {
+
+constexpr std::int64_t handsetClass = 1;
+
+Result<PropertyListDictionary> entriesOf(DataProxy& dataProxy, const std::filesystem::path& file) {
+  using Entries = Result<PropertyListDictionary>;
+  const Result<std::optional<PropertyList>> object = TelephonyFile::read(dataProxy, file);
+  if (!object.isLeft()) return Entries::right(object.right());
+  if (!object.left()) return Entries::left({});
+  if (const auto* entries = object.left()->dictionary()) return Entries::left(*entries);
+  return Entries::right(TelephonyFile::damage("the top level of the file is not a dictionary"));
+}
+
+bool isHandset(DataProxy& dataProxy, const std::filesystem::path& machineInfoFile) {
+  // Systems without the file are ordinary, so that nothing is said of it.
+  const Result<std::string> text = TelephonyFile::readBytes(dataProxy, machineInfoFile);
+  return text.isLeft() && MachineInfo::valueOf("CHASSIS", text.left()) == "handset";
+}
+
+}  // namespace
+
+PropertyListDeviceInfo::PropertyListDeviceInfo(std::filesystem::path deviceFile,
+                                               std::filesystem::path machineInfoFile,
+                                               std::shared_ptr<DataProxy> dataProxy)
+    : deviceFile(std::move(deviceFile)),
+      machineInfoFile(std::move(machineInfoFile)),
+      dataProxy(std::move(dataProxy)),
+      problems(this->deviceFile.filename().string()) {}
+
+std::int64_t PropertyListDeviceInfo::integerAnswer(const std::string& key,
+                                                   std::int64_t defaultAnswer) {
+  const Result<PropertyListDictionary> entries = entriesOf(*dataProxy, deviceFile);
+  problems.setProblem(entries.isLeft() ? nullptr : entries.right());
+  if (entries.isLeft()) {
+    const PropertyList* answer = findEntry(entries.left(), key);
+    if (answer && answer->integer()) return *answer->integer();
+  }
+  if (key == DeviceClassNumberKey && isHandset(*dataProxy, machineInfoFile)) return handsetClass;
+  return defaultAnswer;
+}
+
+}  // namespace quenlet

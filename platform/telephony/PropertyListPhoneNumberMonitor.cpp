@@ -1,0 +1,101 @@
+#include "platform/telephony/PropertyListPhoneNumberMonitor.h"
+
+#include <atomic>
+#include <utility>
+
+#include "platform/files/DirectoryWatch.h"
+#include "platform/foundation/ProblemReporter.h"
+#include "platform/telephony/TelephonyFile.h"
+
+namespace quenlet {
+namespace {
+
+// Nothing when an element of the array is not what it should be.
+std::optional<SIMCardItems> itemsOfArray(const PropertyListArray& elements) {
+  SIMCardItems items;
+  for (const PropertyList& element : elements) {
+    const PropertyListDictionary* entries = element.dictionary();
+    const std::string* identifier = entries ? findString(*entries, "identifier") : nullptr;
+    const std::string* value = entries ? findString(*entries, "value") : nullptr;
+    if (!identifier || identifier->empty() || !value) return std::nullopt;
+    items.push_back({*identifier, *value});
+  }
+  return items;
+}
+
+Result<SIMCardItems> itemsOfObject(const std::optional<PropertyList>& object) {
+  if (!object) return Result<SIMCardItems>::left({});
+  const PropertyListArray* elements = object->array();
+  std::optional<SIMCardItems> items = elements ? itemsOfArray(*elements) : std::nullopt;
+  if (items) return Result<SIMCardItems>::left(*std::move(items));
+  return Result<SIMCardItems>::right(TelephonyFile::damage(
+      "the file is not an array of dictionaries with the texts identifier and value"));
+}
+
+}  // namespace
+
+struct PropertyListPhoneNumberMonitor::CardFile final {
+  CardFile(std::filesystem::path file, std::shared_ptr<DataProxy> proxy)
+      : path(std::move(file)), dataProxy(std::move(proxy)), problems(path.filename().string()) {}
+
+  [[nodiscard]] Result<SIMCardItems> read() {
+    using Items = Result<SIMCardItems>;
+    const auto object = TelephonyFile::read(*dataProxy, path);
+    Items items = object.isLeft() ? itemsOfObject(object.left()) : Items::right(object.right());
+    problems.setProblem(items.isLeft() ? nullptr : items.right());
+    return items;
+  }
+
+  const std::filesystem::path path;
+  const std::shared_ptr<DataProxy> dataProxy;
+  ProblemReporter problems;
+};
+
+// All but `isCancelled` belongs to the loop's thread.
+struct PropertyListPhoneNumberMonitor::Registration final {
+  void check() {
+    if (isCancelled) return;
+    Result<SIMCardItems> items = cardFile->read();
+    if (!items.isLeft() || items.left() == told) return;
+    told = std::move(items).takeLeft();
+    handler(told);
+  }
+
+  const std::shared_ptr<CardFile> cardFile;
+  const InfoChangeHandler handler;
+  SIMCardItems told = {};
+  std::atomic<bool> isCancelled = false;
+};
+
+PropertyListPhoneNumberMonitor::PropertyListPhoneNumberMonitor(std::filesystem::path file,
+                                                               std::shared_ptr<DataProxy> dataProxy,
+                                                               EventLoop& eventLoop)
+    : cardFile(std::make_shared<CardFile>(std::move(file), std::move(dataProxy))),
+      eventLoop(eventLoop) {}
+
+std::shared_ptr<Cancelable> PropertyListPhoneNumberMonitor::addInfoChangeHandler(
+    InfoChangeHandler handler) {
+  const std::shared_ptr<Registration> registration(new Registration{cardFile, std::move(handler)});
+  auto watch = DirectoryWatch::watchDirectory(
+      eventLoop, cardFile->path.parent_path(),
+      [registration, name = cardFile->path.filename().string()](const std::string& changed) {
+        if (changed.empty() || changed == name) registration->check();
+      });
+  // After the watch has begun, so that no change falls between.
+  eventLoop.post([registration] { registration->check(); });
+  return std::make_shared<CancelBlock>([registration, watch = std::move(watch)] {
+    registration->isCancelled = true;
+    watch->cancel();
+  });
+}
+
+void PropertyListPhoneNumberMonitor::infoWithCompletion(InfoCompletion completion) {
+  Result<SIMCardItems> items = cardFile->read();
+  if (items.isLeft()) {
+    completion(std::move(items).takeLeft(), nullptr);
+  } else {
+    completion(std::nullopt, items.right());
+  }
+}
+
+}  // namespace quenlet

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "platform/files/DataProxy.h"
+#include "platform/foundation/Either.h"
+#include "platform/foundation/PropertyList.h"
+
+namespace quenlet {
+
+inline constexpr char TelephonyErrorDomain[] = "ovaro.quenlet.telephony-error";
+
+// Reads the small files that say what the device and its cards are. Stateless; any thread.
+class TelephonyFile final {
+ public:
+  static constexpr std::uintmax_t maximumSizeInBytes = std::uintmax_t{1} << 20;
+
+  TelephonyFile() = delete;
+
+  // All bytes of a regular file of up to the maximum size.
+  [[nodiscard]] static Result<std::string> readBytes(DataProxy& dataProxy,
+                                                     const std::filesystem::path& file);
+  // The property list of a file; nothing when there is no file.
+  [[nodiscard]] static Result<std::optional<PropertyList>> read(DataProxy& dataProxy,
+                                                                const std::filesystem::path& file);
+  // The error of a property list that holds something else than it should.
+  [[nodiscard]] static ErrorPtr damage(std::string sentence);
+};
+
+}  // namespace quenlet
