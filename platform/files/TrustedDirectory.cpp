@@ -23,6 +23,11 @@ ErrorPtr mistrust(const struct stat& status) {
   return reason == nullptr ? nullptr : makeError(PosixErrorDomain, EACCES, reason);
 }
 
+ErrorPtr mistrustFile(const struct stat& status) {
+  if (!S_ISREG(status.st_mode)) return makeError(PosixErrorDomain, EINVAL, "it is no regular file");
+  return mistrust(status);
+}
+
 Result<std::string> refuse(ErrorPtr error) { return Result<std::string>::right(std::move(error)); }
 
 // At most `size` bytes: what is appended meanwhile is left for the next time.
@@ -88,14 +93,19 @@ Result<std::string> TrustedDirectory::readFile(const std::string& name) const {
   if (!file.isOpen() || ::fstat(file.get(), &status) != 0) {
     return refuse(makePosixError(errno, "open"));
   }
-  if (!S_ISREG(status.st_mode)) {
-    return refuse(makeError(PosixErrorDomain, EINVAL, "it is no regular file"));
-  }
-  if (ErrorPtr error = mistrust(status)) return refuse(std::move(error));
+  if (ErrorPtr error = mistrustFile(status)) return refuse(std::move(error));
   if (status.st_size > static_cast<off_t>(maximumFileSizeInBytes)) {
     return refuse(makeError(PosixErrorDomain, EFBIG, "it is larger than 1 MiB"));
   }
   return readBytes(file, static_cast<std::size_t>(status.st_size));
+}
+
+ErrorPtr TrustedDirectory::examineFile(const std::string& name) const {
+  struct stat status {};
+  if (::fstatat(descriptor.get(), name.c_str(), &status, 0) != 0) {
+    return makePosixError(errno, "open");
+  }
+  return mistrustFile(status);
 }
 
 }  // namespace quenlet

@@ -31,6 +31,8 @@ class TrustedDirectory final {
   [[nodiscard]] Result<std::vector<std::string>> names() const;
   // The bytes of a regular file in it that has such an owner and mode too. Never waits.
   [[nodiscard]] Result<std::string> readFile(const std::string& name) const;
+  // What keeps a file in it from being such a regular file; null when nothing does.
+  [[nodiscard]] ErrorPtr examineFile(const std::string& name) const;
 
  private:
   TrustedDirectory(std::filesystem::path path, FileDescriptor opened);
