@@ -12,11 +12,20 @@ constexpr std::size_t maximumValuesInRecord = 1000;
 
 using DecodedList = Result<DonationValues>;
 
-// One element of the list; null when it is no valid record.
-DonationValuePtr decodeRecord(WireReader& reader) {
-  const std::optional<std::string_view> className = reader.object();
-  if (className != DonationWire::className) {
-    if (className) reader.skip();
+bool isSerializable(const DonationValue& value) {
+  return PropertyListSerializer::dataWithObject(value.propertyListRepresentation()).isLeft();
+}
+
+}  // namespace
+
+void DonationWire::encodeValue(WireEncoder& encoder, const DonationValue& value) {
+  encoder.object(className).propertyList(value.propertyListRepresentation());
+}
+
+DonationValuePtr DonationWire::decodeValue(WireReader& reader) {
+  const std::optional<std::string_view> name = reader.object();
+  if (name != className) {
+    if (name) reader.skip();
     return nullptr;
   }
   const std::optional<PropertyList> content = reader.propertyList(maximumValuesInRecord);
@@ -24,17 +33,9 @@ DonationValuePtr decodeRecord(WireReader& reader) {
   return DonationValue::initWithPropertyListRepresentation(*content->dictionary());
 }
 
-bool isSerializable(const DonationValue& value) {
-  return PropertyListSerializer::dataWithObject(value.propertyListRepresentation()).isLeft();
-}
-
-}  // namespace
-
 void DonationWire::encode(WireEncoder& encoder, const DonationValues& values) {
   encoder.list(values.size());
-  for (const DonationValuePtr& value : values) {
-    encoder.object(className).propertyList(value->propertyListRepresentation());
-  }
+  for (const DonationValuePtr& value : values) encodeValue(encoder, *value);
 }
 
 DecodedList DonationWire::decode(WireReader& reader) {
@@ -45,7 +46,7 @@ DecodedList DonationWire::decode(WireReader& reader) {
   }
   DonationValues values;
   for (std::size_t i = 0; i < *count; ++i) {
-    DonationValuePtr value = decodeRecord(reader);
+    DonationValuePtr value = decodeValue(reader);
     if (!value) {
       return DecodedList::right(
           makeServiceError(ServiceErrorCode::invalidArguments,

@@ -7,13 +7,16 @@
 
 namespace quenlet {
 
-// How donated values travel: a list of objects of class "DonationValue", each with its
-// property-list form as content. Stateless.
+// How donated values travel: an object of class "DonationValue" each, with its property-list form
+// as content; several in a list. Stateless.
 class DonationWire final {
  public:
   static constexpr char className[] = "DonationValue";
 
+  static void encodeValue(WireEncoder& encoder, const DonationValue& value);
   static void encode(WireEncoder& encoder, const DonationValues& values);
+  // Reads one value; null when it is no valid record, or one of more than 1,000 values.
+  [[nodiscard]] static DonationValuePtr decodeValue(WireReader& reader);
   // Reads one list. An error when it is none, or an element is no valid record or has more than
   // 1,000 values (invalidArguments), or has text that no file can hold (DonationErrorDomain,
   // notSerializable): one such record in the table would keep every later one off the disk.
