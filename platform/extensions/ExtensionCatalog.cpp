@@ -1,0 +1,123 @@
+#include "platform/extensions/ExtensionCatalog.h"
+
+#include <cerrno>
+#include <set>
+#include <system_error>
+
+#include "platform/extensions/ExtensionError.h"
+#include "platform/files/TrustedDirectory.h"
+#include "platform/foundation/Text.h"
+
+namespace quenlet {
+namespace {
+
+Result<TrustedDirectory> openParts(const ManifestDirectory& directory) {
+  Result<TrustedDirectory> opened = TrustedDirectory::open(directory.base);
+  for (const std::filesystem::path& part : directory.below) {
+    if (!opened.isLeft()) break;
+    opened = opened.left().subdirectory(part.native());
+  }
+  return opened;
+}
+
+}  // namespace
+
+// One pass over the directories.
+class ExtensionCatalog::Reading final {
+ public:
+  void addDirectory(const ManifestDirectory& directory) {
+    const std::filesystem::path path = directory.path();
+    const Result<TrustedDirectory> opened = openParts(directory);
+    if (!opened.isLeft()) return addFailure(path, opened.right());
+    const Result<std::vector<std::string>> names = opened.left().names();
+    if (!names.isLeft()) return setUnreadable(path, names.right());
+    for (const std::string& name : names.left()) {
+      if (std::filesystem::path(name).extension() == ".plist") addFile(opened.left(), name);
+    }
+  }
+
+  Content content;
+  Problems problems;
+
+ private:
+  // A directory that is there and was not opened because of who can write it, or a part on the way
+  // to it, is no error of the system's.
+  void addFailure(const std::filesystem::path& path, const ErrorPtr& error) {
+    std::error_code failure;
+    const auto found = std::filesystem::status(path, failure).type();
+    if (error->code() == ENOENT || found == std::filesystem::file_type::not_found) return;
+    if (error->code() == EACCES && found == std::filesystem::file_type::directory) {
+      problems.emplace_back(path.native(), error);
+    } else {
+      setUnreadable(path, error);
+    }
+  }
+
+  void setUnreadable(const std::filesystem::path& path, const ErrorPtr& error) {
+    if (content.unreadable) return;
+    content.unreadable = makeExtensionError(ExtensionErrorCode::manifestsUnreadable,
+                                            path.native() + ": " + error->debugDescription());
+  }
+
+  void addFile(const TrustedDirectory& directory, const std::string& name) {
+    const std::filesystem::path file = directory.path() / name;
+    const Result<std::string> text = directory.readFile(name);
+    if (!text.isLeft()) {
+      problems.emplace_back(file.native(), text.right());
+      return;
+    }
+    Result<ExtensionManifest> manifest = ExtensionManifest::read(text.left(), directory.path());
+    if (!manifest.isLeft()) {
+      problems.emplace_back(file.native(), manifest.right());
+    } else if (content.manifests.size() == maximumManifests) {
+      problems.emplace_back(directory.path().native(),
+                            makeError(PosixErrorDomain, E2BIG, "there are too many manifests"));
+    } else if (known.insert(canonicalKey(manifest.left().bundleIdentifier)).second) {
+      content.manifests.push_back(
+          std::make_shared<const ExtensionManifest>(std::move(manifest).takeLeft()));
+    }
+  }
+
+  std::set<std::string> known;
+};
+
+ExtensionCatalog::ExtensionCatalog(std::vector<ManifestDirectory> manifestDirectories)
+    : directories(std::move(manifestDirectories)) {}
+
+ExtensionCatalog::Content ExtensionCatalog::read() const {
+  Reading reading;
+  for (const ManifestDirectory& directory : directories) reading.addDirectory(directory);
+  report(reading.problems);
+  return std::move(reading.content);
+}
+
+Result<ExtensionManifestPtr> ExtensionCatalog::manifest(const std::string& bundleIdentifier) const {
+  using Found = Result<ExtensionManifestPtr>;
+  const Content content = read();
+  for (const ExtensionManifestPtr& manifest : content.manifests) {
+    if (canonicallyEqual(manifest->bundleIdentifier, bundleIdentifier)) {
+      return Found::left(manifest);
+    }
+  }
+  if (content.unreadable) return Found::right(content.unreadable);
+  return Found::right(makeExtensionError(ExtensionErrorCode::notInstalled,
+                                         "no extension is installed for this bundle"));
+}
+
+void ExtensionCatalog::report(const Problems& problems) const {
+  // A subject without a problem is forgotten, so that the next one is told again.
+  std::map<std::string, std::shared_ptr<ProblemReporter>> current;
+  {
+    MutexLock lock(mutex);
+    for (const auto& [subject, problem] : problems) {
+      std::shared_ptr<ProblemReporter>& reporter = current[subject];
+      const auto former = reporters.find(subject);
+      if (!reporter && former != reporters.end()) reporter = former->second;
+      if (!reporter) reporter = std::make_shared<ProblemReporter>(subject);
+    }
+    reporters = current;
+  }
+  for (const auto& [subject, problem] : problems) current.at(subject)->setProblem(problem);
+}
+
+}  // namespace quenlet

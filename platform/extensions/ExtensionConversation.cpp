@@ -1,0 +1,155 @@
+#include "platform/extensions/ExtensionConversation.h"
+
+#include <sys/epoll.h>
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "platform/extensions/DonorExtensionInterface.h"
+#include "platform/extensions/ExtensionError.h"
+#include "platform/ipc/ErrorWire.h"
+#include "platform/ipc/ServiceLimits.h"
+
+namespace quenlet {
+namespace {
+
+constexpr std::size_t maximumMessageSize = ServiceLimits().messageSizeInBytes;
+// Nothing more is encoded while this is not taken.
+constexpr std::size_t enoughUnsentBytes = std::size_t{1} << 20;
+
+ErrorPtr badAnswer(const std::string& sentence) {
+  return makeExtensionError(ExtensionErrorCode::badAnswer, "the extension's answer: " + sentence);
+}
+
+ErrorPtr readFailure(std::string_view body) {
+  static const std::vector<WireParameter> parameters{
+      {WireType::object, false, {ErrorWire::className}}};
+  if (const ErrorPtr error = validateWireValues(body, parameters)) {
+    return badAnswer(error->debugDescription());
+  }
+  WireReader values(body);
+  return boundedDonorError(ErrorWire::decode(values));
+}
+
+}  // namespace
+
+ExtensionConversation::ExtensionConversation(EventLoop& eventLoop, FileDescriptor connectedSocket,
+                                             std::size_t unansweredRequests, Events eventHandlers)
+    : window(unansweredRequests),
+      handlers(std::move(eventHandlers)),
+      interface(makeDonorExtensionInterface()),
+      socket(std::move(connectedSocket)),
+      watch(eventLoop.watch(socket.get(), EPOLLIN,
+                            [this](std::uint32_t events) { onReady(events); })),
+      reader(maximumMessageSize) {}
+
+ExtensionConversation::~ExtensionConversation() { watch->cancel(); }
+
+void ExtensionConversation::ask(ExtensionRequestPtr request) {
+  waiting.push_back(std::move(request));
+  send();
+}
+
+void ExtensionConversation::takeLastAnswers() {
+  sending = false;
+  while (socket.isOpen() && readOnce()) {
+  }
+  reportOutcome();
+}
+
+void ExtensionConversation::close(const ErrorPtr& reason) {
+  watch->cancel();
+  socket.reset();
+  output.clear();
+  const auto unanswered = std::exchange(asked, {});
+  const auto unsent = std::exchange(waiting, {});
+  for (const auto& [identifier, request] : unanswered) request->fail(reason);
+  for (const ExtensionRequestPtr& request : unsent) request->fail(reason);
+}
+
+void ExtensionConversation::onReady(std::uint32_t events) {
+  if ((events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) readOnce();
+  send();
+  reportOutcome();
+}
+
+bool ExtensionConversation::readOnce() {
+  if (fault) return false;
+  const std::span<char> room = reader.room();
+  const ssize_t count = ::recv(socket.get(), room.data(), room.size(), MSG_DONTWAIT);
+  if (count < 0 && errno == EINTR) return true;
+  if (count < 0 && errno == EAGAIN) return false;
+  if (count <= 0) {
+    fault = makeExtensionError(ExtensionErrorCode::ended, "the extension ended the connection");
+    return false;
+  }
+  reader.added(static_cast<std::size_t>(count));
+  takeAnswers();
+  return !fault;
+}
+
+void ExtensionConversation::takeAnswers() {
+  while (!fault) {
+    const std::optional<FrameReader::Frame> frame = reader.next();
+    if (!frame) break;
+    fault = takeAnswer(*frame);
+  }
+}
+
+ErrorPtr ExtensionConversation::takeAnswer(const FrameReader::Frame& frame) {
+  if (frame.error) return badAnswer(frame.error->debugDescription());
+  const auto found = asked.find(frame.identifier);
+  if (frame.kind == FrameKind::request || found == asked.end()) {
+    return badAnswer("nobody asked for it");
+  }
+  const ExtensionRequestPtr request = std::move(found->second);
+  asked.erase(found);
+  hasAnswered = true;
+  if (frame.kind == FrameKind::failure) {
+    request->fail(readFailure(frame.body));
+  } else if (const ErrorPtr error = validateWireValues(
+                 frame.body, *interface.parameters(request->operation(), OfReply::yes))) {
+    request->fail(badAnswer(error->debugDescription()));
+  } else {
+    request->complete(Result<std::string>::left(std::string(frame.body)));
+  }
+  return nullptr;
+}
+
+void ExtensionConversation::send() {
+  if (!socket.isOpen() || fault) return;
+  while (sending && !waiting.empty() && asked.size() < window &&
+         output.unsentBytes() < enoughUnsentBytes) {
+    const ExtensionRequestPtr request = std::move(waiting.front());
+    waiting.pop_front();
+    sendOne(request);
+  }
+  // Of a peer that does not take it, the end will be read.
+  if (output.writeTo(socket.get()) == OutputQueue::Outcome::failed) output.clear();
+  watch->setEvents(output.empty() ? EPOLLIN : EPOLLIN | EPOLLOUT);
+}
+
+void ExtensionConversation::sendOne(const ExtensionRequestPtr& request) {
+  WireEncoder start;
+  start.string(request->operation());
+  std::string arguments = request->encodedArguments();
+  if (FrameHeader::countedBytes + start.bytes().size() + arguments.size() > maximumMessageSize) {
+    hasAnswered = true;
+    request->fail(makeServiceError(ServiceErrorCode::messageTooLarge,
+                                   "the value is larger than a message may be"));
+    return;
+  }
+  asked.emplace(++lastIdentifier, request);
+  output.append(FrameKind::request, lastIdentifier, start.bytes(), std::move(arguments));
+}
+
+// Last, as the owner may close the conversation.
+void ExtensionConversation::reportOutcome() {
+  if (std::exchange(hasAnswered, false)) handlers.answered();
+  if (fault && socket.isOpen()) handlers.broken(fault);
+}
+
+}  // namespace quenlet

@@ -1,0 +1,92 @@
+#include "platform/extensions/ExtensionHost.h"
+
+#include <utility>
+
+#include "platform/extensions/ExtensionCatalog.h"
+#include "platform/extensions/ExtensionSupervisor.h"
+#include "platform/extensions/ProgramDonor.h"
+
+namespace quenlet {
+namespace {
+
+// Where donors come from and what they need.
+struct DonorSource final {
+  std::shared_ptr<const ExtensionCatalog> catalog;
+  std::weak_ptr<ExtensionSupervisor> supervisor;
+  std::weak_ptr<CorvelProtocol> receiver;
+
+  [[nodiscard]] DonorObjectPtr donor(const ExtensionManifestPtr& manifest) const {
+    if (!manifest->isDonorExtension()) return std::make_shared<UnknownDonor>(manifest);
+    return std::make_shared<ProgramDonor>(manifest, supervisor, receiver);
+  }
+};
+
+class ProgramDonorLoader final : public DonorLoader {
+ public:
+  explicit ProgramDonorLoader(DonorSource donorSource) : source(std::move(donorSource)) {}
+
+  Future<DonorObjectPtr> donorWithIdentifier(const std::string& bundleIdentifier) override {
+    const Result<ExtensionManifestPtr> installed = source.catalog->manifest(bundleIdentifier);
+    if (!installed.isLeft()) return Future<DonorObjectPtr>::futureWithError(installed.right());
+    const ExtensionManifestPtr& manifest = installed.left();
+    DonorObjectPtr donor = source.donor(manifest);
+    if (!manifest->isDonorExtension()) {
+      return Future<DonorObjectPtr>::futureWithResult(std::move(donor));
+    }
+    const Promise<DonorObjectPtr> loaded;
+    auto request = ExtensionRequest::toStart([loaded, donor](const Result<std::string>& started) {
+      started.isLeft() ? loaded.succeed(donor) : loaded.fail(started.right());
+    });
+    if (const auto programs = source.supervisor.lock()) programs->ask(manifest, request);
+    return loaded.future();
+  }
+
+ private:
+  const DonorSource source;
+};
+
+class InstalledDonors final : public Observable<DonorObjectPtr> {
+ public:
+  explicit InstalledDonors(DonorSource donorSource) : source(std::move(donorSource)) {}
+
+  std::shared_ptr<Cancelable> subscribe(Observer<DonorObjectPtr> observer) override {
+    const ExtensionCatalog::Content content = source.catalog->read();
+    for (const ExtensionManifestPtr& manifest : content.manifests) {
+      if (observer.resultBlock) observer.resultBlock(source.donor(manifest));
+    }
+    if (!content.unreadable) {
+      if (observer.completionBlock) observer.completionBlock();
+    } else if (observer.failureBlock) {
+      observer.failureBlock(content.unreadable);
+    }
+    return std::make_shared<CancelBlock>(nullptr);  // all has been said
+  }
+
+ private:
+  const DonorSource source;
+};
+
+}  // namespace
+
+ExtensionHost::ExtensionHost(std::vector<ManifestDirectory> manifestDirectories,
+                             EventLoop& eventLoop, std::shared_ptr<Scheduler> loopScheduler,
+                             ExtensionLimits limits)
+    : catalog(std::make_shared<ExtensionCatalog>(std::move(manifestDirectories))),
+      supervisor(
+          std::make_shared<ExtensionSupervisor>(eventLoop, std::move(loopScheduler), limits)) {}
+
+ExtensionHost::~ExtensionHost() { supervisor->shutDown(); }
+
+std::shared_ptr<DonorLoader> ExtensionHost::makeLoader(
+    std::weak_ptr<CorvelProtocol> donationReceiver) const {
+  return std::make_shared<ProgramDonorLoader>(
+      DonorSource{catalog, supervisor, std::move(donationReceiver)});
+}
+
+std::shared_ptr<Observable<DonorObjectPtr>> ExtensionHost::currentExtensionsObservable(
+    std::weak_ptr<CorvelProtocol> donationReceiver) const {
+  return std::make_shared<InstalledDonors>(
+      DonorSource{catalog, supervisor, std::move(donationReceiver)});
+}
+
+}  // namespace quenlet

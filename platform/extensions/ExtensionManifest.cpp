@@ -1,0 +1,74 @@
+#include "platform/extensions/ExtensionManifest.h"
+
+#include <cerrno>
+#include <optional>
+#include <utility>
+
+#include "model/DonationOrigin.h"
+#include "platform/foundation/PropertyListSerializer.h"
+#include "platform/foundation/Text.h"
+
+namespace quenlet {
+namespace {
+
+using Outcome = Result<ExtensionManifest>;
+
+constexpr std::size_t maximumTextSize = 255;
+constexpr std::size_t maximumPathSize = 4095;
+
+Outcome refuse(std::string sentence) {
+  return Outcome::right(makeError(PosixErrorDomain, EINVAL, std::move(sentence)));
+}
+
+// These texts come to terminals and logs.
+bool isPlainText(std::string_view text, std::size_t maximumSize) {
+  if (text.empty() || text.size() > maximumSize) return false;
+  while (!text.empty()) {
+    const std::optional<char32_t> character = takeCharacter(text);
+    if (!character || *character < 0x20 || (*character >= 0x7F && *character < 0xA0)) return false;
+  }
+  return true;
+}
+
+// Empty when the entry is missing or no plain text.
+std::string plainText(const PropertyListDictionary& entries, std::string_view key,
+                      std::size_t maximumSize = maximumTextSize) {
+  const std::string* text = findString(entries, key);
+  return text != nullptr && isPlainText(*text, maximumSize) ? *text : std::string();
+}
+
+bool isReserved(const std::string& bundleIdentifier) {
+  return canonicallyEqual(bundleIdentifier, AccountsBundleIdentifier) ||
+         canonicallyEqual(bundleIdentifier, SIMCardBundleIdentifier);
+}
+
+}  // namespace
+
+bool ExtensionManifest::isDonorExtension() const {
+  return extensionPoint == agentExtensionPoint && version == agentExtensionVersion;
+}
+
+Outcome ExtensionManifest::read(std::string_view text, const std::filesystem::path& directory) {
+  if (text.size() > maximumSizeInBytes) return refuse("it is larger than 64 KiB");
+  const Result<PropertyList> content = PropertyListSerializer::objectWithData(text);
+  if (!content.isLeft()) return Outcome::right(content.right());
+  const PropertyListDictionary* entries = content.left().dictionary();
+  if (entries == nullptr) return refuse("its top level is not a dictionary");
+  ExtensionManifest manifest{plainText(*entries, "bundleIdentifier"),
+                             plainText(*entries, "extensionPoint"), plainText(*entries, "version"),
+                             plainText(*entries, "executable", maximumPathSize)};
+  if (manifest.bundleIdentifier.empty()) return refuse("its bundleIdentifier is no plain text");
+  if (manifest.extensionPoint.empty()) return refuse("its extensionPoint is no plain text");
+  if (manifest.version.empty()) return refuse("its version is no plain text");
+  if (isReserved(manifest.bundleIdentifier)) {
+    return refuse("its bundleIdentifier is the agent's own");
+  }
+  if (!manifest.executable.empty()) {
+    manifest.executable = (directory / manifest.executable).lexically_normal();
+  } else if (manifest.isDonorExtension()) {
+    return refuse("its executable is no plain text");
+  }
+  return Outcome::left(std::move(manifest));
+}
+
+}  // namespace quenlet

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/foundation/Either.h"
+#include "platform/ipc/WireEncoder.h"
+
+namespace quenlet {
+
+// One thing that is asked of an extension, and who waits for the answer. Completes exactly once:
+// one that is dropped before fails with hostGone. One thread at a time.
+class ExtensionRequest final {
+ public:
+  using Encode = std::function<void(WireEncoder& encoder)>;
+  // The encoded, validated reply values, or the error.
+  using Completion = std::function<void(Result<std::string> reply)>;
+
+  // `encodeArguments` is called when the request is sent.
+  ExtensionRequest(std::string operation, Encode encodeArguments, Completion whenAnswered);
+  // Asks for nothing but that the program runs; the reply is empty.
+  [[nodiscard]] static std::shared_ptr<ExtensionRequest> toStart(Completion whenStarted);
+  ~ExtensionRequest();
+  ExtensionRequest(const ExtensionRequest&) = delete;
+  ExtensionRequest& operator=(const ExtensionRequest&) = delete;
+
+  [[nodiscard]] bool isToStart() const { return selector.empty(); }
+  [[nodiscard]] const std::string& operation() const { return selector; }
+  [[nodiscard]] std::string encodedArguments() const;
+
+  // The first call counts.
+  void complete(Result<std::string> reply);
+  void fail(ErrorPtr error);
+
+ private:
+  const std::string selector;
+  const Encode encode;
+  Completion completion;
+};
+
+using ExtensionRequestPtr = std::shared_ptr<ExtensionRequest>;
+
+}  // namespace quenlet

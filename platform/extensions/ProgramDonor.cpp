@@ -1,0 +1,103 @@
+#include "platform/extensions/ProgramDonor.h"
+
+#include <bit>
+#include <utility>
+
+#include "platform/donations/DonationWire.h"
+#include "platform/extensions/DonorExtensionInterface.h"
+#include "platform/extensions/ExtensionError.h"
+#include "platform/foundation/Text.h"
+#include "platform/ipc/ErrorWire.h"
+
+namespace quenlet {
+namespace {
+
+void readRenewal(const Result<std::string>& reply,
+                 const DonorExtension::AcknowledgementHandler& handler) {
+  if (!reply.isLeft()) return handler(std::nullopt, reply.right());
+  WireReader values(reply.left());
+  const std::optional<Date> date = values.date();
+  handler(date, boundedDonorError(ErrorWire::decode(values)));
+}
+
+// The values of a re-donation, all of one bundle.
+Result<DonationValues> readRedonation(const Result<std::string>& reply,
+                                      const std::string& bundleIdentifier) {
+  using Donated = Result<DonationValues>;
+  if (!reply.isLeft()) return Donated::right(reply.right());
+  WireReader values(reply.left());
+  const bool hasList = values.nextType() == WireType::list;
+  WireReader list(values.skip());
+  if (ErrorPtr error = ErrorWire::decode(values)) return Donated::right(boundedDonorError(error));
+  if (!hasList) {
+    return Donated::right(makeExtensionError(ExtensionErrorCode::badAnswer,
+                                             "there is neither a list of values nor an error"));
+  }
+  Donated donated = DonationWire::decode(list);
+  if (!donated.isLeft()) return donated;
+  for (const DonationValuePtr& value : donated.left()) {
+    if (canonicallyEqual(value->origin().bundleIdentifier, bundleIdentifier)) continue;
+    return Donated::right(makeExtensionError(ExtensionErrorCode::foreignDonation,
+                                             "it donates for another bundle than its own"));
+  }
+  return donated;
+}
+
+}  // namespace
+
+ProgramDonor::ProgramDonor(ExtensionManifestPtr installed,
+                           std::weak_ptr<ExtensionSupervisor> programs,
+                           std::weak_ptr<CorvelProtocol> donationReceiver)
+    : manifest(std::move(installed)),
+      supervisor(std::move(programs)),
+      receiver(std::move(donationReceiver)) {}
+
+std::string ProgramDonor::description() const {
+  return "donor extension " + manifest->bundleIdentifier;
+}
+
+void ProgramDonor::renewExpirationDateForDonatedValue(
+    DonationValuePtr value, AcknowledgementHandler acknowledgementHandler) {
+  ask(
+      DonorExtensionSelector::renew,
+      [value = std::move(value)](WireEncoder& encoder) {
+        DonationWire::encodeValue(encoder, *value);
+      },
+      [handler = std::move(acknowledgementHandler)](const Result<std::string>& reply) {
+        readRenewal(reply, handler);
+      });
+}
+
+void ProgramDonor::redonateAllValuesWithReason(std::uint64_t reason) {
+  const auto programs = supervisor.lock();
+  if (!programs) return;
+  ask(
+      DonorExtensionSelector::redonate,
+      [reason](WireEncoder& encoder) { encoder.integer(std::bit_cast<std::int64_t>(reason)); },
+      [bundle = manifest->bundleIdentifier, agent = receiver,
+       problems =
+           programs->problemsOf(manifest->bundleIdentifier)](const Result<std::string>& reply) {
+        Result<DonationValues> donated = readRedonation(reply, bundle);
+        const auto living = agent.lock();
+        if (!donated.isLeft()) return problems->setProblem(donated.right());
+        if (donated.left().empty() || !living) return problems->setProblem(nullptr);
+        living->donateMeCardValues(
+            std::move(donated).takeLeft(),
+            [problems](const ErrorPtr& error) { problems->setProblem(error); });
+      });
+}
+
+void ProgramDonor::ask(const char* selector, ExtensionRequest::Encode encode,
+                       ExtensionRequest::Completion completion) const {
+  // Fails as it goes when there is nobody to take it.
+  auto request =
+      std::make_shared<ExtensionRequest>(selector, std::move(encode), std::move(completion));
+  if (const auto programs = supervisor.lock()) programs->ask(manifest, std::move(request));
+}
+
+std::string UnknownDonor::description() const {
+  return manifest->bundleIdentifier + " for extension point " + manifest->extensionPoint +
+         ", version " + manifest->version;
+}
+
+}  // namespace quenlet

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "platform/donations/CorvelProtocol.h"
+#include "platform/extensions/DonorExtension.h"
+#include "platform/extensions/ExtensionManifest.h"
+#include "platform/extensions/ExtensionSupervisor.h"
+
+namespace quenlet {
+
+// A donor extension that is a program, started when it is asked. Handlers are called on the
+// supervisor's thread, or on the calling one when the supervisor is gone. Thread-safe.
+//
+// What a re-donation brings goes to the receiver, if all of it is of the extension's own bundle.
+// Nobody waits for it, so that its problems are told on standard error.
+class ProgramDonor final : public DonorExtension {
+ public:
+  ProgramDonor(ExtensionManifestPtr installed, std::weak_ptr<ExtensionSupervisor> programs,
+               std::weak_ptr<CorvelProtocol> donationReceiver);
+
+  [[nodiscard]] std::string description() const override;
+  void renewExpirationDateForDonatedValue(DonationValuePtr value,
+                                          AcknowledgementHandler acknowledgementHandler) override;
+  void redonateAllValuesWithReason(std::uint64_t reason) override;
+
+ private:
+  void ask(const char* selector, ExtensionRequest::Encode encode,
+           ExtensionRequest::Completion completion) const;
+
+  const ExtensionManifestPtr manifest;
+  const std::weak_ptr<ExtensionSupervisor> supervisor;
+  const std::weak_ptr<CorvelProtocol> receiver;
+};
+
+// A registration for another extension point or version. Immutable.
+class UnknownDonor final : public DonorObject {
+ public:
+  explicit UnknownDonor(ExtensionManifestPtr installed) : manifest(std::move(installed)) {}
+  [[nodiscard]] std::string description() const override;
+
+ private:
+  const ExtensionManifestPtr manifest;
+};
+
+}  // namespace quenlet
