@@ -5,7 +5,7 @@
 #include <tuple>
 
 #include "client/waitForReply.h"
-#include "tools/commands/CardFile.h"
+#include "client/CardFile.h"
 #include "tools/commands/DonationPresenter.h"
 #include "tools/commands/TerminalText.h"
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/commands/CardDonor.h"
+#include "client/CardDonor.h"
 #include "tools/commands/Session.h"
 
 namespace quenlet {

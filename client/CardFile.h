@@ -7,7 +7,7 @@
 
 namespace quenlet {
 
-// A file of cards on the command line; "-" is the standard input. Stateless.
+// Reads files of cards. "-" is the standard input. Stateless.
 class CardFile final {
  public:
   CardFile() = delete;

@@ -1,4 +1,4 @@
-#include "tools/commands/DonationIdentifier.h"
+#include "client/DonationIdentifier.h"
 
 #include "platform/foundation/Text.h"
 

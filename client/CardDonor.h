@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "client/DonationIdentifier.h"
 #include "model/DonationValue.h"
 #include "platform/contacts/VCard.h"
-#include "tools/commands/DonationIdentifier.h"
 
 namespace quenlet {
 

@@ -1,4 +1,4 @@
-#include "tools/commands/CardDonor.h"
+#include "client/CardDonor.h"
 
 #include <set>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "tools/commands/CardFile.h"
+#include "client/CardFile.h"
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,0 +1,112 @@
+#include "client/DonorExtensionMain.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "platform/donations/DonationWire.h"
+#include "platform/extensions/DonorExtensionInterface.h"
+#include "platform/extensions/ExtensionError.h"
+#include "platform/ipc/ErrorWire.h"
+#include "platform/ipc/UnixServiceConnection.h"
+
+namespace quenlet {
+namespace {
+
+// What an exception says may quote values, so that it is not passed on.
+ErrorPtr donorFailed() {
+  return makeExtensionError(ExtensionErrorCode::donorFailed, "the donor threw an exception");
+}
+
+// Puts the agent's requests to the donor, on the thread that serves the socket.
+class DonorDispatcher final : public ExportedObject {
+ public:
+  explicit DonorDispatcher(ExtensionDonor& asked) : donor(asked) {}
+
+  void perform(const std::string& selector, WireReader arguments, WireReply reply) override {
+    WireEncoder encoder;
+    if (selector == DonorExtensionSelector::renew) {
+      renew(arguments, encoder);
+    } else {
+      redonate(arguments, encoder);
+    }
+    reply(std::move(encoder).take());
+  }
+
+ private:
+  void renew(WireReader& arguments, WireEncoder& encoder) const {
+    const Result<Date> date = renewed(DonationWire::decodeValue(arguments));
+    date.isLeft() ? encoder.date(date.left()) : encoder.null();
+    ErrorWire::encode(encoder, date.isLeft() ? nullptr : date.right());
+  }
+
+  [[nodiscard]] Result<Date> renewed(const DonationValuePtr& value) const try {
+    if (value) return donor.renewExpirationDate(*value);
+    return Result<Date>::right(
+        makeServiceError(ServiceErrorCode::invalidArguments, "the value is no valid donation"));
+  } catch (...) {
+    return Result<Date>::right(donorFailed());
+  }
+
+  void redonate(WireReader& arguments, WireEncoder& encoder) const {
+    const auto reason = std::bit_cast<std::uint64_t>(arguments.integer().value_or(0));
+    const Result<DonationValues> values = allValues(reason);
+    if (values.isLeft()) {
+      DonationWire::encode(encoder, values.left());
+    } else {
+      encoder.null();
+    }
+    ErrorWire::encode(encoder, values.isLeft() ? nullptr : values.right());
+  }
+
+  [[nodiscard]] Result<DonationValues> allValues(std::uint64_t reason) const try {
+    Result<DonationValues> values = donor.allValues(reason);
+    if (values.isLeft() && std::ranges::count(values.left(), nullptr) > 0) {
+      return Result<DonationValues>::right(
+          makeServiceError(ServiceErrorCode::invalidArguments, "the donor gave a null value"));
+    }
+    return values;
+  } catch (...) {
+    return Result<DonationValues>::right(donorFailed());
+  }
+
+  ExtensionDonor& donor;
+};
+
+bool isSocket(int descriptor) {
+  struct stat status {};
+  return ::fstat(descriptor, &status) == 0 && S_ISSOCK(status.st_mode);
+}
+
+}  // namespace
+
+void serveDonor(ExtensionDonor& donor, FileDescriptor socket) {
+  const auto loop = std::make_shared<EventLoop>();
+  const auto connection = std::make_shared<UnixServiceConnection>(
+      loop, std::move(socket), PeerIdentity(), nullptr, ServiceLimits(),
+      [loop = loop.get()](UnixServiceConnection&) { loop->stop(); });
+  connection->setExportedInterface(makeDonorExtensionInterface());
+  connection->setExportedObject(std::make_shared<DonorDispatcher>(donor));
+  connection->start();
+  connection->resume();
+  loop->run();
+}
+
+int runDonorExtension(ExtensionDonor& donor) {
+  if (!isSocket(STDIN_FILENO)) {
+    std::fputs(
+        "This program is a donor extension: quenlet-agent starts it, as its manifest says.\n",
+        stderr);
+    return 2;
+  }
+  serveDonor(donor, FileDescriptor(STDIN_FILENO));
+  return 0;
+}
+
+}  // namespace quenlet
