@@ -1,0 +1,87 @@
+#include "examples/vcard-extension/CardDirectoryDonor.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "client/CardDonor.h"
+#include "client/CardFile.h"
+
+namespace quenlet {
+namespace {
+
+using Paths = std::vector<std::filesystem::path>;
+
+// The card files by name, so that every run sees them in the same order.
+Result<Paths> cardFiles(const std::filesystem::path& directory) {
+  Paths paths;
+  std::error_code failure;
+  for (std::filesystem::directory_iterator entry(directory, failure), end; !failure && entry != end;
+       entry.increment(failure)) {
+    // Reading a pipe would wait.
+    std::error_code unknown;
+    if (entry->path().extension() == ".vcf" && entry->is_regular_file(unknown)) {
+      paths.push_back(entry->path());
+    }
+  }
+  if (failure && failure != std::errc::no_such_file_or_directory) {
+    return Result<Paths>::right(makePosixError(failure.value(), "list the cards"));
+  }
+  std::sort(paths.begin(), paths.end());
+  return Result<Paths>::left(std::move(paths));
+}
+
+bool isSameContent(const DonationValue& a, const DonationValue& b) {
+  PropertyListDictionary first = a.propertyListRepresentation();
+  PropertyListDictionary second = b.propertyListRepresentation();
+  first.erase("origin");
+  second.erase("origin");
+  return first == second;
+}
+
+}  // namespace
+
+CardDirectoryDonor::CardDirectoryDonor(std::filesystem::path cardDirectory,
+                                       std::function<Date()> clock)
+    : directory(std::move(cardDirectory)), now(std::move(clock)) {}
+
+Result<Date> CardDirectoryDonor::renewExpirationDate(const DonationValue& value) {
+  const Result<Cards> cards = readCards();
+  if (!cards.isLeft()) return Result<Date>::right(cards.right());
+  const DonationValues& values = cards.left().values;
+  const bool stillThere = std::any_of(values.begin(), values.end(), [&](const auto& current) {
+    return current->origin().donationIdentifier == value.origin().donationIdentifier &&
+           isSameContent(*current, value);
+  });
+  if (stillThere) return Result<Date>::left(now().addingSeconds(lifetimeSeconds));
+  if (cards.left().areAll) return Result<Date>::left(now().addingSeconds(-1));
+  return Result<Date>::right(
+      makeError(bundleIdentifier, 1, "a card cannot be read, and the value may be in it"));
+}
+
+Result<DonationValues> CardDirectoryDonor::allValues(std::uint64_t) {
+  Result<Cards> cards = readCards();
+  if (!cards.isLeft()) return Result<DonationValues>::right(cards.right());
+  return Result<DonationValues>::left(std::move(cards).takeLeft().values);
+}
+
+Result<CardDirectoryDonor::Cards> CardDirectoryDonor::readCards() const {
+  const Result<Paths> paths = cardFiles(directory);
+  if (!paths.isLeft()) return Result<Cards>::right(paths.right());
+  const Date today = now();
+  CardDonor donor({bundleIdentifier, std::nullopt, today, today.addingSeconds(lifetimeSeconds)});
+  Cards found;
+  for (const std::filesystem::path& path : paths.left()) {
+    const Result<std::vector<VCard>> cards = CardFile::read(path.native());
+    if (cards.isLeft()) {
+      donor.addFile(cards.left(), CardFile::nameOf(path.native()));
+    } else {
+      found.areAll = false;
+    }
+  }
+  found.values = donor.donations();
+  return Result<Cards>::left(std::move(found));
+}
+
+}  // namespace quenlet
