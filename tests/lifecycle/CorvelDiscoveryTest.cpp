@@ -35,7 +35,7 @@ TEST_F(CorvelDiscoveryTest, AsksExtensionsThenAccountsThenSIMCardsWhenDonationsC
                            "writer: didDiscoverExtensions",
                            "writer: redonate 1",
                            "writer: redonate 1",
-                           "writer: donating:"};
+                           "writer: donating: email:A1"};
   Events events = eventsOfEnabling();
   events.resize(expected.size());
   EXPECT_EQ(events, expected);
@@ -108,7 +108,8 @@ TEST_F(CorvelDiscoveryTest, DonatesAccountsAgainUnlessTheirVersionIsNoted) {
   agent = std::make_shared<Corvel>(environment, persistence, curated);
   persistence->failure = makeError("disk", 5);
   static_cast<void>(printed());
-  EXPECT_EQ(takeTrace().at(1), "caller: donating:") << "no table: the accounts are donated again";
+  EXPECT_EQ(takeTrace().at(1), "caller: donating: email:A1")
+      << "no table: the accounts are donated again";
 }
 
 }  // namespace

@@ -9,8 +9,9 @@
 
 namespace quenlet {
 
-// Keeps the log's lines, and notes each event with its plain arguments in a trace:
-// "agentWillHandleRequest: meCardDonations:". Donated values are not noted.
+// Keeps the log's lines, and notes each event with its arguments in a trace:
+// "agentWillHandleRequest: meCardDonations:". A donated value is noted by its donation identifier;
+// arguments that begin with a list of values are not noted.
 class RecordingLog final : public LogSink {
  public:
   explicit RecordingLog(Trace& shared) : trace(shared) {}
@@ -20,7 +21,11 @@ class RecordingLog final : public LogSink {
     std::string noted = between(line, "\"event\":\"", "\"");
     std::string arguments = between(line, "\"arguments\":[", "]}");
     std::erase(arguments, '"');
-    if (!arguments.empty() && arguments.front() != '[') noted += " " + arguments;
+    if (arguments.starts_with('{')) {
+      arguments = between(arguments, "donationIdentifier:", "}") +
+                  arguments.substr(arguments.find('}') + 1);
+    }
+    if (!arguments.empty() && !arguments.starts_with('[')) noted += " " + arguments;
     trace.note(noted);
   }
 

@@ -28,15 +28,15 @@ TEST_F(CorvelAccountsTest, FollowsTheChangesOfAnAccount) {
   static_cast<void>(takeTrace());
   const AccountPtr both = account("a@x.org", "Ann");
   const AccountPtr nameOnly = account("nobody", "Ann");
-  const std::string donating = "caller: donating:";
+  const std::string name = "caller: donating: name:A1";
   const std::string reply = "caller: reply no error";
   EXPECT_EQ(eventsOfChange(nullptr, nullptr), Events{reply});
   EXPECT_EQ(eventsOfChange(nullptr, both),
-            (Events{"caller: accountAdded: account A1", donating, donating, reply, posted,
-                    "io: store name:A1 email:A1"}));
+            (Events{"caller: accountAdded: account A1", name, "caller: donating: email:A1", reply,
+                    posted, "io: store name:A1 email:A1"}));
   EXPECT_EQ(eventsOfChange(both, nameOnly),
-            (Events{"caller: accountChanged: account A1", donating, "caller: removing: email:A1",
-                    reply, posted, posted, "io: store name:A1 email:A1", "io: store name:A1"}));
+            (Events{"caller: accountChanged: account A1", name, "caller: removing: email:A1", reply,
+                    posted, posted, "io: store name:A1 email:A1", "io: store name:A1"}));
   EXPECT_EQ(eventsOfChange(nameOnly, nullptr),
             (Events{"caller: accountRemoved: account A1", "caller: removing: name:A1",
                     "caller: removing: email:A1", reply, posted, "io: store "}));
