@@ -1,10 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
 #include "platform/donations/CorvelProtocol.h"
-#include "platform/foundation/Date.h"
-#include "platform/foundation/Mutex.h"
 #include "platform/scheduling/ProcessTransaction.h"
 
 namespace quenlet {
@@ -19,7 +18,7 @@ namespace quenlet {
 //
 // Each begins with willReportAnalytics and ends with one didReportAnalytics. The date of the
 // attempt is written before anything is fetched, so that a failing one is not repeated all day.
-class MetricsAttempt final : public std::enable_shared_from_this<MetricsAttempt> {
+class MetricsAttempt final {
  public:
   static constexpr double intervalSeconds = 86400.0;
   // Where the user defaults keep the date of the last attempt that was not too soon.

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <list>
+#include <sstream>
+#include <string>
+#include <typeinfo>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "analytics/ValueMatching.h"
+
+namespace quenlet {
+
+// Sorts the values of one kind, curated and donated, by the cards that they are on. A donated value
+// that matches a curated one takes its place, in `common`; a value that matches one of its own side
+// or in `common` is dropped. Of several that match, the first listed counts.
+//
+// Which value goes where is as if each list were searched from its start; the search looks only at
+// the values that share the added one's key. One thread at a time.
+template <typename T>
+class AugmentationBucket final {
+ public:
+  using Values = std::list<T>;
+
+  AugmentationBucket() = default;
+  AugmentationBucket(const AugmentationBucket&) = delete;
+  AugmentationBucket& operator=(const AugmentationBucket&) = delete;
+
+  [[nodiscard]] const Values& uniqueToCurated() const { return lists[ofCurated]; }
+  [[nodiscard]] const Values& uniqueToDonated() const { return lists[ofDonated]; }
+  [[nodiscard]] const Values& common() const { return lists[ofBoth]; }
+
+  void addCurated(const T& value) { add(value, ofCurated, ofDonated); }
+  void addDonated(const T& value) { add(value, ofDonated, ofCurated); }
+
+  // Holds the values: for a debugger, not for a log.
+  [[nodiscard]] std::string description() const {
+    std::ostringstream text;
+    text << "<" << typeid(*this).name() << " " << this << ": common=" << listText(common())
+         << " uniqueToCurated=" << listText(uniqueToCurated())
+         << " uniqueToDonated=" << listText(uniqueToDonated());
+    return text.str();
+  }
+
+ private:
+  enum List : std::uint8_t { ofCurated, ofDonated, ofBoth };
+  struct Place final {
+    List list;
+    typename Values::iterator value;
+  };
+  // Of the values that share a key, in the order in which they were appended to their lists.
+  using Places = std::vector<Place>;
+
+  void add(const T& value, List own, List other) {
+    Places& places = placesByKey[matchingKey(value)];
+    if (find(places, value, ofBoth) != places.end()) return;
+    if (const auto match = find(places, value, other); match != places.end()) {
+      lists[other].erase(match->value);
+      places.erase(match);
+      append(places, value, ofBoth);
+    } else if (find(places, value, own) == places.end()) {
+      append(places, value, own);
+    }
+  }
+
+  static typename Places::iterator find(Places& places, const T& value, List list) {
+    return std::find_if(places.begin(), places.end(), [&](const Place& place) {
+      return place.list == list && candidatesMatch(value, *place.value);
+    });
+  }
+
+  void append(Places& places, const T& value, List list) {
+    lists[list].push_back(value);
+    places.push_back({list, std::prev(lists[list].end())});
+  }
+
+  static std::string listText(const Values& values) {
+    std::string text = "(";
+    for (const T& value : values) {
+      text.append(text.size() > 1 ? ", " : "").append(describedValue(value));
+    }
+    return text + ")";
+  }
+
+  Values lists[3];
+  std::unordered_map<std::string, Places> placesByKey;
+};
+
+}  // namespace quenlet

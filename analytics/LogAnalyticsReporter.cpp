@@ -1,0 +1,56 @@
+#include "analytics/LogAnalyticsReporter.h"
+
+#include <initializer_list>
+
+#include "analytics/DescriptionBuilder.h"
+#include "platform/PlatformServices.h"
+
+namespace quenlet {
+namespace {
+
+// Through the services that are current now: the reporter may outlive those that it was made under.
+void writeLines(std::initializer_list<std::string> lines) {
+  const auto log = PlatformServices::current().makeSystemLog("ovaro.quenlet", "analytics");
+  for (const std::string& line : lines) {
+    if (log->isDefaultLevelEnabled()) log->write(line);
+  }
+}
+
+std::string lineOfField(bool has, const std::string& field) {
+  return "The me card " + std::string(has ? "has " : "does not have ") + field;
+}
+
+// `kind` with the blanks that put the colons of all kinds under each other.
+std::string lineOfCounts(const std::string& kind, std::uint64_t matched, std::uint64_t unmatched) {
+  return "Number of donated " + kind + ": " + std::to_string(matched + unmatched) + " (" +
+         std::to_string(matched) + " matched, " + std::to_string(unmatched) + " unmatched)";
+}
+
+}  // namespace
+
+void LogAnalyticsReporter::reportNumberOfMeCards(std::uint64_t count) {
+  writeLines({"User has " + std::to_string(count) + " me cards"});
+}
+
+void LogAnalyticsReporter::reportHasNameComponents(bool hasNameComponents, bool hasEmailAddress,
+                                                   bool hasPhoneNumber, bool hasPostalAddress) {
+  writeLines({lineOfField(hasNameComponents, "name components"),
+              lineOfField(hasEmailAddress, "email addresses"),
+              lineOfField(hasPhoneNumber, "phone numbers"),
+              lineOfField(hasPostalAddress, "postal addresses")});
+}
+
+void LogAnalyticsReporter::reportAugmentationStatus(const AugmentationStatus& status) {
+  writeLines({lineOfCounts("email addresses ", status.matchedEmailAddressCount(),
+                           status.unmatchedEmailAddressCount()),
+              lineOfCounts("phone numbers   ", status.matchedPhoneNumberCount(),
+                           status.unmatchedPhoneNumberCount()),
+              lineOfCounts("postal addresses", status.matchedPostalAddressCount(),
+                           status.unmatchedPostalAddressCount())});
+}
+
+std::string LogAnalyticsReporter::description() const {
+  return DescriptionBuilder("LogAnalyticsReporter").build();
+}
+
+}  // namespace quenlet

@@ -1,0 +1,84 @@
+#include "analytics/MetricsAttempt.h"
+
+#include <optional>
+#include <utility>
+
+#include "analytics/AnalyticsReporting.h"
+#include "analytics/AugmentationClassifier.h"
+#include "analytics/MeCardClassifier.h"
+#include "analytics/MeCardReporter.h"
+#include "platform/PlatformServices.h"
+#include "platform/foundation/ProblemReporter.h"
+
+namespace quenlet {
+namespace {
+
+constexpr char transactionName[] = "ovaro.quenlet-agent.metrics";
+
+std::shared_ptr<AnalyticsLogger> analyticsLogger() {
+  return PlatformServices::current().defaultLoggerProvider()->analyticsLogger();
+}
+
+std::optional<Date> dateOfLastAttempt() {
+  const auto object =
+      PlatformServices::current().userDefaults()->objectForKey(MetricsAttempt::lastAttemptKey);
+  const Date* date = object ? object->date() : nullptr;
+  return date ? std::optional(*date) : std::nullopt;
+}
+
+void writeDateOfAttempt(Date now) {
+  // An attempt that cannot be noted is made all the same, and again at the next launch.
+  ProblemReporter(MetricsAttempt::lastAttemptKey)
+      .setProblem(PlatformServices::current().userDefaults()->setObject(
+          now, MetricsAttempt::lastAttemptKey));
+}
+
+ContactPtr fetchCuratedCard() {
+  const auto fetched =
+      PlatformServices::current().makeContactStore()->_crossPlatformUnifiedMeContactWithKeysToFetch(
+          MeCardClassifier::descriptors());
+  return fetched.isLeft() ? fetched.left() : nullptr;
+}
+
+}  // namespace
+
+void MetricsAttempt::runMetricsAttempt(const std::shared_ptr<CorvelProtocol>& agent) {
+  const auto logger = analyticsLogger();
+  logger->willReportAnalytics();
+  const std::optional<Date> last = dateOfLastAttempt();
+  const Date now = PlatformServices::current().now();
+  if (last && now.timeIntervalSince(*last) <= intervalSeconds) {
+    logger->withinReportingInterval(*last);
+    logger->didReportAnalytics();
+    return;
+  }
+  auto transaction = PlatformServices::current().makeProcessTransaction(transactionName);
+  writeDateOfAttempt(now);
+  ContactPtr curated = fetchCuratedCard();
+  const MeCardStatus status = MeCardClassifier().classifyMeCard(curated.get());
+  if (!status.fields()) {
+    logger->noMeCard();
+    logger->didReportAnalytics();
+    return;
+  }
+  MeCardReporter().report(*status.fields());
+  const std::shared_ptr<MetricsAttempt> attempt(
+      new MetricsAttempt(std::move(curated), std::move(transaction)));
+  agent->fetchDonatedMeCard(
+      [attempt](const ContactPtr& donated, const ErrorPtr&) { attempt->didFetch(donated); });
+}
+
+void MetricsAttempt::didFetch(const ContactPtr& donated) {
+  const auto logger = analyticsLogger();
+  if (donated) {
+    AugmentationClassifier classifier(curated, donated);
+    AnalyticsReporting::standardReporter()->reportAugmentationStatus(classifier.analyze());
+  } else {
+    logger->noDonatedMeCard();
+  }
+  logger->didReportAnalytics();
+  // Now, however long the agent keeps its handler.
+  transaction.reset();
+}
+
+}  // namespace quenlet
