@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "tools/commands/AccountWord.h"
 #include "tools/commands/CardWord.h"
 #include "tools/commands/DonateWord.h"
 #include "tools/commands/ListWord.h"
@@ -41,6 +42,7 @@ struct Words final {
   ListWord list;
   RemovalWords removal;
   RejectionWords rejection;
+  AccountWord account;
   StatusWord status;
   ChosenAction chosen;
 
@@ -50,6 +52,7 @@ struct Words final {
     list.addTo(app, chosen);
     removal.addTo(app, chosen);
     rejection.addTo(app, chosen);
+    account.addTo(app, chosen);
     PreferenceWords::addTo(app, chosen);
     status.addTo(app, chosen);
     WatchWord::addTo(app, chosen);

@@ -1,0 +1,46 @@
+#include "tools/commands/AccountCatchUp.h"
+
+#include <utility>
+
+#include "model/DonationOrigin.h"
+#include "platform/donations/PropertyListFile.h"
+#include "platform/files/DurableDirectory.h"
+#include "platform/files/LockFile.h"
+#include "platform/files/PosixFileOperations.h"
+
+namespace quenlet {
+namespace {
+
+constexpr char agentLockName[] = "agent.lock";
+constexpr char versionsFileName[] = "bundle_versions.plist";
+constexpr char versionsKey[] = "versions";
+
+bool forgetAccounts(PropertyListDictionary& entries) {
+  const PropertyListDictionary* known = findDictionary(entries, versionsKey);
+  if (!known || !known->contains(AccountsBundleIdentifier)) return false;
+  PropertyListDictionary versions = *known;
+  versions.erase(AccountsBundleIdentifier);
+  entries.insert_or_assign(versionsKey, std::move(versions));
+  return true;
+}
+
+}  // namespace
+
+AccountCatchUp::AccountCatchUp(std::filesystem::path donationsDirectory,
+                               std::shared_ptr<DataProxy> dataProxy)
+    : directory(std::move(donationsDirectory)), dataProxy(std::move(dataProxy)) {}
+
+ErrorPtr AccountCatchUp::schedule() const {
+  PosixFileOperations operations;
+  if (const int failure = DurableDirectory::ensure(operations, directory)) {
+    return makePosixError(failure, "create the directory of " + std::string(versionsFileName));
+  }
+  const auto lock = LockFile::tryLock(directory / agentLockName);
+  if (!lock.isLeft()) return lock.right();
+  const Future<bool> written =
+      PropertyListFile(directory / versionsFileName, dataProxy).update(&forgetAccounts);
+  const Result<bool>& outcome = written.result();
+  return outcome.isLeft() ? nullptr : outcome.right();
+}
+
+}  // namespace quenlet

@@ -1,0 +1,190 @@
+#include "tools/commands/AccountWord.h"
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <chrono>
+#include <thread>
+#include <tuple>
+
+#include "client/waitForReply.h"
+#include "platform/foundation/JSONWriter.h"
+#include "tools/commands/TerminalText.h"
+#include "tools/commands/TextTable.h"
+#include "tools/commands/UserAccounts.h"
+
+namespace quenlet {
+namespace {
+
+constexpr char defaultDataClass[] = "mail";
+// For as long as an agent may take to start or to end.
+constexpr int mostAttempts = 100;
+constexpr std::chrono::milliseconds pauseBetweenAttempts(100);
+
+constexpr char footer[] =
+    "Accounts lie in ~/Library/Accounts, a property list each. The agent donates the owner's name\n"
+    "and one e-mail address of each account in use. It is told of a change after the store is\n"
+    "written; without an agent, the next one reads all accounts when it starts.\n"
+    "\n"
+    "Example:\n"
+    "  quenlet account add --id work --username ann@example.org --property FullUserName='Ann "
+    "Berg'";
+
+using Operation = ExitCode (AccountWord::*)(Session&, UserAccounts&) const;
+
+ErrorPtr askAgent(Session& session, const AccountPtr& oldAccount, const AccountPtr& newAccount) {
+  const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
+    session.agent.changeFromAccount(oldAccount, newAccount, std::move(reply));
+  });
+  return error;
+}
+
+ExitCode finishWithout(const Session& session) {
+  session.err << "quenlet: no agent runs; the next one reads all accounts when it starts\n";
+  return ExitCode::done;
+}
+
+// Tells the agent, or sees to it that the next one catches up. An agent that holds its files but
+// does not answer is starting or ending: soon it does the one or not the other.
+ExitCode tellAgent(Session& session, const UserAccounts& accounts, const AccountPtr& oldAccount,
+                   const AccountPtr& newAccount) {
+  for (int attempt = 1;; ++attempt) {
+    const ErrorPtr error = askAgent(session, oldAccount, newAccount);
+    if (!error) return ExitCode::done;
+    const bool isRefusal = !isNoAgent(*error);
+    const ErrorPtr obstacle = isRefusal ? nullptr : accounts.catchUp().schedule();
+    if (!isRefusal && !obstacle) return finishWithout(session);
+    const bool agentRuns = obstacle && obstacle->code() == EWOULDBLOCK;
+    if (isRefusal || !agentRuns || attempt == mostAttempts) {
+      session.err << "quenlet: the account store is changed, but the agent does not follow\n";
+      return session.failWith(isRefusal || agentRuns ? error : obstacle);
+    }
+    std::this_thread::sleep_for(pauseBetweenAttempts);
+  }
+}
+
+// Writes the store, then has `oldAccount` followed by `account` at the agent.
+ExitCode saveAndTell(Session& session, UserAccounts& accounts, const AccountPtr& oldAccount,
+                     Account account) {
+  if (const ErrorPtr error = accounts.store().save(account)) return session.failWith(error);
+  session.out << (oldAccount ? "Changed" : "Added") << " account " << printable(account.identifier)
+              << ".\n";
+  return tellAgent(session, accounts, oldAccount,
+                   std::make_shared<const Account>(std::move(account)));
+}
+
+bool isUnknown(const Result<AccountPtr>& account) {
+  return !account.isLeft() && account.right()->domain() == AccountErrorDomain &&
+         account.right()->code() == static_cast<std::int64_t>(AccountErrorCode::unknownAccount);
+}
+
+std::string typeOf(const Account& account) {
+  return account.accountType ? account.accountType->identifier.value_or("") : "";
+}
+
+void writeJSON(std::ostream& out, const std::vector<AccountPtr>& accounts) {
+  JSONWriter json;
+  json.beginArray();
+  for (const AccountPtr& account : accounts) {
+    json.beginObject().key("identifier").value(account->identifier);
+    if (const std::string type = typeOf(*account); !type.empty()) json.key("type").value(type);
+    json.key("active").value(account->isActive);
+    if (account->username) json.key("username").value(*account->username);
+    json.endObject();
+  }
+  out << json.endArray().text() << "\n";
+}
+
+void writeTable(std::ostream& out, const std::vector<AccountPtr>& accounts) {
+  TextTable table({"IDENTIFIER", "TYPE", "ACTIVE", "USER NAME"});
+  for (const AccountPtr& account : accounts) {
+    table.addRow({account->identifier, typeOf(*account), account->isActive ? "yes" : "no",
+                  account->username.value_or("")});
+  }
+  table.write(out);
+}
+
+}  // namespace
+
+void AccountWord::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* word = app.add_subcommand("account", "Keep the accounts that the agent reads");
+  word->footer(footer);
+  word->require_subcommand(1);
+  const auto onWord = [this, &chosen](CLI::App* subword, Operation operation) {
+    subword->callback([this, &chosen, operation] {
+      chosen = [this, operation](Session& session) {
+        const auto accounts = UserAccounts::open();
+        if (!accounts.isLeft()) return session.failWith(accounts.right());
+        return (this->*operation)(session, *accounts.left());
+      };
+    });
+  };
+  CLI::App* adding = word->add_subcommand("add", "Add an account");
+  addition.addTo(*adding, AccountEdit::Options::ofNewAccount);
+  onWord(adding, &AccountWord::add);
+  CLI::App* changing = word->add_subcommand("change", "Alter what is given of an account");
+  alteration.addTo(*changing, AccountEdit::Options::ofPresentAccount);
+  onWord(changing, &AccountWord::change);
+  CLI::App* removing = word->add_subcommand("remove", "Remove an account");
+  removing->add_option("--id", removedIdentifier, "The account's identifier")
+      ->type_name("ID")
+      ->required();
+  onWord(removing, &AccountWord::remove);
+  CLI::App* listing = word->add_subcommand("list", "Show all accounts; asks no agent");
+  listing->add_flag("--json", asJSON, "As JSON, for programs");
+  onWord(listing, &AccountWord::list);
+}
+
+ExitCode AccountWord::add(Session& session, UserAccounts& accounts) const {
+  const auto lock = accounts.store().lock();
+  if (!lock.isLeft()) return session.failWith(lock.right());
+  const Result<AccountPtr> present = accounts.store().accountWithIdentifier(addition.identifier);
+  if (present.isLeft()) {
+    return session.failWith(
+        makeAccountError(AccountErrorCode::accountExists,
+                         "there is an account with this identifier; \"account change\" alters it"));
+  }
+  if (!isUnknown(present)) return session.failWith(present.right());
+  Account account{.identifier = addition.identifier, .isActive = true};
+  account.enabledDataclasses = {defaultDataClass};
+  if (const ErrorPtr error = addition.applyTo(account)) return session.failWith(error);
+  return saveAndTell(session, accounts, nullptr, std::move(account));
+}
+
+ExitCode AccountWord::change(Session& session, UserAccounts& accounts) const {
+  const auto lock = accounts.store().lock();
+  if (!lock.isLeft()) return session.failWith(lock.right());
+  const Result<AccountPtr> present = accounts.store().accountWithIdentifier(alteration.identifier);
+  if (!present.isLeft()) return session.failWith(present.right());
+  Account account = *present.left();
+  if (const ErrorPtr error = alteration.applyTo(account)) return session.failWith(error);
+  return saveAndTell(session, accounts, present.left(), std::move(account));
+}
+
+ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
+  const auto lock = accounts.store().lock();
+  if (!lock.isLeft()) return session.failWith(lock.right());
+  const Result<AccountPtr> present = accounts.store().accountWithIdentifier(removedIdentifier);
+  if (const ErrorPtr error = accounts.store().remove(removedIdentifier)) {
+    return session.failWith(error);
+  }
+  session.out << "Removed account " << printable(removedIdentifier) << ".\n";
+  // Of an account that cannot be read, its identifier is enough to take back what it donated.
+  const AccountPtr oldAccount =
+      present.isLeft() ? present.left()
+                       : std::make_shared<const Account>(Account{.identifier = removedIdentifier});
+  return tellAgent(session, accounts, oldAccount, nullptr);
+}
+
+ExitCode AccountWord::list(Session& session, UserAccounts& accounts) const {
+  const std::vector<AccountPtr> all = accounts.store().accounts();
+  if (asJSON) {
+    writeJSON(session.out, all);
+  } else if (all.empty()) {
+    session.out << "There are no accounts.\n";
+  } else {
+    writeTable(session.out, all);
+  }
+  return ExitCode::done;
+}
+
+}  // namespace quenlet

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/accounts/PropertyListAccountStore.h"
+#include "platform/foundation/Either.h"
+#include "tools/commands/AccountCatchUp.h"
+
+namespace quenlet {
+
+// The calling user's accounts, as the agent reads them. One thread.
+class UserAccounts final {
+ public:
+  // An error when the user has no home directory.
+  [[nodiscard]] static Result<std::unique_ptr<UserAccounts>> open();
+
+  [[nodiscard]] PropertyListAccountStore& store() { return *accountStore; }
+  // For changes that no agent heard of.
+  [[nodiscard]] const AccountCatchUp& catchUp() const { return agentCatchUp; }
+
+ private:
+  UserAccounts(const std::filesystem::path& library, const std::shared_ptr<DataProxy>& dataProxy);
+
+  const std::shared_ptr<PropertyListAccountStore> accountStore;
+  const AccountCatchUp agentCatchUp;
+};
+
+}  // namespace quenlet
