@@ -40,6 +40,9 @@ class LinuxPlatform final {
   [[nodiscard]] ErrorPtr claimDonations();
 
   [[nodiscard]] RunLoop& mainRunLoop() { return runLoop; }
+  // Ends the donor extensions that run, for a process that ends without this object's end. Once the
+  // run loop has returned.
+  void endExtensions() { extensionHost->shutDown(); }
 
  private:
   LinuxPlatform(const std::filesystem::path& homeDirectory,

@@ -23,6 +23,7 @@ int runAgent() {
   auto& process = *new quenlet::AgentProcess(platform.mainRunLoop());
   if (const quenlet::ErrorPtr error = process.start()) return complain(error->description());
   process.run();
+  platform.endExtensions();
   return EXIT_SUCCESS;
 }
 

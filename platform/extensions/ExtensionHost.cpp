@@ -75,7 +75,9 @@ ExtensionHost::ExtensionHost(std::vector<ManifestDirectory> manifestDirectories,
       supervisor(
           std::make_shared<ExtensionSupervisor>(eventLoop, std::move(loopScheduler), limits)) {}
 
-ExtensionHost::~ExtensionHost() { supervisor->shutDown(); }
+ExtensionHost::~ExtensionHost() { shutDown(); }
+
+void ExtensionHost::shutDown() { supervisor->shutDown(); }
 
 std::shared_ptr<DonorLoader> ExtensionHost::makeLoader(
     std::weak_ptr<CorvelProtocol> donationReceiver) const {

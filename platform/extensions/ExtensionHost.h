@@ -31,6 +31,9 @@ class ExtensionHost final {
   // Kills the programs and fails what is asked of them. On the loop's thread, or when the loop does
   // not run. Loaders and donors may outlive the host: they answer with an error from then on.
   ~ExtensionHost();
+  // The same without the end of the object, for a process that is not torn down: what is asked from
+  // then on fails, too.
+  void shutDown();
   ExtensionHost(const ExtensionHost&) = delete;
   ExtensionHost& operator=(const ExtensionHost&) = delete;
 
