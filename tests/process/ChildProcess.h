@@ -74,6 +74,9 @@ class ChildProcess final {
     return pid > 0 && !status;
   }
 
+  [[nodiscard]] std::filesystem::path processDirectory() const {
+    return std::filesystem::path("/proc") / std::to_string(pid);
+  }
   // What it has written so far.
   [[nodiscard]] std::string out() const { return readFile(outPath); }
   [[nodiscard]] std::string err() const { return readFile(errPath); }
