@@ -11,7 +11,9 @@
 // A name is first cut into words. The nickname is taken out, then the rest falls into parts at its
 // commas: a part of suffixes alone ("PhD") is set aside, the first other part after a comma makes
 // the name "Family, Given". What remains loses its prefixes at the front and its suffixes at the
-// back, always down to one word at least, so that "Major" or "Jr." alone stays a name.
+// back, always down to one word at least, so that "Major" or "Jr." alone stays a name. A name
+// without a comma then has its family name in front when it is written in a way that says so: in
+// Chinese, Japanese or Korean characters, or in capitals ("DUPONT Jean"); else at the end.
 namespace quenlet {
 namespace {
 
@@ -32,9 +34,11 @@ std::string plainForm(const std::string& word) {
 
 bool isPrefix(const std::string& word) {
   const std::string plain = plainForm(word);
-  if (isOneOf(plain, {"mr",   "mrs", "ms",      "miss",  "mx",     "dr",   "prof", "professor",
-                      "sir",  "rev", "herr",    "frau",  "mme",    "mlle", "sra",  "srta",
-                      "capt", "mag", "pfarrer", "señor", "señora", "dott", "doc",  "dipl-ing"})) {
+  if (isOneOf(plain, {"mr",   "mrs",      "ms",      "miss",  "mx",     "dr",   "prof", "professor",
+                      "sir",  "rev",      "herr",    "frau",  "mme",    "mlle", "sra",  "srta",
+                      "capt", "mag",      "pfarrer", "señor", "señora", "dott", "doc",  "dipl-ing",
+                      "dra",  "profa",    "dottssa", "sig",   "sigra",  "dhr",  "mevr", "shri",
+                      "smt",  "monsieur", "madame",  "rabbi", "dame",   "lord", "lady"})) {
     return true;
   }
   // Names as well unless shortened with a dot.
@@ -56,12 +60,51 @@ bool isSuffixAfterComma(const std::string& word) {
 }
 
 bool isParticle(const std::string& word) {
-  return isOneOf(word, {"van", "von", "der",   "den", "de",   "del", "della", "di",  "da",
-                        "du",  "la",  "le",    "las", "los",  "des", "dos",   "das", "do",
-                        "ter", "ten", "te",    "tot", "zu",   "zum", "zur",   "vom", "af",
-                        "av",  "bin", "binti", "ibn", "bint", "al",  "el",    "ben", "abu"}) ||
-         isOneOf(word, {"Van", "Von", "De", "Del", "Della", "Di", "Da", "Du", "Der", "Den", "Dos",
-                        "Ter", "Ten", "Al", "El", "Bin", "Ibn", "La", "St."});
+  return isOneOf(word, {"van", "von",  "der", "den", "de",  "del", "della", "di", "da",  "du",
+                        "la",  "le",   "las", "los", "des", "dos", "das",   "do", "ter", "ten",
+                        "te",  "tot",  "zu",  "zum", "zur", "vom", "af",    "av", "bin", "binti",
+                        "ibn", "bint", "al",  "el",  "ben", "abu", "und",   "'t", "’t",  "'s",
+                        "’s",  "in",   "op",  "aan", "uit", "auf", "aus",   "dem"}) ||
+         isOneOf(word, {"Van", "Von", "De",  "Del",      "Della",    "Di",   "Da",    "Du",
+                        "Der", "Den", "Dos", "Ter",      "Ten",      "Al",   "El",    "Bin",
+                        "Ibn", "La",  "Le",  "St.",      "Abu",      "Mac",  "Mc",    "Ó",
+                        "Ní",  "Nic", "Uí",  "Freiherr", "Freifrau", "Graf", "Gräfin"});
+}
+
+// Whether a predicate holds for all characters of a word in UTF-8.
+template <typename Predicate>
+bool allCharacters(std::string_view word, Predicate predicate) {
+  while (!word.empty()) {
+    const std::optional<char32_t> character = takeCharacter(word);
+    if (!character || !predicate(*character)) return false;
+  }
+  return true;
+}
+
+bool isKatakana(const std::string& word) {
+  return allCharacters(word, [](char32_t c) { return c >= 0x30A0 && c <= 0x30FF; });
+}
+
+// Chinese characters, kana and Hangul.
+bool isEastAsian(const std::string& word) {
+  return allCharacters(word, [](char32_t c) {
+    return c == U'々' || (c >= 0x3040 && c <= 0x30FF) || (c >= 0x3400 && c <= 0x9FFF) ||
+           (c >= 0xAC00 && c <= 0xD7AF) || (c >= 0xF900 && c <= 0xFAFF) ||
+           (c >= 0x20000 && c <= 0x3FFFF);
+  });
+}
+
+// Three letters at least, as fewer are initials.
+bool isInCapitals(const std::string& word) {
+  std::size_t letters = 0;
+  const bool onlyCapitals = allCharacters(word, [&letters](char32_t c) {
+    if (c == '-' || c == '\'' || c == U'’') return true;
+    std::string letter;
+    appendCharacter(letter, c);
+    ++letters;
+    return lowercased(letter) != letter;
+  });
+  return onlyCapitals && letters >= 3;
 }
 
 std::string joined(Words::const_iterator begin, Words::const_iterator end) {
@@ -111,6 +154,22 @@ std::optional<std::string> takeNickname(std::string& name) {
   return std::nullopt;
 }
 
+// Cuts what stands in brackets out of `name`: a nickname, unless there is one already or nothing of
+// the name stands behind it, else a remark ("Ann Lee (Sales)"). Answers whether there were
+// brackets.
+bool takeBracketed(std::string& name, std::optional<std::string>& nickname) {
+  const std::size_t begin = name.find('(');
+  const std::size_t end = begin == std::string::npos ? begin : name.find(')', begin);
+  if (end == std::string::npos) return false;
+  const std::string_view text = name;
+  const bool isInside =
+      !trimmed(text.substr(0, begin)).empty() && !trimmed(text.substr(end + 1)).empty();
+  std::string inside(trimmed(text.substr(begin + 1, end - begin - 1)));
+  if (isInside && !nickname) nickname = presentUnlessEmpty(std::move(inside));
+  name.replace(begin, end + 1 - begin, " ");
+  return true;
+}
+
 Words wordsOf(std::string_view text) {
   constexpr std::string_view blanks = " \t\r\n";
   Words words;
@@ -158,11 +217,26 @@ struct Parts final {
     given.erase(particles, given.end());
   }
 
+  // Cuts the family name off the front of the name, if it is to be seen that it stands there.
+  [[nodiscard]] bool splitLeadingFamily() {
+    if (given.size() < 2) return false;
+    auto end = given.begin();
+    if (std::all_of(given.begin(), given.end(), isEastAsian)) {
+      // Names from elsewhere, written by their sound, keep their order.
+      if (!std::all_of(given.begin(), given.end(), isKatakana)) ++end;
+    } else if (!isInCapitals(given.back())) {
+      end = std::find_if_not(given.begin(), given.end() - 1, isInCapitals);
+    }
+    family.assign(given.begin(), end);
+    given.erase(given.begin(), end);
+    return !family.empty();
+  }
+
   // Cuts the family name off the end of the name, with its particles and a "y" between two.
   void splitFamily() {
     if (given.size() == 1 && prefixes.empty()) return;
     std::size_t start = given.size() - 1;
-    if (start >= 3 && given[start - 1] == "y") start -= 2;
+    if (start >= 3 && isOneOf(given[start - 1], {"y", "i"})) start -= 2;
     while (start > 1 && isParticle(given[start - 1])) --start;
     family.assign(given.begin() + static_cast<std::ptrdiff_t>(start), given.end());
     given.resize(start);
@@ -189,11 +263,13 @@ PersonNameComponents NameComponentsTokenizer::componentsFromString(std::string_v
   }
   std::string name = " " + withPlainBlanks(fullName) + " ";
   components.nickname = takeNickname(name);
+  while (takeBracketed(name, components.nickname)) {
+  }
   Parts parts = partsOf(name);
   if (parts.given.empty()) return components;
   parts.setAsideHonorifics(parts.given);
   if (parts.family.empty()) {
-    parts.splitFamily();
+    if (!parts.splitLeadingFamily()) parts.splitFamily();
   } else {
     parts.setAsideHonorifics(parts.family);
     parts.moveTrailingParticles();

@@ -7,9 +7,10 @@
 namespace quenlet {
 
 // Takes a person's full name apart: "Dr. Anna Maria van der Berg, PhD". Stateless; any thread.
-// Knows honorific prefixes and suffixes, family-name particles, "Family, Given" and a nickname in
-// quotes. It reads the given name first and the family name last; a language that writes them the
-// other way round needs the comma.
+// Knows honorific prefixes and suffixes, family-name particles, "Family, Given", and a nickname in
+// quotes or in brackets. It reads the given name first and the family name last, but the other way
+// round in Chinese, Japanese and Korean characters with a blank between ("山田 太郎") and after a
+// family name in capitals ("DUPONT Jean"). Other languages that put it first need the comma.
 class NameComponentsTokenizer final {
  public:
   // The components that are there, each in the letter case of `fullName`; blanks between words

@@ -98,6 +98,19 @@ TEST(NameComponentsTokenizerTest, TakesFullNamesApart) {
       {"\u201EBob Lee\u201C Ray", "|Ray||||Bob Lee"},
       {"Robert 'Bob' O'Neil", "|Robert||O'Neil||Bob"},
       {"Ann O'Neil 'x", "|Ann|O'Neil|'x||"},
+      {"William (Bill) Gray (Sales)", "|William||Gray||Bill"},
+      {"Ann Lee (Sales)", "|Ann||Lee||"},
+      {"Antoni Gaud\u00ED i Cornet", "|Antoni||Gaud\u00ED i Cornet||"},
+      {"Se\u00E1n \u00D3 R\u00EDord\u00E1in", "|Se\u00E1n||\u00D3 R\u00EDord\u00E1in||"},
+      {"Karl Freiherr von und zu Stein", "|Karl||Freiherr von und zu Stein||"},
+      {"Jan van 't Hoff", "|Jan||van 't Hoff||"},
+      {"DUPONT-\u00C9LIE Jean Paul", "|Jean|Paul|DUPONT-\u00C9LIE||"},
+      {"JEAN DUPONT", "|JEAN||DUPONT||"},
+      {"JR Smith", "|JR||Smith||"},
+      {"\u5C71\u7530\u3000\u592A\u90CE", "|\u592A\u90CE||\u5C71\u7530||"},
+      {"\uAE40 \uBBFC\uC218", "|\uBBFC\uC218||\uAE40||"},
+      {"\u30A2\u30F3 \u30EA\u30FC", "|\u30A2\u30F3||\u30EA\u30FC||"},
+      {"\u738B\u5C0F\u660E", "|\u738B\u5C0F\u660E||||"},
   };
   for (const auto& [name, expected] : cases) {
     const Components parts = NameComponentsTokenizer::componentsFromString(name);
