@@ -6,7 +6,6 @@
 #include <list>
 #include <sstream>
 #include <string>
-#include <typeinfo>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -40,7 +39,7 @@ class AugmentationBucket final {
   // Holds the values: for a debugger, not for a log.
   [[nodiscard]] std::string description() const {
     std::ostringstream text;
-    text << "<" << typeid(*this).name() << " " << this << ": common=" << listText(common())
+    text << "<AugmentationClassifier.Bucket " << this << ": common=" << listText(common())
          << " uniqueToCurated=" << listText(uniqueToCurated())
          << " uniqueToDonated=" << listText(uniqueToDonated());
     return text.str();

@@ -14,8 +14,8 @@
 namespace quenlet {
 
 // An agent that notes the operations with their arguments and replies at once: with `error` when
-// there is one, else with success, `contact` and `value`. It keeps the handlers of donations to
-// itself when it holds replies. Thread-safe but for its settings.
+// there is one, else with success, `contact` and `value`. It keeps the handlers of donations and
+// of a fetch to itself when it holds replies. Thread-safe but for its settings.
 class RecordingAgent final : public CorvelProtocol {
  public:
   const DonationValuePtr value =
@@ -39,6 +39,9 @@ class RecordingAgent final : public CorvelProtocol {
     MutexLock lock(mutex);
     while (held.empty()) changed.wait(mutex);
   }
+
+  // Answers the fetch whose reply it has held, and keeps the handler, as an agent may.
+  void answerHeldFetch() { heldFetch(error ? nullptr : contact, error); }
 
   // Calls all ten operations of `way`, which leads to this agent, and tells `replied` of each reply
   // by the operation's place in the protocol.
@@ -91,7 +94,9 @@ class RecordingAgent final : public CorvelProtocol {
   }
   void fetchDonatedMeCard(ContactReply reply) override {
     note("fetch");
-    reply(error ? nullptr : contact, error);
+    if (!holdsReplies) return reply(error ? nullptr : contact, error);
+    MutexLock lock(mutex);
+    heldFetch = std::move(reply);
   }
   void synchronousDonatedMeCard(EitherContactReply reply) override {
     note("synchronous");
@@ -129,6 +134,7 @@ class RecordingAgent final : public CorvelProtocol {
   ConditionVariable changed;
   std::string calls GUARDED_BY(mutex);
   std::vector<ErrorReply> held GUARDED_BY(mutex);
+  ContactReply heldFetch;
 };
 
 }  // namespace quenlet
