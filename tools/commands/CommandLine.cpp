@@ -11,6 +11,7 @@
 #include "tools/commands/PreferenceWords.h"
 #include "tools/commands/RejectionWords.h"
 #include "tools/commands/RemovalWords.h"
+#include "tools/commands/StatsWord.h"
 #include "tools/commands/StatusWord.h"
 #include "tools/commands/TerminalText.h"
 #include "tools/commands/WatchWord.h"
@@ -44,6 +45,7 @@ struct Words final {
   RejectionWords rejection;
   AccountWord account;
   StatusWord status;
+  StatsWord stats;
   ChosenAction chosen;
 
   Words() {
@@ -55,6 +57,7 @@ struct Words final {
     account.addTo(app, chosen);
     PreferenceWords::addTo(app, chosen);
     status.addTo(app, chosen);
+    stats.addTo(app, chosen);
     WatchWord::addTo(app, chosen);
     app.require_subcommand(0, 1);
     app.footer(footer);

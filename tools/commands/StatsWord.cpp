@@ -1,0 +1,133 @@
+#include "tools/commands/StatsWord.h"
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdio>
+
+#include "platform/counters/CounterKeys.h"
+#include "platform/counters/PrometheusText.h"
+#include "platform/donations/PropertyListUserDefaults.h"
+#include "platform/files/PosixDataProxy.h"
+#include "platform/files/UserDirectories.h"
+#include "platform/foundation/JSONWriter.h"
+#include "tools/commands/TextTable.h"
+
+namespace quenlet {
+namespace {
+
+using Stats = StatsWord::Stats;
+
+Result<CounterValues> readCounters(const std::filesystem::path& file, DataProxy& dataProxy) {
+  const Future<std::string> reading = dataProxy.dataWithContentsOfURL(file);
+  const Result<std::string>& text = reading.result();
+  if (text.isLeft()) return PrometheusText::read(text.left());
+  if (text.right()->code() == ENOENT) return Result<CounterValues>::left({});
+  return Result<CounterValues>::right(text.right());
+}
+
+Result<Stats> readStats() {
+  const auto home = UserDirectories::homeDirectory();
+  if (!home.isLeft()) return Result<Stats>::right(home.right());
+  const auto dataProxy = std::make_shared<PosixDataProxy>();
+  auto counters = readCounters(home.left() / "Library/Logs/quenlet/counters.prom", *dataProxy);
+  if (!counters.isLeft()) return Result<Stats>::right(counters.right());
+  Stats stats{std::nullopt, std::move(counters).takeLeft()};
+  PropertyListUserDefaults defaults(home.left() / "Library/Preferences/ovaro.quenlet.plist",
+                                    dataProxy);
+  const auto lastAttempt = defaults.objectForKey("last-metrics-attempt");
+  if (lastAttempt && lastAttempt->date()) stats.lastAttempt = *lastAttempt->date();
+  return Result<Stats>::left(std::move(stats));
+}
+
+// Null when the key counts nothing of that kind.
+template <typename T>
+const T* find(const Stats& stats, const char* key) {
+  const auto found = stats.counters.find(key);
+  return found == stats.counters.end() ? nullptr : std::get_if<T>(&found->second);
+}
+
+void writeCard(std::ostream& out, const Stats& stats) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"a name", CounterKeys::hasName},
+      {"e-mail addresses", CounterKeys::hasEmailAddress},
+      {"phone numbers", CounterKeys::hasPhoneNumber},
+      {"postal addresses", CounterKeys::hasPostalAddress},
+  };
+  TextTable table;
+  for (const auto& [words, key] : rows) {
+    if (const auto* has = find<std::int64_t>(stats, key)) {
+      table.addRow({words, *has != 0 ? "yes" : "no"});
+    }
+  }
+  if (table.empty()) return;
+  out << "\nYour own card has\n";
+  table.write(out, "  ");
+}
+
+std::string average(const CounterDistribution& samples) {
+  char text[32];
+  const double count = static_cast<double>(samples.count);
+  std::snprintf(text, sizeof text, "%.1f", samples.count == 0 ? 0.0 : samples.sum / count);
+  return text;
+}
+
+void writeDonated(std::ostream& out, const Stats& stats) {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      {"e-mail addresses", CounterKeys::matchedEmailAddresses,
+       CounterKeys::unmatchedEmailAddresses},
+      {"phone numbers", CounterKeys::matchedPhoneNumbers, CounterKeys::unmatchedPhoneNumbers},
+      {"postal addresses", CounterKeys::matchedPostalAddresses,
+       CounterKeys::unmatchedPostalAddresses},
+  };
+  TextTable table({"", "ALSO ON YOUR CARD", "NEW", "REPORTS"});
+  for (const auto& [words, matchedKey, unmatchedKey] : rows) {
+    const auto* matched = find<CounterDistribution>(stats, matchedKey);
+    const auto* unmatched = find<CounterDistribution>(stats, unmatchedKey);
+    if (!matched || !unmatched) continue;
+    table.addRow({words, average(*matched), average(*unmatched), std::to_string(matched->count)});
+  }
+  if (table.empty()) return;
+  out << "\nDonated, on average of all reports\n";
+  table.write(out, "  ");
+}
+
+}  // namespace
+
+void StatsWord::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* word = app.add_subcommand("stats", "Show what the daily report counts; needs no agent");
+  word->add_flag("--json", asJSON, "As JSON, for programs");
+  word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
+}
+
+ExitCode StatsWord::run(Session& session) const {
+  const Result<Stats> stats = readStats();
+  if (!stats.isLeft()) return session.failWith(stats.right());
+  (asJSON ? writeJSON : writeText)(session.out, stats.left());
+  return ExitCode::done;
+}
+
+void StatsWord::writeText(std::ostream& out, const Stats& stats) {
+  out << "Last attempt  " << (stats.lastAttempt ? stats.lastAttempt->iso8601() : "never") << "\n";
+  writeCard(out, stats);
+  writeDonated(out, stats);
+}
+
+void StatsWord::writeJSON(std::ostream& out, const Stats& stats) {
+  JSONWriter json;
+  json.beginObject();
+  if (stats.lastAttempt) json.key("lastAttempt").value(stats.lastAttempt->iso8601());
+  json.key("counters").beginObject();
+  for (const auto& [key, value] : stats.counters) {
+    json.key(key);
+    if (const auto* samples = std::get_if<CounterDistribution>(&value)) {
+      json.beginObject();
+      json.key("count").value(static_cast<std::int64_t>(samples->count));
+      json.key("sum").value(samples->sum).endObject();
+    } else {
+      json.value(std::get<std::int64_t>(value));
+    }
+  }
+  out << json.endObject().endObject().text() << "\n";
+}
+
+}  // namespace quenlet
