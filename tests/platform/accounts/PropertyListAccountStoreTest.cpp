@@ -1,0 +1,129 @@
+#include "platform/accounts/PropertyListAccountStore.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "platform/files/PosixDataProxy.h"
+#include "platform/foundation/PropertyListSerializer.h"
+#include "tests/platform/files/FileTree.h"
+
+namespace quenlet {
+namespace {
+
+class PropertyListAccountStoreTest : public testing::Test {
+ protected:
+  // As the agent makes it: anew for each reading.
+  [[nodiscard]] std::shared_ptr<PropertyListAccountStore> store() const {
+    return std::make_shared<PropertyListAccountStore>(files / "Accounts", dataProxy, problems);
+  }
+  // A file of the store with the given elements in its dictionary.
+  void write(const std::string& name, const std::string& entries) const {
+    std::filesystem::create_directories(files / "Accounts");
+    files.write("Accounts/" + name, "<plist version='1.0'><dict>" + entries + "</dict></plist>");
+  }
+  static std::string identifier(const std::string& text) {
+    return "<key>identifier</key><string>" + text + "</string>";
+  }
+  // The identifiers in the store's order: "a b".
+  std::string identifiers() const {
+    std::string all;
+    for (const AccountPtr& account : store()->accounts()) {
+      all += (all.empty() ? "" : " ") + account->identifier;
+    }
+    return all;
+  }
+  // What one reading says on standard error.
+  std::string complaints() const {
+    testing::internal::CaptureStderr();
+    static_cast<void>(identifiers());
+    return testing::internal::GetCapturedStderr();
+  }
+  static std::int64_t codeOf(const ErrorPtr& error) { return error ? error->code() : 0; }
+
+  const FileTree files;
+  const std::shared_ptr<DataProxy> dataProxy = std::make_shared<PosixDataProxy>();
+  const std::shared_ptr<AccountFileProblems> problems = std::make_shared<AccountFileProblems>();
+};
+
+TEST_F(PropertyListAccountStoreTest, ServesSoundFilesByNameAndSaysOnceWhatIsWrongWithOthers) {
+  EXPECT_EQ(identifiers(), "") << "no directory";
+  write("b.plist", "<!-- by hand -->" + identifier("b") + "<key>note</key><real>1</real>");
+  write("a.plist", "<key>active</key><true/>" + identifier("a"));
+  write("B.plist", identifier("B"));
+  write(".hidden.plist", identifier(".hidden"));
+  write("a.plist~", identifier("a"));
+  EXPECT_EQ(identifiers(), "B a b");
+  EXPECT_EQ(complaints(), "");
+
+  write("c.plist", identifier("other"));
+  write("d.plist", identifier("d") + "<key>active</key><string>secret</string>");
+  write("e.plist", identifier("e") + "secret");
+  write("f.plist", identifier("f") + std::string(1 << 20, ' '));
+  write("g\nquenlet: .plist", identifier("g"));
+  ::mkfifo((files / "Accounts/h.plist").c_str(), 0600);
+  std::filesystem::create_directory(files / "Accounts/i.plist");
+  std::filesystem::create_symlink("j.plist", files / "Accounts/j.plist");
+  std::filesystem::create_symlink("nowhere", files / "Accounts/k.plist");
+  files.write("l", readFile(files / "Accounts/a.plist"));
+  std::filesystem::create_symlink("../l", files / "Accounts/l.plist");
+  write("m.plist", identifier("m"));
+  const std::string said = complaints();
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 10) << said;
+  EXPECT_EQ(said.find("secret"), said.npos) << said;
+  EXPECT_EQ(identifiers(), "B a b m");
+  EXPECT_EQ(complaints(), "");
+  write("c.plist", identifier("c"));
+  EXPECT_EQ(complaints(), "");
+  write("c.plist", identifier("other"));
+  EXPECT_NE(complaints(), "") << "once more, as it was whole meanwhile";
+}
+
+TEST_F(PropertyListAccountStoreTest, KeepsWhatIsSavedUntilItIsRemoved) {
+  Account account{.identifier = "\u00E9 1",
+                  .accountType = AccountType{"ovaro.account.jabber"},
+                  .username = "ann@example.org",
+                  .isActive = true,
+                  .enabledDataclasses = {"mail"},
+                  .properties = {{"principals", PropertyListDictionary{{"1", 2}}}}};
+  EXPECT_EQ(store()->save(account), nullptr);
+  const auto reader = store();
+  const AccountPtr read = reader->accountWithIdentifier(account.identifier).left();
+  EXPECT_EQ(*read, account);
+  EXPECT_EQ(read->accountStore.lock(), reader);
+
+  write("\u00E9 1.plist", identifier("\u00E9 1") + "<key>note</key><real>1</real>" +
+                              "<key>type</key><string>old</string>");
+  account.accountType.reset();
+  EXPECT_EQ(store()->save(account), nullptr);
+  EXPECT_EQ(*store()->accountWithIdentifier(account.identifier).left(), account);
+  EXPECT_NE(readFile(files / "Accounts/\u00E9 1.plist").find("<key>note</key>"), std::string::npos);
+  files.write("Accounts/\u00E9 1.plist", "damage");
+  EXPECT_EQ(store()->save(account), nullptr);
+  EXPECT_EQ(readFile(files / "Accounts/\u00E9 1.plist.damaged-1"), "damage");
+
+  EXPECT_EQ(store()->remove(account.identifier), nullptr);
+  EXPECT_EQ(identifiers(), "");
+  const auto unknown = static_cast<std::int64_t>(AccountErrorCode::unknownAccount);
+  EXPECT_EQ(codeOf(store()->remove(account.identifier)), unknown);
+  EXPECT_EQ(codeOf(store()->accountWithIdentifier(account.identifier).right()), unknown);
+  account.properties.emplace("big", std::string(1 << 20, 'x'));
+  EXPECT_EQ(codeOf(store()->save(account)), EFBIG) << "it could not be read again";
+  EXPECT_EQ(identifiers(), "");
+}
+
+TEST_F(PropertyListAccountStoreTest, TakesOnlyIdentifiersThatCanBeFileNames) {
+  files.write("victim.plist", "<plist version='1.0'><dict/></plist>");
+  for (const std::string bad :
+       {"", ".", "..", ".hidden", "../victim", "a/b", "a\nb", "\x7F", "\xFF"}) {
+    const std::int64_t unusable = static_cast<std::int64_t>(AccountErrorCode::unusableIdentifier);
+    EXPECT_EQ(codeOf(store()->save(Account{.identifier = bad})), unusable) << bad;
+    EXPECT_EQ(codeOf(store()->remove(bad)), unusable) << bad;
+    EXPECT_EQ(codeOf(store()->accountWithIdentifier(bad).right()), unusable) << bad;
+  }
+  EXPECT_NE(store()->save(Account{.identifier = std::string(201, 'a')}), nullptr);
+  EXPECT_EQ(store()->save(Account{.identifier = std::string(200, 'a')}), nullptr);
+  EXPECT_EQ(identifiers(), std::string(200, 'a'));
+}
+
+}  // namespace
+}  // namespace quenlet
