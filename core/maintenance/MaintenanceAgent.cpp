@@ -1,0 +1,9 @@
+#include "core/maintenance/MaintenanceAgent.h"
+
+namespace quenlet {
+
+Result<std::vector<std::string>> MaintenanceAgent::extensionIdentifiers() {
+  return Result<std::vector<std::string>>::left({"hello", "world"});
+}
+
+}  // namespace quenlet

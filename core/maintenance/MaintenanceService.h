@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+
+#include "core/maintenance/MaintenanceAgent.h"
+#include "platform/ipc/ServiceListener.h"
+#include "platform/logging/AgentLogger.h"
+
+namespace quenlet {
+
+// The named service for maintainers, apart from the agent's own. Every process of the user is
+// served; there is no gate. Nothing in the agent's program makes one: whoever wants it, does, and
+// serves from start() to the object's end. One thread at a time.
+class MaintenanceService final {
+ public:
+  // Accepts every connection and exports one agent on all of them. Defined in its own file.
+  class ListenerDelegate;
+
+  // Over a listener and a logger of the current platform services. Nothing is started.
+  MaintenanceService();
+  ~MaintenanceService();
+  MaintenanceService(const MaintenanceService&) = delete;
+  MaintenanceService& operator=(const MaintenanceService&) = delete;
+
+  // Opens the service; call it once. An error when the name is taken or cannot be opened.
+  [[nodiscard]] ErrorPtr start();
+
+  [[nodiscard]] const std::shared_ptr<ServiceListener>& listener() const { return serviceListener; }
+  [[nodiscard]] const std::shared_ptr<MaintenanceAgent>& agent() const { return exportedAgent; }
+  [[nodiscard]] const std::shared_ptr<AgentLogger>& logger() const { return agentLogger; }
+  // Null until start().
+  [[nodiscard]] const std::shared_ptr<ListenerDelegate>& listenerDelegate() const {
+    return delegate;
+  }
+  // Has it decide on all later connections.
+  void setListenerDelegate(std::shared_ptr<ListenerDelegate> newDelegate);
+
+  // The interface of DonationMaintenanceProtocol; clients send no objects.
+  [[nodiscard]] static ServiceInterface makeConfiguredInterface();
+
+ private:
+  const std::shared_ptr<ServiceListener> serviceListener;
+  std::shared_ptr<ListenerDelegate> delegate;
+  const std::shared_ptr<MaintenanceAgent> exportedAgent = std::make_shared<MaintenanceAgent>();
+  const std::shared_ptr<AgentLogger> agentLogger;
+};
+
+}  // namespace quenlet
