@@ -1,0 +1,106 @@
+#include "platform/extensions/ExtensionCatalog.h"
+
+#include "tests/platform/extensions/HostFixture.h"
+
+namespace quenlet {
+namespace {
+
+class ExtensionCatalogTest : public HostFixture {
+ protected:
+  // "<bundle>=<executable>" of all that is found, "!<code>" when something cannot be read.
+  std::string found() {
+    const ExtensionCatalog::Content content = catalog.read();
+    std::string all;
+    for (const ExtensionManifestPtr& manifest : content.manifests) {
+      all += manifest->bundleIdentifier + "=" + manifest->executable.native() + " ";
+    }
+    return content.unreadable ? all + nameOf(*content.unreadable) : all;
+  }
+  std::string reported() {
+    testing::internal::CaptureStderr();
+    static_cast<void>(found());
+    return testing::internal::GetCapturedStderr();
+  }
+
+  const ExtensionCatalog catalog{{{root, "system"}, {root, "home/Extensions"}}};
+};
+
+TEST_F(ExtensionCatalogTest, TakesTheFirstManifestOfEachBundleAndLeavesOutTheBad) {
+  EXPECT_EQ(found(), "");
+  write("home/Extensions/a.plist", manifest("org.own", "own"));
+  write("home/Extensions/b.plist", manifest("org.caf\u00e9", "late"));
+  write("system/b.plist", manifest("org.cafe\u0301", "/opt/cafe"));
+  write("system/a.plist", manifest("org.other", "", "other.point"));
+  write("system/notes.txt", manifest("org.text", "x"));
+  const std::string good =
+      "org.other= org.cafe\u0301=/opt/cafe org.own=" + (root / "home/Extensions/own").native() +
+      " ";
+  EXPECT_EQ(found(), good);
+
+  const std::pair<std::string, std::string> bad[] = {
+      {manifest("ovaro.quenlet.accounts", "x"), "its bundleIdentifier is the agent's own"},
+      {manifest("ovaro.quenlet.sim-card", "x", "other"), "its bundleIdentifier is the agent's own"},
+      {manifest("org\u001b[1m", "x"), ""},
+      {manifest("org\u0085x", "x"), "its bundleIdentifier is no plain text"},
+      {manifest(std::string(256, 'b'), "x"), "its bundleIdentifier is no plain text"},
+      {manifest("", "x"), "its bundleIdentifier is no plain text"},
+      {manifest("org.bad", "x", ""), "its extensionPoint is no plain text"},
+      {manifest("org.bad", "x", "p", ""), "its version is no plain text"},
+      {manifest("org.bad", ""), "its executable is no plain text"},
+      {"<plist version=\"1.0\"><array/></plist>", "its top level is not a dictionary"},
+      {"<plist version=\"1.0\"><dict>", ""},
+      {manifest("org.large", "x") + std::string(65536, ' '), "it is larger than 64 KiB"}};
+  for (const auto& [text, sentence] : bad) {
+    write("system/c.plist", text);
+    const std::string line = reported();
+    EXPECT_EQ(line.find("quenlet: " + (root / "system/c.plist").native() + ": " + sentence), 0U)
+        << line;
+    EXPECT_EQ(found(), good);
+    write("system/c.plist", manifest("org.own", "first"), 0666);
+    EXPECT_NE(reported(), "");
+    EXPECT_EQ(reported(), "") << "told twice";
+    EXPECT_EQ(found(), good);
+  }
+}
+
+TEST_F(ExtensionCatalogTest, TellsDirectoriesThatCannotBeReadFromThoseThatCannotBeTrusted) {
+  write("system/a.plist", manifest("org.system", "/x"));
+  write("home/Extensions/a.plist", manifest("org.own", "/x"));
+  std::filesystem::permissions(root / "home", std::filesystem::perms(0775));
+  EXPECT_NE(reported(), "");
+  EXPECT_EQ(found(), "org.system=/x ");
+  std::filesystem::permissions(root / "home", std::filesystem::perms(0755));
+  EXPECT_EQ(found(), "org.system=/x org.own=/x ");
+
+  std::filesystem::remove_all(root / "home/Extensions");
+  write("home/Extensions", "a file");
+  EXPECT_EQ(found(), "org.system=/x !7");
+  EXPECT_EQ(catalog.manifest("org.system").left()->executable, "/x");
+  EXPECT_EQ(nameOf(*catalog.manifest("org.own").right()), "!7");
+}
+
+TEST_F(ExtensionCatalogTest, BecomesTheObservablesDonorsAndItsEnd) {
+  write("system/a.plist", manifest("org.ours", "/x"));
+  write("system/b.plist", manifest("org.later", "/x", "ovaro.quenlet", "2.0"));
+  makeHost();
+  std::string heard;
+  const auto listen = [&] {
+    heard.clear();
+    static_cast<void>(host->currentExtensionsObservable(agent)->subscribe(
+        Observer<DonorObjectPtr>::observerWithResultBlock(
+            [&](const DonorObjectPtr& donor) { heard += donor->description() + "; "; },
+            [&] { heard += "complete"; },
+            [&](const ErrorPtr& error) { heard += nameOf(*error); })));
+    return heard;
+  };
+  const std::string both =
+      "donor extension org.ours; org.later for extension point ovaro.quenlet, version 2.0; ";
+  EXPECT_EQ(listen(), both + "complete");
+  EXPECT_EQ(load("org.later"), nullptr);
+  EXPECT_EQ(notes.size(), 0U) << "it is a donor, but no extension";
+  write("home/Extensions", "a file");
+  EXPECT_EQ(listen(), both + "!7");
+}
+
+}  // namespace
+}  // namespace quenlet
