@@ -94,7 +94,7 @@ INSTANTIATE_TEST_SUITE_P(
         Misbehaviour{"AnswersWithNothing", "answer(request(), b'\\0\\0')\nserve()", "nothing 7"},
         Misbehaviour{"GivesErrors",
                      "answer(request(), b'\\0' + error(b'e')); answer(request(), error(b'e'), 2)",
-                     "d 3 d 3"},
+                     "d:3 d:3"},
         Misbehaviour{"Ends", "", "!3 !3"},
         Misbehaviour{"EndsInTheHeader", "s.sendall(frame(1, request(), b'')[:5])", "!3 !3"},
         Misbehaviour{"EndsBeforeTheBody", "s.sendall(frame(1, request(), date(7))[:13])", "!3 !3"},
@@ -148,7 +148,7 @@ seen = [os.listdir('/proc/self/fd'), os.readlink('/proc/self/fd/1'), os.readlink
 answer(request(), b'\0' + error(repr(seen).encode()))
 )");
   renew(donor);
-  EXPECT_EQ(takeNotes(), "d 3");
+  EXPECT_EQ(takeNotes(), "d:3");
   // The fourth descriptor is that of the listing.
   EXPECT_EQ(lastError->debugDescription(),
             "[['0', '1', '2', '3'], '/dev/null', '/dev/null', '/', True, 0, 0]");
@@ -159,7 +159,7 @@ answer(request(), b'\0' + error(repr(seen).encode()))
 TEST_F(ExtensionHostTest, CutsTheTextsOfErrors) {
   const DonorPtr donor = loadScript("answer(request(), error('\\x1b\u00e9'.encode() * 9000), 2)");
   renew(donor);
-  EXPECT_EQ(takeNotes(), "d 3");
+  EXPECT_EQ(takeNotes(), "d:3");
   const std::string sentence = lastError->debugDescription();
   EXPECT_GT(sentence.size(), 1000U);
   EXPECT_LE(sentence.size() + 1, 1024U);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
 #include <iterator>
@@ -74,10 +75,10 @@ class HostFixture : public testing::Test {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
   }
 
-  // The code of an error of the host's own, else domain and code.
+  // The code of an error of the host's own, else "<domain>:<code>".
   static std::string nameOf(const Error& error) {
     const std::string code = std::to_string(error.code());
-    return error.domain() == ExtensionErrorDomain ? "!" + code : error.domain() + " " + code;
+    return error.domain() == ExtensionErrorDomain ? "!" + code : error.domain() + ":" + code;
   }
   // The extension, or null with the error noted.
   DonorPtr load(const std::string& bundle) {
