@@ -15,6 +15,7 @@
 #include "platform/ipc/WireEncoder.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/TestEnvironment.h"
 
 namespace quenlet {
 namespace {
@@ -45,7 +46,7 @@ class FixedReply final : public ExportedObject {
   const std::string bytes;
 };
 
-class CorvelProxyTest : public testing::Test {
+class CorvelProxyTest : public EnvironmentTest {
  protected:
   CorvelProxyTest() { ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1); }
 
