@@ -13,49 +13,31 @@
 namespace quenlet {
 namespace {
 
-class StatsWordTest : public testing::Test {
- protected:
-  StatsWordTest() { ::setenv("HOME", home.path().c_str(), 1); }
-
-  int run(const std::vector<std::string>& words) {
-    out.str("");
-    err.str("");
-    Session session{out, err, agent, Date(0)};
-    return static_cast<int>(CommandLine::run(words, session));
-  }
-  void write(const std::string& file, const std::string& content) const {
-    const auto path = home.path() / "Library" / file;
-    std::filesystem::create_directories(path.parent_path());
-    std::ofstream(path) << content;
-  }
-
-  TemporaryDirectory home;
+TEST(StatsWordTest, ReadsTheUsersFilesAndAsksNoAgent) {
+  const TemporaryDirectory home;
+  ::setenv("HOME", home.path().c_str(), 1);
+  std::filesystem::create_directories(home.path() / "Library/Preferences");
+  std::filesystem::create_directories(home.path() / "Library/Logs/quenlet");
   RecordingAgent agent;
-  std::ostringstream out;
-  std::ostringstream err;
-};
-
-TEST_F(StatsWordTest, ReadsTheUsersFilesAndAsksNoAgent) {
-  EXPECT_EQ(run({"stats"}), 0);
-  EXPECT_EQ(out.str(), "Last attempt  never\n");
-  EXPECT_EQ(run({"stats", "--json"}), 0);
-  EXPECT_EQ(out.str(), "{\"counters\":{}}\n");
-
-  write("Preferences/ovaro.quenlet.plist",
-        "<plist version=\"1.0\"><dict><key>last-metrics-attempt</key>"
-        "<date>2026-05-01T12:00:00Z</date></dict></plist>");
-  const std::string scalar = "# HELP new The counter new\n# TYPE new gauge\nnew -3\n";
-  write("Logs/quenlet/counters.prom", scalar);
-  EXPECT_EQ(run({"stats", "--json"}), 0);
-  EXPECT_EQ(out.str(), "{\"lastAttempt\":\"2026-05-01T12:00:00Z\",\"counters\":{\"new\":-3}}\n");
-
-  write("Logs/quenlet/counters.prom", scalar + "\x1B[2J");
-  EXPECT_EQ(run({"stats"}), 1);
+  std::ostringstream out, err;
+  Session session{out, err, agent, Date(0)};
+  EXPECT_EQ(CommandLine::run({"stats"}, session), ExitCode::done);
+  std::ofstream(home.path() / "Library/Preferences/ovaro.quenlet.plist")
+      << "<plist version=\"1.0\"><dict><key>last-metrics-attempt</key>"
+         "<date>2026-05-01T12:00:00Z</date></dict></plist>";
+  std::ofstream counters(home.path() / "Library/Logs/quenlet/counters.prom");
+  counters << "# HELP new The counter new\n# TYPE new gauge\nnew -3\n" << std::flush;
+  EXPECT_EQ(CommandLine::run({"stats", "--json"}, session), ExitCode::done);
+  EXPECT_EQ(out.str(),
+            "Last attempt  never\n"
+            "{\"lastAttempt\":\"2026-05-01T12:00:00Z\",\"counters\":{\"new\":-3}}\n");
+  counters << "\x1B[2J" << std::flush;
+  EXPECT_EQ(CommandLine::run({"stats"}, session), ExitCode::refused);
   EXPECT_THAT(err.str(), testing::StartsWith("quenlet: ovaro.quenlet.counter-error 4: "));
   EXPECT_EQ(agent.takeCalls(), "");
 }
 
-TEST_F(StatsWordTest, SaysInWordsWhatWasCounted) {
+TEST(StatsWordTest, SaysInWordsWhatWasCounted) {
   const StatsWord::Stats stats{Date(0),
                                {{CounterKeys::meCardCount, 1},
                                 {CounterKeys::hasName, 1},
@@ -63,6 +45,7 @@ TEST_F(StatsWordTest, SaysInWordsWhatWasCounted) {
                                 {CounterKeys::matchedPhoneNumbers, CounterDistribution{3, 5}},
                                 {CounterKeys::unmatchedPhoneNumbers, CounterDistribution{3, 0}},
                                 {CounterKeys::matchedEmailAddresses, CounterDistribution{1, 1}}}};
+  std::ostringstream out;
   StatsWord::writeText(out, stats);
   EXPECT_EQ(out.str(),
             "Last attempt  1970-01-01T00:00:00Z\n"
