@@ -3,7 +3,6 @@
 #include <signal.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include "tests/platform/extensions/HostFixture.h"
 
@@ -81,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
         Misbehaviour{"NeverReads", "time.sleep(60)", "!4 !4", 0.3},
         Misbehaviour{"NeverAnswers", "while True: request()", "!4 !4", 0.3},
         Misbehaviour{"AnswersLate", "i = request(); time.sleep(1); answer(i)", "!4 !4", 0.3},
-        Misbehaviour{"AnswersOnceOnly", "answer(request()); time.sleep(60)", "7 !4", 2},
+        Misbehaviour{"AnswersOnceOnly", "answer(request()); time.sleep(60)", "7 !4", 4},
         Misbehaviour{"AnswersTwice", "i = request(); answer(i); answer(i); time.sleep(60)", "7 !5"},
         Misbehaviour{"SpeaksRubbish", "s.sendall(b'x' * 100); time.sleep(60)", "!5 !5"},
         Misbehaviour{"AnnouncesTwoGigabytes",
@@ -187,7 +186,7 @@ while True:
 
 TEST_F(ExtensionHostTest, EndsARunThatTakesTooLong) {
   ExtensionLimits limits = quick;
-  limits.runSeconds = 2;
+  limits.runSeconds = 4;
   const DonorPtr donor = loadScript("while True: time.sleep(0.1); answer(request())", limits);
   for (int i = 0; i < 50; ++i) renew(donor);
   const std::string all = takeNotes();
@@ -200,33 +199,21 @@ TEST_F(ExtensionHostTest, LetsExtensionsWaitInLineForAsLongAsItTakes) {
   ExtensionLimits limits = quick;
   limits.programs = 2;
   limits.answerSeconds = 4;
-  const std::string log =
-      "log = os.open('" + (root / "log").native() + "', os.O_APPEND | os.O_CREAT | os.O_WRONLY)\n";
-  for (const std::string name : {"a", "b", "c", "d"}) {
-    installScript(name, log + "os.write(log, b'+" + name + "\\n')\ntry:\n    while True:\n" +
-                            "        i = request(); time.sleep(0.5); answer(i)\n" +
-                            "finally: os.write(log, b'-" + name + "\\n')");
+  for (const char* name : {"a", "b", "c", "d"}) {
+    installScript(name, "while True:\n    i = request(); time.sleep(0.5); answer(i)");
   }
   makeHost(limits);
   const std::vector<DonorPtr> donors = discover();
-  ASSERT_EQ(donors.size(), 4U);
   for (const DonorPtr& donor : donors) renew(donor);
   // The first two are at work for longer than an answer may take.
   for (int i = 0; i < 16; ++i) renew(donors[i % 2]);
-  const std::string all = takeNotes();
-  EXPECT_EQ(std::count(all.begin(), all.end(), '7'), 20) << all;
+  std::ptrdiff_t mostDescriptors = 0;
+  runUntil([&] {
+    mostDescriptors = std::max(mostDescriptors, countDescriptors() - descriptorsBefore);
+    return std::count(notes.begin(), notes.end(), "7") == 20;
+  });
+  EXPECT_EQ(mostDescriptors, 2 * 2);  // of each program
   expectNothingLeft();
-  std::istringstream events(readFile(root / "log"));
-  std::string started;
-  int running = 0;
-  for (std::string event; events >> event;) {
-    running += event.front() == '+' ? 1 : -1;
-    EXPECT_LE(running, 2);
-    if (event.front() == '+') started += event.substr(1);
-  }
-  std::sort(started.begin(), started.begin() + 2);  // two start together
-  std::sort(started.begin() + 2, started.end());
-  EXPECT_EQ(started, "abcd");
 }
 
 TEST_F(ExtensionHostTest, TellsOnceOfRedonationsThatBroughtNothing) {
