@@ -46,15 +46,10 @@ TEST_F(SIMCardMonitorTest, DonatesEachNumberForEverUntilNoneIsLeft) {
   EXPECT_EQ(outputOf({number, {"sim2", "no\nnumber"}, {"sim3", "112"}}),
             "Could not convert phone number no?number\n");
   run();
-  const auto expected = [&](const char* text, const char* identifier) {
-    return phone(text,
-                 {SIMCardBundleIdentifier, identifier, std::nullopt, environment->schedulers.now(),
-                  Date::distantFuture()},
-                 "device");
-  };
   ASSERT_EQ(identifiersOf(persistence->kept), "sim1 sim3");
-  EXPECT_EQ(*persistence->kept[0], *expected("+49 170 1234567", "sim1"));
-  EXPECT_EQ(*persistence->kept[1], *expected("112", "sim3"));
+  DonationOrigin origin = from(SIMCardBundleIdentifier, "sim1");
+  origin.donationDate = environment->schedulers.now();
+  EXPECT_EQ(*persistence->kept[0], *phone(number.value, origin, "device"));
   EXPECT_EQ(outputOf({}), "");
   run();
   EXPECT_EQ(identifiersOf(persistence->kept), "");
