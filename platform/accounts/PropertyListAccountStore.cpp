@@ -98,7 +98,7 @@ std::vector<AccountPtr> PropertyListAccountStore::accounts() {
 
 Result<AccountPtr> PropertyListAccountStore::accountWithIdentifier(const std::string& identifier) {
   if (ErrorPtr error = problemOfIdentifier(identifier)) return Result<AccountPtr>::right(error);
-  const Result<AccountPtr> account = accountOfFile(fileOf(identifier));
+  Result<AccountPtr> account = accountOfFile(fileOf(identifier));
   if (account.isLeft() || !isMissing(account.right())) return account;
   return Result<AccountPtr>::right(unknownAccount());
 }
@@ -177,9 +177,9 @@ Result<PropertyListDictionary> PropertyListAccountStore::entriesOf(const path& f
 }
 
 PropertyListDictionary PropertyListAccountStore::foreignEntriesOf(const path& file) const {
-  Result<PropertyListDictionary> reading = entriesOf(file);
+  const Result<PropertyListDictionary> reading = entriesOf(file);
   PropertyListDictionary entries;
-  if (reading.isLeft()) entries = std::move(reading).takeLeft();
+  if (reading.isLeft()) entries = reading.left();
   if (const auto account = Account::initWithPropertyListRepresentation(entries)) {
     for (const auto& known : account->propertyListRepresentation()) entries.erase(known.first);
     return entries;

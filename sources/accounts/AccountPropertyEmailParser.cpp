@@ -34,10 +34,10 @@ Address fromPrimaryEmail(const Account& account) {
   return *address;
 }
 
-template <const char* key>
+template <const char* Key>
 Address fromProperty(const Account& account) {
   if (isBlacklisted(account)) return std::nullopt;
-  const std::string* text = findString(account.properties, key);
+  const std::string* text = findString(account.properties, Key);
   if (!text) return std::nullopt;
   return AccountPropertyEmailParser::firstEmailAddressIn(*text);
 }
