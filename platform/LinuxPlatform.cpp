@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <system_error>
+#include <thread>
 
 #include "platform/accounts/PropertyListAccountStore.h"
 #include "platform/contacts/VCardContactStore.h"
@@ -84,7 +86,14 @@ ErrorPtr LinuxPlatform::claimDonations() {
   const std::filesystem::path directory = library / "Contacts" / "Donations";
   PosixFileOperations operations;
   if (DurableDirectory::ensure(operations, directory) != 0) return nullptr;
+  // Other programs hold it for the time of one small write.
+  constexpr int attempts = 10;
+  constexpr std::chrono::milliseconds pause(100);
   auto locked = LockFile::tryLock(directory / "agent.lock");
+  for (int i = 1; i < attempts && !locked.isLeft() && locked.right()->code() == EWOULDBLOCK; ++i) {
+    std::this_thread::sleep_for(pause);
+    locked = LockFile::tryLock(directory / "agent.lock");
+  }
   if (locked.isLeft()) {
     donationsLock = std::move(locked).takeLeft();
   } else if (locked.right()->code() == EWOULDBLOCK) {

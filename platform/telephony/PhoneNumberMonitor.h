@@ -21,8 +21,9 @@ class PhoneNumberMonitor {
   using InfoCompletion = std::function<void(std::optional<SIMCardItems> items, ErrorPtr error)>;
 
   virtual ~PhoneNumberMonitor() = default;
-  // Calls `handler` with what the cards hold now, if they hold anything, and after every change,
-  // until the token is cancelled. On the platform's main thread, never within this call.
+  // Calls `handler` with what the cards hold now, nothing included, so that numbers that went while
+  // nobody looked are noticed, and after every change, until the token is cancelled. On the
+  // platform's main thread, never within this call.
   [[nodiscard]] virtual std::shared_ptr<Cancelable> addInfoChangeHandler(
       InfoChangeHandler handler) = 0;
   // `infoWithCompletion:`. Calls `completion` once with what the cards hold now, perhaps within

@@ -1,6 +1,7 @@
 #include "platform/telephony/PropertyListPhoneNumberMonitor.h"
 
 #include <atomic>
+#include <optional>
 #include <utility>
 
 #include "platform/files/DirectoryWatch.h"
@@ -58,12 +59,13 @@ struct PropertyListPhoneNumberMonitor::Registration final {
     Result<SIMCardItems> items = cardFile->read();
     if (!items.isLeft() || items.left() == told) return;
     told = std::move(items).takeLeft();
-    handler(told);
+    handler(*told);
   }
 
   const std::shared_ptr<CardFile> cardFile;
   const InfoChangeHandler handler;
-  SIMCardItems told = {};
+  // Absent until the first reading: no numbers at all are news then, too.
+  std::optional<SIMCardItems> told = {};
   std::atomic<bool> isCancelled = false;
 };
 

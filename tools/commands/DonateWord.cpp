@@ -4,8 +4,8 @@
 #include <cmath>
 #include <tuple>
 
-#include "client/waitForReply.h"
 #include "client/CardFile.h"
+#include "client/waitForReply.h"
 #include "tools/commands/DonationPresenter.h"
 #include "tools/commands/TerminalText.h"
 
