@@ -1,6 +1,8 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -11,6 +13,7 @@
 #include "model/Value.h"
 #include "platform/contacts/LabeledValue.h"
 #include "platform/foundation/PropertyList.h"
+#include "platform/foundation/PropertyListWriter.h"
 
 namespace quenlet {
 
@@ -58,6 +61,9 @@ class DonationValue final : public std::enable_shared_from_this<DonationValue> {
   [[nodiscard]] static DonationValuePtr initWithPropertyListRepresentation(
       const PropertyListDictionary& entries);
   [[nodiscard]] PropertyListDictionary propertyListRepresentation() const;
+  // The text of that dictionary, made at the first call and kept, since every save writes it again;
+  // an error for a record with text that the form cannot hold. Thread-safe.
+  [[nodiscard]] const Result<PropertyListFragment>& propertyListText() const;
 
   [[nodiscard]] const DonationOrigin& origin() const { return *originRecord; }
   // The same content and origin, but for the expiration date.
@@ -89,6 +95,8 @@ class DonationValue final : public std::enable_shared_from_this<DonationValue> {
   std::shared_ptr<const DonationOrigin> originRecord;
   Content content;
   ComparisonKeys comparisonKeys;
+  mutable std::once_flag textIsMade;
+  mutable std::optional<Result<PropertyListFragment>> text;
 };
 
 }  // namespace quenlet

@@ -85,6 +85,15 @@ PropertyListDictionary DonationValue::propertyListRepresentation() const {
   return entries;
 }
 
+const Result<PropertyListFragment>& DonationValue::propertyListText() const {
+  std::call_once(textIsMade, [this] {
+    PropertyListWriter writer;
+    writer.value(propertyListRepresentation());
+    text.emplace(std::move(writer).takeFragment());
+  });
+  return *text;
+}
+
 DonationValuePtr DonationValue::initWithPropertyListRepresentation(
     const PropertyListDictionary& entries) {
   const PropertyListDictionary* originEntries = findDictionary(entries, originKey);

@@ -5,6 +5,7 @@
 #include "platform/donations/DonationError.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/PropertyListSerializer.h"
+#include "platform/foundation/PropertyListWriter.h"
 
 namespace quenlet {
 namespace {
@@ -112,6 +113,28 @@ Reading<ExtensionVersions> readVersions(const PropertyListDictionary& contents) 
   return reading;
 }
 
+// The text of the donations file, put together from those that the records keep.
+Result<std::string> textOf(const DonationValues& values) {
+  constexpr std::size_t enoughForFrame = 256;
+  std::size_t size = enoughForFrame;
+  for (const DonationValuePtr& value : values) {
+    const Result<PropertyListFragment>& text = value->propertyListText();
+    if (!text.isLeft()) return Result<std::string>::right(text.right());
+    size += text.left().text.size();
+  }
+  PropertyListWriter writer;
+  writer.reserve(size);
+  writer.beginDocument();
+  writer.beginDictionary();
+  writer.key(donationsKey);
+  writer.beginArray();
+  for (const DonationValuePtr& value : values) writer.fragment(value->propertyListText().left());
+  writer.endArray();
+  writer.endDictionary();
+  writer.endDocument();
+  return std::move(writer).takeText();
+}
+
 }  // namespace
 
 Future<DonationValues> DonationPersistence::loadDonations() {
@@ -129,14 +152,7 @@ Future<ExtensionVersions> DonationPersistence::loadExtensionVersions() {
 Future<bool> DonationPersistence::storeWithAllValues(const DonationValues& values) {
   const Result<std::filesystem::path> url = fileLocation(donationsFile);
   if (!url.isLeft()) return Future<bool>::futureWithError(url.right());
-  PropertyListArray records;
-  records.reserve(values.size());
-  for (const DonationValuePtr& value : values) {
-    records.emplace_back(value->propertyListRepresentation());
-  }
-  PropertyListDictionary contents;
-  contents.emplace(donationsKey, std::move(records));
-  return storeAsPlistWithUrl(url.left(), std::move(contents));
+  return storeText(url.left(), textOf(values));
 }
 
 Future<bool> DonationPersistence::storeWithExtensionVersions(const ExtensionVersions& versions) {
@@ -153,12 +169,16 @@ Future<bool> DonationPersistence::storeWithExtensionVersions(const ExtensionVers
 
 Future<bool> DonationPersistence::storeAsPlistWithUrl(const std::filesystem::path& url,
                                                       PropertyListDictionary value) {
-  Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(value));
-  if (!bytes.isLeft()) {
+  return storeText(url, PropertyListSerializer::dataWithObject(std::move(value)));
+}
+
+Future<bool> DonationPersistence::storeText(const std::filesystem::path& url,
+                                            Result<std::string> text) {
+  if (!text.isLeft()) {
     return Future<bool>::futureWithError(
         makeDonationError(DonationErrorCode::notSerializable, "a value cannot be serialised"));
   }
-  return dataProxy->writeData(std::move(bytes).takeLeft(), url, WritingOptions::atomic)
+  return dataProxy->writeData(std::move(text).takeLeft(), url, WritingOptions::atomic)
       .flatMap([self = *this](bool) {
         self.excludeFromBackups();
         return Future<bool>::futureWithResult(true);

@@ -41,6 +41,8 @@ class DonationPersistence final : public DonationPersistenceProtocol {
   void excludeFromBackups() const;
 
  private:
+  [[nodiscard]] Future<bool> storeText(const std::filesystem::path& url, Result<std::string> text);
+
   std::shared_ptr<DataProxy> dataProxy;
 };
 

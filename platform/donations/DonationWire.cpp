@@ -1,7 +1,6 @@
 #include "platform/donations/DonationWire.h"
 
 #include "platform/donations/DonationError.h"
-#include "platform/foundation/PropertyListSerializer.h"
 #include "platform/ipc/ServiceInterface.h"
 
 namespace quenlet {
@@ -11,10 +10,6 @@ namespace {
 constexpr std::size_t maximumValuesInRecord = 1000;
 
 using DecodedList = Result<DonationValues>;
-
-bool isSerializable(const DonationValue& value) {
-  return PropertyListSerializer::dataWithObject(value.propertyListRepresentation()).isLeft();
-}
 
 }  // namespace
 
@@ -52,7 +47,7 @@ DecodedList DonationWire::decode(WireReader& reader) {
           makeServiceError(ServiceErrorCode::invalidArguments,
                            "element " + std::to_string(i) + " is no valid donation"));
     }
-    if (!isSerializable(*value)) {
+    if (!value->propertyListText().isLeft()) {
       return DecodedList::right(
           makeDonationError(DonationErrorCode::notSerializable,
                             "element " + std::to_string(i) + " cannot be serialised"));

@@ -12,12 +12,7 @@ Result<std::string> PropertyListSerializer::dataWithObject(const PropertyList& o
   writer.beginDocument();
   writer.value(object);
   writer.endDocument();
-  Result<std::string> text = std::move(writer).takeText();
-  if (text.isLeft() && text.left().size() > maximumSizeInBytes) {
-    return Result<std::string>::right(makePropertyListError(
-        PropertyListErrorCode::tooLarge, "the property list is larger than what can be read"));
-  }
-  return text;
+  return std::move(writer).takeText();
 }
 
 Result<PropertyList> PropertyListSerializer::objectWithData(std::string_view data) {

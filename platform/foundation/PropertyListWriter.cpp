@@ -133,6 +133,9 @@ void PropertyListWriter::fragment(const PropertyListFragment& written) {
 }
 
 Result<std::string> PropertyListWriter::takeText() && {
+  if (output.size() > PropertyListSerializer::maximumSizeInBytes) {
+    fail(PropertyListErrorCode::tooLarge, "the property list is larger than what can be read");
+  }
   if (error) return Result<std::string>::right(error);
   return Result<std::string>::left(std::move(output));
 }
