@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "platform/accounts/Account.h"
+#include "platform/foundation/Either.h"
 
 namespace quenlet {
 
@@ -10,8 +11,9 @@ namespace quenlet {
 class AccountStore {
  public:
   virtual ~AccountStore() = default;
-  // All accounts, in the store's order. What cannot be read is left out.
-  [[nodiscard]] virtual std::vector<AccountPtr> accounts() = 0;
+  // All accounts, in the store's order. An account that cannot be read is left out; an error means
+  // that it is not known which accounts there are.
+  [[nodiscard]] virtual Result<std::vector<AccountPtr>> accounts() = 0;
 };
 
 }  // namespace quenlet

@@ -76,13 +76,14 @@ PropertyListAccountStore::PropertyListAccountStore(path directory,
       dataProxy(std::move(dataProxy)),
       problems(std::move(problems)) {}
 
-std::vector<AccountPtr> PropertyListAccountStore::accounts() {
+Result<std::vector<AccountPtr>> PropertyListAccountStore::accounts() {
+  using Accounts = Result<std::vector<AccountPtr>>;
   std::vector<AccountPtr> accounts;
   std::map<std::string, ErrorPtr> found;
   const Result<std::vector<path>> files = accountFilesIn(directory);
   if (!files.isLeft()) {
     problems->setProblems({{directory.filename().string(), files.right()}});
-    return accounts;
+    return Accounts::right(files.right());
   }
   for (const path& file : files.left()) {
     const Result<AccountPtr> account = accountOfFile(file);
@@ -93,7 +94,7 @@ std::vector<AccountPtr> PropertyListAccountStore::accounts() {
     }
   }
   problems->setProblems(found);
-  return accounts;
+  return Accounts::left(std::move(accounts));
 }
 
 Result<AccountPtr> PropertyListAccountStore::accountWithIdentifier(const std::string& identifier) {

@@ -46,8 +46,9 @@ class PropertyListAccountStore final
                            std::shared_ptr<AccountFileProblems> problems);
 
   // By file name, in byte order. A file that cannot be read or is damaged is left out and said on
-  // standard error; hidden files and those of other names are no accounts.
-  [[nodiscard]] std::vector<AccountPtr> accounts() override;
+  // standard error; hidden files and those of other names are no accounts. None in a directory that
+  // is missing; an error, said there too, for one that cannot be listed.
+  [[nodiscard]] Result<std::vector<AccountPtr>> accounts() override;
   // One account; unknownAccount when there is none, another error when its file cannot be read.
   [[nodiscard]] Result<AccountPtr> accountWithIdentifier(const std::string& identifier);
 

@@ -146,7 +146,12 @@ class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
 class FakeAccountStore final : public AccountStore {
  public:
   std::vector<AccountPtr> held;
-  std::vector<AccountPtr> accounts() override { return held; }
+  ErrorPtr error;
+
+  Result<std::vector<AccountPtr>> accounts() override {
+    using Accounts = Result<std::vector<AccountPtr>>;
+    return error ? Accounts::right(error) : Accounts::left(held);
+  }
 };
 
 class FakeDeviceInfo final : public DeviceInfo {

@@ -176,7 +176,9 @@ ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
 }
 
 ExitCode AccountWord::list(Session& session, UserAccounts& accounts) const {
-  const std::vector<AccountPtr> all = accounts.store().accounts();
+  const Result<std::vector<AccountPtr>> known = accounts.store().accounts();
+  if (!known.isLeft()) return session.failWith(known.right());
+  const std::vector<AccountPtr>& all = known.left();
   if (asJSON) {
     writeJSON(session.out, all);
   } else if (all.empty()) {

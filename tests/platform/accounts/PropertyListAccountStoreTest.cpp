@@ -27,7 +27,9 @@ class PropertyListAccountStoreTest : public testing::Test {
   // The identifiers in the store's order: "a b".
   std::string identifiers() const {
     std::string all;
-    for (const AccountPtr& account : store()->accounts()) {
+    const auto accounts = store()->accounts();
+    if (!accounts.isLeft()) return "error";
+    for (const AccountPtr& account : accounts.left()) {
       all += (all.empty() ? "" : " ") + account->identifier;
     }
     return all;
@@ -47,6 +49,9 @@ class PropertyListAccountStoreTest : public testing::Test {
 
 TEST_F(PropertyListAccountStoreTest, ServesSoundFilesByNameAndSaysOnceWhatIsWrongWithOthers) {
   EXPECT_EQ(identifiers(), "") << "no directory";
+  files.write("Accounts", "");
+  EXPECT_EQ(identifiers(), "error") << "no directory to list";
+  std::filesystem::remove(files / "Accounts");
   write("b.plist", "<!-- by hand -->" + identifier("b") + "<key>note</key><real>1</real>");
   write("a.plist", "<key>active</key><true/>" + identifier("a"));
   write("B.plist", identifier("B"));
