@@ -19,8 +19,8 @@ struct DonorExtensionSelector final {
 
 // The text of an error from an extension is cut to this before it comes to a log or a terminal.
 inline constexpr std::size_t maximumDonorErrorTextInBytes = 1024;
-// The same error with its domain and its sentence at most that long together, without control
-// characters, and without other user info. Null for null.
+// The same error with its domain and its sentence at most that long together, on one line,
+// and without other user info. Null for null.
 [[nodiscard]] ErrorPtr boundedDonorError(const ErrorPtr& error);
 
 }  // namespace quenlet

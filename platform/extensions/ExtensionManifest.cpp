@@ -25,7 +25,7 @@ bool isPlainText(std::string_view text, std::size_t maximumSize) {
   if (text.empty() || text.size() > maximumSize) return false;
   while (!text.empty()) {
     const std::optional<char32_t> character = takeCharacter(text);
-    if (!character || *character < 0x20 || (*character >= 0x7F && *character < 0xA0)) return false;
+    if (!character || isControlOrLineBreak(*character)) return false;
   }
   return true;
 }

@@ -1,11 +1,13 @@
 #include "platform/foundation/ProblemReporter.h"
 
 #include <cstdio>
-#include <utility>
+
+#include "platform/foundation/Text.h"
 
 namespace quenlet {
 
-ProblemReporter::ProblemReporter(std::string subjectOfLines) : subject(std::move(subjectOfLines)) {}
+ProblemReporter::ProblemReporter(std::string_view subjectOfLines)
+    : subject(onOneLine(subjectOfLines)) {}
 
 void ProblemReporter::setProblem(const ErrorPtr& problem) {
   {
@@ -14,7 +16,8 @@ void ProblemReporter::setProblem(const ErrorPtr& problem) {
     last = problem;
     if (!problem || isKnown) return;
   }
-  std::fprintf(stderr, "quenlet: %s: %s\n", subject.c_str(), problem->debugDescription().c_str());
+  std::fprintf(stderr, "quenlet: %s: %s\n", subject.c_str(),
+               onOneLine(problem->debugDescription()).c_str());
 }
 
 }  // namespace quenlet

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "platform/foundation/Error.h"
 #include "platform/foundation/Mutex.h"
@@ -8,11 +9,12 @@
 namespace quenlet {
 
 // Tells whoever reads the process's standard error what is wrong with one thing, a line when it
-// begins and not again while it lasts. Thread-safe.
+// begins and not again while it lasts. Control characters and line breaks in it become blanks.
+// Thread-safe.
 class ProblemReporter final {
  public:
   // `subject` begins each line: the name of a file, say.
-  explicit ProblemReporter(std::string subject);
+  explicit ProblemReporter(std::string_view subject);
 
   // The problem that there is now, null for none. Its sentence is written, so it must not hold
   // personal values.

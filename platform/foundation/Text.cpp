@@ -63,6 +63,20 @@ void appendCharacter(std::string& output, char32_t character) {
   output.append(reinterpret_cast<const char*>(bytes), length);
 }
 
+std::string onOneLine(std::string_view text, std::size_t maximumSizeInBytes) {
+  std::string line;
+  while (!text.empty()) {
+    const std::string_view before = text;
+    const std::optional<char32_t> character = takeCharacter(text);
+    const std::string_view taken = before.substr(0, before.size() - text.size());
+    const bool isPlain = character && !isControlOrLineBreak(*character);
+    const std::string_view written = isPlain ? taken : " ";
+    if (written.size() > maximumSizeInBytes - line.size()) break;
+    line += written;
+  }
+  return line;
+}
+
 std::string canonicalKey(std::string_view text) {
   if (isASCII(text) || !isUnicodeText(text)) return std::string(text);
   UErrorCode status = U_ZERO_ERROR;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,6 +20,18 @@ namespace quenlet {
 
 // Appends the UTF-8 form of `character`, a Unicode scalar value (no surrogate, at most U+10FFFF).
 void appendCharacter(std::string& output, char32_t character);
+
+// Whether a character can end a line or steer a terminal: a control character (C0, DEL, C1) or one
+// of Unicode's own line and paragraph separators.
+[[nodiscard]] constexpr bool isControlOrLineBreak(char32_t character) {
+  return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 ||
+         character == 0x2029;
+}
+
+// `text` for a line of output: a blank stands for each such character and each invalid piece. Of
+// more than `maximumSizeInBytes` only the first whole characters that fit.
+[[nodiscard]] std::string onOneLine(std::string_view text,
+                                    std::size_t maximumSizeInBytes = std::string::npos);
 
 // A text that two texts share exactly when they are canonically equivalent (they differ at most in
 // the composition of characters), so that equivalence becomes a comparison of bytes. Text that is

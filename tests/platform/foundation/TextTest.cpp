@@ -36,6 +36,11 @@ TEST(TextTest, LowercasesIndependentlyOfTheLocaleAndTrimsBlanks) {
   EXPECT_EQ(trimmed(" \n"), "");
 }
 
+TEST(TextTest, PutsTextOnOneLineOfABoundedSize) {
+  EXPECT_EQ(onOneLine("a\x1b\n\x7f\u0085\u2028\u2029\xFF\u00e9"), "a       \u00e9");
+  EXPECT_EQ(onOneLine("a\u00e9\u00e9", 4), "a\u00e9");
+}
+
 TEST(TextTest, TellsValidUTF8) {
   for (const std::string text :
        {"", "plain text of more than eight bytes", "12345678\u00e9", "\U0010FFFF"}) {
