@@ -39,10 +39,12 @@ std::optional<bool> PropertyListDonationPreferences::donationsEnabled() {
 }
 
 ErrorPtr PropertyListDonationPreferences::setDonationsEnabled(bool enabled) {
-  const Future<bool> written = file.update([enabled](PropertyListDictionary& entries) {
+  const auto change = [enabled](PropertyListDictionary& entries) {
     entries.insert_or_assign(donationsEnabledKey, enabled);
     return true;
-  });
+  };
+  // The owner's own word replaces whatever the file said.
+  const Future<bool> written = file.update(change, PropertyListFile::OnDamage::replaceFile);
   const Result<bool>& outcome = written.result();
   if (!outcome.isLeft()) return outcome.right();
   notificationCenter->post(DonationPreferencesDidChangeNotification);

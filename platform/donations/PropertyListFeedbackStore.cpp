@@ -151,12 +151,14 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
       }
     }
     const auto merged = std::make_shared<KeySetsPtr>();
-    const Future<bool> written = file.update([&](PropertyListDictionary& contacts) {
-      bool changed = false;
-      for (const Rejection& rejection : *batch) changed |= merge(rejection, contacts);
-      *merged = keySetsOfFile(contacts);
-      return changed;
-    });
+    const Future<bool> written = file.update(
+        [&](PropertyListDictionary& contacts) {
+          bool changed = false;
+          for (const Rejection& rejection : *batch) changed |= merge(rejection, contacts);
+          *merged = keySetsOfFile(contacts);
+          return changed;
+        },
+        PropertyListFile::OnDamage::replaceFile);
     written.onCompletion([self = shared_from_this(), batch, merged](const Result<bool>& outcome) {
       if (outcome.isLeft()) self->publish(*merged);
       for (const Rejection& rejection : *batch) {

@@ -53,16 +53,16 @@ Result<PropertyListDictionary> PropertyListFile::read() const {
   return Result<PropertyListDictionary>::left({});
 }
 
-Future<bool> PropertyListFile::update(const Change& change) const {
+Future<bool> PropertyListFile::update(const Change& change, OnDamage onDamage) const {
   const Result<std::shared_ptr<LockFile>> locking = lockBeside(filePath);
   if (!locking.isLeft()) return Future<bool>::futureWithError(locking.right());
   std::shared_ptr<LockFile> lock = locking.left();
 
   Result<PropertyListDictionary> current = read();
-  if (!current.isLeft() && !isDamage(current.right())) {
+  const bool damaged = !current.isLeft();
+  if (damaged && (onDamage == OnDamage::fail || !isDamage(current.right()))) {
     return Future<bool>::futureWithError(current.right());
   }
-  const bool damaged = !current.isLeft();
   PropertyListDictionary entries;
   if (!damaged) entries = std::move(current).takeLeft();
   if (!change(entries)) return Future<bool>::futureWithResult(true);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -20,6 +21,8 @@ class PropertyListFile final {
  public:
   // Edits the entries; answers whether they changed.
   using Change = std::function<bool(PropertyListDictionary& entries)>;
+  // What a change does to a file that is damaged.
+  enum class OnDamage : std::uint8_t { replaceFile, fail };
 
   PropertyListFile(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy);
 
@@ -29,11 +32,12 @@ class PropertyListFile final {
   // PropertyListErrorDomain when it is damaged.
   [[nodiscard]] Result<PropertyListDictionary> read() const;
 
-  // Reads, calls `change` on the calling thread, and writes when it answers true. A damaged file is
-  // kept aside and counts as empty; what cannot be read is not replaced, but fails the future.
+  // Reads, calls `change` on the calling thread, and writes when it answers true. A damaged file
+  // that is to be replaced is kept aside and counts as empty; else it fails the future as what
+  // cannot be read does, and stays.
   // Waits while somebody else's change is under way. The future succeeds once the bytes are durable
   // and the lock is free again, on the file layer's writer thread, or at once without a write.
-  [[nodiscard]] Future<bool> update(const Change& change) const;
+  [[nodiscard]] Future<bool> update(const Change& change, OnDamage onDamage) const;
 
   // Keeps a copy of the file beside it, for a change that has to drop what it does not understand.
   void keepDamagedFile() const;

@@ -16,10 +16,12 @@ std::optional<PropertyList> PropertyListUserDefaults::objectForKey(const std::st
 }
 
 ErrorPtr PropertyListUserDefaults::setObject(PropertyList object, const std::string& forKey) {
-  const Future<bool> written = file.update([&](PropertyListDictionary& entries) {
+  const auto change = [&](PropertyListDictionary& entries) {
     entries.insert_or_assign(forKey, std::move(object));
     return true;
-  });
+  };
+  // What cannot be read may hold a preference that must not be lost.
+  const Future<bool> written = file.update(change, PropertyListFile::OnDamage::fail);
   const Result<bool>& outcome = written.result();
   return outcome.isLeft() ? nullptr : outcome.right();
 }

@@ -9,8 +9,8 @@
 namespace quenlet {
 
 // User defaults in a property-list file, one entry a key. Thread-safe. Other keys in the file,
-// known or not, survive each write. setObject() waits for the file layer's writer thread: do not
-// call it there.
+// known or not, survive each write; a file that cannot be read, damaged ones among them, fails it
+// and stays as it is. setObject() waits for the file layer's writer thread: do not call it there.
 class PropertyListUserDefaults final : public UserDefaults {
  public:
   PropertyListUserDefaults(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy);

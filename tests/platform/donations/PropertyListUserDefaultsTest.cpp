@@ -28,5 +28,14 @@ TEST_F(PropertyListUserDefaultsTest, LosesNoKeyToAnotherWriter) {
   EXPECT_EQ(defaults.objectForKey("d"), std::nullopt);
 }
 
+// It shares the file with the owner's word on donations, of which nothing would be left.
+TEST_F(PropertyListUserDefaultsTest, LeavesADamagedFileAsItIs) {
+  writeBytes("<plist><dict><key>donations-enabled</key><false/>");
+  PropertyListUserDefaults defaults(file, dataProxy);
+  EXPECT_EQ(defaults.setObject(Date(1), "a")->domain(), PropertyListErrorDomain);
+  EXPECT_EQ(readFile(file), "<plist><dict><key>donations-enabled</key><false/>");
+  EXPECT_EQ(damagedCopies(), std::vector<std::string>());
+}
+
 }  // namespace
 }  // namespace quenlet
