@@ -18,7 +18,8 @@ bool isMissingFile(const ErrorPtr& error) {
 }
 
 // The first write finds no directory yet, but its lock file has to lie there.
-Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file) {
+Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file,
+                                             PropertyListFile::Patience patience) {
   PosixFileOperations operations;
   if (const int failure = DurableDirectory::ensure(operations, DurableDirectory::of(file))) {
     return Result<std::shared_ptr<LockFile>>::right(
@@ -26,7 +27,7 @@ Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file) 
   }
   std::filesystem::path lockPath = file;
   lockPath += ".lock";
-  return LockFile::lock(lockPath);
+  return patience ? LockFile::lock(lockPath, *patience) : LockFile::lock(lockPath);
 }
 
 Result<PropertyListDictionary> dictionaryOfBytes(const std::string& bytes) {
@@ -42,8 +43,9 @@ Result<PropertyListDictionary> dictionaryOfBytes(const std::string& bytes) {
 
 }  // namespace
 
-PropertyListFile::PropertyListFile(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy)
-    : filePath(std::move(path)), dataProxy(std::move(dataProxy)) {}
+PropertyListFile::PropertyListFile(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy,
+                                   Patience lockPatience)
+    : filePath(std::move(path)), dataProxy(std::move(dataProxy)), lockPatience(lockPatience) {}
 
 Result<PropertyListDictionary> PropertyListFile::read() const {
   const Future<std::string> reading = dataProxy->dataWithContentsOfURL(filePath);
@@ -54,7 +56,7 @@ Result<PropertyListDictionary> PropertyListFile::read() const {
 }
 
 Future<bool> PropertyListFile::update(const Change& change, OnDamage onDamage) const {
-  const Result<std::shared_ptr<LockFile>> locking = lockBeside(filePath);
+  const Result<std::shared_ptr<LockFile>> locking = lockBeside(filePath, lockPatience);
   if (!locking.isLeft()) return Future<bool>::futureWithError(locking.right());
   std::shared_ptr<LockFile> lock = locking.left();
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "platform/files/DataProxy.h"
 #include "platform/foundation/Either.h"
@@ -24,7 +26,11 @@ class PropertyListFile final {
   // What a change does to a file that is damaged.
   enum class OnDamage : std::uint8_t { replaceFile, fail };
 
-  PropertyListFile(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy);
+  // How long a change waits for somebody else's; nothing for as long as it takes.
+  using Patience = std::optional<std::chrono::milliseconds>;
+
+  PropertyListFile(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy,
+                   Patience lockPatience = std::nullopt);
 
   [[nodiscard]] const std::filesystem::path& path() const { return filePath; }
 
@@ -35,7 +41,8 @@ class PropertyListFile final {
   // Reads, calls `change` on the calling thread, and writes when it answers true. A damaged file
   // that is to be replaced is kept aside and counts as empty; else it fails the future as what
   // cannot be read does, and stays.
-  // Waits while somebody else's change is under way. The future succeeds once the bytes are durable
+  // Waits while somebody else's change is under way; an error with code EWOULDBLOCK when patience
+  // ends. The future succeeds once the bytes are durable
   // and the lock is free again, on the file layer's writer thread, or at once without a write.
   [[nodiscard]] Future<bool> update(const Change& change, OnDamage onDamage) const;
 
@@ -45,6 +52,7 @@ class PropertyListFile final {
  private:
   std::filesystem::path filePath;
   std::shared_ptr<DataProxy> dataProxy;
+  Patience lockPatience;
 };
 
 }  // namespace quenlet

@@ -5,8 +5,9 @@
 namespace quenlet {
 
 PropertyListUserDefaults::PropertyListUserDefaults(std::filesystem::path path,
-                                                   std::shared_ptr<DataProxy> dataProxy)
-    : file(std::move(path), std::move(dataProxy)) {}
+                                                   std::shared_ptr<DataProxy> dataProxy,
+                                                   std::chrono::milliseconds lockPatience)
+    : file(std::move(path), std::move(dataProxy), lockPatience) {}
 
 std::optional<PropertyList> PropertyListUserDefaults::objectForKey(const std::string& key) {
   const Result<PropertyListDictionary> entries = file.read();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 
@@ -11,9 +12,12 @@ namespace quenlet {
 // User defaults in a property-list file, one entry a key. Thread-safe. Other keys in the file,
 // known or not, survive each write; a file that cannot be read, damaged ones among them, fails it
 // and stays as it is. setObject() waits for the file layer's writer thread: do not call it there.
+// It waits for other programs at work on the file as well, but not for long.
 class PropertyListUserDefaults final : public UserDefaults {
  public:
-  PropertyListUserDefaults(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy);
+  // `lockPatience` is how long setObject() lets others have the file's lock.
+  PropertyListUserDefaults(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy,
+                           std::chrono::milliseconds lockPatience = std::chrono::seconds(2));
 
   [[nodiscard]] std::optional<PropertyList> objectForKey(const std::string& key) override;
   [[nodiscard]] ErrorPtr setObject(PropertyList object, const std::string& forKey) override;

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace quenlet {
@@ -25,6 +26,19 @@ Result<std::shared_ptr<LockFile>> LockFile::tryLock(const std::filesystem::path&
 
 Result<std::shared_ptr<LockFile>> LockFile::lock(const std::filesystem::path& file) {
   return open(file, LOCK_EX);
+}
+
+Result<std::shared_ptr<LockFile>> LockFile::lock(const std::filesystem::path& file,
+                                                 std::chrono::milliseconds patience) {
+  constexpr std::chrono::milliseconds pause(10);
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  auto locked = tryLock(file);
+  while (!locked.isLeft() && locked.right()->code() == EWOULDBLOCK &&
+         std::chrono::steady_clock::now() < deadline) {
+    std::this_thread::sleep_for(pause);
+    locked = tryLock(file);
+  }
+  return locked;
 }
 
 Result<std::shared_ptr<LockFile>> LockFile::open(const std::filesystem::path& file, int operation) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 
@@ -19,6 +20,9 @@ class LockFile final {
   [[nodiscard]] static Result<std::shared_ptr<LockFile>> tryLock(const std::filesystem::path& file);
   // Waits for the current holder.
   [[nodiscard]] static Result<std::shared_ptr<LockFile>> lock(const std::filesystem::path& file);
+  // Waits no longer than `patience`, and then fails as tryLock() does.
+  [[nodiscard]] static Result<std::shared_ptr<LockFile>> lock(const std::filesystem::path& file,
+                                                              std::chrono::milliseconds patience);
 
   LockFile(const LockFile&) = delete;
   LockFile& operator=(const LockFile&) = delete;

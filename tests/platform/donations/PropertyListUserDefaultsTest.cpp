@@ -2,6 +2,7 @@
 
 #include <thread>
 
+#include "platform/files/LockFile.h"
 #include "tests/platform/donations/FileFixture.h"
 
 namespace quenlet {
@@ -15,7 +16,8 @@ TEST_F(PropertyListUserDefaultsTest, LosesNoKeyToAnotherWriter) {
   std::vector<std::thread> writers;
   for (const std::string writer : {"a", "b", "c"}) {
     writers.emplace_back([this, writer] {
-      PropertyListUserDefaults own(file, std::make_shared<PosixDataProxy>());
+      PropertyListUserDefaults own(file, std::make_shared<PosixDataProxy>(),
+                                   std::chrono::minutes(5));
       for (int key = 0; key < keys; ++key) {
         EXPECT_EQ(own.setObject(Date(key), writer + std::to_string(key)), nullptr);
       }
@@ -29,12 +31,14 @@ TEST_F(PropertyListUserDefaultsTest, LosesNoKeyToAnotherWriter) {
 }
 
 // It shares the file with the owner's word on donations, of which nothing would be left.
-TEST_F(PropertyListUserDefaultsTest, LeavesADamagedFileAsItIs) {
+TEST_F(PropertyListUserDefaultsTest, LeavesAFileThatIsDamagedOrAtWorkAsItIs) {
   writeBytes("<plist><dict><key>donations-enabled</key><false/>");
-  PropertyListUserDefaults defaults(file, dataProxy);
+  PropertyListUserDefaults defaults(file, dataProxy, std::chrono::milliseconds(0));
   EXPECT_EQ(defaults.setObject(Date(1), "a")->domain(), PropertyListErrorDomain);
   EXPECT_EQ(readFile(file), "<plist><dict><key>donations-enabled</key><false/>");
   EXPECT_EQ(damagedCopies(), std::vector<std::string>());
+  const auto lock = LockFile::tryLock(file.string() + ".lock").left();
+  EXPECT_EQ(defaults.setObject(Date(1), "a")->code(), EWOULDBLOCK);
 }
 
 }  // namespace
