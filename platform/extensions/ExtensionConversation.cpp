@@ -11,6 +11,7 @@
 #include "platform/extensions/DonorExtensionInterface.h"
 #include "platform/extensions/ExtensionError.h"
 #include "platform/ipc/ErrorWire.h"
+#include "platform/ipc/ServiceInterface.h"
 #include "platform/ipc/ServiceLimits.h"
 
 namespace quenlet {
@@ -34,16 +35,36 @@ ErrorPtr readFailure(std::string_view body) {
   return boundedDonorError(ErrorWire::decode(values));
 }
 
+void deliver(ExtensionRequest& request, FrameKind kind, std::string_view body) {
+  static const ServiceInterface interface = makeDonorExtensionInterface();
+  if (kind == FrameKind::failure) {
+    request.fail(readFailure(body));
+  } else if (const ErrorPtr error = validateWireValues(
+                 body, *interface.parameters(request.operation(), OfReply::yes))) {
+    request.fail(badAnswer(error->debugDescription()));
+  } else {
+    request.complete(Result<std::string>::left(std::string(body)));
+  }
+}
+
+// Whether reading the answer may hold its thread up. All of the re-donations are among them, which
+// keeps their order.
+bool isLong(const std::string& operation, std::string_view body) {
+  constexpr std::size_t shortAnswerInBytes = std::size_t{16} << 10;
+  return operation == DonorExtensionSelector::redonate || body.size() > shortAnswerInBytes;
+}
+
 }  // namespace
 
-ExtensionConversation::ExtensionConversation(EventLoop& eventLoop, FileDescriptor connectedSocket,
+ExtensionConversation::ExtensionConversation(const ExtensionSchedulers& schedulers,
+                                             FileDescriptor connectedSocket,
                                              std::size_t unansweredRequests, Events eventHandlers)
     : window(unansweredRequests),
       handlers(std::move(eventHandlers)),
-      interface(makeDonorExtensionInterface()),
+      background(schedulers.background),
       socket(std::move(connectedSocket)),
-      watch(eventLoop.watch(socket.get(), EPOLLIN,
-                            [this](std::uint32_t events) { onReady(events); })),
+      watch(schedulers.loop.watch(socket.get(), EPOLLIN,
+                                  [this](std::uint32_t events) { onReady(events); })),
       reader(maximumMessageSize) {}
 
 ExtensionConversation::~ExtensionConversation() { watch->cancel(); }
@@ -64,10 +85,12 @@ void ExtensionConversation::close(const ErrorPtr& reason) {
   watch->cancel();
   socket.reset();
   output.clear();
-  const auto unanswered = std::exchange(asked, {});
-  const auto unsent = std::exchange(waiting, {});
-  for (const auto& [identifier, request] : unanswered) request->fail(reason);
-  for (const ExtensionRequestPtr& request : unsent) request->fail(reason);
+  std::vector<ExtensionRequestPtr> unanswered;
+  for (auto& [identifier, request] : std::exchange(asked, {})) unanswered.push_back(request);
+  for (ExtensionRequestPtr& request : std::exchange(waiting, {})) {
+    unanswered.push_back(std::move(request));
+  }
+  ExtensionRequest::failAll(std::move(unanswered), reason, *background);
 }
 
 void ExtensionConversation::onReady(std::uint32_t events) {
@@ -105,16 +128,14 @@ ErrorPtr ExtensionConversation::takeAnswer(const FrameReader::Frame& frame) {
   if (frame.kind == FrameKind::request || found == asked.end()) {
     return badAnswer("nobody asked for it");
   }
-  const ExtensionRequestPtr request = std::move(found->second);
+  ExtensionRequestPtr request = std::move(found->second);
   asked.erase(found);
   hasAnswered = true;
-  if (frame.kind == FrameKind::failure) {
-    request->fail(readFailure(frame.body));
-  } else if (const ErrorPtr error = validateWireValues(
-                 frame.body, *interface.parameters(request->operation(), OfReply::yes))) {
-    request->fail(badAnswer(error->debugDescription()));
+  if (isLong(request->operation(), frame.body)) {
+    background->performBlock([request = std::move(request), kind = frame.kind,
+                              body = std::string(frame.body)] { deliver(*request, kind, body); });
   } else {
-    request->complete(Result<std::string>::left(std::string(frame.body)));
+    deliver(*request, frame.kind, frame.body);
   }
   return nullptr;
 }

@@ -8,9 +8,9 @@
 #include <memory>
 
 #include "platform/extensions/ExtensionRequest.h"
+#include "platform/extensions/ExtensionSchedulers.h"
 #include "platform/ipc/FrameReader.h"
 #include "platform/ipc/OutputQueue.h"
-#include "platform/ipc/ServiceInterface.h"
 #include "platform/scheduling/EventLoop.h"
 #include "platform/scheduling/FileDescriptor.h"
 
@@ -19,7 +19,8 @@ namespace quenlet {
 // The agent's side of the socket of a donor extension: sends requests in order, a bounded number
 // ahead of the answers, and never waits. An answer with wrong values fails its own request; what
 // nobody asked for, and a header that makes no sense, break the conversation. Knows no time limit.
-// On the loop's thread only; requests complete from there.
+// On the loop's thread only. Requests complete from there; re-donations, long answers and failures
+// of what was not answered in the background.
 class ExtensionConversation final {
  public:
   struct Events final {
@@ -29,7 +30,7 @@ class ExtensionConversation final {
     std::function<void(ErrorPtr)> broken;
   };
 
-  ExtensionConversation(EventLoop& eventLoop, FileDescriptor connectedSocket,
+  ExtensionConversation(const ExtensionSchedulers& schedulers, FileDescriptor connectedSocket,
                         std::size_t unansweredRequests, Events eventHandlers);
   ~ExtensionConversation();
   ExtensionConversation(const ExtensionConversation&) = delete;
@@ -55,7 +56,7 @@ class ExtensionConversation final {
 
   const std::size_t window;
   const Events handlers;
-  const ServiceInterface interface;
+  const std::shared_ptr<Scheduler> background;
   FileDescriptor socket;
   std::shared_ptr<EventLoop::Watch> watch;
   FrameReader reader;

@@ -69,11 +69,9 @@ class InstalledDonors final : public Observable<DonorObjectPtr> {
 }  // namespace
 
 ExtensionHost::ExtensionHost(std::vector<ManifestDirectory> manifestDirectories,
-                             EventLoop& eventLoop, std::shared_ptr<Scheduler> loopScheduler,
-                             ExtensionLimits limits)
+                             ExtensionSchedulers schedulers, ExtensionLimits limits)
     : catalog(std::make_shared<ExtensionCatalog>(std::move(manifestDirectories))),
-      supervisor(
-          std::make_shared<ExtensionSupervisor>(eventLoop, std::move(loopScheduler), limits)) {}
+      supervisor(std::make_shared<ExtensionSupervisor>(std::move(schedulers), limits)) {}
 
 ExtensionHost::~ExtensionHost() { shutDown(); }
 

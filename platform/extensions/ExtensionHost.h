@@ -6,10 +6,9 @@
 #include "platform/donations/CorvelProtocol.h"
 #include "platform/extensions/DonorLoader.h"
 #include "platform/extensions/ExtensionLimits.h"
+#include "platform/extensions/ExtensionSchedulers.h"
 #include "platform/extensions/ManifestDirectory.h"
 #include "platform/foundation/Observable.h"
-#include "platform/scheduling/EventLoop.h"
-#include "platform/scheduling/Scheduler.h"
 
 namespace quenlet {
 
@@ -17,17 +16,17 @@ class ExtensionCatalog;
 class ExtensionSupervisor;
 
 // The donor extensions that are installed, and the programs behind them, which run while something
-// is asked of them. Programs are spoken to on the event loop's thread; handlers and donations come
-// from there. Whatever a program does, each request ends in one call of its handler and the program
-// is ended and reaped. Thread-safe but for construction and destruction.
+// is asked of them. Programs are spoken to on the event loop's thread; handlers are called there,
+// or in the background when there is much to read or to tell, and donations come from there.
+// Whatever a program does, each request ends in one call of its handler and the program is ended
+// and reaped. Thread-safe but for construction and destruction.
 //
 // Manifests are read anew at each use, on the calling thread. Of several for one bundle identifier
 // the first counts, by the order of the directories and then by file name.
 class ExtensionHost final {
  public:
-  // `loopScheduler` runs its blocks on the thread of `eventLoop`.
-  ExtensionHost(std::vector<ManifestDirectory> manifestDirectories, EventLoop& eventLoop,
-                std::shared_ptr<Scheduler> loopScheduler, ExtensionLimits limits = {});
+  ExtensionHost(std::vector<ManifestDirectory> manifestDirectories, ExtensionSchedulers schedulers,
+                ExtensionLimits limits = {});
   // Kills the programs and fails what is asked of them. On the loop's thread, or when the loop does
   // not run. Loaders and donors may outlive the host: they answer with an error from then on.
   ~ExtensionHost();

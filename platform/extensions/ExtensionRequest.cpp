@@ -34,4 +34,12 @@ void ExtensionRequest::fail(ErrorPtr error) {
   complete(Result<std::string>::right(std::move(error)));
 }
 
+void ExtensionRequest::failAll(std::vector<std::shared_ptr<ExtensionRequest>> requests,
+                               ErrorPtr error, Scheduler& scheduler) {
+  if (requests.empty()) return;
+  scheduler.performBlock([requests = std::move(requests), error = std::move(error)] {
+    for (const auto& request : requests) request->fail(error);
+  });
+}
+
 }  // namespace quenlet

@@ -3,9 +3,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/foundation/Either.h"
 #include "platform/ipc/WireEncoder.h"
+#include "platform/scheduling/Scheduler.h"
 
 namespace quenlet {
 
@@ -32,6 +34,9 @@ class ExtensionRequest final {
   // The first call counts.
   void complete(Result<std::string> reply);
   void fail(ErrorPtr error);
+  // Fails all of them on `scheduler`, one after the other: there may be many.
+  static void failAll(std::vector<std::shared_ptr<ExtensionRequest>> requests, ErrorPtr error,
+                      Scheduler& scheduler);
 
  private:
   const std::string selector;

@@ -19,11 +19,10 @@ ErrorPtr ended() { return makeExtensionError(ExtensionErrorCode::ended, "the ext
 
 }  // namespace
 
-ExtensionRun::ExtensionRun(EventLoop& eventLoop, std::shared_ptr<Scheduler> loopScheduler,
+ExtensionRun::ExtensionRun(ExtensionSchedulers hostSchedulers,
                            const ExtensionLimits& extensionLimits, ExtensionManifestPtr installed,
                            GoneHandler goneHandler)
-    : loop(eventLoop),
-      scheduler(std::move(loopScheduler)),
+    : schedulers(std::move(hostSchedulers)),
       limits(extensionLimits),
       manifest(std::move(installed)),
       onGone(std::move(goneHandler)) {}
@@ -60,7 +59,7 @@ ErrorPtr ExtensionRun::startProgram() {
   }
   FileDescriptor ours(ends[0]);
   FileDescriptor theirs(ends[1]);
-  auto started = ExtensionProcess::start(manifest->executable, std::move(theirs), loop,
+  auto started = ExtensionProcess::start(manifest->executable, std::move(theirs), schedulers.loop,
                                          [weak = weak_from_this()] {
                                            if (const auto run = weak.lock()) run->onProgramEnded();
                                          });
@@ -72,7 +71,7 @@ ErrorPtr ExtensionRun::startProgram() {
 
 void ExtensionRun::converse(FileDescriptor socket) {
   const auto weak = weak_from_this();
-  conversation.emplace(loop, std::move(socket), limits.unansweredRequests,
+  conversation.emplace(schedulers, std::move(socket), limits.unansweredRequests,
                        ExtensionConversation::Events{[weak] {
                                                        if (const auto run = weak.lock()) {
                                                          run->setClock();
@@ -94,7 +93,7 @@ void ExtensionRun::giveToProgram(ExtensionRequestPtr request) {
 }
 
 std::shared_ptr<Cancelable> ExtensionRun::afterDelay(double seconds, Action action) {
-  return scheduler->afterDelay(seconds, [weak = weak_from_this(), action] {
+  return schedulers.onLoop->afterDelay(seconds, [weak = weak_from_this(), action] {
     if (const auto run = weak.lock()) (*run.*action)();
   });
 }
@@ -144,9 +143,7 @@ void ExtensionRun::becomeGone(const ErrorPtr& reason) {
   cancel(clock);
   process.reset();
   if (conversation) conversation->close(reason);
-  for (const ExtensionRequestPtr& request : std::exchange(requestsBeforeStart, {})) {
-    request->fail(reason);
-  }
+  ExtensionRequest::failAll(std::exchange(requestsBeforeStart, {}), reason, *schedulers.background);
 }
 
 }  // namespace quenlet

@@ -10,8 +10,7 @@
 #include "platform/extensions/ExtensionManifest.h"
 #include "platform/extensions/ExtensionProcess.h"
 #include "platform/extensions/ExtensionRequest.h"
-#include "platform/scheduling/EventLoop.h"
-#include "platform/scheduling/Scheduler.h"
+#include "platform/extensions/ExtensionSchedulers.h"
 
 namespace quenlet {
 
@@ -32,9 +31,8 @@ class ExtensionRun final : public std::enable_shared_from_this<ExtensionRun> {
   // Called once, when a started program has gone by itself.
   using GoneHandler = std::function<void(const ExtensionRun&)>;
 
-  ExtensionRun(EventLoop& eventLoop, std::shared_ptr<Scheduler> loopScheduler,
-               const ExtensionLimits& extensionLimits, ExtensionManifestPtr installed,
-               GoneHandler goneHandler);
+  ExtensionRun(ExtensionSchedulers hostSchedulers, const ExtensionLimits& extensionLimits,
+               ExtensionManifestPtr installed, GoneHandler goneHandler);
   ExtensionRun(const ExtensionRun&) = delete;
   ExtensionRun& operator=(const ExtensionRun&) = delete;
 
@@ -66,8 +64,7 @@ class ExtensionRun final : public std::enable_shared_from_this<ExtensionRun> {
   void onProgramEnded();
   void becomeGone(const ErrorPtr& reason);
 
-  EventLoop& loop;
-  const std::shared_ptr<Scheduler> scheduler;
+  const ExtensionSchedulers schedulers;
   const ExtensionLimits limits;
   const ExtensionManifestPtr manifest;
   const GoneHandler onGone;

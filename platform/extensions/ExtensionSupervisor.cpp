@@ -15,18 +15,17 @@ bool isOfSameBundle(const ExtensionManifest& a, const ExtensionManifest& b) {
 
 }  // namespace
 
-ExtensionSupervisor::ExtensionSupervisor(EventLoop& eventLoop,
-                                         std::shared_ptr<Scheduler> loopScheduler,
+ExtensionSupervisor::ExtensionSupervisor(ExtensionSchedulers hostSchedulers,
                                          const ExtensionLimits& extensionLimits)
-    : loop(eventLoop), scheduler(std::move(loopScheduler)), limits(extensionLimits) {}
+    : schedulers(std::move(hostSchedulers)), limits(extensionLimits) {}
 
 void ExtensionSupervisor::ask(ExtensionManifestPtr extension, ExtensionRequestPtr request) {
   // A request that is not taken over fails as it goes, after the lock.
   const ExtensionRequestPtr held = request;
   MutexLock lock(mutex);
   if (!isOpen) return;
-  loop.post([weak = weak_from_this(), extension = std::move(extension),
-             request = std::move(request)]() mutable {
+  schedulers.loop.post([weak = weak_from_this(), extension = std::move(extension),
+                        request = std::move(request)]() mutable {
     if (const auto self = weak.lock()) self->enqueue(extension, std::move(request));
   });
 }
@@ -65,7 +64,7 @@ void ExtensionSupervisor::enqueue(const ExtensionManifestPtr& extension,
 
 std::shared_ptr<ExtensionRun> ExtensionSupervisor::makeRun(const ExtensionManifestPtr& extension) {
   return std::make_shared<ExtensionRun>(
-      loop, scheduler, limits, extension, [weak = weak_from_this()](const ExtensionRun& gone) {
+      schedulers, limits, extension, [weak = weak_from_this()](const ExtensionRun& gone) {
         const auto self = weak.lock();
         if (!self) return;
         std::erase_if(self->runs, [&](const auto& run) { return run.get() == &gone; });

@@ -9,10 +9,9 @@
 #include "platform/extensions/ExtensionManifest.h"
 #include "platform/extensions/ExtensionRequest.h"
 #include "platform/extensions/ExtensionRun.h"
+#include "platform/extensions/ExtensionSchedulers.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/ProblemReporter.h"
-#include "platform/scheduling/EventLoop.h"
-#include "platform/scheduling/Scheduler.h"
 
 namespace quenlet {
 
@@ -21,13 +20,12 @@ namespace quenlet {
 // happens on the loop's thread.
 class ExtensionSupervisor final : public std::enable_shared_from_this<ExtensionSupervisor> {
  public:
-  ExtensionSupervisor(EventLoop& eventLoop, std::shared_ptr<Scheduler> loopScheduler,
-                      const ExtensionLimits& extensionLimits);
+  ExtensionSupervisor(ExtensionSchedulers hostSchedulers, const ExtensionLimits& extensionLimits);
   ExtensionSupervisor(const ExtensionSupervisor&) = delete;
   ExtensionSupervisor& operator=(const ExtensionSupervisor&) = delete;
 
   // Gives the request to the extension's program, which is started unless it runs. Completes later,
-  // on the loop's thread; after shutDown() at once, on the calling one.
+  // on the loop's thread or in the background; after shutDown() at once, on the calling one.
   void ask(ExtensionManifestPtr extension, ExtensionRequestPtr request) EXCLUDES(mutex);
   // Where problems of a bundle are told that nobody waits for.
   [[nodiscard]] std::shared_ptr<ProblemReporter> problemsOf(const std::string& bundleIdentifier)
@@ -44,8 +42,7 @@ class ExtensionSupervisor final : public std::enable_shared_from_this<ExtensionS
   [[nodiscard]] bool isRunning(const ExtensionManifest& extension) const;
   void startWaiting();
 
-  EventLoop& loop;
-  const std::shared_ptr<Scheduler> scheduler;
+  const ExtensionSchedulers schedulers;
   const ExtensionLimits limits;
   // In line, running and ending, in the order of their first request.
   std::vector<std::shared_ptr<ExtensionRun>> runs;

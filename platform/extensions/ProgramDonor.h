@@ -11,7 +11,8 @@
 namespace quenlet {
 
 // A donor extension that is a program, started when it is asked. Handlers are called on the
-// supervisor's thread, or on the calling one when the supervisor is gone. Thread-safe.
+// supervisor's thread or in the background, or on the calling thread when the supervisor is gone.
+// Thread-safe.
 //
 // What a re-donation brings goes to the receiver, if all of it is of the extension's own bundle.
 // Nobody waits for it, so that its problems are told on standard error.

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "tests/platform/extensions/HostFixture.h"
+#include "tests/support/ManualSchedulers.h"
 
 namespace quenlet {
 namespace {
@@ -216,7 +217,9 @@ TEST_F(ExtensionHostTest, LetsExtensionsWaitInLineForAsLongAsItTakes) {
   expectNothingLeft();
 }
 
-TEST_F(ExtensionHostTest, TellsOnceOfRedonationsThatBroughtNothing) {
+TEST_F(ExtensionHostTest, TellsOnceInTheBackgroundOfRedonationsThatBroughtNothing) {
+  ManualSchedulerProvider aside;
+  background = aside.backgroundScheduler();
   testing::internal::CaptureStderr();
   const DonorPtr donor = loadScript(
       "answer(request(), b'\\0\\0')\nanswer(request(), b'\\0\\0')\n"
@@ -224,6 +227,9 @@ TEST_F(ExtensionHostTest, TellsOnceOfRedonationsThatBroughtNothing) {
       quick);
   for (int i = 0; i < 4; ++i) donor->redonateAllValuesWithReason(1);
   expectNothingLeft();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "neither is read nor told on the loop";
+  testing::internal::CaptureStderr();
+  aside.runUntilIdle();
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "quenlet: extension script: there is neither a list of values nor an error\n"
             "quenlet: extension script: why\n"
