@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -132,7 +133,7 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   // Brings the donations of one account, null for none, in step with its new state, null for none.
   void donateAccountChangesFrom(const AccountPtr& oldAccount, const AccountPtr& to);
   // Drops the donations of all accounts, donates those of the present ones, and notes the parser's
-  // version.
+  // version. Does nothing when the account store cannot be read.
   void reloadAllAccounts();
 
   // Takes the donations and removals that come from accounts; the agent itself when there is none.
@@ -149,6 +150,15 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
     const RejectionEvents& events;
     std::string identifier;
     ErrorReply reply;
+  };
+
+  // What a donor answered for one value, and how often all donations had been deleted by the time
+  // when it was to be asked.
+  struct RenewalAnswer final {
+    DonationValuePtr value;
+    std::optional<Date> newExpirationDate;
+    ErrorPtr donorError;
+    std::uint64_t deletionsBefore;
   };
 
   // Whether a request is served before the preference has been read.
@@ -175,13 +185,14 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply);
   void reportRejection(const RejectionResult& result, const Rejection& rejection);
   void renewPreExpired(const DonationValues& values);
-  void askDonorsToRenew(const DonationValues& values);
-  void askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor);
-  void renewalAcknowledged(const DonationValuePtr& value, std::optional<Date> newExpirationDate,
-                           const ErrorPtr& donorError);
+  void askDonorsToRenew(const DonationValues& values, std::uint64_t deletionsBefore);
+  void askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor,
+                       std::uint64_t deletionsBefore);
+  void renewalAcknowledged(const RenewalAnswer& answer);
   [[nodiscard]] bool accountsNeedReload() EXCLUDES(versionsMutex);
   // Whether there was anything to donate.
   bool applyAccountChange(const AccountPtr& oldAccount, const AccountPtr& newAccount);
+  void replaceAccountDonations(const std::vector<AccountPtr>& accounts);
   void postValuesDidChange() const;
   [[nodiscard]] bool isConfirmedOrRejected(const DonationValue& value) const;
   // The refusal of a request by the feature state, logged; null when it may pass.
@@ -207,6 +218,10 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   // Their values are never sent for renewal.
   const std::set<std::string> internalBundleIdentifiers;
   std::atomic<FeatureState> featureState = FeatureState::undetermined;
+  // How often all donations were deleted; changed in writer blocks.
+  std::atomic<std::uint64_t> deletions = 0;
+  // How many changes of single accounts clients have told of.
+  std::atomic<std::uint64_t> accountChanges = 0;
 
   Mutex versionsMutex;
   // Absent until loaded.

@@ -36,12 +36,13 @@ void Corvel::renewWithDonations(const DonationValues& values) {
   if (external.empty()) return;
   static_cast<void>(
       PlatformServices::current().defaultSchedulerProvider()->backgroundScheduler()->afterDelay(
-          renewalDelaySeconds, [self = shared_from_this(), external = std::move(external)] {
-            self->askDonorsToRenew(external);
+          renewalDelaySeconds,
+          [self = shared_from_this(), external = std::move(external), before = deletions.load()] {
+            self->askDonorsToRenew(external, before);
           }));
 }
 
-void Corvel::askDonorsToRenew(const DonationValues& values) {
+void Corvel::askDonorsToRenew(const DonationValues& values, std::uint64_t deletionsBefore) {
   std::map<std::string, DonationValues> groups;
   for (const DonationValuePtr& value : values) {
     groups[value->keys().bundleIdentifier].push_back(value);
@@ -52,14 +53,15 @@ void Corvel::askDonorsToRenew(const DonationValues& values) {
     logger->willRenewValues(group, bundleIdentifier);
     // The loader is kept until it has answered.
     loader->donorWithIdentifier(bundleIdentifier)
-        .onCompletion([self = shared_from_this(), loader,
-                       donated = group](const Result<DonorObjectPtr>& donor) {
-          self->askDonorToRenew(donated, donor);
+        .onCompletion([self = shared_from_this(), loader, donated = group,
+                       deletionsBefore](const Result<DonorObjectPtr>& donor) {
+          self->askDonorToRenew(donated, donor, deletionsBefore);
         });
   }
 }
 
-void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor) {
+void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor,
+                             std::uint64_t deletionsBefore) {
   if (!donor.isLeft()) {
     logger->couldNotRenewBecauseLoadingError(donor.right());
     return;
@@ -71,32 +73,34 @@ void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObj
   }
   for (const DonationValuePtr& value : values) {
     extension->renewExpirationDateForDonatedValue(
-        value, [self = shared_from_this(), value](std::optional<Date> newExpirationDate,
-                                                  const ErrorPtr& donorError) {
-          self->renewalAcknowledged(value, newExpirationDate, donorError);
+        value, [self = shared_from_this(), value, deletionsBefore](
+                   std::optional<Date> newExpirationDate, const ErrorPtr& donorError) {
+          self->renewalAcknowledged({value, newExpirationDate, donorError, deletionsBefore});
         });
   }
 }
 
-void Corvel::renewalAcknowledged(const DonationValuePtr& value,
-                                 std::optional<Date> newExpirationDate,
-                                 const ErrorPtr& donorError) {
-  if (!newExpirationDate) {
+void Corvel::renewalAcknowledged(const RenewalAnswer& answer) {
+  const DonationValuePtr& value = answer.value;
+  if (!answer.newExpirationDate) {
     logger->couldNotRenewBecauseDonorError(
-        donorError ? donorError
-                   : makeDonationError(DonationErrorCode::donorGaveNoAnswer,
-                                       "the donor gave neither a date nor an error"));
+        answer.donorError ? answer.donorError
+                          : makeDonationError(DonationErrorCode::donorGaveNoAnswer,
+                                              "the donor gave neither a date nor an error"));
     return;
   }
-  logger->didRenewValue(value, *newExpirationDate);
-  ChangeType change = InsertOrModifyValues{{value->copyWithNewExpirationDate(*newExpirationDate)}};
-  if (newExpirationDate->timeIntervalSince(PlatformServices::current().now()) <= 0) {
-    change = RemoveValuesWithIdentifiers{{value->origin().donationIdentifier}};
+  const Date date = *answer.newExpirationDate;
+  logger->didRenewValue(value, date);
+  const SaveReply nobodyWaits = [](const SaveResponse&) {};
+  if (date.timeIntervalSince(PlatformServices::current().now()) <= 0) {
+    submitChange(RemoveValuesWithIdentifiers{{value->origin().donationIdentifier}}, nobodyWaits);
+    return;
   }
-  submitWriterBlock([change = std::move(change)](Corvel& agent) {
-    // What was asked before the owner switched donations off is not to come back after it.
-    if (agent.featureState == FeatureState::disabled) return;
-    agent.applyChange(change, [](const SaveResponse&) {});
+  submitWriterBlock([renewed = value->copyWithNewExpirationDate(date),
+                     before = answer.deletionsBefore, nobodyWaits](Corvel& agent) {
+    // What the owner had deleted while the donor was asked is not to come back.
+    if (agent.deletions != before) return;
+    agent.applyChange(InsertOrModifyValues{{renewed}}, nobodyWaits);
   });
 }
 

@@ -24,6 +24,7 @@ void Corvel::changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
     completionHandler(makeDonationError(DonationErrorCode::featureNotEnabled, ""));
     return;
   }
+  ++accountChanges;
   donateAccountChangesFrom(oldAccount, toAccount);
   completionHandler(nullptr);
 }
@@ -48,21 +49,18 @@ bool Corvel::applyAccountChange(const AccountPtr& oldAccount, const AccountPtr& 
 }
 
 void Corvel::reloadAllAccounts() {
-  const auto dropped = std::make_shared<bool>(false);
-  submitWriterBlock([dropped](Corvel& agent) {
-    *dropped = agent.donations.removeBundle(AccountPropertyParser::bundleIdentifier);
-  });
-  const auto accountStore = PlatformServices::current().makeAccountStore();
-  bool donated = false;
-  for (const AccountPtr& account : accountStore->accounts()) {
-    if (applyAccountChange(nullptr, account)) donated = true;
-  }
-  if (!donated) {
-    // No change follows that would write the table without the values that were dropped.
-    submitWriterBlock([dropped](Corvel& agent) {
-      if (*dropped) agent.commitTable([](const SaveResponse&) {});
-    });
-  }
+  // A change that a client tells of meanwhile may be older or newer than what was read here. The
+  // store has it by then, so reading once more settles it.
+  constexpr int enoughAttempts = 5;
+  std::uint64_t before = 0;
+  int attempts = 0;
+  do {
+    before = accountChanges;
+    const auto accountStore = PlatformServices::current().makeAccountStore();
+    const Result<std::vector<AccountPtr>> accounts = accountStore->accounts();
+    if (!accounts.isLeft()) return;
+    replaceAccountDonations(accounts.left());
+  } while (accountChanges != before && ++attempts < enoughAttempts);
   {
     MutexLock lock(versionsMutex);
     if (bundleIDVersions) {
@@ -71,6 +69,22 @@ void Corvel::reloadAllAccounts() {
     }
   }
   saveExtensionVersions();
+}
+
+void Corvel::replaceAccountDonations(const std::vector<AccountPtr>& accounts) {
+  const auto dropped = std::make_shared<bool>(false);
+  submitWriterBlock([dropped](Corvel& agent) {
+    *dropped = agent.donations.removeBundle(AccountPropertyParser::bundleIdentifier);
+  });
+  bool donated = false;
+  for (const AccountPtr& account : accounts) {
+    if (applyAccountChange(nullptr, account)) donated = true;
+  }
+  if (donated) return;
+  // No change follows that would write the table without the values that were dropped.
+  submitWriterBlock([dropped](Corvel& agent) {
+    if (*dropped) agent.commitTable([](const SaveResponse&) {});
+  });
 }
 
 }  // namespace quenlet

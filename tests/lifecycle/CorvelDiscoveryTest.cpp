@@ -29,13 +29,24 @@ TEST_F(CorvelDiscoveryTest, AsksExtensionsThenAccountsThenSIMCardsWhenDonationsC
   environment->donors.install("app2");
   environment->donors.installed["app3"] = std::make_shared<FakeDonorObject>();
   addAccount();
+  PlatformServices services = environment->services();
+  services.deviceInfo = [this] {
+    environment->trace.note("look for SIM cards");
+    return environment->device;
+  };
+  const PlatformServices::Scope noting(services);
   const Events expected = {"writer: featureWillEnable",
                            "writer: willDiscoverExtensions",
                            "writer: didDiscoverUnexpectedExtensionType: object",
                            "writer: didDiscoverExtensions",
                            "writer: redonate 1",
                            "writer: redonate 1",
-                           "writer: donating: email:A1"};
+                           "writer: donating: email:A1",
+                           "writer: agentWillHandleRequest: donateMeCardValues:completionHandler:",
+                           "writer: acceptingDonations:",
+                           "writer: willSaveExtensionVersions",
+                           "writer: look for SIM cards",
+                           "writer: featureDidEnable"};
   Events events = eventsOfEnabling();
   events.resize(expected.size());
   EXPECT_EQ(events, expected);

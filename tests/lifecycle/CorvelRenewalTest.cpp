@@ -1,3 +1,5 @@
+#include <span>
+
 #include "tests/core/AgentFixture.h"
 
 namespace quenlet {
@@ -102,12 +104,18 @@ TEST_F(CorvelRenewalTest, BringsBackWhatExpiredWhileTheAgentWasDown) {
   EXPECT_EQ(replyTo(CorvelSelector::fetch), "card a@x");
 }
 
-TEST_F(CorvelRenewalTest, LeavesOutAnswersThatComeAfterTheOwnerSwitchedOff) {
-  hold({email("a@x", from("app", "a"))});
-  eventsOfRenewing({email("a@x", from("app", "a"))});
+TEST_F(CorvelRenewalTest, BringsNothingBackThatTheOwnerHadDeleted) {
+  const DonationValues values = {email("a@x", from("app", "a")), email("b@x", from("app", "b"))};
+  hold(values);
+  eventsOfRenewing(values);
+  const auto answer = std::span(donor->asked).last(2);
   setEnabled(false);
+  answer[0](Date(1), nullptr);
+  run();
+  EXPECT_EQ(identifiersOf(persistence->kept), "b") << "withdrawn while donations are off";
   agent->disableDonations();
-  donor->asked.back()(later(100), nullptr);
+  setEnabled(true);
+  answer[1](later(100), nullptr);
   run();
   EXPECT_EQ(heldDates(), "");
 }

@@ -143,14 +143,18 @@ class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
   }
 };
 
+// Reads what it holds, or `error` when there is one; calls `whenRead` after each reading.
 class FakeAccountStore final : public AccountStore {
  public:
   std::vector<AccountPtr> held;
   ErrorPtr error;
+  std::function<void()> whenRead;
 
   Result<std::vector<AccountPtr>> accounts() override {
     using Accounts = Result<std::vector<AccountPtr>>;
-    return error ? Accounts::right(error) : Accounts::left(held);
+    Accounts read = error ? Accounts::right(error) : Accounts::left(held);
+    if (const std::function<void()> call = whenRead) call();
+    return read;
   }
 };
 

@@ -67,6 +67,28 @@ TEST_F(CorvelAccountsTest, ReloadsAllAccountsAndSavesWhatIsLeft) {
   EXPECT_EQ(replyTo(CorvelSelector::fetch), "card b@x.org");
 }
 
+TEST_F(CorvelAccountsTest, KeepsWhatItHasWhenTheStoreCannotBeRead) {
+  hold({email("a@x.org", from(AccountsBundleIdentifier, "email:A1"))});
+  environment->accounts->error = makeError("disk", 5);
+  agent->reloadAllAccounts();
+  run();
+  EXPECT_EQ(takeTrace(), Events{});
+  EXPECT_EQ(replyTo(CorvelSelector::list), "list email:A1");
+}
+
+TEST_F(CorvelAccountsTest, ReadsOnceMoreWhenAnAccountChangesDuringTheReload) {
+  setEnabled(true);
+  environment->accounts->held = {account("a@x.org")};
+  environment->accounts->whenRead = [this] {
+    environment->accounts->whenRead = nullptr;
+    environment->accounts->held.clear();
+    agent->changeFromAccount(account("a@x.org"), nullptr, [](const ErrorPtr&) {});
+  };
+  agent->reloadAllAccounts();
+  run();
+  EXPECT_EQ(replyTo(CorvelSelector::list), "list ") << "the list was read before the change";
+}
+
 TEST_F(CorvelAccountsTest, SendsDonationsToTheReceiverThatIsSet) {
   const auto receiver = std::make_shared<RecordingAgent>();
   agent->accountDonationReceiver = receiver;
