@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 
 #include "platform/foundation/Text.h"
 
@@ -16,6 +17,9 @@ constexpr std::size_t longestLabel = 63;
 constexpr std::size_t longestDomain = 253;
 constexpr std::string_view localPunctuation = "!#$%&'*+-^_~.";
 constexpr std::string_view marksAroundAddresses = "!#$%&'*-^~.";
+// Of a local part that stands alone, with nothing around it to be told apart from.
+constexpr std::string_view plainPunctuation = "!#$%&'*+-/=?^_`{|}~.";
+constexpr std::string_view fullWidthAt = "\uFF20";
 
 bool isDigit(char32_t character) { return character >= '0' && character <= '9'; }
 
@@ -208,14 +212,100 @@ std::string_view localPart(std::string_view text, bool mayBeUnspaced) {
   return hasStrayDot ? std::string_view() : part;
 }
 
+bool isAddressAlone(std::string_view text) {
+  const std::size_t at = text.find('@');
+  if (at == 0 || at == std::string_view::npos || at > longestLocalPart) return false;
+  const std::string_view local = text.substr(0, at);
+  const bool isPlain = std::all_of(local.begin(), local.end(), [](char c) {
+    const auto value = static_cast<unsigned char>(c);
+    return isASCIILetter(value) || isDigit(value) || plainPunctuation.find(c) != std::string::npos;
+  });
+  const bool hasStrayDot =
+      local.starts_with('.') || local.ends_with('.') || local.find("..") != std::string_view::npos;
+  const std::string_view domain = text.substr(at + 1);
+  return isPlain && !hasStrayDot && DomainReader(domain).read().size() == domain.size() &&
+         !domain.empty();
+}
+
+// What "%40" and the like stand for; an escape that is none stays.
+std::string percentDecoded(std::string_view text) {
+  std::string decoded;
+  for (; !text.empty(); text.remove_prefix(1)) {
+    int byte = 0;
+    const char* const end = text.data() + std::min<std::size_t>(text.size(), 3);
+    const bool isEscape = text.front() == '%' && text.size() > 2 &&
+                          std::from_chars(text.data() + 1, end, byte, 16).ptr == end && byte > 0;
+    decoded += isEscape ? static_cast<char>(byte) : text.front();
+    if (isEscape) text.remove_prefix(2);
+  }
+  return decoded;
+}
+
+// Follows a text from left to right and knows where it is in the authority of a URL: behind "://",
+// and before what ends that. There, user and password stand before an "@", the host behind.
+class AuthorityFollower final {
+ public:
+  explicit AuthorityFollower(std::string_view wholeText) : text(wholeText) {}
+
+  void moveTo(std::size_t end) {
+    for (; position < end; ++position) {
+      const char c = text[position];
+      if (c == '/' && text.substr(0, position + 1).ends_with("://")) {
+        begin = position + 1;
+      } else if (static_cast<unsigned char>(c) <= ' ' ||
+                 std::string_view("/?#<>").find(c) != npos) {
+        begin = npos;
+      }
+    }
+  }
+  [[nodiscard]] bool isInside() const { return begin != npos; }
+  // The user before the position, if that is an address.
+  [[nodiscard]] std::optional<std::string> userAddress() const {
+    // Escapes make it three times as long at most.
+    constexpr std::size_t longest = 3 * (longestLocalPart + 1 + longestDomain);
+    if (position - begin > longest) return std::nullopt;
+    const std::string_view information = text.substr(begin, position - begin);
+    std::string user = percentDecoded(information.substr(0, information.find(':')));
+    if (isAddressAlone(user)) return user;
+    return std::nullopt;
+  }
+
+ private:
+  static constexpr std::size_t npos = std::string_view::npos;
+
+  const std::string_view text;
+  std::size_t position = 0;
+  std::size_t begin = npos;
+};
+
+std::string withPlainAts(std::string_view text) {
+  std::string plain;
+  for (std::size_t at = text.find(fullWidthAt); at != text.npos; at = text.find(fullWidthAt)) {
+    plain.append(text.substr(0, at)) += '@';
+    text.remove_prefix(at + fullWidthAt.size());
+  }
+  return plain.append(text);
+}
+
 }  // namespace
 
 std::optional<std::string> EmailAddressScanner::firstEmailAddressInString(
-    std::string_view text) const {
+    std::string_view written) const {
+  const bool isCut = written.size() > longestTextInBytes;
+  const std::string plain = withPlainAts(written.substr(0, longestTextInBytes));
+  const std::string_view text = plain;
+  if (!isCut && isAddressAlone(trimmed(text))) return std::string(trimmed(text));
+  AuthorityFollower authority(text);
   for (std::size_t at = text.find('@'); at != std::string_view::npos; at = text.find('@', at + 1)) {
+    authority.moveTo(at);
+    if (authority.isInside()) {
+      if (auto user = authority.userAddress()) return user;
+      continue;
+    }
     DomainReader reader(text.substr(at + 1));
     const std::string_view domain = reader.read();
-    if (domain.empty()) continue;
+    const bool isWhole = !isCut || at + 1 + domain.size() < text.size();
+    if (domain.empty() || !isWhole) continue;
     const std::string_view local = localPart(text.substr(0, at), reader.isOfUnspacedScript());
     if (local.empty()) continue;
     return std::string(local).append("@").append(domain);
