@@ -9,11 +9,12 @@
 #include "platform/foundation/Text.h"
 
 // A name is first cut into words. The nickname is taken out, then the rest falls into parts at its
-// commas: a part of suffixes alone ("PhD") is set aside, the first other part after a comma makes
-// the name "Family, Given". What remains loses its prefixes at the front and its suffixes at the
-// back, always down to one word at least, so that "Major" or "Jr." alone stays a name. A name
-// without a comma then has its family name in front when it is written in a way that says so: in
-// Chinese, Japanese or Korean characters, or in capitals ("DUPONT Jean"); else at the end.
+// commas: a part of suffixes or prefixes alone ("PhD") is set aside, the first other part after a
+// comma makes the name "Family, Given". What remains loses its prefixes at the front and its
+// suffixes at the back, always down to one word at least, so that "Major" or "Jr." alone stays a
+// name. A name without a comma then has its family name in front when it is written in a way that
+// says so: in Chinese, Japanese or Korean characters, or in capitals ("DUPONT Jean"); else at the
+// end.
 namespace quenlet {
 namespace {
 
@@ -33,42 +34,61 @@ std::string plainForm(const std::string& word) {
 }
 
 bool isPrefix(const std::string& word) {
+  // "Dr.-Ing." is one word of two titles.
+  if (const std::size_t hyphen = word.find(".-"); hyphen != std::string::npos) {
+    const std::string rest = word.substr(hyphen + 2);
+    return isPrefix(word.substr(0, hyphen + 1)) &&
+           isPrefix(rest.ends_with('.') ? rest : rest + ".");
+  }
   const std::string plain = plainForm(word);
-  if (isOneOf(plain, {"mr",   "mrs",      "ms",      "miss",  "mx",     "dr",   "prof", "professor",
-                      "sir",  "rev",      "herr",    "frau",  "mme",    "mlle", "sra",  "srta",
-                      "capt", "mag",      "pfarrer", "señor", "señora", "dott", "doc",  "dipl-ing",
-                      "dra",  "profa",    "dottssa", "sig",   "sigra",  "dhr",  "mevr", "shri",
-                      "smt",  "monsieur", "madame",  "rabbi", "dame",   "lord", "lady"})) {
+  if (isOneOf(plain, {"mr",        "mrs",  "ms",      "miss",  "mx",    "dr",     "prof",
+                      "professor", "sir",  "rev",     "herr",  "frau",  "mme",    "mlle",
+                      "sra",       "srta", "capt",    "lady",  "señor", "señora", "pfarrer",
+                      "dipl-ing",  "dott", "dottssa", "dra",   "lord",  "profa",  "sigra",
+                      "dhr",       "mevr", "shri",    "smt",   "mudr",  "judr",   "rndr",
+                      "phdr",      "mvdr", "mgr",     "rabbi", "dame",  "madame", "monsieur"})) {
     return true;
   }
-  // Names as well unless shortened with a dot.
-  return word.ends_with('.') && isOneOf(plain, {"fr", "hon", "col", "gen", "lt", "maj", "sgt",
-                                                "ing", "sr", "med", "rer", "nat", "jur", "phil"});
+  // Names or words of names as well, unless shortened with a dot.
+  return word.ends_with('.') &&
+         isOneOf(plain, {"fr",   "hon",  "col",   "gen",  "lt",   "maj", "sgt",  "ing",  "sr",
+                         "med",  "rer",  "nat",   "jur",  "phil", "sig", "mag",  "doc",  "hc",
+                         "mult", "dent", "univ",  "dipl", "priv", "doz", "vet",  "bc",   "habil",
+                         "oec",  "pol",  "theol", "kfm",  "kffr", "inf", "phys", "psych"});
 }
 
 bool isSuffix(const std::string& word) {
   if (isOneOf(word, {"II", "III", "IV", "VI", "VII", "VIII", "IX"})) return true;
-  return isOneOf(plainForm(word), {"jr",    "jnr", "junior", "sr",  "snr",     "senior", "phd",
-                                   "dphil", "md",  "dds",    "esq", "esquire", "mba",    "cpa",
-                                   "msc",   "bsc", "llm",    "obe", "mbe",     "cbe",    "rn"});
+  const std::string plain = plainForm(word);
+  // Two letters that are initials or a name as well, but for their dots.
+  if (word.size() == 4 && word[1] == '.' && word[3] == '.' && isOneOf(plain, {"ba", "ma", "bs"})) {
+    return true;
+  }
+  return isOneOf(
+      plain, {"jr",    "jnr", "junior",  "júnior", "sr",  "snr",  "senior", "phd",  "md",   "dds",
+              "dphil", "esq", "esquire", "mba",    "cpa", "msc",  "bsc",    "meng", "beng", "llm",
+              "llb",   "obe", "mbe",     "cbe",    "csc", "drsc", "mphil",  "mfa",  "rn"});
 }
 
 // After a comma also what would be a name elsewhere.
 bool isSuffixAfterComma(const std::string& word) {
   return isSuffix(word) || word == "V" ||
-         isOneOf(plainForm(word), {"ma", "ba", "jd", "do", "dd", "pe"});
+         isOneOf(plainForm(word), {"ma", "ba", "bs", "ms", "jd", "do", "dd", "pe", "cfa", "mph",
+                                   "edd", "pmp", "ceng", "cissp", "frcs", "lld", "dis", "thd"});
 }
 
 bool isParticle(const std::string& word) {
-  return isOneOf(word, {"van", "von",  "der", "den", "de",  "del", "della", "di", "da",  "du",
-                        "la",  "le",   "las", "los", "des", "dos", "das",   "do", "ter", "ten",
-                        "te",  "tot",  "zu",  "zum", "zur", "vom", "af",    "av", "bin", "binti",
-                        "ibn", "bint", "al",  "el",  "ben", "abu", "und",   "'t", "’t",  "'s",
-                        "’s",  "in",   "op",  "aan", "uit", "auf", "aus",   "dem"}) ||
-         isOneOf(word, {"Van", "Von", "De",  "Del",      "Della",    "Di",   "Da",    "Du",
-                        "Der", "Den", "Dos", "Ter",      "Ten",      "Al",   "El",    "Bin",
-                        "Ibn", "La",  "Le",  "St.",      "Abu",      "Mac",  "Mc",    "Ó",
-                        "Ní",  "Nic", "Uí",  "Freiherr", "Freifrau", "Graf", "Gräfin"});
+  return isOneOf(word, {"van", "von",  "der", "den", "de",  "del", "della", "di",  "da",  "du",
+                        "la",  "le",   "las", "los", "des", "dos", "das",   "do",  "ter", "ten",
+                        "te",  "tot",  "zu",  "zum", "zur", "vom", "af",    "av",  "bin", "binti",
+                        "ibn", "bint", "al",  "el",  "ben", "abu", "und",   "'t",  "’t",  "'s",
+                        "’s",  "in",   "op",  "aan", "uit", "auf", "aus",   "dem", "an",  "na",
+                        "بن",  "ابن",  "آل",  "أبو", "בן"}) ||
+         isOneOf(word,
+                 {"Van",  "Von", "De",  "Del", "Della",    "Di",       "Da",   "Du",    "Der",
+                  "Den",  "Dos", "Ter", "Ten", "Al",       "El",       "Bin",  "Ibn",   "La",
+                  "Le",   "St.", "Abu", "Mac", "Mc",       "Ó",        "Ní",   "Das",   "Mhac",
+                  "Mhic", "Ua",  "Nic", "Uí",  "Freiherr", "Freifrau", "Graf", "Gräfin"});
 }
 
 // Whether a predicate holds for all characters of a word in UTF-8.
@@ -94,17 +114,23 @@ bool isEastAsian(const std::string& word) {
   });
 }
 
-// Three letters at least, as fewer are initials.
+// Two letters are initials ("JR"), unless they can be spoken ("LI") or are a particle ("LE").
 bool isInCapitals(const std::string& word) {
-  std::size_t letters = 0;
+  constexpr std::u32string_view vowels = U"aeiouyü";
+  std::u32string letters;
   const bool onlyCapitals = allCharacters(word, [&letters](char32_t c) {
     if (c == '-' || c == '\'' || c == U'’') return true;
     std::string letter;
     appendCharacter(letter, c);
-    ++letters;
-    return lowercased(letter) != letter;
+    const std::string lower = lowercased(letter);
+    std::string_view rest = lower;
+    letters += takeCharacter(rest).value_or(c);
+    return lower != letter;
   });
-  return onlyCapitals && letters >= 3;
+  if (!onlyCapitals || letters.size() < 2) return false;
+  const auto isVowel = [&](char32_t c) { return vowels.find(c) != vowels.npos; };
+  return letters.size() > 2 || isParticle(lowercased(word)) ||
+         (!isVowel(letters[0]) && isVowel(letters[1]));
 }
 
 std::string joined(Words::const_iterator begin, Words::const_iterator end) {
@@ -121,10 +147,10 @@ std::optional<std::string> presentUnlessEmpty(std::string text) {
   return text;
 }
 
-// Replaces every blank of another script by a space.
+// Replaces every blank of another script, and the dot between words in katakana, by a space.
 std::string withPlainBlanks(std::string_view text) {
   std::string plain(text);
-  for (const std::string_view blank : {"\u00A0", "\u2009", "\u202F", "\u3000"}) {
+  for (const std::string_view blank : {"\u00A0", "\u2009", "\u202F", "\u3000", "\u30FB"}) {
     std::string replaced;
     std::string_view rest = plain;
     for (std::size_t at = rest.find(blank); at != rest.npos; at = rest.find(blank)) {
@@ -137,10 +163,29 @@ std::string withPlainBlanks(std::string_view text) {
   return plain;
 }
 
+// Without the address of "Anna Berg <anna@example.org>".
+std::string_view withoutAddress(std::string_view text) {
+  const std::size_t begin = text.find('<');
+  return begin != text.npos && text.find('>', begin) != text.npos ? text.substr(0, begin) : text;
+}
+
+constexpr std::pair<std::string_view, std::string_view> quotes[] = {
+    {"\"", "\""}, {"“", "”"}, {"„", "“"}, {"«", "»"}, {" '", "' "}, {" ‘", "’ "}};
+
+// Without quotes around the whole; `text` begins and ends with a blank.
+std::string_view withoutQuotes(std::string_view text) {
+  for (const auto& [opening, closing] : quotes) {
+    const std::string_view whole = opening.front() == ' ' ? text : trimmed(text);
+    if (whole.size() < opening.size() + closing.size() || !whole.starts_with(opening)) continue;
+    const std::string_view inside = whole.substr(opening.size());
+    if (inside.find(closing) + closing.size() != inside.size()) continue;
+    return inside.substr(0, inside.size() - closing.size());
+  }
+  return text;
+}
+
 // Cuts the first text in quotes out of `name`.
 std::optional<std::string> takeNickname(std::string& name) {
-  constexpr std::pair<std::string_view, std::string_view> quotes[] = {
-      {"\"", "\""}, {"“", "”"}, {"„", "“"}, {"«", "»"}, {" '", "' "}, {" ‘", "’ "}};
   for (const auto& [opening, closing] : quotes) {
     const std::size_t begin = name.find(opening);
     if (begin == std::string::npos) continue;
@@ -194,6 +239,8 @@ struct Parts final {
     const bool first = given.empty();
     if (!first && std::all_of(part.begin(), part.end(), isSuffixAfterComma)) {
       suffixes.insert(suffixes.end(), part.begin(), part.end());
+    } else if (!first && std::all_of(part.begin(), part.end(), isPrefix)) {
+      prefixes.insert(prefixes.end(), part.begin(), part.end());
     } else if (!first && family.empty()) {
       family = std::exchange(given, std::move(part));
     } else {
@@ -232,11 +279,11 @@ struct Parts final {
     return !family.empty();
   }
 
-  // Cuts the family name off the end of the name, with its particles and a "y" between two.
+  // Cuts the family name off the end of the name, with its particles and an "and" between two.
   void splitFamily() {
     if (given.size() == 1 && prefixes.empty()) return;
     std::size_t start = given.size() - 1;
-    if (start >= 3 && isOneOf(given[start - 1], {"y", "i"})) start -= 2;
+    if (start >= 3 && isOneOf(given[start - 1], {"y", "i", "e"})) start -= 2;
     while (start > 1 && isParticle(given[start - 1])) --start;
     family.assign(given.begin() + static_cast<std::ptrdiff_t>(start), given.end());
     given.resize(start);
@@ -261,7 +308,10 @@ PersonNameComponents NameComponentsTokenizer::componentsFromString(std::string_v
     components.givenName = presentUnlessEmpty(std::string(trimmed(fullName)));
     return components;
   }
-  std::string name = " " + withPlainBlanks(fullName) + " ";
+  const std::string spaced =
+      " " + std::string(trimmed(withPlainBlanks(withoutAddress(fullName)))) + " ";
+  std::string name = " " + std::string(trimmed(withoutQuotes(spaced))) + " ";
+  if (name.find('@') != std::string::npos) return components;
   components.nickname = takeNickname(name);
   while (takeBracketed(name, components.nickname)) {
   }

@@ -15,8 +15,9 @@ class NameComponentsTokenizer final {
  public:
   // The components that are there, each in the letter case of `fullName`; blanks between words
   // become one space. A single word is the given name, or the family name after an honorific
-  // ("Dr. Berg"). Text without a word has no component. What is far too long for a name (over 1,000
-  // bytes) is not taken apart: all of it is the given name.
+  // ("Dr. Berg"). Text without a word has no component, neither has an e-mail address; one in angle
+  // brackets behind the name, and quotes around all of it, are left out. What is far too long for a
+  // name (over 1,000 bytes) is not taken apart: all of it is the given name.
   [[nodiscard]] static PersonNameComponents componentsFromString(std::string_view fullName);
 };
 
