@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <set>
@@ -19,6 +20,9 @@ struct AccountType final {
 
 // One account of the owner's account store, as it stood when it was read. A value type.
 struct Account final {
+  // More than any account has in its property-list form, containers and itself included.
+  static constexpr std::size_t maximumValues = 100'000;
+
   std::string identifier = {};
   std::optional<AccountType> accountType = {};
   std::optional<std::string> username = {};

@@ -1,13 +1,10 @@
 #include "platform/donations/AccountWire.h"
 
+#include "platform/donations/DonationError.h"
+#include "platform/foundation/PropertyListSerializer.h"
 #include "platform/ipc/ServiceInterface.h"
 
 namespace quenlet {
-namespace {
-
-constexpr std::size_t maximumValuesInAccount = 100'000;
-
-}  // namespace
 
 void AccountWire::encode(WireEncoder& encoder, const AccountPtr& account) {
   if (account) {
@@ -25,8 +22,12 @@ Result<AccountPtr> AccountWire::decode(WireReader& reader,
     return Outcome::left(nullptr);
   }
   const bool isAccount = reader.object() == className;
-  const std::optional<PropertyList> content = reader.propertyList(maximumValuesInAccount);
+  const std::optional<PropertyList> content = reader.propertyList(Account::maximumValues);
   if (isAccount && content && content->dictionary()) {
+    if (!PropertyListSerializer::dataWithObject(*content).isLeft()) {
+      return Outcome::right(
+          makeDonationError(DonationErrorCode::notSerializable, "an account cannot be serialised"));
+    }
     if (auto account = Account::initWithPropertyListRepresentation(*content->dictionary())) {
       account->accountStore = std::move(accountStore);
       return Outcome::left(std::make_shared<const Account>(std::move(*account)));

@@ -17,7 +17,8 @@ class AccountWire final {
 
   static void encode(WireEncoder& encoder, const AccountPtr& account);
   // Reads one value; an invalidArguments error when it is neither null nor a whole account of at
-  // most 100,000 values. The account is one of `accountStore`.
+  // most Account::maximumValues, notSerializable for one that no property list can hold. The
+  // account is one of `accountStore`.
   [[nodiscard]] static Result<AccountPtr> decode(WireReader& reader,
                                                  std::weak_ptr<AccountStore> accountStore);
 };

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "platform/donations/AccountWire.h"
 #include "platform/donations/ContactWire.h"
 #include "platform/donations/DonationWire.h"
 #include "platform/ipc/ServiceInterface.h"
@@ -45,6 +46,18 @@ TEST(DonationWireTest, CarriesRecordsAndRefusesOthers) {
     const Result<DonationValues> result = DonationWire::decode(bad);
     ASSERT_FALSE(result.isLeft()) << name;
     EXPECT_EQ(result.right()->code(), code) << name;
+  }
+}
+
+TEST(AccountWireTest, CarriesAccountsAndRefusesWhatNoFileHolds) {
+  for (const auto& [text, code] : {std::pair("a", 0), std::pair("\x01", 501)}) {
+    const auto account = std::make_shared<const Account>(Account{"1", {}, text});
+    WireEncoder encoder;
+    AccountWire::encode(encoder, account);
+    WireReader reader(encoder.bytes());
+    const Result<AccountPtr> read = AccountWire::decode(reader, {});
+    EXPECT_EQ(read.isLeft() ? 0 : read.right()->code(), code);
+    if (read.isLeft()) EXPECT_EQ(*read.left(), *account);
   }
 }
 

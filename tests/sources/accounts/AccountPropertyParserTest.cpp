@@ -45,11 +45,12 @@ TEST(AccountPropertyParserTest, FindsTheNameByTheFirstRuleThatGivesOne) {
   const std::pair<PropertyListDictionary, const char*> cases[] = {
       {{}, ""},
       {{{"firstName", "Ann"}}, "Ann -"},
+      {{{"firstName", "\x01"}}, ""},
       {{{"lastName", ""}, {"FullUserName", "Bo Berg"}}, "- "},
       {{{"firstName", 1}, {"lastName", "Lee"}, {"ZeltPropertyFullName", "Bo Berg"}}, "- Lee"},
       {{{"ZeltPropertyFullName", "Bo Berg"}, {"FullUserName", "Cy Cole"}}, "Bo Berg"},
       {{{"ZeltPropertyFullName", ""}, {"FullUserName", "Cy Cole"}}, "Cy Cole"},
-      {{{"FullUserName", "\"Bo\""}, {"CalDAVPrincipals", principals("FullName")}}, "Cy Cole"},
+      {{{"FullUserName", "(Bo)"}, {"CalDAVPrincipals", principals("FullName")}}, "Cy Cole"},
       {{{"kCalDAVPrincipalsKey", principals("ZeltPropertyFullName")}}, "Cy Cole"},
       {{{"kCalDAVPrincipalsKey", principals("FullName")}}, ""},
       {{{"kCalDAVPrincipalsKey", "Bo"}, {"CalDAVPrincipals", mixed}}, ""},
