@@ -1,25 +1,28 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
+#include "platform/logging/SyslogConnection.h"
 #include "platform/logging/SystemLog.h"
 
 namespace quenlet {
 
-// Writes to syslog(3), for the facility of user processes at the level "notice", each line after
-// its category: "analytics: User has 1 me cards". Thread-safe. Where no syslog daemon listens, a
-// line is dropped at once: it goes neither to the console nor to standard error.
+// Writes to syslog, each line after its category: "analytics: User has 1 me cards". Thread-safe.
 class SyslogSystemLog final : public SystemLog {
  public:
-  // The name under which syslog shows the lines is one for the whole process: the subsystem of the
-  // first handle.
-  SyslogSystemLog(const std::string& subsystem, std::string category);
+  SyslogSystemLog(std::shared_ptr<SyslogConnection> openConnection, std::string categoryOfLines)
+      : connection(std::move(openConnection)), category(std::move(categoryOfLines)) {}
+  // Over the process's own connection, whose name is the subsystem of the first handle.
+  SyslogSystemLog(const std::string& subsystem, std::string categoryOfLines)
+      : SyslogSystemLog(SyslogConnection::shared(subsystem), std::move(categoryOfLines)) {}
 
-  // As setlogmask(3) says.
-  [[nodiscard]] bool isDefaultLevelEnabled() const override;
-  void write(const std::string& line) override;
+  [[nodiscard]] bool isDefaultLevelEnabled() const override { return connection->isLevelEnabled(); }
+  // Returns at once.
+  void write(const std::string& line) override { connection->write(category + ": " + line); }
 
  private:
+  const std::shared_ptr<SyslogConnection> connection;
   const std::string category;
 };
 
