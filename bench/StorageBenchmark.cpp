@@ -24,7 +24,7 @@ class MemoryDataProxy final : public DataProxy {
     content = std::move(data);
     return Future<bool>::futureWithResult(true);
   }
-  void keepDamagedFile(const std::filesystem::path&) override {}
+  bool keepDamagedFile(const std::filesystem::path&) override { return true; }
   ErrorPtr setExcludedFromBackups(const std::filesystem::path&) override { return nullptr; }
 
   std::string content;

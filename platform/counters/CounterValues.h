@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <map>
 #include <string>
 #include <variant>
@@ -10,6 +11,9 @@ namespace quenlet {
 
 // The samples of a distribution, summed up.
 struct CounterDistribution final {
+  // Programs that read counts take signed numbers.
+  static constexpr std::uint64_t largestCount = std::numeric_limits<std::int64_t>::max();
+
   std::uint64_t count = 0;
   double sum = 0;
 

@@ -13,6 +13,22 @@ bool isMissingFile(const ErrorPtr& error) {
   return error->domain() == PosixErrorDomain && error->code() == ENOENT;
 }
 
+// Adds samples to those of a key; false, and nothing is added, when that cannot be told in numbers.
+bool add(CounterDistribution samples, const std::string& key, CounterValues& values) {
+  const auto found = values.find(key);
+  if (found != values.end()) {
+    if (const auto* present = std::get_if<CounterDistribution>(&found->second)) {
+      samples.count += present->count;
+      samples.sum += present->sum;
+    }
+  }
+  if (!std::isfinite(samples.sum) || samples.count > CounterDistribution::largestCount) {
+    return false;
+  }
+  values.insert_or_assign(key, samples);
+  return true;
+}
+
 }  // namespace
 
 PrometheusCounterStore::PrometheusCounterStore(std::filesystem::path file,
@@ -22,45 +38,49 @@ PrometheusCounterStore::PrometheusCounterStore(std::filesystem::path file,
       problems(std::make_shared<ProblemReporter>(path.filename().string())) {}
 
 void PrometheusCounterStore::setScalar(const std::string& key, std::int64_t value) {
-  std::call_once(loaded, [this] { load(); });
   MutexLock lock(mutex);
   values.insert_or_assign(key, value);
-  write();
+  save();
 }
 
 void PrometheusCounterStore::addSample(const std::string& key, double sample) {
-  std::call_once(loaded, [this] { load(); });
   MutexLock lock(mutex);
-  auto& value = values.try_emplace(key, CounterDistribution()).first->second;
-  if (!std::holds_alternative<CounterDistribution>(value)) value = CounterDistribution();
-  auto& samples = std::get<CounterDistribution>(value);
-  if (!std::isfinite(samples.sum + sample)) return;
-  ++samples.count;
-  samples.sum += sample;
-  write();
-}
-
-void PrometheusCounterStore::load() {
-  const Future<std::string> reading = dataProxy->dataWithContentsOfURL(path);
-  const Result<std::string>& bytes = reading.result();
-  if (!bytes.isLeft() && isMissingFile(bytes.right())) return;
-  Result<CounterValues> kept = bytes.isLeft() ? PrometheusText::read(bytes.left())
-                                              : Result<CounterValues>::right(bytes.right());
-  if (!kept.isLeft()) {
-    problems->setProblem(kept.right());
-    dataProxy->keepDamagedFile(path);
-    return;
-  }
-  MutexLock lock(mutex);
-  values = std::move(kept).takeLeft();
+  if (add({1, sample}, key, values)) save();
 }
 
 // The lock keeps the writes in the order of the counts; the file layer only queues them.
-void PrometheusCounterStore::write() {
+void PrometheusCounterStore::save() {
+  if (!loaded) loaded = load();
+  if (!loaded) return;
   dataProxy->writeData(PrometheusText::write(values), path, WritingOptions::atomic)
       .onCompletion([reporter = problems](const Result<bool>& outcome) {
         reporter->setProblem(outcome.isLeft() ? nullptr : outcome.right());
       });
+}
+
+// Puts what was counted meanwhile on top of what the file says; false when the file has to stay.
+bool PrometheusCounterStore::load() {
+  const Future<std::string> reading = dataProxy->dataWithContentsOfURL(path);
+  const Result<std::string>& bytes = reading.result();
+  if (!bytes.isLeft()) {
+    if (isMissingFile(bytes.right())) return true;
+    problems->setProblem(bytes.right());
+    return false;
+  }
+  Result<CounterValues> kept = PrometheusText::read(bytes.left());
+  if (!kept.isLeft()) {
+    problems->setProblem(kept.right());
+    return dataProxy->keepDamagedFile(path);
+  }
+  const CounterValues counted = std::exchange(values, std::move(kept).takeLeft());
+  for (const auto& [key, value] : counted) {
+    if (const auto* samples = std::get_if<CounterDistribution>(&value)) {
+      add(*samples, key, values);
+    } else {
+      values.insert_or_assign(key, value);
+    }
+  }
+  return true;
 }
 
 }  // namespace quenlet

@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "platform/counters/CounterStore.h"
@@ -15,28 +14,30 @@ namespace quenlet {
 
 // Keeps counters in a file in the Prometheus text format, over restarts. Thread-safe.
 //
-// The file is read before the first count and replaced whole after each; nobody waits for that, and
-// the file layer makes one write of what comes while another one is under way. A file that cannot
-// be read, or holds anything else, is kept aside, and counting starts from nothing. Problems are
-// told on standard error. What another process writes to the file meanwhile is lost.
+// The file is read at the first count and replaced whole after each; nobody waits for that, and the
+// file layer makes one write of what comes while another one is under way. A file that holds
+// anything else is kept aside, and counting starts from nothing. While the file can be neither read
+// nor kept aside it is left as it is: what is counted stays in memory, and each count tries again.
+// Problems are told on standard error. What another process writes to the file meanwhile is lost.
 class PrometheusCounterStore final : public CounterStore {
  public:
   // Touches no file yet.
   PrometheusCounterStore(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy);
 
   void setScalar(const std::string& key, std::int64_t value) override EXCLUDES(mutex);
-  // A sample that would make the sum anything but a number is left out.
+  // A sample that would make the sum anything but a number, or the count too large to be read back,
+  // is left out.
   void addSample(const std::string& key, double sample) override EXCLUDES(mutex);
 
  private:
-  void load() EXCLUDES(mutex);
-  void write() REQUIRES(mutex);
+  void save() REQUIRES(mutex);
+  [[nodiscard]] bool load() REQUIRES(mutex);
 
   const std::filesystem::path path;
   const std::shared_ptr<DataProxy> dataProxy;
   const std::shared_ptr<ProblemReporter> problems;
-  std::once_flag loaded;
   Mutex mutex;
+  bool loaded GUARDED_BY(mutex) = false;
   CounterValues values GUARDED_BY(mutex);
 };
 

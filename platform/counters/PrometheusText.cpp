@@ -104,7 +104,7 @@ std::optional<CounterValue> readGauge(LineReader& lines, std::string_view key) {
 std::optional<CounterValue> readSummary(LineReader& lines, std::string_view key) {
   const std::string name = nameOfKey(key);
   const auto count = lines.takeSample<std::uint64_t>(name + "_count");
-  if (!count) return std::nullopt;
+  if (!count || *count > CounterDistribution::largestCount) return std::nullopt;
   const auto sum = lines.takeSample<double>(name + "_sum");
   if (!sum || !std::isfinite(*sum)) return std::nullopt;
   return CounterValue(CounterDistribution{*count, *sum});

@@ -27,8 +27,8 @@ class DataProxy {
                                                WritingOptions options) = 0;
 
   // Keeps a damaged or unreadable file beside its name, as "<name>.damaged-<n>", before something
-  // new takes its place. On the calling thread.
-  virtual void keepDamagedFile(const std::filesystem::path& url) = 0;
+  // new takes its place. On the calling thread. False when it could not be kept.
+  virtual bool keepDamagedFile(const std::filesystem::path& url) = 0;
 
   // Marks a directory as excluded from backups. On the calling thread.
   [[nodiscard]] virtual ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) = 0;

@@ -178,10 +178,10 @@ void PosixDataProxy::perform(Write write) {
   if (write.hold) write.hold->cancel();
 }
 
-void PosixDataProxy::keepDamagedFile(const path& url) {
+bool PosixDataProxy::keepDamagedFile(const path& url) {
   const std::uintmax_t newest = newestDamagedCopy(url);
   std::error_code unknown;
-  if (std::filesystem::equivalent(url, damagedCopy(url, newest), unknown)) return;
+  if (std::filesystem::equivalent(url, damagedCopy(url, newest), unknown)) return true;
   ErrorPtr error;
   if (linkDamagedFile(url, newest + 1) == 0) {
     if (const int failure = DurableDirectory::synchronize(operations, DurableDirectory::of(url))) {
@@ -191,6 +191,7 @@ void PosixDataProxy::keepDamagedFile(const path& url) {
     error = copyDamagedFile(url, newest);
   }
   if (error) report(error);
+  return !error;
 }
 
 // Under the first free number from `number` on. 0 or an errno value.

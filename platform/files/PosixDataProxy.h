@@ -50,7 +50,7 @@ class PosixDataProxy final : public DataProxy {
   // replaces the file by another one, so that the link keeps it as it is now. Where no link can be
   // made, by a copy. They are numbered from 1 on; what the newest one holds already is not kept
   // again. What cannot be kept is reported on standard error.
-  void keepDamagedFile(const std::filesystem::path& url) override;
+  bool keepDamagedFile(const std::filesystem::path& url) override;
   // By a CACHEDIR.TAG file, which backup programs honour.
   [[nodiscard]] ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override;
 

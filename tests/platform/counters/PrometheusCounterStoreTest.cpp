@@ -95,6 +95,7 @@ TEST_F(PrometheusCounterStoreTest, KeepsADamagedFileAsideAndCountsFromNothing) {
       whole + whole,
       whole + "\n",
       changed("count 4", "count -4"),
+      changed("count 4", "count 9223372036854775808"),
       changed("sum 8", "sum inf"),
       changed("value 1\n", "value 1 1700000000\n"),
       changed("value 1\n", "value 9223372036854775808\n"),
@@ -112,6 +113,22 @@ TEST_F(PrometheusCounterStoreTest, KeepsADamagedFileAsideAndCountsFromNothing) {
     EXPECT_EQ(readFile(file), counted("1", "2"));
     EXPECT_EQ(readFile(file.string() + ".damaged-1"), content);
   }
+}
+
+TEST_F(PrometheusCounterStoreTest, ReplacesNoFileThatItCanNeitherReadNorKeep) {
+  const auto setScalar = [](CounterStore& store) { store.setScalar("a.me-card.count", 1); };
+  std::filesystem::create_directories(file.parent_path());
+  std::ofstream(file) << counted("4", "8");
+  operations.fail("read", EIO);
+  EXPECT_EQ(live(setScalar).find("quenlet: counters.prom: "), 0u);
+  EXPECT_EQ(readFile(file), counted("4", "8"));
+  operations.fail("read", EIO);
+  live(&countOnce);
+  EXPECT_EQ(readFile(file), counted("5", "10")) << "the second count could read it";
+  std::ofstream(file) << "damaged";
+  operations.fail("open", EACCES, 2);
+  live(setScalar);
+  EXPECT_EQ(readFile(file), "damaged");
 }
 
 TEST_F(PrometheusCounterStoreTest, LetsABurstOfCountsShareWrites) {

@@ -38,7 +38,9 @@ class SteeredDataProxy final : public DataProxy {
     });
     return promise.future();
   }
-  void keepDamagedFile(const std::filesystem::path& url) override { real.keepDamagedFile(url); }
+  bool keepDamagedFile(const std::filesystem::path& url) override {
+    return real.keepDamagedFile(url);
+  }
   ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override {
     return real.setExcludedFromBackups(directory);
   }
