@@ -21,16 +21,16 @@ std::shared_ptr<AnalyticsLogger> analyticsLogger() {
 
 std::optional<Date> dateOfLastAttempt() {
   const auto object =
-      PlatformServices::current().userDefaults()->objectForKey(MetricsAttempt::lastAttemptKey);
+      PlatformServices::current().userDefaults()->objectForKey(LastMetricsAttemptKey);
   const Date* date = object ? object->date() : nullptr;
   return date ? std::optional(*date) : std::nullopt;
 }
 
 void writeDateOfAttempt(Date now) {
   // An attempt that cannot be noted is made all the same, and again at the next launch.
-  ProblemReporter(MetricsAttempt::lastAttemptKey)
-      .setProblem(PlatformServices::current().userDefaults()->setObject(
-          now, MetricsAttempt::lastAttemptKey));
+  ProblemReporter(LastMetricsAttemptKey)
+      .setProblem(
+          PlatformServices::current().userDefaults()->setObject(now, LastMetricsAttemptKey));
 }
 
 ContactPtr fetchCuratedCard() {

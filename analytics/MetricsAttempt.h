@@ -21,8 +21,6 @@ namespace quenlet {
 class MetricsAttempt final {
  public:
   static constexpr double intervalSeconds = 86400.0;
-  // Where the user defaults keep the date of the last attempt that was not too soon.
-  static constexpr char lastAttemptKey[] = "last-metrics-attempt";
 
   // Makes one attempt with the platform's current services. Waits for files: call it on the global
   // asynchronous scheduler. What follows the agent's answer runs where that comes.

@@ -77,8 +77,8 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       deviceInfo(std::make_shared<PropertyListDeviceInfo>(library / "Telephony" / "device.plist",
                                                           "/etc/machine-info", dataProxy)),
       userDefaults(std::make_shared<PropertyListUserDefaults>(preferencesPath(), dataProxy)),
-      counterStore(std::make_shared<PrometheusCounterStore>(
-          library / "Logs" / "quenlet" / "counters.prom", dataProxy)),
+      counterStore(
+          std::make_shared<PrometheusCounterStore>(homeDirectory / CountersPath, dataProxy)),
       scope(makeServices()) {}
 
 LinuxPlatform::~LinuxPlatform() = default;

@@ -53,7 +53,7 @@ class LinuxPlatform final {
   void watchMeCard();
   [[nodiscard]] std::filesystem::path meCardPath() const { return library / "Contacts" / "me.vcf"; }
   [[nodiscard]] std::filesystem::path preferencesPath() const {
-    return library / "Preferences" / "ovaro.quenlet.plist";
+    return library.parent_path() / PreferencesPath;
   }
 
   const std::filesystem::path library;

@@ -12,6 +12,9 @@
 
 namespace quenlet {
 
+// Where a user's counters are, from the home directory.
+inline constexpr char CountersPath[] = "Library/Logs/quenlet/counters.prom";
+
 // Keeps counters in a file in the Prometheus text format, over restarts. Thread-safe.
 //
 // The file is read at the first count and replaced whole after each; nobody waits for that, and the

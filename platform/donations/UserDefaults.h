@@ -8,6 +8,11 @@
 
 namespace quenlet {
 
+// The file of a user's preferences and defaults, from the home directory.
+inline constexpr char PreferencesPath[] = "Library/Preferences/ovaro.quenlet.plist";
+// Holds the date of the last daily report that did not come too soon.
+inline constexpr char LastMetricsAttemptKey[] = "last-metrics-attempt";
+
 // Small facts that outlive the process, by key. Thread-safe.
 class UserDefaults {
  public:

@@ -5,8 +5,10 @@
 #include <cstdio>
 
 #include "platform/counters/CounterKeys.h"
+#include "platform/counters/PrometheusCounterStore.h"
 #include "platform/counters/PrometheusText.h"
-#include "platform/donations/PropertyListUserDefaults.h"
+#include "platform/donations/PropertyListFile.h"
+#include "platform/donations/UserDefaults.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/JSONWriter.h"
@@ -17,11 +19,21 @@ namespace {
 
 using Stats = StatsWord::Stats;
 
+// Errors of the system name the file already.
+ErrorPtr errorInFile(const char* path, const ErrorPtr& error) {
+  if (error->domain() == PosixErrorDomain) return error;
+  const std::string name = std::filesystem::path(path).filename();
+  return makeError(error->domain(), error->code(), name + ": " + error->debugDescription());
+}
+
 Result<CounterValues> readCounters(const std::filesystem::path& file, DataProxy& dataProxy) {
   const Future<std::string> reading = dataProxy.dataWithContentsOfURL(file);
   const Result<std::string>& text = reading.result();
   if (text.isLeft()) return PrometheusText::read(text.left());
-  if (text.right()->code() == ENOENT) return Result<CounterValues>::left({});
+  const Error& error = *text.right();
+  if (error.domain() == PosixErrorDomain && error.code() == ENOENT) {
+    return Result<CounterValues>::left({});
+  }
   return Result<CounterValues>::right(text.right());
 }
 
@@ -29,24 +41,32 @@ Result<Stats> readStats() {
   const auto home = UserDirectories::homeDirectory();
   if (!home.isLeft()) return Result<Stats>::right(home.right());
   const auto dataProxy = std::make_shared<PosixDataProxy>();
-  auto counters = readCounters(home.left() / "Library/Logs/quenlet/counters.prom", *dataProxy);
-  if (!counters.isLeft()) return Result<Stats>::right(counters.right());
+  auto counters = readCounters(home.left() / CountersPath, *dataProxy);
+  if (!counters.isLeft()) return Result<Stats>::right(errorInFile(CountersPath, counters.right()));
+  const auto defaults = PropertyListFile(home.left() / PreferencesPath, dataProxy).read();
+  if (!defaults.isLeft())
+    return Result<Stats>::right(errorInFile(PreferencesPath, defaults.right()));
   Stats stats{std::nullopt, std::move(counters).takeLeft()};
-  PropertyListUserDefaults defaults(home.left() / "Library/Preferences/ovaro.quenlet.plist",
-                                    dataProxy);
-  const auto lastAttempt = defaults.objectForKey("last-metrics-attempt");
+  const PropertyList* lastAttempt = findEntry(defaults.left(), LastMetricsAttemptKey);
   if (lastAttempt && lastAttempt->date()) stats.lastAttempt = *lastAttempt->date();
   return Result<Stats>::left(std::move(stats));
 }
 
-// Null when the key counts nothing of that kind.
-template <typename T>
-const T* find(const Stats& stats, const char* key) {
-  const auto found = stats.counters.find(key);
-  return found == stats.counters.end() ? nullptr : std::get_if<T>(&found->second);
-}
+// What is still to be told; each part of the text takes out what it tells.
+struct Untold final {
+  CounterValues counters;
 
-void writeCard(std::ostream& out, const Stats& stats) {
+  template <typename T>
+  std::optional<T> take(const char* key) {
+    const auto found = counters.find(key);
+    if (found == counters.end() || !std::holds_alternative<T>(found->second)) return std::nullopt;
+    const T value = std::get<T>(found->second);
+    counters.erase(found);
+    return value;
+  }
+};
+
+void writeCard(std::ostream& out, Untold& untold) {
   const std::pair<const char*, const char*> rows[] = {
       {"a name", CounterKeys::hasName},
       {"e-mail addresses", CounterKeys::hasEmailAddress},
@@ -55,7 +75,7 @@ void writeCard(std::ostream& out, const Stats& stats) {
   };
   TextTable table;
   for (const auto& [words, key] : rows) {
-    if (const auto* has = find<std::int64_t>(stats, key)) {
+    if (const auto has = untold.take<std::int64_t>(key)) {
       table.addRow({words, *has != 0 ? "yes" : "no"});
     }
   }
@@ -71,7 +91,7 @@ std::string average(const CounterDistribution& samples) {
   return text;
 }
 
-void writeDonated(std::ostream& out, const Stats& stats) {
+void writeDonated(std::ostream& out, Untold& untold) {
   const std::tuple<const char*, const char*, const char*> rows[] = {
       {"e-mail addresses", CounterKeys::matchedEmailAddresses,
        CounterKeys::unmatchedEmailAddresses},
@@ -81,13 +101,28 @@ void writeDonated(std::ostream& out, const Stats& stats) {
   };
   TextTable table({"", "ALSO ON YOUR CARD", "NEW", "REPORTS"});
   for (const auto& [words, matchedKey, unmatchedKey] : rows) {
-    const auto* matched = find<CounterDistribution>(stats, matchedKey);
-    const auto* unmatched = find<CounterDistribution>(stats, unmatchedKey);
-    if (!matched || !unmatched) continue;
-    table.addRow({words, average(*matched), average(*unmatched), std::to_string(matched->count)});
+    const auto matched = untold.take<CounterDistribution>(matchedKey);
+    const auto unmatched = untold.take<CounterDistribution>(unmatchedKey);
+    if (!matched && !unmatched) continue;
+    table.addRow({words, matched ? average(*matched) : "", unmatched ? average(*unmatched) : "",
+                  std::to_string((matched ? matched : unmatched)->count)});
   }
   if (table.empty()) return;
   out << "\nDonated, on average of all reports\n";
+  table.write(out, "  ");
+}
+
+// Other versions may have counters that this one has no words for.
+void writeOthers(std::ostream& out, const Untold& untold) {
+  if (untold.counters.empty()) return;
+  TextTable table;
+  for (const auto& [key, value] : untold.counters) {
+    const auto* samples = std::get_if<CounterDistribution>(&value);
+    table.addRow({key, samples
+                           ? average(*samples) + " on average of " + std::to_string(samples->count)
+                           : std::to_string(std::get<std::int64_t>(value))});
+  }
+  out << "\nOther counters\n";
   table.write(out, "  ");
 }
 
@@ -108,8 +143,13 @@ ExitCode StatsWord::run(Session& session) const {
 
 void StatsWord::writeText(std::ostream& out, const Stats& stats) {
   out << "Last attempt  " << (stats.lastAttempt ? stats.lastAttempt->iso8601() : "never") << "\n";
-  writeCard(out, stats);
-  writeDonated(out, stats);
+  Untold untold{stats.counters};
+  if (const auto cards = untold.take<std::int64_t>(CounterKeys::meCardCount)) {
+    out << "Own cards     " << *cards << "\n";
+  }
+  writeCard(out, untold);
+  writeDonated(out, untold);
+  writeOthers(out, untold);
 }
 
 void StatsWord::writeJSON(std::ostream& out, const Stats& stats) {

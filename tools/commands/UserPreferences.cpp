@@ -1,6 +1,7 @@
 #include "tools/commands/UserPreferences.h"
 
 #include "platform/donations/PropertyListDonationPreferences.h"
+#include "platform/donations/UserDefaults.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/notifications/SocketNotificationCenter.h"
@@ -20,7 +21,7 @@ Result<std::unique_ptr<UserPreferences>> UserPreferences::open() {
 UserPreferences::UserPreferences(const std::filesystem::path& home,
                                  const std::filesystem::path& runtime)
     : donationPreferences(std::make_shared<PropertyListDonationPreferences>(
-          home / "Library/Preferences/ovaro.quenlet.plist", std::make_shared<PosixDataProxy>(),
+          home / PreferencesPath, std::make_shared<PosixDataProxy>(),
           eventLoop,
           std::make_shared<SocketNotificationCenter>(eventLoop,
                                                      runtime / "quenlet/notifications"))) {}
