@@ -11,8 +11,9 @@
 namespace quenlet {
 namespace {
 
-// Nothing when an element of the array is not what it should be.
+// Nothing when there are too many elements, or one is not what it should be.
 std::optional<SIMCardItems> itemsOfArray(const PropertyListArray& elements) {
+  if (elements.size() > PropertyListPhoneNumberMonitor::maximumItems) return std::nullopt;
   SIMCardItems items;
   for (const PropertyList& element : elements) {
     const PropertyListDictionary* entries = element.dictionary();
@@ -30,7 +31,7 @@ Result<SIMCardItems> itemsOfObject(const std::optional<PropertyList>& object) {
   std::optional<SIMCardItems> items = elements ? itemsOfArray(*elements) : std::nullopt;
   if (items) return Result<SIMCardItems>::left(*std::move(items));
   return Result<SIMCardItems>::right(TelephonyFile::damage(
-      "the file is not an array of dictionaries with the texts identifier and value"));
+      "the file is not an array of up to 1,000 dictionaries with the texts identifier and value"));
 }
 
 }  // namespace

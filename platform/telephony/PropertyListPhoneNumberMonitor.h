@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <memory>
 
@@ -14,10 +15,13 @@ namespace quenlet {
 // and only when the numbers differ from those that they were told last.
 //
 // No file is no numbers. A file that cannot be read, or is not such an array, changes nothing for
-// the handlers, and is said once on standard error while it lasts. The loop outlives the
-// registrations.
+// the handlers, and is said once on standard error while it lasts, however many handlers there are:
+// one monitor does for a whole process. More than `maximumItems` numbers are no such array either.
+// The loop outlives the registrations.
 class PropertyListPhoneNumberMonitor final : public PhoneNumberMonitor {
  public:
+  static constexpr std::size_t maximumItems = 1000;
+
   PropertyListPhoneNumberMonitor(std::filesystem::path file, std::shared_ptr<DataProxy> dataProxy,
                                  EventLoop& eventLoop);
 

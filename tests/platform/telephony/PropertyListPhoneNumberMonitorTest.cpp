@@ -47,12 +47,17 @@ TEST_F(PropertyListPhoneNumberMonitorTest, TellsOfRealChangesUntilCancelled) {
   EXPECT_EQ(told(), "1=112;2=;");
   write("<!-- same -->" + number("1", "112") + number("2", ""));
   EXPECT_EQ(told(), "");
-  for (const std::string damage : {"<dict/>", "secret"}) {
+  std::string tooMany;
+  for (int i = 0; i < 1000; ++i) tooMany += number("1", "112");
+  int completions = 0;
+  for (const std::string& damage : {std::string("<dict/>"), std::string("secret"), tooMany}) {
     testing::internal::CaptureStderr();
     write(number("1", "112") + damage);
     EXPECT_EQ(told(), "");
-    monitor.infoWithCompletion(
-        [](const auto& items, const ErrorPtr& error) { EXPECT_TRUE(!items && error); });
+    monitor.infoWithCompletion([&](const auto& items, const ErrorPtr& error) {
+      ++completions;
+      EXPECT_TRUE(!items && error);
+    });
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
     EXPECT_EQ(said.find("secret"), said.npos) << said;
@@ -62,8 +67,11 @@ TEST_F(PropertyListPhoneNumberMonitorTest, TellsOfRealChangesUntilCancelled) {
   token->cancel();
   write(number("2", "113"));
   EXPECT_EQ(told(), "");
-  monitor.infoWithCompletion(
-      [](const auto& items, const ErrorPtr&) { EXPECT_EQ(described(*items), "2=113;"); });
+  monitor.infoWithCompletion([&](const auto& items, const ErrorPtr&) {
+    ++completions;
+    EXPECT_EQ(described(*items), "2=113;");
+  });
+  EXPECT_EQ(completions, 4);
 }
 
 }  // namespace
