@@ -46,6 +46,17 @@ ErrorPtr unknownAccount() {
                           "there is no account with this identifier");
 }
 
+// How many values an object consists of, itself included.
+std::size_t countOfValues(const PropertyList& object) {
+  std::size_t count = 1;
+  if (const PropertyListArray* elements = object.array()) {
+    for (const PropertyList& element : *elements) count += countOfValues(element);
+  } else if (const PropertyListDictionary* entries = object.dictionary()) {
+    for (const auto& entry : *entries) count += countOfValues(entry.second);
+  }
+  return count;
+}
+
 // The account files of a directory, sorted; none when it is missing.
 Result<std::vector<path>> accountFilesIn(const path& directory) {
   std::vector<path> files;
@@ -108,6 +119,11 @@ ErrorPtr PropertyListAccountStore::save(const Account& account) {
   if (ErrorPtr error = problemOfIdentifier(account.identifier)) return error;
   const path file = fileOf(account.identifier);
   PropertyListDictionary entries = account.propertyListRepresentation();
+  if (countOfValues(entries) > Account::maximumValues) {
+    return makeAccountError(
+        AccountErrorCode::tooManyValues,
+        "an account has " + std::to_string(Account::maximumValues) + " values at most");
+  }
   entries.merge(foreignEntriesOf(file));
   Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(entries));
   if (!bytes.isLeft()) return bytes.right();

@@ -24,6 +24,8 @@ enum class AccountErrorCode {
   damagedAccount = 2,
   unknownAccount = 3,
   accountExists = 4,
+  // More than Account::maximumValues, which no agent would take.
+  tooManyValues = 5,
 };
 
 [[nodiscard]] ErrorPtr makeAccountError(AccountErrorCode code, std::string sentence);

@@ -103,6 +103,8 @@ TEST_F(PropertyListAccountStoreTest, KeepsWhatIsSavedUntilItIsRemoved) {
   EXPECT_EQ(codeOf(store()->accountWithIdentifier(account.identifier).right()), unknown);
   account.properties.emplace("big", std::string(1 << 20, 'x'));
   EXPECT_EQ(codeOf(store()->save(account)), EFBIG) << "it could not be read again";
+  account.properties = {{"many", PropertyListArray(Account::maximumValues, 1)}};
+  EXPECT_EQ(codeOf(store()->save(account)), 5);
 }
 
 TEST_F(PropertyListAccountStoreTest, TakesOnlyIdentifiersThatCanBeFileNames) {
