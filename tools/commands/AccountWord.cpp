@@ -55,7 +55,7 @@ ExitCode tellAgent(Session& session, const UserAccounts& accounts, const Account
     if (!isRefusal && !obstacle) return finishWithout(session);
     const bool agentRuns = obstacle && obstacle->code() == EWOULDBLOCK;
     if (isRefusal || !agentRuns || attempt == mostAttempts) {
-      session.err << "quenlet: the account store is changed, but the agent does not follow\n";
+      session.err << "quenlet: the agent does not follow the account store\n";
       return session.failWith(isRefusal || agentRuns ? error : obstacle);
     }
     std::this_thread::sleep_for(pauseBetweenAttempts);
@@ -72,9 +72,9 @@ ExitCode saveAndTell(Session& session, UserAccounts& accounts, const AccountPtr&
                    std::make_shared<const Account>(std::move(account)));
 }
 
-bool isUnknown(const Result<AccountPtr>& account) {
-  return !account.isLeft() && account.right()->domain() == AccountErrorDomain &&
-         account.right()->code() == static_cast<std::int64_t>(AccountErrorCode::unknownAccount);
+bool isUnknown(const Error& error) {
+  return error.domain() == AccountErrorDomain &&
+         error.code() == static_cast<std::int64_t>(AccountErrorCode::unknownAccount);
 }
 
 std::string typeOf(const Account& account) {
@@ -143,7 +143,7 @@ ExitCode AccountWord::add(Session& session, UserAccounts& accounts) const {
         makeAccountError(AccountErrorCode::accountExists,
                          "there is an account with this identifier; \"account change\" alters it"));
   }
-  if (!isUnknown(present)) return session.failWith(present.right());
+  if (!isUnknown(*present.right())) return session.failWith(present.right());
   Account account{.identifier = addition.identifier, .isActive = true};
   account.enabledDataclasses = {defaultDataClass};
   if (const ErrorPtr error = addition.applyTo(account)) return session.failWith(error);
@@ -164,15 +164,16 @@ ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
   const auto lock = accounts.store().lock();
   if (!lock.isLeft()) return session.failWith(lock.right());
   const Result<AccountPtr> present = accounts.store().accountWithIdentifier(removedIdentifier);
-  if (const ErrorPtr error = accounts.store().remove(removedIdentifier)) {
-    return session.failWith(error);
-  }
-  session.out << "Removed account " << printable(removedIdentifier) << ".\n";
-  // Of an account that cannot be read, its identifier is enough to take back what it donated.
+  const ErrorPtr error = accounts.store().remove(removedIdentifier);
+  if (error && !isUnknown(*error)) return session.failWith(error);
+  if (!error) session.out << "Removed account " << printable(removedIdentifier) << ".\n";
+  // Of an account that cannot be read, or whose file somebody removed, its identifier is enough to
+  // take back what it donated.
   const AccountPtr oldAccount =
       present.isLeft() ? present.left()
                        : std::make_shared<const Account>(Account{.identifier = removedIdentifier});
-  return tellAgent(session, accounts, oldAccount, nullptr);
+  const ExitCode told = tellAgent(session, accounts, oldAccount, nullptr);
+  return error ? session.failWith(error) : told;
 }
 
 ExitCode AccountWord::list(Session& session, UserAccounts& accounts) const {
