@@ -5,6 +5,7 @@
 #include "model/DonationOrigin.h"
 #include "platform/PlatformServices.h"
 #include "platform/contacts/ContactStore.h"
+#include "platform/foundation/Text.h"
 #include "platform/logging/StandardOutput.h"
 #include "sources/sim/SIMCardText.h"
 
@@ -43,7 +44,7 @@ void SIMCardMonitor::handleSIMItems(const SIMCardItems& items, CorvelProtocol& a
 void SIMCardMonitor::donateWithSimCardItem(const SIMCardItem& item, CorvelProtocol& agent) {
   const std::optional<PhoneNumber> number = PhoneNumber::withStringValue(item.value);
   if (!number) {
-    printLine("Could not convert phone number " + SIMCardText::onOneLine(item.value));
+    printLine("Could not convert phone number " + onOneLine(item.value));
     return;
   }
   DonationOrigin origin{SIMCardBundleIdentifier, item.identifier, std::nullopt,

@@ -1,6 +1,6 @@
 #include "sources/sim/SIMCardText.h"
 
-#include <algorithm>
+#include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
@@ -21,14 +21,6 @@ std::string SIMCardText::of(const std::optional<SIMCardItems>& items) {
 
 std::string SIMCardText::of(const ErrorPtr& error) {
   return error ? error->description() : nothing;
-}
-
-std::string SIMCardText::onOneLine(std::string_view text) {
-  std::string line(text);
-  std::replace_if(
-      line.begin(), line.end(),
-      [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
-  return line;
 }
 
 }  // namespace quenlet

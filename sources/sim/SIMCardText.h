@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "platform/foundation/Error.h"
 #include "platform/telephony/PhoneNumberMonitor.h"
@@ -14,12 +13,11 @@ class SIMCardText final {
  public:
   SIMCardText() = delete;
 
-  // "[identifier value, identifier value]", "[]" for an empty list, "nothing" for none.
+  // "[identifier value, identifier value]", "[]" for an empty list, "nothing" for none. Control
+  // characters and line breaks of a card are blanks.
   [[nodiscard]] static std::string of(const std::optional<SIMCardItems>& items);
   // The error's description, "nothing" for null.
   [[nodiscard]] static std::string of(const ErrorPtr& error);
-  // A card's text with each control character as "?", so that it cannot begin a line of its own.
-  [[nodiscard]] static std::string onOneLine(std::string_view text);
 };
 
 }  // namespace quenlet

@@ -43,8 +43,8 @@ TEST_F(SIMCardMonitorTest, DonatesEachNumberForEverUntilNoneIsLeft) {
   setEnabled(true);
   SIMCardMonitor monitor(agent, cards);
   monitor.start();
-  EXPECT_EQ(outputOf({number, {"sim2", "no\nnumber"}, {"sim3", "112"}}),
-            "Could not convert phone number no?number\n");
+  EXPECT_EQ(outputOf({number, {"sim2", "no\nnumber\u0085"}, {"sim3", "112"}}),
+            "Could not convert phone number no number \n");
   run();
   ASSERT_EQ(identifiersOf(persistence->kept), "sim1 sim3");
   DonationOrigin origin = from(SIMCardBundleIdentifier, "sim1");
