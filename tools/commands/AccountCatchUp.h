@@ -13,8 +13,8 @@ namespace quenlet {
 //
 // The table is the agent's. It is changed under the lock that an agent holds for its whole life,
 // so that no agent can have the old table in its memory and write it back. An agent that is started
-// in that instant finds the lock taken, and ends as if another one ran; so it is held for one small
-// write only. One thread.
+// in that instant tries for the lock for a second, so it is held for one small write only. One
+// thread.
 class AccountCatchUp final {
  public:
   AccountCatchUp(std::filesystem::path donationsDirectory, std::shared_ptr<DataProxy> dataProxy);
