@@ -7,6 +7,7 @@
 #include <chrono>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 #include "platform/accounts/PropertyListAccountStore.h"
 #include "platform/contacts/VCardContactStore.h"
@@ -26,15 +27,16 @@ namespace quenlet {
 namespace {
 
 // Distributions keep the soft limit at 1,024 for programs that use select(), which none of ours
-// does. Where it cannot be raised, the listeners admit fewer connections.
-void raiseDescriptorLimit() {
+// does. Where it cannot be raised, the listeners admit fewer connections. The soft limit before; 0
+// when it is not known.
+rlim_t raiseDescriptorLimit() {
   constexpr rlim_t enoughDescriptors = 65'536;
   rlimit limit{};
-  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return 0;
   const rlim_t wanted = std::min(limit.rlim_max, enoughDescriptors);
-  if (limit.rlim_cur >= wanted) return;
-  limit.rlim_cur = wanted;
+  const rlim_t before = std::exchange(limit.rlim_cur, std::max(limit.rlim_cur, wanted));
   ::setrlimit(RLIMIT_NOFILE, &limit);
+  return before;
 }
 
 }  // namespace
@@ -45,17 +47,18 @@ Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
   if (!home.isLeft()) return Outcome::right(home.right());
   const Result<std::filesystem::path> runtime = UserDirectories::runtimeDirectory();
   if (!runtime.isLeft()) return Outcome::right(runtime.right());
-  raiseDescriptorLimit();
+  const ExtensionLimits extensionLimits{.openFiles = raiseDescriptorLimit()};
   try {
-    return Outcome::left(
-        std::unique_ptr<LinuxPlatform>(new LinuxPlatform(home.left(), runtime.left())));
+    return Outcome::left(std::unique_ptr<LinuxPlatform>(
+        new LinuxPlatform(home.left(), runtime.left(), extensionLimits)));
   } catch (const std::system_error& failure) {
     return Outcome::right(makePosixError(failure.code().value(), "start the platform layer"));
   }
 }
 
 LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
-                             const std::filesystem::path& runtimeDirectory)
+                             const std::filesystem::path& runtimeDirectory,
+                             const ExtensionLimits& extensionLimits)
     : library(homeDirectory / "Library"),
       schedulerProvider(
           std::make_shared<ProductionSchedulerProvider>(runLoop.mainThreadScheduler())),
@@ -73,7 +76,8 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
               {EntitlementDatabase::prefixOfRunningProgram(), "share/quenlet/extensions"},
               {homeDirectory, "Library/Extensions"}},
           ExtensionSchedulers{runLoop.eventLoop(), runLoop.mainThreadScheduler(),
-                              schedulerProvider->newSerialSchedulerWithName("extensions")})),
+                              schedulerProvider->newSerialSchedulerWithName("extensions")},
+          extensionLimits)),
       deviceInfo(std::make_shared<PropertyListDeviceInfo>(library / "Telephony" / "device.plist",
                                                           "/etc/machine-info", dataProxy)),
       userDefaults(std::make_shared<PropertyListUserDefaults>(preferencesPath(), dataProxy)),

@@ -27,7 +27,8 @@ namespace quenlet {
 class LinuxPlatform final {
  public:
   // An error when the user has no home or runtime directory, or the system no resources left.
-  // Raises the process's limit of open files as far as the system lets it, to 65,536 at most.
+  // Raises the process's limit of open files as far as the system lets it, to 65,536 at most; donor
+  // extensions keep the limit from before.
   [[nodiscard]] static Result<std::unique_ptr<LinuxPlatform>> open();
   ~LinuxPlatform();
   LinuxPlatform(const LinuxPlatform&) = delete;
@@ -46,7 +47,8 @@ class LinuxPlatform final {
 
  private:
   LinuxPlatform(const std::filesystem::path& homeDirectory,
-                const std::filesystem::path& runtimeDirectory);
+                const std::filesystem::path& runtimeDirectory,
+                const ExtensionLimits& extensionLimits);
   [[nodiscard]] PlatformServices makeServices();
   void addSources(PlatformServices& services);
   void addAnalytics(PlatformServices& services);

@@ -18,6 +18,8 @@ struct ExtensionLimits final {
   std::size_t programs = 4;
   // Sent to one program and not answered yet; the others wait in order.
   std::size_t unansweredRequests = 16;
+  // The soft limit of the open files of a program; 0 for the agent's.
+  std::size_t openFiles = 0;
 };
 
 }  // namespace quenlet

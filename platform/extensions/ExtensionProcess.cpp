@@ -1,19 +1,21 @@
 #include "platform/extensions/ExtensionProcess.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/epoll.h>
+#include <sys/resource.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
-#include <system_error>
 #include <utility>
 
-#include "platform/files/TrustedDirectory.h"
+#include "platform/extensions/TrustedProgram.h"
 
 namespace quenlet {
 namespace {
@@ -75,34 +77,26 @@ class SpawnSettings final {
   posix_spawnattr_t attributes;
 };
 
-// Links are followed first, so that the file that was looked at is the one that is started: nobody
-// else can put another one into its directory.
-Result<std::filesystem::path> trustedProgram(const std::filesystem::path& executable) {
-  using Program = Result<std::filesystem::path>;
-  std::error_code failure;
-  std::filesystem::path program = std::filesystem::canonical(executable, failure);
-  if (failure) return Program::right(makePosixError(failure.value(), "find the program"));
-  const Result<TrustedDirectory> directory = TrustedDirectory::open(program.parent_path());
-  if (!directory.isLeft()) {
-    return Program::right(makeError(PosixErrorDomain, directory.right()->code(),
-                                    "its directory: " + directory.right()->debugDescription()));
-  }
-  if (ErrorPtr error = directory.left().examineFile(program.filename().native())) {
-    return Program::right(std::move(error));
-  }
-  return Program::left(std::move(program));
+// The agent has raised its own soft limit, which programs that use select() cannot live with. They
+// run for some instructions before they have theirs.
+void setOpenFilesLimit(pid_t process, rlim_t openFiles) {
+  rlimit limit{};
+  if (openFiles == 0 || ::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = std::min(openFiles, limit.rlim_max);
+  ::prlimit(process, RLIMIT_NOFILE, &limit, nullptr);
 }
 
 }  // namespace
 
 Started ExtensionProcess::start(const std::filesystem::path& executable, FileDescriptor socket,
-                                EventLoop& eventLoop, Block onEnd) {
+                                rlim_t openFiles, EventLoop& eventLoop, Block onEnd) {
   const Result<std::filesystem::path> program = trustedProgram(executable);
   if (!program.isLeft()) return Started::right(program.right());
   pid_t started = 0;
   if (const int failure = SpawnSettings().spawn(program.left(), socket.get(), started)) {
     return Started::right(makePosixError(failure, "start the program"));
   }
+  setOpenFilesLimit(started, openFiles);
   std::unique_ptr<ExtensionProcess> process(new ExtensionProcess(started));
   if (ErrorPtr error = process->watchEnd(eventLoop, std::move(onEnd))) {
     return Started::right(std::move(error));
@@ -135,10 +129,15 @@ void ExtensionProcess::ended() {
 }
 
 // As long as the process is not waited for, nothing else can get its number or that of its group.
+// One that the kernel cannot end now, as it waits for a device, is left to whoever adopts it.
 void ExtensionProcess::reap() {
   if (process == 0) return;
   kill();
-  while (::waitpid(process, nullptr, 0) < 0 && errno == EINTR) {
+  constexpr int turns = 50;
+  constexpr int turnInMilliseconds = 20;
+  pollfd watched{pidDescriptor.get(), POLLIN, 0};  // without a descriptor, a mere pause
+  for (int i = 0; i < turns && ::waitpid(process, nullptr, WNOHANG) == 0; ++i) {
+    ::poll(&watched, 1, turnInMilliseconds);
   }
   process = 0;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/resource.h>
 #include <sys/types.h>
 
 #include <filesystem>
@@ -12,18 +13,19 @@
 namespace quenlet {
 
 // A running program of a donor. It has a session and process group of its own, a connected socket
-// as its standard input and nothing else of the agent's but the environment. It is always reaped,
-// and what is left of its process group dies with it. On the loop's thread only.
+// as its standard input and nothing else of the agent's but the environment. It is reaped, unless
+// the kernel cannot end it within a second, and what is left of its process group dies with it. On
+// the loop's thread only.
 class ExtensionProcess final {
  public:
   // Starts `executable` with `socket` as its standard input. `onEnd` is called once, when the
-  // program has ended by itself or by kill(); it may destroy this object. Fails when the program,
-  // or the directory that it stands in, can be written by others than root and the own user, or
-  // when it cannot be executed.
+  // program has ended by itself or by kill(); it may destroy this object. `openFiles` is the soft
+  // limit of its open files, 0 for the agent's. Fails when the program cannot be trusted (see
+  // TrustedProgram.h) or executed.
   [[nodiscard]] static Result<std::unique_ptr<ExtensionProcess>> start(
-      const std::filesystem::path& executable, FileDescriptor socket, EventLoop& eventLoop,
-      Block onEnd);
-  // Kills the program, unless it has ended, and waits for its end.
+      const std::filesystem::path& executable, FileDescriptor socket, rlim_t openFiles,
+      EventLoop& eventLoop, Block onEnd);
+  // Kills the program, unless it has ended, and waits for its end, a second at most.
   ~ExtensionProcess();
   ExtensionProcess(const ExtensionProcess&) = delete;
   ExtensionProcess& operator=(const ExtensionProcess&) = delete;

@@ -59,8 +59,8 @@ ErrorPtr ExtensionRun::startProgram() {
   }
   FileDescriptor ours(ends[0]);
   FileDescriptor theirs(ends[1]);
-  auto started = ExtensionProcess::start(manifest->executable, std::move(theirs), schedulers.loop,
-                                         [weak = weak_from_this()] {
+  auto started = ExtensionProcess::start(manifest->executable, std::move(theirs), limits.openFiles,
+                                         schedulers.loop, [weak = weak_from_this()] {
                                            if (const auto run = weak.lock()) run->onProgramEnded();
                                          });
   if (!started.isLeft()) return started.right();

@@ -44,7 +44,7 @@ class ExtensionRun final : public std::enable_shared_from_this<ExtensionRun> {
 
   void add(ExtensionRequestPtr request);
   void start();
-  // Kills the program, waits for its end, and fails what is left.
+  // Kills the program, waits a second at most for its end, and fails what is left.
   void abort(const ErrorPtr& reason);
 
  private:

@@ -120,9 +120,12 @@ TEST_F(ExtensionHostTest, SaysWhyAnExtensionCannotBeLoaded) {
   write("programs/senseless", "no program\n", 0755);
   write("programs/open", "#!/bin/sh\n", 0775);
   write("shared/program", "#!/bin/sh\n", 0755);
+  write("shared/below/program", "#!/bin/sh\n", 0755);
   std::filesystem::permissions(root / "shared", std::filesystem::perms(0777));
-  for (const char* program : {"programs/missing", "programs/plain", "programs", "programs/open",
-                              "programs/senseless", "shared/program"}) {
+  write("programs/setuid", "#!/bin/sh\n", 04755);
+  for (const char* program :
+       {"programs/missing", "programs/plain", "programs", "programs/open", "programs/senseless",
+        "programs/setuid", "shared/program", "shared/below/program"}) {
     install("bad", root / program);
     makeHost();
     EXPECT_EQ(load("bad"), nullptr);

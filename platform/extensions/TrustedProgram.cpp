@@ -1,0 +1,63 @@
+#include "platform/extensions/TrustedProgram.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+namespace {
+
+constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
+
+// What keeps a directory or program from being trusted; null when nothing does.
+const char* mistrust(const struct stat& status) {
+  if (status.st_uid != 0 && status.st_uid != ::geteuid()) return "it belongs to another user";
+  const bool isDirectory = S_ISDIR(status.st_mode);
+  const bool isShared = isDirectory && status.st_uid == 0 && (status.st_mode & S_ISVTX) != 0;
+  if ((status.st_mode & writableByOthers) != 0 && !isShared) {
+    return "its group or others can write it";
+  }
+  if (!isDirectory && !S_ISREG(status.st_mode)) return "it is no regular file";
+  if (!isDirectory && (status.st_mode & (S_ISUID | S_ISGID)) != 0) {
+    return "it takes on the rights of its owner or group";
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+Result<std::filesystem::path> trustedProgram(const std::filesystem::path& executable) {
+  using Program = Result<std::filesystem::path>;
+  std::error_code failure;
+  std::filesystem::path program = std::filesystem::canonical(executable, failure);
+  if (failure) return Program::right(makePosixError(failure.value(), "find the program"));
+  FileDescriptor reached;
+  std::filesystem::path soFar;
+  for (const std::filesystem::path& part : program) {
+    soFar /= part;
+    // What has become a link since is looked at as the link that it is, and refused.
+    FileDescriptor next(::openat(reached.get(), part.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct stat status {};
+    if (!next.isOpen() || ::fstat(next.get(), &status) != 0) {
+      return Program::right(makePosixError(errno, "open the program"));
+    }
+    if (const char* reason = mistrust(status)) {
+      return Program::right(makeError(PosixErrorDomain, EACCES, soFar.native() + ": " + reason));
+    }
+    reached = std::move(next);
+  }
+  struct stat last {};
+  if (::fstat(reached.get(), &last) != 0 || !S_ISREG(last.st_mode)) {
+    return Program::right(makeError(PosixErrorDomain, EINVAL, "the program is no regular file"));
+  }
+  return Program::left(std::move(program));
+}
+
+}  // namespace quenlet
