@@ -1,5 +1,6 @@
 #include "client/DonorExtensionMain.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -84,6 +85,14 @@ bool isSocket(int descriptor) {
   return ::fstat(descriptor, &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
+// The author's code may read the standard input, or start programs: neither is to reach the socket.
+FileDescriptor takeOverStandardInput() {
+  FileDescriptor socket(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+  if (!nothing.isOpen() || ::dup2(nothing.get(), STDIN_FILENO) < 0) socket.reset();
+  return socket;
+}
+
 }  // namespace
 
 void serveDonor(ExtensionDonor& donor, FileDescriptor socket) {
@@ -105,7 +114,12 @@ int runDonorExtension(ExtensionDonor& donor) {
         stderr);
     return 2;
   }
-  serveDonor(donor, FileDescriptor(STDIN_FILENO));
+  FileDescriptor socket = takeOverStandardInput();
+  if (!socket.isOpen()) {
+    std::perror("take over the agent's socket");
+    return 2;
+  }
+  serveDonor(donor, std::move(socket));
   return 0;
 }
 
