@@ -1,7 +1,6 @@
 #include "platform/extensions/ExtensionCatalog.h"
 
 #include <cerrno>
-#include <set>
 #include <system_error>
 
 #include "platform/extensions/ExtensionError.h"
@@ -31,8 +30,15 @@ class ExtensionCatalog::Reading final {
     if (!opened.isLeft()) return addFailure(path, opened.right());
     const Result<std::vector<std::string>> names = opened.left().names();
     if (!names.isLeft()) return setUnreadable(path, names.right());
+    std::size_t count = 0;
     for (const std::string& name : names.left()) {
-      if (std::filesystem::path(name).extension() == ".plist") addFile(opened.left(), name);
+      if (std::filesystem::path(name).extension() != ".plist") continue;
+      if (++count > maximumManifests) {
+        problems.emplace_back(path.native(),
+                              makeError(PosixErrorDomain, E2BIG, "there are too many manifests"));
+        break;
+      }
+      addFile(opened.left(), name);
     }
   }
 
@@ -61,7 +67,8 @@ class ExtensionCatalog::Reading final {
 
   void addFile(const TrustedDirectory& directory, const std::string& name) {
     const std::filesystem::path file = directory.path() / name;
-    const Result<std::string> text = directory.readFile(name);
+    const Result<std::string> text =
+        directory.readFile(name, ExtensionManifest::maximumSizeInBytes);
     if (!text.isLeft()) {
       problems.emplace_back(file.native(), text.right());
       return;
@@ -69,16 +76,13 @@ class ExtensionCatalog::Reading final {
     Result<ExtensionManifest> manifest = ExtensionManifest::read(text.left(), directory.path());
     if (!manifest.isLeft()) {
       problems.emplace_back(file.native(), manifest.right());
-    } else if (content.manifests.size() == maximumManifests) {
-      problems.emplace_back(directory.path().native(),
-                            makeError(PosixErrorDomain, E2BIG, "there are too many manifests"));
-    } else if (known.insert(canonicalKey(manifest.left().bundleIdentifier)).second) {
-      content.manifests.push_back(
-          std::make_shared<const ExtensionManifest>(std::move(manifest).takeLeft()));
+      return;
+    }
+    const auto read = std::make_shared<const ExtensionManifest>(std::move(manifest).takeLeft());
+    if (content.byBundle.emplace(canonicalKey(read->bundleIdentifier), read).second) {
+      content.manifests.push_back(read);
     }
   }
-
-  std::set<std::string> known;
 };
 
 ExtensionCatalog::ExtensionCatalog(std::vector<ManifestDirectory> manifestDirectories)
@@ -91,15 +95,12 @@ ExtensionCatalog::Content ExtensionCatalog::read() const {
   return std::move(reading.content);
 }
 
-Result<ExtensionManifestPtr> ExtensionCatalog::manifest(const std::string& bundleIdentifier) const {
+Result<ExtensionManifestPtr> ExtensionCatalog::Content::manifest(
+    const std::string& bundleIdentifier) const {
   using Found = Result<ExtensionManifestPtr>;
-  const Content content = read();
-  for (const ExtensionManifestPtr& manifest : content.manifests) {
-    if (canonicallyEqual(manifest->bundleIdentifier, bundleIdentifier)) {
-      return Found::left(manifest);
-    }
-  }
-  if (content.unreadable) return Found::right(content.unreadable);
+  const auto found = byBundle.find(canonicalKey(bundleIdentifier));
+  if (found != byBundle.end()) return Found::left(found->second);
+  if (unreadable) return Found::right(unreadable);
   return Found::right(makeExtensionError(ExtensionErrorCode::notInstalled,
                                          "no extension is installed for this bundle"));
 }

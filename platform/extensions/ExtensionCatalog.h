@@ -18,6 +18,7 @@ namespace quenlet {
 // standard error; not again while that lasts. Thread-safe.
 class ExtensionCatalog final {
  public:
+  // Looked at in one directory, good or bad.
   static constexpr std::size_t maximumManifests = 1000;
 
   struct Content final {
@@ -25,15 +26,18 @@ class ExtensionCatalog final {
     std::vector<ExtensionManifestPtr> manifests;
     // Not null when a directory is there but cannot be read: manifests may be missing.
     ErrorPtr unreadable;
+    // The same manifests by the canonical key of their bundle identifiers.
+    std::map<std::string, ExtensionManifestPtr> byBundle;
+
+    // What is installed under `bundleIdentifier`, by canonical equivalence. Errors: notInstalled,
+    // manifestsUnreadable.
+    [[nodiscard]] Result<ExtensionManifestPtr> manifest(const std::string& bundleIdentifier) const;
   };
 
   // A directory that does not exist holds nothing.
   explicit ExtensionCatalog(std::vector<ManifestDirectory> manifestDirectories);
 
   [[nodiscard]] Content read() const EXCLUDES(mutex);
-  // What is installed under `bundleIdentifier`, by canonical equivalence. Errors: notInstalled,
-  // manifestsUnreadable.
-  [[nodiscard]] Result<ExtensionManifestPtr> manifest(const std::string& bundleIdentifier) const;
 
  private:
   class Reading;

@@ -1,5 +1,6 @@
 #include "platform/extensions/ExtensionHost.h"
 
+#include <mutex>
 #include <utility>
 
 #include "platform/extensions/ExtensionCatalog.h"
@@ -26,7 +27,8 @@ class ProgramDonorLoader final : public DonorLoader {
   explicit ProgramDonorLoader(DonorSource donorSource) : source(std::move(donorSource)) {}
 
   Future<DonorObjectPtr> donorWithIdentifier(const std::string& bundleIdentifier) override {
-    const Result<ExtensionManifestPtr> installed = source.catalog->manifest(bundleIdentifier);
+    std::call_once(read, [this] { content = source.catalog->read(); });
+    const Result<ExtensionManifestPtr> installed = content.manifest(bundleIdentifier);
     if (!installed.isLeft()) return Future<DonorObjectPtr>::futureWithError(installed.right());
     const ExtensionManifestPtr& manifest = installed.left();
     DonorObjectPtr donor = source.donor(manifest);
@@ -43,6 +45,8 @@ class ProgramDonorLoader final : public DonorLoader {
 
  private:
   const DonorSource source;
+  std::once_flag read;
+  ExtensionCatalog::Content content;
 };
 
 class InstalledDonors final : public Observable<DonorObjectPtr> {

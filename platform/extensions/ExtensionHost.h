@@ -21,7 +21,8 @@ class ExtensionSupervisor;
 // Whatever a program does, each request ends in one call of its handler and the program is ended
 // and reaped. Thread-safe but for construction and destruction.
 //
-// Manifests are read anew at each use, on the calling thread. Of several for one bundle identifier
+// Manifests are read on the calling thread: by each loader once, when it is first used, and at each
+// subscription. Of several for one bundle identifier
 // the first counts, by the order of the directories and then by file name.
 class ExtensionHost final {
  public:

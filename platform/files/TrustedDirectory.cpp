@@ -85,7 +85,8 @@ Result<std::vector<std::string>> TrustedDirectory::names() const {
   return Names::left(std::move(found));
 }
 
-Result<std::string> TrustedDirectory::readFile(const std::string& name) const {
+Result<std::string> TrustedDirectory::readFile(const std::string& name,
+                                               std::size_t maximumSizeInBytes) const {
   // O_NONBLOCK: a pipe of that name must not hold the reader up.
   const FileDescriptor file(
       ::openat(descriptor.get(), name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -94,8 +95,10 @@ Result<std::string> TrustedDirectory::readFile(const std::string& name) const {
     return refuse(makePosixError(errno, "open"));
   }
   if (ErrorPtr error = mistrustFile(status)) return refuse(std::move(error));
-  if (status.st_size > static_cast<off_t>(maximumFileSizeInBytes)) {
-    return refuse(makeError(PosixErrorDomain, EFBIG, "it is larger than 1 MiB"));
+  if (status.st_size > static_cast<off_t>(maximumSizeInBytes)) {
+    return refuse(
+        makeError(PosixErrorDomain, EFBIG,
+                  "it is larger than " + std::to_string(maximumSizeInBytes >> 10) + " KiB"));
   }
   return readBytes(file, static_cast<std::size_t>(status.st_size));
 }

@@ -29,8 +29,10 @@ class TrustedDirectory final {
   [[nodiscard]] const std::filesystem::path& path() const { return location; }
   // The names in it, sorted.
   [[nodiscard]] Result<std::vector<std::string>> names() const;
-  // The bytes of a regular file in it that has such an owner and mode too. Never waits.
-  [[nodiscard]] Result<std::string> readFile(const std::string& name) const;
+  // The bytes of a regular file in it that has such an owner and mode too, and no more than
+  // `maximumSizeInBytes`. Never waits.
+  [[nodiscard]] Result<std::string> readFile(
+      const std::string& name, std::size_t maximumSizeInBytes = maximumFileSizeInBytes) const;
   // What keeps a file in it from being such a regular file; null when nothing does.
   [[nodiscard]] ErrorPtr examineFile(const std::string& name) const;
 

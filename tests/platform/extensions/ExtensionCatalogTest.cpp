@@ -93,8 +93,8 @@ TEST_F(ExtensionCatalogTest, BecomesTheObservablesDonorsAndItsEnd) {
   EXPECT_EQ(notes.size(), 0U) << "it is a donor, but no extension";
   write("home/Extensions", "a file");
   EXPECT_EQ(listen(), both + "!7");
-  EXPECT_EQ(catalog.manifest("org.ours").left()->executable, "/x");
-  EXPECT_EQ(nameOf(*catalog.manifest("org.own").right()), "!7");
+  EXPECT_EQ(catalog.read().manifest("org.ours").left()->executable, "/x");
+  EXPECT_EQ(nameOf(*catalog.read().manifest("org.own").right()), "!7");
 }
 
 }  // namespace
