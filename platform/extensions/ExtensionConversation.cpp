@@ -1,6 +1,7 @@
 #include "platform/extensions/ExtensionConversation.h"
 
 #include <sys/epoll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -76,7 +77,14 @@ void ExtensionConversation::ask(ExtensionRequestPtr request) {
 
 void ExtensionConversation::takeLastAnswers() {
   sending = false;
-  while (socket.isOpen() && readOnce()) {
+  // What is there now and, after that, the end: a child of the program may still hold the socket,
+  // and write to it.
+  int left = 0;
+  if (socket.isOpen()) ::ioctl(socket.get(), FIONREAD, &left);
+  while (left >= 0 && socket.isOpen()) {
+    const std::size_t count = readOnce();
+    if (count == 0) break;
+    left -= static_cast<int>(count);
   }
   reportOutcome();
 }
@@ -99,19 +107,18 @@ void ExtensionConversation::onReady(std::uint32_t events) {
   reportOutcome();
 }
 
-bool ExtensionConversation::readOnce() {
-  if (fault) return false;
+std::size_t ExtensionConversation::readOnce() {
+  if (fault) return 0;
   const std::span<char> room = reader.room();
   const ssize_t count = ::recv(socket.get(), room.data(), room.size(), MSG_DONTWAIT);
-  if (count < 0 && errno == EINTR) return true;
-  if (count < 0 && errno == EAGAIN) return false;
+  if (count < 0 && (errno == EINTR || errno == EAGAIN)) return 0;
   if (count <= 0) {
     fault = makeExtensionError(ExtensionErrorCode::ended, "the extension ended the connection");
-    return false;
+    return 0;
   }
   reader.added(static_cast<std::size_t>(count));
   takeAnswers();
-  return !fault;
+  return static_cast<std::size_t>(count);
 }
 
 void ExtensionConversation::takeAnswers() {

@@ -39,15 +39,15 @@ class ExtensionConversation final {
   void ask(ExtensionRequestPtr request);
   // Whether everything asked has been answered.
   [[nodiscard]] bool isIdle() const { return waiting.empty() && asked.empty(); }
-  // Takes the answers that have come, and asks nothing more: the program has ended.
+  // Takes the answers that have come by now, and asks nothing more: the program has ended.
   void takeLastAnswers();
   // Ends the socket and fails what has not been answered. Not from a request's completion.
   void close(const ErrorPtr& reason);
 
  private:
   void onReady(std::uint32_t events);
-  // False when there is nothing more to read now.
-  bool readOnce();
+  // The number of bytes; 0 when there is nothing to read now, or not any more.
+  std::size_t readOnce();
   void takeAnswers();
   [[nodiscard]] ErrorPtr takeAnswer(const FrameReader::Frame& frame);
   void send();
