@@ -47,28 +47,27 @@ CardDirectoryDonor::CardDirectoryDonor(std::filesystem::path cardDirectory,
     : directory(std::move(cardDirectory)), now(std::move(clock)) {}
 
 Result<Date> CardDirectoryDonor::renewExpirationDate(const DonationValue& value) {
-  const Result<Cards> cards = readCards();
-  if (!cards.isLeft()) return Result<Date>::right(cards.right());
-  const DonationValues& values = cards.left().values;
-  const bool stillThere = std::any_of(values.begin(), values.end(), [&](const auto& current) {
-    return current->origin().donationIdentifier == value.origin().donationIdentifier &&
-           isSameContent(*current, value);
-  });
+  if (!known) {
+    if (ErrorPtr error = readCards()) return Result<Date>::right(std::move(error));
+  }
+  const auto [first, last] = known->byIdentifier.equal_range(value.origin().donationIdentifier);
+  const bool stillThere = std::any_of(
+      first, last, [&](const auto& current) { return isSameContent(*current.second, value); });
   if (stillThere) return Result<Date>::left(now().addingSeconds(lifetimeSeconds));
-  if (cards.left().areAll) return Result<Date>::left(now().addingSeconds(-1));
+  if (known->areAll) return Result<Date>::left(now().addingSeconds(-1));
   return Result<Date>::right(
       makeError(bundleIdentifier, 1, "a card cannot be read, and the value may be in it"));
 }
 
 Result<DonationValues> CardDirectoryDonor::allValues(std::uint64_t) {
-  Result<Cards> cards = readCards();
-  if (!cards.isLeft()) return Result<DonationValues>::right(cards.right());
-  return Result<DonationValues>::left(std::move(cards).takeLeft().values);
+  if (ErrorPtr error = readCards()) return Result<DonationValues>::right(std::move(error));
+  return Result<DonationValues>::left(known->values);
 }
 
-Result<CardDirectoryDonor::Cards> CardDirectoryDonor::readCards() const {
+ErrorPtr CardDirectoryDonor::readCards() {
+  known.reset();
   const Result<Paths> paths = cardFiles(directory);
-  if (!paths.isLeft()) return Result<Cards>::right(paths.right());
+  if (!paths.isLeft()) return paths.right();
   const Date today = now();
   CardDonor donor({bundleIdentifier, std::nullopt, today, today.addingSeconds(lifetimeSeconds)});
   Cards found;
@@ -81,7 +80,11 @@ Result<CardDirectoryDonor::Cards> CardDirectoryDonor::readCards() const {
     }
   }
   found.values = donor.donations();
-  return Result<Cards>::left(std::move(found));
+  for (const DonationValuePtr& value : found.values) {
+    found.byIdentifier.emplace(value->origin().donationIdentifier, value);
+  }
+  known = std::move(found);
+  return nullptr;
 }
 
 }  // namespace quenlet
