@@ -56,6 +56,15 @@ class ExtensionsTest : public ProcessTest {
     std::nth_element(times.begin(), times.begin() + 15, times.end());
     return times[15];
   }
+  // From the signal to the first line of what it makes the agent say, in seconds.
+  double hangUpSeconds() {
+    const std::size_t said = agent->out().size();
+    const auto start = std::chrono::steady_clock::now();
+    agent->signal(SIGHUP);
+    EXPECT_TRUE(eventually(
+        [&] { return agent->out().find("Hup hup hup!!\n", said) != std::string::npos; }));
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  }
   [[nodiscard]] std::size_t openDescriptors() const {
     const std::filesystem::directory_iterator entries(agent->processDirectory() / "fd");
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
@@ -159,6 +168,7 @@ TEST_F(ExtensionsTest, OutlivesWhateverTheirProgramsDo) {
   }
   ASSERT_TRUE(eventually([&] { return hasChildren(); }));
   EXPECT_LT(fetchSeconds(), idleSeconds * 5) << "while the programs run";
+  EXPECT_LT(hangUpSeconds(), 0.5) << "while the programs run";
 
   const auto count = static_cast<int>(std::size(rows));
   ASSERT_TRUE(eventually([&] {
