@@ -47,7 +47,9 @@ class AugmentationBucket final {
 
  private:
   enum List : std::uint8_t { ofCurated, ofDonated, ofBoth };
+  using Candidate = decltype(matchingOf(std::declval<const T&>()).candidate);
   struct Place final {
+    Candidate candidate;
     List list;
     typename Values::iterator value;
   };
@@ -55,26 +57,27 @@ class AugmentationBucket final {
   using Places = std::vector<Place>;
 
   void add(const T& value, List own, List other) {
-    Places& places = placesByKey[matchingKey(value)];
-    if (find(places, value, ofBoth) != places.end()) return;
-    if (const auto match = find(places, value, other); match != places.end()) {
+    const auto [key, candidate] = matchingOf(value);
+    Places& places = placesByKey[key];
+    if (find(places, candidate, ofBoth) != places.end()) return;
+    if (const auto match = find(places, candidate, other); match != places.end()) {
       lists[other].erase(match->value);
       places.erase(match);
-      append(places, value, ofBoth);
-    } else if (find(places, value, own) == places.end()) {
-      append(places, value, own);
+      append(places, candidate, value, ofBoth);
+    } else if (find(places, candidate, own) == places.end()) {
+      append(places, candidate, value, own);
     }
   }
 
-  static typename Places::iterator find(Places& places, const T& value, List list) {
+  static typename Places::iterator find(Places& places, const Candidate& candidate, List list) {
     return std::find_if(places.begin(), places.end(), [&](const Place& place) {
-      return place.list == list && candidatesMatch(value, *place.value);
+      return place.list == list && candidate.isLike(place.candidate);
     });
   }
 
-  void append(Places& places, const T& value, List list) {
+  void append(Places& places, const Candidate& candidate, const T& value, List list) {
     lists[list].push_back(value);
-    places.push_back({list, std::prev(lists[list].end())});
+    places.push_back({candidate, list, std::prev(lists[list].end())});
   }
 
   static std::string listText(const Values& values) {

@@ -6,16 +6,17 @@
 
 namespace quenlet {
 
-bool candidatesMatch(const PhoneNumber& added, const PhoneNumber& listed) {
-  return added.isLikePhoneNumber(listed);
+Matching<AnyCandidate> matchingOf(const std::string& emailAddress) {
+  return {canonicalKey(emailAddress), {}};
 }
 
-std::string matchingKey(const std::string& emailAddress) { return canonicalKey(emailAddress); }
-
-std::string matchingKey(const PhoneNumber& number) { return number.likenessKey(); }
+Matching<ComparableNumber> matchingOf(const PhoneNumber& number) {
+  const auto [key, candidate] = number.likeness();
+  return {key, candidate};
+}
 
 // All fields, each after its size, so that the key is one address's alone.
-std::string matchingKey(const PostalAddress& address) {
+Matching<AnyCandidate> matchingOf(const PostalAddress& address) {
   std::string key;
   for (const std::string* field :
        {&address.street, &address.subLocality, &address.city, &address.subAdministrativeArea,
@@ -24,7 +25,7 @@ std::string matchingKey(const PostalAddress& address) {
     appendNumber(key, canonical.size());
     key.append(":").append(canonical);
   }
-  return key;
+  return {key, {}};
 }
 
 std::string describedValue(const std::string& emailAddress) { return emailAddress; }

@@ -9,19 +9,25 @@
 // are found without comparing all with all. Pure functions.
 namespace quenlet {
 
-// E-mail addresses and postal addresses match when they are equal, text by canonical equivalence,
-// letter case and all: when they share the key.
-[[nodiscard]] std::string matchingKey(const std::string& emailAddress);
-[[nodiscard]] std::string matchingKey(const PostalAddress& address);
-// Phone numbers match when the added one is like the listed one.
-[[nodiscard]] std::string matchingKey(const PhoneNumber& number);
+// What decides whether a value matches others, made once for each.
+template <typename Candidate>
+struct Matching final {
+  std::string key;
+  // Compared with those of other values that have the key.
+  Candidate candidate;
+};
 
-// Whether two values with one key match.
-template <typename T>
-[[nodiscard]] bool candidatesMatch(const T&, const T&) {
-  return true;
-}
-[[nodiscard]] bool candidatesMatch(const PhoneNumber& added, const PhoneNumber& listed);
+// Values of which all that share a key match.
+struct AnyCandidate final {
+  [[nodiscard]] bool isLike(AnyCandidate) const { return true; }
+};
+
+// E-mail addresses and postal addresses match when they are equal, text by canonical equivalence,
+// letter case and all.
+[[nodiscard]] Matching<AnyCandidate> matchingOf(const std::string& emailAddress);
+[[nodiscard]] Matching<AnyCandidate> matchingOf(const PostalAddress& address);
+// Phone numbers match when they are like each other.
+[[nodiscard]] Matching<ComparableNumber> matchingOf(const PhoneNumber& number);
 
 // A value as a description shows it.
 [[nodiscard]] std::string describedValue(const std::string& emailAddress);

@@ -1,6 +1,7 @@
 // What it costs to compare 3,000 curated values with 3,000 donated ones, half of them the same,
 // kind by kind, against building a hash set of the same texts: it has to grow with their number and
-// not with its square.
+// not with its square. Phone numbers that all end in the same digits, as a donor may choose them,
+// are compared with each other; of these each comparison has to be cheap.
 
 #include <benchmark/benchmark.h>
 
@@ -14,7 +15,7 @@ namespace {
 
 constexpr int valuesOfEachCard = 3000;
 
-enum Kind : std::int64_t { emailAddresses, phoneNumbers, postalAddresses };
+enum Kind : std::int64_t { emailAddresses, phoneNumbers, postalAddresses, oneEnding };
 
 template <typename T>
 void addEntry(LabeledValues<T>& entries, T value) {
@@ -33,6 +34,9 @@ std::shared_ptr<const Contact> makeCard(Kind kind, int first, const std::string&
         break;
       case phoneNumbers:
         addEntry(fields.phoneNumbers, *PhoneNumber::withStringValue(dialled + digits));
+        break;
+      case oneEnding:
+        addEntry(fields.phoneNumbers, *PhoneNumber::withStringValue(dialled + digits + "55501"));
         break;
       case postalAddresses:
         addEntry(fields.postalAddresses, PostalAddress{.street = digits + " Example Street",
@@ -75,8 +79,8 @@ void hashCards(benchmark::State& state) {
   }
 }
 
-BENCHMARK(compareCards)->DenseRange(emailAddresses, postalAddresses)->Unit(benchmark::kMicrosecond);
-BENCHMARK(hashCards)->DenseRange(emailAddresses, postalAddresses)->Unit(benchmark::kMicrosecond);
+BENCHMARK(compareCards)->DenseRange(emailAddresses, oneEnding)->Unit(benchmark::kMicrosecond);
+BENCHMARK(hashCards)->DenseRange(emailAddresses, oneEnding)->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace quenlet

@@ -1,28 +1,8 @@
 #include "platform/contacts/PhoneNumber.h"
 
-#include <algorithm>
-
-#include "platform/contacts/PhoneNumberMatcher.h"
 #include "platform/contacts/PhoneNumberScanner.h"
 
 namespace quenlet {
-namespace {
-
-// As many as a number has within its area, where numbers are long enough for areas.
-constexpr std::size_t significantDigits = 7;
-
-std::string_view withoutPlus(std::string_view digits) {
-  if (digits.starts_with('+')) digits.remove_prefix(1);
-  return digits;
-}
-
-std::string_view lastDigits(std::string_view digits) {
-  digits = withoutPlus(digits);
-  return digits.substr(digits.size() - std::min(digits.size(), significantDigits));
-}
-
-}  // namespace
-
 std::optional<PhoneNumber> PhoneNumber::withStringValue(std::string_view text) {
   if (!PhoneNumberScanner(text).scan()) return std::nullopt;
   return PhoneNumber(std::string(text));
@@ -33,16 +13,15 @@ std::string PhoneNumber::digits() const {
 }
 
 bool PhoneNumber::isLikePhoneNumber(const PhoneNumber& other) const {
-  PhoneNumberScanner ours(text);
-  PhoneNumberScanner theirs(other.text);
-  const std::string a = ours.scan().value_or(std::string());
-  const std::string b = theirs.scan().value_or(std::string());
-  if (ours.extension() != theirs.extension()) return false;
-  if (a == b) return true;
-  if (std::min(withoutPlus(a).size(), withoutPlus(b).size()) < significantDigits) return false;
-  return lastDigits(a) == lastDigits(b) && PhoneNumberMatcher::shared().areSameNumber(a, b);
+  const Likeness ours = likeness();
+  const Likeness theirs = other.likeness();
+  return ours.key == theirs.key && ours.number.isLike(theirs.number);
 }
 
-std::string PhoneNumber::likenessKey() const { return std::string(lastDigits(digits())); }
+PhoneNumber::Likeness PhoneNumber::likeness() const {
+  PhoneNumberScanner scanner(text);
+  const std::string digits = scanner.scan().value_or(std::string());
+  return {ComparableNumber::key(digits) + "x" + scanner.extension(), ComparableNumber(digits)};
+}
 
 }  // namespace quenlet

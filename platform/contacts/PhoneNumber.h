@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/contacts/ComparableNumber.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,16 +20,20 @@ class PhoneNumber final {
   // The digits as ASCII, with a leading '+' kept: "+4930123456". Without "tel:" and extension.
   [[nodiscard]] std::string digits() const;
 
+  // What likeness is decided by: numbers that are alike share the key.
+  struct Likeness final {
+    std::string key;
+    ComparableNumber number;
+  };
+
   // `isLikePhoneNumber:`. Whether both texts most likely reach the same telephone: symmetric, but
-  // not transitive. Digits alone decide when they are equal, when one number has fewer than seven
-  // (a short number is like its equal only) and when the last seven differ. Otherwise the telephone
-  // library does, on first use: a missing country or area code and a prefix that is dialled within
-  // a country make no difference. An extension, or what is dialled after a pause, has to be the
-  // same on both sides. Without the library only equal digits are alike.
+  // not transitive. A missing country or area code and a prefix that is dialled within a country
+  // make no difference, as ComparableNumber says; a short number is like its equal only. An
+  // extension, or what is dialled after a pause, has to be the same on both sides. Without the
+  // telephone library, a number that begins with '+' is like its equal only.
   [[nodiscard]] bool isLikePhoneNumber(const PhoneNumber& other) const;
-  // The last seven ASCII digits, or all when there are fewer: numbers that are like each other
-  // share it.
-  [[nodiscard]] std::string likenessKey() const;
+  // For whoever compares one number with many.
+  [[nodiscard]] Likeness likeness() const;
 
   friend bool operator==(const PhoneNumber&, const PhoneNumber&) = default;
 

@@ -1,8 +1,7 @@
-#include "platform/contacts/PhoneNumberMatcher.h"
+#include "platform/contacts/PhoneNumberLibrary.h"
 
 #include <dlfcn.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <system_error>
 
@@ -18,28 +17,29 @@ std::filesystem::path moduleOfRunningProgram() {
 
 }  // namespace
 
-PhoneNumberMatcher::PhoneNumberMatcher(const std::filesystem::path& module) {
+PhoneNumberLibrary::PhoneNumberLibrary(const std::filesystem::path& module) {
   // A relative path would be looked for in the working directory.
   void* loaded = module.is_absolute()
                      ? ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE)
                      : nullptr;
-  if (loaded) match = reinterpret_cast<QuenletNumberMatch*>(::dlsym(loaded, numberMatchSymbol));
-  if (match) return;
+  if (loaded) {
+    readNumber = reinterpret_cast<QuenletReadNumber*>(::dlsym(loaded, readNumberSymbol));
+  }
+  if (readNumber) return;
   const char* reason = ::dlerror();
   std::fprintf(stderr, "quenlet: phone numbers are compared by their digits alone: %s\n",
                reason ? reason : "there is no such module");
 }
 
-const PhoneNumberMatcher& PhoneNumberMatcher::shared() {
-  static const PhoneNumberMatcher matcher(moduleOfRunningProgram());
-  return matcher;
+const PhoneNumberLibrary& PhoneNumberLibrary::shared() {
+  static const PhoneNumberLibrary library(moduleOfRunningProgram());
+  return library;
 }
 
-bool PhoneNumberMatcher::areSameNumber(const std::string& a, const std::string& b) const {
-  if (a == b) return true;
-  // The library takes the region from the first number that has one; one order makes it symmetric.
-  const auto& [first, second] = std::minmax(a, b);
-  return match && match(first.c_str(), second.c_str()) != 0;
+std::optional<QuenletInternationalNumber> PhoneNumberLibrary::read(const std::string& text) const {
+  QuenletInternationalNumber number{};
+  if (!readNumber || readNumber(text.c_str(), &number) == 0) return std::nullopt;
+  return number;
 }
 
 }  // namespace quenlet
