@@ -27,6 +27,11 @@ void MaintenanceService::setListenerDelegate(std::shared_ptr<ListenerDelegate> n
   serviceListener->setDelegate(delegate);
 }
 
+bool MaintenanceService::shouldAcceptNewConnection(
+    ServiceListener& listener, const std::shared_ptr<ServiceConnection>& newConnection) {
+  return ListenerDelegate(exportedAgent).shouldAcceptNewConnection(listener, newConnection);
+}
+
 ServiceInterface MaintenanceService::makeConfiguredInterface() {
   return makeMaintenanceInterface();
 }

@@ -35,6 +35,11 @@ class MaintenanceService final {
   // Has it decide on all later connections.
   void setListenerDelegate(std::shared_ptr<ListenerDelegate> newDelegate);
 
+  // `listener:shouldAcceptNewConnection:`. As its listener delegate, which is what decides, would:
+  // always true, with the agent exported on the connection.
+  bool shouldAcceptNewConnection(ServiceListener& listener,
+                                 const std::shared_ptr<ServiceConnection>& newConnection);
+
   // The interface of DonationMaintenanceProtocol; clients send no objects.
   [[nodiscard]] static ServiceInterface makeConfiguredInterface();
 
