@@ -22,8 +22,9 @@ class AnalyticsReporting {
 
   // A new reporter to the system log, then to the counters.
   [[nodiscard]] static std::shared_ptr<AnalyticsReporting> makeStandardReporter();
-  // The one that the process shares, made at the first call. It writes to the log and the counters
-  // of whatever platform services are current when it is used.
+  // The one that the process shares, made at the first call. It keeps the log of the platform
+  // services that are current then, and writes to the counters of those that are current when it is
+  // used.
   [[nodiscard]] static const std::shared_ptr<AnalyticsReporting>& standardReporter();
 };
 

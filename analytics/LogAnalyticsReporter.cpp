@@ -1,20 +1,10 @@
 #include "analytics/LogAnalyticsReporter.h"
 
-#include <initializer_list>
-
 #include "analytics/DescriptionBuilder.h"
 #include "platform/PlatformServices.h"
 
 namespace quenlet {
 namespace {
-
-// Through the services that are current now: the reporter may outlive those that it was made under.
-void writeLines(std::initializer_list<std::string> lines) {
-  const auto log = PlatformServices::current().makeSystemLog("ovaro.quenlet", "analytics");
-  for (const std::string& line : lines) {
-    if (log->isDefaultLevelEnabled()) log->write(line);
-  }
-}
 
 std::string lineOfField(bool has, const std::string& field) {
   return "The me card " + std::string(has ? "has " : "does not have ") + field;
@@ -27,6 +17,15 @@ std::string lineOfCounts(const std::string& kind, std::uint64_t matched, std::ui
 }
 
 }  // namespace
+
+LogAnalyticsReporter::LogAnalyticsReporter()
+    : log(PlatformServices::current().makeSystemLog("ovaro.quenlet", "analytics")) {}
+
+void LogAnalyticsReporter::writeLines(std::initializer_list<std::string> lines) const {
+  for (const std::string& line : lines) {
+    if (log->isDefaultLevelEnabled()) log->write(line);
+  }
+}
 
 void LogAnalyticsReporter::reportNumberOfMeCards(std::uint64_t count) {
   writeLines({"User has " + std::to_string(count) + " me cards"});

@@ -41,13 +41,26 @@ class TracedServices final : public UserDefaults, public CounterStore, public Sy
   Trace& trace;
 };
 
+// The reporter that the process shares keeps the log that it was made with: this one writes to that
+// of the current test.
+class CurrentLog final : public SystemLog {
+ public:
+  static inline SystemLog* current = nullptr;
+  bool isDefaultLevelEnabled() const override { return current->isDefaultLevelEnabled(); }
+  void write(const std::string& line) override { current->write(line); }
+};
+
 class MetricsAttemptTest : public testing::Test {
  protected:
+  MetricsAttemptTest() { CurrentLog::current = traced.get(); }
   [[nodiscard]] PlatformServices services() {
     PlatformServices services = environment.services();
     services.userDefaults = [this] { return traced; };
     services.counterStore = [this] { return traced; };
-    services.makeSystemLog = [this](const std::string&, const std::string&) { return traced; };
+    services.makeSystemLog = [](const std::string& subsystem, const std::string& category) {
+      EXPECT_EQ(subsystem + " " + category, "ovaro.quenlet analytics");
+      return std::make_shared<CurrentLog>();
+    };
     services.makeProcessTransaction = [this](const std::string& name) {
       environment.trace.note("begin " + name);
       return std::make_shared<ProcessTransaction>(
@@ -156,6 +169,9 @@ TEST_F(MetricsAttemptTest, UsesTheDayUpWhenACardIsMissing) {
 
 TEST_F(MetricsAttemptTest, AddsTheCountsOfALineUpAndWritesOnlyEnabledLines) {
   const auto reporter = AnalyticsReporting::makeStandardReporter();
+  EXPECT_EQ(reporter->description(),
+            "<AggregateAnalyticsReporter reporters=(<LogAnalyticsReporter>, "
+            "<CounterAnalyticsReporter>)>");
   reporter->reportAugmentationStatus(AugmentationStatus(2, 3, 0, 10, 4, 0));
   const Events events = take();
   EXPECT_EQ(events.at(0), "Number of donated email addresses : 5 (2 matched, 3 unmatched)");
