@@ -1,5 +1,6 @@
 #include "analytics/MetricsAttempt.h"
 
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -27,10 +28,12 @@ std::optional<Date> dateOfLastAttempt() {
 }
 
 void writeDateOfAttempt(Date now) {
+  // Files keep whole seconds: rounded down, a day would be over up to a second early.
+  const Date date(std::ceil(now.secondsSince1970()));
   // An attempt that cannot be noted is made all the same, and again at the next launch.
   ProblemReporter(LastMetricsAttemptKey)
       .setProblem(
-          PlatformServices::current().userDefaults()->setObject(now, LastMetricsAttemptKey));
+          PlatformServices::current().userDefaults()->setObject(date, LastMetricsAttemptKey));
 }
 
 ContactPtr fetchCuratedCard() {

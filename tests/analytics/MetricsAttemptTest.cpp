@@ -4,7 +4,10 @@
 
 #include "analytics/AggregateAnalyticsReporter.h"
 #include "analytics/MeCardClassifier.h"
+#include "platform/donations/PropertyListUserDefaults.h"
+#include "platform/files/PosixDataProxy.h"
 #include "tests/support/RecordingAgent.h"
+#include "tests/support/TemporaryDirectory.h"
 #include "tests/support/TestEnvironment.h"
 
 namespace quenlet {
@@ -149,6 +152,22 @@ TEST_F(MetricsAttemptTest, RunsOnceADay) {
   for (const auto& [name, last, runs] : rows) {
     traced->lastAttempt = last;
     EXPECT_EQ(attempt().at(1).starts_with("begin"), runs) << name;
+  }
+}
+
+TEST_F(MetricsAttemptTest, RunsNoEarlierForTheWholeSecondsOfTheFile) {
+  const TemporaryDirectory home;
+  PlatformServices filed = services();
+  filed.userDefaults = [defaults = std::make_shared<PropertyListUserDefaults>(
+                            home.path() / "file.plist", std::make_shared<PosixDataProxy>())] {
+    return defaults;
+  };
+  Date date = now.addingSeconds(0.75);
+  filed.now = [&date] { return date; };
+  const PlatformServices::Scope filedScope(filed);
+  for (const auto& [later, runs] : {std::pair(0.0, true), {86400.0, false}, {1.5, true}}) {
+    date = date.addingSeconds(later);
+    EXPECT_EQ(attempt().at(1).starts_with("begin"), runs) << later;
   }
 }
 
