@@ -78,6 +78,8 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
           ExtensionSchedulers{runLoop.eventLoop(), runLoop.mainThreadScheduler(),
                               schedulerProvider->newSerialSchedulerWithName("extensions")},
           extensionLimits)),
+      phoneNumberMonitor(std::make_shared<PropertyListPhoneNumberMonitor>(
+          library / "Telephony" / "sim.plist", dataProxy, runLoop.eventLoop())),
       deviceInfo(std::make_shared<PropertyListDeviceInfo>(library / "Telephony" / "device.plist",
                                                           "/etc/machine-info", dataProxy)),
       userDefaults(std::make_shared<PropertyListUserDefaults>(preferencesPath(), dataProxy)),

@@ -70,6 +70,7 @@ class LinuxPlatform final {
   const std::shared_ptr<ExtensionHost> extensionHost;
   const std::shared_ptr<AccountFileProblems> accountFileProblems =
       std::make_shared<AccountFileProblems>();
+  const std::shared_ptr<PhoneNumberMonitor> phoneNumberMonitor;
   const std::shared_ptr<DeviceInfo> deviceInfo;
   const std::shared_ptr<UserDefaults> userDefaults;
   const std::shared_ptr<CounterStore> counterStore;
