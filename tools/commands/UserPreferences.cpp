@@ -21,8 +21,7 @@ Result<std::unique_ptr<UserPreferences>> UserPreferences::open() {
 UserPreferences::UserPreferences(const std::filesystem::path& home,
                                  const std::filesystem::path& runtime)
     : donationPreferences(std::make_shared<PropertyListDonationPreferences>(
-          home / PreferencesPath, std::make_shared<PosixDataProxy>(),
-          eventLoop,
+          home / PreferencesPath, std::make_shared<PosixDataProxy>(), eventLoop,
           std::make_shared<SocketNotificationCenter>(eventLoop,
                                                      runtime / "quenlet/notifications"))) {}
 
