@@ -160,10 +160,8 @@ void LinuxPlatform::addSources(PlatformServices& services) {
     return std::make_shared<PropertyListAccountStore>(library / "Accounts", dataProxy,
                                                       accountFileProblems);
   };
-  services.makePhoneNumberMonitor = [this] {
-    return std::make_shared<PropertyListPhoneNumberMonitor>(library / "Telephony" / "sim.plist",
-                                                            dataProxy, runLoop.eventLoop());
-  };
+  // One for all, so that a damaged file is said once.
+  services.makePhoneNumberMonitor = [this] { return phoneNumberMonitor; };
   services.deviceInfo = [this] { return deviceInfo; };
 }
 
