@@ -38,7 +38,8 @@ ErrorPtr AccountCatchUp::schedule() const {
   const auto lock = LockFile::tryLock(directory / agentLockName);
   if (!lock.isLeft()) return lock.right();
   const Future<bool> written =
-      PropertyListFile(directory / versionsFileName, dataProxy).update(&forgetAccounts);
+      PropertyListFile(directory / versionsFileName, dataProxy)
+          .update(&forgetAccounts, PropertyListFile::OnDamage::replaceFile);
   const Result<bool>& outcome = written.result();
   return outcome.isLeft() ? nullptr : outcome.right();
 }
