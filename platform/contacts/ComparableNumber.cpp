@@ -65,9 +65,7 @@ bool ComparableNumber::isDomestic() const {
   return !hasPlus && dialledDigits() <= mostNationalDigits;
 }
 
-// Asks the library at the first call.
-bool ComparableNumber::namesCountry() const {
-  if (country != Country::notAsked) return country == Country::known;
+bool ComparableNumber::askForCountry() const {
   country = Country::none;
   const auto number = PhoneNumberLibrary::shared().read("+" + digits.text());
   if (!number) return false;

@@ -35,7 +35,10 @@ class ComparableNumber final {
   enum class Country : std::uint8_t { none, notAsked, known };
 
   [[nodiscard]] bool hasSameDigits(const ComparableNumber& other) const;
-  [[nodiscard]] bool namesCountry() const;
+  [[nodiscard]] bool namesCountry() const {
+    return country == Country::notAsked ? askForCountry() : country == Country::known;
+  }
+  bool askForCountry() const;  // the library
   [[nodiscard]] bool isReachedBy(const ComparableNumber& withoutCountry) const;
   [[nodiscard]] bool isDomestic() const;
   [[nodiscard]] std::size_t dialledDigits() const { return zeros + digits.size(); }
