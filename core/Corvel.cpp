@@ -133,6 +133,7 @@ void Corvel::commitTable(SaveReply saveReply) {
 }
 
 void Corvel::save(SaveReply saveReply) {
+  hasUnsavedRemoval = false;
   diskScheduler->performBlock(
       [self = shared_from_this(), values = donations.snapshot(), saveReply = std::move(saveReply)] {
         self->persistence->storeWithAllValues(*values).onCompletion(
@@ -148,8 +149,9 @@ void Corvel::postValuesDidChange() const {
 }
 
 void Corvel::deleteDonationsWithBundleID(const std::string& bundleIdentifier) {
-  submitWriterBlock(
-      [bundleIdentifier](Corvel& agent) { agent.donations.removeBundle(bundleIdentifier); });
+  submitWriterBlock([bundleIdentifier](Corvel& agent) {
+    if (agent.donations.removeBundle(bundleIdentifier)) agent.hasUnsavedRemoval = true;
+  });
 }
 
 }  // namespace quenlet

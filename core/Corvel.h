@@ -170,6 +170,7 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void applyChange(const ChangeType& change, SaveReply saveReply);
   // What follows each change of the table: the card is rebuilt, the table saved, the change posted.
   void commitTable(SaveReply saveReply);
+  void save(SaveReply saveReply);
   void deleteAllDonations();
   [[nodiscard]] DonationValues valuesWhere(
       const std::function<bool(const DonationValue&)>& selected) const;
@@ -181,7 +182,6 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   // Runs anywhere.
   void submitWriterBlock(std::function<void(Corvel&)> block);
   void submitChange(ChangeType change, SaveReply saveReply);
-  void save(SaveReply saveReply);
   void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply);
   void reportRejection(const RejectionResult& result, const Rejection& rejection);
   void renewPreExpired(const DonationValues& values);
@@ -190,8 +190,6 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
                        std::uint64_t deletionsBefore);
   void renewalAcknowledged(const RenewalAnswer& answer);
   [[nodiscard]] bool accountsNeedReload() EXCLUDES(versionsMutex);
-  // Whether there was anything to donate.
-  bool applyAccountChange(const AccountPtr& oldAccount, const AccountPtr& newAccount);
   void replaceAccountDonations(const std::vector<AccountPtr>& accounts);
   void postValuesDidChange() const;
   [[nodiscard]] bool isConfirmedOrRejected(const DonationValue& value) const;
@@ -202,6 +200,8 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   // Changed in writer blocks, read in reader blocks.
   DonationTable donations;
   ContactPtr contact;
+  // The table in memory lacks values that are still stored.
+  bool hasUnsavedRemoval = false;
 
   const std::shared_ptr<AgentEnvironmentProtocol> environment;
   const std::shared_ptr<SchedulerProvider> schedulerProvider;

@@ -6,12 +6,12 @@
 #include <cerrno>
 #include <chrono>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "platform/accounts/PropertyListAccountStore.h"
 #include "platform/contacts/VCardContactStore.h"
 #include "platform/counters/PrometheusCounterStore.h"
+#include "platform/donations/DonationFiles.h"
 #include "platform/donations/PropertyListFeedbackStore.h"
 #include "platform/donations/PropertyListUserDefaults.h"
 #include "platform/files/DurableDirectory.h"
@@ -90,17 +90,12 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
 LinuxPlatform::~LinuxPlatform() = default;
 
 ErrorPtr LinuxPlatform::claimDonations() {
-  const std::filesystem::path directory = library / "Contacts" / "Donations";
+  // Other programs hold it for the time of one small write.
+  constexpr std::chrono::seconds patience(1);
+  const std::filesystem::path directory = library.parent_path() / DonationFiles::directory;
   PosixFileOperations operations;
   if (DurableDirectory::ensure(operations, directory) != 0) return nullptr;
-  // Other programs hold it for the time of one small write.
-  constexpr int attempts = 10;
-  constexpr std::chrono::milliseconds pause(100);
-  auto locked = LockFile::tryLock(directory / "agent.lock");
-  for (int i = 1; i < attempts && !locked.isLeft() && locked.right()->code() == EWOULDBLOCK; ++i) {
-    std::this_thread::sleep_for(pause);
-    locked = LockFile::tryLock(directory / "agent.lock");
-  }
+  auto locked = LockFile::lock(directory / DonationFiles::agentLock, patience);
   if (locked.isLeft()) {
     donationsLock = std::move(locked).takeLeft();
   } else if (locked.right()->code() == EWOULDBLOCK) {

@@ -1,8 +1,8 @@
 #include "storage/DonationPersistence.h"
 
-#include <cerrno>
-
 #include "platform/donations/DonationError.h"
+#include "platform/donations/DonationFiles.h"
+#include "platform/files/FileReading.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/foundation/PropertyListWriter.h"
@@ -10,15 +10,14 @@
 namespace quenlet {
 namespace {
 
-constexpr char directoryPath[] = "~/Library/Contacts/Donations/";
-constexpr char donationsFile[] = "donations.plist";
-constexpr char rejectionsFile[] = "rejections.json";
-constexpr char bundleVersionsFile[] = "bundle_versions.plist";
 constexpr char donationsKey[] = "donations";
-constexpr char versionsKey[] = "versions";
+
+Result<std::filesystem::path> donationsDirectory() {
+  return UserDirectories::expandTilde("~/" + std::string(DonationFiles::directory));
+}
 
 Result<std::filesystem::path> fileLocation(const char* name) {
-  Result<std::filesystem::path> directory = UserDirectories::expandTilde(directoryPath);
+  Result<std::filesystem::path> directory = donationsDirectory();
   if (!directory.isLeft()) return directory;
   return Result<std::filesystem::path>::left(directory.left() / name);
 }
@@ -58,8 +57,7 @@ Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
         return Future<T>::futureWithResult(std::move(reading.result));
       })
       .recover([dataProxy, path = url.left()](const ErrorPtr& error) {
-        const bool isMissing = error->domain() == PosixErrorDomain && error->code() == ENOENT;
-        if (!isMissing) dataProxy->keepDamagedFile(path);
+        if (!isMissingFile(*error)) dataProxy->keepDamagedFile(path);
         return Future<T>::futureWithResult(T{});
       });
 }
@@ -101,7 +99,7 @@ Reading<std::vector<Value>> readRejections(const PropertyListDictionary& content
 
 Reading<ExtensionVersions> readVersions(const PropertyListDictionary& contents) {
   Reading<ExtensionVersions> reading;
-  const PropertyListDictionary* versions = findDictionary(contents, versionsKey);
+  const PropertyListDictionary* versions = findDictionary(contents, DonationFiles::versionsKey);
   if (!versions) return {{}, false};
   for (const auto& [bundleIdentifier, version] : *versions) {
     if (const std::int64_t* number = version.integer()) {
@@ -138,32 +136,32 @@ Result<std::string> textOf(const DonationValues& values) {
 }  // namespace
 
 Future<DonationValues> DonationPersistence::loadDonations() {
-  return load<DonationValues>(dataProxy, donationsFile, &readDonations);
+  return load<DonationValues>(dataProxy, DonationFiles::donations, &readDonations);
 }
 
 Future<std::vector<Value>> DonationPersistence::loadRejections() {
-  return load<std::vector<Value>>(dataProxy, rejectionsFile, &readRejections);
+  return load<std::vector<Value>>(dataProxy, DonationFiles::rejections, &readRejections);
 }
 
 Future<ExtensionVersions> DonationPersistence::loadExtensionVersions() {
-  return load<ExtensionVersions>(dataProxy, bundleVersionsFile, &readVersions);
+  return load<ExtensionVersions>(dataProxy, DonationFiles::bundleVersions, &readVersions);
 }
 
 Future<bool> DonationPersistence::storeWithAllValues(const DonationValues& values) {
-  const Result<std::filesystem::path> url = fileLocation(donationsFile);
+  const Result<std::filesystem::path> url = fileLocation(DonationFiles::donations);
   if (!url.isLeft()) return Future<bool>::futureWithError(url.right());
   return storeText(url.left(), textOf(values));
 }
 
 Future<bool> DonationPersistence::storeWithExtensionVersions(const ExtensionVersions& versions) {
-  const Result<std::filesystem::path> url = fileLocation(bundleVersionsFile);
+  const Result<std::filesystem::path> url = fileLocation(DonationFiles::bundleVersions);
   if (!url.isLeft()) return Future<bool>::futureWithError(url.right());
   PropertyListDictionary entries;
   for (const auto& [bundleIdentifier, version] : versions) {
     entries.emplace(bundleIdentifier, version);
   }
   PropertyListDictionary contents;
-  contents.emplace(versionsKey, std::move(entries));
+  contents.emplace(DonationFiles::versionsKey, std::move(entries));
   return storeAsPlistWithUrl(url.left(), std::move(contents));
 }
 
@@ -186,7 +184,7 @@ Future<bool> DonationPersistence::storeText(const std::filesystem::path& url,
 }
 
 void DonationPersistence::excludeFromBackups() const {
-  const Result<std::filesystem::path> directory = UserDirectories::expandTilde(directoryPath);
+  const Result<std::filesystem::path> directory = donationsDirectory();
   if (directory.isLeft()) {
     static_cast<void>(dataProxy->setExcludedFromBackups(directory.left()));
   }

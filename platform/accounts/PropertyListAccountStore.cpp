@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/files/DurableDirectory.h"
+#include "platform/files/FileReading.h"
 #include "platform/files/PosixFileOperations.h"
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/foundation/Text.h"
@@ -29,10 +30,6 @@ std::string identifierOf(const path& file) {
   std::string name = file.filename().string();
   name.resize(name.size() - fileSuffix.size());
   return name;
-}
-
-bool isMissing(const ErrorPtr& error) {
-  return error->domain() == PosixErrorDomain && error->code() == ENOENT;
 }
 
 // A link that leads nowhere is something wrong, a file that is gone by now is not.
@@ -100,7 +97,7 @@ Result<std::vector<AccountPtr>> PropertyListAccountStore::accounts() {
     const Result<AccountPtr> account = accountOfFile(file);
     if (account.isLeft()) {
       accounts.push_back(account.left());
-    } else if (!isMissing(account.right()) || isLink(file)) {
+    } else if (!isMissingFile(*account.right()) || isLink(file)) {
       found.emplace(file.filename().string(), account.right());
     }
   }
@@ -111,7 +108,7 @@ Result<std::vector<AccountPtr>> PropertyListAccountStore::accounts() {
 Result<AccountPtr> PropertyListAccountStore::accountWithIdentifier(const std::string& identifier) {
   if (ErrorPtr error = problemOfIdentifier(identifier)) return Result<AccountPtr>::right(error);
   Result<AccountPtr> account = accountOfFile(fileOf(identifier));
-  if (account.isLeft() || !isMissing(account.right())) return account;
+  if (account.isLeft() || !isMissingFile(*account.right())) return account;
   return Result<AccountPtr>::right(unknownAccount());
 }
 
@@ -176,16 +173,8 @@ path PropertyListAccountStore::fileOf(const std::string& identifier) const {
 
 Result<PropertyListDictionary> PropertyListAccountStore::entriesOf(const path& file) const {
   using Entries = Result<PropertyListDictionary>;
-  const auto tooLarge = [&] {
-    return Entries::right(makePosixError(EFBIG, "read " + file.filename().string()));
-  };
-  std::error_code unknown;
-  const std::uintmax_t size = std::filesystem::file_size(file, unknown);
-  if (!unknown && size > maximumFileSizeInBytes) return tooLarge();
-  const Future<std::string> reading = dataProxy->dataWithContentsOfURL(file);
-  const Result<std::string>& bytes = reading.result();
+  const Result<std::string> bytes = readFileOfAtMost(maximumFileSizeInBytes, file, *dataProxy);
   if (!bytes.isLeft()) return Entries::right(bytes.right());
-  if (bytes.left().size() > maximumFileSizeInBytes) return tooLarge();
   const Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes.left());
   if (!object.isLeft()) return Entries::right(object.right());
   if (const auto* entries = object.left().dictionary()) return Entries::left(*entries);
@@ -201,7 +190,7 @@ PropertyListDictionary PropertyListAccountStore::foreignEntriesOf(const path& fi
     for (const auto& known : account->propertyListRepresentation()) entries.erase(known.first);
     return entries;
   }
-  if (reading.isLeft() || !isMissing(reading.right())) dataProxy->keepDamagedFile(file);
+  if (reading.isLeft() || !isMissingFile(*reading.right())) dataProxy->keepDamagedFile(file);
   return {};
 }
 

@@ -1,17 +1,13 @@
 #include "platform/counters/PrometheusCounterStore.h"
 
-#include <cerrno>
 #include <cmath>
 #include <utility>
 
 #include "platform/counters/PrometheusText.h"
+#include "platform/files/FileReading.h"
 
 namespace quenlet {
 namespace {
-
-bool isMissingFile(const ErrorPtr& error) {
-  return error->domain() == PosixErrorDomain && error->code() == ENOENT;
-}
 
 // Adds samples to those of a key; false, and nothing is added, when that cannot be told in numbers.
 bool add(CounterDistribution samples, const std::string& key, CounterValues& values) {
@@ -63,7 +59,7 @@ bool PrometheusCounterStore::load() {
   const Future<std::string> reading = dataProxy->dataWithContentsOfURL(path);
   const Result<std::string>& bytes = reading.result();
   if (!bytes.isLeft()) {
-    if (isMissingFile(bytes.right())) return true;
+    if (isMissingFile(*bytes.right())) return true;
     problems->setProblem(bytes.right());
     return false;
   }

@@ -1,9 +1,9 @@
 #include "platform/donations/PropertyListFile.h"
 
-#include <cerrno>
 #include <utility>
 
 #include "platform/files/DurableDirectory.h"
+#include "platform/files/FileReading.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixFileOperations.h"
 #include "platform/foundation/PropertyListSerializer.h"
@@ -12,10 +12,6 @@ namespace quenlet {
 namespace {
 
 bool isDamage(const ErrorPtr& error) { return error->domain() == PropertyListErrorDomain; }
-
-bool isMissingFile(const ErrorPtr& error) {
-  return error->domain() == PosixErrorDomain && error->code() == ENOENT;
-}
 
 // The first write finds no directory yet, but its lock file has to lie there.
 Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file,
@@ -51,7 +47,7 @@ Result<PropertyListDictionary> PropertyListFile::read() const {
   const Future<std::string> reading = dataProxy->dataWithContentsOfURL(filePath);
   const Result<std::string>& bytes = reading.result();
   if (bytes.isLeft()) return dictionaryOfBytes(bytes.left());
-  if (!isMissingFile(bytes.right())) return Result<PropertyListDictionary>::right(bytes.right());
+  if (!isMissingFile(*bytes.right())) return Result<PropertyListDictionary>::right(bytes.right());
   return Result<PropertyListDictionary>::left({});
 }
 

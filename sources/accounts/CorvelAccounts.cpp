@@ -30,13 +30,9 @@ void Corvel::changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
 }
 
 void Corvel::donateAccountChangesFrom(const AccountPtr& oldAccount, const AccountPtr& to) {
-  applyAccountChange(oldAccount, to);
-}
-
-bool Corvel::applyAccountChange(const AccountPtr& oldAccount, const AccountPtr& newAccount) {
   const std::shared_ptr<CorvelProtocol> store =
       accountDonationReceiver ? accountDonationReceiver : shared_from_this();
-  AccountChangeAnalyzer analyzer(oldAccount, newAccount, store, nullptr);
+  AccountChangeAnalyzer analyzer(oldAccount, to, store, nullptr);
   analyzer.collectRemovals();
   analyzer.collectDonations();
   analyzer.keepReDonatedIdentifiers();
@@ -45,7 +41,6 @@ bool Corvel::applyAccountChange(const AccountPtr& oldAccount, const AccountPtr& 
     accountLogger->removing(identifier);
   }
   analyzer.applyChanges();
-  return !analyzer.donations.empty();
 }
 
 void Corvel::reloadAllAccounts() {
@@ -72,18 +67,11 @@ void Corvel::reloadAllAccounts() {
 }
 
 void Corvel::replaceAccountDonations(const std::vector<AccountPtr>& accounts) {
-  const auto dropped = std::make_shared<bool>(false);
-  submitWriterBlock([dropped](Corvel& agent) {
-    *dropped = agent.donations.removeBundle(AccountPropertyParser::bundleIdentifier);
-  });
-  bool donated = false;
-  for (const AccountPtr& account : accounts) {
-    if (applyAccountChange(nullptr, account)) donated = true;
-  }
-  if (donated) return;
-  // No change follows that would write the table without the values that were dropped.
-  submitWriterBlock([dropped](Corvel& agent) {
-    if (*dropped) agent.commitTable([](const SaveResponse&) {});
+  deleteDonationsWithBundleID(AccountPropertyParser::bundleIdentifier);
+  for (const AccountPtr& account : accounts) donateAccountChangesFrom(nullptr, account);
+  // Unless a donation has done so: write the table without the values that were dropped.
+  submitWriterBlock([](Corvel& agent) {
+    if (agent.hasUnsavedRemoval) agent.commitTable([](const SaveResponse&) {});
   });
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "model/DonationOrigin.h"
+#include "platform/donations/DonationFiles.h"
 #include "platform/donations/PropertyListFile.h"
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/LockFile.h"
@@ -11,16 +12,12 @@
 namespace quenlet {
 namespace {
 
-constexpr char agentLockName[] = "agent.lock";
-constexpr char versionsFileName[] = "bundle_versions.plist";
-constexpr char versionsKey[] = "versions";
-
 bool forgetAccounts(PropertyListDictionary& entries) {
-  const PropertyListDictionary* known = findDictionary(entries, versionsKey);
+  const PropertyListDictionary* known = findDictionary(entries, DonationFiles::versionsKey);
   if (!known || !known->contains(AccountsBundleIdentifier)) return false;
   PropertyListDictionary versions = *known;
   versions.erase(AccountsBundleIdentifier);
-  entries.insert_or_assign(versionsKey, std::move(versions));
+  entries.insert_or_assign(DonationFiles::versionsKey, std::move(versions));
   return true;
 }
 
@@ -33,12 +30,13 @@ AccountCatchUp::AccountCatchUp(std::filesystem::path donationsDirectory,
 ErrorPtr AccountCatchUp::schedule() const {
   PosixFileOperations operations;
   if (const int failure = DurableDirectory::ensure(operations, directory)) {
-    return makePosixError(failure, "create the directory of " + std::string(versionsFileName));
+    return makePosixError(failure,
+                          "create the directory of " + std::string(DonationFiles::bundleVersions));
   }
-  const auto lock = LockFile::tryLock(directory / agentLockName);
+  const auto lock = LockFile::tryLock(directory / DonationFiles::agentLock);
   if (!lock.isLeft()) return lock.right();
   const Future<bool> written =
-      PropertyListFile(directory / versionsFileName, dataProxy)
+      PropertyListFile(directory / DonationFiles::bundleVersions, dataProxy)
           .update(&forgetAccounts, PropertyListFile::OnDamage::replaceFile);
   const Result<bool>& outcome = written.result();
   return outcome.isLeft() ? nullptr : outcome.right();

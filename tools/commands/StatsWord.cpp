@@ -1,7 +1,6 @@
 #include "tools/commands/StatsWord.h"
 
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <cstdio>
 
 #include "platform/counters/CounterKeys.h"
@@ -9,6 +8,7 @@
 #include "platform/counters/PrometheusText.h"
 #include "platform/donations/PropertyListFile.h"
 #include "platform/donations/UserDefaults.h"
+#include "platform/files/FileReading.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/JSONWriter.h"
@@ -30,10 +30,7 @@ Result<CounterValues> readCounters(const std::filesystem::path& file, DataProxy&
   const Future<std::string> reading = dataProxy.dataWithContentsOfURL(file);
   const Result<std::string>& text = reading.result();
   if (text.isLeft()) return PrometheusText::read(text.left());
-  const Error& error = *text.right();
-  if (error.domain() == PosixErrorDomain && error.code() == ENOENT) {
-    return Result<CounterValues>::left({});
-  }
+  if (isMissingFile(*text.right())) return Result<CounterValues>::left({});
   return Result<CounterValues>::right(text.right());
 }
 

@@ -1,5 +1,6 @@
 #include "tools/commands/UserAccounts.h"
 
+#include "platform/donations/DonationFiles.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
 
@@ -10,13 +11,13 @@ Result<std::unique_ptr<UserAccounts>> UserAccounts::open() {
   const auto home = UserDirectories::homeDirectory();
   if (!home.isLeft()) return Opened::right(home.right());
   return Opened::left(std::unique_ptr<UserAccounts>(
-      new UserAccounts(home.left() / "Library", std::make_shared<PosixDataProxy>())));
+      new UserAccounts(home.left(), std::make_shared<PosixDataProxy>())));
 }
 
-UserAccounts::UserAccounts(const std::filesystem::path& library,
+UserAccounts::UserAccounts(const std::filesystem::path& home,
                            const std::shared_ptr<DataProxy>& dataProxy)
     : accountStore(std::make_shared<PropertyListAccountStore>(
-          library / "Accounts", dataProxy, std::make_shared<AccountFileProblems>())),
-      agentCatchUp(library / "Contacts" / "Donations", dataProxy) {}
+          home / "Library/Accounts", dataProxy, std::make_shared<AccountFileProblems>())),
+      agentCatchUp(home / DonationFiles::directory, dataProxy) {}
 
 }  // namespace quenlet

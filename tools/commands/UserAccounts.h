@@ -20,7 +20,7 @@ class UserAccounts final {
   [[nodiscard]] const AccountCatchUp& catchUp() const { return agentCatchUp; }
 
  private:
-  UserAccounts(const std::filesystem::path& library, const std::shared_ptr<DataProxy>& dataProxy);
+  UserAccounts(const std::filesystem::path& home, const std::shared_ptr<DataProxy>& dataProxy);
 
   const std::shared_ptr<PropertyListAccountStore> accountStore;
   const AccountCatchUp agentCatchUp;
