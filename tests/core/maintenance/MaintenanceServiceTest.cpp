@@ -33,39 +33,10 @@ class LockedSink final : public LogSink {
   std::string events GUARDED_BY(mutex);
 };
 
-// The process's runtime directory, for as long as it lives.
-class RuntimeDirectory final {
- public:
-  RuntimeDirectory() { ::setenv(name, directory.path().c_str(), 1); }
-  ~RuntimeDirectory() { before ? ::setenv(name, before->c_str(), 1) : ::unsetenv(name); }
-
- private:
-  static constexpr char name[] = "XDG_RUNTIME_DIR";
-  static std::optional<std::string> current() {
-    const char* value = ::getenv(name);
-    return value ? std::optional<std::string>(value) : std::nullopt;
-  }
-
-  const std::optional<std::string> before = current();
-  const TemporaryDirectory directory;
-};
-
-// Leaves the decision to the service itself.
-class ServiceDelegate final : public ServiceListenerDelegate {
- public:
-  explicit ServiceDelegate(MaintenanceService& decider) : service(decider) {}
-  bool shouldAcceptNewConnection(ServiceListener& listener,
-                                 const std::shared_ptr<ServiceConnection>& connection) override {
-    return service.shouldAcceptNewConnection(listener, connection);
-  }
-
- private:
-  MaintenanceService& service;
-};
-
 // On its real socket, where no process is entitled to anything.
 TEST(MaintenanceServiceTest, AnswersEveryProcessFromItsStartToItsEnd) {
-  const RuntimeDirectory runtime;
+  const TemporaryDirectory runtime;
+  ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
   const auto sink = std::make_shared<LockedSink>();
   PlatformServices services;
   services.defaultLoggerProvider = [loggers = std::make_shared<StructuredLoggerProvider>(
@@ -82,17 +53,13 @@ TEST(MaintenanceServiceTest, AnswersEveryProcessFromItsStartToItsEnd) {
     EXPECT_FALSE(connect().isLeft()) << "it is not started";
     ASSERT_EQ(service.start(), nullptr);
     EXPECT_EQ(sink->take(), "maintenanceServiceWillStart maintenanceServiceDidStart ");
-    const auto itself = std::make_shared<ServiceDelegate>(service);
-    for (const bool decidesItself : {false, true}) {
-      if (decidesItself) service.listener()->setDelegate(itself);
-      const auto client = connect().left();
-      for (int call = 0; call < 2; ++call) {
-        EXPECT_EQ(client->callSynchronously(MaintenanceSelector::extensionIdentifiers, {}),
-                  Result<std::string>::left(
-                      WireEncoder().list(2).string("hello").string("world").null().bytes()));
-      }
-      EXPECT_EQ(sink->take(), "acceptingConnectionFromProcess: ");
+    const auto client = connect().left();
+    for (int call = 0; call < 2; ++call) {
+      EXPECT_EQ(client->callSynchronously(MaintenanceSelector::extensionIdentifiers, {}),
+                Result<std::string>::left(
+                    WireEncoder().list(2).string("hello").string("world").null().bytes()));
     }
+    EXPECT_EQ(sink->take(), "acceptingConnectionFromProcess: ");
     EXPECT_NE(MaintenanceService().start(), nullptr) << "the name is taken";
     EXPECT_EQ(sink->take(), "maintenanceServiceWillStart maintenanceServiceWillStop ");
   }
