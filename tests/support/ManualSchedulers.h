@@ -59,6 +59,10 @@ class ManualQueue final {
     }
     instant = end;
   }
+  // Drops what still waits, which may hold those who hold this queue.
+  void clear() {
+    const auto dropped = std::make_pair(std::exchange(blocks, {}), std::exchange(timers, {}));
+  }
   [[nodiscard]] Date now() const {
     constexpr Date start(1767225600);  // 2026-01-01
     return start.addingSeconds(std::chrono::duration<double>(instant.time_since_epoch()).count());
@@ -128,6 +132,7 @@ class ManualSchedulerProvider final : public SchedulerProvider {
 
   void runUntilIdle() { queue->runUntilIdle(); }
   void advance(double seconds) { queue->advance(seconds); }
+  void clear() { queue->clear(); }
   [[nodiscard]] Date now() const { return queue->now(); }
   [[nodiscard]] Trace& trace() { return queue->trace; }
 

@@ -61,6 +61,8 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
 // A test whose platform is fakes.
 class EnvironmentTest : public testing::Test {
  protected:
+  ~EnvironmentTest() override { environment->schedulers.clear(); }
+
   const std::shared_ptr<TestEnvironment> environment = std::make_shared<TestEnvironment>();
   const PlatformServices::Scope scope{environment->services()};
 
