@@ -54,6 +54,13 @@ class FakeDonors final {
     installed[bundleIdentifier] = extension;
     return extension;
   }
+  // What was asked and never answered holds the agent that asks.
+  void clear() {
+    for (const auto& [bundle, donor] : installed) {
+      if (auto* extension = dynamic_cast<FakeExtension*>(donor.get())) extension->asked.clear();
+    }
+    installed.clear();
+  }
   [[nodiscard]] std::shared_ptr<DonorLoader> loader() { return std::make_shared<Loader>(*this); }
   [[nodiscard]] std::shared_ptr<Observable<DonorObjectPtr>> observable() {
     return std::make_shared<Discovery>(*this);

@@ -61,7 +61,10 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
 // A test whose platform is fakes.
 class EnvironmentTest : public testing::Test {
  protected:
-  ~EnvironmentTest() override { environment->schedulers.clear(); }
+  ~EnvironmentTest() override {
+    environment->schedulers.clear();
+    environment->donors.clear();
+  }
 
   const std::shared_ptr<TestEnvironment> environment = std::make_shared<TestEnvironment>();
   const PlatformServices::Scope scope{environment->services()};
