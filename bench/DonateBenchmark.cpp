@@ -1,19 +1,27 @@
-// A durable donation with 1,000 donations held, against the bare replacement of a file of the same
-// bytes: write, sync, rename, sync of the directory.
+// A durable donation. One client with 1,000 donations held, against the bare replacement of a file
+// of the same bytes: write, sync, rename, sync of the directory. Many clients, each with one
+// donation that it replaces, against a database that makes one row durable a commit.
 
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
+#include <optional>
 
+#include "bench/Latencies.h"
 #include "bench/RunningAgent.h"
 #include "bench/SampleDonations.h"
+#include "client/waitForReply.h"
 
 namespace quenlet {
 namespace {
+
+constexpr std::size_t heldDonations = 1'000;
 
 std::string contentOf(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
@@ -32,27 +40,98 @@ bool replace(const std::filesystem::path& file, const std::string& content) {
   return ::fsync(directory) == 0 && ::close(directory) == 0;
 }
 
-constexpr std::size_t heldDonations = 1'000;
-
-void bareReplace(benchmark::State& state) {
-  RunningAgent agent;
-  agent.donate(sampleDonations(heldDonations));
-  const std::string content = contentOf(agent.donationsFile());
-  const std::filesystem::path file = agent.donationsFile().parent_path() / "bare.plist";
-  for (auto _ : state) {
-    if (!replace(file, content)) state.SkipWithError("cannot write");
-  }
-}
-
+// The two take turns within one loop, as the disk's speed changes from second to second.
 void durableDonate(benchmark::State& state) {
-  RunningAgent agent;
-  agent.donate(sampleDonations(heldDonations));
-  const DonationValues one = sampleDonations(2);
-  for (auto _ : state) agent.donate(one);
+  RunningAgent agent(sampleDonations(heldDonations));
+  const std::filesystem::path stored = agent.installation.donationsFile();
+  const std::filesystem::path bare = stored.parent_path() / "bare.plist";
+  const std::string content = contentOf(stored);
+  const DonationValues one = sampleDonations(1);
+  Latencies donations;
+  Latencies replacements;
+  for (auto _ : state) {
+    donations.measure([&] { agent.donate(one); });
+    replacements.measure([&] {
+      if (!replace(bare, content)) failBenchmark("cannot write");
+    });
+  }
+  replacements.report(state);
+  state.counters["bare_p50"] = state.counters["p50"];
+  donations.report(state);
 }
 
-BENCHMARK(bareReplace)->UseRealTime()->Unit(benchmark::kMicrosecond);
+void donateFromMany(benchmark::State& state) {
+  static std::optional<RunningAgent> agent;
+  if (state.thread_index() == 0) agent.emplace();
+  const auto thread = static_cast<std::size_t>(state.thread_index());
+  const DonationValues one = {sampleDonations(thread + 1).back()};
+  CorvelProxy client;
+  for (auto _ : state) {
+    const auto [error] = waitForReply<ErrorPtr>(
+        [&](ErrorReply reply) { client.donateMeCardValues(one, std::move(reply)); });
+    if (error) failBenchmark(error->description());
+  }
+  state.SetItemsProcessed(state.iterations());
+  if (state.thread_index() == 0) agent.reset();
+}
+
+class Database final {
+ public:
+  explicit Database(const std::filesystem::path& file) {
+    if (sqlite3_open(file.c_str(), &database) != SQLITE_OK) failBenchmark("no database");
+    sqlite3_busy_timeout(database, 60'000);
+    perform("PRAGMA journal_mode=WAL");
+    perform("PRAGMA synchronous=FULL");
+    perform("CREATE TABLE IF NOT EXISTS donations (identifier INTEGER PRIMARY KEY, text TEXT)");
+    sqlite3_prepare_v2(database, "REPLACE INTO donations VALUES (?, ?)", -1, &statement, nullptr);
+  }
+  ~Database() {
+    sqlite3_finalize(statement);
+    sqlite3_close(database);
+  }
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  void replaceRow(int identifier, const std::string& text) {
+    sqlite3_bind_int(statement, 1, identifier);
+    sqlite3_bind_text(statement, 2, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
+    if (sqlite3_step(statement) != SQLITE_DONE) failBenchmark(sqlite3_errmsg(database));
+    sqlite3_reset(statement);
+  }
+
+ private:
+  void perform(const char* text) {
+    if (sqlite3_exec(database, text, nullptr, nullptr, nullptr) != SQLITE_OK) {
+      failBenchmark(sqlite3_errmsg(database));
+    }
+  }
+
+  sqlite3* database = nullptr;
+  sqlite3_stmt* statement = nullptr;
+};
+
+void commitFromMany(benchmark::State& state) {
+  static std::optional<AgentInstallation> place;
+  static std::atomic<int> users;
+  if (state.thread_index() == 0) {
+    place.emplace();
+    users = state.threads();
+  }
+  const std::string text = sampleDonations(1).front()->propertyListText().left().text;
+  std::optional<Database> database;
+  for (auto _ : state) {
+    // The threads wait for each other at the begin of the loop, not before it.
+    if (!database) database.emplace(place->scratch("donations.db"));
+    database->replaceRow(state.thread_index(), text);
+  }
+  database.reset();
+  state.SetItemsProcessed(state.iterations());
+  if (--users == 0) place.reset();
+}
+
 BENCHMARK(durableDonate)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(donateFromMany)->Threads(16)->Threads(64)->UseRealTime();
+BENCHMARK(commitFromMany)->Threads(16)->Threads(64)->UseRealTime();
 
 }  // namespace
 }  // namespace quenlet

@@ -1,72 +1,142 @@
-// A fetch of the card over the socket, against the same number of bytes sent to and fro between two
-// processes with nothing else done to them.
+// A fetch of the card over the socket: one by one, pipelined, and on a connection of its own,
+// against the same bytes sent to and fro with nothing else done to them. All on one core.
 
 #include <benchmark/benchmark.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <array>
+#include <chrono>
 #include <string>
+#include <thread>
 
+#include "bench/Latencies.h"
+#include "bench/RawClient.h"
 #include "bench/RunningAgent.h"
 #include "bench/SampleDonations.h"
+#include "platform/ipc/FrameHeader.h"
 
 namespace quenlet {
 namespace {
 
-constexpr std::size_t requestSizeInBytes = 48;
+constexpr std::size_t pipelinedRequests = 64;
 
-// Some e-mail addresses and numbers, about 1 KiB of card.
+// About 1 KiB on the wire.
 DonationValues smallCard() { return sampleDonations(5); }
 
-bool receiveAll(int socket, std::string& buffer) {
-  std::size_t received = 0;
-  while (received < buffer.size()) {
-    const ssize_t count = ::recv(socket, buffer.data() + received, buffer.size() - received, 0);
-    if (count <= 0) return false;
-    received += static_cast<std::size_t>(count);
+struct CardServer final {
+  const OnOneCore pinned;
+  RunningAgent agent{smallCard()};
+  const std::string request = fetchRequest();
+
+  // All bytes of one reply, the header's too.
+  [[nodiscard]] std::size_t replySize() const {
+    RawClient client(agent.installation.socket());
+    if (!client.send(request) || !client.receiveMessage()) failBenchmark("no card");
+    return client.received.size() + FrameHeader::sizeInBytes;
   }
-  return true;
-}
+};
+
+struct BareServer final {
+  explicit BareServer(const CardServer& card)
+      : path(card.agent.installation.scratch("bare")),
+        process({std::filesystem::read_symlink("/proc/self/exe").parent_path() /
+                     "quenlet-bare-server",
+                 path, std::to_string(card.request.size()), std::to_string(card.replySize())}) {
+    while (!RawClient(path).isConnected()) std::this_thread::yield();
+  }
+  const std::filesystem::path path;
+  const ChildProcess process;
+};
 
 void rawPingPong(benchmark::State& state) {
-  const auto replySize = static_cast<std::size_t>(state.range(0));
+  const CardServer card;
+  const std::size_t replySize = card.replySize();
   std::array<int, 2> sockets{};
-  if (::socketpair(AF_UNIX, SOCK_STREAM, 0, sockets.data()) != 0) std::abort();
-  const pid_t child = ::fork();
-  if (child == 0) {
-    ::close(sockets[0]);
-    std::string request(requestSizeInBytes, 'q');
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) {
+    failBenchmark("no sockets");
+  }
+  RawClient near{FileDescriptor(sockets[0])};
+  RawClient far{FileDescriptor(sockets[1])};
+  // The other side runs in a fork of this process.
+  const ChildProcess echo([&] {
     const std::string reply(replySize, 'r');
-    while (receiveAll(sockets[1], request)) ::send(sockets[1], reply.data(), reply.size(), 0);
-    ::_exit(0);
-  }
-  ::close(sockets[1]);
-  const std::string request(requestSizeInBytes, 'q');
-  std::string reply(replySize, '\0');
+    while (far.receive(card.request.size()) && far.send(reply)) continue;
+  });
+  Latencies latencies;
   for (auto _ : state) {
-    ::send(sockets[0], request.data(), request.size(), 0);
-    benchmark::DoNotOptimize(receiveAll(sockets[0], reply));
+    latencies.measure([&] {
+      if (!near.send(card.request) || !near.receive(replySize)) failBenchmark("no echo");
+    });
   }
-  ::close(sockets[0]);
-  ::waitpid(child, nullptr, 0);
+  latencies.report(state);
 }
 
 void fetchCard(benchmark::State& state) {
-  RunningAgent agent;
-  agent.donate(smallCard());
-  CorvelProxy client;
-  std::size_t fetched = 0;
+  const CardServer card;
+  RawClient client(card.agent.installation.socket());
+  Latencies latencies;
   for (auto _ : state) {
-    client.synchronousDonatedMeCard(
-        [&fetched](const Result<ContactPtr>& card) { fetched += card.isLeft() ? 1 : 0; });
+    latencies.measure([&] {
+      if (!client.send(card.request) || !client.receiveMessage()) failBenchmark("no card");
+    });
   }
-  if (fetched != static_cast<std::size_t>(state.iterations())) state.SkipWithError("refused");
+  latencies.report(state);
 }
 
-BENCHMARK(rawPingPong)->Arg(1024)->UseRealTime();
+void fetchCardThroughLibrary(benchmark::State& state) {
+  const CardServer card;
+  Latencies latencies;
+  std::size_t fetched = 0;
+  for (auto _ : state) {
+    latencies.measure([&] {
+      card.agent.client->synchronousDonatedMeCard(
+          [&fetched](const Result<ContactPtr>& reply) { fetched += reply.isLeft() ? 1 : 0; });
+    });
+  }
+  if (fetched != static_cast<std::size_t>(state.iterations())) failBenchmark("no card");
+  latencies.report(state);
+}
+
+void fetchCardPipelined(benchmark::State& state) {
+  const CardServer card;
+  RawClient client(card.agent.installation.socket());
+  std::string requests;
+  for (std::size_t i = 0; i < pipelinedRequests; ++i) requests += card.request;
+  const std::size_t replySize = card.replySize();
+  for (auto _ : state) {
+    if (!client.send(requests) || !client.receive(pipelinedRequests * replySize)) {
+      failBenchmark("no cards");
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(pipelinedRequests));
+}
+
+void connectAndFetch(benchmark::State& state, const std::filesystem::path& path,
+                     const CardServer& card) {
+  const std::size_t replySize = card.replySize();
+  for (auto _ : state) {
+    RawClient client(path);
+    if (!client.send(card.request) || !client.receive(replySize)) failBenchmark("no card");
+  }
+}
+
+void connectFetchClose(benchmark::State& state) {
+  const CardServer card;
+  connectAndFetch(state, card.agent.installation.socket(), card);
+}
+
+void connectFetchCloseBare(benchmark::State& state) {
+  const CardServer card;
+  const BareServer bare(card);
+  connectAndFetch(state, bare.path, card);
+}
+
+BENCHMARK(rawPingPong)->UseRealTime();
 BENCHMARK(fetchCard)->UseRealTime();
+BENCHMARK(fetchCardThroughLibrary)->UseRealTime();
+BENCHMARK(fetchCardPipelined)->UseRealTime();
+BENCHMARK(connectFetchClose)->UseRealTime();
+BENCHMARK(connectFetchCloseBare)->UseRealTime();
 
 }  // namespace
 }  // namespace quenlet

@@ -1,73 +1,35 @@
 #include "bench/RunningAgent.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <thread>
 
 #include "client/waitForReply.h"
+#include "platform/donations/CorvelInterface.h"
 #include "platform/foundation/PropertyListSerializer.h"
 
 namespace quenlet {
 namespace {
 
-[[noreturn]] void fail(const std::string& problem) {
-  std::fprintf(stderr, "quenlet-bench: %s\n", problem.c_str());
-  std::exit(1);
-}
-
 std::filesystem::path makeDirectory() {
   std::string path = (std::filesystem::temp_directory_path() / "quenlet-bench-XXXXXX").string();
-  if (::mkdtemp(path.data()) == nullptr) fail("no temporary directory");
+  if (::mkdtemp(path.data()) == nullptr) failBenchmark("no temporary directory");
   return path;
 }
 
 std::filesystem::path ownProgram() { return std::filesystem::read_symlink("/proc/self/exe"); }
 
-}  // namespace
-
-RunningAgent::RunningAgent() : directory(makeDirectory()) {
-  ::umask(0077);
-  installWithEntitlement();
-  std::filesystem::create_directories(directory / "home");
-  std::filesystem::create_directories(directory / "run");
-  ::setenv("XDG_RUNTIME_DIR", (directory / "run").c_str(), 1);
-  const std::string program = directory / "bin/quenlet-agent";
-  const std::string home = directory / "home";
-  pid = ::fork();
-  if (pid == 0) {
-    ::setenv("HOME", home.c_str(), 1);
-    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    ::dup2(nowhere, STDERR_FILENO);
-    ::execl(program.c_str(), program.c_str(), nullptr);
-    ::_exit(127);
-  }
-  if (pid < 0) fail("cannot start the agent");
-  proxy = std::make_unique<CorvelProxy>();
-  waitUntilServing();
-}
-
-RunningAgent::~RunningAgent() {
-  proxy.reset();
-  ::kill(pid, SIGTERM);
-  ::waitpid(pid, nullptr, 0);
-  std::filesystem::remove_all(directory);
-}
-
 // A prefix of its own, which entitles this program.
-void RunningAgent::installWithEntitlement() const {
-  const std::filesystem::path entitlements = directory / "share/quenlet/entitlements";
-  std::filesystem::create_directories(directory / "bin");
+void installAgent(const std::filesystem::path& prefix) {
+  const std::filesystem::path built = ownProgram().parent_path().parent_path();
+  const std::filesystem::path entitlements = prefix / "share/quenlet/entitlements";
+  std::filesystem::create_directories(prefix / "bin");
   std::filesystem::create_directories(entitlements);
-  std::filesystem::copy_file(ownProgram().parent_path() / "quenlet-agent",
-                             directory / "bin/quenlet-agent");
+  std::filesystem::copy_file(built / "bin/quenlet-agent", prefix / "bin/quenlet-agent");
+  std::filesystem::copy(built / "lib", prefix / "lib", std::filesystem::copy_options::recursive);
   PropertyListDictionary values;
   values.emplace("ovaro.private.contacts", true);
   PropertyListDictionary programs;
@@ -76,25 +38,52 @@ void RunningAgent::installWithEntitlement() const {
   std::ofstream(entitlements / "bench.plist") << text.left();
 }
 
+}  // namespace
+
+AgentInstallation::AgentInstallation() : directory(makeDirectory()) {
+  ::umask(0077);
+  installAgent(directory);
+  std::filesystem::create_directories(directory / "home");
+  std::filesystem::create_directories(directory / "run");
+  // For the clients in this process.
+  ::setenv("XDG_RUNTIME_DIR", (directory / "run").c_str(), 1);
+}
+
+AgentInstallation::~AgentInstallation() { std::filesystem::remove_all(directory); }
+
+std::unique_ptr<ChildProcess> AgentInstallation::start() const {
+  return std::make_unique<ChildProcess>(
+      std::vector<std::string>{directory / "bin/quenlet-agent"},
+      std::vector<std::string>{"HOME=" + (directory / "home").string()});
+}
+
+std::filesystem::path AgentInstallation::socket() const {
+  return directory / "run/quenlet" / CorvelServiceName;
+}
+
+RunningAgent::RunningAgent(const DonationValues& values) : process(installation.start()) {
+  waitUntilServing();
+  if (!values.empty()) donate(values);
+  // Without the thread that asynchronous calls have needed.
+  client = std::make_unique<CorvelProxy>();
+}
+
 void RunningAgent::waitUntilServing() {
   constexpr int attempts = 500;
   for (int attempt = 0; attempt < attempts; ++attempt) {
-    const auto [contact, error] = waitForReply<ContactPtr, ErrorPtr>(
-        [this](ContactReply reply) { proxy->fetchDonatedMeCard(std::move(reply)); });
-    if (contact) {
-      // Without the thread that asynchronous calls have needed.
-      proxy = std::make_unique<CorvelProxy>();
-      return;
-    }
+    bool served = false;
+    client->synchronousDonatedMeCard(
+        [&served](const Result<ContactPtr>& card) { served = card.isLeft(); });
+    if (served) return;
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
-  fail("the agent does not serve");
+  failBenchmark("the agent does not serve");
 }
 
 void RunningAgent::donate(const DonationValues& values) {
   const auto [error] = waitForReply<ErrorPtr>(
-      [this, &values](ErrorReply reply) { proxy->donateMeCardValues(values, std::move(reply)); });
-  if (error) fail(error->description());
+      [this, &values](ErrorReply reply) { client->donateMeCardValues(values, std::move(reply)); });
+  if (error) failBenchmark(error->description());
 }
 
 }  // namespace quenlet

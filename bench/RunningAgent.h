@@ -1,37 +1,49 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <filesystem>
 #include <memory>
 
+#include "bench/ChildProcess.h"
 #include "client/CorvelProxy.h"
 
 namespace quenlet {
 
-// The agent of the same build, running for a user with a home of its own, and a client that it
-// serves. Ends with this object. Ends the program with a message when it cannot be started.
-class RunningAgent final {
+// A temporary directory with a home, a runtime directory and an installed agent of the same build,
+// which serves this program. Removed with this object.
+class AgentInstallation final {
  public:
-  RunningAgent();
-  ~RunningAgent();
-  RunningAgent(const RunningAgent&) = delete;
-  RunningAgent& operator=(const RunningAgent&) = delete;
+  AgentInstallation();
+  ~AgentInstallation();
+  AgentInstallation(const AgentInstallation&) = delete;
+  AgentInstallation& operator=(const AgentInstallation&) = delete;
 
-  [[nodiscard]] CorvelProxy& client() { return *proxy; }
-  // Donates the values and waits until they are durable.
-  void donate(const DonationValues& values);
+  [[nodiscard]] std::unique_ptr<ChildProcess> start() const;
   [[nodiscard]] std::filesystem::path donationsFile() const {
     return directory / "home/Library/Contacts/Donations/donations.plist";
   }
+  [[nodiscard]] std::filesystem::path socket() const;
+  // A place for the sockets and files of what the agent is measured against.
+  [[nodiscard]] std::filesystem::path scratch(const char* name) const { return directory / name; }
 
  private:
-  void installWithEntitlement() const;
-  void waitUntilServing();
-
   const std::filesystem::path directory;
-  pid_t pid = -1;
-  std::unique_ptr<CorvelProxy> proxy;
+};
+
+// An agent that is running and has answered. Ends with this object.
+class RunningAgent final {
+ public:
+  // Holds `values` from its start.
+  explicit RunningAgent(const DonationValues& values = {});
+
+  // Donates the values and waits until they are durable.
+  void donate(const DonationValues& values);
+
+  const AgentInstallation installation;
+  const std::unique_ptr<ChildProcess> process;
+  std::unique_ptr<CorvelProxy> client = std::make_unique<CorvelProxy>();
+
+ private:
+  void waitUntilServing();
 };
 
 }  // namespace quenlet

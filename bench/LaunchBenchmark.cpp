@@ -1,0 +1,115 @@
+// From the launch of the agent to its first answer, and what it costs while it has nothing to do,
+// against the least that can answer over a Unix socket.
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <future>
+#include <thread>
+
+#include "bench/RawClient.h"
+#include "bench/RunningAgent.h"
+#include "bench/SampleDonations.h"
+
+namespace quenlet {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t bareReplySize = 1024;
+
+// Beyond all that the agent does by itself after its start.
+constexpr std::chrono::seconds untilIdle(8);
+constexpr std::chrono::seconds watched(5);
+
+// Asks until an answer comes, on connections of its own.
+template <typename Answers>
+void waitForAnswer(const std::filesystem::path& path, Answers answers) {
+  while (true) {
+    RawClient client(path);
+    if (client.isConnected() && client.send(fetchRequest()) && answers(client)) return;
+    std::this_thread::sleep_for(std::chrono::microseconds(20));
+  }
+}
+
+std::unique_ptr<ChildProcess> launchAgent(const AgentInstallation& installation) {
+  auto agent = installation.start();
+  waitForAnswer(installation.socket(), [](RawClient& client) { return client.receiveMessage(); });
+  return agent;
+}
+
+std::unique_ptr<ChildProcess> launchBareServer(const AgentInstallation& installation) {
+  const std::filesystem::path path = installation.scratch("bare");
+  std::filesystem::remove(path);
+  auto server = std::make_unique<ChildProcess>(std::vector<std::string>{
+      std::filesystem::read_symlink("/proc/self/exe").parent_path() / "quenlet-bare-server", path,
+      std::to_string(fetchRequest().size()), std::to_string(bareReplySize)});
+  waitForAnswer(path, [](RawClient& client) { return client.receive(bareReplySize); });
+  return server;
+}
+
+// A home that holds so many donations.
+void prepare(const AgentInstallation& installation, std::size_t donations) {
+  if (donations == 0) return;
+  const auto agent = launchAgent(installation);
+  CorvelProxy client;
+  std::promise<ErrorPtr> donated;
+  client.donateMeCardValues(sampleDonations(donations),
+                            [&](const ErrorPtr& error) { donated.set_value(error); });
+  if (const ErrorPtr error = donated.get_future().get()) failBenchmark(error->description());
+}
+
+template <typename Launch>
+void timeLaunch(benchmark::State& state, Launch launch) {
+  for (auto _ : state) {
+    const auto begin = Clock::now();
+    const auto process = launch();
+    state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
+  }
+}
+
+void launchToFirstAnswer(benchmark::State& state) {
+  const AgentInstallation installation;
+  prepare(installation, static_cast<std::size_t>(state.range(0)));
+  timeLaunch(state, [&] { return launchAgent(installation); });
+}
+
+void launchToFirstAnswerBare(benchmark::State& state) {
+  const AgentInstallation installation;
+  timeLaunch(state, [&] { return launchBareServer(installation); });
+}
+
+template <typename Launch>
+void lookAtIdleProcess(benchmark::State& state, Launch launch) {
+  for (auto _ : state) {
+    const auto process = launch();
+    std::this_thread::sleep_for(untilIdle);
+    state.counters["pss"] = static_cast<double>(process->pssInBytes());
+    const std::uint64_t before = process->contextSwitches();
+    std::this_thread::sleep_for(watched);
+    state.counters["wakeups"] = static_cast<double>(process->contextSwitches() - before);
+    state.counters["threads"] = static_cast<double>(process->threads());
+  }
+}
+
+void idleMemory(benchmark::State& state) {
+  const AgentInstallation installation;
+  prepare(installation, static_cast<std::size_t>(state.range(0)));
+  lookAtIdleProcess(state, [&] { return launchAgent(installation); });
+  std::error_code missing;
+  const auto bytes = std::filesystem::file_size(installation.donationsFile(), missing);
+  state.counters["held"] = missing ? 0.0 : static_cast<double>(bytes);
+}
+
+void idleMemoryBare(benchmark::State& state) {
+  const AgentInstallation installation;
+  lookAtIdleProcess(state, [&] { return launchBareServer(installation); });
+}
+
+BENCHMARK(launchToFirstAnswer)->Arg(0)->Arg(10'000)->UseManualTime();
+BENCHMARK(launchToFirstAnswerBare)->UseManualTime();
+BENCHMARK(idleMemory)->Arg(0)->Arg(10'000)->Iterations(1);
+BENCHMARK(idleMemoryBare)->Iterations(1);
+
+}  // namespace
+}  // namespace quenlet

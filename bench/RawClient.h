@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+
+#include "platform/scheduling/FileDescriptor.h"
+
+namespace quenlet {
+
+// A client of a Unix socket that does nothing but send and receive, so that what is measured is the
+// other side.
+class RawClient final {
+ public:
+  explicit RawClient(FileDescriptor connected) : socket(std::move(connected)) {}
+  // Not connected when nobody listens there.
+  explicit RawClient(const std::filesystem::path& path);
+
+  [[nodiscard]] bool isConnected() const { return socket.isOpen(); }
+  // False when the connection breaks.
+  [[nodiscard]] bool send(const std::string& bytes) const;
+  [[nodiscard]] bool receive(std::size_t sizeInBytes);
+  // Receives one message of the agent's; gives its kind, or nothing.
+  [[nodiscard]] bool receiveMessage();
+
+  // What came last.
+  std::string received;
+
+ private:
+  FileDescriptor socket;
+};
+
+// A request for the card as it goes over the agent's socket.
+[[nodiscard]] std::string fetchRequest();
+
+}  // namespace quenlet
