@@ -73,11 +73,26 @@ void rawPingPong(benchmark::State& state) {
 
 void fetchCard(benchmark::State& state) {
   const CardServer card;
+  const std::size_t replySize = card.replySize();
   RawClient client(card.agent.installation.socket());
   Latencies latencies;
   for (auto _ : state) {
     latencies.measure([&] {
-      if (!client.send(card.request) || !client.receiveMessage()) failBenchmark("no card");
+      if (!client.send(card.request) || !client.receive(replySize)) failBenchmark("no card");
+    });
+  }
+  latencies.report(state);
+}
+
+void fetchBare(benchmark::State& state) {
+  const CardServer card;
+  const BareServer bare(card);
+  const std::size_t replySize = card.replySize();
+  RawClient client(bare.path);
+  Latencies latencies;
+  for (auto _ : state) {
+    latencies.measure([&] {
+      if (!client.send(card.request) || !client.receive(replySize)) failBenchmark("no reply");
     });
   }
   latencies.report(state);
@@ -133,6 +148,7 @@ void connectFetchCloseBare(benchmark::State& state) {
 
 BENCHMARK(rawPingPong)->UseRealTime();
 BENCHMARK(fetchCard)->UseRealTime();
+BENCHMARK(fetchBare)->UseRealTime();
 BENCHMARK(fetchCardThroughLibrary)->UseRealTime();
 BENCHMARK(fetchCardPipelined)->UseRealTime();
 BENCHMARK(connectFetchClose)->UseRealTime();

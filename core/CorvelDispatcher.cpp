@@ -101,13 +101,11 @@ void CorvelDispatcher::removeBundle(WireReader arguments, WireReply reply) const
 
 void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
   gate->fetchDonatedMeCard(
-      [reply = std::move(reply)](const ContactPtr& contact, const ErrorPtr& error) {
+      [replies = replies, reply = std::move(reply)](const ContactPtr& contact,
+                                                    const ErrorPtr& error) {
+        if (contact) return reply(replies->fetched(contact));
         WireEncoder encoder;
-        if (contact) {
-          ContactWire::encode(encoder, *contact);
-        } else {
-          encoder.null();
-        }
+        encoder.null();
         ErrorWire::encode(encoder, error);
         reply(std::move(encoder).take());
       });
@@ -115,7 +113,8 @@ void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
 
 void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
   gate->synchronousDonatedMeCard(
-      [reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
+      [replies = replies, reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
+        if (contactOrError.isLeft()) return reply(replies->synchronous(contactOrError.left()));
         WireEncoder encoder;
         ContactWire::encodeEither(encoder, contactOrError);
         reply(std::move(encoder).take());

@@ -24,9 +24,9 @@ bool DonationListenerDelegate::shouldAcceptNewConnection(
       *environment, agent,
       // Weakly, since the connection owns the gate.
       [connection = std::weak_ptr<ServiceConnection>(newConnection)] { return connection.lock(); });
-  newConnection->setExportedInterface(makeConfiguredInterface());
+  newConnection->setExportedInterface(interface);
   newConnection->setExportedObject(
-      std::make_shared<CorvelDispatcher>(gate, [gate] { return gate->admitsClient(); }));
+      std::make_shared<CorvelDispatcher>(gate, [gate] { return gate->admitsClient(); }, replies));
   newConnection->resume();
   return true;
 }

@@ -63,8 +63,12 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       schedulerProvider(
           std::make_shared<ProductionSchedulerProvider>(runLoop.mainThreadScheduler())),
       dataProxy(std::make_shared<PosixDataProxy>([this] { return runLoop.holdTermination(); })),
-      loggerProvider(std::make_shared<StructuredLoggerProvider>(
-          StructuredLog(std::make_shared<StandardErrorLogSink>(), &Date::now))),
+      logSink(std::make_shared<StandardErrorLogSink>(
+          [scheduler = schedulerProvider->backgroundScheduler()](double delaySeconds, Block block) {
+            static_cast<void>(scheduler->afterDelay(delaySeconds, std::move(block)));
+          })),
+      loggerProvider(
+          std::make_shared<StructuredLoggerProvider>(StructuredLog(logSink, &Date::now))),
       notificationCenter(std::make_shared<SocketNotificationCenter>(
           runLoop.eventLoop(), runtimeDirectory / "quenlet" / "notifications")),
       entitlements(std::make_shared<const EntitlementDatabase>(
@@ -88,6 +92,11 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       scope(makeServices()) {}
 
 LinuxPlatform::~LinuxPlatform() = default;
+
+void LinuxPlatform::finish() {
+  extensionHost->shutDown();
+  logSink->flush();
+}
 
 ErrorPtr LinuxPlatform::claimDonations() {
   // Other programs hold it for the time of one small write.

@@ -11,6 +11,7 @@
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/ipc/EntitlementDatabase.h"
+#include "platform/logging/StandardErrorLogSink.h"
 #include "platform/notifications/MeCardFileWatch.h"
 #include "platform/notifications/SocketNotificationCenter.h"
 #include "platform/scheduling/ProductionSchedulerProvider.h"
@@ -41,9 +42,9 @@ class LinuxPlatform final {
   [[nodiscard]] ErrorPtr claimDonations();
 
   [[nodiscard]] RunLoop& mainRunLoop() { return runLoop; }
-  // Ends the donor extensions that run, for a process that ends without this object's end. Once the
-  // run loop has returned.
-  void endExtensions() { extensionHost->shutDown(); }
+  // Ends the donor extensions that run and writes out the log, for a process that ends without this
+  // object's end. Once the run loop has returned.
+  void finish();
 
  private:
   LinuxPlatform(const std::filesystem::path& homeDirectory,
@@ -63,6 +64,7 @@ class LinuxPlatform final {
   RunLoop runLoop;
   const std::shared_ptr<SchedulerProvider> schedulerProvider;
   const std::shared_ptr<PosixDataProxy> dataProxy;
+  const std::shared_ptr<StandardErrorLogSink> logSink;
   const std::shared_ptr<DonationLoggerProvider> loggerProvider;
   const std::shared_ptr<SocketNotificationCenter> notificationCenter;
   const std::shared_ptr<const EntitlementDatabase> entitlements;

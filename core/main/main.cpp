@@ -21,10 +21,10 @@ int runAgent() {
     return complain(error->description());
   }
   auto& process = *new quenlet::AgentProcess(platform.mainRunLoop());
-  if (const quenlet::ErrorPtr error = process.start()) return complain(error->description());
-  process.run();
-  platform.endExtensions();
-  return EXIT_SUCCESS;
+  const quenlet::ErrorPtr error = process.start();
+  if (!error) process.run();
+  platform.finish();
+  return error ? complain(error->description()) : EXIT_SUCCESS;
 }
 
 }  // namespace

@@ -16,6 +16,9 @@ namespace quenlet {
 // One thread at a time.
 class JSONWriter final {
  public:
+  // Makes room for a text of about that size, so that it need not grow.
+  explicit JSONWriter(std::size_t expectedSizeInBytes = 0) { output.reserve(expectedSizeInBytes); }
+
   JSONWriter& beginObject();
   JSONWriter& endObject();
   JSONWriter& beginArray();

@@ -93,17 +93,22 @@ ErrorPtr makeServiceError(ServiceErrorCode code, std::string debugDescription) {
                    std::move(debugDescription));
 }
 
+ServiceInterface::Operations& ServiceInterface::ownOperations() {
+  if (operations.use_count() > 1) operations = std::make_shared<Operations>(*operations);
+  return *operations;
+}
+
 ServiceInterface& ServiceInterface::addOperation(std::string selector,
                                                  std::vector<WireParameter> arguments,
                                                  std::vector<WireParameter> reply) {
-  operations.insert_or_assign(std::move(selector),
-                              Operation{std::move(arguments), std::move(reply)});
+  ownOperations().insert_or_assign(std::move(selector),
+                                   Operation{std::move(arguments), std::move(reply)});
   return *this;
 }
 
 const std::set<std::string, std::less<>>& ServiceInterface::classesForSelector(
     std::string_view selector, std::size_t argumentIndex, OfReply ofReply) const {
-  const Operation& operation = operations.find(selector)->second;
+  const Operation& operation = operations->find(selector)->second;
   return (ofReply == OfReply::yes ? operation.reply : operation.arguments)
       .at(argumentIndex)
       .classes;
@@ -112,15 +117,15 @@ const std::set<std::string, std::less<>>& ServiceInterface::classesForSelector(
 void ServiceInterface::setClasses(std::set<std::string, std::less<>> classes,
                                   std::string_view forSelector, std::size_t argumentIndex,
                                   OfReply ofReply) {
-  Operation& operation = operations.find(forSelector)->second;
+  Operation& operation = ownOperations().find(forSelector)->second;
   (ofReply == OfReply::yes ? operation.reply : operation.arguments).at(argumentIndex).classes =
       std::move(classes);
 }
 
 const std::vector<WireParameter>* ServiceInterface::parameters(std::string_view selector,
                                                                OfReply ofReply) const {
-  const auto found = operations.find(selector);
-  if (found == operations.end()) return nullptr;
+  const auto found = operations->find(selector);
+  if (found == operations->end()) return nullptr;
   return ofReply == OfReply::yes ? &found->second.reply : &found->second.arguments;
 }
 

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <set>
 #include <string>
 #include <string_view>
@@ -39,7 +40,8 @@ struct WireParameter final {
 };
 
 // What a service exports: its operations by name, and for each argument what a peer may send.
-// A value type; configured before the connection is resumed, then constant.
+// A value type, configured before the connection is resumed, then constant; copies share what they
+// hold until one of them is changed.
 class ServiceInterface final {
  public:
   ServiceInterface& addOperation(std::string selector, std::vector<WireParameter> arguments,
@@ -60,7 +62,12 @@ class ServiceInterface final {
     std::vector<WireParameter> arguments;
     std::vector<WireParameter> reply;
   };
-  std::map<std::string, Operation, std::less<>> operations;
+  using Operations = std::map<std::string, Operation, std::less<>>;
+
+  // This object's own operations, to be changed.
+  [[nodiscard]] Operations& ownOperations();
+
+  std::shared_ptr<Operations> operations = std::make_shared<Operations>();
 };
 
 // How deep lists, dictionaries and objects may stand within each other.

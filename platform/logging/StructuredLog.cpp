@@ -1,10 +1,5 @@
 #include "platform/logging/StructuredLog.h"
 
-#include <poll.h>
-#include <unistd.h>
-
-#include <cerrno>
-
 #include "platform/foundation/JSONWriter.h"
 
 namespace quenlet {
@@ -31,7 +26,7 @@ struct ArgumentWriter final {
 
   void operator()(bool flag) const { json.value(flag); }
   void operator()(std::int64_t number) const { json.value(number); }
-  void operator()(const std::string& text) const { json.value(text); }
+  void operator()(std::string_view text) const { json.value(text); }
   void operator()(Date date) const { json.value(date.iso8601()); }
   void operator()(const ErrorPtr& error) const {
     if (error) {
@@ -50,27 +45,10 @@ struct ArgumentWriter final {
 
 }  // namespace
 
-void StandardErrorLogSink::write(const std::string& line) {
-  constexpr int patienceMilliseconds = 1000;
-  const std::string whole = line + "\n";
-  std::string_view rest = whole;
-  MutexLock lock(mutex);
-  while (!rest.empty()) {
-    const ssize_t written = ::write(STDERR_FILENO, rest.data(), rest.size());
-    if (written > 0) {
-      rest.remove_prefix(static_cast<std::size_t>(written));
-      continue;
-    }
-    pollfd writable{STDERR_FILENO, POLLOUT, 0};
-    const bool mayTryAgain =
-        errno == EINTR || (errno == EAGAIN && ::poll(&writable, 1, patienceMilliseconds) > 0);
-    if (!mayTryAgain) return;
-  }
-}
-
 void StructuredLog::record(std::string_view event,
                            std::initializer_list<LogArgument> arguments) const {
-  JSONWriter json;
+  constexpr std::size_t usualSizeInBytes = 128;
+  JSONWriter json(usualSizeInBytes);
   json.beginObject();
   json.key("time").value(now().iso8601());
   json.key("event").value(event);

@@ -9,7 +9,6 @@
 
 #include "model/DonationValue.h"
 #include "platform/foundation/Error.h"
-#include "platform/foundation/Mutex.h"
 
 namespace quenlet {
 
@@ -20,19 +19,9 @@ class LogSink {
   virtual void write(const std::string& line) = 0;
 };
 
-// Writes lines to standard error, one after the other, so that those of several threads do not mix.
-// The rest of a line that standard error has not taken after a while is lost.
-class StandardErrorLogSink final : public LogSink {
- public:
-  void write(const std::string& line) override EXCLUDES(mutex);
-
- private:
-  Mutex mutex;
-};
-
 // One argument of an event. A donated value is written by its kind, bundle and donation identifier,
 // never by its content.
-using LogArgument = std::variant<bool, std::int64_t, std::string, Date, ErrorPtr, DonationValuePtr,
+using LogArgument = std::variant<bool, std::int64_t, std::string_view, Date, ErrorPtr, DonationValuePtr,
                                  std::reference_wrapper<const DonationValues>>;
 
 // Writes events as JSON objects, one a line, with the keys "time" (ISO 8601, UTC), "event" and

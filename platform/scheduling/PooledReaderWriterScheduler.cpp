@@ -34,6 +34,19 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
   }
 
   void runSynchronously(const Block& block) EXCLUDES(mutex) {
+    if (!startAtOnce()) waitForTurn();
+    block();
+    finish(Access::reader);
+  }
+
+  bool startAtOnce() EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    const bool starts = waiting.empty() && mayStart(Access::reader);
+    if (starts) ++activeReaders;
+    return starts;
+  }
+
+  void waitForTurn() EXCLUDES(mutex) {
     bool turnHasCome = false;
     {
       MutexLock lock(mutex);
@@ -42,8 +55,6 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
       admit();
     }
     while (const std::optional<Job> job = nextBefore(turnHasCome)) run(*job);
-    block();
-    finish(Access::reader);
   }
 
   // A job that a synchronous reader can run while it waits; none when its own turn has come.

@@ -1,0 +1,56 @@
+#include "platform/logging/StandardErrorLogSink.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace quenlet {
+namespace {
+
+constexpr std::chrono::milliseconds gatheringTime(2);
+constexpr std::size_t mostGatheredBytes = std::size_t{64} << 10;
+
+void writeToStandardError(std::string_view text) {
+  constexpr int patienceMilliseconds = 1000;
+  while (!text.empty()) {
+    const ssize_t written = ::write(STDERR_FILENO, text.data(), text.size());
+    if (written > 0) {
+      text.remove_prefix(static_cast<std::size_t>(written));
+      continue;
+    }
+    pollfd writable{STDERR_FILENO, POLLOUT, 0};
+    const bool mayTryAgain =
+        errno == EINTR || (errno == EAGAIN && ::poll(&writable, 1, patienceMilliseconds) > 0);
+    if (!mayTryAgain) return;
+  }
+}
+
+}  // namespace
+
+void StandardErrorLogSink::write(const std::string& line) {
+  {
+    MutexLock lock(mutex);
+    gathered.append(line) += '\n';
+    if (gathered.size() >= mostGatheredBytes) writeGathered();
+    if (flushComes) return;
+    if (std::chrono::steady_clock::now() - lastWritten >= gatheringTime) return writeGathered();
+    flushComes = true;
+  }
+  later(std::chrono::duration<double>(gatheringTime).count(),
+        [self = shared_from_this()] { self->flush(); });
+}
+
+void StandardErrorLogSink::flush() {
+  MutexLock lock(mutex);
+  flushComes = false;
+  writeGathered();
+}
+
+void StandardErrorLogSink::writeGathered() {
+  writeToStandardError(gathered);
+  gathered.clear();
+  lastWritten = std::chrono::steady_clock::now();
+}
+
+}  // namespace quenlet
