@@ -76,25 +76,30 @@ void UnixServiceConnection::resume() {
 
 void UnixServiceConnection::start() {
   int socket = -1;
+  std::uint32_t events = 0;
   {
     MutexLock lock(mutex);
     socket = descriptor.get();
+    events = wantedEvents();
   }
-  auto started = loop->watch(socket, EPOLLERR, [weak = weak_from_this()](std::uint32_t events) {
-    if (const auto held = weak.lock()) held->onReady(events);
+  auto started = loop->watch(socket, events, [weak = weak_from_this()](std::uint32_t ready) {
+    if (const auto held = weak.lock()) held->onReady(ready);
   });
   MutexLock lock(mutex);
   watch = std::move(started);
   updateWatch();
 }
 
-void UnixServiceConnection::updateWatch() {
-  if (!watch) return;
+std::uint32_t UnixServiceConnection::wantedEvents() const {
   // EPOLLERR is always reported; asking for it keeps the watch alive while nothing else is wanted.
   std::uint32_t events = EPOLLERR;
   if (resumed && !paused) events |= EPOLLIN;
   if (!output.empty()) events |= EPOLLOUT;
-  watch->setEvents(events);
+  return events;
+}
+
+void UnixServiceConnection::updateWatch() {
+  if (watch) watch->setEvents(wantedEvents());
 }
 
 void UnixServiceConnection::onReady(std::uint32_t events) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/epoll.h>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -47,6 +49,8 @@ class UnixServiceConnection final : public ServiceConnection,
 
   // Waits for the peer to go, from now on; requests wait for resume(). Once.
   void start() EXCLUDES(mutex);
+  // Takes what has come already, without a wait of the loop for it. On the loop's thread.
+  void readAtOnce() EXCLUDES(mutex) { onReady(EPOLLIN); }
   // Ends the connection without a word. On the loop's thread, or when the loop does not run.
   void close() EXCLUDES(mutex);
 
@@ -68,6 +72,7 @@ class UnixServiceConnection final : public ServiceConnection,
   void enqueue(FrameKind kind, std::uint64_t identifier, std::string body) REQUIRES(mutex);
   void flush() REQUIRES(mutex);
   void abandon() REQUIRES(mutex);
+  [[nodiscard]] std::uint32_t wantedEvents() const REQUIRES(mutex);
   void updateWatch() REQUIRES(mutex);
 
   const std::shared_ptr<EventLoop> loop;

@@ -75,7 +75,7 @@ ErrorPtr UnixServiceListener::resume() {
   if (ErrorPtr error = openSocket(*address)) return error;
   spareDescriptor = openSpare();
   watch =
-      loop->watch(listeningSocket.get(), EPOLLIN, [this](std::uint32_t) { acceptConnections(); });
+      loop->watch(listeningSocket.get(), EPOLLIN, [this](std::uint32_t) { acceptConnection(); });
   thread = std::thread([this] { loop->run(); });
   return nullptr;
 }
@@ -96,16 +96,13 @@ ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
   return nullptr;
 }
 
-void UnixServiceListener::acceptConnections() {
-  while (true) {
-    FileDescriptor accepted = acceptOne(listeningSocket);
-    if (accepted.isOpen()) {
-      admit(std::move(accepted));
-    } else if (errno == EAGAIN) {
-      return;
-    } else if (errno != EINTR && errno != ECONNABORTED) {
-      return refuseOne(errno);
-    }
+// One at a time: the loop comes back while more of them wait, and has served the others meanwhile.
+void UnixServiceListener::acceptConnection() {
+  FileDescriptor accepted = acceptOne(listeningSocket);
+  if (accepted.isOpen()) {
+    admit(std::move(accepted));
+  } else if (errno != EAGAIN && errno != EINTR && errno != ECONNABORTED) {
+    refuseOne(errno);
   }
 }
 
@@ -144,10 +141,14 @@ void UnixServiceListener::admit(FileDescriptor socket) {
       loop, std::move(socket), std::move(peer).takeLeft(), entitlements, limits,
       [this](UnixServiceConnection& closed) { connectionClosed(closed); });
   connections.emplace(connection.get(), connection);
-  connection->start();
-  if (asked->shouldAcceptNewConnection(*this, connection)) return;
-  connection->close();
-  connections.erase(connection.get());
+  if (asked->shouldAcceptNewConnection(*this, connection)) {
+    connection->start();
+    // Most clients have sent their request by now.
+    connection->readAtOnce();
+  } else {
+    connection->close();
+    connections.erase(connection.get());
+  }
 }
 
 void UnixServiceListener::connectionClosed(UnixServiceConnection& connection) {

@@ -38,7 +38,7 @@ class UnixServiceListener final : public ServiceListener {
 
  private:
   [[nodiscard]] ErrorPtr openSocket(const ServiceAddress& at);
-  void acceptConnections();
+  void acceptConnection();
   void admit(FileDescriptor socket) EXCLUDES(mutex);
   void refuseOne(int failure);
   void connectionClosed(UnixServiceConnection& connection);
