@@ -7,7 +7,6 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -17,6 +16,7 @@
 #include "bench/RunningAgent.h"
 #include "bench/SampleDonations.h"
 #include "client/waitForReply.h"
+#include "platform/foundation/Mutex.h"
 
 namespace quenlet {
 namespace {
@@ -79,7 +79,6 @@ class Database final {
  public:
   explicit Database(const std::filesystem::path& file) {
     if (sqlite3_open(file.c_str(), &database) != SQLITE_OK) failBenchmark("no database");
-    sqlite3_busy_timeout(database, 60'000);
     perform("PRAGMA journal_mode=WAL");
     perform("PRAGMA synchronous=FULL");
     perform("CREATE TABLE IF NOT EXISTS donations (identifier INTEGER PRIMARY KEY, text TEXT)");
@@ -92,7 +91,9 @@ class Database final {
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
-  void replaceRow(int identifier, const std::string& text) {
+  // One at a time: connections of their own would sleep while they wait for each other.
+  void replaceRow(int identifier, const std::string& text) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
     sqlite3_bind_int(statement, 1, identifier);
     sqlite3_bind_text(statement, 2, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
     if (sqlite3_step(statement) != SQLITE_DONE) failBenchmark(sqlite3_errmsg(database));
@@ -106,27 +107,25 @@ class Database final {
     }
   }
 
+  Mutex mutex;
   sqlite3* database = nullptr;
   sqlite3_stmt* statement = nullptr;
 };
 
 void commitFromMany(benchmark::State& state) {
   static std::optional<AgentInstallation> place;
-  static std::atomic<int> users;
+  static std::optional<Database> database;
+  // The threads wait for each other at the begin and at the end of the loop.
   if (state.thread_index() == 0) {
     place.emplace();
-    users = state.threads();
+    database.emplace(place->scratch("donations.db"));
   }
   const std::string text = sampleDonations(1).front()->propertyListText().left().text;
-  std::optional<Database> database;
-  for (auto _ : state) {
-    // The threads wait for each other at the begin of the loop, not before it.
-    if (!database) database.emplace(place->scratch("donations.db"));
-    database->replaceRow(state.thread_index(), text);
-  }
-  database.reset();
+  for (auto _ : state) database->replaceRow(state.thread_index(), text);
   state.SetItemsProcessed(state.iterations());
-  if (--users == 0) place.reset();
+  if (state.thread_index() != 0) return;
+  database.reset();
+  place.reset();
 }
 
 BENCHMARK(durableDonate)->UseRealTime()->Unit(benchmark::kMicrosecond);

@@ -88,11 +88,25 @@ class ExtensionCatalog::Reading final {
 ExtensionCatalog::ExtensionCatalog(std::vector<ManifestDirectory> manifestDirectories)
     : directories(std::move(manifestDirectories)) {}
 
-ExtensionCatalog::Content ExtensionCatalog::read() const {
+std::shared_ptr<const ExtensionCatalog::Content> ExtensionCatalog::read() const {
+  const auto begin = std::chrono::steady_clock::now();
   Reading reading;
   for (const ManifestDirectory& directory : directories) reading.addDirectory(directory);
   report(reading.problems);
-  return std::move(reading.content);
+  auto content = std::make_shared<const Content>(std::move(reading.content));
+  MutexLock lock(mutex);
+  lastRead = content;
+  lastReadAt = begin;
+  return content;
+}
+
+std::shared_ptr<const ExtensionCatalog::Content> ExtensionCatalog::recent() const {
+  constexpr std::chrono::seconds longestAge(1);
+  {
+    MutexLock lock(mutex);
+    if (lastRead && std::chrono::steady_clock::now() - lastReadAt < longestAge) return lastRead;
+  }
+  return read();
 }
 
 Result<ExtensionManifestPtr> ExtensionCatalog::Content::manifest(

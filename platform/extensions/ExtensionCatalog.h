@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -13,7 +14,7 @@
 
 namespace quenlet {
 
-// The manifests (*.plist) in some directories, read anew at each call. A manifest or directory that
+// The manifests (*.plist) in some directories. A manifest or directory that
 // somebody else can have written, or a manifest that is damaged, is passed over with a line on
 // standard error; not again while that lasts. Thread-safe.
 class ExtensionCatalog final {
@@ -37,7 +38,10 @@ class ExtensionCatalog final {
   // A directory that does not exist holds nothing.
   explicit ExtensionCatalog(std::vector<ManifestDirectory> manifestDirectories);
 
-  [[nodiscard]] Content read() const EXCLUDES(mutex);
+  [[nodiscard]] std::shared_ptr<const Content> read() const EXCLUDES(mutex);
+  // What was read within the last second, or else now. A loader of donors asks 2 s after the
+  // donation that it is about, so that it misses nothing that was installed by then.
+  [[nodiscard]] std::shared_ptr<const Content> recent() const EXCLUDES(mutex);
 
  private:
   class Reading;
@@ -47,6 +51,8 @@ class ExtensionCatalog final {
 
   const std::vector<ManifestDirectory> directories;
   mutable Mutex mutex;
+  mutable std::shared_ptr<const Content> lastRead GUARDED_BY(mutex);
+  mutable std::chrono::steady_clock::time_point lastReadAt GUARDED_BY(mutex);
   mutable std::map<std::string, std::shared_ptr<ProblemReporter>> reporters GUARDED_BY(mutex);
 };
 

@@ -27,8 +27,8 @@ class ProgramDonorLoader final : public DonorLoader {
   explicit ProgramDonorLoader(DonorSource donorSource) : source(std::move(donorSource)) {}
 
   Future<DonorObjectPtr> donorWithIdentifier(const std::string& bundleIdentifier) override {
-    std::call_once(read, [this] { content = source.catalog->read(); });
-    const Result<ExtensionManifestPtr> installed = content.manifest(bundleIdentifier);
+    std::call_once(read, [this] { content = source.catalog->recent(); });
+    const Result<ExtensionManifestPtr> installed = content->manifest(bundleIdentifier);
     if (!installed.isLeft()) return Future<DonorObjectPtr>::futureWithError(installed.right());
     const ExtensionManifestPtr& manifest = installed.left();
     DonorObjectPtr donor = source.donor(manifest);
@@ -46,7 +46,7 @@ class ProgramDonorLoader final : public DonorLoader {
  private:
   const DonorSource source;
   std::once_flag read;
-  ExtensionCatalog::Content content;
+  std::shared_ptr<const ExtensionCatalog::Content> content;
 };
 
 class InstalledDonors final : public Observable<DonorObjectPtr> {
@@ -54,14 +54,14 @@ class InstalledDonors final : public Observable<DonorObjectPtr> {
   explicit InstalledDonors(DonorSource donorSource) : source(std::move(donorSource)) {}
 
   std::shared_ptr<Cancelable> subscribe(Observer<DonorObjectPtr> observer) override {
-    const ExtensionCatalog::Content content = source.catalog->read();
-    for (const ExtensionManifestPtr& manifest : content.manifests) {
+    const auto content = source.catalog->read();
+    for (const ExtensionManifestPtr& manifest : content->manifests) {
       if (observer.resultBlock) observer.resultBlock(source.donor(manifest));
     }
-    if (!content.unreadable) {
+    if (!content->unreadable) {
       if (observer.completionBlock) observer.completionBlock();
     } else if (observer.failureBlock) {
-      observer.failureBlock(content.unreadable);
+      observer.failureBlock(content->unreadable);
     }
     return std::make_shared<CancelBlock>(nullptr);  // all has been said
   }

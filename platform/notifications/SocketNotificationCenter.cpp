@@ -161,6 +161,8 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     const NotificationDirectory& directory = opened.left();
     MutexLock lock(mutex);
     for (const std::string& socketName : directory.socketNames()) {
+      // What nobody here observes need not wake this process.
+      if (receiver && socketName == receiver->name && !observers.contains(name)) continue;
       sendToOne(directory, socketName, name);
     }
     return nullptr;

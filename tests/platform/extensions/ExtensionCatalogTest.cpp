@@ -9,7 +9,7 @@ class ExtensionCatalogTest : public HostFixture {
  protected:
   // "<bundle>=<executable>" of all that is found, "!<code>" when something cannot be read.
   std::string found() {
-    const ExtensionCatalog::Content content = catalog.read();
+    const ExtensionCatalog::Content content = *catalog.read();
     std::string all;
     for (const ExtensionManifestPtr& manifest : content.manifests) {
       all += manifest->bundleIdentifier + "=" + manifest->executable.native() + " ";
@@ -93,8 +93,8 @@ TEST_F(ExtensionCatalogTest, BecomesTheObservablesDonorsAndItsEnd) {
   EXPECT_EQ(notes.size(), 0U) << "it is a donor, but no extension";
   write("home/Extensions", "a file");
   EXPECT_EQ(listen(), both + "!7");
-  EXPECT_EQ(catalog.read().manifest("org.ours").left()->executable, "/x");
-  EXPECT_EQ(nameOf(*catalog.read().manifest("org.own").right()), "!7");
+  EXPECT_EQ(catalog.read()->manifest("org.ours").left()->executable, "/x");
+  EXPECT_EQ(nameOf(*catalog.read()->manifest("org.own").right()), "!7");
 }
 
 }  // namespace
