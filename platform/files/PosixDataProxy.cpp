@@ -215,10 +215,27 @@ ErrorPtr PosixDataProxy::copyDamagedFile(const path& url, std::uintmax_t number)
   return error;
 }
 
+PosixDataProxy::FileStamp PosixDataProxy::stampOf(const path& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) return {};
+  return {status.st_dev, status.st_ino, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
+}
+
 ErrorPtr PosixDataProxy::setExcludedFromBackups(const path& directory) {
   const path tag = directory / cacheTagName;
+  // Asked after each save: one that was read before, and has not changed, is not read again.
+  const FileStamp stamp = stampOf(tag);
+  {
+    MutexLock lock(mutex);
+    const auto known = goodTags.find(tag);
+    if (known != goodTags.end() && known->second == stamp && stamp != FileStamp()) return nullptr;
+  }
   const Result<std::string> present = readFile(tag);
-  if (present.isLeft() && present.left().starts_with(cacheTagSignature)) return nullptr;
+  if (present.isLeft() && present.left().starts_with(cacheTagSignature)) {
+    MutexLock lock(mutex);
+    goodTags[tag] = stamp;
+    return nullptr;
+  }
   return writer.replace(tag, std::string(cacheTagSignature) + std::string(cacheTagExplanation));
 }
 

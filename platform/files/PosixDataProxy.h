@@ -1,8 +1,11 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <thread>
@@ -52,7 +55,8 @@ class PosixDataProxy final : public DataProxy {
   // again. What cannot be kept is reported on standard error.
   bool keepDamagedFile(const std::filesystem::path& url) override;
   // By a CACHEDIR.TAG file, which backup programs honour.
-  [[nodiscard]] ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override;
+  [[nodiscard]] ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override
+      EXCLUDES(mutex);
 
  private:
   struct Write {
@@ -62,6 +66,16 @@ class PosixDataProxy final : public DataProxy {
     std::shared_ptr<Cancelable> hold;
   };
 
+  // A file as it was at one moment; all zero when it was not there.
+  struct FileStamp {
+    dev_t device = 0;
+    ino_t number = 0;
+    std::int64_t changedSeconds = 0;
+    std::int64_t changedNanoseconds = 0;
+    bool operator==(const FileStamp&) const = default;
+  };
+
+  [[nodiscard]] static FileStamp stampOf(const std::filesystem::path& file);
   [[nodiscard]] int linkDamagedFile(const std::filesystem::path& url, std::uintmax_t number) const;
   [[nodiscard]] ErrorPtr copyDamagedFile(const std::filesystem::path& url, std::uintmax_t number);
   [[nodiscard]] Result<std::string> readFile(const std::filesystem::path& file) const;
@@ -73,6 +87,8 @@ class PosixDataProxy final : public DataProxy {
   FileOperations& operations;
   DurableFileWriter writer;
   Mutex mutex;
+  // The tags that exclude their directories from backups, as they were when they were read.
+  std::map<std::filesystem::path, FileStamp> goodTags GUARDED_BY(mutex);
   ConditionVariable changed;
   std::deque<Write> writes GUARDED_BY(mutex);  // at most one a target
   bool ending GUARDED_BY(mutex) = false;

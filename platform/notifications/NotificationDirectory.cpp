@@ -41,9 +41,11 @@ Result<FileDescriptor> openSocket(int directory, const std::string& name, System
   return Result<FileDescriptor>::left(std::move(opened));
 }
 
-bool isSocket(int directory, const char* name) {
+bool isSocket(int directory, const dirent& entry) {
+  if (entry.d_type != DT_UNKNOWN) return entry.d_type == DT_SOCK;
   struct stat status {};
-  return ::fstatat(directory, name, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISSOCK(status.st_mode);
+  return ::fstatat(directory, entry.d_name, &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISSOCK(status.st_mode);
 }
 
 }  // namespace
@@ -61,6 +63,12 @@ Result<NotificationDirectory> NotificationDirectory::open(const std::filesystem:
   return Opened::left(NotificationDirectory(std::move(opened)));
 }
 
+bool NotificationDirectory::isPrivate() const {
+  struct stat status {};
+  return ::fstat(directory.get(), &status) == 0 && status.st_nlink > 0 &&
+         status.st_uid == ::geteuid() && (status.st_mode & 0077) == 0;
+}
+
 std::vector<std::string> NotificationDirectory::socketNames() const {
   std::vector<std::string> names;
   // A descriptor of its own, as reading moves a position that copies of a descriptor share.
@@ -70,7 +78,7 @@ std::vector<std::string> NotificationDirectory::socketNames() const {
   if (!stream) return names;
   static_cast<void>(listing.release());
   while (const dirent* entry = ::readdir(stream.get())) {
-    if (isSocket(directory.get(), entry->d_name)) names.emplace_back(entry->d_name);
+    if (isSocket(directory.get(), *entry)) names.emplace_back(entry->d_name);
   }
   return names;
 }

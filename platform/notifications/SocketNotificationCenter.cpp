@@ -156,16 +156,24 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   }
 
   ErrorPtr sendToAll(const std::string& name) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    if (receiver && receiver->directory.isPrivate()) {
+      sendToAllIn(receiver->directory, name);
+      return nullptr;
+    }
     const Result<NotificationDirectory> opened = NotificationDirectory::open(directoryPath);
     if (!opened.isLeft()) return opened.right();
-    const NotificationDirectory& directory = opened.left();
-    MutexLock lock(mutex);
+    sendToAllIn(opened.left(), name);
+    return nullptr;
+  }
+
+  void sendToAllIn(const NotificationDirectory& directory, const std::string& name)
+      REQUIRES(mutex) {
     for (const std::string& socketName : directory.socketNames()) {
       // What nobody here observes need not wake this process.
       if (receiver && socketName == receiver->name && !observers.contains(name)) continue;
       sendToOne(directory, socketName, name);
     }
-    return nullptr;
   }
 
   // Each datagram has a sending socket of its own: the kernel counts unread datagrams against their

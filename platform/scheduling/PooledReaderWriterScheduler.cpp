@@ -11,6 +11,7 @@ namespace quenlet {
 namespace {
 
 enum class Access { reader, writer };
+enum class Caller { submitter, endingBlock };
 
 struct Job {
   Access access;
@@ -94,14 +95,14 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
     } else {
       --activeReaders;
     }
-    admit();
+    admit(Caller::endingBlock);
   }
 
   bool mayStart(Access access) const REQUIRES(mutex) {
     return !writerActive && (access == Access::reader || activeReaders == 0);
   }
 
-  void admit() REQUIRES(mutex) {
+  void admit(Caller caller = Caller::submitter) REQUIRES(mutex) {
     bool anyone = false;
     while (!waiting.empty() && mayStart(waiting.front().access)) {
       Job job = std::move(waiting.front());
@@ -115,7 +116,13 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
         *job.turnHasCome = true;
       } else {
         ready.push_back(std::move(job));
-        pool->post([self = shared_from_this()] { self->runReady(); });
+        const auto next = [self = shared_from_this()] { self->runReady(); };
+        // The thread whose block ends runs one of them itself.
+        if (std::exchange(caller, Caller::submitter) == Caller::endingBlock) {
+          pool->postLast(next);
+        } else {
+          pool->post(next);
+        }
       }
       anyone = true;
     }

@@ -16,10 +16,6 @@ struct SerialScheduler::State : std::enable_shared_from_this<State> {
       blocks.push_back(std::move(block));
       if (std::exchange(active, true)) return;
     }
-    postNext();
-  }
-
-  void postNext() {
     pool->post([self = shared_from_this()] { self->runNext(); });
   }
 
@@ -37,7 +33,7 @@ struct SerialScheduler::State : std::enable_shared_from_this<State> {
       active = !blocks.empty();
       if (!active) return;
     }
-    postNext();
+    pool->postLast([self = shared_from_this()] { self->runNext(); });
   }
 
   const std::shared_ptr<WorkerPool> pool;

@@ -4,6 +4,12 @@
 #include <utility>
 
 namespace quenlet {
+namespace {
+
+// Whose thread this is; null for all others.
+thread_local const WorkerPool* poolOfThisThread = nullptr;
+
+}  // namespace
 
 std::size_t WorkerPool::usualThreadCount() {
   return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 4);
@@ -23,6 +29,12 @@ void WorkerPool::post(Block block) {
   changed.notifyOne();
 }
 
+void WorkerPool::postLast(Block block) {
+  if (poolOfThisThread != this) return post(std::move(block));
+  MutexLock lock(mutex);
+  blocks.push_back(std::move(block));
+}
+
 void WorkerPool::shutDown() {
   {
     MutexLock lock(mutex);
@@ -35,6 +47,7 @@ void WorkerPool::shutDown() {
 
 // A thread ends only when no other one is busy: a busy one may still post.
 void WorkerPool::work() {
+  poolOfThisThread = this;
   while (true) {
     Block block;
     {

@@ -24,6 +24,9 @@ class WorkerPool final {
 
   // After shutDown() the block is dropped.
   void post(Block block) EXCLUDES(mutex);
+  // As post(), for the last act of a block: a caller that is one of the pool's threads looks for
+  // work next, so that no other thread is woken for it.
+  void postLast(Block block) EXCLUDES(mutex);
   // Runs what is queued, and what those blocks post in turn, then ends the threads. Not to be
   // called on one of them.
   void shutDown() EXCLUDES(mutex);
