@@ -79,6 +79,7 @@ class Database final {
  public:
   explicit Database(const std::filesystem::path& file) {
     if (sqlite3_open(file.c_str(), &database) != SQLITE_OK) failBenchmark("no database");
+    sqlite3_busy_timeout(database, 60'000);
     perform("PRAGMA journal_mode=WAL");
     perform("PRAGMA synchronous=FULL");
     perform("CREATE TABLE IF NOT EXISTS donations (identifier INTEGER PRIMARY KEY, text TEXT)");
@@ -91,9 +92,7 @@ class Database final {
   Database(const Database&) = delete;
   Database& operator=(const Database&) = delete;
 
-  // One at a time: connections of their own would sleep while they wait for each other.
-  void replaceRow(int identifier, const std::string& text) EXCLUDES(mutex) {
-    MutexLock lock(mutex);
+  void replaceRow(int identifier, const std::string& text) {
     sqlite3_bind_int(statement, 1, identifier);
     sqlite3_bind_text(statement, 2, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
     if (sqlite3_step(statement) != SQLITE_DONE) failBenchmark(sqlite3_errmsg(database));
@@ -107,30 +106,49 @@ class Database final {
     }
   }
 
-  Mutex mutex;
   sqlite3* database = nullptr;
   sqlite3_stmt* statement = nullptr;
 };
 
+// The threads wait for each other at the begin and at the end of the loop.
+struct SharedDatabase final {
+  AgentInstallation place;
+  Mutex mutex;
+  Database database{place.scratch("donations.db")};
+};
+
+// Each client with a connection of its own, as programs have that share a database.
 void commitFromMany(benchmark::State& state) {
-  static std::optional<AgentInstallation> place;
-  static std::optional<Database> database;
-  // The threads wait for each other at the begin and at the end of the loop.
-  if (state.thread_index() == 0) {
-    place.emplace();
-    database.emplace(place->scratch("donations.db"));
-  }
+  static std::optional<SharedDatabase> shared;
+  if (state.thread_index() == 0) shared.emplace();
   const std::string text = sampleDonations(1).front()->propertyListText().left().text;
-  for (auto _ : state) database->replaceRow(state.thread_index(), text);
+  std::optional<Database> own;
+  for (auto _ : state) {
+    if (!own) own.emplace(shared->place.scratch("donations.db"));
+    own->replaceRow(state.thread_index(), text);
+  }
   state.SetItemsProcessed(state.iterations());
-  if (state.thread_index() != 0) return;
-  database.reset();
-  place.reset();
+  own.reset();
+  if (state.thread_index() == 0) shared.reset();
+}
+
+// All through one connection, as a service could that keeps its data in a database.
+void commitThroughOneConnection(benchmark::State& state) {
+  static std::optional<SharedDatabase> shared;
+  if (state.thread_index() == 0) shared.emplace();
+  const std::string text = sampleDonations(1).front()->propertyListText().left().text;
+  for (auto _ : state) {
+    MutexLock lock(shared->mutex);
+    shared->database.replaceRow(state.thread_index(), text);
+  }
+  state.SetItemsProcessed(state.iterations());
+  if (state.thread_index() == 0) shared.reset();
 }
 
 BENCHMARK(durableDonate)->UseRealTime()->Unit(benchmark::kMicrosecond);
 BENCHMARK(donateFromMany)->Threads(16)->Threads(64)->UseRealTime();
 BENCHMARK(commitFromMany)->Threads(16)->Threads(64)->UseRealTime();
+BENCHMARK(commitThroughOneConnection)->Threads(16)->Threads(64)->UseRealTime();
 
 }  // namespace
 }  // namespace quenlet

@@ -49,7 +49,11 @@ AgentInstallation::AgentInstallation() : directory(makeDirectory()) {
   ::setenv("XDG_RUNTIME_DIR", (directory / "run").c_str(), 1);
 }
 
-AgentInstallation::~AgentInstallation() { std::filesystem::remove_all(directory); }
+AgentInstallation::~AgentInstallation() { 
+  // Files that others are removing at the same time are none of its business.
+  std::error_code ignored;
+  std::filesystem::remove_all(directory, ignored);
+}
 
 std::unique_ptr<ChildProcess> AgentInstallation::start() const {
   return std::make_unique<ChildProcess>(
