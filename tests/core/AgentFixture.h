@@ -38,10 +38,13 @@ class AgentFixture : public EnvironmentTest {
       noteReply((success ? "true " : "false ") + outcome(error));
     };
   }
-  [[nodiscard]] static std::string described(const Contact& card) {
+
+  void noteCard(const ContactPtr& card, const ErrorPtr& error) {
     std::string text = "card";
-    for (const auto& entry : card.emailAddresses()) text += " " + entry->value;
-    return text;
+    if (card) {
+      for (const auto& entry : card->emailAddresses()) text += " " + entry->value;
+    }
+    noteReply(card ? text : outcome(error));
   }
 
   // Sends a request by its name, with `values`, or their identifiers or bundle, as the argument.
@@ -56,12 +59,11 @@ class AgentFixture : public EnvironmentTest {
       agent->removeDonatedMeCardValuesWithBundleIdentifier(
           values.empty() ? "" : values.front()->origin().bundleIdentifier, successReply());
     } else if (request == CorvelSelector::fetch) {
-      agent->fetchDonatedMeCard([this](const ContactPtr& card, const ErrorPtr& error) {
-        noteReply(card ? described(*card) : outcome(error));
-      });
+      agent->fetchDonatedMeCard(
+          [this](const auto& card, const auto& error) { noteCard(card, error); });
     } else if (request == CorvelSelector::synchronousFetch) {
       agent->synchronousDonatedMeCard([this](const Result<ContactPtr>& card) {
-        noteReply(card.isLeft() ? described(*card.left()) : outcome(card.right()));
+        card.isLeft() ? noteCard(card.left(), nullptr) : noteCard(nullptr, card.right());
       });
     } else {
       agent->meCardDonations([this](const auto& list, const ErrorPtr& error) {
@@ -69,13 +71,11 @@ class AgentFixture : public EnvironmentTest {
       });
     }
   }
-  // What a request leads to, all blocks run.
   Events eventsOf(const std::string& request, const DonationValues& values = {}) {
     send(request, values);
     run();
     return takeTrace();
   }
-  // The text of the reply to a request that is served.
   std::string replyTo(const std::string& request) {
     for (const std::string& event : eventsOf(request)) {
       if (const auto found = event.find(": reply "); found != std::string::npos) {

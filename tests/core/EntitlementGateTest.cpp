@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 
 #include <future>
 #include <latch>
@@ -40,7 +39,6 @@ class FakeConnection final : public ServiceConnection {
 
 class EntitlementGateTest : public EnvironmentTest {
  protected:
-  // The errors of the replies to all ten operations.
   std::set<ErrorPtr> errorsOfAll() {
     std::vector<ErrorPtr> errors;
     agent->callAll(gate, [&](int, const ErrorPtr& error) { errors.push_back(error); });
@@ -114,7 +112,6 @@ TEST_F(EntitlementGateTest, TakesNumbersAloneForAnEntitlement) {
       [](const ErrorPtr& error) { EXPECT_EQ(error->code(), 4097); });
 }
 
-// The service as a connection sees it.
 class DonationListenerDelegateTest : public EntitlementGateTest {
  protected:
   void accept(const std::shared_ptr<FakeConnection>& accepted) {

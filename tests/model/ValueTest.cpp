@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "model/DonationValue.h"
+#include "tests/support/DonationFactory.h"
+
 namespace quenlet {
 namespace {
 
@@ -23,8 +26,6 @@ TEST(ValueTest, ComparesContentByCanonicalEquivalenceAlone) {
       {"e-mail label", Value::emailAddress("a@x", "h"), Value::emailAddress("a@x", "w"), false},
       {"kinds", Value::emailAddress("1", "h"), Value::phoneNumber("1", "h"), false},
       {"phone", Value::phoneNumber("+1 2", "h"), Value::phoneNumber("+12", "h"), false},
-      {"phone label", Value::phoneNumber("+12", "h"), Value::phoneNumber("+12", "w"), false},
-      {"postal", home, Value::postalAddress(berlin, mailing, "h"), true},
       {"postal field", home, Value::postalAddress({.city = "Berlin"}, mailing, "h"), false},
       {"style", home, Value::postalAddress(berlin, PostalAddressStyle::abbreviated, "h"), false},
       {"postal label", home, Value::postalAddress(berlin, mailing, "w"), false},
@@ -41,27 +42,80 @@ TEST(ValueTest, TakesTheFirstReadableKindOfADictionary) {
   const Entry name("nameComponents", Entries{{"givenName", "Ann"}, {"unknown", "x"}});
   const Entry mail("emailAddress", "a@x");
   const Entry phone("phoneNumber", "+12");
+
   const Entry city("postalAddress", Entries{{"city", "Berlin"}});
+  const Entry badCity("postalAddress", Entries{{"city", "Berlin"}, {"x", 1}});
+  const Entry badName("nameComponents", Entries{{"givenName", 1}});
   const Entry label("label", "h");
   const Value postalWithoutLabel = Value::postalAddress({.city = "Berlin"}, mailing, "");
   const std::tuple<const char*, Entries, std::optional<Value>> rows[] = {
       {"name first", {name, mail, label}, Value::name({.givenName = "Ann"})},
-      {"name that is not all text",
-       {{"nameComponents", Entries{{"givenName", 1}}}, mail, label},
-       Value::emailAddress("a@x", "h")},
+
+      {"name not all text", {badName, mail, label}, Value::emailAddress("a@x", "h")},
       {"e-mail without label decides", {mail, city}, {}},
-      {"e-mail that is no text",
-       {{"emailAddress", 1}, phone, label},
-       Value::phoneNumber("+12", "h")},
+
+      {"no e-mail", {{"emailAddress", 1}, phone, label}, Value::phoneNumber("+12", "h")},
       {"phone with a label that is no text", {phone, {"label", 1}}, {}},
       {"postal without label", {city, {"style", 1}}, postalWithoutLabel},
-      {"postal that is not all text",
-       {{"postalAddress", Entries{{"city", "Berlin"}, {"x", 1}}}},
-       {}},
+
+      {"postal not all text", {badCity}, {}},
       {"image", {{"imageData", Data{"bytes"}}}, {}},
   };
   for (const auto& [row, entries, expected] : rows) {
     EXPECT_EQ(Value::valueWithDictionary(entries), expected) << row;
+  }
+}
+
+const DonationValues oneOfEachKind = {
+    named({.givenName = "Ann", .nickname = ""}, from("app", "1", "cluster")),
+    email("Ann@x", from("app", "2", "")),
+    phone("+49 30 123456", from("app", "3", std::nullopt, Date(-0.1))),
+    postal({.city = "Berlin"}, from("app", "4"), PostalAddressStyle::abbreviated),
+    postal({}, from("app", "5")),
+    image(std::string("\0\xff", 2), from("app", "6")),
+};
+
+TEST(DonationValueTest, SurvivesItsPropertyListFormAndACopyWithAnotherDate) {
+  for (const DonationValuePtr& value : oneOfEachKind) {
+    const auto read =
+        DonationValue::initWithPropertyListRepresentation(value->propertyListRepresentation());
+    ASSERT_TRUE(read) << value->origin().donationIdentifier;
+
+    EXPECT_EQ(*read, *value) << value->origin().donationIdentifier;
+    auto expected = value->propertyListRepresentation();
+    auto origin = *findDictionary(expected, "origin");
+    origin.insert_or_assign("expirationDate", 7.0);
+    expected.insert_or_assign("origin", origin);
+    EXPECT_EQ(value->copyWithNewExpirationDate(Date(7))->propertyListRepresentation(), expected);
+  }
+}
+
+TEST(DonationValueTest, RefusesWhatIsNoRecord) {
+  const Entries origin = *findDictionary(email("a@x")->propertyListRepresentation(), "origin");
+  const Entries good{{"emailAddress", "a@x"}, {"label", "h"}, {"origin", origin}, {"other", 1}};
+  ASSERT_TRUE(DonationValue::initWithPropertyListRepresentation(good));
+  // A changed entry that is false stands for none.
+  const Entries::value_type none("emailAddress", false);
+  const std::pair<const char*, Entries> rows[] = {
+      {"no origin", {{"origin", false}}},
+      {"empty origin", {{"origin", Entries{}}}},
+      {"two kinds", {{"imageData", Data{"x"}}}},
+      {"no kind", {none}},
+      {"no label", {{"label", false}}},
+      {"number as address", {{"emailAddress", 1}}},
+      {"no phone number", {none, {"phoneNumber", "none"}}},
+      {"postal without style", {none, {"postalAddress", Entries{{"city", "x"}}}}},
+      {"postal of unknown fields", {none, {"postalAddress", Entries{{"x", "x"}}}, {"style", 0}}},
+      {"name with a number", {none, {"nameComponents", Entries{{"givenName", 1}}}}},
+      {"image as text", {none, {"imageData", "x"}}},
+  };
+  for (const auto& [name, changes] : rows) {
+    Entries bad = good;
+    for (const auto& [key, entry] : changes) {
+      bad.erase(key);
+      if (!entry.boolean()) bad.emplace(key, entry);
+    }
+    EXPECT_FALSE(DonationValue::initWithPropertyListRepresentation(bad)) << name;
   }
 }
 

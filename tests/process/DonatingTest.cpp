@@ -1,4 +1,3 @@
-#include <gmock/gmock.h>
 
 #include "tests/process/ProcessTest.h"
 
@@ -9,7 +8,7 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-class DonatingTest : public ProcessTest {};
+using DonatingTest = ProcessTest;
 
 const std::vector<std::string> mailCard = {"EMAIL;TYPE=home:anna@example.org", "TEL:+49 30 1234567",
                                            "UID:urn:uuid:1"};
@@ -55,13 +54,8 @@ TEST_F(DonatingTest, SharesItsFileWithOtherPrograms) {
   startAgent();
   EXPECT_EQ(donate("com.example.mail", "Anna Berg", mailCard).code, 0);
   EXPECT_EQ(stopAgent(), 0);
-  const std::string rewrite =
-      "import plistlib, sys\n"
-      "contents = plistlib.load(open(sys.argv[1], 'rb'))\n"
-      "for entry in contents['donations']:\n"
-      "    if 'emailAddress' in entry: entry['emailAddress'] = 'edited@example.org'\n"
-      "plistlib.dump(contents, open(sys.argv[1], 'wb'))\n";
-  EXPECT_EQ(finish(*start({"python3", "-c", rewrite, donationsFile})).code, 0);
+
+  rewriteDonations("if 'emailAddress' in entry: entry['emailAddress'] = 'edited@example.org'");
   startAgent();
   EXPECT_EQ(countDonations(), 3);
   EXPECT_THAT(card(), HasSubstr("edited@example.org"));
@@ -83,15 +77,15 @@ TEST_F(DonatingTest, SaysSoWhenItCannotSaveAndGoesOn) {
 
 TEST_F(DonatingTest, RefusesACopyOfTheClientWhileItServesTheClient) {
   startAgent();
-  const std::filesystem::path copy = temporary.path() / "copy";
+  const std::filesystem::path copy = temporary / "copy";
   std::filesystem::copy_file(bin / "quenlet", copy);
-  const auto stranger = start({copy, "list"});
-  EXPECT_EQ(quenlet({"list"}).code, 0);
-  const Ran refused = finish(*stranger);
+
+  const Ran refused = run({copy, "list"});
   EXPECT_EQ(refused.code, 1);
   EXPECT_EQ(refused.out + refused.err,
             "quenlet: ovaro.general-error 4097: connection to corvel: missing entitlement\n");
-  EXPECT_THAT(finish(*start({copy, "status"})).out, HasSubstr("missing entitlement"));
+
+  EXPECT_EQ(quenlet({"list"}).code, 0);
 }
 
 TEST_F(DonatingTest, KeepsRejectedValuesAwayWhoeverDonatesThem) {

@@ -1,11 +1,96 @@
 #pragma once
 
-#include <algorithm>
-#include <memory>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include "tests/process/ChildProcess.h"
+#include <chrono>
+#include <optional>
+#include <thread>
+
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
+
+// Looks every few milliseconds whether `condition` holds, for a minute at most.
+template <typename Condition>
+[[nodiscard]] bool eventually(Condition condition) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  return true;
+}
+
+// A program that runs beside the test, with its output in the files that `outputPath` with ".out"
+// and ".err" appended names. It is killed when this goes. Use on one thread.
+class ChildProcess final {
+ public:
+  ChildProcess(std::vector<std::string> command, std::string outputPath)
+      : path(std::move(outputPath)), pid(::fork()) {
+    if (pid == 0) runInstead(command);
+    EXPECT_GT(pid, 0) << command.front();
+  }
+  ~ChildProcess() {
+    signal(SIGKILL);
+    wait();
+  }
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
+
+  void signal(int number) {
+    if (isRunning()) ::kill(pid, number);
+  }
+
+  // The exit status, or minus the signal that ended it. Fails the test, and gives back nothing,
+  // when it has not ended after a minute.
+  std::optional<int> wait() {
+    EXPECT_TRUE(eventually([this] { return !isRunning(); })) << "process " << pid << " goes on";
+    return status;
+  }
+
+  [[nodiscard]] bool isRunning() {
+    int result = 0;
+    if (pid > 0 && !status && ::waitpid(pid, &result, WNOHANG) == pid) {
+      status = WIFEXITED(result) ? WEXITSTATUS(result) : -WTERMSIG(result);
+    }
+    return pid > 0 && !status;
+  }
+
+  [[nodiscard]] bool hasChildren() const {
+    const std::string number = std::to_string(pid);
+    return !readFile("/proc/" + number + "/task/" + number + "/children").empty();
+  }
+
+  [[nodiscard]] std::string out() const { return readFile(path + ".out"); }
+  [[nodiscard]] std::string err() const { return readFile(path + ".err"); }
+  [[nodiscard]] bool says(const std::string& text) const {
+    return (out() + err()).find(text) != std::string::npos;
+  }
+
+ private:
+  // Never returns: 127 when the program cannot be run.
+  [[noreturn]] void runInstead(std::vector<std::string>& command) {
+    std::vector<char*> arguments;
+    for (std::string& word : command) arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    constexpr int writing = O_WRONLY | O_CREAT | O_APPEND;
+    if (::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO) >= 0 &&
+        ::dup2(::open((path + ".out").c_str(), writing, 0600), STDOUT_FILENO) >= 0 &&
+        ::dup2(::open((path + ".err").c_str(), writing, 0600), STDERR_FILENO) >= 0) {
+      ::execvp(arguments.front(), arguments.data());
+    }
+    ::_exit(127);
+  }
+
+  const std::string path;
+  const pid_t pid;
+  std::optional<int> status;
+};
 
 // The programs as they were built, run as a user with a home, which nobody has created yet, and a
 // runtime directory of its own.
@@ -18,34 +103,40 @@ class ProcessTest : public testing::Test {
   };
 
   ProcessTest() {
-    std::filesystem::create_directory(runtime);
-    std::filesystem::permissions(runtime, std::filesystem::perms::owner_all);
+    ::setenv("HOME", home.c_str(), 1);
+
+    ::setenv("XDG_RUNTIME_DIR", temporary.path().c_str(), 1);
+  }
+  void TearDown() override {
+    EXPECT_FALSE(agent && agent->says("@example.org")) << "a donated value is in the log";
   }
 
-  // Starts the agent and waits until it serves requests.
   void startAgent() {
     agent = start({bin / "quenlet-agent"});
     ASSERT_TRUE(eventually([this] { return !agent->isRunning() || countDonations() >= 0; }));
     ASSERT_TRUE(agent->isRunning()) << agent->err();
   }
-  // Asks the agent to end, and gives back its exit status.
   int stopAgent() {
     agent->signal(SIGTERM);
     return agent->wait().value_or(-1);
   }
+  void disableDonations() {
+    EXPECT_EQ(quenlet({"disable"}).code, 0);
+    EXPECT_TRUE(eventually([this] { return quenlet({"card"}).code == 1; }));
+  }
 
   std::unique_ptr<ChildProcess> start(std::vector<std::string> command) {
-    const auto output = temporary.path() / ("child-" + std::to_string(++childrenStarted));
-    return std::make_unique<ChildProcess>(std::move(command), environment, output);
+    const auto output = temporary / ("child-" + std::to_string(++childrenStarted));
+    return std::make_unique<ChildProcess>(std::move(command), output);
   }
-  Ran finish(ChildProcess& child) {
-    const int code = child.wait().value_or(-1);
-    return {code, child.out(), child.err()};
+  Ran run(std::vector<std::string> command) {
+    const auto child = start(std::move(command));
+    const int code = child->wait().value_or(-1);
+    return {code, child->out(), child->err()};
   }
-  // Runs `quenlet` with these words to its end.
   Ran quenlet(std::vector<std::string> words) {
     words.insert(words.begin(), bin / "quenlet");
-    return finish(*start(std::move(words)));
+    return run(std::move(words));
   }
   // Writes a card and donates it. `lines` are its properties besides FN.
   Ran donate(const std::string& bundle, const std::string& fullName,
@@ -53,12 +144,41 @@ class ProcessTest : public testing::Test {
     writeFile(donatedCard, cardText(fullName, lines));
     return quenlet({"donate", donatedCard, "--bundle", bundle});
   }
+  void rewriteDonations(const std::string& statement) {
+    const std::string program =
+        "import plistlib, sys, time\ncontents = plistlib.load(open(sys.argv[1], 'rb'))\n"
+        "for entry in contents['donations']:\n    " +
+        statement + "\nplistlib.dump(contents, open(sys.argv[1], 'wb'))\n";
+    EXPECT_EQ(run({"python3", "-c", program, donationsFile}).code, 0);
+  }
+
   static std::string cardText(const std::string& fullName, const std::vector<std::string>& lines) {
     std::string text = "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + fullName + "\r\n";
     for (const std::string& line : lines) text += line + "\r\n";
     return text + "END:VCARD\r\n";
   }
+  static std::string plist(const std::string& content) {
+    return "<plist version=\"1.0\">" + content + "</plist>";
+  }
+  void setDeviceClass(int number) {
+    writeFile(telephony / "device.plist", plist("<dict><key>DeviceClassNumber</key><integer>" +
+                                                std::to_string(number) + "</integer></dict>"));
+  }
+  void setNumbers(const std::vector<std::string>& numbers) {
+    std::string list;
+    for (const std::string& number : numbers) {
+      list += "<dict><key>identifier</key><string>" + std::to_string(list.size()) +
+              "</string><key>value</key><string>" + number + "</string></dict>";
+    }
+    writeFile(telephony / "new", plist("<array>" + list + "</array>"));
+    std::filesystem::rename(telephony / "new", telephony / "sim.plist");
+  }
+
   std::string card() { return quenlet({"card"}).out; }
+  bool cardHas(const std::string& text) { return card().find(text) != std::string::npos; }
+  bool fileHas(const std::string& text) {
+    return readFile(donationsFile).find(text) != std::string::npos;
+  }
   // How many donations the agent has; -1 when it does not tell.
   int countDonations() {
     const Ran ran = quenlet({"list"});
@@ -70,12 +190,11 @@ class ProcessTest : public testing::Test {
   const std::filesystem::path bin =  // where the programs are
       std::filesystem::read_symlink("/proc/self/exe").parent_path();
   TemporaryDirectory temporary;
-  const std::filesystem::path runtime = temporary.path() / "run";
-  const std::filesystem::path home = temporary.path() / "missing" / "home";
+  const std::filesystem::path home = temporary / "missing" / "home";
+  const std::filesystem::path telephony = home / "Library/Telephony";
   const std::filesystem::path donationsFile = home / "Library/Contacts/Donations/donations.plist";
   const std::filesystem::path ownersCard = home / "Library/Contacts/me.vcf";
-  const std::filesystem::path donatedCard = temporary.path() / "donated.vcf";
-  const ChildProcess::Environment environment = {{"HOME", home}, {"XDG_RUNTIME_DIR", runtime}};
+  const std::filesystem::path donatedCard = temporary / "donated.vcf";
   std::unique_ptr<ChildProcess> agent;
 
  private:

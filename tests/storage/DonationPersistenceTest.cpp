@@ -1,10 +1,8 @@
 #include "storage/DonationPersistence.h"
 
-#include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <cmath>
-#include <fstream>
 
 #include "platform/foundation/PropertyListSerializer.h"
 #include "tests/platform/donations/SteeredDataProxy.h"
@@ -21,8 +19,7 @@ class DonationPersistenceTest : public testing::Test {
   DonationPersistenceTest() { ::setenv("HOME", home.path().c_str(), 1); }
 
   void write(const char* name, const PropertyList& contents) const {
-    std::filesystem::create_directories(directory);
-    std::ofstream(directory / name) << PropertyListSerializer::dataWithObject(contents).left();
+    writeFile(directory / name, PropertyListSerializer::dataWithObject(contents).left());
   }
   [[nodiscard]] std::string read(const char* name) const { return readFile(directory / name); }
   [[nodiscard]] std::string loadedIdentifiers() {
@@ -30,19 +27,14 @@ class DonationPersistenceTest : public testing::Test {
   }
 
   const TemporaryDirectory home;
-  const std::filesystem::path directory = home.path() / "Library/Contacts/Donations";
+  const std::filesystem::path directory = home / "Library/Contacts/Donations";
   const std::shared_ptr<SteeredDataProxy> files = std::make_shared<SteeredDataProxy>();
   DonationPersistence persistence{files};
 };
 
-TEST_F(DonationPersistenceTest, LoadsNothingWhereNothingIs) {
-  EXPECT_EQ(persistence.loadDonations().result(), Result<DonationValues>::left({}));
-  EXPECT_EQ(persistence.loadRejections().result(), Result<std::vector<Value>>::left({}));
-  EXPECT_EQ(persistence.loadExtensionVersions().result(), Result<ExtensionVersions>::left({}));
-  EXPECT_FALSE(std::filesystem::exists(directory));
-}
-
 TEST_F(DonationPersistenceTest, LoadsWhatItStoredInOrder) {
+  EXPECT_EQ(persistence.loadDonations().result(), Result<DonationValues>::left({}));
+  EXPECT_FALSE(std::filesystem::exists(directory));
   const DonationValues values = {email("z@x", from("app", "z")), image("\1\2", from("app", "i")),
                                  named({.givenName = "<&>"}, from("app", "a", "c"))};
   EXPECT_EQ(persistence.storeWithAllValues(values).result(), Result<bool>::left(true));
@@ -78,7 +70,7 @@ TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
   }
   // Another file: what is kept is a link to the damaged one.
   std::filesystem::remove(directory / "donations.plist");
-  std::ofstream(directory / "donations.plist") << "no property list";
+  writeFile(directory / "donations.plist", "no property list");
   EXPECT_EQ(loadedIdentifiers(), "");
   EXPECT_EQ(read("donations.plist.damaged-2"), "no property list");
 }

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include "model/DonationValue.h"
 
 // Short words for donated values: email("a@b.c", from("app", "id", "cluster")).
@@ -42,7 +38,6 @@ inline DonationValuePtr image(std::string bytes, DonationOrigin origin = from("a
   return DonationValue::donationValueWithImageData(std::move(bytes), std::move(origin));
 }
 
-// The donation identifiers of a list, in order: "a b c".
 inline std::string identifiersOf(const DonationValues& values) {
   std::string identifiers;
   for (const DonationValuePtr& value : values) {

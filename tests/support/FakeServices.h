@@ -1,13 +1,8 @@
 #pragma once
 
-#include <algorithm>
 #include <list>
-#include <memory>
 #include <optional>
 #include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "mecard/CuratedInfoProviderProtocol.h"
 #include "platform/accounts/AccountStore.h"
@@ -22,35 +17,26 @@
 // Platform services that keep their state in memory. One thread only.
 namespace quenlet {
 
-// Delivers what the test emits.
-class FakeObservable final : public Observable<bool> {
+class FakePreferences final : public DonationPreferences, public Observable<bool> {
  public:
-  std::shared_ptr<Cancelable> subscribe(Observer<bool> observer) override {
-    const auto place = observers.insert(observers.end(), std::move(observer));
-    return std::make_shared<CancelBlock>([this, place] { observers.erase(place); });
-  }
-  void emit(bool value) {
-    for (const auto& observer : std::list(observers)) observer.resultBlock(value);
-  }
-
- private:
-  std::list<Observer<bool>> observers;
-};
-
-class FakePreferences final : public DonationPreferences {
- public:
-  const std::shared_ptr<FakeObservable> observable = std::make_shared<FakeObservable>();
   bool enabled = true;
-
   bool isDonationsEnabled() override { return enabled; }
   ErrorPtr setDonationsEnabled(bool value) override {
-    observable->emit(enabled = value);
+    enabled = value;
+    if (const auto present = observer) present->resultBlock(value);
     return nullptr;
   }
   std::shared_ptr<Observable<bool>> observableWithPreferences(
       std::shared_ptr<DistributedNotificationCenter>, std::shared_ptr<SchedulerProvider>) override {
-    return observable;
+    return {shared_from_this(), this};
   }
+  std::shared_ptr<Cancelable> subscribe(Observer<bool> subscribed) override {
+    observer = std::move(subscribed);
+    return std::make_shared<CancelBlock>([this] { observer.reset(); });
+  }
+
+ private:
+  std::optional<Observer<bool>> observer;
 };
 
 // Notes posts as "post <name>" and delivers them at once, if asked for to a new observer, too.
@@ -105,37 +91,36 @@ class FakePersistence final : public DonationPersistenceProtocol {
   ExtensionVersions versions;
   ErrorPtr failure;
 
-  Future<DonationValues> loadDonations() override {
-    return failure ? Future<DonationValues>::futureWithError(failure)
-                   : Future<DonationValues>::futureWithResult(kept);
-  }
+  Future<DonationValues> loadDonations() override { return outcome(kept); }
   Future<bool> storeWithAllValues(const DonationValues& values) override {
     trace.note("store " + identifiersOf(values));
-    if (failure) return Future<bool>::futureWithError(failure);
-    kept = values;
-    return Future<bool>::futureWithResult(true);
+    if (!failure) kept = values;
+    return outcome(true);
   }
-  Future<ExtensionVersions> loadExtensionVersions() override {
-    return failure ? Future<ExtensionVersions>::futureWithError(failure)
-                   : Future<ExtensionVersions>::futureWithResult(versions);
-  }
+
+  Future<ExtensionVersions> loadExtensionVersions() override { return outcome(versions); }
   Future<bool> storeWithExtensionVersions(const ExtensionVersions& table) override {
     trace.note("store versions");
+
     versions = table;
     return Future<bool>::futureWithResult(true);
   }
 
  private:
+  template <typename T>
+  Future<T> outcome(const T& value) const {
+    return failure ? Future<T>::futureWithError(failure) : Future<T>::futureWithResult(value);
+  }
+
   Trace& trace;
 };
 
 class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
  public:
-  std::optional<PersonNameComponents> name;
   std::vector<std::string> emailAddresses;
   std::function<void()> changeHandler;
 
-  std::optional<PersonNameComponents> curatedName() const override { return name; }
+  std::optional<PersonNameComponents> curatedName() const override { return {}; }
   std::vector<std::string> curatedEmailAddresses() const override { return emailAddresses; }
   void startMonitoring(std::shared_ptr<AgentEnvironmentProtocol>,
                        std::function<void()> handler) override {
@@ -160,22 +145,16 @@ class FakeAccountStore final : public AccountStore {
 
 class FakeDeviceInfo final : public DeviceInfo {
  public:
-  std::optional<std::int64_t> deviceClass;
-  std::int64_t integerAnswer(const std::string& key, std::int64_t defaultAnswer) override {
-    return key == DeviceClassNumberKey ? deviceClass.value_or(defaultAnswer) : defaultAnswer;
-  }
+  std::int64_t integerAnswer(const std::string&, std::int64_t answer) override { return answer; }
 };
 
-// Holds the test's card, and keeps which fields it was asked for.
 class FakeContactStore final : public ContactStore {
  public:
   std::shared_ptr<const Contact> card;
-  std::vector<KeyDescriptor> askedFor;
 
   Result<std::shared_ptr<const Contact>> _crossPlatformUnifiedMeContactWithKeysToFetch(
-      const std::vector<KeyDescriptor>& keys) override {
+      const std::vector<KeyDescriptor>&) override {
     using Outcome = Result<std::shared_ptr<const Contact>>;
-    askedFor = keys;
     return card ? Outcome::left(card) : Outcome::right(makeError(ContactErrorDomain, 1));
   }
 };

@@ -2,14 +2,11 @@
 
 #include <algorithm>
 #include <deque>
-#include <memory>
-#include <string>
-#include <utility>
+#include <map>
 
 #include "platform/foundation/Date.h"
 #include "platform/scheduling/CancelableBlock.h"
 #include "platform/scheduling/SchedulerProvider.h"
-#include "platform/scheduling/TimerQueue.h"
 #include "tests/support/Trace.h"
 
 namespace quenlet {
@@ -21,20 +18,20 @@ class ManualQueue final {
  public:
   Trace trace;
 
-  std::shared_ptr<Cancelable> add(const void* scheduler, const std::string& name, Block block) {
-    return add(scheduler, std::make_shared<CancelableBlock>(trace.within(name, std::move(block))));
-  }
-  [[nodiscard]] std::shared_ptr<Cancelable> addDelayed(double delaySeconds, const void* scheduler,
-                                                       const std::string& name, Block block) {
-    const auto waiting = std::make_shared<CancelableBlock>(trace.within(name, std::move(block)));
-    static_cast<void>(timers.add(instant + TimerQueue::duration(delaySeconds),
-                                 [this, scheduler, waiting] { add(scheduler, waiting); }));
-    return waiting;
+  std::shared_ptr<Cancelable> add(const void* scheduler, const std::string& name, Block block,
+                                  double delaySeconds = 0) {
+    const auto added = std::make_shared<CancelableBlock>(trace.within(name, std::move(block)));
+    if (delaySeconds > 0) {
+      timers.emplace(seconds + delaySeconds, Entry(scheduler, added));
+    } else {
+      blocks.emplace_back(scheduler, added);
+    }
+    return added;
   }
 
   // Runs the oldest block of `scheduler`, or of all schedulers for null; false when there is none.
   bool runOne(const void* scheduler = nullptr) {
-    const auto found = std::find_if(blocks.begin(), blocks.end(), [&](const auto& entry) {
+    const auto found = std::find_if(blocks.begin(), blocks.end(), [&](const Entry& entry) {
       return scheduler == nullptr || entry.first == scheduler;
     });
     if (found == blocks.end()) return false;
@@ -43,40 +40,34 @@ class ManualQueue final {
     block->run();
     return true;
   }
-  // Runs queued blocks, and those that they queue, until none is left.
   void runUntilIdle() {
     while (runOne()) {
     }
   }
   // Moves the clock on, stopping at each delayed block that comes due to run it and what it queues.
-  void advance(double seconds) {
-    const auto end = instant + TimerQueue::duration(seconds);
+  void advance(double bySeconds) {
+    const double end = seconds + bySeconds;
     runUntilIdle();
-    while (timers.earliest() && *timers.earliest() <= end) {
-      instant = *timers.earliest();
-      timers.takeDue(instant)();
+    while (!timers.empty() && timers.begin()->first <= end) {
+      const auto due = timers.extract(timers.begin());
+      seconds = due.key();
+      blocks.push_back(due.mapped());
       runUntilIdle();
     }
-    instant = end;
+    seconds = end;
   }
   // Drops what still waits, which may hold those who hold this queue.
   void clear() {
     const auto dropped = std::make_pair(std::exchange(blocks, {}), std::exchange(timers, {}));
   }
-  [[nodiscard]] Date now() const {
-    constexpr Date start(1767225600);  // 2026-01-01
-    return start.addingSeconds(std::chrono::duration<double>(instant.time_since_epoch()).count());
-  }
+
+  [[nodiscard]] Date now() const { return Date(1767225600 + seconds); }
 
  private:
-  std::shared_ptr<Cancelable> add(const void* scheduler, std::shared_ptr<CancelableBlock> block) {
-    blocks.emplace_back(scheduler, block);
-    return block;
-  }
-
-  std::deque<std::pair<const void*, std::shared_ptr<CancelableBlock>>> blocks;
-  TimerQueue timers;
-  TimerQueue::Instant instant;
+  using Entry = std::pair<const void*, std::shared_ptr<CancelableBlock>>;
+  std::deque<Entry> blocks;
+  std::multimap<double, Entry> timers;
+  double seconds = 0;
 };
 
 // Runs blocks in order when told, or at once. As nothing runs together on one thread, readers and
@@ -93,7 +84,7 @@ class ManualScheduler final : public Scheduler, public ReaderWriterScheduler {
     queue->add(this, name, std::move(block));
   }
   std::shared_ptr<Cancelable> afterDelay(double delaySeconds, Block block) override {
-    return queue->addDelayed(delaySeconds, this, name, std::move(block));
+    return queue->add(this, name, std::move(block), delaySeconds);
   }
   std::shared_ptr<Cancelable> performWriterBlock(Block block) override {
     return queue->add(this, "writer", std::move(block));

@@ -2,11 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
-
 #include "platform/donations/CorvelProtocol.h"
 #include "platform/foundation/Mutex.h"
 #include "tests/support/DonationFactory.h"
@@ -68,7 +63,6 @@ class RecordingAgent final : public CorvelProtocol {
     way.rejectValuesWithClusterIdentifier("cluster", plain(9));
     way.removeAllRejectionsWithCompletionHandler(plain(10));
   }
-  // What is noted of that.
   static constexpr char allCalls[] =
       "donate 1;removeIdentifiers id1 id2;removeBundle bundle;fetch;synchronous;list;"
       "account - new;reject id;rejectCluster cluster;clear;";
@@ -84,13 +78,11 @@ class RecordingAgent final : public CorvelProtocol {
                                                SuccessReply reply) override {
     std::string all = "removeIdentifiers";
     for (const std::string& identifier : identifiers) all += " " + identifier;
-    note(all);
-    reply(!error, error);
+    answer(all, reply, !error);
   }
   void removeDonatedMeCardValuesWithBundleIdentifier(std::string bundle,
                                                      SuccessReply reply) override {
-    note("removeBundle " + bundle);
-    reply(!error, error);
+    answer("removeBundle " + bundle, reply, !error);
   }
   void fetchDonatedMeCard(ContactReply reply) override {
     note("fetch");
@@ -103,8 +95,7 @@ class RecordingAgent final : public CorvelProtocol {
     reply(error ? Result<ContactPtr>::right(error) : Result<ContactPtr>::left(contact));
   }
   void meCardDonations(DonationsReply reply) override {
-    note("list");
-    reply(error ? nullptr : std::make_shared<const DonationValues>(1, value), error);
+    answer("list", reply, error ? nullptr : std::make_shared<const DonationValues>(1, value));
   }
   void changeFromAccount(AccountPtr from, AccountPtr to, ErrorReply reply) override {
     const auto name = [](const AccountPtr& named) { return named ? named->identifier : "-"; };
@@ -125,9 +116,10 @@ class RecordingAgent final : public CorvelProtocol {
     MutexLock lock(mutex);
     calls += call + ";";
   }
-  void answer(const std::string& call, const ErrorReply& reply) {
+  template <typename Reply, typename... Results>
+  void answer(const std::string& call, const Reply& reply, const Results&... results) {
     note(call);
-    reply(error);
+    reply(results..., error);
   }
 
   Mutex mutex;

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <string>
-#include <vector>
-
 #include "platform/logging/StructuredLog.h"
 #include "tests/support/Trace.h"
 

@@ -2,14 +2,25 @@
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <string>
-#include <system_error>
 
 namespace quenlet {
+
+[[nodiscard]] inline std::string readFile(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void writeFile(const std::filesystem::path& path, const std::string& content,
+                      mode_t mode = 0644) {
+  std::filesystem::create_directories(path.parent_path());
+  std::ofstream(path, std::ios::binary) << content;
+  EXPECT_EQ(::chmod(path.c_str(), mode), 0) << path;
+}
 
 // A directory of the test's own (mode 0700), gone with everything in it when the test ends.
 class TemporaryDirectory final {
@@ -27,15 +38,27 @@ class TemporaryDirectory final {
   TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
   [[nodiscard]] const std::filesystem::path& path() const { return directory; }
+  [[nodiscard]] std::filesystem::path operator/(const std::filesystem::path& name) const {
+    return directory / name;
+  }
+  void write(const std::filesystem::path& name, const std::string& content,
+             mode_t mode = 0644) const {
+    writeFile(directory / name, content, mode);
+  }
+  [[nodiscard]] std::string read(const std::string& name) const {
+    return readFile(directory / name);
+  }
+  [[nodiscard]] std::vector<std::string> names() const {
+    std::vector<std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+      found.push_back(entry.path().filename().string());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+  }
 
  private:
   std::filesystem::path directory;
 };
-
-// The content of a file; empty when there is none.
-[[nodiscard]] inline std::string readFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 }  // namespace quenlet

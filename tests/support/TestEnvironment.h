@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
-
 #include "platform/PlatformServices.h"
 #include "platform/logging/StructuredLoggerProvider.h"
 #include "tests/support/FakeDonors.h"
@@ -13,7 +11,6 @@
 
 namespace quenlet {
 
-// An agent's environment of fakes that share one trace.
 class TestEnvironment final : public AgentEnvironmentProtocol {
  public:
   const std::shared_ptr<ManualSchedulerProvider> provider =
@@ -42,7 +39,6 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
   }
   std::shared_ptr<DonationFeedbackStore> feedbackStore() override { return feedback; }
 
-  // Platform services that give out the same fakes.
   [[nodiscard]] PlatformServices services() {
     PlatformServices services;
     services.now = [this] { return schedulers.now(); };
@@ -50,15 +46,18 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
     services.defaultSchedulerProvider = [this] { return provider; };
     services.makeDonationFeedbackStore = [] { return std::make_shared<FakeFeedbackStore>(); };
     services.makeContactStore = [this] { return contacts; };
-    services.makeDonorLoader = [this](const auto&) { return donors.loader(); };
-    services.currentExtensionsObservable = [this](const auto&) { return donors.observable(); };
+    services.makeDonorLoader = [this](const auto&) { return borrowedDonors(); };
+    services.currentExtensionsObservable = [this](const auto&) { return borrowedDonors(); };
     services.makeAccountStore = [this] { return accounts; };
     services.deviceInfo = [this] { return device; };
+
     return services;
   }
+
+ private:
+  std::shared_ptr<FakeDonors> borrowedDonors() { return {std::shared_ptr<void>(), &donors}; }
 };
 
-// A test whose platform is fakes.
 class EnvironmentTest : public testing::Test {
  protected:
   ~EnvironmentTest() override {

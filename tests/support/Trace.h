@@ -21,7 +21,6 @@ class Trace final {
     };
   }
 
-  // What was noted since the last call.
   [[nodiscard]] std::vector<std::string> take() { return std::exchange(entries, {}); }
 
  private:

@@ -1,11 +1,11 @@
 #include "platform/accounts/PropertyListAccountStore.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include "platform/accounts/Account.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/foundation/PropertyListSerializer.h"
-#include "tests/platform/files/FileTree.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
 namespace {
@@ -16,25 +16,20 @@ class PropertyListAccountStoreTest : public testing::Test {
   [[nodiscard]] std::shared_ptr<PropertyListAccountStore> store() const {
     return std::make_shared<PropertyListAccountStore>(files / "Accounts", dataProxy, problems);
   }
-  // A file of the store with the given elements in its dictionary.
   void write(const std::string& name, const std::string& entries) const {
-    std::filesystem::create_directories(files / "Accounts");
     files.write("Accounts/" + name, "<plist version='1.0'><dict>" + entries + "</dict></plist>");
   }
   static std::string identifier(const std::string& text) {
     return "<key>identifier</key><string>" + text + "</string>";
   }
-  // The identifiers in the store's order: "a b".
+
   std::string identifiers() const {
     std::string all;
     const auto accounts = store()->accounts();
     if (!accounts.isLeft()) return "error";
-    for (const AccountPtr& account : accounts.left()) {
-      all += (all.empty() ? "" : " ") + account->identifier;
-    }
+    for (const AccountPtr& account : accounts.left()) all += account->identifier + " ";
     return all;
   }
-  // What one reading says on standard error.
   std::string complaints() const {
     testing::internal::CaptureStderr();
     static_cast<void>(identifiers());
@@ -42,7 +37,7 @@ class PropertyListAccountStoreTest : public testing::Test {
   }
   static std::int64_t codeOf(const ErrorPtr& error) { return error ? error->code() : 0; }
 
-  const FileTree files;
+  const TemporaryDirectory files;
   const std::shared_ptr<DataProxy> dataProxy = std::make_shared<PosixDataProxy>();
   const std::shared_ptr<AccountFileProblems> problems = std::make_shared<AccountFileProblems>();
 };
@@ -57,7 +52,7 @@ TEST_F(PropertyListAccountStoreTest, ServesSoundFilesByNameAndSaysOnceWhatIsWron
   write("B.plist", identifier("B"));
   write(".hidden.plist", identifier(".hidden"));
   write("a.plist~", identifier("a"));
-  EXPECT_EQ(identifiers(), "B a b");
+  EXPECT_EQ(identifiers(), "B a b ");
   EXPECT_EQ(complaints(), "");
 
   write("c.plist", identifier("other"));
@@ -75,7 +70,7 @@ TEST_F(PropertyListAccountStoreTest, ServesSoundFilesByNameAndSaysOnceWhatIsWron
   const std::string said = complaints();
   EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 10) << said;
   EXPECT_EQ(said.find("secret"), said.npos) << said;
-  EXPECT_EQ(identifiers(), "B a b m");
+  EXPECT_EQ(identifiers(), "B a b m ");
   EXPECT_EQ(complaints(), "");
 }
 
@@ -111,13 +106,33 @@ TEST_F(PropertyListAccountStoreTest, TakesOnlyIdentifiersThatCanBeFileNames) {
   files.write("victim.plist", "<plist version='1.0'><dict/></plist>");
   for (const std::string bad :
        {"", ".", "..", ".hidden", "../victim", "a/b", "a\nb", "\x7F", "\xFF"}) {
-    const std::int64_t unusable = static_cast<std::int64_t>(AccountErrorCode::unusableIdentifier);
+    const auto unusable = static_cast<std::int64_t>(AccountErrorCode::unusableIdentifier);
     EXPECT_EQ(codeOf(store()->save(Account{.identifier = bad})), unusable) << bad;
     EXPECT_EQ(codeOf(store()->remove(bad)), unusable) << bad;
     EXPECT_EQ(codeOf(store()->accountWithIdentifier(bad).right()), unusable) << bad;
   }
   EXPECT_NE(store()->save(Account{.identifier = std::string(201, 'a')}), nullptr);
   EXPECT_EQ(store()->save(Account{.identifier = std::string(200, 'a')}), nullptr);
+}
+
+TEST(AccountTest, TakesOnlyWellFormedRecords) {
+  const std::pair<const char*, PropertyList> cases[] = {
+      {"unknown", 1},
+      {"identifier", 1},
+      {"type", 1},
+      {"username", Data{"ann"}},
+      {"active", 1},
+      {"dataClasses", PropertyListArray{"mail", 1}},
+      {"properties", PropertyListArray()},
+  };
+  for (const auto& [key, entry] : cases) {
+    PropertyListDictionary entries{{"identifier", "A1"}};
+    entries.insert_or_assign(key, entry);
+    EXPECT_EQ(Account::initWithPropertyListRepresentation(entries).has_value(),
+              key == std::string("unknown"))
+        << key;
+  }
+  EXPECT_EQ(Account::initWithPropertyListRepresentation({}), std::nullopt);
 }
 
 }  // namespace

@@ -2,12 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <memory>
-#include <string>
-
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/scheduling/EventLoop.h"
 #include "tests/platform/donations/SteeredDataProxy.h"
@@ -19,21 +13,17 @@ namespace quenlet {
 class FileFixture : public testing::Test {
  protected:
   TemporaryDirectory temporary;
-  const std::filesystem::path file = temporary.path() / "Library" / "Kept" / "file.plist";
+  const std::filesystem::path file = temporary / "Library" / "Kept" / "file.plist";
   const std::shared_ptr<SteeredDataProxy> dataProxy = std::make_shared<SteeredDataProxy>();
   EventLoop loop;
 
-  void writeBytes(const std::string& bytes) const {
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << bytes;
-  }
+  void writeBytes(const std::string& bytes) const { writeFile(file, bytes); }
   void writeEntries(const PropertyListDictionary& entries) const {
     writeBytes(PropertyListSerializer::dataWithObject(entries).left());
   }
   [[nodiscard]] PropertyListDictionary entries() const {
     return *PropertyListSerializer::objectWithData(readFile(file)).left().dictionary();
   }
-  // The kept copies of damaged files.
   [[nodiscard]] std::vector<std::string> damagedCopies() const {
     std::vector<std::string> copies;
     for (const auto& entry : std::filesystem::directory_iterator(file.parent_path())) {

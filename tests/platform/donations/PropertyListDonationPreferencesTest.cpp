@@ -1,5 +1,9 @@
 #include "platform/donations/PropertyListDonationPreferences.h"
 
+#include <thread>
+
+#include "platform/donations/PropertyListUserDefaults.h"
+#include "platform/files/LockFile.h"
 #include "tests/platform/donations/FileFixture.h"
 #include "tests/support/FakeServices.h"
 
@@ -84,19 +88,7 @@ TEST_F(PropertyListDonationPreferencesTest, DoesNotMissAChangeMadeDuringTheFirst
   EXPECT_EQ(deliveredAfterRun(), (Values{true, false}));
 }
 
-TEST_F(PropertyListDonationPreferencesTest, KeepsTheLastValueWhileTheFileIsDamaged) {
-  writeEntries({{"donations-enabled", false}});
-  subscribe();
-  writeBytes("<plist ver");
-  EXPECT_EQ(deliveredAfterRun(), (Values{false}));
-  EXPECT_FALSE(preferences->isDonationsEnabled());
-
-  EXPECT_EQ(preferences->setDonationsEnabled(true), nullptr);
-  EXPECT_EQ(deliveredAfterRun(), (Values{false, true}));
-  EXPECT_EQ(damagedCopies(), std::vector<std::string>{"<plist ver"});
-}
-
-TEST_F(PropertyListDonationPreferencesTest, DeliversWhatCannotBeReadAtFirstOnceItCan) {
+TEST_F(PropertyListDonationPreferencesTest, TakesADamagedFileForNoAnswerAndKeepsItAside) {
   writeBytes("<plist");
   testing::internal::CaptureStderr();
   subscribe();
@@ -106,20 +98,44 @@ TEST_F(PropertyListDonationPreferencesTest, DeliversWhatCannotBeReadAtFirstOnceI
   EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
   writeEntries({{"donations-enabled", false}});
   EXPECT_EQ(deliveredAfterRun(), (Values{false}));
+  writeBytes("<plist ver");
+  EXPECT_EQ(deliveredAfterRun(), (Values{false}));
+  EXPECT_EQ(preferences->setDonationsEnabled(true), nullptr);
+  EXPECT_EQ(deliveredAfterRun(), (Values{false, true}));
+  EXPECT_EQ(damagedCopies(), std::vector<std::string>{"<plist ver"});
 }
 
-// As with a file that is kept elsewhere and linked to.
-TEST_F(PropertyListDonationPreferencesTest, HearsByNotificationOfWhatTheDirectoryDoesNotShow) {
-  const auto target = temporary.path() / "elsewhere.plist";
-  writeEntries({{"donations-enabled", false}});
-  std::filesystem::rename(file, temporary.path() / "new");
-  std::filesystem::create_symlink(target, file);
-  subscribe();
-  runLoop();
-  std::filesystem::rename(temporary.path() / "new", target);
-  EXPECT_EQ(deliveredAfterRun(), (Values{true}));
-  center->post(DonationPreferencesDidChangeNotification);
-  EXPECT_EQ(deliveredAfterRun(), (Values{true, false}));
+using PropertyListUserDefaultsTest = FileFixture;
+
+// Each writer has a file layer of its own, as processes do.
+TEST_F(PropertyListUserDefaultsTest, LosesNoKeyToAnotherWriter) {
+  constexpr int keys = 20;
+  std::vector<std::thread> writers;
+  for (const std::string writer : {"a", "b", "c"}) {
+    writers.emplace_back([this, writer] {
+      PropertyListUserDefaults own(file, std::make_shared<PosixDataProxy>(),
+                                   std::chrono::minutes(5));
+      for (int key = 0; key < keys; ++key) {
+        EXPECT_EQ(own.setObject(Date(key), writer + std::to_string(key)), nullptr);
+      }
+    });
+  }
+  for (std::thread& writer : writers) writer.join();
+  PropertyListUserDefaults defaults(file, dataProxy);
+  EXPECT_EQ(entries().size(), std::size_t{3 * keys});
+  EXPECT_EQ(defaults.objectForKey("c7"), PropertyList(Date(7)));
+  EXPECT_EQ(defaults.objectForKey("d"), std::nullopt);
+}
+
+// It shares the file with the owner's word on donations, of which nothing would be left.
+TEST_F(PropertyListUserDefaultsTest, LeavesAFileThatIsDamagedOrAtWorkAsItIs) {
+  writeBytes("<plist><dict><key>donations-enabled</key><false/>");
+  PropertyListUserDefaults defaults(file, dataProxy, std::chrono::milliseconds(0));
+  EXPECT_EQ(defaults.setObject(Date(1), "a")->domain(), PropertyListErrorDomain);
+  EXPECT_EQ(readFile(file), "<plist><dict><key>donations-enabled</key><false/>");
+  EXPECT_EQ(damagedCopies(), std::vector<std::string>());
+  const auto lock = LockFile::tryLock(file.string() + ".lock").left();
+  EXPECT_EQ(defaults.setObject(Date(1), "a")->code(), EWOULDBLOCK);
 }
 
 }  // namespace

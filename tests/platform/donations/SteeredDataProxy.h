@@ -1,12 +1,6 @@
 #pragma once
 
-#include <cerrno>
-#include <filesystem>
 #include <functional>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "platform/files/PosixDataProxy.h"
 
@@ -31,7 +25,13 @@ class SteeredDataProxy final : public DataProxy {
                          WritingOptions options) override {
     ++writes;
     if (failsWrites) return Future<bool>::futureWithError(makePosixError(ENOSPC, "write"));
-    if (!holdsWrites) return written(real.writeData(std::move(data), toURL, options));
+
+    // Complete when it is given back, so that all that follows a write is on the test's thread.
+    if (!holdsWrites) {
+      const auto writing = real.writeData(std::move(data), toURL, options);
+      static_cast<void>(writing.result());
+      return writing;
+    }
     const Promise<bool> promise;
     held.push_back([this, promise, data = std::move(data), toURL, options] {
       promise.complete(real.writeData(data, toURL, options).result());
@@ -46,12 +46,6 @@ class SteeredDataProxy final : public DataProxy {
   }
 
  private:
-  // Complete when it is given back, so that all that follows a write happens on the test's thread.
-  static Future<bool> written(const Future<bool>& writing) {
-    static_cast<void>(writing.result());
-    return writing;
-  }
-
   PosixDataProxy real;
   std::vector<std::function<void()>> held;
 };

@@ -10,7 +10,6 @@
 namespace quenlet {
 namespace {
 
-// What the programs of these tests begin with.
 constexpr char preamble[] = R"(#!/usr/bin/env -S python3 -IS
 import os, signal, socket, struct, sys, time
 s = socket.socket(fileno=0)
@@ -50,7 +49,6 @@ class ExtensionHostTest : public HostFixture {
   static constexpr ExtensionLimits quick{.idleSeconds = 0.1, .endSeconds = 0.2};
 };
 
-// What tests/process does not try with the whole agent.
 struct Misbehaviour final {
   const char* name;
   const char* script;
@@ -79,7 +77,16 @@ INSTANTIATE_TEST_SUITE_P(
     All, MisbehavingExtensionTest,
     testing::Values(
         Misbehaviour{"None", "serve()", "7 7"},
+
+        Misbehaviour{"NeverReads", "time.sleep(60)", "!4 !4", 0.3},
         Misbehaviour{"NeverAnswers", "while True: request()", "!4 !4", 0.3},
+        Misbehaviour{"AnswersTooLate", "i = request(); time.sleep(1); answer(i)", "!4 !4", 0.3},
+        Misbehaviour{"AnswersNothing", "answer(request(), b'\\0\\0')\nserve()", "nothing 7"},
+        Misbehaviour{"AnswersWithText", "answer(request(), b'\\5\\1a\\0')\nserve()", "!5 7"},
+        Misbehaviour{"AnswersAnother", "answer(request() + 9); time.sleep(60)", "!5 !5"},
+        Misbehaviour{"SendsNoFrame", "s.sendall(b'no frame at all'); time.sleep(60)", "!5 !5"},
+        Misbehaviour{"EndsAtOnce", "sys.exit()", "!3 !3"},
+        Misbehaviour{"EndsWithinAHeader", "s.sendall(b'\\x20\\0'); request()", "!3 !3"},
         Misbehaviour{"AnswersOnceOnly", "answer(request()); time.sleep(60)", "7 !4", 4},
         Misbehaviour{"AnswersTwice", "i = request(); answer(i); answer(i); time.sleep(60)", "7 !5"},
         Misbehaviour{"AsksBack", "answer(request(), kind=0); time.sleep(60)", "!5 !5"},
@@ -148,16 +155,6 @@ answer(request(), b'\0' + error(repr(seen).encode()))
             "[['0', '1', '2', '3'], '/dev/null', '/dev/null', '/', True, 0, 0]");
   ::pthread_sigmask(SIG_UNBLOCK, &blocked, nullptr);
   ::signal(SIGHUP, SIG_DFL);
-}
-
-TEST_F(ExtensionHostTest, CutsTheTextsOfErrors) {
-  const DonorPtr donor = loadScript("answer(request(), error('\\x1b\u00e9'.encode() * 9000), 2)");
-  renew(donor);
-  EXPECT_EQ(takeNotes(), "d:3");
-  const std::string sentence = lastError->debugDescription();
-  EXPECT_GT(sentence.size(), 1000U);
-  EXPECT_LE(sentence.size() + 1, 1024U);
-  EXPECT_EQ(sentence.substr(0, 6), " \u00e9 \u00e9");
 }
 
 TEST_F(ExtensionHostTest, SendsABoundedNumberOfRequestsAhead) {

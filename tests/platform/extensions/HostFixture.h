@@ -1,16 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
-
-#include <algorithm>
-#include <cerrno>
-#include <fstream>
-#include <iterator>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include "platform/extensions/ExtensionError.h"
 #include "platform/extensions/ExtensionHost.h"
@@ -33,21 +24,17 @@ class HostFixture : public testing::Test {
     descriptorsBefore = countDescriptors();
   }
   void write(const std::filesystem::path& file, const std::string& content, mode_t mode = 0644) {
-    std::filesystem::create_directories((root / file).parent_path());
-    std::ofstream(root / file) << content;
-    EXPECT_EQ(::chmod((root / file).c_str(), mode), 0);
+    directory.write(file, content, mode);
   }
   static std::string manifest(const std::string& bundle, const std::string& executable,
                               const std::string& point = "ovaro.quenlet",
                               const std::string& version = "1.0") {
-    std::string text = "<plist version=\"1.0\"><dict>";
-    for (const auto& [key, value] : {std::pair("bundleIdentifier", bundle),
-                                     {"executable", executable},
-                                     {"extensionPoint", point},
-                                     {"version", version}}) {
-      text += std::string("<key>") + key + "</key><string>" + value + "</string>";
-    }
-    return text + "</dict></plist>";
+    const auto entry = [](const std::string& key, const std::string& value) {
+      return "<key>" + key + "</key><string>" + value + "</string>";
+    };
+    return "<plist version=\"1.0\"><dict>" + entry("bundleIdentifier", bundle) +
+           entry("executable", executable) + entry("extensionPoint", point) +
+           entry("version", version) + "</dict></plist>";
   }
   void install(const std::string& bundle, const std::string& executable) {
     write("system/" + bundle + ".plist", manifest(bundle, executable));
@@ -81,7 +68,6 @@ class HostFixture : public testing::Test {
     const std::string code = std::to_string(error.code());
     return error.domain() == ExtensionErrorDomain ? "!" + code : error.domain() + ":" + code;
   }
-  // The extension, or null with the error noted.
   DonorPtr load(const std::string& bundle) {
     std::optional<Result<DonorObjectPtr>> loaded;
     host->makeLoader(agent)->donorWithIdentifier(bundle).onCompletion(
@@ -113,7 +99,6 @@ class HostFixture : public testing::Test {
           if (!date && !error) note = "nothing";
         });
   }
-  // All notes, once each request has one.
   std::string takeNotes() {
     runUntil([this] { return std::count(notes.begin(), notes.end(), "") == 0; });
     std::string all;

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <algorithm>
-#include <cerrno>
-#include <cstdint>
 #include <functional>
-#include <string>
 
 #include "platform/files/PosixFileOperations.h"
 

@@ -1,13 +1,10 @@
 #pragma once
 
 #include <deque>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "platform/foundation/Mutex.h"
-#include "platform/ipc/ServiceListener.h"
+#include "platform/ipc/UnixServiceListener.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
 
@@ -71,6 +68,23 @@ class EchoService final : public ExportedObject,
   ConditionVariable changed;
   std::deque<std::pair<WireReply, std::string>> waiting GUARDED_BY(mutex);
   std::size_t mostWaiting GUARDED_BY(mutex) = 0;
+};
+
+class EchoTest : public testing::Test {
+ protected:
+  explicit EchoTest(const std::string& runtimeName = "run") : directory(runtime / runtimeName) {
+    ::setenv("XDG_RUNTIME_DIR", directory.c_str(), 1);
+  }
+  void serve(ServiceLimits limits = {}) {
+    listener = std::make_unique<UnixServiceListener>("test.echo", nullptr, limits);
+    listener->setDelegate(service);
+    ASSERT_EQ(listener->resume(), nullptr);
+  }
+
+  TemporaryDirectory runtime;
+  const std::filesystem::path directory;
+  const std::shared_ptr<EchoService> service = std::make_shared<EchoService>();
+  std::unique_ptr<UnixServiceListener> listener;
 };
 
 }  // namespace quenlet

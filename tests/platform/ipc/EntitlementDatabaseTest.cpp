@@ -1,11 +1,5 @@
 #include "platform/ipc/EntitlementDatabase.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <fstream>
-#include <string>
-
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -13,10 +7,6 @@ namespace {
 
 class EntitlementDatabaseTest : public testing::Test {
  protected:
-  void write(const std::string& name, const std::string& content, mode_t mode = 0644) {
-    std::ofstream(files / name) << content;
-    EXPECT_EQ(::chmod((files / name).c_str(), mode), 0);
-  }
   static std::string grant(const std::string& program, const std::string& value) {
     return "<plist version=\"1.0\"><dict><key>" + program + "</key><dict><key>card</key>" + value +
            "</dict></dict></plist>";
@@ -28,15 +18,15 @@ class EntitlementDatabaseTest : public testing::Test {
 };
 
 TEST_F(EntitlementDatabaseTest, TakesTrustedFilesAndNamesTheOthers) {
-  std::filesystem::create_directories(files);
-  write("a.plist", grant("bin/near", "<true/>"));
-  write("b.plist", grant("/opt/far", "<integer>1</integer>"));
-  write("c.plist", grant("bin/near", "<string>later</string>"), 0600);
-  write("group.plist", grant("/group", "<true/>"), 0664);
-  write("others.plist", grant("/others", "<true/>"), 0646);
-  write("broken.plist", "<plist version=\"1.0\"><dict><key>secret");
-  write("shape.plist", "<plist version=\"1.0\"><dict><key>/shape</key><true/></dict></plist>");
-  write("notes.txt", grant("/text", "<true/>"));
+  writeFile(files / "a.plist", grant("bin/near", "<true/>"));
+  writeFile(files / "b.plist", grant("/opt/far", "<integer>1</integer>"));
+  writeFile(files / "c.plist", grant("bin/near", "<string>later</string>"), 0600);
+  writeFile(files / "group.plist", grant("/group", "<true/>"), 0664);
+  writeFile(files / "others.plist", grant("/others", "<true/>"), 0646);
+  writeFile(files / "broken.plist", "<plist version=\"1.0\"><dict><key>secret");
+  writeFile(files / "shape.plist",
+            "<plist version=\"1.0\"><dict><key>/shape</key><true/></dict></plist>");
+  writeFile(files / "notes.txt", grant("/text", "<true/>"));
   ASSERT_EQ(::mkfifo((files / "pipe.plist").c_str(), 0600), 0);
 
   testing::internal::CaptureStderr();
@@ -58,8 +48,7 @@ TEST_F(EntitlementDatabaseTest, TakesTrustedFilesAndNamesTheOthers) {
 }
 
 TEST_F(EntitlementDatabaseTest, TrustsNoDirectoryBelowThePrefixThatOthersCanWrite) {
-  std::filesystem::create_directories(files);
-  write("a.plist", grant("/a", "<true/>"));
+  writeFile(files / "a.plist", grant("/a", "<true/>"));
   for (const char* directory : {".", "share", "share/quenlet", "share/quenlet/entitlements"}) {
     ASSERT_EQ(::chmod((prefix / directory).c_str(), 0775), 0);
     EXPECT_EQ(EntitlementDatabase(prefix).value("/a", "card"), std::nullopt) << directory;

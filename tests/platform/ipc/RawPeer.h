@@ -3,11 +3,6 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include <cstdint>
-#include <filesystem>
-#include <string>
-#include <string_view>
-
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/FrameReader.h"
 #include "platform/ipc/WireEncoder.h"

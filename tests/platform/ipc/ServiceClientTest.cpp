@@ -1,18 +1,10 @@
 #include "platform/ipc/ServiceClient.h"
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
-#include <sys/stat.h>
-
 #include <future>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "platform/ipc/UnixServiceListener.h"
 #include "tests/platform/ipc/EchoService.h"
 #include "tests/platform/ipc/RawPeer.h"
-#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
 namespace {
@@ -23,22 +15,16 @@ std::string text(std::string_view content) {
   return std::move(WireEncoder().string(content)).take();
 }
 
-// The reply's text, or "!" and the error's code.
 std::string outcome(const Result<std::string>& reply) {
   if (!reply.isLeft()) return "!" + std::to_string(reply.right()->code());
   return std::string(*WireReader(reply.left()).string());
 }
 
 // The service's socket has a path longer than a socket's address can be.
-class ServiceClientTest : public testing::Test {
+class ServiceClientTest : public EchoTest {
  protected:
-  ServiceClientTest() {
-    const auto deep = runtime.path() / std::string(120, 'd');
-    EXPECT_EQ(::mkdir(deep.c_str(), 0700), 0);
-    ::setenv("XDG_RUNTIME_DIR", deep.c_str(), 1);
-    listener = std::make_unique<UnixServiceListener>("test.echo", nullptr);
-    listener->setDelegate(service);
-    EXPECT_EQ(listener->resume(), nullptr);
+  ServiceClientTest() : EchoTest(std::string(120, 'd')) {
+    serve();
     client = ServiceClient::connect("test.echo", EchoService::interface()).left();
   }
   std::string call(const std::string& selector, const std::string& content) {
@@ -52,9 +38,6 @@ class ServiceClientTest : public testing::Test {
     return promise->get_future();
   }
 
-  TemporaryDirectory runtime;
-  const std::shared_ptr<EchoService> service = std::make_shared<EchoService>();
-  std::unique_ptr<UnixServiceListener> listener;
   std::shared_ptr<ServiceClient> client;
 };
 
@@ -108,12 +91,6 @@ TEST_F(ServiceClientTest, EndsWhatIsUnderWayWhenTheServiceGoes) {
   EXPECT_EQ(synchronous.get(), "!2");
   EXPECT_EQ(call("echo", "x"), "!2");
   EXPECT_EQ(callLater("echo", "x").get(), "!2");
-}
-
-TEST_F(ServiceClientTest, EndsWhatIsUnderWayWhenItGoesItself) {
-  std::future<std::string> reply = callLater("later", "x");
-  client.reset();
-  EXPECT_EQ(reply.get(), "!2");
 }
 
 TEST(ServiceClientPeerTest, TrustsNothingThatAServiceSays) {

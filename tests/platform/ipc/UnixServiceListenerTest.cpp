@@ -1,32 +1,19 @@
 #include "platform/ipc/UnixServiceListener.h"
 
-#include <gtest/gtest.h>
-#include <stdlib.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <string>
-
 #include "tests/platform/ipc/EchoService.h"
 #include "tests/platform/ipc/RawPeer.h"
-#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
 namespace {
 
 using namespace std::string_literals;
 
-class UnixServiceListenerTest : public testing::Test {
+class UnixServiceListenerTest : public EchoTest {
  protected:
-  UnixServiceListenerTest() { ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1); }
-
-  void serve(ServiceLimits limits = {}) {
-    listener = std::make_unique<UnixServiceListener>("test.echo", nullptr, limits);
-    listener->setDelegate(service);
-    ASSERT_EQ(listener->resume(), nullptr);
-  }
   static std::int64_t codeOfAnother() {
     const ErrorPtr error = UnixServiceListener("test.echo", nullptr).resume();
     return error ? error->code() : 0;
@@ -36,10 +23,7 @@ class UnixServiceListenerTest : public testing::Test {
     return peer.receive();
   }
 
-  TemporaryDirectory runtime;
-  const std::filesystem::path socket = runtime.path() / "quenlet" / "test.echo";
-  const std::shared_ptr<EchoService> service = std::make_shared<EchoService>();
-  std::unique_ptr<UnixServiceListener> listener;
+  const std::filesystem::path socket = directory / "quenlet" / "test.echo";
 };
 
 TEST_F(UnixServiceListenerTest, GoesOnAfterAWrongRequestAndEndsAfterASenselessHeader) {
@@ -141,9 +125,9 @@ TEST_F(UnixServiceListenerTest, RefusesInsteadOfSpinningWithoutDescriptors) {
 }
 
 TEST_F(UnixServiceListenerTest, HoldsItsNameAloneAndReplacesWhatACrashLeft) {
-  std::filesystem::create_directory(socket.parent_path());
+  writeFile(socket, "left behind");
+  ASSERT_EQ(::chmod(directory.c_str(), 0700), 0);
   ASSERT_EQ(::chmod(socket.parent_path().c_str(), 0700), 0);
-  std::ofstream(socket) << "left behind";
   serve();
   EXPECT_EQ(codeOfAnother(), 10);
   RawPeer peer(socket);

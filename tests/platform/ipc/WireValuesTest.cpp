@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <string>
-#include <vector>
 
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/ServiceInterface.h"

@@ -1,13 +1,10 @@
 #include "platform/notifications/SocketNotificationCenter.h"
 
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <fstream>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "platform/notifications/NotificationDirectory.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -22,16 +19,11 @@ class SocketNotificationCenterTest : public testing::Test {
  protected:
   TemporaryDirectory temporary;
   // Longer than a socket's address can be.
-  const std::filesystem::path directory =
-      temporary.path() / std::string(150, 'd') / "notifications";
+  const std::filesystem::path directory = temporary / std::string(150, 'd') / "notifications";
   EventLoop loop;
   SocketNotificationCenter center{loop, directory};
   Names heard;
   std::vector<std::shared_ptr<Cancelable>> tokens;
-
-  void SetUp() override {
-    std::filesystem::create_directory(directory.parent_path().parent_path());
-  }
 
   void observe(SocketNotificationCenter& observing, const std::string& name,
                const std::string& heardAs) {

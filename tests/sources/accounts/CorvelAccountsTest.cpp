@@ -1,5 +1,4 @@
 #include "tests/core/AgentFixture.h"
-#include "tests/support/RecordingAgent.h"
 
 namespace quenlet {
 namespace {
@@ -11,7 +10,6 @@ class CorvelAccountsTest : public AgentFixture {
     if (!firstName.empty()) account.properties.emplace("firstName", firstName);
     return std::make_shared<const Account>(std::move(account));
   }
-  // What a change leads to, but for the two requests' own events.
   Events eventsOfChange(const AccountPtr& from, const AccountPtr& to) {
     agent->changeFromAccount(from, to, errorReply());
     run();
@@ -87,13 +85,6 @@ TEST_F(CorvelAccountsTest, ReadsOnceMoreWhenAnAccountChangesDuringTheReload) {
   agent->reloadAllAccounts();
   run();
   EXPECT_EQ(replyTo(CorvelSelector::list), "list ") << "the list was read before the change";
-}
-
-TEST_F(CorvelAccountsTest, SendsDonationsToTheReceiverThatIsSet) {
-  const auto receiver = std::make_shared<RecordingAgent>();
-  agent->accountDonationReceiver = receiver;
-  agent->donateAccountChangesFrom(account("a@x.org", "Ann"), account("a@x.org"));
-  EXPECT_EQ(receiver->takeCalls(), "donate 1;removeIdentifiers name:A1;");
 }
 
 }  // namespace

@@ -1,13 +1,38 @@
-#include "platform/logging/SyslogSystemLog.h"
-
 #include <gtest/gtest.h>
 #include <syslog.h>
 
 #include <algorithm>
 #include <future>
 
+#include "platform/logging/StructuredAgentLogger.h"
+#include "platform/logging/SyslogSystemLog.h"
+#include "tests/support/DonationFactory.h"
+#include "tests/support/RecordingLog.h"
+
 namespace quenlet {
 namespace {
+
+TEST(StructuredAgentLoggerTest, WritesEventsAsJSONWithoutDonatedContent) {
+  Trace trace;
+  const auto sink = std::make_shared<RecordingLog>(trace);
+  StructuredAgentLogger logger(StructuredLog(sink, [] { return Date(0.5); }));
+
+  logger.denyingRequestFromProcess(-7);
+  logger.willRenewValues({email("secret@x", from("a\"b", "e")), image("secret", from("b", "i"))},
+                         "donor");
+  logger.couldNotRejectDonationIdentifier("d", makeError("domain", 3, "why"));
+  const std::string head = R"({"time":"1970-01-01T00:00:00Z","event":)";
+  EXPECT_EQ(
+      sink->lines,
+      (std::vector<std::string>{
+          head + R"("denyingRequestFromProcess:","arguments":[-7]})",
+          head + R"("willRenewValues:withDonor:","arguments":[[)"
+                 R"({"kind":"emailAddress","bundleIdentifier":"a\"b","donationIdentifier":"e"},)"
+                 R"({"kind":"imageData","bundleIdentifier":"b","donationIdentifier":"i"}],)"
+                 R"("donor"]})",
+          head + R"("couldNotRejectDonationIdentifier:error:","arguments":["d","domain 3: why"]})",
+      }));
+}
 
 // In the place of syslog(3), with a daemon that takes no line before it goes on.
 std::promise<void> goesOn;
@@ -26,14 +51,9 @@ void write(int priority, const char* line) {
   if (line == std::string_view("other: end")) hasEnded.set_value();
 }
 
-const SyslogConnection::Functions functions = {[](const char* ident, int options, int facility) {
-                                                 EXPECT_EQ(options & (LOG_CONS | LOG_PERROR), 0);
-                                                 EXPECT_EQ(facility, LOG_USER);
-                                                 told = std::string(ident) + "\n";
-                                               },
-                                               [](int) { return mask; }, &write};
-
 TEST(SyslogSystemLogTest, WritesNoticesInTheirOrderAndWaitsForNoDaemon) {
+  const auto open = [](const char* ident, int, int) { told = ident + std::string("\n"); };
+  const SyslogConnection::Functions functions = {open, [](int) { return mask; }, &write};
   EXPECT_FALSE(SyslogConnection("quiet", functions).isLevelEnabled());
   mask = LOG_UPTO(LOG_NOTICE);
   const auto connection = std::make_shared<SyslogConnection>("ovaro.quenlet", functions);

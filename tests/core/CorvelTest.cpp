@@ -1,3 +1,5 @@
+#include <sstream>
+
 #include "tests/core/AgentFixture.h"
 
 namespace quenlet {
@@ -21,7 +23,6 @@ class CorvelRequestsTest : public AgentFixture {
     }
     return events;
   }
-  // The same with what follows two seconds later.
   Events eventsWithRenewals(const std::string& request, const DonationValues& values) {
     Events events = eventsFor(request, values);
     runRenewals();
@@ -129,23 +130,6 @@ TEST_F(CorvelRequestsTest, HoldsOneValueAnIdentifierAndNoRejectedOne) {
   EXPECT_EQ(replyTo(fetch), "card d@x");
 }
 
-TEST_F(CorvelRequestsTest, DeletesABundleFromMemoryAlone) {
-  hold({email("a@x", from("app", "a")), email("b@x", from("other", "b"))});
-  std::shared_ptr<const DonationValues> taken;
-  agent->meCardDonations([&](const auto& values, const ErrorPtr&) { taken = values; });
-  run();
-  static_cast<void>(takeTrace());
-  agent->deleteDonationsWithBundleID("app");
-  run();
-  EXPECT_EQ(takeTrace(), Events{});
-  EXPECT_EQ(identifiersOf(*taken), "a b") << "a list given out stays as it is";
-  EXPECT_EQ(replyTo(list), "list b");
-  EXPECT_EQ(replyTo(fetch), "card a@x b@x");
-  static_cast<void>(eventsOf(donate, {email("c@x", from("third", "c"))}));
-  EXPECT_EQ(identifiersOf(persistence->kept), "b c");
-  EXPECT_EQ(replyTo(fetch), "card b@x c@x");
-}
-
 TEST_F(CorvelRequestsTest, RestoresWhatIsStillGood) {
   const auto expiring = [this](const char* address, const char* identifier, double inSeconds) {
     return email(address, from("app", identifier, std::nullopt,
@@ -178,6 +162,65 @@ TEST_F(CorvelRequestsTest, RestoresWhatIsStillGood) {
   run();
   EXPECT_EQ(takeTrace(), Events{"writer: beginRestorePersistedState"});
   EXPECT_EQ(replyTo(list), "list twice soon week new");
+}
+
+class CorvelFeatureTest : public AgentFixture {
+ protected:
+  // Follows a script of "on", "off" (values of the preference), "start", "stop" and "+<seconds>".
+  void follow(const std::string& script) {
+    std::istringstream words(script);
+    for (std::string word; words >> word;) {
+      if (word.front() == '+') {
+        environment->schedulers.advance(std::stod(word));
+      } else if (word == "stop") {
+        agent->stop();
+      } else if (word == "start") {
+        agent->startMonitoringPreferences();
+      } else {
+        static_cast<void>(environment->preferences->setDonationsEnabled(word == "on"));
+      }
+      run();
+    }
+  }
+};
+
+TEST_F(CorvelFeatureTest, FollowsThePreference) {
+  const std::string enabling = "writer: featureWillEnable";
+  const std::string enabled = "writer: featureDidEnable";
+  const Events off = {"writer: featureWillDisable", posted};
+  const Events onAgain = {enabling,
+                          "writer: willDiscoverExtensions",
+                          "writer: didDiscoverExtensions",
+                          "writer: willSaveExtensionVersions",
+                          enabled,
+                          posted};
+  const Events onBefore = {enabling, posted, enabled};  // from any other state
+  const Events deletion = {"writer: featureDidDisable", "io: store "};
+  const std::tuple<const char*, std::vector<Events>, const char*> rows[] = {
+      {"on", {onBefore}, "list a"},
+      {"off", {off}, "error 1"},
+      {"off +29.9 on +60", {off, onAgain}, "list a"},
+      {"off +29.9 off +29.9 on", {off, off, onAgain}, "list a"},
+      {"off +30 on", {off, deletion, onAgain}, "list "},
+      {"start on stop on start off", {onBefore, off}, "error 1"},
+      {"off +30 on off on", {off, deletion, onAgain, off, onAgain}, "list "},
+      {"on off +10 stop +60 on", {onBefore, off}, "error 1"},
+  };
+  for (const auto& [script, parts, held] : rows) {
+    SCOPED_TRACE(script);
+    agent->stop();
+    persistence->kept = {email("a@x", from("app", "a"))};
+    agent = std::make_shared<Corvel>(environment, persistence, curated);
+    agent->restorePersistedState();
+    agent->start();
+    run();
+    static_cast<void>(takeTrace());
+    follow(script);
+    Events expected;
+    for (const auto& part : parts) expected.insert(expected.end(), part.begin(), part.end());
+    EXPECT_EQ(takeTrace(), expected);
+    EXPECT_EQ(replyTo(list), held);
+  }
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
-#include "platform/telephony/PropertyListPhoneNumberMonitor.h"
-
-#include <gtest/gtest.h>
 
 #include "platform/files/PosixDataProxy.h"
-#include "tests/platform/files/FileTree.h"
+#include "platform/telephony/PropertyListDeviceInfo.h"
+#include "platform/telephony/PropertyListPhoneNumberMonitor.h"
+#include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
 namespace {
 
-// The dictionary of one number.
 std::string number(const std::string& identifier, const std::string& value) {
   return "<dict><key>identifier</key><string>" + identifier + "</string><key>value</key><string>" +
          value + "</string></dict>";
@@ -31,7 +29,7 @@ class PropertyListPhoneNumberMonitorTest : public testing::Test {
     loop.run();
     return std::exchange(changes, {});
   }
-  FileTree files;
+  TemporaryDirectory files;
   EventLoop loop;
   PropertyListPhoneNumberMonitor monitor{files / "sim.plist", std::make_shared<PosixDataProxy>(),
                                          loop};
@@ -49,15 +47,14 @@ TEST_F(PropertyListPhoneNumberMonitorTest, TellsOfRealChangesUntilCancelled) {
   EXPECT_EQ(told(), "");
   std::string tooMany;
   for (int i = 0; i < 1000; ++i) tooMany += number("1", "112");
-  int completions = 0;
+
+  int failures = 0;
   for (const std::string& damage : {std::string("<dict/>"), std::string("secret"), tooMany}) {
     testing::internal::CaptureStderr();
     write(number("1", "112") + damage);
     EXPECT_EQ(told(), "");
-    monitor.infoWithCompletion([&](const auto& items, const ErrorPtr& error) {
-      ++completions;
-      EXPECT_TRUE(!items && error);
-    });
+    monitor.infoWithCompletion(
+        [&](const auto& items, const ErrorPtr& error) { failures += !items && error; });
     const std::string said = testing::internal::GetCapturedStderr();
     EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
     EXPECT_EQ(said.find("secret"), said.npos) << said;
@@ -67,11 +64,34 @@ TEST_F(PropertyListPhoneNumberMonitorTest, TellsOfRealChangesUntilCancelled) {
   token->cancel();
   write(number("2", "113"));
   EXPECT_EQ(told(), "");
-  monitor.infoWithCompletion([&](const auto& items, const ErrorPtr&) {
-    ++completions;
-    EXPECT_EQ(described(*items), "2=113;");
-  });
-  EXPECT_EQ(completions, 4);
+
+  monitor.infoWithCompletion(
+      [&](const auto& items, const ErrorPtr&) { changes = described(*items); });
+  EXPECT_EQ(changes, "2=113;");
+  EXPECT_EQ(failures, 3);
+}
+
+TEST(PropertyListDeviceInfoTest, BelievesTheOwnersFileBeforeTheSystems) {
+  const TemporaryDirectory files;
+  PropertyListDeviceInfo info(files / "device.plist", files / "machine-info",
+                              std::make_shared<PosixDataProxy>());
+  const std::string key = "<key>DeviceClassNumber</key>";
+  // The owner's entries, the system's text, the class.
+  const std::tuple<std::string, const char*, int> cases[] = {
+      {"", "CHASSIS=handset", 1},
+      {"", "# a phone\n\n  CHASSIS=\"hand\\set\"  # mine\nDEPLOYMENT=x\n", 1},
+      {"", "CHASSIS=handset\nCHASSIS=laptop", -1},
+      {"", "#CHASSIS=handset\nXCHASSIS=handset\nCHASSIS = handset\nCHASSIS=\"handset", -1},
+      {key + "<integer>3</integer>", "CHASSIS=handset", 3},
+      {key + "<string>3</string>", "CHASSIS=handset", 1},
+      {"damage", "CHASSIS=handset", 1},
+  };
+  EXPECT_EQ(info.integerAnswer(DeviceClassNumberKey, -1), -1) << "no files";
+  for (const auto& [entries, text, expected] : cases) {
+    files.write("device.plist", "<plist version='1.0'><dict>" + entries + "</dict></plist>");
+    files.write("machine-info", text);
+    EXPECT_EQ(info.integerAnswer(DeviceClassNumberKey, -1), expected) << entries << text;
+  }
 }
 
 }  // namespace

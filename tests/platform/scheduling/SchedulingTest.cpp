@@ -1,20 +1,26 @@
-#include "platform/scheduling/ProductionSchedulerProvider.h"
-
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/epoll.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <atomic>
-#include <future>
+#include <cmath>
+#include <csignal>
 #include <latch>
 #include <thread>
-#include <vector>
+
+#include "platform/scheduling/EventLoop.h"
+#include "platform/scheduling/FileDescriptor.h"
+#include "platform/scheduling/ProductionSchedulerProvider.h"
+#include "platform/scheduling/RunLoop.h"
+#include "platform/scheduling/TimerQueue.h"
 
 namespace quenlet {
 namespace {
 
 class ProductionSchedulerProviderTest : public testing::Test {
  protected:
-  // Ends the provider, which runs everything that was submitted.
   void finish() { provider.reset(); }
 
   std::unique_ptr<ProductionSchedulerProvider> provider =
@@ -142,6 +148,147 @@ TEST_F(ProductionSchedulerProviderTest, SchedulersDropWhatTheyAreGivenAfterTheEn
   EXPECT_EQ(*owned, 0);
   state->performSynchronousReaderBlock([owned] { ++*owned; });
   EXPECT_EQ(*owned, 1);
+}
+
+TEST(TimerQueueTest, BoundsDelaysThatTheClockCannotHold) {
+  for (const double none : {-1.0, std::nan(""), -HUGE_VAL}) {
+    EXPECT_EQ(TimerQueue::duration(none).count(), 0) << none;
+  }
+  EXPECT_EQ(TimerQueue::duration(2.5), std::chrono::milliseconds(2500));
+  EXPECT_EQ(TimerQueue::duration(1e-12).count(), 1) << "a wait never ends early";
+  EXPECT_GT(TimerQueue::duration(HUGE_VAL), std::chrono::hours(24 * 365 * 29));
+}
+
+class EventLoopTest : public testing::Test {
+ protected:
+  EventLoopTest() {
+    int ends[2];
+    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+    near.reset(ends[0]);
+    far.reset(ends[1]);
+  }
+  // How often watches were called in so many turns of the loop.
+  int callsIn(int turns) {
+    calls = 0;
+    for (int i = 0; i < turns; ++i) {
+      loop.post([this] { loop.post([this] { loop.stop(); }); });
+      loop.run();
+    }
+    return calls;
+  }
+  void send() { EXPECT_EQ(::write(far.get(), "x", 1), 1); }
+
+  FileDescriptor near, far;
+  EventLoop loop;
+  int calls = 0;
+};
+
+TEST_F(EventLoopTest, RunsBlocksPostedBeforeTheStopInOrderAndKeepsLaterOnes) {
+  std::vector<int> ran;
+  std::thread poster([&] {
+    for (int i = 0; i < 1000; ++i) loop.post([&, i] { ran.push_back(i); });
+    loop.stop();
+  });
+  loop.run();
+  poster.join();
+  ASSERT_EQ(ran.size(), 1000U);
+  EXPECT_TRUE(std::is_sorted(ran.begin(), ran.end()));
+  loop.stop();
+  loop.post([&] { ran.clear(); });
+  loop.run();
+  EXPECT_TRUE(ran.empty());
+}
+
+TEST_F(EventLoopTest, ReportsReadinessUntilPausedAndAgainAfterwards) {
+  const auto watch = loop.watch(near.get(), EPOLLIN, [&](std::uint32_t) { ++calls; });
+  EXPECT_EQ(callsIn(1), 0);
+  send();
+  EXPECT_GE(callsIn(1), 1);
+  watch->setEvents(0);
+  far.reset();  // a hang-up, which epoll reports to whoever is registered at all
+  EXPECT_EQ(callsIn(3), 0);
+  watch->setEvents(EPOLLIN);
+  EXPECT_GE(callsIn(1), 1);
+}
+
+TEST_F(EventLoopTest, NeverCallsAHandlerCancelledInTheSameRound) {
+  const FileDescriptor copy(::fcntl(near.get(), F_DUPFD_CLOEXEC, 0));
+  std::vector<std::shared_ptr<EventLoop::Watch>> watches;
+  for (const int descriptor : {near.get(), copy.get()}) {
+    watches.push_back(loop.watch(descriptor, EPOLLIN, [&](std::uint32_t) {
+      ++calls;
+      for (const auto& watch : watches) watch->cancel();
+    }));
+  }
+  send();
+  EXPECT_EQ(callsIn(3), 1);
+}
+
+TEST_F(EventLoopTest, DropsWhatIsLeftWhenItGoesAndOutlivingWatchesDoNothing) {
+  const auto owned = std::make_shared<int>(0);
+  std::shared_ptr<EventLoop::Watch> watch;
+  {
+    EventLoop brief;
+    watch = brief.watch(near.get(), EPOLLIN, [owned](std::uint32_t) {});
+    brief.post([owned] {});
+  }
+  EXPECT_EQ(owned.use_count(), 1);
+  watch->setEvents(EPOLLOUT);
+  watch->cancel();
+}
+
+// The loop blocks its signals in this thread, so that raise() leaves them pending for it.
+class RunLoopTest : public testing::Test {
+ protected:
+  std::shared_ptr<Cancelable> note(int signal, const std::string& text) {
+    return runLoop->addSignalSource(signal, [this, text] { events.push_back(text); });
+  }
+  void perform(Block block) { runLoop->mainThreadScheduler()->performBlock(std::move(block)); }
+
+  std::unique_ptr<RunLoop> runLoop = std::make_unique<RunLoop>();
+  std::vector<std::string> events;
+};
+
+TEST_F(RunLoopTest, HangUpsRunTheirHandlersAndTerminationEndsTheRun) {
+  const auto hangUp = note(SIGHUP, "hang-up");
+  const auto cancelled = note(SIGHUP, "cancelled");
+  const auto terminate = note(SIGTERM, "terminate");
+  cancelled->cancel();
+  perform([] { ::raise(SIGHUP); });
+  const auto later = runLoop->mainThreadScheduler()->afterDelay(0.001, [&] {
+    events.emplace_back("delayed");
+    ::raise(SIGTERM);
+  });
+  runLoop->run();
+  EXPECT_EQ(events, std::vector<std::string>({"hang-up", "delayed", "terminate"}));
+}
+
+TEST_F(RunLoopTest, KeepsAHangUpThatCameBeforeItsHandler) {
+  ::raise(SIGHUP);
+  std::shared_ptr<Cancelable> hangUp;
+  const auto later = runLoop->mainThreadScheduler()->afterDelay(0.001, [&] {
+    hangUp = note(SIGHUP, "hang-up");
+    perform([&] { runLoop->stop(); });
+  });
+  runLoop->run();
+  EXPECT_EQ(events, std::vector<std::string>({"hang-up"}));
+}
+
+TEST_F(RunLoopTest, WaitsForWhatHoldsTerminationEvenOnOtherThreads) {
+  const auto first = runLoop->holdTermination();
+  const auto second = runLoop->holdTermination();
+  std::thread holder;
+  const auto interrupt = runLoop->addSignalSource(SIGINT, [&] {
+    for (int i = 0; i < 2; ++i) first->cancel();  // counts once
+    holder = std::thread([&] {
+      perform([&] { events.emplace_back("still running"); });
+      second->cancel();
+    });
+  });
+  ::raise(SIGINT);
+  runLoop->run();
+  holder.join();
+  EXPECT_EQ(events, std::vector<std::string>({"still running"}));
 }
 
 }  // namespace

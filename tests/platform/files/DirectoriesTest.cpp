@@ -1,0 +1,112 @@
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <set>
+
+#include "platform/files/DirectoryWatch.h"
+#include "platform/files/LockFile.h"
+#include "platform/files/UserDirectories.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+namespace {
+
+using Names = std::set<std::string>;
+
+// The kernel queues a change before the call that makes it returns, so that one turn of the loop
+// sees all that was done before.
+class DirectoryWatchTest : public testing::Test {
+ protected:
+  Names changesAfter(const std::function<void()>& change) {
+    changed.clear();
+    change();
+    loop.post([this] { loop.post([this] { loop.stop(); }); });
+    loop.run();
+    return changed;
+  }
+  void rename(const std::string& from, const std::string& to) {
+    std::filesystem::rename(home / from, home / to);
+  }
+
+  TemporaryDirectory home;
+  EventLoop loop;
+  Names changed;
+  const std::shared_ptr<Cancelable> watch = DirectoryWatch::watchDirectory(
+      loop, home / "new/cards/", [this](const std::string& name) { changed.insert(name); });
+};
+
+TEST_F(DirectoryWatchTest, NamesEntriesHoweverTheyChangeUntilCancelled) {
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), Names({"me"}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "in place"); }), Names({"me"}));
+  home.write("outside", "2");
+  EXPECT_EQ(changesAfter([&] { rename("outside", "new/cards/me"); }), Names({"me"}));
+  EXPECT_EQ(changesAfter([&] { rename("new/cards/me", "new/cards/you"); }), Names({"me", "you"}));
+  EXPECT_EQ(changesAfter([&] { EXPECT_EQ(home.read("new/cards/you"), "2"); }), Names());
+  EXPECT_EQ(changesAfter([&] { std::filesystem::remove(home / "new/cards/you"); }), Names({"you"}));
+  home.write("new/cards/me", "unseen");
+  EXPECT_EQ(changesAfter([&] { watch->cancel(); }), Names());
+}
+
+TEST_F(DirectoryWatchTest, CreatesADirectoryThatGoesAndWatchesTheNewOne) {
+  EXPECT_EQ(changesAfter([&] { std::filesystem::remove_all(home / "new"); }), Names({""}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), Names({"me"}));
+  EXPECT_EQ(changesAfter([&] { rename("new/cards", "new/old"); }), Names({""}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/old/me", "2"); }), Names());
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "3"); }), Names({"me"}));
+}
+
+class UserDirectoriesTest : public testing::Test {
+ protected:
+  ~UserDirectoriesTest() override { ::unsetenv("TMPDIR"); }
+  static void set(const char* name, const std::string& value) { ::setenv(name, value.c_str(), 1); }
+  static std::int64_t failure() {
+    const auto found = UserDirectories::runtimeDirectory();
+    return found.isLeft() ? 0 : found.right()->code();
+  }
+
+  const TemporaryDirectory root;
+};
+
+TEST_F(UserDirectoriesTest, ExpandsTheTildeToAnAbsoluteHome) {
+  set("HOME", "/home of/ann");
+  EXPECT_EQ(UserDirectories::expandTilde("~").left(), "/home of/ann");
+  EXPECT_EQ(UserDirectories::expandTilde("~/Library/x").left(), "/home of/ann/Library/x");
+  EXPECT_EQ(UserDirectories::expandTilde("~bob/x").left(), "~bob/x");
+  for (const char* useless : {"", "relative"}) {
+    set("HOME", useless);
+    EXPECT_TRUE(UserDirectories::homeDirectory().left().is_absolute());
+  }
+}
+
+TEST_F(UserDirectoriesTest, AcceptsOnlyAPrivateRuntimeDirectoryAndMakesItWhenMissing) {
+  set("TMPDIR", root.path());
+  ::unsetenv("XDG_RUNTIME_DIR");
+  const auto own = root / ("quenlet-" + std::to_string(::getuid()));
+  EXPECT_EQ(UserDirectories::runtimeDirectory().left(), own);
+  EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms(0700));
+  set("XDG_RUNTIME_DIR", root / "run");
+  EXPECT_EQ(UserDirectories::runtimeDirectory().left(), root / "run");
+  std::filesystem::permissions(root / "run", std::filesystem::perms(0710));
+  EXPECT_EQ(failure(), EACCES);
+  std::filesystem::create_directory_symlink(own, root / "link");
+  set("XDG_RUNTIME_DIR", root / "link");
+  EXPECT_EQ(failure(), ENOTDIR);
+  set("XDG_RUNTIME_DIR", root / "missing/run");
+  EXPECT_EQ(failure(), ENOENT);
+}
+
+TEST(LockFileTest, ExcludesOthersUntilItGoesAndFollowsNoLink) {
+  const TemporaryDirectory home;
+  auto first = LockFile::tryLock(home / "lock");
+  ASSERT_TRUE(first.isLeft());
+  EXPECT_EQ(LockFile::tryLock(home / "lock").right()->code(), EWOULDBLOCK);
+  std::move(first).takeLeft().reset();
+  EXPECT_TRUE(LockFile::lock(home / "lock").isLeft());
+  std::filesystem::create_symlink("lock", home / "link");
+  EXPECT_EQ(LockFile::tryLock(home / "link").right()->code(), ELOOP);
+  EXPECT_EQ(LockFile::tryLock(home / "missing/lock").right()->code(), ENOENT);
+}
+
+}  // namespace
+}  // namespace quenlet

@@ -1,0 +1,133 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "platform/foundation/Cancelable.h"
+#include "platform/foundation/Date.h"
+#include "platform/foundation/Future.h"
+#include "platform/foundation/JSONWriter.h"
+#include "platform/foundation/Text.h"
+
+namespace quenlet {
+namespace {
+
+TEST(DateTest, ReadsAndWritesISO8601) {
+  const std::pair<const char*, double> good[] = {{"1970-01-01T00:00:00Z", 0},
+                                                 {"2024-02-29T23:59:59Z", 1709251199},
+                                                 {"0001-01-01T00:00:00Z", -62135596800},
+                                                 {"4001-01-01T00:00:00Z", 64092211200}};
+  for (const auto& [text, seconds] : good) {
+    EXPECT_EQ(Date::fromISO8601(text), Date(seconds)) << text;
+    EXPECT_EQ(Date(seconds).iso8601(), text);
+  }
+  EXPECT_EQ(Date::fromISO8601("1969-12-31T23:59:59.5Z"), Date(-0.5));
+  EXPECT_EQ(Date(-0.25).iso8601(), "1969-12-31T23:59:59Z");
+  EXPECT_EQ(Date(HUGE_VAL).iso8601(), "9999-12-31T23:59:59Z");
+  EXPECT_EQ(Date(std::nan("")).iso8601(), "0001-01-01T00:00:00Z");
+  for (const char* bad :
+       {"", "2026-05-01", "2026-05-01T12:00:00", "2026-05-01T12:00:00Z ", "2026-5-1T12:00:00Z",
+        "2026-05-01T12:00:00.Z", "2026-05-01T12:00:00+00:00", "2023-02-29T00:00:00Z",
+        "2026-13-01T00:00:00Z", "2026-01-01T24:00:00Z", "0000-01-01T00:00:00Z"}) {
+    EXPECT_EQ(Date::fromISO8601(bad), std::nullopt) << bad;
+  }
+}
+
+const ErrorPtr trouble = makeError("test", 7, "trouble");
+
+TEST(FutureTest, FirstCompletionCountsAndReachesEveryBlockOnce) {
+  const Promise<int> promise;
+  std::vector<int> seen;
+  const auto note = [&](const Result<int>& outcome) { seen.push_back(outcome.left()); };
+  promise.future().onCompletion(note);
+  promise.succeed(1);
+  promise.succeed(2);
+  promise.fail(trouble);
+  promise.future().onCompletion(note);
+  EXPECT_EQ(seen, (std::vector{1, 1}));
+}
+
+TEST(FutureTest, BlockMayDropTheLastOwners) {
+  for (const bool completedBefore : {false, true}) {
+    auto promise = std::make_unique<Promise<std::string>>();
+    auto future = std::make_unique<Future<std::string>>(promise->future());
+    if (completedBefore) promise->succeed("long enough to be on the heap");
+    std::string seen;
+    future->onCompletion([&](const Result<std::string>& outcome) {
+      promise.reset();
+      future.reset();
+      seen = outcome.left();
+    });
+    if (!completedBefore) promise->succeed("long enough to be on the heap");
+    EXPECT_EQ(seen, "long enough to be on the heap");
+  }
+}
+
+TEST(CancelBlockTest, RunsOnceForgetsItsBlockAndMayCancelItself) {
+  auto owned = std::make_shared<int>(0);
+  std::shared_ptr<Cancelable> token;
+  token = std::make_shared<CancelBlock>([&token, owned] {
+    ++*owned;
+    token->cancel();
+  });
+  token->cancel();
+  EXPECT_EQ(*owned, 1);
+  EXPECT_EQ(owned.use_count(), 1);
+}
+
+TEST(JSONWriterTest, EscapesTextAndWritesNumbers) {
+  JSONWriter json;
+  json.beginArray().value(std::string("\"\\\b\f\n\r\t\0\x1f/\u4e2d", 13)).value("a\xFF\xE4\xB8z");
+  json.value("\x7f\xC2\x9B\u2028\u202E\u2069").value(std::numeric_limits<std::int64_t>::min());
+  json.value(0.1).value(1e300).value(-0.0).value(HUGE_VAL).value(std::nan("")).endArray();
+  EXPECT_EQ(json.text(),
+            "[\"\\\"\\\\\\b\\f\\n\\r\\t\\u0000\\u001f/\u4e2d\",\"a\uFFFD\uFFFDz\","
+            "\"\\u007f\\u009b\\u2028\\u202e\\u2069\",-9223372036854775808,"
+            "0.1,1e+300,-0,null,null]");
+}
+
+TEST(TextTest, EqualityIsCanonicalEquivalence) {
+  const std::tuple<std::string, std::string, bool> cases[] = {
+      {"Zo\u00eb", "Zoe\u0308", true},
+      {"a\u0323\u0302", "a\u0302\u0323", true},
+      {"a\u0301\u0302", "a\u0302\u0301", false},  // marks of one class keep their order
+      {"\uD55C", "\u1112\u1161\u11AB", true},
+      {"\uFB01", "fi", false},  // compatibility is no equivalence
+      {"e\u0308\xFF", "e\u0308\xFF", true},
+      {"e\u0308\xFF", "\u00eb\xFF", false},
+      {"\xFF", "\uFFFD", false},
+  };
+  for (const auto& [a, b, equal] : cases) {
+    EXPECT_EQ(canonicallyEqual(a, b), equal) << a << " " << b;
+    EXPECT_EQ(canonicallyEqual(b, a), equal) << a << " " << b;
+    EXPECT_EQ(canonicalKey(a) == canonicalKey(b), equal) << a << " " << b;
+  }
+}
+
+TEST(TextTest, LowercasesIndependentlyOfTheLocaleAndTrimsBlanks) {
+  EXPECT_EQ(lowercased("Ann@EXAMPLE.org [Z`{"), "ann@example.org [z`{");
+  EXPECT_EQ(lowercased("\u00c9COLE I \U00010400"), "\u00e9cole i \U00010428");
+  EXPECT_EQ(lowercased("\u039F\u03A3 \u03A3"), "\u03BF\u03C2 \u03C3") << "final sigma";
+  EXPECT_EQ(lowercased("A\u00c9\xFF"), "A\u00c9\xFF") << "no UTF-8";
+  EXPECT_EQ(trimmed(" \t\r\n a b \n"), "a b");
+  EXPECT_EQ(trimmed(" \n"), "");
+}
+
+TEST(TextTest, PutsTextOnOneLineOfABoundedSize) {
+  EXPECT_EQ(onOneLine("a\x1b\n\x7f\u0085\u2028\u2029\xFF\u00e9"), "a       \u00e9");
+  EXPECT_EQ(onOneLine("a\u00e9\u00e9", 4), "a\u00e9");
+}
+
+TEST(TextTest, TellsValidUTF8) {
+  for (const std::string text :
+       {"", "plain text of more than eight bytes", "12345678\u00e9", "\U0010FFFF"}) {
+    EXPECT_TRUE(isValidUTF8(text)) << text;
+  }
+  for (const std::string text : {"\x80", "12345678\xFF", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80",
+                                 "\xF4\x90\x80\x80", "\xE4\xB8", "\xC3\x28 after"}) {
+    EXPECT_FALSE(isValidUTF8(text)) << testing::PrintToString(text);
+  }
+}
+
+}  // namespace
+}  // namespace quenlet
