@@ -49,7 +49,7 @@ AgentInstallation::AgentInstallation() : directory(makeDirectory()) {
   ::setenv("XDG_RUNTIME_DIR", (directory / "run").c_str(), 1);
 }
 
-AgentInstallation::~AgentInstallation() { 
+AgentInstallation::~AgentInstallation() {
   // Files that others are removing at the same time are none of its business.
   std::error_code ignored;
   std::filesystem::remove_all(directory, ignored);

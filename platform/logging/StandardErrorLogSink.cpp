@@ -9,6 +9,7 @@ namespace quenlet {
 namespace {
 
 constexpr std::chrono::milliseconds gatheringTime(2);
+constexpr int mostLinesAtOnce = 32;
 constexpr std::size_t mostGatheredBytes = std::size_t{64} << 10;
 
 void writeToStandardError(std::string_view text) {
@@ -34,11 +35,20 @@ void StandardErrorLogSink::write(const std::string& line) {
     gathered.append(line) += '\n';
     if (gathered.size() >= mostGatheredBytes) writeGathered();
     if (flushComes) return;
-    if (std::chrono::steady_clock::now() - lastWritten >= gatheringTime) return writeGathered();
+    if (++linesSinceBegin <= mostLinesAtOnce || beginAnew()) return writeGathered();
     flushComes = true;
   }
   later(std::chrono::duration<double>(gatheringTime).count(),
         [self = shared_from_this()] { self->flush(); });
+}
+
+// Whether the time in which the lines so far were counted is over.
+bool StandardErrorLogSink::beginAnew() {
+  const auto now = std::chrono::steady_clock::now();
+  if (now - begin < gatheringTime) return false;
+  begin = now;
+  linesSinceBegin = 1;
+  return true;
 }
 
 void StandardErrorLogSink::flush() {
@@ -50,7 +60,6 @@ void StandardErrorLogSink::flush() {
 void StandardErrorLogSink::writeGathered() {
   writeToStandardError(gathered);
   gathered.clear();
-  lastWritten = std::chrono::steady_clock::now();
 }
 
 }  // namespace quenlet

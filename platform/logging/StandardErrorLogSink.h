@@ -12,10 +12,10 @@
 namespace quenlet {
 
 // Writes lines to standard error, in their order, so that those of several threads do not mix.
-// Thread-safe. A line goes out at once, unless one went out within the last milliseconds: then it
-// is gathered with those that follow, for 2 ms, and all go out together. So a log costs next to
-// nothing per line when there are most of them, and nothing wakes up while there are none. The rest
-// of what standard error has not taken after a while is lost.
+// Thread-safe. Lines go out at once as long as there are no more than 32 of them in 2 ms; those
+// beyond are gathered until the 2 ms are over, and go out together. So a log costs next to nothing
+// a line when there are most of them, and nothing wakes up while there are few. The rest of what
+// standard error has not taken after a while is lost.
 class StandardErrorLogSink final : public LogSink,
                                    public std::enable_shared_from_this<StandardErrorLogSink> {
  public:
@@ -29,13 +29,16 @@ class StandardErrorLogSink final : public LogSink,
   void flush() EXCLUDES(mutex);
 
  private:
+  [[nodiscard]] bool beginAnew() REQUIRES(mutex);
   void writeGathered() REQUIRES(mutex);
 
   const Later later;
   Mutex mutex;
   std::string gathered GUARDED_BY(mutex);
   bool flushComes GUARDED_BY(mutex) = false;
-  std::chrono::steady_clock::time_point lastWritten GUARDED_BY(mutex);
+  // The time in which lines are counted, and how many went out in it.
+  std::chrono::steady_clock::time_point begin GUARDED_BY(mutex);
+  int linesSinceBegin GUARDED_BY(mutex) = 0;
 };
 
 }  // namespace quenlet

@@ -1,7 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <random>
+
 #include "analytics/AugmentationClassifier.h"
 #include "analytics/MetricsAttempt.h"
+#include "platform/foundation/Text.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TestEnvironment.h"
 
@@ -132,6 +135,55 @@ TEST(AugmentationBucketTest, TellsWhatIsOnBothCardsAndWhatWasOnlyDonated) {
             "common=(030 2312500) uniqueToCurated=() uniqueToDonated=(112)");
   EXPECT_EQ(sorted<PostalAddress>({{.city = "Ulm"}}, {{.street = "Ulm"}, {.city = "Ulm"}}),
             "common=(Ulm) uniqueToCurated=() uniqueToDonated=(Ulm)");
+}
+
+// The rule as it reads, with every list searched from its start.
+template <typename T>
+void compareWithPlainScan(const std::vector<T>& pool, std::mt19937& random) {
+  AugmentationBucket<T> bucket;
+  std::vector<T> curated, donated, common;
+  const auto list = [](const auto& values) { return std::vector<T>(values.begin(), values.end()); };
+  for (int i = 0; i < 24; ++i) {
+    const T& value = pool[random() % pool.size()];
+    const auto in = [&](std::vector<T>& listed) {
+      return std::find_if(listed.begin(), listed.end(), [&](const T& other) {
+        if constexpr (std::is_same_v<T, PhoneNumber>) return value.isLikePhoneNumber(other);
+        if constexpr (std::is_same_v<T, std::string>) return canonicallyEqual(value, other);
+        return value == other;
+      });
+    };
+    const bool isCurated = random() % 2 == 0;
+    isCurated ? bucket.addCurated(value) : bucket.addDonated(value);
+    const auto [own, other] = isCurated ? std::tie(curated, donated) : std::tie(donated, curated);
+    if (in(common) == common.end()) {
+      if (const auto found = in(other); found != other.end()) {
+        other.erase(found);
+        common.push_back(value);
+      } else if (in(own) == own.end()) {
+        own.push_back(value);
+      }
+    }
+    ASSERT_EQ(list(bucket.uniqueToCurated()), curated);
+    ASSERT_EQ(list(bucket.uniqueToDonated()), donated);
+    ASSERT_EQ(list(bucket.common()), common);
+  }
+}
+
+TEST(AugmentationBucketTest, SortsAsAPlainScanDoes) {
+  std::mt19937 random(1);
+  const auto number = [](const char* text) { return *PhoneNumber::withStringValue(text); };
+  // Likeness is not transitive: the numbers of two areas are like the one without an area.
+  const std::vector<PhoneNumber> numbers = {number("+1 202 555 0143"),    number("202 555 0143"),
+                                            number("555 0143"),           number("+1 212 555 0143"),
+                                            number("+1 202 555 0143 x1"), number("50143")};
+  const std::vector<PostalAddress> addresses = {
+      {.street = "a", .city = "b"}, {.street = "ab"},    {.city = "ab"},
+      {.city = "\u00e9"},           {.city = "e\u0301"}, {}};
+  for (int round = 0; round < 200; ++round) {
+    compareWithPlainScan<std::string>({"a@x", "A@x", "\u00e9@x", "e\u0301@x", ""}, random);
+    compareWithPlainScan(numbers, random);
+    compareWithPlainScan(addresses, random);
+  }
 }
 
 }  // namespace
