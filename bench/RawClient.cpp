@@ -6,10 +6,19 @@
 #include <cstring>
 
 #include "platform/donations/CorvelInterface.h"
+#include "platform/donations/DonationWire.h"
 #include "platform/ipc/FrameHeader.h"
 #include "platform/ipc/WireEncoder.h"
 
 namespace quenlet {
+namespace {
+
+std::string asRequest(const WireEncoder& body) {
+  const auto header = FrameHeader::make(FrameKind::request, 1, body.bytes().size()).encode();
+  return std::string(header.data(), header.size()) + body.bytes();
+}
+
+}  // namespace
 
 RawClient::RawClient(const std::filesystem::path& path)
     : socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
@@ -45,9 +54,14 @@ bool RawClient::receiveMessage() {
 
 std::string fetchRequest() {
   WireEncoder body;
-  body.string(CorvelSelector::fetch);
-  const auto header = FrameHeader::make(FrameKind::request, 1, body.bytes().size()).encode();
-  return std::string(header.data(), header.size()) + body.bytes();
+  return asRequest(body.string(CorvelSelector::fetch));
+}
+
+std::string donateRequest(const DonationValues& values) {
+  WireEncoder body;
+  body.string(CorvelSelector::donate);
+  DonationWire::encode(body, values);
+  return asRequest(body);
 }
 
 }  // namespace quenlet

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 
+#include "model/DonationValue.h"
 #include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
@@ -30,7 +31,8 @@ class RawClient final {
   FileDescriptor socket;
 };
 
-// A request for the card as it goes over the agent's socket.
+// Requests as they go over the agent's socket: for the card, and to donate.
 [[nodiscard]] std::string fetchRequest();
+[[nodiscard]] std::string donateRequest(const DonationValues& values);
 
 }  // namespace quenlet
