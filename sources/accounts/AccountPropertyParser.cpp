@@ -28,7 +28,7 @@ DonationValues AccountPropertyParser::parseWithAccount(const Account& account) c
   }
   // One record that cannot be written would fail the save of all.
   std::erase_if(values,
-                [](const DonationValuePtr& value) { return !value->propertyListText().isLeft(); });
+                [](const DonationValuePtr& value) { return !value->propertyListText(); });
   return values;
 }
 

@@ -74,7 +74,7 @@ class MetricsAttemptTest : public testing::Test {
   void haveCardWithNameAndPhone() {
     ContactFields fields;
     fields.familyName = "Lee";
-    fields.phoneNumbers.emplace_back(std::make_shared<const LabeledValue<PhoneNumber>>(
+    fields.phoneNumbers.push_back(std::make_shared<const LabeledValue<PhoneNumber>>(
         LabeledValue<PhoneNumber>{"", *PhoneNumber::withStringValue("112"), {}}));
     environment.contacts->card = std::make_shared<const Contact>(std::move(fields));
   }
@@ -212,9 +212,9 @@ TEST(MeCardClassifierTest, FindsTheKindsOfFieldThatACardCarries) {
   fields.middleName = "only";
   EXPECT_EQ(bits(fields), 0);
   fields.givenName = "Ann";
-  fields.emailAddresses.emplace_back();
+  fields.emailAddresses.push_back(nullptr);
   EXPECT_EQ(bits(fields), 1 | 2);
-  fields.postalAddresses.emplace_back();
+  fields.postalAddresses.push_back(nullptr);
   EXPECT_EQ(bits(fields), 1 | 2 | 8);
   EXPECT_EQ(MeCardClassifier().classifyMeCard(nullptr), MeCardStatus::none());
 }

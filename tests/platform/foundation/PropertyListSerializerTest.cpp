@@ -194,26 +194,5 @@ TEST(PropertyListSerializerTest, RefusesBadInputWithoutQuotingIt) {
   }
 }
 
-TEST(PropertyListWriterTest, FragmentsReadTheSameWithinADocument) {
-  const PropertyList record = Dictionary{{"list", Array{"a&b"}}};
-  PropertyListWriter part;
-  part.value(record);
-  const auto fragment = std::move(part).takeFragment();
-  ASSERT_TRUE(fragment.isLeft());
-  const auto readAtDepth = [&](int depth) {
-    PropertyListWriter whole;
-    whole.beginDocument();
-    for (int i = 0; i < depth; ++i) whole.beginArray();
-    whole.fragment(fragment.left());
-    for (int i = 0; i < depth; ++i) whole.endArray();
-    whole.endDocument();
-    const auto text = std::move(whole).takeText();
-    return text.isLeft() ? PropertyListSerializer::objectWithData(text.left())
-                         : Result<PropertyList>::right(text.right());
-  };
-  EXPECT_TRUE(readAtDepth(limit - 2).left() == nested(limit - 2, record));
-  EXPECT_EQ(codeOf(readAtDepth(limit - 1)), nestingTooDeep);
-}
-
 }  // namespace
 }  // namespace quenlet
