@@ -74,9 +74,8 @@ void DonationTable::removeIdentifiers(const std::vector<std::string>& donationId
 bool DonationTable::removeBundle(const std::string& bundleIdentifier) {
   const std::size_t before = rows->size();
   const std::string text = canonicalKey(bundleIdentifier);
-  removeIf([key = ComparisonKey::of(text)](const DonationValue& row) {
-    return row.bundleKey() == key;
-  });
+  removeIf(
+      [key = ComparisonKey::of(text)](const DonationValue& row) { return row.bundleKey() == key; });
   return rows->size() < before;
 }
 

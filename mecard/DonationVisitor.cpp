@@ -45,8 +45,7 @@ LabeledValues<T> listOf(const std::shared_ptr<const DonationValues>& donations,
                         std::vector<const DonationValue*> entries) {
   if (entries.empty()) return {};
   entries.shrink_to_fit();
-  return LabeledValues<T>(
-      std::make_shared<const DonatedEntries<T>>(donations, std::move(entries)));
+  return LabeledValues<T>(std::make_shared<const DonatedEntries<T>>(donations, std::move(entries)));
 }
 
 }  // namespace

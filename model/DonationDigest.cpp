@@ -76,8 +76,8 @@ void DigestMaker::addNameKey(DonationDigest& digest, const PersonNameComponents&
 }
 
 void DigestMaker::addPostalKey(DonationDigest& digest, const PostalAddress& address) {
-  const std::optional<std::string> line = PostalAddressFormatter::singleLineStringFromPostalAddress(
-      address, CountryName::leftOut);
+  const std::optional<std::string> line =
+      PostalAddressFormatter::singleLineStringFromPostalAddress(address, CountryName::leftOut);
   digest.hasEntry = line.has_value();
   if (line) digest.entry = furtherKey(canonicalKey(lowercased(*line)));
 }

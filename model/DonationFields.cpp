@@ -22,9 +22,14 @@ constexpr std::array<std::optional<std::string> PersonNameComponents::*, 6> name
 constexpr Texts postalKeys = {"city",  "country", "isoCountryCode",        "postalCode",
                               "state", "street",  "subAdministrativeArea", "subLocality"};
 constexpr std::array<std::string PostalAddress::*, 8> postalFieldsByKey = {
-    &PostalAddress::city,  &PostalAddress::country, &PostalAddress::isoCountryCode,
-    &PostalAddress::postalCode, &PostalAddress::state, &PostalAddress::street,
-    &PostalAddress::subAdministrativeArea, &PostalAddress::subLocality};
+    &PostalAddress::city,
+    &PostalAddress::country,
+    &PostalAddress::isoCountryCode,
+    &PostalAddress::postalCode,
+    &PostalAddress::state,
+    &PostalAddress::street,
+    &PostalAddress::subAdministrativeArea,
+    &PostalAddress::subLocality};
 
 template <typename Number>
 bool parseWhole(std::string_view digits, Number& number) {

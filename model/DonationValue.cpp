@@ -27,7 +27,8 @@ template <typename T>
 std::shared_ptr<const LabeledValue<T>> makeEntry(T value, std::string label,
                                                  DonationOrigin origin) {
   return std::make_shared<const LabeledValue<T>>(
-      LabeledValue<T>{std::move(label), std::move(value),
+      LabeledValue<T>{std::move(label),
+                      std::move(value),
                       {std::make_shared<const DonationOrigin>(std::move(origin))}});
 }
 

@@ -54,8 +54,7 @@ Result<PropertyList> parseDictionary(const std::string& bytes) {
 // kept.
 template <typename T>
 Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
-               Interpretation<T> interpret,
-               Shortcut<T> shortcut = &noShortcut<T>) {
+               Interpretation<T> interpret, Shortcut<T> shortcut = &noShortcut<T>) {
   const Result<std::filesystem::path> url = fileLocation(name);
   if (!url.isLeft()) return Future<T>::futureWithResult(T{});
   return dataProxy->dataWithContentsOfURL(url.left())
@@ -177,8 +176,8 @@ void appendTexts(std::string& output, const DonationValues& values) {
 Result<std::string> textOf(const DonationValues& values) {
   const Frame frame;
   const std::optional<std::size_t> size = sizeOfTexts(values);
-  if (!size || *size > PropertyListSerializer::maximumSizeInBytes - frame.head.size() -
-                           frame.tail.size()) {
+  if (!size ||
+      *size > PropertyListSerializer::maximumSizeInBytes - frame.head.size() - frame.tail.size()) {
     return Result<std::string>::right(
         makeDonationError(DonationErrorCode::notSerializable, "a file cannot hold the donations"));
   }

@@ -82,7 +82,8 @@ TEST(ContactRebuilderTest, LeavesCuratedEmailAddressesOut) {
       {{"\u00d6@x.org", "ann@x.org"}, "alias case other phone"},
   };
   for (const auto& [curated, kept] : rows) {
-    ContactRebuilder rebuilder(std::make_shared<const DonationValues>(donations), std::nullopt, curated);
+    ContactRebuilder rebuilder(std::make_shared<const DonationValues>(donations), std::nullopt,
+                               curated);
     static_cast<void>(rebuilder.buildNewContact());
     EXPECT_EQ(identifiersOf(rebuilder.filteredDonations()), kept);
   }

@@ -103,8 +103,10 @@ class TextInsteadOfFile final : public DataProxy {
 TEST_F(DonationPersistenceTest, LoadsTheSameWithAndWithoutTheGeneralReader) {
   const DonationValues values = {
       named({.givenName = "\u00c9va", .familyName = "", .nickname = "<&\r"}, from("a", "1", "c")),
-      named({}, from("a", "2", "")), email("A&B@x", from("\u00e9", "3", "c\t"), ""),
-      phone("+49 (0)30 1;ext=2", from("a", "4")), image(std::string("\0\xff", 2), from("a", "5")),
+      named({}, from("a", "2", "")),
+      email("A&B@x", from("\u00e9", "3", "c\t"), ""),
+      phone("+49 (0)30 1;ext=2", from("a", "4")),
+      image(std::string("\0\xff", 2), from("a", "5")),
       postal({.street = "1\n2", .isoCountryCode = "DE"}, from("a", "6"), PostalAddressStyle{-7}),
       postal({}, from("a", "e\u0301", {}, Date(1764034261.1234567)))};
   ASSERT_TRUE(persistence.storeWithAllValues(values).result().isLeft());
