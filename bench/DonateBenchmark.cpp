@@ -127,7 +127,7 @@ struct SharedDatabase final {
 void commitFromMany(benchmark::State& state) {
   static std::optional<SharedDatabase> shared;
   if (state.thread_index() == 0) shared.emplace();
-  const std::string text = sampleDonations(1).front()->propertyListText().left().text;
+  const std::string text(*sampleDonations(1).front()->propertyListText());
   std::optional<Database> own;
   for (auto _ : state) {
     if (!own) own.emplace(shared->place.scratch("donations.db"));
@@ -142,7 +142,7 @@ void commitFromMany(benchmark::State& state) {
 void commitThroughOneConnection(benchmark::State& state) {
   static std::optional<SharedDatabase> shared;
   if (state.thread_index() == 0) shared.emplace();
-  const std::string text = sampleDonations(1).front()->propertyListText().left().text;
+  const std::string text(*sampleDonations(1).front()->propertyListText());
   for (auto _ : state) {
     MutexLock lock(shared->mutex);
     shared->database.replaceRow(state.thread_index(), text);

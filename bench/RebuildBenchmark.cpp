@@ -9,7 +9,8 @@ namespace quenlet {
 namespace {
 
 void rebuildCard(benchmark::State& state) {
-  const DonationValues donations = sampleDonations(static_cast<std::size_t>(state.range(0)));
+  const auto donations = std::make_shared<const DonationValues>(
+      sampleDonations(static_cast<std::size_t>(state.range(0))));
   const PersonNameComponents curatedName{.namePrefix = {},
                                          .givenName = "Alex",
                                          .middleName = {},

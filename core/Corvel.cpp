@@ -4,13 +4,14 @@
 
 #include "mecard/ContactRebuilder.h"
 #include "platform/PlatformServices.h"
+#include "platform/foundation/FreedMemory.h"
 #include "storage/DonationPersistence.h"
 
 namespace quenlet {
 namespace {
 
 double secondsUntilExpiration(const DonationValue& value) {
-  return value.origin().expirationDate.timeIntervalSince(PlatformServices::current().now());
+  return value.expirationDate().timeIntervalSince(PlatformServices::current().now());
 }
 
 std::shared_ptr<DonationPersistenceProtocol> persistenceOrDefault(
@@ -78,21 +79,28 @@ void Corvel::restorePersistedState() {
 
 void Corvel::restore() {
   logger->beginRestorePersistedState();
+  if (!restoreTable()) return;
+  rebuildMeCard();
+  // The file and what was made on the way are gone by now.
+  returnFreedMemory();
+  logger->endRestorePersistedState();
+}
+
+bool Corvel::restoreTable() {
   const Future<DonationValues> load = persistence->loadDonations();
   const Result<DonationValues>& loaded = load.result();
-  if (!loaded.isLeft()) return;
+  if (!loaded.isLeft()) return false;
   const DonationValues candidates = valuesSatisfying(
       loaded.left(), [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
   DonationTable restored;
   restored.insertAll(valuesSatisfying(candidates, notYetExpired));
   donations = std::move(restored);
   renewWithDonations(valuesSatisfying(candidates, readyForRenewal));
-  rebuildMeCard();
-  logger->endRestorePersistedState();
+  return true;
 }
 
 void Corvel::rebuildMeCard() {
-  ContactRebuilder rebuilder(*donations.snapshot(), curatedInfoProvider->curatedName(),
+  ContactRebuilder rebuilder(donations.snapshot(), curatedInfoProvider->curatedName(),
                              curatedInfoProvider->curatedEmailAddresses());
   contact = std::make_shared<const Contact>(rebuilder.buildNewContact());
 }

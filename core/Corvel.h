@@ -166,6 +166,7 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
 
   // Runs in a writer block.
   void restore();
+  [[nodiscard]] bool restoreTable();
   void rebuildMeCard();
   void applyChange(const ChangeType& change, SaveReply saveReply);
   // What follows each change of the table: the card is rebuilt, the table saved, the change posted.

@@ -39,7 +39,7 @@ void Corvel::renewPreExpired(const DonationValues& values) {
   const Date now = PlatformServices::current().now();
   DonationValues expired;
   for (const DonationValuePtr& value : values) {
-    if (value->origin().expirationDate < now) expired.push_back(value);
+    if (value->expirationDate() < now) expired.push_back(value);
   }
   if (expired.empty()) return;
   logger->preExpiredDonations(expired);

@@ -1,26 +1,46 @@
 #include "core/DonationTable.h"
 
+#include <bit>
 #include <unordered_set>
 
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
 
+// Where the index has the row with that identifier, or where it would get it.
+std::size_t DonationTable::positionFor(const DonationValues& held, const ComparisonKey& key) const {
+  std::size_t position = key.hash & (index.size() - 1);
+  while (true) {
+    const Slot& slot = index[position];
+    if (slot.rowAndOne == 0) return position;
+    if (slot.hash == key.hash && held[slot.rowAndOne - 1]->donationKey() == key) return position;
+    position = (position + 1) & (index.size() - 1);
+  }
+}
+
+void DonationTable::indexAll(const DonationValues& held, std::size_t capacity) {
+  index.assign(std::bit_ceil(capacity + capacity / 2 + 2), {});
+  index.shrink_to_fit();
+  for (std::uint32_t row = 0; row < held.size(); ++row) {
+    const ComparisonKey key = held[row]->donationKey();
+    index[positionFor(held, key)] = {key.hash, row + 1};
+  }
+}
+
 void DonationTable::insertAll(const DonationValues& values) {
   auto changed = std::make_shared<DonationValues>();
-  changed->reserve(rows->size() + values.size());
+  const std::size_t mostRows = rows->size() + values.size();
+  changed->reserve(mostRows);
   changed->assign(rows->begin(), rows->end());
+  if (mostRows + mostRows / 2 >= index.size()) indexAll(*changed, mostRows);
   for (const DonationValuePtr& value : values) {
-    const auto found = index.find(value->keys().donationIdentifier);
-    if (found == index.end()) {
-      index.emplace(value->keys().donationIdentifier, changed->size());
+    const ComparisonKey key = value->donationKey();
+    Slot& slot = index[positionFor(*changed, key)];
+    if (slot.rowAndOne == 0) {
       changed->push_back(value);
+      slot = {key.hash, static_cast<std::uint32_t>(changed->size())};
     } else {
-      // The index must not keep a view into the row that goes.
-      const std::size_t place = found->second;
-      index.erase(found);
-      index.emplace(value->keys().donationIdentifier, place);
-      (*changed)[place] = value;
+      (*changed)[slot.rowAndOne - 1] = value;
     }
   }
   rows = std::move(changed);
@@ -29,37 +49,33 @@ void DonationTable::insertAll(const DonationValues& values) {
 void DonationTable::removeIf(const std::function<bool(const DonationValue&)>& unwanted) {
   auto changed = std::make_shared<DonationValues>();
   changed->reserve(rows->size());
-  index.clear();
   for (const DonationValuePtr& row : *rows) {
-    if (unwanted(*row)) continue;
-    index.emplace(row->keys().donationIdentifier, changed->size());
-    changed->push_back(row);
+    if (!unwanted(*row)) changed->push_back(row);
   }
+  indexAll(*changed, changed->size());
   rows = std::move(changed);
 }
 
 DonationValuePtr DonationTable::find(const std::string& donationIdentifier) const {
-  const auto found = index.find(canonicalKey(donationIdentifier));
-  return found == index.end() ? nullptr : (*rows)[found->second];
+  const std::string text = canonicalKey(donationIdentifier);
+  const Slot& slot = index[positionFor(*rows, ComparisonKey::of(text))];
+  return slot.rowAndOne == 0 ? nullptr : (*rows)[slot.rowAndOne - 1];
 }
 
 void DonationTable::removeIdentifiers(const std::vector<std::string>& donationIdentifiers) {
-  std::unordered_set<std::string> unwanted;
+  std::unordered_set<const DonationValue*> unwanted;
   for (const std::string& identifier : donationIdentifiers) {
-    std::string key = canonicalKey(identifier);
-    if (index.contains(key)) unwanted.insert(std::move(key));
+    if (const DonationValuePtr value = find(identifier)) unwanted.insert(value.get());
   }
   if (unwanted.empty()) return;
-  removeIf([&unwanted](const DonationValue& row) {
-    return unwanted.contains(row.keys().donationIdentifier);
-  });
+  removeIf([&unwanted](const DonationValue& row) { return unwanted.contains(&row); });
 }
 
 bool DonationTable::removeBundle(const std::string& bundleIdentifier) {
   const std::size_t before = rows->size();
-  removeIf([key = canonicalKey(bundleIdentifier)](const DonationValue& row) {
-    return row.keys().bundleIdentifier == key;
-  });
+  const std::string text = canonicalKey(bundleIdentifier);
+  removeIf(
+      [key = ComparisonKey::of(text)](const DonationValue& row) { return row.bundleKey() == key; });
   return rows->size() < before;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
-#include <string_view>
-#include <unordered_map>
+#include <vector>
 
 #include "model/DonationValue.h"
 
@@ -12,7 +12,8 @@ namespace quenlet {
 
 // The donations that the agent holds, at most one an identifier, in the order in which their
 // identifiers first came. The rows are an immutable list that each change replaces, so that a
-// snapshot costs nothing and may go to any thread. Changes need a thread of their own.
+// snapshot costs nothing and may go to any thread; a change costs a copy of the list's pointers.
+// Changes need a thread of their own.
 class DonationTable final {
  public:
   DonationTable() = default;
@@ -35,9 +36,18 @@ class DonationTable final {
   [[nodiscard]] const std::shared_ptr<const DonationValues>& snapshot() const { return rows; }
 
  private:
+  // A place in the index: of the row with this hash of its identifier, or free.
+  struct Slot final {
+    std::uint32_t hash = 0;
+    std::uint32_t rowAndOne = 0;  // 0 while free
+  };
+
+  [[nodiscard]] std::size_t positionFor(const DonationValues& held, const ComparisonKey& key) const;
+  void indexAll(const DonationValues& held, std::size_t capacity);
+
   std::shared_ptr<const DonationValues> rows = std::make_shared<const DonationValues>();
-  // From an identifier's comparison key, which the row owns, to the row's place.
-  std::unordered_map<std::string_view, std::size_t> index;
+  // Open-addressed by the hash; its size is a power of two and at most two thirds of it are taken.
+  std::vector<Slot> index = std::vector<Slot>(4);
 };
 
 }  // namespace quenlet

@@ -68,7 +68,7 @@ void Corvel::rejectValuesWithClusterIdentifier(std::string clusterIdentifier,
   submitWriterBlock([rejection = std::move(rejection)](Corvel& agent) {
     const std::string key = canonicalKey(rejection.identifier);
     agent.rejectValues(agent.valuesWhere([&key](const DonationValue& row) {
-      return row.keys().clusterIdentifier == key;
+      return row.clusterKey().text == key;
     }),
                        rejection);
   });

@@ -29,7 +29,7 @@ void printRenewal(std::optional<Date> newExpirationDate, const ErrorPtr& error) 
 void Corvel::renewWithDonations(const DonationValues& values) {
   DonationValues external;
   for (const DonationValuePtr& value : values) {
-    if (!internalBundleIdentifiers.contains(value->keys().bundleIdentifier)) {
+    if (!internalBundleIdentifiers.contains(std::string(value->bundleKey().text))) {
       external.push_back(value);
     }
   }
@@ -45,7 +45,7 @@ void Corvel::renewWithDonations(const DonationValues& values) {
 void Corvel::askDonorsToRenew(const DonationValues& values, std::uint64_t deletionsBefore) {
   std::map<std::string, DonationValues> groups;
   for (const DonationValuePtr& value : values) {
-    groups[value->keys().bundleIdentifier].push_back(value);
+    groups[std::string(value->bundleKey().text)].push_back(value);
   }
   const auto loader = PlatformServices::current().makeDonorLoader(weak_from_this());
   for (const auto& [key, group] : groups) {

@@ -16,32 +16,30 @@ CollectedSuppressionResult::CollectedSuppressionResult(
 
 void CollectedSuppressionResult::collect(const DonationValue& donation) {
   if (!donation.isName()) return;
-  const ComparisonKeys& keys = donation.keys();
   if (const auto* curated = status.as<NameSuppressionStatus::Curated>()) {
-    if (keys.name != curated->name) suppressDonor(keys);
+    if (!donation.hasNameKey(curated->name)) suppressDonor(donation);
   } else if (status.as<NameSuppressionStatus::None>()) {
-    status = NameSuppressionStatus(NameSuppressionStatus::OneDonation{keys.name});
+    status = NameSuppressionStatus(NameSuppressionStatus::OneDonation{donation.nameKey()});
   } else if (const auto* first = status.as<NameSuppressionStatus::OneDonation>()) {
-    if (keys.name != first->name) {
+    if (!donation.hasNameKey(first->name)) {
       status = NameSuppressionStatus(NameSuppressionStatus::DifferentDonations{});
     }
   }
 }
 
-void CollectedSuppressionResult::suppressDonor(const ComparisonKeys& keys) {
-  if (keys.clusterIdentifier.empty()) {
-    bundleIDs.insert(keys.bundleIdentifier);
+void CollectedSuppressionResult::suppressDonor(const DonationValue& donation) {
+  if (const ComparisonKey cluster = donation.clusterKey(); cluster.text.empty()) {
+    bundleIDs.insert(donation.bundleKey());
   } else {
-    clusterIDs.insert(keys.clusterIdentifier);
+    clusterIDs.insert(cluster);
   }
 }
 
 bool CollectedSuppressionResult::keeps(const DonationValue& donation) const {
-  const ComparisonKeys& keys = donation.keys();
-  if (!bundleIDs.empty() && bundleIDs.contains(keys.bundleIdentifier)) return false;
-  if (!clusterIDs.empty() && !keys.clusterIdentifier.empty() &&
-      clusterIDs.contains(keys.clusterIdentifier)) {
-    return false;
+  if (!bundleIDs.empty() && bundleIDs.contains(donation.bundleKey())) return false;
+  if (!clusterIDs.empty()) {
+    const ComparisonKey cluster = donation.clusterKey();
+    if (!cluster.text.empty() && clusterIDs.contains(cluster)) return false;
   }
   const bool namesMayStay =
       status.as<NameSuppressionStatus::OneDonation>() || status.as<NameSuppressionStatus::None>();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <unordered_set>
 
 #include "mecard/NameSuppressionStatus.h"
@@ -11,11 +10,14 @@ namespace quenlet {
 
 // Which donors are silenced, and whether donated names may be used at all. Collect every donation
 // first, in the order of the list, then ask keeps() for each. A value type; one thread at a time.
+// Does not own the donations, whose identifiers it holds.
 //
 // A donor whose name contradicts the curated one talks about somebody else: all that comes from the
 // same cluster, or from the same app where the donation has no cluster, is left out.
 class CollectedSuppressionResult final {
  public:
+  using Identifiers = std::unordered_set<ComparisonKey, ComparisonKeyHash>;
+
   explicit CollectedSuppressionResult(const std::optional<PersonNameComponents>& curatedName);
 
   void collect(const DonationValue& donation);
@@ -23,19 +25,15 @@ class CollectedSuppressionResult final {
 
   [[nodiscard]] const NameSuppressionStatus& nameStatus() const { return status; }
   // Identifiers in the form in which they are compared.
-  [[nodiscard]] const std::unordered_set<std::string>& suppressedBundleIDs() const {
-    return bundleIDs;
-  }
-  [[nodiscard]] const std::unordered_set<std::string>& suppressedClusterIDs() const {
-    return clusterIDs;
-  }
+  [[nodiscard]] const Identifiers& suppressedBundleIDs() const { return bundleIDs; }
+  [[nodiscard]] const Identifiers& suppressedClusterIDs() const { return clusterIDs; }
 
  private:
-  void suppressDonor(const ComparisonKeys& keys);
+  void suppressDonor(const DonationValue& donation);
 
   NameSuppressionStatus status;
-  std::unordered_set<std::string> bundleIDs;
-  std::unordered_set<std::string> clusterIDs;
+  Identifiers bundleIDs;
+  Identifiers clusterIDs;
 };
 
 }  // namespace quenlet

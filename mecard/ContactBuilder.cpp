@@ -1,13 +1,23 @@
 #include "mecard/ContactBuilder.h"
 
+#include <numeric>
+
 #include "mecard/DonationVisitor.h"
 
 namespace quenlet {
 
 Contact ContactBuilder::build() const {
-  DonationVisitor visitor(donations.size());
-  for (const DonationValuePtr& donation : donations) {
-    donation->acceptDonationValueVisitor(visitor);
+  std::vector<std::uint32_t> places(donations.size());
+  std::iota(places.begin(), places.end(), 0);
+  return build(std::make_shared<const DonationValues>(donations), places);
+}
+
+Contact ContactBuilder::build(const std::shared_ptr<const DonationValues>& donations,
+                              const std::vector<std::uint32_t>& places) {
+  DonationVisitor visitor(donations, places.size());
+  for (const std::uint32_t place : places) {
+    prefetchDonation(*donations, place);
+    visitor.visit(place);
   }
   return std::move(visitor).takeContact();
 }

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <memory>
+#include <vector>
+
 #include "model/DonationValue.h"
 #include "platform/contacts/Contact.h"
 
@@ -12,8 +16,13 @@ class ContactBuilder final {
  public:
   void addWithDonatedValue(DonationValuePtr value) { donations.push_back(std::move(value)); }
   // The contact of all values added so far, in the order in which they were added. Each call builds
-  // anew. The contact shares the entries of the records.
+  // anew. The contact shares the records.
   [[nodiscard]] Contact build() const;
+
+  // The contact of the values at these places, without adding them to a builder. The contact shares
+  // the list.
+  [[nodiscard]] static Contact build(const std::shared_ptr<const DonationValues>& donations,
+                                     const std::vector<std::uint32_t>& places);
 
  private:
   DonationValues donations;

@@ -1,38 +1,51 @@
 #include "mecard/ContactRebuilder.h"
 
-#include "mecard/CollectedSuppressionResult.h"
+#include <numeric>
+
 #include "mecard/ContactBuilder.h"
 #include "mecard/EmailAddressCollector.h"
 
 namespace quenlet {
 
-ContactRebuilder::ContactRebuilder(DonationValues donations,
+ContactRebuilder::ContactRebuilder(std::shared_ptr<const DonationValues> donations,
                                    std::optional<PersonNameComponents> curatedName,
                                    std::vector<std::string> curatedEmailAddresses)
-    : remaining(std::move(donations)),
+    : all(std::move(donations)),
+      remaining(all->size()),
       name(std::move(curatedName)),
-      emailAddresses(std::move(curatedEmailAddresses)) {}
+      emailAddresses(std::move(curatedEmailAddresses)) {
+  std::iota(remaining.begin(), remaining.end(), 0);
+}
 
-void ContactRebuilder::dropNames() {
+CollectedSuppressionResult ContactRebuilder::collectSuppression() const {
   CollectedSuppressionResult suppression(name);
-  for (const DonationValuePtr& donation : remaining) suppression.collect(*donation);
-  std::erase_if(remaining, [&suppression](const DonationValuePtr& donation) {
-    return !suppression.keeps(*donation);
+  for (std::size_t place = 0; place < all->size(); ++place) {
+    prefetchDonation(*all, place);
+    suppression.collect(*(*all)[place]);
+  }
+  return suppression;
+}
+
+// Both stages in one pass: what the first drops, the second need not see.
+void ContactRebuilder::dropContradictingAndRepeating() {
+  const CollectedSuppressionResult suppression = collectSuppression();
+  const EmailAddressCollector collector(emailAddresses);
+  std::erase_if(remaining, [&](std::uint32_t place) {
+    prefetchDonation(*all, place);
+    const DonationValue& donation = *(*all)[place];
+    return !suppression.keeps(donation) || !collector.collects(donation);
   });
 }
 
-void ContactRebuilder::dropCuratedEmailAddresses() {
-  EmailAddressCollector collector(emailAddresses);
-  for (const DonationValuePtr& donation : remaining) collector.visit(*donation);
-  remaining = std::move(collector).takeDonations();
+Contact ContactRebuilder::buildNewContact() {
+  dropContradictingAndRepeating();
+  return ContactBuilder::build(all, remaining);
 }
 
-Contact ContactRebuilder::buildNewContact() {
-  dropNames();
-  dropCuratedEmailAddresses();
-  ContactBuilder builder;
-  for (const DonationValuePtr& donation : remaining) builder.addWithDonatedValue(donation);
-  return builder.build();
+DonationValues ContactRebuilder::filteredDonations() const {
+  DonationValues donations;
+  for (const std::uint32_t place : remaining) donations.push_back((*all)[place]);
+  return donations;
 }
 
 }  // namespace quenlet

@@ -1,32 +1,37 @@
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "mecard/CollectedSuppressionResult.h"
 #include "model/DonationValue.h"
 #include "platform/contacts/Contact.h"
 
 namespace quenlet {
 
 // Makes the donated me card: leaves out what contradicts or repeats the curated card, and builds a
-// contact from the rest. Serves one rebuild; one thread at a time. The order of the donations is
-// kept; time and memory are linear in their number.
+// contact from the rest, which shares the list of donations. Serves one rebuild; one thread at a
+// time. The order of the donations is kept; time and memory are linear in their number.
 class ContactRebuilder final {
  public:
-  ContactRebuilder(DonationValues donations, std::optional<PersonNameComponents> curatedName,
+  ContactRebuilder(std::shared_ptr<const DonationValues> donations,
+                   std::optional<PersonNameComponents> curatedName,
                    std::vector<std::string> curatedEmailAddresses);
 
   [[nodiscard]] Contact buildNewContact();
 
   // All donations at first; after buildNewContact() those that went into the contact.
-  [[nodiscard]] const DonationValues& filteredDonations() const { return remaining; }
+  [[nodiscard]] DonationValues filteredDonations() const;
 
  private:
-  void dropNames();
-  void dropCuratedEmailAddresses();
+  [[nodiscard]] CollectedSuppressionResult collectSuppression() const;
+  void dropContradictingAndRepeating();
 
-  DonationValues remaining;
+  const std::shared_ptr<const DonationValues> all;
+  std::vector<std::uint32_t> remaining;  // places in the list
   std::optional<PersonNameComponents> name;
   std::vector<std::string> emailAddresses;
 };

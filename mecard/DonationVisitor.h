@@ -1,44 +1,58 @@
 #pragma once
 
-#include <string_view>
-#include <unordered_set>
+#include <cstdint>
+#include <memory>
+#include <vector>
 
-#include "model/DonationValueVisitor.h"
+#include "model/DonationValue.h"
 #include "platform/contacts/Contact.h"
 
 namespace quenlet {
 
-// Fills one contact from the records that it visits, which must outlive it. Lives for one
-// ContactBuilder::build().
-//
-// One set of keys finds duplicates among e-mail addresses, phone numbers and postal addresses
-// alike. Keys are the records' own, so that a visit makes no text.
-class DonationVisitor final : public DonationValueVisitor {
+// The keys of the entries that a card has so far: an open-addressed table of the places of their
+// donations, so that a look-up touches one record at most but for chance.
+class VisitedKeys final {
  public:
-  explicit DonationVisitor(std::size_t expectedDonations) {
-    visitedValues.reserve(expectedDonations);
-  }
+  explicit VisitedKeys(std::size_t expectedKeys);
 
-  [[nodiscard]] Contact takeContact() && { return std::move(contact).contact(); }
-
-  void visitDonationValue(const DonationValue& donation,
-                          const PersonNameComponents& nameComponents) override;
-  void visitDonationValue(const DonationValue& donation, const std::string& emailAddress,
-                          const std::string& label) override;
-  void visitDonationValue(const DonationValue& donation, const PhoneNumber& phoneNumber,
-                          const std::string& label) override;
-  void visitDonationValue(const DonationValue& donation, const PostalAddress& postalAddress,
-                          PostalAddressStyle style, const std::string& label) override;
-  void visitDonationValue(const DonationValue& donation,
-                          const std::shared_ptr<const std::string>& imageData) override;
+  // Whether the donation at `place` of `donations`, which has an entry key, is the first with it
+  // that is added.
+  [[nodiscard]] bool add(const DonationValues& donations, std::uint32_t place);
 
  private:
-  // Whether an entry with that record's key has not been visited before; an entry without a key
-  // never has.
-  [[nodiscard]] bool isFirstVisit(const DonationValue& donation);
+  struct Slot final {
+    std::uint32_t hash = 0;
+    std::uint32_t placeAndOne = 0;  // 0 for none
+  };
+  std::vector<Slot> slots;
+};
 
+// Fills one contact from donations, which it shares. Lives for one build of a contact; one thread
+// at a time.
+//
+// One set of keys finds duplicates among e-mail addresses, phone numbers and postal addresses
+// alike. Keys are the records' own, so that a visit makes no text; the contact's entries are made
+// when they are looked at.
+class DonationVisitor final {
+ public:
+  DonationVisitor(std::shared_ptr<const DonationValues> donations, std::size_t expectedVisits);
+
+  // Visits the donation at `place`.
+  void visit(std::uint32_t place);
+  [[nodiscard]] Contact takeContact() &&;
+
+ private:
+  using Entries = std::vector<const DonationValue*>;
+
+  void visitNameComponents(const DonationValue& donation);
+  void visitEntry(std::uint32_t place, const DonationValue& donation, Entries& entries);
+
+  std::shared_ptr<const DonationValues> visited;
+  VisitedKeys visitedValues;
   MutableContact contact;
-  std::unordered_set<std::string_view> visitedValues;
+  Entries emailAddresses;
+  Entries phoneNumbers;
+  Entries postalAddresses;
 };
 
 }  // namespace quenlet

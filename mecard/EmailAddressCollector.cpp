@@ -9,39 +9,19 @@ EmailAddressCollector::EmailAddressCollector(
     const std::vector<std::string>& blacklistedEmailAddresses) {
   for (const std::string& curated : blacklistedEmailAddresses) {
     for (const std::string& alias : EmailAddressExpandAliasedDomains(curated)) {
-      blacklist.insert(canonicalKey(EmailAddressNormalize(alias)));
+      const std::string normalized = EmailAddressNormalize(alias);
+      blacklist.insert(canonicalKey(normalized));
+      foldedHashes.insert(ComparisonKey::hashOf(canonicalKey(lowercased(normalized))));
     }
   }
 }
 
-void EmailAddressCollector::visit(const DonationValue& donation) {
-  donation.acceptDonationValueVisitor(*this);
-}
-
-void EmailAddressCollector::visitDonationValue(const DonationValue& donation,
-                                               const PersonNameComponents&) {
-  collected.push_back(donation.shared_from_this());
-}
-
-void EmailAddressCollector::visitDonationValue(const DonationValue& donation, const std::string&,
-                                               const std::string&) {
-  if (!blacklist.empty() && blacklist.contains(donation.keys().emailAddress)) return;
-  collected.push_back(donation.shared_from_this());
-}
-
-void EmailAddressCollector::visitDonationValue(const DonationValue& donation, const PhoneNumber&,
-                                               const std::string&) {
-  collected.push_back(donation.shared_from_this());
-}
-
-void EmailAddressCollector::visitDonationValue(const DonationValue& donation, const PostalAddress&,
-                                               PostalAddressStyle, const std::string&) {
-  collected.push_back(donation.shared_from_this());
-}
-
-void EmailAddressCollector::visitDonationValue(const DonationValue& donation,
-                                               const std::shared_ptr<const std::string>&) {
-  collected.push_back(donation.shared_from_this());
+bool EmailAddressCollector::collects(const DonationValue& donation) const {
+  if (donation.kind() != DonationKind::emailAddress || blacklist.empty()) return true;
+  // The address itself is read for few: an equal one has an equal key.
+  const std::optional<ComparisonKey> key = donation.entryKey();
+  if (!key || !foldedHashes.contains(key->hash)) return true;
+  return !blacklist.contains(canonicalKey(donation.emailEntry()->value));
 }
 
 }  // namespace quenlet

@@ -13,7 +13,12 @@ std::optional<std::string> foldedKey(const std::optional<std::string>& text) {
 }  // namespace
 
 NameKey NameKey::keyForName(const PersonNameComponents& name) {
-  return {foldedKey(name.givenName), foldedKey(name.familyName)};
+  const std::optional<std::string> givenName = foldedKey(name.givenName);
+  const std::optional<std::string> familyName = foldedKey(name.familyName);
+  // The size tells where one ends and the other begins.
+  std::string key = givenName ? std::to_string(givenName->size()) + ":" + *givenName : "-";
+  if (familyName) key += "+" + *familyName;
+  return {std::move(key)};
 }
 
 }  // namespace quenlet

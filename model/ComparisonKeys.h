@@ -1,35 +1,44 @@
 #pragma once
 
-#include <optional>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "platform/contacts/PersonNameComponents.h"
 
 namespace quenlet {
 
-// What two names are compared by when it matters whether they are the same person's: given and
-// family name, lower-cased, in canonical form. An absent name equals only an absent one. A value
-// type.
+// A text in the form in which it is compared, with its hash, so that a look-up reads the text only
+// to confirm a find. Does not own the text. A value type.
+struct ComparisonKey final {
+  std::string_view text;
+  std::uint32_t hash = 0;
+
+  [[nodiscard]] static std::uint32_t hashOf(std::string_view text) {
+    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(text));
+  }
+  [[nodiscard]] static ComparisonKey of(std::string_view text) { return {text, hashOf(text)}; }
+
+  friend bool operator==(const ComparisonKey& a, const ComparisonKey& b) {
+    return a.hash == b.hash && a.text == b.text;
+  }
+};
+
+// For hash tables of such keys.
+struct ComparisonKeyHash final {
+  std::size_t operator()(const ComparisonKey& key) const { return key.hash; }
+};
+
+// What two names are compared by when it matters whether they are the same person's: one text of
+// given and family name, lower-cased, in canonical form. An absent name equals only an absent one.
+// A value type.
 struct NameKey final {
-  std::optional<std::string> givenName;
-  std::optional<std::string> familyName;
+  std::string text;
 
   [[nodiscard]] static NameKey keyForName(const PersonNameComponents& name);
   friend bool operator==(const NameKey&, const NameKey&) = default;
-};
-
-// The texts of one donation in the forms in which they are compared, made once with the record, so
-// that looking for equals is a comparison of bytes.
-struct ComparisonKeys final {
-  std::string bundleIdentifier;
-  std::string donationIdentifier;
-  std::string clusterIdentifier;  // empty for none
-  // By which the donated card finds duplicates of an entry; nothing for names, images and addresses
-  // without text.
-  std::optional<std::string> entry;
-  // By which the curated card's addresses are left out: an e-mail address as it was donated.
-  std::string emailAddress;
-  NameKey name;
 };
 
 }  // namespace quenlet

@@ -1,148 +1,203 @@
 #include "model/DonationValue.h"
 
+#include <algorithm>
+
 #include "model/ValueCaster.h"
-#include "platform/contacts/PostalAddressFormatter.h"
+#include "platform/foundation/PropertyListSerializer.h"
+#include "platform/foundation/PropertyListWriter.h"
 #include "platform/foundation/Text.h"
+
+// A block holds the texts of its records, one behind the other, and then the keys that are no part
+// of a text. A save writes neighbouring records of a block in one go. A block lives as long as the
+// last of its records, so that it must not be large.
 
 namespace quenlet {
 namespace {
 
-std::shared_ptr<const DonationOrigin> share(DonationOrigin origin) {
-  return std::make_shared<const DonationOrigin>(std::move(origin));
+constexpr std::size_t enoughForBlockInBytes = std::size_t{1} << 16;
+
+std::shared_ptr<const char[]> makeBlock(std::string_view texts, std::string_view furtherKeys) {
+  auto block = std::make_shared_for_overwrite<char[]>(texts.size() + furtherKeys.size());
+  std::copy(texts.begin(), texts.end(), block.get());
+  std::copy(furtherKeys.begin(), furtherKeys.end(), block.get() + texts.size());
+  return block;
 }
 
-DonationValuePtr makeRecord(DonationValue::Content content,
-                            std::shared_ptr<const DonationOrigin> origin) {
-  return std::make_shared<const DonationValue>(std::move(content), std::move(origin));
+template <typename T>
+std::shared_ptr<const LabeledValue<T>> makeEntry(T value, std::string label,
+                                                 DonationOrigin origin) {
+  return std::make_shared<const LabeledValue<T>>(
+      LabeledValue<T>{std::move(label),
+                      std::move(value),
+                      {std::make_shared<const DonationOrigin>(std::move(origin))}});
 }
 
-// Completes the keys by those of the content.
-struct ContentKeys final {
-  ComparisonKeys& keys;
+// Each kind of content with the arguments of its visit.
+struct Visit final {
+  const DonationValue& donation;
+  DonationValueVisitor& visitor;
 
-  void operator()(const PersonNameComponents& name) const { keys.name = NameKey::keyForName(name); }
-  void operator()(const LabeledValue<std::string>& entry) const {
-    keys.emailAddress = canonicalKey(entry.value);
-    keys.entry = canonicalKey(lowercased(entry.value));
+  void operator()(const PersonNameComponents& name) const {
+    visitor.visitDonationValue(donation, name);
   }
-  void operator()(const LabeledValue<PhoneNumber>& entry) const {
-    keys.entry = canonicalKey(entry.value.stringValue());
+  void operator()(const Value::EmailAddress& email) const {
+    visitor.visitDonationValue(donation, email.address, email.label);
   }
-  void operator()(const DonationValue::Postal& postal) const {
-    const std::optional<std::string> line =
-        PostalAddressFormatter::singleLineStringFromPostalAddress(postal.entry.value,
-                                                                  CountryName::leftOut);
-    if (line) keys.entry = canonicalKey(lowercased(*line));
+  void operator()(const Value::PhoneNumber& phone) const {
+    visitor.visitDonationValue(donation, *PhoneNumber::withStringValue(phone.number), phone.label);
   }
-  void operator()(const DonationValue::Image&) const {}
+  void operator()(const Value::PostalAddress& postal) const {
+    visitor.visitDonationValue(donation, postal.address, postal.style, postal.label);
+  }
+  void operator()(const Value::ImageData& image) const {
+    visitor.visitDonationValue(donation, image.bytes);
+  }
 };
-
-ComparisonKeys makeKeys(const DonationValue::Content& content, const DonationOrigin& origin) {
-  ComparisonKeys keys;
-  keys.bundleIdentifier = canonicalKey(origin.bundleIdentifier);
-  keys.donationIdentifier = canonicalKey(origin.donationIdentifier);
-  keys.clusterIdentifier = canonicalKey(origin.clusterIdentifier.value_or(""));
-  std::visit(ContentKeys{keys}, content);
-  return keys;
-}
 
 }  // namespace
 
-DonationValue::DonationValue(Content kindAndContent, std::shared_ptr<const DonationOrigin> origin)
-    : originRecord(std::move(origin)),
-      content(std::move(kindAndContent)),
-      comparisonKeys(makeKeys(content, *originRecord)) {}
-
 DonationValuePtr DonationValue::donationValueWithNameComponents(PersonNameComponents name,
                                                                 DonationOrigin origin) {
-  return makeRecord(std::move(name), share(std::move(origin)));
+  return makeRecord({std::move(name), std::move(origin)});
 }
 
 DonationValuePtr DonationValue::donationValueWithEmailAddress(std::string emailAddress,
                                                               std::string label,
                                                               DonationOrigin origin) {
-  auto shared = share(std::move(origin));
-  return makeRecord(LabeledValue<std::string>{std::move(label), std::move(emailAddress), {shared}},
-                    shared);
+  return makeRecord(
+      {Value::EmailAddress{std::move(emailAddress), std::move(label)}, std::move(origin)});
 }
 
 DonationValuePtr DonationValue::donationValueWithPhoneNumber(PhoneNumber phoneNumber,
                                                              std::string label,
                                                              DonationOrigin origin) {
-  auto shared = share(std::move(origin));
-  return makeRecord(LabeledValue<PhoneNumber>{std::move(label), std::move(phoneNumber), {shared}},
-                    shared);
+  return makeRecord(
+      {Value::PhoneNumber{phoneNumber.stringValue(), std::move(label)}, std::move(origin)});
 }
 
 DonationValuePtr DonationValue::donationValueWithPostalAddress(PostalAddress postalAddress,
                                                                PostalAddressStyle style,
                                                                std::string label,
                                                                DonationOrigin origin) {
-  auto shared = share(std::move(origin));
-  LabeledValue<PostalAddress> entry{std::move(label), std::move(postalAddress), {shared}};
-  return makeRecord(Postal{std::move(entry), style}, shared);
+  return makeRecord(
+      {Value::PostalAddress{std::move(postalAddress), style, std::move(label)}, std::move(origin)});
 }
 
 DonationValuePtr DonationValue::donationValueWithImageData(std::string imageData,
                                                            DonationOrigin origin) {
-  return makeRecord(Image{std::make_shared<const std::string>(std::move(imageData))},
-                    share(std::move(origin)));
+  return makeRecord({Value::ImageData{std::make_shared<const std::string>(std::move(imageData))},
+                     std::move(origin)});
+}
+
+DonationValuePtr DonationValue::makeRecord(DecodedDonation donation) {
+  DigestMaker maker;
+  DonationDigest digest;
+  PropertyListWriter writer;
+  writer.value(propertyListRepresentationOf(donation));
+  const Result<std::string> written = std::move(writer).takeText();
+  const std::string_view text = written.isLeft() ? std::string_view(written.left()) : "";
+  const auto fields = DonationTextReader(text).takeRecord();
+  digest = fields ? maker.digestOfText(*fields, text) : maker.digestOfDonation(donation);
+  DigestMaker::place(digest, digest.textSize);
+  const auto block = makeBlock(text.substr(0, digest.textSize), maker.furtherKeys());
+  std::unique_ptr<const DecodedDonation> kept;
+  if (!fields || fields->kind == DonationKind::imageData) {
+    kept = std::make_unique<const DecodedDonation>(std::move(donation));
+  }
+  return std::make_shared<const DonationValue>(
+      digest, std::shared_ptr<const char>(block, block.get()), std::move(kept));
+}
+
+bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationValues& values) {
+  DigestMaker maker;
+  DonationTextReader reader(texts);
+  std::vector<DonationDigest> digests;
+  std::vector<std::unique_ptr<const DecodedDonation>> images;
+  std::size_t size = 0;
+  while (size < enoughForBlockInBytes && reader.remainder().starts_with("<dict>")) {
+    const std::string_view start = reader.remainder();
+    const std::optional<DonationFields> fields = reader.takeRecord();
+    if (!fields || !fields->areValid()) return false;
+    const std::size_t textSize = start.size() - reader.remainder().size();
+    digests.push_back(maker.digestOfText(*fields, start.substr(0, textSize)));
+    if (fields->kind == DonationKind::imageData) {
+      images.push_back(std::make_unique<const DecodedDonation>(fields->decoded()));
+    }
+    size += textSize;
+  }
+  if (digests.empty()) return false;
+  const auto block = makeBlock(texts.substr(0, size), maker.furtherKeys());
+  auto nextImage = images.begin();
+  std::size_t offset = 0;
+  for (DonationDigest& digest : digests) {
+    DigestMaker::place(digest, static_cast<std::uint32_t>(size - offset));
+    const bool isImage = digest.kind == DonationKind::imageData;
+    values.push_back(std::make_shared<const DonationValue>(
+        digest, std::shared_ptr<const char>(block, block.get() + offset),
+        isImage ? std::move(*nextImage++) : nullptr));
+    offset += digest.textSize;
+  }
+  texts.remove_prefix(size);
+  return true;
+}
+
+DecodedDonation DonationValue::decoded() const {
+  if (kept) return *kept;
+  return DonationTextReader(text({0, digest.textSize})).takeRecord()->decoded();
 }
 
 DonationValuePtr DonationValue::copyWithNewExpirationDate(Date expirationDate) const {
-  DonationOrigin changed = *originRecord;
-  changed.expirationDate = expirationDate;
-  auto shared = share(std::move(changed));
-  Content copy = content;
-  if (auto* email = std::get_if<LabeledValue<std::string>>(&copy)) {
-    email->storeInfo = {shared};
-  } else if (auto* phone = std::get_if<LabeledValue<PhoneNumber>>(&copy)) {
-    phone->storeInfo = {shared};
-  } else if (auto* postal = std::get_if<Postal>(&copy)) {
-    postal->entry.storeInfo = {shared};
-  }
-  return makeRecord(std::move(copy), std::move(shared));
+  DecodedDonation copy = decoded();
+  copy.origin.expirationDate = expirationDate;
+  return makeRecord(std::move(copy));
 }
 
 void DonationValue::acceptDonationValueVisitor(DonationValueVisitor& visitor) const {
-  struct Call final {
-    const DonationValue& donation;
-    DonationValueVisitor& visitor;
-
-    void operator()(const PersonNameComponents& name) const {
-      visitor.visitDonationValue(donation, name);
-    }
-    void operator()(const LabeledValue<std::string>& entry) const {
-      visitor.visitDonationValue(donation, entry.value, entry.label);
-    }
-    void operator()(const LabeledValue<PhoneNumber>& entry) const {
-      visitor.visitDonationValue(donation, entry.value, entry.label);
-    }
-    void operator()(const Postal& postal) const {
-      visitor.visitDonationValue(donation, postal.entry.value, postal.style, postal.entry.label);
-    }
-    void operator()(const Image& image) const { visitor.visitDonationValue(donation, image.bytes); }
-  };
-  std::visit(Call{*this, visitor}, content);
+  std::visit(Visit{*this, visitor}, decoded().content);
 }
 
 Value DonationValue::value() const { return *ValueCaster(*this).value(); }
 
 std::shared_ptr<const LabeledValue<std::string>> DonationValue::emailEntry() const {
-  return {shared_from_this(), std::get_if<LabeledValue<std::string>>(&content)};
+  if (kind() != DonationKind::emailAddress) return nullptr;
+  DecodedDonation donation = decoded();
+  auto& email = std::get<Value::EmailAddress>(donation.content);
+  return makeEntry(std::move(email.address), std::move(email.label), std::move(donation.origin));
 }
 
 std::shared_ptr<const LabeledValue<PhoneNumber>> DonationValue::phoneEntry() const {
-  return {shared_from_this(), std::get_if<LabeledValue<PhoneNumber>>(&content)};
+  if (kind() != DonationKind::phoneNumber) return nullptr;
+  DecodedDonation donation = decoded();
+  auto& phone = std::get<Value::PhoneNumber>(donation.content);
+  return makeEntry(*PhoneNumber::withStringValue(phone.number), std::move(phone.label),
+                   std::move(donation.origin));
 }
 
 std::shared_ptr<const LabeledValue<PostalAddress>> DonationValue::postalEntry() const {
-  const auto* postal = std::get_if<Postal>(&content);
-  return {shared_from_this(), postal ? &postal->entry : nullptr};
+  if (kind() != DonationKind::postalAddress) return nullptr;
+  DecodedDonation donation = decoded();
+  auto& postal = std::get<Value::PostalAddress>(donation.content);
+  return makeEntry(std::move(postal.address), std::move(postal.label), std::move(donation.origin));
+}
+
+std::optional<PersonNameComponents> DonationValue::nameComponents() const {
+  if (!isName()) return std::nullopt;
+  return std::get<PersonNameComponents>(decoded().content);
+}
+
+std::shared_ptr<const std::string> DonationValue::imageData() const {
+  if (kind() != DonationKind::imageData) return nullptr;
+  return std::get<Value::ImageData>(kept->content).bytes;
 }
 
 bool operator==(const DonationValue& a, const DonationValue& b) {
-  return *a.originRecord == *b.originRecord && a.content == b.content;
+  const DecodedDonation left = a.decoded();
+  const DecodedDonation right = b.decoded();
+  if (!(left.origin == right.origin)) return false;
+  const auto* image = std::get_if<Value::ImageData>(&left.content);
+  const auto* other = std::get_if<Value::ImageData>(&right.content);
+  if (image && other) return *image->bytes == *other->bytes;
+  return a.value() == b.value();
 }
 
 }  // namespace quenlet

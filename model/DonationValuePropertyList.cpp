@@ -18,20 +18,20 @@ struct ContentWriter final {
   void operator()(const PersonNameComponents& name) const {
     entries.emplace(DonationValueNameComponentsKey, name.dictionaryRepresentation());
   }
-  void operator()(const LabeledValue<std::string>& entry) const {
-    entries.emplace(DonationValueEmailAddressKey, entry.value);
-    entries.emplace(DonationValueLabelKey, entry.label);
+  void operator()(const Value::EmailAddress& email) const {
+    entries.emplace(DonationValueEmailAddressKey, email.address);
+    entries.emplace(DonationValueLabelKey, email.label);
   }
-  void operator()(const LabeledValue<PhoneNumber>& entry) const {
-    entries.emplace(DonationValuePhoneNumberKey, entry.value.stringValue());
-    entries.emplace(DonationValueLabelKey, entry.label);
+  void operator()(const Value::PhoneNumber& phone) const {
+    entries.emplace(DonationValuePhoneNumberKey, phone.number);
+    entries.emplace(DonationValueLabelKey, phone.label);
   }
-  void operator()(const DonationValue::Postal& postal) const {
-    entries.emplace(DonationValuePostalAddressKey, postal.entry.value.dictionaryRepresentation());
+  void operator()(const Value::PostalAddress& postal) const {
+    entries.emplace(DonationValuePostalAddressKey, postal.address.dictionaryRepresentation());
     entries.emplace(styleKey, static_cast<std::int64_t>(postal.style));
-    entries.emplace(DonationValueLabelKey, postal.entry.label);
+    entries.emplace(DonationValueLabelKey, postal.label);
   }
-  void operator()(const DonationValue::Image& image) const {
+  void operator()(const Value::ImageData& image) const {
     entries.emplace(imageDataKey, Data{*image.bytes});
   }
 };
@@ -78,20 +78,16 @@ DonationValuePtr postalRecord(const PropertyList& content, const std::string* la
 
 }  // namespace
 
-PropertyListDictionary DonationValue::propertyListRepresentation() const {
+PropertyListDictionary DonationValue::propertyListRepresentationOf(
+    const DecodedDonation& donation) {
   PropertyListDictionary entries;
-  std::visit(ContentWriter{entries}, content);
-  entries.emplace(originKey, originRecord->dictionaryRepresentation());
+  std::visit(ContentWriter{entries}, donation.content);
+  entries.emplace(originKey, donation.origin.dictionaryRepresentation());
   return entries;
 }
 
-const Result<PropertyListFragment>& DonationValue::propertyListText() const {
-  std::call_once(textIsMade, [this] {
-    PropertyListWriter writer;
-    writer.value(propertyListRepresentation());
-    text.emplace(std::move(writer).takeFragment());
-  });
-  return *text;
+PropertyListDictionary DonationValue::propertyListRepresentation() const {
+  return propertyListRepresentationOf(decoded());
 }
 
 DonationValuePtr DonationValue::initWithPropertyListRepresentation(

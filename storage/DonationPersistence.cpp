@@ -32,6 +32,15 @@ struct Reading final {
 template <typename T>
 using Interpretation = Reading<T> (*)(const PropertyListDictionary&);
 
+// What can be said of a file's bytes without the general reader; nothing if that has to be asked.
+template <typename T>
+using Shortcut = std::optional<T> (*)(std::string_view);
+
+template <typename T>
+std::optional<T> noShortcut(std::string_view) {
+  return std::nullopt;
+}
+
 Result<PropertyList> parseDictionary(const std::string& bytes) {
   Result<PropertyList> parsed = PropertyListSerializer::objectWithData(bytes);
   if (parsed.isLeft() && !parsed.left().dictionary()) {
@@ -45,11 +54,14 @@ Result<PropertyList> parseDictionary(const std::string& bytes) {
 // kept.
 template <typename T>
 Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
-               Interpretation<T> interpret) {
+               Interpretation<T> interpret, Shortcut<T> shortcut = &noShortcut<T>) {
   const Result<std::filesystem::path> url = fileLocation(name);
   if (!url.isLeft()) return Future<T>::futureWithResult(T{});
   return dataProxy->dataWithContentsOfURL(url.left())
-      .flatMap([interpret, dataProxy, path = url.left()](const std::string& bytes) {
+      .flatMap([interpret, shortcut, dataProxy, path = url.left()](const std::string& bytes) {
+        if (std::optional<T> result = shortcut(bytes)) {
+          return Future<T>::futureWithResult(*std::move(result));
+        }
         const Result<PropertyList> parsed = parseDictionary(bytes);
         if (!parsed.isLeft()) return Future<T>::futureWithError(parsed.right());
         Reading<T> reading = interpret(*parsed.left().dictionary());
@@ -111,32 +123,92 @@ Reading<ExtensionVersions> readVersions(const PropertyListDictionary& contents) 
   return reading;
 }
 
+// What stands before and behind the texts of the records in the donations file.
+struct Frame final {
+  Frame() {
+    constexpr std::string_view listTag = "<array>\n";
+    PropertyListWriter writer;
+    writer.beginDocument();
+    writer.beginDictionary();
+    writer.key(donationsKey);
+    writer.beginArray();
+    writer.endArray();
+    writer.endDictionary();
+    writer.endDocument();
+    head = std::move(writer).takeText().takeLeft();
+    const std::size_t sizeOfHead = head.find(listTag) + listTag.size();
+    tail = head.substr(sizeOfHead);
+    head.resize(sizeOfHead);
+  }
+  std::string head;
+  std::string tail;
+};
+
+// The size of all texts; nothing when a record has none.
+std::optional<std::size_t> sizeOfTexts(const DonationValues& values) {
+  std::size_t size = 0;
+  for (std::size_t place = 0; place < values.size(); ++place) {
+    prefetchDonation(values, place);
+    const std::optional<std::string_view> text = values[place]->propertyListText();
+    if (!text) return std::nullopt;
+    size += text->size();
+  }
+  return size;
+}
+
+// Appends the texts, those that stand one behind the other already in one go.
+void appendTexts(std::string& output, const DonationValues& values) {
+  std::string_view run;
+  for (std::size_t place = 0; place < values.size(); ++place) {
+    prefetchDonationText(values, place);
+    const std::string_view text = *values[place]->propertyListText();
+    if (run.data() + run.size() == text.data()) {
+      run = {run.data(), run.size() + text.size()};
+    } else {
+      output.append(run);
+      run = text;
+    }
+  }
+  output.append(run);
+}
+
 // The text of the donations file, put together from those that the records keep.
 Result<std::string> textOf(const DonationValues& values) {
-  constexpr std::size_t enoughForFrame = 256;
-  std::size_t size = enoughForFrame;
-  for (const DonationValuePtr& value : values) {
-    const Result<PropertyListFragment>& text = value->propertyListText();
-    if (!text.isLeft()) return Result<std::string>::right(text.right());
-    size += text.left().text.size();
+  const Frame frame;
+  const std::optional<std::size_t> size = sizeOfTexts(values);
+  if (!size ||
+      *size > PropertyListSerializer::maximumSizeInBytes - frame.head.size() - frame.tail.size()) {
+    return Result<std::string>::right(
+        makeDonationError(DonationErrorCode::notSerializable, "a file cannot hold the donations"));
   }
-  PropertyListWriter writer;
-  writer.reserve(size);
-  writer.beginDocument();
-  writer.beginDictionary();
-  writer.key(donationsKey);
-  writer.beginArray();
-  for (const DonationValuePtr& value : values) writer.fragment(value->propertyListText().left());
-  writer.endArray();
-  writer.endDictionary();
-  writer.endDocument();
-  return std::move(writer).takeText();
+  std::string text;
+  text.reserve(frame.head.size() + *size + frame.tail.size());
+  text += frame.head;
+  appendTexts(text, values);
+  text += frame.tail;
+  return Result<std::string>::left(std::move(text));
+}
+
+// The donations of a file in the very form in which it is written here, without the general
+// reader's tree; nothing for any other file, whatever is the matter with it.
+std::optional<DonationValues> donationsOfWrittenText(std::string_view text) {
+  const Frame frame;
+  if (text.size() > PropertyListSerializer::maximumSizeInBytes || !text.starts_with(frame.head)) {
+    return std::nullopt;
+  }
+  text.remove_prefix(frame.head.size());
+  DonationValues values;
+  while (text != frame.tail) {
+    if (!DonationValue::takeFromPropertyListTexts(text, values)) return std::nullopt;
+  }
+  return values;
 }
 
 }  // namespace
 
 Future<DonationValues> DonationPersistence::loadDonations() {
-  return load<DonationValues>(dataProxy, DonationFiles::donations, &readDonations);
+  return load<DonationValues>(dataProxy, DonationFiles::donations, &readDonations,
+                              &donationsOfWrittenText);
 }
 
 Future<std::vector<Value>> DonationPersistence::loadRejections() {

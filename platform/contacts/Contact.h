@@ -2,17 +2,12 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
-#include "platform/contacts/LabeledValue.h"
+#include "platform/contacts/LabeledValues.h"
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/PostalAddress.h"
 
 namespace quenlet {
-
-// The entries of one list of a contact, in order. Entries are shared, never changed.
-template <typename T>
-using LabeledValues = std::vector<std::shared_ptr<const LabeledValue<T>>>;
 
 // The fields of one contact record. Text fields that are not set are empty; so is an image.
 struct ContactFields final {

@@ -3,8 +3,32 @@
 #include "platform/contacts/PhoneNumberScanner.h"
 
 namespace quenlet {
+namespace {
+
+// Whether the text is a number of just digits, blanks and dashes, as most are.
+bool isPlainNumber(std::string_view text) {
+  constexpr int leastDigits = 2;
+  constexpr int mostDigits = 20;
+  if (text.starts_with('+')) text.remove_prefix(1);
+  int digits = 0;
+  for (const char c : text) {
+    if (c >= '0' && c <= '9') {
+      ++digits;
+    } else if (c != ' ' && c != '-') {
+      return false;
+    }
+  }
+  return digits >= leastDigits && digits <= mostDigits;
+}
+
+}  // namespace
+
+bool PhoneNumber::isNumber(std::string_view text) {
+  return isPlainNumber(text) || PhoneNumberScanner(text).scan().has_value();
+}
+
 std::optional<PhoneNumber> PhoneNumber::withStringValue(std::string_view text) {
-  if (!PhoneNumberScanner(text).scan()) return std::nullopt;
+  if (!isNumber(text)) return std::nullopt;
   return PhoneNumber(std::string(text));
 }
 

@@ -16,6 +16,9 @@ class PhoneNumber final {
   // no plausible number. ASCII text of ordinary length needs no library.
   [[nodiscard]] static std::optional<PhoneNumber> withStringValue(std::string_view text);
 
+  // Whether that would give a number.
+  [[nodiscard]] static bool isNumber(std::string_view text);
+
   [[nodiscard]] const std::string& stringValue() const { return text; }
   // The digits as ASCII, with a leading '+' kept: "+4930123456". Without "tel:" and extension.
   [[nodiscard]] std::string digits() const;

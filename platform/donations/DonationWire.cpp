@@ -47,7 +47,7 @@ DecodedList DonationWire::decode(WireReader& reader) {
           makeServiceError(ServiceErrorCode::invalidArguments,
                            "element " + std::to_string(i) + " is no valid donation"));
     }
-    if (!value->propertyListText().isLeft()) {
+    if (!value->propertyListText()) {
       return DecodedList::right(
           makeDonationError(DonationErrorCode::notSerializable,
                             "element " + std::to_string(i) + " cannot be serialised"));

@@ -19,8 +19,6 @@ namespace quenlet {
 // references are an error, so is anything that the form does not know: other elements or
 // attributes, text between elements, a document type that declares something, another encoding than
 // UTF-8. Of two entries with the same key the last counts.
-//
-// For values that are written again and again, PropertyListWriter takes texts written before.
 class PropertyListSerializer final {
  public:
   static constexpr int maximumNesting = 64;

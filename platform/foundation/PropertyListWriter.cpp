@@ -4,7 +4,6 @@
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/foundation/XMLText.h"
 
-#include <algorithm>
 #include <cmath>
 #include <type_traits>
 #include <utility>
@@ -15,16 +14,12 @@ void PropertyListWriter::fail(PropertyListErrorCode code, const char* sentence) 
   if (!error) error = makePropertyListError(code, sentence);
 }
 
-bool PropertyListWriter::reach(int nesting) {
-  deepest = std::max(deepest, nesting);
-  if (nesting <= PropertyListSerializer::maximumNesting) return true;
-  fail(PropertyListErrorCode::nestingTooDeep, "containers are nested too deeply");
-  return false;
-}
-
 void PropertyListWriter::open(std::string_view tag) {
-  if (error || !reach(depth + 1)) return;
-  ++depth;
+  if (error) return;
+  if (++depth > PropertyListSerializer::maximumNesting) {
+    fail(PropertyListErrorCode::nestingTooDeep, "containers are nested too deeply");
+    return;
+  }
   output += tag;
 }
 
@@ -128,21 +123,12 @@ void PropertyListWriter::value(const PropertyList& object) {
   std::visit(write, object.value());
 }
 
-void PropertyListWriter::fragment(const PropertyListFragment& written) {
-  if (!error && reach(depth + written.nesting)) output += written.text;
-}
-
 Result<std::string> PropertyListWriter::takeText() && {
   if (output.size() > PropertyListSerializer::maximumSizeInBytes) {
     fail(PropertyListErrorCode::tooLarge, "the property list is larger than what can be read");
   }
   if (error) return Result<std::string>::right(error);
   return Result<std::string>::left(std::move(output));
-}
-
-Result<PropertyListFragment> PropertyListWriter::takeFragment() && {
-  if (error) return Result<PropertyListFragment>::right(error);
-  return Result<PropertyListFragment>::left({std::move(output), deepest});
 }
 
 }  // namespace quenlet

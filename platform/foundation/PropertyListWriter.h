@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -10,13 +9,6 @@
 #include "platform/foundation/PropertyListError.h"
 
 namespace quenlet {
-
-// The text of values that were written once, to be put into later texts as it is.
-struct PropertyListFragment final {
-  std::string text;
-  // How many containers stand within each other in it.
-  int nesting = 0;
-};
 
 // Builds the XML text form of a property list front to back, without a tree: either a document,
 // from beginDocument() to endDocument(), or a fragment without the two. The caller opens and closes
@@ -29,9 +21,6 @@ class PropertyListWriter final {
   PropertyListWriter() = default;
   PropertyListWriter(const PropertyListWriter&) = delete;
   PropertyListWriter& operator=(const PropertyListWriter&) = delete;
-
-  // Makes room for a text of that size in one go.
-  void reserve(std::size_t sizeInBytes) { output.reserve(sizeInBytes); }
 
   void beginDocument();
   void endDocument();
@@ -50,24 +39,19 @@ class PropertyListWriter final {
   // Loses the fraction of a second. Must be finite.
   void date(Date value);
   void value(const PropertyList& object);
-  void fragment(const PropertyListFragment& written);
 
   // What has been written, or the first error. The writer is spent afterwards.
   [[nodiscard]] Result<std::string> takeText() &&;
-  [[nodiscard]] Result<PropertyListFragment> takeFragment() &&;
 
  private:
   void open(std::string_view tag);
   void close(std::string_view tag);
   void fail(PropertyListErrorCode code, const char* sentence);
   void element(std::string_view openingTag, std::string_view text, std::string_view closingTag);
-  // Notes that containers stand `nesting` deep within each other; false when that is too deep.
-  bool reach(int nesting);
 
   std::string output;
   ErrorPtr error;
   int depth = 0;
-  int deepest = 0;
 };
 
 }  // namespace quenlet

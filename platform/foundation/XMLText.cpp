@@ -1,6 +1,7 @@
 #include "platform/foundation/XMLText.h"
 #include "platform/foundation/Text.h"
 
+#include <bit>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
@@ -11,16 +12,16 @@ namespace {
 
 constexpr std::uint64_t everyByte(std::uint8_t byte) { return 0x0101010101010101U * byte; }
 
-constexpr bool hasByteBelow(std::uint64_t word, std::uint8_t limit) {
-  return ((word - everyByte(limit)) & ~word & everyByte(0x80)) != 0;
+// Marks the bytes below `limit` by their high bit; only the first mark can be relied on.
+constexpr std::uint64_t bytesBelow(std::uint64_t word, std::uint8_t limit) {
+  return (word - everyByte(limit)) & ~word & everyByte(0x80);
 }
 
-// Whether all eight bytes are ASCII that stands for itself in a document.
-constexpr bool isPlain(std::uint64_t word) {
+// Marks, in the same way, the bytes that are not ASCII which stands for itself in a document.
+constexpr std::uint64_t markedBytes(std::uint64_t word) {
   static_assert(('<' | 2) == '>');  // one comparison finds both brackets
-  return (word & everyByte(0x80)) == 0 && !hasByteBelow(word, 0x20) &&
-         !hasByteBelow(word ^ everyByte('&'), 1) &&
-         !hasByteBelow((word | everyByte(2)) ^ everyByte('>'), 1);
+  return (word & everyByte(0x80)) | bytesBelow(word, 0x20) | bytesBelow(word ^ everyByte('&'), 1) |
+         bytesBelow((word | everyByte(2)) ^ everyByte('>'), 1);
 }
 
 constexpr bool isPlain(char c) {
@@ -29,11 +30,16 @@ constexpr bool isPlain(char c) {
 }
 
 std::size_t lengthOfPlainASCIIPrefix(std::string_view text) {
+  constexpr bool marksTellPlace = std::endian::native == std::endian::little;
   std::size_t length = 0;
   for (std::uint64_t word = 0; length + sizeof word <= text.size(); length += sizeof word) {
     std::memcpy(&word, text.data() + length, sizeof word);
-    if (!isPlain(word)) break;
+    if (const std::uint64_t marks = markedBytes(word)) {
+      if (marksTellPlace) length += static_cast<std::size_t>(std::countr_zero(marks)) / 8;
+      break;
+    }
   }
+  // Goes on behind tabs and line feeds, and at the end of the text.
   while (length < text.size() && isPlain(text[length])) ++length;
   return length;
 }
@@ -42,21 +48,6 @@ bool isAllowed(char32_t character) {
   if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
   return character < 0xD800 || (character > 0xDFFF && character < 0xFFFE) ||
          (character > 0xFFFF && character <= 0x10FFFF);
-}
-
-// How much of the front of `text` a document holds as it is. Stops at what has to be escaped and at
-// what is forbidden.
-std::size_t lengthOfPlainPrefix(std::string_view text) {
-  std::string_view rest = text;
-  while (true) {
-    rest.remove_prefix(lengthOfPlainASCIIPrefix(rest));
-    if (rest.empty() || static_cast<signed char>(rest.front()) >= 0) break;
-    std::string_view beyond = rest;
-    const std::optional<char32_t> character = takeCharacter(beyond);
-    if (!character || !isAllowed(*character)) break;
-    rest = beyond;
-  }
-  return text.size() - rest.size();
 }
 
 // Empty for a character that has no escape.
@@ -100,6 +91,19 @@ std::optional<char32_t> referredCharacter(std::string_view name) {
 }
 
 }  // namespace
+
+std::size_t lengthOfPlainPrefix(std::string_view text) {
+  std::string_view rest = text;
+  while (true) {
+    rest.remove_prefix(lengthOfPlainASCIIPrefix(rest));
+    if (rest.empty() || static_cast<signed char>(rest.front()) >= 0) break;
+    std::string_view beyond = rest;
+    const std::optional<char32_t> character = takeCharacter(beyond);
+    if (!character || !isAllowed(*character)) break;
+    rest = beyond;
+  }
+  return text.size() - rest.size();
+}
 
 std::size_t findForbiddenCharacter(std::string_view text) {
   std::size_t position = 0;

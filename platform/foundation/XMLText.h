@@ -7,6 +7,10 @@
 // Character data of XML 1.0 documents in UTF-8. Pure functions.
 namespace quenlet {
 
+// How much of the front of `text` a document holds as it is. Stops at what has to be escaped and at
+// what is forbidden.
+[[nodiscard]] std::size_t lengthOfPlainPrefix(std::string_view text);
+
 // Where the first byte stands that begins no character which a document may hold (bytes that are no
 // UTF-8, control characters besides tab, LF and CR, U+FFFE, U+FFFF); npos when all may.
 [[nodiscard]] std::size_t findForbiddenCharacter(std::string_view text);

@@ -5,19 +5,28 @@
 namespace quenlet {
 namespace {
 
-struct KindName final {
-  const char* operator()(const PersonNameComponents&) const { return "name"; }
-  const char* operator()(const Value::EmailAddress&) const { return "emailAddress"; }
-  const char* operator()(const Value::PhoneNumber&) const { return "phoneNumber"; }
-  const char* operator()(const Value::PostalAddress&) const { return "postalAddress"; }
-  const char* operator()(const Value::ImageData&) const { return "imageData"; }
-};
+const char* nameOf(DonationKind kind) {
+  switch (kind) {
+    case DonationKind::name:
+      return "name";
+    case DonationKind::emailAddress:
+      return "emailAddress";
+    case DonationKind::phoneNumber:
+      return "phoneNumber";
+    case DonationKind::postalAddress:
+      return "postalAddress";
+    case DonationKind::imageData:
+      break;
+  }
+  return "imageData";
+}
 
 void writeValue(JSONWriter& json, const DonationValue& value) {
+  const DonationOrigin origin = value.origin();
   json.beginObject();
-  json.key("kind").value(std::visit(KindName{}, value.value().cases()));
-  json.key("bundleIdentifier").value(value.origin().bundleIdentifier);
-  json.key("donationIdentifier").value(value.origin().donationIdentifier);
+  json.key("kind").value(nameOf(value.kind()));
+  json.key("bundleIdentifier").value(origin.bundleIdentifier);
+  json.key("donationIdentifier").value(origin.donationIdentifier);
   json.endObject();
 }
 

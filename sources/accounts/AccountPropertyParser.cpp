@@ -27,8 +27,7 @@ DonationValues AccountPropertyParser::parseWithAccount(const Account& account) c
         makeOriginWithDonationIdentifier(emailIdentifierOf(account), account.identifier)));
   }
   // One record that cannot be written would fail the save of all.
-  std::erase_if(values,
-                [](const DonationValuePtr& value) { return !value->propertyListText().isLeft(); });
+  std::erase_if(values, [](const DonationValuePtr& value) { return !value->propertyListText(); });
   return values;
 }
 

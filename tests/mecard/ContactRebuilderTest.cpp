@@ -63,7 +63,7 @@ TEST(ContactRebuilderTest, SilencesDonorsThatContradictTheCuratedName) {
   for (const auto& [name, curated, names, kept] : rows) {
     DonationValues donations = names;
     donations.insert(donations.end(), others.begin(), others.end());
-    ContactRebuilder rebuilder(donations, curated, {});
+    ContactRebuilder rebuilder(std::make_shared<const DonationValues>(donations), curated, {});
     const Contact card = rebuilder.buildNewContact();
     EXPECT_EQ(identifiersOf(rebuilder.filteredDonations()), kept) << name;
     EXPECT_EQ(card, cardOf(rebuilder.filteredDonations())) << name;
@@ -81,7 +81,8 @@ TEST(ContactRebuilderTest, LeavesCuratedEmailAddressesOut) {
       {{"\u00d6@x.org", "ann@x.org"}, "alias case other phone"},
   };
   for (const auto& [curated, kept] : rows) {
-    ContactRebuilder rebuilder(donations, std::nullopt, curated);
+    ContactRebuilder rebuilder(std::make_shared<const DonationValues>(donations), std::nullopt,
+                               curated);
     static_cast<void>(rebuilder.buildNewContact());
     EXPECT_EQ(identifiersOf(rebuilder.filteredDonations()), kept);
   }

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <limits>
 
-#include "platform/foundation/PropertyListWriter.h"
 
 namespace quenlet {
 namespace {
@@ -151,26 +150,6 @@ TEST(PropertyListSerializerTest, RefusesBadInputWithoutQuotingIt) {
     for (const std::string& text : texts) {
       EXPECT_EQ(codeOf(PropertyListSerializer::objectWithData(text)), code) << text.substr(0, 200);
     }
-  }
-}
-
-TEST(PropertyListWriterTest, FragmentsReadTheSameWithinADocument) {
-  const PropertyList record = Dictionary{{"list", Array{"a&b"}}};
-  PropertyListWriter part;
-  part.value(record);
-  const auto fragment = std::move(part).takeFragment();
-  ASSERT_TRUE(fragment.isLeft());
-
-  for (const int depth : {limit - 2, limit - 1}) {
-    PropertyListWriter whole;
-    whole.beginDocument();
-    for (int i = 0; i < depth; ++i) whole.beginArray();
-    whole.fragment(fragment.left());
-    for (int i = 0; i < depth; ++i) whole.endArray();
-    whole.endDocument();
-    const auto text = std::move(whole).takeText();
-    EXPECT_EQ(codeOf(text), depth < limit - 1 ? PropertyListErrorCode{} : nestingTooDeep);
-    if (text.isLeft()) expectReadAs(nested(depth, record), text.left());
   }
 }
 

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstddef>
+#include <initializer_list>
+#include <iterator>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "platform/contacts/LabeledValue.h"
+
+namespace quenlet {
+
+// Entries that are made when somebody looks at them, for a list that is kept longer than it is
+// read. Implementations are immutable and thread-safe.
+template <typename T>
+class EntriesOnDemand {
+ public:
+  virtual ~EntriesOnDemand() = default;
+  [[nodiscard]] virtual std::size_t size() const = 0;
+  // The entry at `place`, which is below size(); made anew for each call.
+  [[nodiscard]] virtual std::shared_ptr<const LabeledValue<T>> entryAt(std::size_t place) const = 0;
+};
+
+// The entries of one list of a contact, in order: either held, as shared objects that never change,
+// or made on demand, which is for the reader the same. An entry that iteration gives is good as
+// long as it is kept. A value type.
+template <typename T>
+class LabeledValues final {
+ public:
+  using Entry = std::shared_ptr<const LabeledValue<T>>;
+
+  class Iterator final {
+   public:
+    using iterator_category = std::input_iterator_tag;
+    using value_type = Entry;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const Entry*;
+    using reference = Entry;
+
+    Iterator(const LabeledValues& list, std::size_t index) : entries(&list), place(index) {}
+    [[nodiscard]] Entry operator*() const { return entries->entryAt(place); }
+    Iterator& operator++() {
+      ++place;
+      return *this;
+    }
+    friend bool operator==(const Iterator&, const Iterator&) = default;
+
+   private:
+    const LabeledValues* entries;
+    std::size_t place;
+  };
+
+  LabeledValues() = default;
+  LabeledValues(std::initializer_list<Entry> entries) : held(entries) {}
+  explicit LabeledValues(std::shared_ptr<const EntriesOnDemand<T>> entries)
+      : onDemand(std::move(entries)) {}
+
+  [[nodiscard]] std::size_t size() const { return onDemand ? onDemand->size() : held.size(); }
+  [[nodiscard]] bool empty() const { return size() == 0; }
+  [[nodiscard]] Entry entryAt(std::size_t place) const {
+    return onDemand ? onDemand->entryAt(place) : held[place];
+  }
+  [[nodiscard]] Entry front() const { return entryAt(0); }
+  [[nodiscard]] Iterator begin() const { return {*this, 0}; }
+  [[nodiscard]] Iterator end() const { return {*this, size()}; }
+
+  // Both only for a list that holds its entries.
+  void reserve(std::size_t count) { held.reserve(count); }
+  void push_back(Entry entry) { held.push_back(std::move(entry)); }
+
+ private:
+  std::vector<Entry> held;
+  std::shared_ptr<const EntriesOnDemand<T>> onDemand;
+};
+
+}  // namespace quenlet
