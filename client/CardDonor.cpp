@@ -1,7 +1,7 @@
 #include "client/CardDonor.h"
 
 #include <set>
-#include <string_view>
+#include <string>
 #include <utility>
 
 namespace quenlet {
