@@ -21,8 +21,8 @@ class LogSink {
 
 // One argument of an event. A donated value is written by its kind, bundle and donation identifier,
 // never by its content.
-using LogArgument = std::variant<bool, std::int64_t, std::string_view, Date, ErrorPtr, DonationValuePtr,
-                                 std::reference_wrapper<const DonationValues>>;
+using LogArgument = std::variant<bool, std::int64_t, std::string_view, Date, ErrorPtr,
+                                 DonationValuePtr, std::reference_wrapper<const DonationValues>>;
 
 // Writes events as JSON objects, one a line, with the keys "time" (ISO 8601, UTC), "event" and
 // "arguments" (a list, left out when empty). Thread-safe.
