@@ -1,0 +1,19 @@
+#pragma once
+
+#include <atomic>
+
+namespace quenlet {
+
+enum class FileCallFate { none, fails, fallsShort, kills };
+
+// What becomes of the agent's calls on files below its home. Lies in a file that the test maps, and
+// so does the library in preload/, which stands between the agent and the system.
+struct FileCallPlan final {
+  std::atomic<int> calls;     // so far
+  std::atomic<int> first;     // the number of the call that is struck
+  std::atomic<bool> lasting;  // the later ones are, too; of interruptions, every second one
+  std::atomic<int> errorNumber;
+  std::atomic<FileCallFate> fate;
+};
+
+}  // namespace quenlet
