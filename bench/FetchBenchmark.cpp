@@ -39,9 +39,9 @@ struct CardServer final {
 struct BareServer final {
   explicit BareServer(const CardServer& card)
       : path(card.agent.installation.scratch("bare")),
-        process({std::filesystem::read_symlink("/proc/self/exe").parent_path() /
-                     "quenlet-bare-server",
-                 path, std::to_string(card.request.size()), std::to_string(card.replySize())}) {
+        process(
+            {std::filesystem::read_symlink("/proc/self/exe").parent_path() / "quenlet-bare-server",
+             path, std::to_string(card.request.size()), std::to_string(card.replySize())}) {
     while (!RawClient(path).isConnected()) std::this_thread::yield();
   }
   const std::filesystem::path path;

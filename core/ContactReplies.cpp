@@ -33,8 +33,7 @@ std::string ContactReplies::synchronous(const ContactPtr& contact) {
 
 std::string ContactReplies::encoded(Kept& kept, const ContactPtr& contact, Encode encode) {
   // By the owner, not by the address, which a later card can have again.
-  const bool isSame =
-      !kept.contact.owner_before(contact) && !contact.owner_before(kept.contact);
+  const bool isSame = !kept.contact.owner_before(contact) && !contact.owner_before(kept.contact);
   if (!isSame || kept.bytes.empty()) kept = {contact, encode(contact)};
   return kept.bytes;
 }

@@ -100,15 +100,14 @@ void CorvelDispatcher::removeBundle(WireReader arguments, WireReply reply) const
 }
 
 void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
-  gate->fetchDonatedMeCard(
-      [replies = replies, reply = std::move(reply)](const ContactPtr& contact,
-                                                    const ErrorPtr& error) {
-        if (contact) return reply(replies->fetched(contact));
-        WireEncoder encoder;
-        encoder.null();
-        ErrorWire::encode(encoder, error);
-        reply(std::move(encoder).take());
-      });
+  gate->fetchDonatedMeCard([replies = replies, reply = std::move(reply)](const ContactPtr& contact,
+                                                                         const ErrorPtr& error) {
+    if (contact) return reply(replies->fetched(contact));
+    WireEncoder encoder;
+    encoder.null();
+    ErrorWire::encode(encoder, error);
+    reply(std::move(encoder).take());
+  });
 }
 
 void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {

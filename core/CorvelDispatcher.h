@@ -16,12 +16,11 @@ namespace quenlet {
 // Immutable; called on the listener's thread.
 class CorvelDispatcher final : public ExportedObject {
  public:
-  // `admitsClient` tells whether `gate` lets the client's calls through. `contactReplies` is for all
-  // connections together.
-  CorvelDispatcher(std::shared_ptr<CorvelProtocol> connectionGate,
-                   std::function<bool()> admitsClient,
-                   std::shared_ptr<ContactReplies> contactReplies =
-                       std::make_shared<ContactReplies>())
+  // `admitsClient` tells whether `gate` lets the client's calls through. `contactReplies` is for
+  // all connections together.
+  CorvelDispatcher(
+      std::shared_ptr<CorvelProtocol> connectionGate, std::function<bool()> admitsClient,
+      std::shared_ptr<ContactReplies> contactReplies = std::make_shared<ContactReplies>())
       : gate(std::move(connectionGate)),
         gateAdmitsClient(std::move(admitsClient)),
         replies(std::move(contactReplies)) {}
