@@ -15,6 +15,7 @@
 #include "platform/donations/PropertyListFeedbackStore.h"
 #include "platform/donations/PropertyListUserDefaults.h"
 #include "platform/files/DurableDirectory.h"
+#include "platform/files/DurableFileWriter.h"
 #include "platform/files/PosixFileOperations.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/ipc/UnixServiceListener.h"
@@ -107,6 +108,8 @@ ErrorPtr LinuxPlatform::claimDonations() {
   auto locked = LockFile::lock(directory / DonationFiles::agentLock, patience);
   if (locked.isLeft()) {
     donationsLock = std::move(locked).takeLeft();
+    // They hold donations, perhaps ones that were taken back since.
+    DurableFileWriter::removeLeftovers(directory);
   } else if (locked.right()->code() == EWOULDBLOCK) {
     return makeServiceError(ServiceErrorCode::nameTaken,
                             "another agent keeps this user's donations");

@@ -23,8 +23,11 @@ using std::filesystem::path;
 constexpr std::size_t suffixLength = 16;
 constexpr int creationFlags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW;
 
+constexpr std::string_view suffixMark = ".quenlet-";
+constexpr std::size_t suffixSize = suffixMark.size() + suffixLength;
+
 std::string temporaryPrefix(const path& target) {
-  return "." + target.filename().string() + ".quenlet-";
+  return "." + target.filename().string() + std::string(suffixMark);
 }
 
 path temporaryFor(const path& target) {
@@ -86,6 +89,23 @@ Result<path> resolved(const path& target) {
       makePosixError(failure.value(), "resolve the link " + target.filename().string()));
 }
 
+// The temporaries in `directory` whose names begin so. What cannot be listed or opened stays.
+void removeUnlocked(const path& directory, const std::string& prefix) {
+  std::error_code failure;
+  std::filesystem::directory_iterator entries(directory, failure);
+  for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
+    const path& entry = entries->path();
+    const std::string name = entry.filename().string();
+    if (name.size() < suffixSize || !name.starts_with(prefix)) continue;
+    if (name.compare(name.size() - suffixSize, suffixMark.size(), suffixMark) != 0) continue;
+    const FileDescriptor leftover(
+        ::open(entry.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    if (leftover.isOpen() && ::flock(leftover.get(), LOCK_EX | LOCK_NB) == 0) {
+      ::unlink(entry.c_str());
+    }
+  }
+}
+
 }  // namespace
 
 ErrorPtr DurableFileWriter::replace(const path& target, std::string_view data) {
@@ -95,7 +115,7 @@ ErrorPtr DurableFileWriter::replace(const path& target, std::string_view data) {
   if (const int failure = DurableDirectory::ensure(operations, DurableDirectory::of(real.left()))) {
     return makePosixError(failure, "create the directory of " + name);
   }
-  removeLeftovers(real.left());
+  removeLeftoversOnce(real.left());
   const int failure = replaceResolved(real.left(), data);
   return failure == 0 ? nullptr : makePosixError(failure, "write " + name);
 }
@@ -143,25 +163,14 @@ int DurableFileWriter::fill(int descriptor, std::string_view data) {
   return 0;
 }
 
-// Best effort: what cannot be listed or opened stays, and the write goes on.
-void DurableFileWriter::removeLeftovers(const path& target) {
+void DurableFileWriter::removeLeftovers(const path& directory) { removeUnlocked(directory, "."); }
+
+void DurableFileWriter::removeLeftoversOnce(const path& target) {
   {
     MutexLock lock(mutex);
     if (!cleanedTargets.insert(target).second) return;
   }
-  const std::string prefix = temporaryPrefix(target);
-  std::error_code failure;
-  std::filesystem::directory_iterator entries(DurableDirectory::of(target), failure);
-  for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
-    const path& entry = entries->path();
-    const std::string name = entry.filename().string();
-    if (!name.starts_with(prefix) || name.size() != prefix.size() + suffixLength) continue;
-    const FileDescriptor leftover(
-        ::open(entry.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
-    if (leftover.isOpen() && ::flock(leftover.get(), LOCK_EX | LOCK_NB) == 0) {
-      ::unlink(entry.c_str());
-    }
-  }
+  removeUnlocked(DurableDirectory::of(target), temporaryPrefix(target));
 }
 
 }  // namespace quenlet

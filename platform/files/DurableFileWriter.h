@@ -33,10 +33,13 @@ class DurableFileWriter final {
   // part of a file that could not be finished stays. Its directory has to exist.
   [[nodiscard]] ErrorPtr create(const std::filesystem::path& file, std::string_view data);
 
+  // Removes what crashes left in `directory`, whatever its target was. Best effort.
+  static void removeLeftovers(const std::filesystem::path& directory);
+
  private:
   [[nodiscard]] int replaceResolved(const std::filesystem::path& target, std::string_view data);
   [[nodiscard]] int fill(int descriptor, std::string_view data);
-  void removeLeftovers(const std::filesystem::path& target) EXCLUDES(mutex);
+  void removeLeftoversOnce(const std::filesystem::path& target) EXCLUDES(mutex);
 
   FileOperations& operations;
   Mutex mutex;

@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "platform/files/DurableDirectory.h"
+#include "platform/files/FileReading.h"
 #include "platform/files/PosixFileOperations.h"
 #include "platform/scheduling/FileDescriptor.h"
 
@@ -166,7 +167,8 @@ void PosixDataProxy::work() {
 }
 
 void PosixDataProxy::perform(Write write) {
-  const ErrorPtr error = writer.replace(write.target, write.data);
+  ErrorPtr error = keepWhatIsUnkept(write.target);
+  if (!error) error = writer.replace(write.target, write.data);
   write.data = std::string();
   for (const Promise<bool>& promise : write.promises) {
     if (error) {
@@ -179,19 +181,37 @@ void PosixDataProxy::perform(Write write) {
 }
 
 bool PosixDataProxy::keepDamagedFile(const path& url) {
+  const ErrorPtr error = keep(url);
+  if (error) report(error);
+  MutexLock lock(mutex);
+  if (error) {
+    unkeptFiles.insert(url.lexically_normal());
+  } else {
+    unkeptFiles.erase(url.lexically_normal());
+  }
+  return !error;
+}
+
+// So that a disk that failed for a while costs nothing: the file may be sound.
+ErrorPtr PosixDataProxy::keepWhatIsUnkept(const path& target) {
+  {
+    MutexLock lock(mutex);
+    if (!unkeptFiles.contains(target)) return nullptr;
+  }
+  ErrorPtr error = keep(target);
+  if (error && !isMissingFile(*error)) return error;
+  MutexLock lock(mutex);
+  unkeptFiles.erase(target);
+  return nullptr;
+}
+
+ErrorPtr PosixDataProxy::keep(const path& url) {
   const std::uintmax_t newest = newestDamagedCopy(url);
   std::error_code unknown;
-  if (std::filesystem::equivalent(url, damagedCopy(url, newest), unknown)) return true;
-  ErrorPtr error;
-  if (linkDamagedFile(url, newest + 1) == 0) {
-    if (const int failure = DurableDirectory::synchronize(operations, DurableDirectory::of(url))) {
-      error = makePosixError(failure, "keep " + url.filename().string());
-    }
-  } else {
-    error = copyDamagedFile(url, newest);
-  }
-  if (error) report(error);
-  return !error;
+  const bool isKept = std::filesystem::equivalent(url, damagedCopy(url, newest), unknown);
+  if (!isKept && linkDamagedFile(url, newest + 1) != 0) return copyDamagedFile(url, newest);
+  const int failure = DurableDirectory::synchronize(operations, DurableDirectory::of(url));
+  return failure == 0 ? nullptr : makePosixError(failure, "keep " + url.filename().string());
 }
 
 // Under the first free number from `number` on. 0 or an errno value.

@@ -7,6 +7,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -52,8 +53,9 @@ class PosixDataProxy final : public DataProxy {
   // By a hard link, which takes no room on the disk and needs no permission to read; every write
   // replaces the file by another one, so that the link keeps it as it is now. Where no link can be
   // made, by a copy. They are numbered from 1 on; what the newest one holds already is not kept
-  // again. What cannot be kept is reported on standard error.
-  bool keepDamagedFile(const std::filesystem::path& url) override;
+  // again. What cannot be kept is reported on standard error; until it could be, writes of the file
+  // try that first and fail with the same error.
+  bool keepDamagedFile(const std::filesystem::path& url) override EXCLUDES(mutex);
   // By a CACHEDIR.TAG file, which backup programs honour.
   [[nodiscard]] ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override
       EXCLUDES(mutex);
@@ -76,12 +78,14 @@ class PosixDataProxy final : public DataProxy {
   };
 
   [[nodiscard]] static FileStamp stampOf(const std::filesystem::path& file);
+  [[nodiscard]] ErrorPtr keep(const std::filesystem::path& url);
+  [[nodiscard]] ErrorPtr keepWhatIsUnkept(const std::filesystem::path& target) EXCLUDES(mutex);
   [[nodiscard]] int linkDamagedFile(const std::filesystem::path& url, std::uintmax_t number) const;
   [[nodiscard]] ErrorPtr copyDamagedFile(const std::filesystem::path& url, std::uintmax_t number);
   [[nodiscard]] Result<std::string> readFile(const std::filesystem::path& file) const;
   [[nodiscard]] Future<bool> enqueue(Write write) EXCLUDES(mutex);
   void work() EXCLUDES(mutex);
-  void perform(Write write);
+  void perform(Write write) EXCLUDES(mutex);
 
   const TerminationHold holdTermination;
   FileOperations& operations;
@@ -91,6 +95,7 @@ class PosixDataProxy final : public DataProxy {
   std::map<std::filesystem::path, FileStamp> goodTags GUARDED_BY(mutex);
   ConditionVariable changed;
   std::deque<Write> writes GUARDED_BY(mutex);  // at most one a target
+  std::set<std::filesystem::path> unkeptFiles GUARDED_BY(mutex);
   bool ending GUARDED_BY(mutex) = false;
   std::thread thread;
 };

@@ -142,6 +142,8 @@ TEST_F(PosixDataProxyTest, ClearsUpAfterACrashButLeavesTemporariesInUse) {
   ASSERT_EQ(::flock(writer.get(), LOCK_EX), 0);
   EXPECT_EQ(write("file", "new"), nullptr);
   EXPECT_EQ(home.names(), Names({used, foreign[0], foreign[1], "file"}));
+  DurableFileWriter::removeLeftovers(home.root());
+  EXPECT_EQ(home.names(), Names({used, foreign[0], "file"}));
 }
 
 TEST_F(PosixDataProxyTest, ReadsRegularFilesOfSomeSizeOnly) {
@@ -186,6 +188,17 @@ TEST_F(PosixDataProxyTest, KeepsAnUnreadableDamagedFileByALinkThroughTheNextWrit
   std::filesystem::permissions(home / "file.damaged-1", std::filesystem::perms::owner_read);
   EXPECT_EQ(home.read("file.damaged-1"), "damaged");
   EXPECT_EQ(home.names(), Names({"file", "file.damaged-1", "real"}));
+}
+
+TEST_F(PosixDataProxyTest, WritesNothingOverWhatItCouldNotKeep) {
+  home.write("file", "unread");
+  operations.fail("open", EIO);
+  EXPECT_FALSE(proxy->keepDamagedFile(home / "file"));
+  operations.fail("open", EMFILE);
+  EXPECT_EQ(write("file", "new")->code(), EMFILE);
+  EXPECT_EQ(home.read("file"), "unread");
+  EXPECT_EQ(write("file", "new"), nullptr);
+  EXPECT_EQ(home.read("file.damaged-1") + home.read("file"), "unreadnew");
 }
 
 TEST_F(PosixDataProxyTest, TagsADirectoryForBackupProgramsOnce) {

@@ -1,0 +1,86 @@
+// Each target takes any bytes; QUENLET_FUZZ_TARGET is the one that a program tries.
+
+#include <cassert>
+#include <cstdint>
+
+#include "platform/contacts/EmailAddressScanner.h"
+#include "platform/contacts/NameComponentsTokenizer.h"
+#include "platform/contacts/PhoneNumber.h"
+#include "platform/contacts/VCard.h"
+#include "platform/donations/CorvelInterface.h"
+#include "platform/donations/DonationWire.h"
+#include "platform/foundation/PropertyListSerializer.h"
+#include "platform/ipc/FrameReader.h"
+
+namespace quenlet {
+
+void propertyList(std::string_view text) {
+  const auto object = PropertyListSerializer::objectWithData(text);
+  if (!object.isLeft()) return;
+  const auto written = PropertyListSerializer::dataWithObject(object.left());
+  assert(PropertyListSerializer::objectWithData(written.left()).left() == object.left());
+}
+
+// What was read reads back equal, but for blanks at the ends and "tel:" before an entry.
+void vCard(std::string_view text) {
+  const auto cards = parseVCards(text);
+  if (!cards.isLeft()) return;
+  for (const VCard& card : cards.left()) {
+    const std::string written = writeVCard(card.contact);
+    const auto again = parseVCards(written);
+    assert(again.left().size() == 1 && again.left()[0].skippedEntries == 0);
+    const Contact& contact = again.left()[0].contact;
+    assert(contact == card.contact || writeVCard(contact).size() < written.size());
+  }
+}
+
+void wireMessage(std::string_view bytes) {
+  const std::vector<WireParameter> donations{{WireType::list, false, {DonationWire::className}}};
+  FrameReader reader(1 << 20);
+  const auto room = reader.room();
+  reader.added(bytes.copy(room.data(), room.size()));
+  while (const auto frame = reader.next()) {
+    if (frame->error || validateWireValues(frame->body, donations)) return;
+    WireReader values(frame->body);
+    const auto decoded = DonationWire::decode(values);
+    if (!decoded.isLeft()) return;
+    WireEncoder once, twice;
+    DonationWire::encode(once, decoded.left());
+    WireReader again(once.bytes());
+    DonationWire::encode(twice, DonationWire::decode(again).left());
+    assert(values.atEnd() && again.atEnd() && once.bytes() == twice.bytes());
+  }
+}
+
+void phoneNumber(std::string_view text) {
+  const std::size_t middle = std::min(text.find('\n'), text.size() / 2);
+  const auto number = PhoneNumber::withStringValue(text.substr(0, middle));
+  const auto other = PhoneNumber::withStringValue(text.substr(middle));
+  if (!number || !other) return;
+  assert(PhoneNumber::withStringValue(number->digits())->digits() == number->digits());
+  assert(number->isLikePhoneNumber(*other) == other->isLikePhoneNumber(*number));
+}
+
+void emailAddress(std::string_view text) {
+  const auto address = EmailAddressScanner().firstEmailAddressInString(text);
+  if (!address) return;
+  // It is a part of the text, but for the escapes of a URL and a full-width "@".
+  const bool isOther = text.find('%') != text.npos || text.find("\uFF20") != text.npos;
+  assert(isOther || text.find(*address) != text.npos);
+  assert(EmailAddressScanner().firstEmailAddressInString(*address) == address);
+}
+
+void name(std::string_view text) {
+  const auto components = NameComponentsTokenizer::componentsFromString(text);
+  for (const auto& [key, component] : components.dictionaryRepresentation()) {
+    const std::string_view words = *component.string();
+    assert(!words.empty() && text.find(words.substr(0, words.find(' '))) != text.npos);
+  }
+}
+
+}  // namespace quenlet
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  quenlet::QUENLET_FUZZ_TARGET({reinterpret_cast<const char*>(bytes), size});
+  return 0;
+}
