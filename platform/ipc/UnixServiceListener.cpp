@@ -14,6 +14,7 @@
 
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/OutputQueue.h"
+#include "platform/scheduling/refuseDescriptors.h"
 
 namespace quenlet {
 
@@ -97,6 +98,7 @@ ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
     return makePosixError(failure, "bind the socket of " + name);
   }
   socketPath = at.socketPath();
+  refuseDescriptors(socket.get());
   if (::listen(socket.get(), SOMAXCONN) != 0) return makePosixError(errno, "listen to " + name);
   listeningSocket = std::move(socket);
   return nullptr;

@@ -6,6 +6,7 @@
 
 #include <thread>
 
+#include "platform/scheduling/refuseDescriptors.h"
 #include "tests/platform/ipc/EchoService.h"
 #include "tests/platform/ipc/RawPeer.h"
 
@@ -126,6 +127,23 @@ TEST_F(UnixServiceListenerTest, DoesNotReadAPeerThatDoesNotReadUntilItDoes) {
   for (int i = 0; i < 50; ++i) EXPECT_EQ(send(other, RawPeer::request(3, "echo", "x")), "3 x");
   for (int i = 0; i < 50; ++i) EXPECT_EQ(peer.receive().size(), 100'002U);
   sender.join();
+}
+
+// The end of what they stand for could hold the service up.
+TEST_F(UnixServiceListenerTest, LetsNobodySendDescriptors) {
+  serve();
+  const RawPeer accepted(socket);
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::pipe(ends.data()), 0);
+  const FileDescriptor reading(ends[0]);
+  int refuses = 0;
+  socklen_t size = sizeof refuses;
+  const bool canRefuse = ::getsockopt(FileDescriptor(::socket(AF_UNIX, SOCK_STREAM, 0)).get(),
+                                      SOL_SOCKET, SO_PASSRIGHTS, &refuses, &size) == 0;
+  EXPECT_EQ(accepted.pass(ends[1]), !canRefuse);
+  ::close(ends[1]);
+  char byte = 0;
+  EXPECT_EQ(::read(reading.get(), &byte, 1), 0) << "where it is taken, it is closed";
 }
 
 TEST_F(UnixServiceListenerTest, TellsTheConnectionBeyondTheLimit) {
