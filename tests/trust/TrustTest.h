@@ -1,0 +1,61 @@
+#pragma once
+
+#include <sys/resource.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <iostream>
+#include <random>
+#include <sstream>
+
+#include "client/CorvelProxy.h"
+#include "client/waitForReply.h"
+#include "tests/process/ProcessTest.h"
+#include "tests/support/DonationFactory.h"
+
+namespace quenlet {
+
+// The whole agent, under more than it is made for. QUENLET_TRUST=long in the environment makes the
+// tests many times as long; QUENLET_TRUST_SEED repeats a run.
+class TrustTest : public ProcessTest {
+ protected:
+  TrustTest() {
+    rlimit files{};
+    ::getrlimit(RLIMIT_NOFILE, &files);
+    files.rlim_cur = files.rlim_max;
+    ::setrlimit(RLIMIT_NOFILE, &files);
+    std::cout << "seed " << seed << std::endl;
+  }
+
+  static int count(int inShortForm, int inLongForm) {
+    const char* form = std::getenv("QUENLET_TRUST");
+    return form != nullptr && std::strcmp(form, "long") == 0 ? inLongForm : inShortForm;
+  }
+  // Its log would fill the disk.
+  void startSilentAgent() {
+    agent = start({"/bin/sh", "-c", "exec \"$0\" 2>/dev/null", bin / "quenlet-agent"});
+    ASSERT_TRUE(eventually([this] { return !agent->isRunning() || countDonations() >= 0; }));
+    ASSERT_TRUE(agent->isRunning());
+  }
+  // What the agent's process alone takes of the machine, and its share of what it shares.
+  [[nodiscard]] double memoryInMiB() const {
+    std::istringstream words(readFile(agent->processDirectory() / "smaps_rollup"));
+    for (std::string word; words >> word;) {
+      if (word == "Pss:" && words >> word) return std::stod(word) / 1024;
+    }
+    ADD_FAILURE() << "the agent's memory cannot be seen";
+    return 0;
+  }
+  static ErrorPtr donateTo(CorvelProtocol& client, const DonationValues& values) {
+    const auto [error] = waitForReply<ErrorPtr>(
+        [&](ErrorReply reply) { client.donateMeCardValues(values, std::move(reply)); });
+    return error;
+  }
+
+  const unsigned seed = std::getenv("QUENLET_TRUST_SEED") != nullptr
+                            ? std::stoul(std::getenv("QUENLET_TRUST_SEED"))
+                            : std::random_device()();
+  std::mt19937 random{seed};
+};
+
+}  // namespace quenlet
