@@ -1,3 +1,5 @@
+#include <sys/resource.h>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -11,7 +13,16 @@ int complain(const std::string& problem) {
   return EXIT_FAILURE;
 }
 
+// Values are not to lie about in files that no deletion reaches.
+void forbidCoreFiles() {
+  rlimit limit{};
+  ::getrlimit(RLIMIT_CORE, &limit);
+  limit.rlim_cur = 0;
+  ::setrlimit(RLIMIT_CORE, &limit);
+}
+
 int runAgent() {
+  forbidCoreFiles();
   auto opened = quenlet::LinuxPlatform::open();
   if (!opened.isLeft()) return complain(opened.right()->description());
   // Kept until the process exits: the agent's parts hold each other for good, and blocks that are

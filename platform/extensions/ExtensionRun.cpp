@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/extensions/ExtensionError.h"
+#include "platform/scheduling/refuseDescriptors.h"
 
 namespace quenlet {
 namespace {
@@ -59,6 +60,7 @@ ErrorPtr ExtensionRun::startProgram() {
   }
   FileDescriptor ours(ends[0]);
   FileDescriptor theirs(ends[1]);
+  refuseDescriptors(ours.get());
   auto started = ExtensionProcess::start(manifest->executable, std::move(theirs), limits.openFiles,
                                          schedulers.loop, [weak = weak_from_this()] {
                                            if (const auto run = weak.lock()) run->onProgramEnded();

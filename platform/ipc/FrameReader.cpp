@@ -31,15 +31,16 @@ ErrorPtr judge(const FrameHeader& header, std::size_t maximumSize) {
 }  // namespace
 
 std::span<char> FrameReader::room() {
-  if (begin == end) {
-    begin = end = 0;
-    if (capacity > keptCapacity) {
-      bytes.reset();
-      capacity = 0;
-    }
-  }
+  if (begin == end) giveBack();
   if (end == capacity) makeRoom();
   return {bytes.get() + end, capacity - end};
+}
+
+void FrameReader::giveBack() {
+  begin = end = 0;
+  if (capacity <= keptCapacity) return;
+  bytes.reset();
+  capacity = 0;
 }
 
 void FrameReader::makeRoom() {
@@ -58,6 +59,8 @@ void FrameReader::makeRoom() {
 }
 
 std::optional<FrameReader::Frame> FrameReader::next() {
+  // Now, as the peer may not send anything for long.
+  if (begin == end) giveBack();
   if (end - begin < FrameHeader::sizeInBytes) return std::nullopt;
   const std::string_view held(bytes.get() + begin, end - begin);
   const FrameHeader header = FrameHeader::decode(held);

@@ -18,7 +18,7 @@ class FrameReader final {
   struct Frame final {
     FrameKind kind = FrameKind::failure;
     std::uint64_t identifier = 0;
-    // Into the reader's memory, good until the next room().
+    // Into the reader's memory, good until the next room() or next().
     std::string_view body;
     // When not null the header makes no sense, and nothing that follows can be understood.
     ErrorPtr error;
@@ -32,9 +32,12 @@ class FrameReader final {
   void added(std::size_t count) { end += count; }
   // The next whole message, or nothing when more bytes are needed.
   [[nodiscard]] std::optional<Frame> next();
+  // How much memory it has now.
+  [[nodiscard]] std::size_t capacityInBytes() const { return capacity; }
 
  private:
   void makeRoom();
+  void giveBack();
 
   std::size_t maximumSize;
   std::unique_ptr<char[]> bytes;

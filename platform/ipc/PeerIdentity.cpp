@@ -48,7 +48,10 @@ std::optional<std::filesystem::path> readExecutable(int socket, pid_t process) {
   if (process <= 0) return std::nullopt;
   const FileDescriptor pinned = pinPeer(socket, process);
   if (!pinned.isOpen()) return std::nullopt;
-  const std::filesystem::path link = "/proc/" + std::to_string(process) + "/exe";
+  const std::filesystem::path own = "/proc/" + std::to_string(process);
+  // As the owner of a user namespace of its own, a process can name any program as the one it runs.
+  if (!isSameFile(own / "ns/user", "/proc/self/ns/user")) return std::nullopt;
+  const std::filesystem::path link = own / "exe";
   std::error_code failure;
   std::filesystem::path executable = std::filesystem::read_symlink(link, failure);
   if (failure || executable.native().ends_with(" (deleted)")) return std::nullopt;

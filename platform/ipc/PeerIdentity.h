@@ -14,8 +14,8 @@ struct PeerIdentity final {
   uid_t user = 0;
   pid_t process = 0;
   // The program file that the process runs, by the path it has for us. None when it cannot be told
-  // with certainty: the process has ended, its file was deleted or replaced, or another file lies
-  // at that path in the process's own view of the file system.
+  // with certainty: the process has ended, is in another user namespace than we are, its file was
+  // deleted or replaced, or another file lies at that path in its own view of the file system.
   std::optional<std::filesystem::path> executable;
 
   // Looks once. The process that connected is pinned while its program is read, so that a process

@@ -10,9 +10,16 @@ struct ServiceLimits final {
   std::size_t messageSizeInBytes = std::size_t{32} << 20;
   // Of one connection; at the limit it is not read until replies have gone out.
   std::size_t unansweredRequests = 128;
+  // Of one connection; with more of them unsent, it is not read either.
+  std::size_t unsentBytesAhead = std::size_t{256} << 10;
+  // Of one connection, in one turn; then the others have theirs.
+  std::size_t requestsInTurn = 32;
   std::size_t connections = 1024;
   // Of one connection; a peer that leaves more unread is disconnected.
   std::size_t unsentBytes = std::size_t{64} << 20;
+  // Of all connections together, messages that are not whole yet and answers not sent. Beyond, the
+  // connection that holds the most ends.
+  std::size_t heldBytes = std::size_t{256} << 20;
 
   // The standard limits, but no more connections than leave this process 64 of the descriptors that
   // it may have now: files, watches and timers must not fail because of peers.

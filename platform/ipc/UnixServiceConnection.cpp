@@ -12,6 +12,13 @@
 
 namespace quenlet {
 
+namespace {
+
+// The connection itself, with its interface and gate.
+constexpr std::size_t ownBytes = std::size_t{8} << 10;
+
+}  // namespace
+
 // The right to answer one request. The last copy to go without having used it tells the caller.
 class UnixServiceConnection::PendingReply final {
  public:
@@ -41,14 +48,18 @@ class UnixServiceConnection::PendingReply final {
 UnixServiceConnection::UnixServiceConnection(
     std::shared_ptr<EventLoop> eventLoop, FileDescriptor connectedSocket, PeerIdentity peerIdentity,
     std::shared_ptr<const EntitlementDatabase> entitlementDatabase, ServiceLimits serviceLimits,
-    ClosedHandler closedHandler)
+    ClosedHandler closedHandler, const std::shared_ptr<HeldBytes>& heldBytesOfAll)
     : loop(std::move(eventLoop)),
       peer(std::move(peerIdentity)),
       entitlements(std::move(entitlementDatabase)),
       limits(serviceLimits),
       onClosed(std::move(closedHandler)),
       reader(limits.messageSizeInBytes),
-      descriptor(std::move(connectedSocket)) {}
+      heldInput(heldBytesOfAll),
+      descriptor(std::move(connectedSocket)),
+      heldOutput(heldBytesOfAll) {
+  heldInput.set(ownBytes);
+}
 
 std::optional<PropertyList> UnixServiceConnection::valueForEntitlement(
     const std::string& entitlement) const {
@@ -108,7 +119,11 @@ void UnixServiceConnection::onReady(std::uint32_t events) {
   {
     MutexLock lock(mutex);
     if (!descriptor.isOpen()) return;
-    if ((events & EPOLLOUT) != 0) flush();
+    if ((events & EPOLLOUT) != 0) {
+      flush();
+      continueSoon();
+      updateWatch();
+    }
     socket = descriptor.get();
     reading = resumed && !paused && !abandoned;
   }
@@ -123,6 +138,7 @@ void UnixServiceConnection::readOnce(int socket) {
   const ssize_t count = ::recv(socket, room.data(), room.size(), MSG_DONTWAIT);
   if (count > 0) {
     reader.added(static_cast<std::size_t>(count));
+    heldInput.set(ownBytes + reader.capacityInBytes());
     dispatchFrames();
   } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
     closeByItself();
@@ -144,12 +160,27 @@ bool UnixServiceConnection::mayDispatch() {
   MutexLock lock(mutex);
   if (!descriptor.isOpen() || abandoned) return false;
   dispatching = true;
-  paused = unanswered >= limits.unansweredRequests;
+  paused = mustWait() || requestsInTurn >= limits.requestsInTurn;
+  ++requestsInTurn;
   return !paused;
+}
+
+// Whether the peer has to take answers first.
+bool UnixServiceConnection::mustWait() const {
+  return unanswered >= limits.unansweredRequests || output.unsentBytes() >= limits.unsentBytesAhead;
+}
+
+void UnixServiceConnection::continueSoon() {
+  if (!paused || dispatching || continuationPosted || mustWait() || !descriptor.isOpen()) return;
+  continuationPosted = true;
+  loop->post([weak = weak_from_this()] {
+    if (const auto held = weak.lock()) held->continueReading();
+  });
 }
 
 void UnixServiceConnection::dispatchFrames() {
   bool understood = true;
+  requestsInTurn = 0;
   while (understood && mayDispatch()) {
     const std::optional<FrameReader::Frame> frame = reader.next();
     if (!frame) break;
@@ -168,6 +199,7 @@ void UnixServiceConnection::dispatchFrames() {
       fail(frame->identifier, error);
     }
   }
+  heldInput.set(ownBytes + reader.capacityInBytes());
   finishBatch();
   if (!understood) closeByItself();
 }
@@ -177,13 +209,8 @@ void UnixServiceConnection::finishBatch() {
   dispatching = false;
   if (!descriptor.isOpen()) return;
   flush();
-  // An answer of another thread may have made room since the pause was decided.
-  if (paused && unanswered < limits.unansweredRequests && !continuationPosted) {
-    continuationPosted = true;
-    loop->post([weak = weak_from_this()] {
-      if (const auto held = weak.lock()) held->continueReading();
-    });
-  }
+  // The turn was over, or an answer of another thread has made room since.
+  continueSoon();
   updateWatch();
 }
 
@@ -240,27 +267,20 @@ void UnixServiceConnection::answer(FrameKind kind, std::uint64_t identifier, std
     kind = FrameKind::failure;
     body = std::move(encoder).take();
   }
-  bool continues = false;
-  {
-    MutexLock lock(mutex);
-    --unanswered;
-    enqueue(kind, identifier, std::move(body));
-    if (!dispatching || !loop->isLoopThread()) {
-      flush();
-      if (!output.empty()) updateWatch();
-    }
-    continues = paused && !dispatching && descriptor.isOpen() && !continuationPosted;
-    continuationPosted = continuationPosted || continues;
+  MutexLock lock(mutex);
+  --unanswered;
+  enqueue(kind, identifier, std::move(body));
+  if (!dispatching || !loop->isLoopThread()) {
+    flush();
+    if (!output.empty()) updateWatch();
   }
-  if (!continues) return;
-  loop->post([weak = weak_from_this()] {
-    if (const auto held = weak.lock()) held->continueReading();
-  });
+  continueSoon();
 }
 
 void UnixServiceConnection::enqueue(FrameKind kind, std::uint64_t identifier, std::string body) {
   if (!descriptor.isOpen() || abandoned) return;
   output.append(kind, identifier, {}, std::move(body));
+  heldOutput.set(output.unsentBytes());
   if (output.unsentBytes() <= limits.unsentBytes) return;
   // It may be that the socket has room and nobody has tried yet.
   flush();
@@ -270,12 +290,14 @@ void UnixServiceConnection::enqueue(FrameKind kind, std::uint64_t identifier, st
 void UnixServiceConnection::flush() {
   if (!descriptor.isOpen() || output.empty()) return;
   if (output.writeTo(descriptor.get()) == OutputQueue::Outcome::failed) abandon();
+  heldOutput.set(output.unsentBytes());
 }
 
 // Shutting the socket down makes it ready, so that the loop's thread closes it.
 void UnixServiceConnection::abandon() {
   abandoned = true;
   output.clear();
+  heldOutput.set(0);
   ::shutdown(descriptor.get(), SHUT_RDWR);
 }
 
@@ -294,8 +316,17 @@ void UnixServiceConnection::close() {
     object.swap(exportedObject);
     closing = std::move(descriptor);
     output.clear();
+    heldOutput.set(0);
   }
   if (ended) ended->cancel();
+  // Requests that are not answered yet keep the connection, but need nothing of this.
+  reader = FrameReader(limits.messageSizeInBytes);
+  heldInput.set(0);
+}
+
+std::size_t UnixServiceConnection::heldBytes() {
+  MutexLock lock(mutex);
+  return heldInput.get() + heldOutput.get();
 }
 
 }  // namespace quenlet

@@ -11,6 +11,7 @@
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/EntitlementDatabase.h"
 #include "platform/ipc/FrameReader.h"
+#include "platform/ipc/HeldBytes.h"
 #include "platform/ipc/OutputQueue.h"
 #include "platform/ipc/PeerIdentity.h"
 #include "platform/ipc/ServiceConnection.h"
@@ -36,7 +37,8 @@ class UnixServiceConnection final : public ServiceConnection,
   UnixServiceConnection(std::shared_ptr<EventLoop> eventLoop, FileDescriptor connectedSocket,
                         PeerIdentity peerIdentity,
                         std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
-                        ServiceLimits serviceLimits, ClosedHandler closedHandler);
+                        ServiceLimits serviceLimits, ClosedHandler closedHandler,
+                        const std::shared_ptr<HeldBytes>& heldBytesOfAll = nullptr);
   UnixServiceConnection(const UnixServiceConnection&) = delete;
   UnixServiceConnection& operator=(const UnixServiceConnection&) = delete;
 
@@ -53,6 +55,8 @@ class UnixServiceConnection final : public ServiceConnection,
   void readAtOnce() EXCLUDES(mutex) { onReady(EPOLLIN); }
   // Ends the connection without a word. On the loop's thread, or when the loop does not run.
   void close() EXCLUDES(mutex);
+  // Of messages that are not whole yet, and of answers that are not sent. On the loop's thread.
+  [[nodiscard]] std::size_t heldBytes() EXCLUDES(mutex);
 
  private:
   class PendingReply;
@@ -66,6 +70,8 @@ class UnixServiceConnection final : public ServiceConnection,
                std::string_view arguments) EXCLUDES(mutex);
   [[nodiscard]] bool mayDispatch() EXCLUDES(mutex);
   void finishBatch() EXCLUDES(mutex);
+  [[nodiscard]] bool mustWait() const REQUIRES(mutex);
+  void continueSoon() REQUIRES(mutex);
   void closeByItself() EXCLUDES(mutex);
   void answer(FrameKind kind, std::uint64_t identifier, std::string body) EXCLUDES(mutex);
   void fail(std::uint64_t identifier, const ErrorPtr& error) EXCLUDES(mutex);
@@ -82,6 +88,8 @@ class UnixServiceConnection final : public ServiceConnection,
   const ClosedHandler onClosed;
   // On the loop's thread only.
   FrameReader reader;
+  HeldBytes::Part heldInput;
+  std::size_t requestsInTurn = 0;
 
   Mutex mutex;
   FileDescriptor descriptor GUARDED_BY(mutex);
@@ -89,9 +97,10 @@ class UnixServiceConnection final : public ServiceConnection,
   std::shared_ptr<const ServiceInterface> exportedInterface GUARDED_BY(mutex);
   std::shared_ptr<ExportedObject> exportedObject GUARDED_BY(mutex);
   OutputQueue output GUARDED_BY(mutex);
+  HeldBytes::Part heldOutput GUARDED_BY(mutex);
   std::size_t unanswered GUARDED_BY(mutex) = 0;
   bool resumed GUARDED_BY(mutex) = false;
-  // The limit of unanswered requests was reached; complete requests may wait in the reader.
+  // A limit was reached; complete requests may wait in the reader.
   bool paused GUARDED_BY(mutex) = false;
   bool continuationPosted GUARDED_BY(mutex) = false;
   // The loop's thread is dispatching, and writes what it answered afterwards.

@@ -1,17 +1,20 @@
 #include "platform/ipc/UnixServiceListener.h"
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <utility>
 
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/OutputQueue.h"
+#include "platform/scheduling/refuseDescriptors.h"
 
 namespace quenlet {
 
@@ -40,7 +43,11 @@ UnixServiceListener::UnixServiceListener(
     ServiceLimits serviceLimits)
     : name(std::move(serviceName)),
       entitlements(std::move(entitlementDatabase)),
-      limits(serviceLimits) {}
+      limits(serviceLimits),
+      held(std::make_shared<HeldBytes>(
+          limits.heldBytes, [this, loop = loop] { loop->post([this] { relieveMemory(); }); },
+          // The allocator keeps what lies between things that are still in use.
+          [loop = loop] { loop->post([] { ::malloc_trim(0); }); })) {}
 
 UnixServiceListener::~UnixServiceListener() {
   if (!thread.joinable()) return;
@@ -91,6 +98,7 @@ ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
     return makePosixError(failure, "bind the socket of " + name);
   }
   socketPath = at.socketPath();
+  refuseDescriptors(socket.get());
   if (::listen(socket.get(), SOMAXCONN) != 0) return makePosixError(errno, "listen to " + name);
   listeningSocket = std::move(socket);
   return nullptr;
@@ -139,7 +147,7 @@ void UnixServiceListener::admit(FileDescriptor socket) {
   if (!asked) return;
   auto connection = std::make_shared<UnixServiceConnection>(
       loop, std::move(socket), std::move(peer).takeLeft(), entitlements, limits,
-      [this](UnixServiceConnection& closed) { connectionClosed(closed); });
+      [this](UnixServiceConnection& closed) { connectionClosed(closed); }, held);
   connections.emplace(connection.get(), connection);
   if (asked->shouldAcceptNewConnection(*this, connection)) {
     connection->start();
@@ -156,6 +164,17 @@ void UnixServiceListener::connectionClosed(UnixServiceConnection& connection) {
   if (!spareDescriptor.isOpen()) spareDescriptor = openSpare();
   if (!std::exchange(acceptingPaused, false)) return;
   watch->setEvents(EPOLLIN);
+}
+
+void UnixServiceListener::relieveMemory() {
+  while (held->isExceeded() && !connections.empty()) {
+    const auto largest = std::max_element(
+        connections.begin(), connections.end(),
+        [](const auto& a, const auto& b) { return a.second->heldBytes() < b.second->heldBytes(); });
+    const std::shared_ptr<UnixServiceConnection> ended = largest->second;
+    ended->close();
+    connectionClosed(*ended);
+  }
 }
 
 }  // namespace quenlet

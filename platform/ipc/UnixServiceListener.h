@@ -22,7 +22,8 @@ namespace quenlet {
 // what a crashed one left. Thread-safe; resume() is for one call.
 //
 // Peers of other users than root are disconnected at once; a connection beyond the limit is told so
-// first. The end of the listener ends all its connections; it is not for its own thread.
+// first. Who holds the most memory goes when all hold too much. The end of the listener ends all
+// its connections; it is not for its own thread.
 class UnixServiceListener final : public ServiceListener {
  public:
   UnixServiceListener(std::string serviceName,
@@ -42,11 +43,13 @@ class UnixServiceListener final : public ServiceListener {
   void admit(FileDescriptor socket) EXCLUDES(mutex);
   void refuseOne(int failure);
   void connectionClosed(UnixServiceConnection& connection);
+  void relieveMemory();
 
   const std::string name;
   const std::shared_ptr<const EntitlementDatabase> entitlements;
   const ServiceLimits limits;
   const std::shared_ptr<EventLoop> loop = std::make_shared<EventLoop>();
+  const std::shared_ptr<HeldBytes> held;
 
   Mutex mutex;
   std::weak_ptr<ServiceListenerDelegate> delegate GUARDED_BY(mutex);

@@ -20,6 +20,7 @@
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/Text.h"
 #include "platform/notifications/NotificationDirectory.h"
+#include "platform/scheduling/refuseDescriptors.h"
 
 namespace quenlet {
 namespace {
@@ -99,6 +100,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     if (!name.isLeft()) return name.right();
     Result<FileDescriptor> socket = directory.left().bindSocket(name.left());
     if (!socket.isLeft()) return socket.right();
+    refuseDescriptors(socket.left().get());
     receiver.emplace(Receiver{std::move(directory).takeLeft(), name.left(),
                               std::move(socket).takeLeft(), nullptr});
     receiver->watch =

@@ -45,6 +45,9 @@ TEST_F(DonatingTest, KeepsWhatItAcknowledgedWhenKilled) {
     startAgent();
     EXPECT_EQ(countDonations(), i * 3);
     EXPECT_EQ(donate("com.example." + std::to_string(i), "Anna Berg", mailCard).code, 0);
+    EXPECT_THAT(readFile(agent->processDirectory() / "limits"),
+                testing::ContainsRegex("core file size +0 "))
+        << "values are not to be left in a file of its memory";
     agent->signal(SIGKILL);
     EXPECT_EQ(agent->wait(), -SIGKILL);
   }
@@ -84,7 +87,9 @@ TEST_F(DonatingTest, RefusesACopyOfTheClientWhileItServesTheClient) {
   EXPECT_EQ(refused.code, 1);
   EXPECT_EQ(refused.out + refused.err,
             "quenlet: ovaro.general-error 4097: connection to corvel: missing entitlement\n");
-
+  EXPECT_THAT(run({"unshare", "--user", "--map-current-user", bin / "quenlet", "list"}).err,
+              testing::AnyOf(HasSubstr("missing entitlement"), testing::StartsWith("unshare: ")))
+      << "there it could name any program as its own";
   EXPECT_EQ(quenlet({"list"}).code, 0);
 }
 

@@ -61,9 +61,15 @@ class ChildProcess final {
     return pid > 0 && !status;
   }
 
+  [[nodiscard]] std::filesystem::path processDirectory() const {
+    return "/proc/" + std::to_string(pid);
+  }
+  [[nodiscard]] std::size_t openDescriptors() const {
+    const std::filesystem::directory_iterator entries(processDirectory() / "fd");
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+  }
   [[nodiscard]] bool hasChildren() const {
-    const std::string number = std::to_string(pid);
-    return !readFile("/proc/" + number + "/task/" + number + "/children").empty();
+    return !readFile(processDirectory() / "task" / std::to_string(pid) / "children").empty();
   }
 
   [[nodiscard]] std::string out() const { return readFile(path + ".out"); }

@@ -20,7 +20,6 @@ namespace quenlet {
 class TrustTest : public ProcessTest {
  protected:
   TrustTest() {
-    ::setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
     rlimit files{};
     ::getrlimit(RLIMIT_NOFILE, &files);
     files.rlim_cur = files.rlim_max;

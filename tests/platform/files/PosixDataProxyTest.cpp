@@ -142,7 +142,7 @@ TEST_F(PosixDataProxyTest, ClearsUpAfterACrashButLeavesTemporariesInUse) {
   ASSERT_EQ(::flock(writer.get(), LOCK_EX), 0);
   EXPECT_EQ(write("file", "new"), nullptr);
   EXPECT_EQ(home.names(), Names({used, foreign[0], foreign[1], "file"}));
-  DurableFileWriter::removeLeftovers(home.root());
+  DurableFileWriter::removeLeftovers(home.path());
   EXPECT_EQ(home.names(), Names({used, foreign[0], "file"}));
 }
 

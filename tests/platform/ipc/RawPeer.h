@@ -1,7 +1,12 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+
+#include <array>
+#include <cstring>
+#include <filesystem>
 
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/FrameReader.h"
@@ -45,13 +50,25 @@ class RawPeer final {
     return true;
   }
 
+  // Sends a byte with a descriptor attached; false when that is refused.
+  [[nodiscard]] bool pass(int descriptor) const {
+    iovec part{&descriptor, 1};
+    alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof descriptor)> control{};
+    msghdr message{nullptr, 0, &part, 1, control.data(), control.size(), 0};
+    *CMSG_FIRSTHDR(&message) = {CMSG_LEN(sizeof descriptor), SOL_SOCKET, SCM_RIGHTS};
+    std::memcpy(CMSG_DATA(CMSG_FIRSTHDR(&message)), &descriptor, sizeof descriptor);
+    return ::sendmsg(socket.get(), &message, MSG_NOSIGNAL) == 1;
+  }
+
   // "<identifier> <text>" for a reply, "<identifier> !<code>" for a failure, "end" at the end.
   std::string receive() {
     while (true) {
       if (const auto frame = reader.next()) {
         WireReader values(frame->body);
         const std::string identifier = std::to_string(frame->identifier) + " ";
-        if (frame->kind == FrameKind::reply) return identifier + std::string(*values.string());
+        if (frame->kind == FrameKind::reply) {
+          return identifier + std::string(values.string().value_or(""));
+        }
         return identifier + "!" + std::to_string(ErrorWire::decode(values)->code());
       }
       const auto room = reader.room();
@@ -61,6 +78,8 @@ class RawPeer final {
     }
   }
 
+  // Nothing more is sent.
+  void finish() const { ::shutdown(socket.get(), SHUT_WR); }
   void close() { socket.reset(); }
 
  private:

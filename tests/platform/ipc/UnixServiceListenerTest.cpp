@@ -4,6 +4,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <thread>
+
+#include "platform/scheduling/refuseDescriptors.h"
 #include "tests/platform/ipc/EchoService.h"
 #include "tests/platform/ipc/RawPeer.h"
 
@@ -88,12 +91,59 @@ TEST_F(UnixServiceListenerTest, OutlivesPeersThatVanishWithRequestsOpen) {
 TEST_F(UnixServiceListenerTest, EndsTheConnectionOfAPeerThatNeverReads) {
   serve({.unsentBytes = 1 << 20});
   RawPeer peer(socket);
-  const std::string request = RawPeer::request(1, "echo", std::string(100000, 'x'));
-  std::size_t sent = 0;
-  while (peer.send(request)) ASSERT_LT(++sent, 200U);
-  EXPECT_GT(sent, 10U) << "the bound itself must fit";
+  const std::string request = RawPeer::request(1, "later", std::string(100000, 'x'));
+  for (int i = 0; i < 20; ++i) ASSERT_TRUE(peer.send(request));
+  service->waitForRequests(20);
+  for (int i = 0; i < 20; ++i) service->answerOne();
+  std::size_t received = 0;
+  while (peer.receive() != "end") ++received;
+  EXPECT_LT(received, 20U);
+}
+
+TEST_F(UnixServiceListenerTest, EndsWhoHoldsTheMostWhenAllHoldTooMuch) {
+  serve({.unsentBytesAhead = 1 << 30, .heldBytes = 1 << 20});
+  RawPeer modest(socket);
+  EXPECT_EQ(send(modest, RawPeer::request(1, "echo", "a")), "1 a");
+  for (const auto& [name, bytes] : {
+           std::pair("answers not read", RawPeer::request(1, "echo", std::string(200'000, 'x'))),
+           std::pair("a message without end", "\0\0\0\1\0"s + std::string(200'000, 'x')),
+       }) {
+    RawPeer peer(socket);
+    int sent = 0;
+    while (peer.send(bytes)) ASSERT_LT(++sent, 50) << name;
+    EXPECT_GT(sent, 1) << "what is held, and the socket's own buffers, must fit";
+  }
+  EXPECT_EQ(send(modest, RawPeer::request(2, "echo", "b")), "2 b");
+}
+
+// Its answers would pile up, and take the others' time.
+TEST_F(UnixServiceListenerTest, DoesNotReadAPeerThatDoesNotReadUntilItDoes) {
+  serve({.requestsInTurn = 3, .heldBytes = 1 << 20});
+  RawPeer peer(socket);
+  std::thread sender([&peer] {
+    for (int i = 0; i < 50; ++i) peer.send(RawPeer::request(1, "echo", std::string(100'000, 'x')));
+  });
   RawPeer other(socket);
-  EXPECT_EQ(send(other, RawPeer::request(3, "echo", "here")), "3 here");
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(send(other, RawPeer::request(3, "echo", "x")), "3 x");
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(peer.receive().size(), 100'002U);
+  sender.join();
+}
+
+// The end of what they stand for could hold the service up.
+TEST_F(UnixServiceListenerTest, LetsNobodySendDescriptors) {
+  serve();
+  const RawPeer accepted(socket);
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::pipe(ends.data()), 0);
+  const FileDescriptor reading(ends[0]);
+  int refuses = 0;
+  socklen_t size = sizeof refuses;
+  const bool canRefuse = ::getsockopt(FileDescriptor(::socket(AF_UNIX, SOCK_STREAM, 0)).get(),
+                                      SOL_SOCKET, SO_PASSRIGHTS, &refuses, &size) == 0;
+  EXPECT_EQ(accepted.pass(ends[1]), !canRefuse);
+  ::close(ends[1]);
+  char byte = 0;
+  EXPECT_EQ(::read(reading.get(), &byte, 1), 0) << "where it is taken, it is closed";
 }
 
 TEST_F(UnixServiceListenerTest, TellsTheConnectionBeyondTheLimit) {

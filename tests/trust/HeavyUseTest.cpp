@@ -1,0 +1,81 @@
+// More of what clients do than they ever do. An agent with ThreadSanitizer ends when that has
+// something to report.
+
+#include <atomic>
+
+#include "tests/trust/Operations.h"
+#include "tests/trust/TrustTest.h"
+
+namespace quenlet {
+namespace {
+
+class HeavyUseTest : public TrustTest {
+ protected:
+  static void askAtRandom(unsigned threadSeed) {
+    std::mt19937 randomHere{threadSeed};
+    std::atomic<int> replies = 0;
+    const ErrorReply replied = [&replies](const ErrorPtr& error) {
+      EXPECT_TRUE(!error || error->code() == 1) << error->description();
+      ++replies;
+    };
+    CorvelProxy client;
+    const int requests = count(5'000, 100'000);
+    for (int i = 0; i < requests; ++i) {
+      ask(client, randomHere() % numberOfOperations, randomHere() % 8, replied);
+    }
+    EXPECT_TRUE(eventually([&] { return replies == requests; })) << replies;
+  }
+  // Half of what it donates takes the place of what the batch before it donated.
+  static void donateBatch(CorvelProtocol& client, int number, int size) {
+    DonationValues values;
+    for (int i = 0; i < size; ++i) {
+      const std::string id = std::to_string((number * size / 2 + i) % (4 * size));
+      const DonationOrigin origin = from("bundle" + std::to_string(number % 3), id);
+      const std::string text = std::to_string(number) + ":" + id;
+      values.push_back(i % 2 == 0 ? email(text + "@example.org", origin)
+                                  : postal({.street = text, .city = "Ulm"}, origin));
+    }
+    ASSERT_EQ(donateTo(client, values), nullptr);
+  }
+};
+
+TEST_F(HeavyUseTest, StormLeavesOnTheDiskWhatIsHeld) {
+  startAgent();
+  std::vector<std::thread> clients;
+  for (unsigned i = 0; i < 6; ++i) clients.emplace_back(&askAtRandom, seed + i);
+  for (int i = 0; i < count(60, 1'000); ++i) {
+    EXPECT_EQ(quenlet({i % 2 == 0 ? "disable" : "enable"}).code, 0);
+    writeFile(ownersCard, cardText("Anna Berg", {"EMAIL:" + std::to_string(i) + "@example.org"}));
+  }
+  for (std::thread& client : clients) client.join();
+  ASSERT_TRUE(eventually([this] { return quenlet({"card"}).code == 0; })) << agent->err();
+  EXPECT_EQ(donate("app", "Anna Berg", {"EMAIL:last@example.org"}).code, 0);
+  const std::string held = quenlet({"list"}).out;
+  EXPECT_EQ(stopAgent(), 0) << agent->err();
+  EXPECT_EQ(agent->err().find("ThreadSanitizer"), std::string::npos) << agent->err();
+  startAgent();
+  EXPECT_EQ(quenlet({"list"}).out, held);
+}
+
+TEST_F(HeavyUseTest, SoakTakesNoMoreMemoryInTheEndThanOnceWarm) {
+  const int size = count(250, 1'000);
+  const int batches = count(20'000, 1'000'000) / size;
+  double warm = 0;
+  double end = 0;
+  startSilentAgent();
+  CorvelProxy client;
+  for (int number = 1; number <= batches; ++number) {
+    donateBatch(client, number, size);
+    if (number % 10 != 0) continue;
+    EXPECT_EQ(quenlet({"forget", "bundle" + std::to_string(number % 3)}).code, 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(2500));  // donors are looked for
+    end = memoryInMiB();
+    if (number <= batches / 2) warm = std::max(warm, end);
+  }
+  std::cout << batches * size << " donations; PSS in MiB: " << warm
+            << " at most in the first half, " << end << " in the end" << std::endl;
+  EXPECT_LE(end, warm * 1.03);
+}
+
+}  // namespace
+}  // namespace quenlet
