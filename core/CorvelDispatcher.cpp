@@ -30,6 +30,24 @@ SuccessReply successReply(WireReply reply) {
   };
 }
 
+// The card changes seldom and is fetched often.
+std::string encodeFetched(const Contact& contact) {
+  return contact.keptForms().get(KeptForms::fetchReply, [&contact] {
+    WireEncoder encoder;
+    ContactWire::encode(encoder, contact);
+    ErrorWire::encode(encoder, nullptr);
+    return std::move(encoder).take();
+  });
+}
+
+std::string encodeSynchronous(const ContactPtr& contact) {
+  return contact->keptForms().get(KeptForms::synchronousFetchReply, [&contact] {
+    WireEncoder encoder;
+    ContactWire::encodeEither(encoder, Result<ContactPtr>::left(contact));
+    return std::move(encoder).take();
+  });
+}
+
 // The next argument, which the interface has as text.
 std::string textArgument(WireReader& arguments) {
   return std::string(arguments.string().value_or(std::string_view()));
@@ -100,20 +118,20 @@ void CorvelDispatcher::removeBundle(WireReader arguments, WireReply reply) const
 }
 
 void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
-  gate->fetchDonatedMeCard([replies = replies, reply = std::move(reply)](const ContactPtr& contact,
-                                                                         const ErrorPtr& error) {
-    if (contact) return reply(replies->fetched(contact));
-    WireEncoder encoder;
-    encoder.null();
-    ErrorWire::encode(encoder, error);
-    reply(std::move(encoder).take());
-  });
+  gate->fetchDonatedMeCard(
+      [reply = std::move(reply)](const ContactPtr& contact, const ErrorPtr& error) {
+        if (contact) return reply(encodeFetched(*contact));
+        WireEncoder encoder;
+        encoder.null();
+        ErrorWire::encode(encoder, error);
+        reply(std::move(encoder).take());
+      });
 }
 
 void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
   gate->synchronousDonatedMeCard(
-      [replies = replies, reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
-        if (contactOrError.isLeft()) return reply(replies->synchronous(contactOrError.left()));
+      [reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
+        if (contactOrError.isLeft()) return reply(encodeSynchronous(contactOrError.left()));
         WireEncoder encoder;
         ContactWire::encodeEither(encoder, contactOrError);
         reply(std::move(encoder).take());

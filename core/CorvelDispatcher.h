@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 
-#include "core/ContactReplies.h"
 #include "platform/donations/CorvelProtocol.h"
 #include "platform/ipc/ServiceConnection.h"
 
@@ -18,12 +17,9 @@ class CorvelDispatcher final : public ExportedObject {
  public:
   // `admitsClient` tells whether `gate` lets the client's calls through. `contactReplies` is for
   // all connections together.
-  CorvelDispatcher(
-      std::shared_ptr<CorvelProtocol> connectionGate, std::function<bool()> admitsClient,
-      std::shared_ptr<ContactReplies> contactReplies = std::make_shared<ContactReplies>())
-      : gate(std::move(connectionGate)),
-        gateAdmitsClient(std::move(admitsClient)),
-        replies(std::move(contactReplies)) {}
+  CorvelDispatcher(std::shared_ptr<CorvelProtocol> connectionGate,
+                   std::function<bool()> admitsClient)
+      : gate(std::move(connectionGate)), gateAdmitsClient(std::move(admitsClient)) {}
 
   void perform(const std::string& selector, WireReader arguments, WireReply reply) override;
 
@@ -41,7 +37,6 @@ class CorvelDispatcher final : public ExportedObject {
 
   const std::shared_ptr<CorvelProtocol> gate;
   const std::function<bool()> gateAdmitsClient;
-  const std::shared_ptr<ContactReplies> replies;
 };
 
 }  // namespace quenlet

@@ -25,8 +25,8 @@ bool DonationListenerDelegate::shouldAcceptNewConnection(
       // Weakly, since the connection owns the gate.
       [connection = std::weak_ptr<ServiceConnection>(newConnection)] { return connection.lock(); });
   newConnection->setExportedInterface(interface);
-  newConnection->setExportedObject(std::make_shared<CorvelDispatcher>(
-      gate, [gate] { return gate->admitsClient(); }, replies));
+  newConnection->setExportedObject(
+      std::make_shared<CorvelDispatcher>(gate, [gate] { return gate->admitsClient(); }));
   newConnection->resume();
   return true;
 }

@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include "core/ContactReplies.h"
 #include "platform/AgentEnvironmentProtocol.h"
 #include "platform/donations/CorvelProtocol.h"
 #include "platform/ipc/ServiceListener.h"
@@ -30,7 +29,6 @@ class DonationListenerDelegate final : public ServiceListenerDelegate {
   const std::shared_ptr<AgentEnvironmentProtocol> environment;
   const std::shared_ptr<CorvelProtocol> agent;
   const ServiceInterface interface = makeConfiguredInterface();
-  const std::shared_ptr<ContactReplies> replies = std::make_shared<ContactReplies>();
 };
 
 }  // namespace quenlet

@@ -9,6 +9,7 @@ namespace {
 
 // Marks the offset of a further key until its place is known.
 constexpr std::uint32_t furtherMark = std::uint32_t{1} << 31;
+constexpr std::size_t mostFurtherBytes = std::size_t{1} << 30;
 
 enum class LetterCase { kept, folded };
 
@@ -32,8 +33,10 @@ std::string_view viewOf(const std::optional<std::string>& text) {
 }  // namespace
 
 TextSlice DigestMaker::furtherKey(const std::string& key) {
-  const TextSlice slice{narrowed(further.size()) | furtherMark, narrowed(key.size())};
-  further += key;
+  // Of keys beyond all bounds, which only the owner's own file could hold, the begin is compared.
+  const std::string_view kept = std::string_view(key).substr(0, mostFurtherBytes - further.size());
+  const TextSlice slice{narrowed(further.size()) | furtherMark, narrowed(kept.size())};
+  further += kept;
   return slice;
 }
 

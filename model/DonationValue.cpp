@@ -119,6 +119,8 @@ bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationV
     const std::optional<DonationFields> fields = reader.takeRecord();
     if (!fields || !fields->areValid()) return false;
     const std::size_t textSize = start.size() - reader.remainder().size();
+    // A large one gets a block of its own.
+    if (!digests.empty() && textSize > enoughForBlockInBytes) break;
     digests.push_back(maker.digestOfText(*fields, start.substr(0, textSize)));
     if (fields->kind == DonationKind::imageData) {
       images.push_back(std::make_unique<const DecodedDonation>(fields->decoded()));

@@ -6,6 +6,7 @@
 #include "platform/contacts/LabeledValues.h"
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/PostalAddress.h"
+#include "platform/foundation/KeptForms.h"
 
 namespace quenlet {
 
@@ -52,10 +53,16 @@ class Contact {
     return fields.imageData;
   }
 
+  // For whoever sends the contact again and again.
+  [[nodiscard]] const KeptForms& keptForms() const { return forms; }
+
   friend bool operator==(const Contact&, const Contact&) = default;
 
  protected:
   ContactFields fields;
+
+ private:
+  KeptForms forms;
 };
 
 // A contact under construction, by one thread at a time. Slicing it to a Contact ends the

@@ -39,8 +39,8 @@ class ExtensionCatalog final {
   explicit ExtensionCatalog(std::vector<ManifestDirectory> manifestDirectories);
 
   [[nodiscard]] std::shared_ptr<const Content> read() const EXCLUDES(mutex);
-  // What was read within the last second, or else now. A loader of donors asks 2 s after the
-  // donation that it is about, so that it misses nothing that was installed by then.
+  // What was read within the last second, or else now. Renewal asks 2 s after the donation that it
+  // is about, so that it misses nothing that was installed by then.
   [[nodiscard]] std::shared_ptr<const Content> recent() const EXCLUDES(mutex);
 
  private:

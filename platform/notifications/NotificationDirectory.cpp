@@ -63,9 +63,11 @@ Result<NotificationDirectory> NotificationDirectory::open(const std::filesystem:
   return Opened::left(NotificationDirectory(std::move(opened)));
 }
 
-bool NotificationDirectory::isPrivate() const {
+bool NotificationDirectory::isPrivateAt(const std::filesystem::path& path) const {
   struct stat status {};
-  return ::fstat(directory.get(), &status) == 0 && status.st_nlink > 0 &&
+  struct stat present {};
+  return ::fstat(directory.get(), &status) == 0 && ::lstat(path.c_str(), &present) == 0 &&
+         status.st_dev == present.st_dev && status.st_ino == present.st_ino &&
          status.st_uid == ::geteuid() && (status.st_mode & 0077) == 0;
 }
 

@@ -19,8 +19,8 @@ class NotificationDirectory final {
   // to the user.
   [[nodiscard]] static Result<NotificationDirectory> open(const std::filesystem::path& path);
 
-  // Whether the directory has not been removed, and is still the user's own.
-  [[nodiscard]] bool isPrivate() const;
+  // Whether the directory is still what `path` leads to, and the user's own.
+  [[nodiscard]] bool isPrivateAt(const std::filesystem::path& path) const;
   // The names of the sockets there, living or stale.
   [[nodiscard]] std::vector<std::string> socketNames() const;
   // A non-blocking socket that receives under a new name.

@@ -159,7 +159,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
 
   ErrorPtr sendToAll(const std::string& name) EXCLUDES(mutex) {
     MutexLock lock(mutex);
-    if (receiver && receiver->directory.isPrivate()) {
+    if (receiver && receiver->directory.isPrivateAt(directoryPath)) {
       sendToAllIn(receiver->directory, name);
       return nullptr;
     }

@@ -37,7 +37,7 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
   void runSynchronously(const Block& block) EXCLUDES(mutex) {
     if (!startAtOnce()) waitForTurn();
     block();
-    finish(Access::reader);
+    finish(Access::reader, Caller::submitter);
   }
 
   bool startAtOnce() EXCLUDES(mutex) {
@@ -55,7 +55,7 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
       ++synchronousReaders;
       admit();
     }
-    while (const std::optional<Job> job = nextBefore(turnHasCome)) run(*job);
+    while (const std::optional<Job> job = nextBefore(turnHasCome)) run(*job, Caller::submitter);
   }
 
   // A job that a synchronous reader can run while it waits; none when its own turn has come.
@@ -74,12 +74,12 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
       if (ready.empty()) return;
       job = takeReady();
     }
-    run(job);
+    run(job, Caller::endingBlock);
   }
 
-  void run(const Job& job) EXCLUDES(mutex) {
+  void run(const Job& job, Caller caller) EXCLUDES(mutex) {
     job.block->run();
-    finish(job.access);
+    finish(job.access, caller);
   }
 
   Job takeReady() REQUIRES(mutex) {
@@ -88,14 +88,14 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
     return job;
   }
 
-  void finish(Access access) EXCLUDES(mutex) {
+  void finish(Access access, Caller caller) EXCLUDES(mutex) {
     MutexLock lock(mutex);
     if (access == Access::writer) {
       writerActive = false;
     } else {
       --activeReaders;
     }
-    admit(Caller::endingBlock);
+    admit(caller);
   }
 
   bool mayStart(Access access) const REQUIRES(mutex) {

@@ -102,6 +102,21 @@ TEST_F(ProductionSchedulerProviderTest, SynchronousReadersGetThroughWhenTheyFill
   EXPECT_EQ(seen, 20);
 }
 
+TEST_F(ProductionSchedulerProviderTest,
+       WriterAfterASynchronousReaderDoesNotWaitForTheReadersBlock) {
+  std::latch reading(1), written(1);
+  background->performBlock([&] {
+    state->performSynchronousReaderBlock([&] {
+      reading.count_down();
+      state->performWriterBlock([&] { written.count_down(); });
+    });
+    written.wait();  // on a thread of the pool that looks for no work meanwhile
+  });
+  reading.wait();
+  written.wait();
+  finish();
+}
+
 TEST_F(ProductionSchedulerProviderTest, CancelledBlocksNeverStart) {
   std::latch gate(1);
   std::vector<std::string> ran;
