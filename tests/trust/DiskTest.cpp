@@ -296,6 +296,7 @@ class PowerFailTest : public DiskTest {
       if (call.front() == ignored) continue;
       disk.apply(call.front(), std::stoi(descriptor), name, data);
       const std::size_t ways = ignored == '\0' ? disk.countWays() : 1;
+      if (ways > 1'000'000) return false;  // hardly anything is synchronized
       for (std::size_t way = 0; way < ways; ++way, ++states) {
         std::filesystem::remove_all(home / "Library");
         disk.restore(way);

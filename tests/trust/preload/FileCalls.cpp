@@ -49,10 +49,9 @@ int pass(char call, int descriptor, const char* path, const char* data, int size
   const bool fails = fate > 0;
   if (fate == FileCallPlan::kills) ::kill(::getpid(), SIGKILL);
   if (fate == FileCallPlan::fallsShort && (call == 'w' || call == 'i') && a[2] > 1) a[2] /= 2;
-  int result = -1;  // what fails to close is closed
-  if (!fails || call == 'c') result = ::syscall(number, a[0], a[1], a[2], a[3], a[4]);
+  int result = !fails || call == 'c' ? ::syscall(number, a[0], a[1], a[2], a[3], a[4]) : -1;
   if (call == 'o' && result >= 0) opened.at(descriptor = result) = true;
-  if (call == 'c') opened.at(descriptor) = false;
+  if (call == 'c') opened.at(descriptor) = false;  // what fails to close is closed
   if (call == 'w') size = result;
   if (!fails && result >= 0) {
     ::dprintf(record, "%c%c%d%c%s%c%.*s%c", call, 0, descriptor, 0, path, 0, size, data, 0);
