@@ -19,7 +19,7 @@ namespace {
 class ObedientDonor final : public ExtensionDonor {
  public:
   Result<Date> renewExpirationDate(const DonationValue& value) override {
-    const std::string& wish = value.emailEntry()->label;
+    const std::string wish = value.emailEntry()->label;
     if (wish == "throw") throw std::logic_error("personal");
     if (wish == "throw 42") throw 42;
     if (wish == "refuse") return Result<Date>::right(makeError("donor", 5, "no"));

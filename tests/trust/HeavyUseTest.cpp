@@ -72,7 +72,7 @@ TEST_F(HeavyUseTest, SoakTakesNoMoreMemoryInTheEndThanOnceWarm) {
     end = memoryInMiB();
     if (number <= batches / 2) warm = std::max(warm, end);
   }
-  std::cout << batches * size << " donations; PSS in MiB: " << warm
+  std::cout << batches * size << " donations; anonymous PSS in MiB: " << warm
             << " at most in the first half, " << end << " in the end" << std::endl;
   EXPECT_LE(end, warm * 1.03);
 }

@@ -106,7 +106,8 @@ class HostilePeersTest : public TrustTest {
       EXPECT_TRUE(eventually([&] { return memoryInMiB() <= memory + 8; }));
       std::cout << "p99 of a fetch in ms: idle " << idle << ", attacked " << attacked
                 << " (wake-up " << wakeUp << "), afterwards " << recovered
-                << "; PSS in MiB: before " << memory << ", afterwards " << memoryInMiB() << "\n";
+                << "; anonymous PSS in MiB: before " << memory << ", afterwards " << memoryInMiB()
+                << "\n";
     }
     EXPECT_TRUE(wasServed);
   }

@@ -37,11 +37,12 @@ class TrustTest : public ProcessTest {
     ASSERT_TRUE(eventually([this] { return !agent->isRunning() || countDonations() >= 0; }));
     ASSERT_TRUE(agent->isRunning());
   }
-  // What the agent's process alone takes of the machine, and its share of what it shares.
+  // PSS but for mapped files, whose pages count for more whenever another program that shares them
+  // ends.
   [[nodiscard]] double memoryInMiB() const {
     std::istringstream words(readFile(agent->processDirectory() / "smaps_rollup"));
     for (std::string word; words >> word;) {
-      if (word == "Pss:" && words >> word) return std::stod(word) / 1024;
+      if (word == "Pss_Anon:" && words >> word) return std::stod(word) / 1024;
     }
     ADD_FAILURE() << "the agent's memory cannot be seen";
     return 0;
