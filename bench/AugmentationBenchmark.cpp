@@ -19,7 +19,7 @@ enum Kind : std::int64_t { emailAddresses, phoneNumbers, postalAddresses, oneEnd
 
 template <typename T>
 void addEntry(LabeledValues<T>& entries, T value) {
-  entries.push_back(
+  entries.append(
       std::make_shared<const LabeledValue<T>>(LabeledValue<T>{"home", std::move(value), {}}));
 }
 

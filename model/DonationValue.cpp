@@ -68,7 +68,7 @@ DonationValuePtr DonationValue::donationValueWithEmailAddress(std::string emailA
       {Value::EmailAddress{std::move(emailAddress), std::move(label)}, std::move(origin)});
 }
 
-DonationValuePtr DonationValue::donationValueWithPhoneNumber(PhoneNumber phoneNumber,
+DonationValuePtr DonationValue::donationValueWithPhoneNumber(const PhoneNumber& phoneNumber,
                                                              std::string label,
                                                              DonationOrigin origin) {
   return makeRecord(

@@ -38,7 +38,7 @@ class DonationValue final {
   [[nodiscard]] static DonationValuePtr donationValueWithEmailAddress(std::string emailAddress,
                                                                       std::string label,
                                                                       DonationOrigin origin);
-  [[nodiscard]] static DonationValuePtr donationValueWithPhoneNumber(PhoneNumber phoneNumber,
+  [[nodiscard]] static DonationValuePtr donationValueWithPhoneNumber(const PhoneNumber& phoneNumber,
                                                                      std::string label,
                                                                      DonationOrigin origin);
   [[nodiscard]] static DonationValuePtr donationValueWithPostalAddress(PostalAddress postalAddress,

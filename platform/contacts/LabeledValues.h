@@ -67,7 +67,7 @@ class LabeledValues final {
 
   // Both only for a list that holds its entries.
   void reserve(std::size_t count) { held.reserve(count); }
-  void push_back(Entry entry) { held.push_back(std::move(entry)); }
+  void append(Entry entry) { held.push_back(std::move(entry)); }
 
  private:
   std::vector<Entry> held;

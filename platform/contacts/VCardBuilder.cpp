@@ -174,7 +174,7 @@ LabeledValues<T> VCardBuilder::finished(Entries<T> entries) const {
   for (Entry<T>& entry : entries) {
     const auto label = entry.group.empty() ? labelsByGroup.end() : labelsByGroup.find(entry.group);
     if (label != labelsByGroup.end()) entry.labeledValue.label = label->second;
-    list.push_back(std::make_shared<const LabeledValue<T>>(std::move(entry.labeledValue)));
+    list.append(std::make_shared<const LabeledValue<T>>(std::move(entry.labeledValue)));
   }
   return list;
 }

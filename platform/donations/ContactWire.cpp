@@ -90,7 +90,7 @@ bool decodeEntries(const PropertyListDictionary& content, const char* key,
   for (const PropertyList& element : *list->array()) {
     auto entry = decodeEntry<T>(element);
     if (!entry) return false;
-    entries.push_back(std::move(entry));
+    entries.append(std::move(entry));
   }
   return true;
 }

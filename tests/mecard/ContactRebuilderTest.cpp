@@ -131,7 +131,7 @@ class ProductionInfoProviderTest : public EnvironmentTest {
     card.givenName = given;
     card.familyName = family;
     for (auto& address : addresses) {
-      card.emailAddresses.push_back(std::make_shared<const LabeledValue<std::string>>(
+      card.emailAddresses.append(std::make_shared<const LabeledValue<std::string>>(
           LabeledValue<std::string>{"home", std::move(address), {}}));
     }
     environment->contacts->card = std::make_shared<const Contact>(std::move(card));

@@ -159,7 +159,7 @@ TEST(VCardReaderTest, ReadsVeryLargeLines) {
 
 template <typename T>
 void add(LabeledValues<T>& entries, std::string label, T value) {
-  entries.push_back(std::make_shared<const LabeledValue<T>>(
+  entries.append(std::make_shared<const LabeledValue<T>>(
       LabeledValue<T>{std::move(label), std::move(value), {}}));
 }
 
