@@ -57,7 +57,7 @@ DonationValuePtr phoneRecord(const PropertyList& content, const std::string* lab
   if (!content.string() || !label) return nullptr;
   std::optional<PhoneNumber> number = PhoneNumber::withStringValue(*content.string());
   if (!number) return nullptr;
-  return DonationValue::donationValueWithPhoneNumber(std::move(*number), *label, std::move(origin));
+  return DonationValue::donationValueWithPhoneNumber(*number, *label, std::move(origin));
 }
 
 DonationValuePtr postalRecord(const PropertyList& content, const std::string* label,
