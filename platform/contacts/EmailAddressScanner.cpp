@@ -296,10 +296,13 @@ std::optional<std::string> EmailAddressScanner::firstEmailAddressInString(
   const std::string_view text = plain;
   if (!isCut && isAddressAlone(trimmed(text))) return std::string(trimmed(text));
   AuthorityFollower authority(text);
+  // Behind the last "@" of a URL, which a quoted local part must not reach back over.
+  std::size_t begin = 0;
   for (std::size_t at = text.find('@'); at != std::string_view::npos; at = text.find('@', at + 1)) {
     authority.moveTo(at);
     if (authority.isInside()) {
       if (auto user = authority.userAddress()) return user;
+      begin = at + 1;
       continue;
     }
     DomainReader reader(text.substr(at + 1));
@@ -307,7 +310,7 @@ std::optional<std::string> EmailAddressScanner::firstEmailAddressInString(
     const bool isWhole = !isCut || at + 1 + domain.size() < text.size();
     if (domain.empty() || !isWhole) continue;
     const std::string_view local = localPart(text.substr(0, at), reader.isOfUnspacedScript());
-    if (local.empty()) continue;
+    if (local.empty() || local.size() > at - begin) continue;
     return std::string(local).append("@").append(domain);
   }
   return std::nullopt;
