@@ -52,6 +52,7 @@ TEST_F(HeavyUseTest, StormLeavesOnTheDiskWhatIsHeld) {
   EXPECT_EQ(donate("app", "Anna Berg", {"EMAIL:last@example.org"}).code, 0);
   const std::string held = quenlet({"list"}).out;
   EXPECT_EQ(stopAgent(), 0) << agent->err();
+  RecordProperty("operations", 6 * count(5'000, 100'000));
   EXPECT_EQ(agent->err().find("ThreadSanitizer"), std::string::npos) << agent->err();
   startAgent();
   EXPECT_EQ(quenlet({"list"}).out, held);
@@ -72,8 +73,9 @@ TEST_F(HeavyUseTest, SoakTakesNoMoreMemoryInTheEndThanOnceWarm) {
     end = memoryInMiB();
     if (number <= batches / 2) warm = std::max(warm, end);
   }
-  std::cout << batches * size << " donations; anonymous PSS in MiB: " << warm
-            << " at most in the first half, " << end << " in the end" << std::endl;
+  RecordProperty("donations", batches * size);
+  RecordProperty("KiB in use at most in the first half", static_cast<int>(warm * 1024));
+  RecordProperty("KiB in use in the end", static_cast<int>(end * 1024));
   EXPECT_LE(end, warm * 1.03);
 }
 

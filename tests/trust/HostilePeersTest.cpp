@@ -104,10 +104,14 @@ class HostilePeersTest : public TrustTest {
                   recovered <= 5 * std::max({idle, laterWakeUp, 1.0});
       EXPECT_TRUE(eventually([&] { return agent->openDescriptors() == descriptors; }));
       EXPECT_TRUE(eventually([&] { return memoryInMiB() <= memory + 8; }));
-      std::cout << "p99 of a fetch in ms: idle " << idle << ", attacked " << attacked
-                << " (wake-up " << wakeUp << "), afterwards " << recovered
-                << "; anonymous PSS in MiB: before " << memory << ", afterwards " << memoryInMiB()
-                << "\n";
+      std::cout << "p99 in ms: fetch attacked " << attacked << " (wake-up " << wakeUp
+                << "), afterwards " << recovered << " (wake-up " << laterWakeUp << ")\n";
+      RecordProperty("p99 of a fetch in us, idle", static_cast<int>(idle * 1000));
+      RecordProperty("p99 of a fetch in us, attacked", static_cast<int>(attacked * 1000));
+      RecordProperty("p99 of a fetch in us, afterwards", static_cast<int>(recovered * 1000));
+      RecordProperty("KiB in use before", static_cast<int>(memory * 1024));
+      RecordProperty("KiB in use afterwards", static_cast<int>(memoryInMiB() * 1024));
+      RecordProperty("attacks", attempt + 1);
     }
     EXPECT_TRUE(wasServed);
   }
@@ -116,6 +120,12 @@ class HostilePeersTest : public TrustTest {
     rusage children{};
     ::getrusage(RUSAGE_CHILDREN, &children);
     return children;
+  }
+  // How often a test repeats what it does.
+  int repetitions(int inShortForm, int inLongForm) {
+    const int number = count(inShortForm, inLongForm);
+    RecordProperty("repetitions", number);
+    return number;
   }
   RawPeer connect() { return RawPeer(temporary / "quenlet" / CorvelServiceName); }
   // One of each message that a client sends.
@@ -155,7 +165,7 @@ class HostilePeersTest : public TrustTest {
 TEST_F(HostilePeersTest, GetOneAnswerForEachMalformedMessageOrTheEnd) {
   withstand([&] {
     RawPeer peer = connect();
-    for (int i = count(50'000, 1'000'000); i > 0; --i) {
+    for (int i = repetitions(50'000, 1'000'000); i > 0; --i) {
       const std::string& original = valid[anyBelow(valid.size())];
       std::string message = RawPeer::frame(FrameKind::request, static_cast<std::uint64_t>(i),
                                            mutated(original.substr(FrameHeader::sizeInBytes)));
@@ -182,7 +192,8 @@ TEST_F(HostilePeersTest, AreToldWhenTheyAreTooMany) {
     std::vector<RawPeer> peers;
     // The bystander is one.
     while (peers.size() < 1023) peers.push_back(connect());
-    for (int i = count(20'000, 500'000); i > 0; --i) ASSERT_EQ(connect().receive(), "0 !7") << i;
+    for (int i = repetitions(20'000, 500'000); i > 0; --i)
+      ASSERT_EQ(connect().receive(), "0 !7") << i;
     peers.back().send(fetch);
     EXPECT_EQ(peers.back().receive(), "1 ");
   });
@@ -193,7 +204,7 @@ TEST_F(HostilePeersTest, CannotFillTheMemoryWithWhatTheyDoNotReadOrDoNotEnd) {
   while (fetches.size() < 20'000) fetches += fetches;
   const std::string endless = std::string("\0\0\0\1\0", 5) + std::string(1 << 20, 'x');
   const auto attack = [&] {
-    for (int round = 2 * count(3, 50); round > 0; --round) {
+    for (int round = repetitions(6, 100); round > 0; --round) {
       std::vector<RawPeer> peers;
       for (int i = 0; i < 1000; ++i) {
         peers.push_back(connect());
@@ -222,7 +233,7 @@ TEST_F(HostilePeersTest, MayDripAByteASecond) {
   withstand([&] {
     std::vector<RawPeer> peers;
     while (peers.size() < 1000) peers.push_back(connect());
-    for (std::size_t i = 0; i < static_cast<std::size_t>(count(5, 30)); ++i) {
+    for (std::size_t i = 0; i < static_cast<std::size_t>(repetitions(5, 30)); ++i) {
       for (RawPeer& peer : peers) ASSERT_TRUE(peer.send(fetch.substr(i, 1)));
       std::this_thread::sleep_for(1s);
     }
@@ -231,7 +242,7 @@ TEST_F(HostilePeersTest, MayDripAByteASecond) {
 
 TEST_F(HostilePeersTest, CannotLeaveDescriptorsBehind) {
   withstand([&] {
-    for (int i = count(20'000, 200'000); i > 0; --i) {
+    for (int i = repetitions(20'000, 200'000); i > 0; --i) {
       const RawPeer peer = connect();
       auto [ours, theirs] = makePair();
       static_cast<void>(peer.pass(theirs.get()));
@@ -244,7 +255,7 @@ TEST_F(HostilePeersTest, CannotLeaveDescriptorsBehind) {
 
 TEST_F(HostilePeersTest, MayDieInAnyPhase) {
   withstand([&] {
-    for (int i = count(20'000, 200'000); i > 0; --i) {
+    for (int i = repetitions(20'000, 200'000); i > 0; --i) {
       RawPeer peer = connect();
       const std::string& whole = valid[anyBelow(valid.size())];
       const std::size_t end = std::min(anyBelow(2 * whole.size()), whole.size());
