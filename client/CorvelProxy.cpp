@@ -23,8 +23,7 @@ std::string encodedText(const std::string& text) {
 void decodeContactReply(const Result<std::string>& outcome, const ContactReply& reply) {
   if (!outcome.isLeft()) return reply(nullptr, outcome.right());
   WireReader values(outcome.left());
-  WireReader contactValue(values.skip());
-  ContactPtr contact = ContactWire::decode(contactValue);
+  ContactPtr contact = ContactWire::decode(values);
   if (const ErrorPtr error = ErrorWire::decode(values)) return reply(nullptr, error);
   if (!contact) return reply(nullptr, malformedReply("the agent's card is not readable"));
   reply(std::move(contact), nullptr);

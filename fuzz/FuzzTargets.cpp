@@ -7,6 +7,7 @@
 #include "platform/contacts/NameComponentsTokenizer.h"
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/VCard.h"
+#include "platform/donations/ContactWire.h"
 #include "platform/donations/CorvelInterface.h"
 #include "platform/donations/DonationWire.h"
 #include "platform/foundation/PropertyListSerializer.h"
@@ -34,21 +35,37 @@ void vCard(std::string_view text) {
   }
 }
 
+template <typename Decode, typename Encode>
+void decodedIsEncoded(std::string_view bytes, const Decode& decode, const Encode& encode) {
+  WireReader reader(bytes);
+  const auto decoded = decode(reader);
+  if (!decoded) return;
+  WireEncoder once, twice;
+  encode(once, *decoded);
+  WireReader again(once.bytes());
+  encode(twice, *decode(again));
+  assert(reader.atEnd() && again.atEnd() && once.bytes() == twice.bytes());
+}
+
 void wireMessage(std::string_view bytes) {
   const std::vector<WireParameter> donations{{WireType::list, false, {DonationWire::className}}};
+  const std::vector<WireParameter> card{{WireType::object, false, {ContactWire::className}}};
   FrameReader reader(1 << 20);
   const auto room = reader.room();
   reader.added(bytes.copy(room.data(), room.size()));
   while (const auto frame = reader.next()) {
-    if (frame->error || validateWireValues(frame->body, donations)) return;
-    WireReader values(frame->body);
-    const auto decoded = DonationWire::decode(values);
-    if (!decoded.isLeft()) return;
-    WireEncoder once, twice;
-    DonationWire::encode(once, decoded.left());
-    WireReader again(once.bytes());
-    DonationWire::encode(twice, DonationWire::decode(again).left());
-    assert(values.atEnd() && again.atEnd() && once.bytes() == twice.bytes());
+    if (frame->error) return;
+    if (!validateWireValues(frame->body, card)) {
+      decodedIsEncoded(frame->body, &ContactWire::decode, &ContactWire::encode);
+    } else if (!validateWireValues(frame->body, donations)) {
+      decodedIsEncoded(
+          frame->body,
+          [](WireReader& values) {
+            auto list = DonationWire::decode(values);
+            return list.isLeft() ? std::optional(std::move(list).takeLeft()) : std::nullopt;
+          },
+          &DonationWire::encode);
+    }
   }
 }
 

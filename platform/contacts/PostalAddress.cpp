@@ -8,9 +8,7 @@
 namespace quenlet {
 namespace {
 
-using Field = std::string PostalAddress::*;
-
-constexpr std::array<std::pair<const char*, Field>, 8> fieldsByKey = {{
+constexpr std::array<std::pair<std::string_view, PostalAddress::Field>, 8> fieldsByKey = {{
     {"street", &PostalAddress::street},
     {"subLocality", &PostalAddress::subLocality},
     {"city", &PostalAddress::city},
@@ -45,6 +43,13 @@ std::optional<PostalAddress> PostalAddress::postalAddressWithDictionaryRepresent
   }
   if (!anyKnownKey) return std::nullopt;
   return address;
+}
+
+PostalAddress::Field PostalAddress::fieldForKey(std::string_view key) {
+  for (const auto& [fieldKey, field] : fieldsByKey) {
+    if (fieldKey == key) return field;
+  }
+  return nullptr;
 }
 
 bool operator==(const PostalAddress& a, const PostalAddress& b) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/foundation/PropertyList.h"
 
@@ -13,6 +14,8 @@ enum class PostalAddressStyle : std::int64_t { mailingAddress = 0, abbreviated =
 
 // A postal address; a field that does not apply is empty. A value type.
 struct PostalAddress final {
+  using Field = std::string PostalAddress::*;
+
   std::string street = {};  // may hold several lines
   std::string subLocality = {};
   std::string city = {};
@@ -28,6 +31,9 @@ struct PostalAddress final {
   // key holds anything but a string, or when no known key is there.
   [[nodiscard]] static std::optional<PostalAddress> postalAddressWithDictionaryRepresentation(
       const PropertyListDictionary& entries);
+
+  // The field that the dictionary has under `key`; null when there is none.
+  [[nodiscard]] static Field fieldForKey(std::string_view key);
 
   // All fields, by canonical equivalence.
   friend bool operator==(const PostalAddress& a, const PostalAddress& b);

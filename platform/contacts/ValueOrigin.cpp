@@ -7,12 +7,6 @@
 namespace quenlet {
 namespace {
 
-constexpr char bundleIdentifierKey[] = "bundleIdentifier";
-constexpr char donationIdentifierKey[] = "donationIdentifier";
-constexpr char clusterIdentifierKey[] = "clusterIdentifier";
-constexpr char donationDateKey[] = "donationDate";
-constexpr char expirationDateKey[] = "expirationDate";
-
 std::optional<double> secondsOfEntry(const PropertyList& entry) {
   if (const Date* date = entry.date()) return date->secondsSince1970();
   if (const std::int64_t* seconds = entry.integer()) return static_cast<double>(*seconds);

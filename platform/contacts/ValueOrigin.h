@@ -10,6 +10,13 @@ namespace quenlet {
 // Where a value comes from: the donor, its donation, an optional cluster of donations that belong
 // together, and the span for which it is good. A value type.
 struct ValueOrigin final {
+  // Of its dictionary.
+  static constexpr char bundleIdentifierKey[] = "bundleIdentifier";
+  static constexpr char donationIdentifierKey[] = "donationIdentifier";
+  static constexpr char clusterIdentifierKey[] = "clusterIdentifier";
+  static constexpr char donationDateKey[] = "donationDate";
+  static constexpr char expirationDateKey[] = "expirationDate";
+
   std::string bundleIdentifier;
   std::string donationIdentifier;
   std::optional<std::string> clusterIdentifier;

@@ -1,6 +1,7 @@
 #include "platform/donations/ContactWire.h"
 
 #include <array>
+#include <cmath>
 #include <utility>
 
 #include "platform/contacts/PersonNameComponents.h"
@@ -31,22 +32,6 @@ PropertyList valueOf(const std::string& emailAddress) { return emailAddress; }
 PropertyList valueOf(const PhoneNumber& number) { return number.stringValue(); }
 PropertyList valueOf(const PostalAddress& address) { return address.dictionaryRepresentation(); }
 
-std::optional<std::string> readValue(const PropertyList& value, const std::string*) {
-  if (!value.string()) return std::nullopt;
-  return *value.string();
-}
-
-std::optional<PhoneNumber> readValue(const PropertyList& value, const PhoneNumber*) {
-  if (!value.string()) return std::nullopt;
-  return PhoneNumber::withStringValue(*value.string());
-}
-
-std::optional<PostalAddress> readValue(const PropertyList& value, const PostalAddress*) {
-  if (!value.dictionary()) return std::nullopt;
-  if (value.dictionary()->empty()) return PostalAddress{};
-  return PostalAddress::postalAddressWithDictionaryRepresentation(*value.dictionary());
-}
-
 template <typename T>
 void encodeEntries(WireEncoder& encoder, const char* key, const LabeledValues<T>& entries) {
   if (entries.empty()) return;
@@ -60,59 +45,121 @@ void encodeEntries(WireEncoder& encoder, const char* key, const LabeledValues<T>
   }
 }
 
-template <typename T>
-std::shared_ptr<const LabeledValue<T>> decodeEntry(const PropertyList& element) {
-  const PropertyListDictionary* fields = element.dictionary();
-  const std::string* label = fields ? findString(*fields, labelKey) : nullptr;
-  const PropertyList* value = fields ? findEntry(*fields, valueKey) : nullptr;
-  if (!label || !value) return nullptr;
-  std::optional<T> read = readValue(*value, static_cast<const T*>(nullptr));
-  if (!read) return nullptr;
-  StoreInfo storeInfo;
-  if (const PropertyList* origin = findEntry(*fields, ValueOriginKey)) {
-    if (!origin->dictionary()) return nullptr;
-    std::optional<ValueOrigin> readOrigin =
-        ValueOrigin::originWithDictionary(*origin->dictionary());
-    if (!readOrigin) return nullptr;
-    storeInfo.valueOrigin = std::make_shared<const ValueOrigin>(std::move(*readOrigin));
-  }
-  return std::make_shared<const LabeledValue<T>>(
-      LabeledValue<T>{*label, std::move(*read), std::move(storeInfo)});
+// What follows reads one value and says whether it is what it has to be; if not, the place of the
+// reader is somewhere in that value. No trees are built: a client waits for this.
+
+bool read(WireReader& reader, std::string& text) {
+  const std::optional<std::string_view> value = reader.string();
+  if (value) text = *value;
+  return value.has_value();
 }
 
-// Whether the list under `key` could be read; a missing one is empty.
-template <typename T>
-bool decodeEntries(const PropertyListDictionary& content, const char* key,
-                   LabeledValues<T>& entries) {
-  const PropertyList* list = findEntry(content, key);
-  if (!list) return true;
-  if (!list->array()) return false;
-  for (const PropertyList& element : *list->array()) {
-    auto entry = decodeEntry<T>(element);
-    if (!entry) return false;
-    entries.append(std::move(entry));
-  }
+bool read(WireReader& reader, std::optional<PhoneNumber>& number) {
+  const std::optional<std::string_view> value = reader.string();
+  number = value ? PhoneNumber::withStringValue(*value) : std::nullopt;
+  return number.has_value();
+}
+
+bool read(WireReader& reader, std::shared_ptr<const std::string>& imageData) {
+  const std::optional<std::string_view> value = reader.data();
+  if (value) imageData = std::make_shared<const std::string>(*value);
+  return value.has_value();
+}
+
+bool read(WireReader& reader, Date& date) {
+  const std::optional<double> seconds = reader.real();
+  if (seconds) date = Date(*seconds);
+  return seconds && std::isfinite(*seconds);
+}
+
+bool isUnknown(WireReader& reader) {
+  reader.skip();
   return true;
 }
 
-std::shared_ptr<const Contact> contactWithContent(const PropertyListDictionary& content) {
-  ContactFields fields;
-  for (const auto& [key, field] : textFields) {
-    const PropertyList* text = findEntry(content, key);
-    if (!text) continue;
-    if (!text->string()) return nullptr;
-    fields.*field = *text->string();
+// A dictionary: calls `readEntry` with each key, to read what belongs to it.
+template <typename ReadEntry>
+bool readDictionary(WireReader& reader, const ReadEntry& readEntry) {
+  const std::optional<std::size_t> count = reader.dictionary();
+  for (std::size_t left = count.value_or(0); left > 0; --left) {
+    const std::optional<std::string_view> key = reader.string();
+    if (!key || !readEntry(*key)) return false;
   }
-  if (!decodeEntries(content, emailAddressesKey, fields.emailAddresses) ||
-      !decodeEntries(content, phoneNumbersKey, fields.phoneNumbers) ||
-      !decodeEntries(content, postalAddressesKey, fields.postalAddresses)) {
-    return nullptr;
+  return count.has_value();
+}
+
+bool read(WireReader& reader, PostalAddress& address) {
+  return readDictionary(reader, [&](std::string_view key) {
+    const PostalAddress::Field field = PostalAddress::fieldForKey(key);
+    return field ? read(reader, address.*field) : isUnknown(reader);
+  });
+}
+
+template <typename T>
+bool read(WireReader& reader, std::optional<T>& value) {
+  return read(reader, value.emplace());
+}
+
+bool read(WireReader& reader, std::shared_ptr<const ValueOrigin>& valueOrigin) {
+  ValueOrigin origin;
+  std::optional<Date> donated;
+  std::optional<Date> expires;
+  const bool isRead = readDictionary(reader, [&](std::string_view key) {
+    if (key == ValueOrigin::bundleIdentifierKey) return read(reader, origin.bundleIdentifier);
+    if (key == ValueOrigin::donationIdentifierKey) return read(reader, origin.donationIdentifier);
+    if (key == ValueOrigin::clusterIdentifierKey) return read(reader, origin.clusterIdentifier);
+    if (key == ValueOrigin::donationDateKey) return read(reader, donated);
+    if (key == ValueOrigin::expirationDateKey) return read(reader, expires);
+    return isUnknown(reader);
+  });
+  if (!isRead || !donated || !expires) return false;
+  if (origin.bundleIdentifier.empty() || origin.donationIdentifier.empty()) return false;
+  origin.donationDate = *donated;
+  origin.expirationDate = *expires;
+  valueOrigin = std::make_shared<const ValueOrigin>(std::move(origin));
+  return true;
+}
+
+template <typename T>
+bool read(WireReader& reader, std::shared_ptr<const LabeledValue<T>>& entry) {
+  std::optional<std::string> label;
+  std::optional<T> value;
+  StoreInfo storeInfo;
+  const bool isRead = readDictionary(reader, [&](std::string_view key) {
+    if (key == labelKey) return read(reader, label);
+    if (key == valueKey) return read(reader, value);
+    if (key == ValueOriginKey) return read(reader, storeInfo.valueOrigin);
+    return isUnknown(reader);
+  });
+  if (!isRead || !label || !value) return false;
+  entry = std::make_shared<const LabeledValue<T>>(
+      LabeledValue<T>{*std::move(label), *std::move(value), std::move(storeInfo)});
+  return true;
+}
+
+template <typename T>
+bool read(WireReader& reader, LabeledValues<T>& entries) {
+  const std::optional<std::size_t> count = reader.list();
+  entries = {};
+  for (std::size_t left = count.value_or(0); left > 0; --left) {
+    typename LabeledValues<T>::Entry entry;
+    if (!read(reader, entry)) return false;
+    entries.append(std::move(entry));
   }
-  if (const PropertyList* image = findEntry(content, imageDataKey)) {
-    if (!image->data()) return nullptr;
-    fields.imageData = std::make_shared<const std::string>(image->data()->bytes);
-  }
-  return std::make_shared<const Contact>(std::move(fields));
+  return count.has_value();
+}
+
+bool read(WireReader& reader, ContactFields& fields) {
+  return readDictionary(reader, [&](std::string_view key) {
+    for (const auto& [textKey, field] : textFields) {
+      if (key == textKey) return read(reader, fields.*field);
+    }
+    if (key == emailAddressesKey) return read(reader, fields.emailAddresses);
+    if (key == phoneNumbersKey) return read(reader, fields.phoneNumbers);
+    if (key == postalAddressesKey) return read(reader, fields.postalAddresses);
+    if (key == imageDataKey) return read(reader, fields.imageData);
+    return isUnknown(reader);
+  });
 }
 
 // How many fields of the contact are written.
@@ -151,14 +198,15 @@ void ContactWire::encode(WireEncoder& encoder, const Contact& contact) {
 }
 
 std::shared_ptr<const Contact> ContactWire::decode(WireReader& reader) {
-  if (reader.nextType() != WireType::object) {
-    reader.skip();
-    return nullptr;
+  WireReader content = reader;
+  ContactFields fields;
+  if (content.nextType() == WireType::object && content.object() == className &&
+      read(content, fields)) {
+    reader = content;
+    return std::make_shared<const Contact>(std::move(fields));
   }
-  const bool isContact = reader.object() == className;
-  const std::optional<PropertyList> content = reader.propertyList();
-  if (!isContact || !content || !content->dictionary()) return nullptr;
-  return contactWithContent(*content->dictionary());
+  reader.skip();
+  return nullptr;
 }
 
 void ContactWire::encodeEither(WireEncoder& encoder,
@@ -179,9 +227,8 @@ Result<std::shared_ptr<const Contact>> ContactWire::decodeEither(WireReader& rea
   if (reader.object() != eitherClassName || reader.nextType() != WireType::object) {
     return Outcome::right(malformed());
   }
-  WireReader content(reader.skip());
-  WireReader contentAsContact = content;
-  if (auto contact = decode(contentAsContact)) return Outcome::left(std::move(contact));
+  WireReader content = reader;
+  if (auto contact = decode(reader)) return Outcome::left(std::move(contact));
   const ErrorPtr error = ErrorWire::decode(content);
   return Outcome::right(error ? error : malformed());
 }

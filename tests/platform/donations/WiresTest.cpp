@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "platform/donations/AccountWire.h"
 #include "platform/donations/ContactWire.h"
 #include "platform/donations/DonationWire.h"
@@ -73,14 +75,26 @@ TEST(ContactWireTest, CarriesAContactAndRefusesOthers) {
   const auto addresses = [](const Entries& entry) {
     return Entries{{"emailAddresses", PropertyListArray{entry}}};
   };
+  const auto origin = [](double date) {
+    return Entries{{"bundleIdentifier", "app"},
+                   {"donationIdentifier", "1"},
+                   {"donationDate", date},
+                   {"expirationDate", 1.0}};
+  };
   const Entries number{{"label", "h"}, {"value", "none"}};
   for (const Entries& bad :
        {Entries{{"phoneNumbers", PropertyListArray{number}}}, addresses({{"value", "a@x"}}),
         addresses({{"label", "h"}, {"value", "a@x"}, {"valueOrigin", Entries{}}}),
+        addresses({{"label", "h"}, {"value", "a@x"}, {"valueOrigin", origin(std::nan(""))}}),
         Entries{{"emailAddresses", "a@x"}}, Entries{{"givenName", 1}}}) {
-    EXPECT_EQ(decodedContact(WireEncoder().object("Contact").propertyList(bad)), nullptr)
-        << bad.begin()->first;
+    const WireEncoder encoder = WireEncoder().object("Contact").propertyList(bad).boolean(true);
+    WireReader reader(encoder.bytes());
+    EXPECT_EQ(ContactWire::decode(reader), nullptr) << bad.begin()->first;
+    EXPECT_EQ(reader.boolean(), true) << "nothing but the contact was read";
   }
+  const Entries later{{"aaa", addresses({})}, {"givenName", "Ann"}, {"zzz", 1}};
+  const auto read = decodedContact(WireEncoder().object("Contact").propertyList(later));
+  EXPECT_TRUE(read && read->givenName() == "Ann") << "what is not known is passed over";
 }
 
 TEST(ContactWireTest, TakesNothingElseForAnOutcome) {
