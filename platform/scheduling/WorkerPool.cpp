@@ -3,11 +3,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/foundation/FreedMemory.h"
+
 namespace quenlet {
 namespace {
 
 // Whose thread this is; null for all others.
 thread_local const WorkerPool* poolOfThisThread = nullptr;
+
+// So many blocks may have kept much memory together; looking for it costs less than they do.
+constexpr std::size_t manyBlocks = 256;
 
 }  // namespace
 
@@ -63,10 +68,20 @@ void WorkerPool::work() {
     }
     block();
     block = nullptr;
-    MutexLock lock(mutex);
-    --busyThreads;
-    if (ending && busyThreads == 0 && blocks.empty()) changed.notifyAll();
+    if (restsAfterMany()) returnFreedMemory();
   }
+}
+
+// Ends a block; answers whether it was the last one of many.
+bool WorkerPool::restsAfterMany() {
+  MutexLock lock(mutex);
+  --busyThreads;
+  ++blocksSinceRest;
+  if (busyThreads > 0 || !blocks.empty()) return false;
+  if (ending) changed.notifyAll();
+  if (blocksSinceRest < manyBlocks) return false;
+  blocksSinceRest = 0;
+  return true;
 }
 
 }  // namespace quenlet

@@ -11,7 +11,8 @@
 namespace quenlet {
 
 // A fixed number of threads that run blocks, the oldest first. Thread-safe. All threads are started
-// at construction. Blocks do not throw, and should not wait for other blocks of the pool.
+// at construction. Blocks do not throw, and should not wait for other blocks of the pool. Once many
+// have run and none is left, what they have freed goes back to the system.
 class WorkerPool final {
  public:
   // From 2 to 4, by the machine's processors.
@@ -33,11 +34,13 @@ class WorkerPool final {
 
  private:
   void work() EXCLUDES(mutex);
+  [[nodiscard]] bool restsAfterMany() EXCLUDES(mutex);
 
   Mutex mutex;
   ConditionVariable changed;
   std::deque<Block> blocks GUARDED_BY(mutex);
   std::size_t busyThreads GUARDED_BY(mutex) = 0;
+  std::size_t blocksSinceRest GUARDED_BY(mutex) = 0;
   bool ending GUARDED_BY(mutex) = false;
   bool ended GUARDED_BY(mutex) = false;
   std::vector<std::thread> threads;

@@ -103,8 +103,7 @@ class HostilePeersTest : public TrustTest {
       wasServed = attacked <= 5 * std::max({idle, wakeUp, 1.0}) &&
                   recovered <= 5 * std::max({idle, laterWakeUp, 1.0});
       EXPECT_TRUE(eventually([&] { return agent->openDescriptors() == descriptors; }));
-      // The allocator keeps some of what a burst needed, however long that lasts.
-      EXPECT_TRUE(eventually([&] { return memoryInMiB() <= memory + 16; }));
+      EXPECT_TRUE(eventually([&] { return memoryInMiB() <= memory + 8; }));
       std::cout << "p99 in ms: fetch attacked " << attacked << " (wake-up " << wakeUp
                 << "), afterwards " << recovered << " (wake-up " << laterWakeUp << ")\n";
       RecordProperty("p99 of a fetch in us, idle", static_cast<int>(idle * 1000));
