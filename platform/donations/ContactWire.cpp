@@ -72,7 +72,8 @@ bool read(WireReader& reader, Date& date) {
   return seconds && std::isfinite(*seconds);
 }
 
-bool isUnknown(WireReader& reader) {
+// What a later agent may say.
+bool passOver(WireReader& reader) {
   reader.skip();
   return true;
 }
@@ -91,7 +92,7 @@ bool readDictionary(WireReader& reader, const ReadEntry& readEntry) {
 bool read(WireReader& reader, PostalAddress& address) {
   return readDictionary(reader, [&](std::string_view key) {
     const PostalAddress::Field field = PostalAddress::fieldForKey(key);
-    return field ? read(reader, address.*field) : isUnknown(reader);
+    return field ? read(reader, address.*field) : passOver(reader);
   });
 }
 
@@ -110,7 +111,7 @@ bool read(WireReader& reader, std::shared_ptr<const ValueOrigin>& valueOrigin) {
     if (key == ValueOrigin::clusterIdentifierKey) return read(reader, origin.clusterIdentifier);
     if (key == ValueOrigin::donationDateKey) return read(reader, donated);
     if (key == ValueOrigin::expirationDateKey) return read(reader, expires);
-    return isUnknown(reader);
+    return passOver(reader);
   });
   if (!isRead || !donated || !expires) return false;
   if (origin.bundleIdentifier.empty() || origin.donationIdentifier.empty()) return false;
@@ -129,7 +130,7 @@ bool read(WireReader& reader, std::shared_ptr<const LabeledValue<T>>& entry) {
     if (key == labelKey) return read(reader, label);
     if (key == valueKey) return read(reader, value);
     if (key == ValueOriginKey) return read(reader, storeInfo.valueOrigin);
-    return isUnknown(reader);
+    return passOver(reader);
   });
   if (!isRead || !label || !value) return false;
   entry = std::make_shared<const LabeledValue<T>>(
@@ -158,7 +159,7 @@ bool read(WireReader& reader, ContactFields& fields) {
     if (key == phoneNumbersKey) return read(reader, fields.phoneNumbers);
     if (key == postalAddressesKey) return read(reader, fields.postalAddresses);
     if (key == imageDataKey) return read(reader, fields.imageData);
-    return isUnknown(reader);
+    return passOver(reader);
   });
 }
 

@@ -1,7 +1,6 @@
 #include "platform/ipc/UnixServiceListener.h"
 
 #include <fcntl.h>
-#include <malloc.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -12,6 +11,7 @@
 #include <chrono>
 #include <utility>
 
+#include "platform/foundation/FreedMemory.h"
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/OutputQueue.h"
 #include "platform/scheduling/refuseDescriptors.h"
@@ -47,7 +47,7 @@ UnixServiceListener::UnixServiceListener(
       held(std::make_shared<HeldBytes>(
           limits.heldBytes, [this, loop = loop] { loop->post([this] { relieveMemory(); }); },
           // The allocator keeps what lies between things that are still in use.
-          [loop = loop] { loop->post([] { ::malloc_trim(0); }); })) {}
+          [loop = loop] { loop->post(returnFreedMemory); })) {}
 
 UnixServiceListener::~UnixServiceListener() {
   if (!thread.joinable()) return;
