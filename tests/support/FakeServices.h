@@ -1,6 +1,7 @@
 #pragma once
 
 #include <list>
+#include <map>
 #include <optional>
 #include <set>
 
@@ -145,16 +146,24 @@ class FakeAccountStore final : public AccountStore {
 
 class FakeDeviceInfo final : public DeviceInfo {
  public:
-  std::int64_t integerAnswer(const std::string&, std::int64_t answer) override { return answer; }
+  std::map<std::string, std::int64_t> answers;
+
+  std::int64_t integerAnswer(const std::string& key, std::int64_t defaultAnswer) override {
+    const auto found = answers.find(key);
+    return found == answers.end() ? defaultAnswer : found->second;
+  }
 };
 
+// Calls `whenAsked`, if set, with the keys of each fetch.
 class FakeContactStore final : public ContactStore {
  public:
   std::shared_ptr<const Contact> card;
+  std::function<void(const std::vector<KeyDescriptor>&)> whenAsked;
 
   Result<std::shared_ptr<const Contact>> _crossPlatformUnifiedMeContactWithKeysToFetch(
-      const std::vector<KeyDescriptor>&) override {
+      const std::vector<KeyDescriptor>& keysToFetch) override {
     using Outcome = Result<std::shared_ptr<const Contact>>;
+    if (whenAsked) whenAsked(keysToFetch);
     return card ? Outcome::left(card) : Outcome::right(makeError(ContactErrorDomain, 1));
   }
 };
