@@ -15,7 +15,7 @@ class RecordingAgent final : public CorvelProtocol {
  public:
   const DonationValuePtr value =
       email("ann@example.org", DonationOrigin{"bundle", "id", "cluster", Date(1.5), Date(2.5)});
-  const ContactPtr contact = [this] {
+  ContactPtr contact = [this] {
     ContactFields fields;
     fields.givenName = "Ann";
     fields.emailAddresses = {value->emailEntry()};
