@@ -19,11 +19,11 @@ std::string lineOfCounts(const std::string& kind, std::uint64_t matched, std::ui
 }  // namespace
 
 LogAnalyticsReporter::LogAnalyticsReporter()
-    : log(PlatformServices::current().makeSystemLog("ovaro.quenlet", "analytics")) {}
+    : log_t(PlatformServices::current().makeSystemLog("ovaro.quenlet", "analytics")) {}
 
 void LogAnalyticsReporter::writeLines(std::initializer_list<std::string> lines) const {
   for (const std::string& line : lines) {
-    if (log->isDefaultLevelEnabled()) log->write(line);
+    if (log_t->isDefaultLevelEnabled()) log_t->write(line);
   }
 }
 

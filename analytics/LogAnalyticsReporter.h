@@ -25,7 +25,7 @@ class LogAnalyticsReporter final : public AnalyticsReporting {
  private:
   void writeLines(std::initializer_list<std::string> lines) const;
 
-  const std::shared_ptr<SystemLog> log;
+  const std::shared_ptr<SystemLog> log_t;
 };
 
 }  // namespace quenlet
