@@ -34,39 +34,57 @@ PrometheusCounterStore::PrometheusCounterStore(std::filesystem::path file,
       problems(std::make_shared<ProblemReporter>(path.filename().string())) {}
 
 void PrometheusCounterStore::setScalar(const std::string& key, std::int64_t value) {
-  MutexLock lock(mutex);
-  values.insert_or_assign(key, value);
-  save();
+  Saving saving;
+  {
+    MutexLock lock(mutex);
+    values.insert_or_assign(key, value);
+    saving = save();
+  }
+  report(saving);
 }
 
 void PrometheusCounterStore::addSample(const std::string& key, double sample) {
-  MutexLock lock(mutex);
-  if (add({1, sample}, key, values)) save();
+  Saving saving;
+  {
+    MutexLock lock(mutex);
+    if (!add({1, sample}, key, values)) return;
+    saving = save();
+  }
+  report(saving);
 }
 
 // The lock keeps the writes in the order of the counts; the file layer only queues them.
-void PrometheusCounterStore::save() {
-  if (!loaded) loaded = load();
-  if (!loaded) return;
-  dataProxy->writeData(PrometheusText::write(values), path, WritingOptions::atomic)
-      .onCompletion([reporter = problems](const Result<bool>& outcome) {
-        reporter->setProblem(outcome.isLeft() ? nullptr : outcome.right());
-      });
+PrometheusCounterStore::Saving PrometheusCounterStore::save() {
+  Saving saving;
+  if (!loaded) saving.problemOfReading = load();
+  if (loaded) {
+    saving.writing =
+        dataProxy->writeData(PrometheusText::write(values), path, WritingOptions::atomic);
+  }
+  return saving;
 }
 
-// Puts what was counted meanwhile on top of what the file says; false when the file has to stay.
-bool PrometheusCounterStore::load() {
+void PrometheusCounterStore::report(const Saving& saving) {
+  if (saving.problemOfReading) problems->setProblem(saving.problemOfReading);
+  if (!saving.writing) return;
+  saving.writing->onCompletion([reporter = problems](const Result<bool>& outcome) {
+    reporter->setProblem(outcome.isLeft() ? nullptr : outcome.right());
+  });
+}
+
+// Puts what was counted meanwhile on top of what the file says. Gives back what is wrong with the
+// file; after that it is not loaded when it has to stay.
+ErrorPtr PrometheusCounterStore::load() {
   const Future<std::string> reading = dataProxy->dataWithContentsOfURL(path);
   const Result<std::string>& bytes = reading.result();
   if (!bytes.isLeft()) {
-    if (isMissingFile(*bytes.right())) return true;
-    problems->setProblem(bytes.right());
-    return false;
+    loaded = isMissingFile(*bytes.right());
+    return loaded ? nullptr : bytes.right();
   }
   Result<CounterValues> kept = PrometheusText::read(bytes.left());
   if (!kept.isLeft()) {
-    problems->setProblem(kept.right());
-    return dataProxy->keepDamagedFile(path);
+    loaded = dataProxy->keepDamagedFile(path);
+    return kept.right();
   }
   const CounterValues counted = std::exchange(values, std::move(kept).takeLeft());
   for (const auto& [key, value] : counted) {
@@ -76,7 +94,8 @@ bool PrometheusCounterStore::load() {
       values.insert_or_assign(key, value);
     }
   }
-  return true;
+  loaded = true;
+  return nullptr;
 }
 
 }  // namespace quenlet

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/counters/CounterStore.h"
@@ -21,7 +22,8 @@ inline constexpr char CountersPath[] = "Library/Logs/quenlet/counters.prom";
 // file layer makes one write of what comes while another one is under way. A file that holds
 // anything else is kept aside, and counting starts from nothing. While the file can be neither read
 // nor kept aside it is left as it is: what is counted stays in memory, and each count tries again.
-// Problems are told on standard error. What another process writes to the file meanwhile is lost.
+// Problems are told on standard error, with no lock held, so that a count never waits until another
+// thread's line is written. What another process writes to the file meanwhile is lost.
 class PrometheusCounterStore final : public CounterStore {
  public:
   // Touches no file yet.
@@ -33,8 +35,16 @@ class PrometheusCounterStore final : public CounterStore {
   void addSample(const std::string& key, double sample) override EXCLUDES(mutex);
 
  private:
-  void save() REQUIRES(mutex);
-  [[nodiscard]] bool load() REQUIRES(mutex);
+  // What there is to tell of one count.
+  struct Saving final {
+    ErrorPtr problemOfReading;
+    // Absent when the file has to stay.
+    std::optional<Future<bool>> writing;
+  };
+
+  [[nodiscard]] Saving save() REQUIRES(mutex);
+  [[nodiscard]] ErrorPtr load() REQUIRES(mutex);
+  void report(const Saving& saving) EXCLUDES(mutex);
 
   const std::filesystem::path path;
   const std::shared_ptr<DataProxy> dataProxy;

@@ -1,8 +1,13 @@
 #include "platform/counters/PrometheusCounterStore.h"
 
+#include <stdio.h>
+
 #include <limits>
+#include <semaphore>
+#include <thread>
 
 #include "platform/files/PosixDataProxy.h"
+#include "tests/platform/donations/SteeredDataProxy.h"
 #include "tests/platform/files/SteeredFileOperations.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -103,6 +108,26 @@ TEST_F(PrometheusCounterStoreTest, ReplacesNoFileThatItCanNeitherReadNorKeep) {
   operations.fail("open", EACCES, 2);
   live(setScalar);
   EXPECT_EQ(readFile(file), "damaged");
+}
+
+TEST_F(PrometheusCounterStoreTest, CountsWhileTheLineOfAnotherThreadWaitsToBeWritten) {
+  const auto proxy = std::make_shared<SteeredDataProxy>();
+  proxy->failsWrites = true;
+  PrometheusCounterStore store(file, proxy);
+  std::counting_semaphore<2> counted(0);
+  const auto count = [&] {
+    store.setScalar("a.me-card.count", 1);
+    counted.release();
+  };
+  testing::internal::CaptureStderr();
+  ::flockfile(stderr);
+  std::thread threads[] = {std::thread(count), std::thread(count)};
+  const bool oneWent = counted.try_acquire_for(std::chrono::seconds(5));
+  ::funlockfile(stderr);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_TRUE(oneWent);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "quenlet: counters.prom: write: No space left on device\n");
 }
 
 }  // namespace
