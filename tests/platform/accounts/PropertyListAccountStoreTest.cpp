@@ -2,6 +2,8 @@
 
 #include <sys/stat.h>
 
+#include <future>
+
 #include "platform/accounts/Account.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/foundation/PropertyListSerializer.h"
@@ -113,6 +115,16 @@ TEST_F(PropertyListAccountStoreTest, TakesOnlyIdentifiersThatCanBeFileNames) {
   }
   EXPECT_NE(store()->save(Account{.identifier = std::string(201, 'a')}), nullptr);
   EXPECT_EQ(store()->save(Account{.identifier = std::string(200, 'a')}), nullptr);
+}
+
+TEST_F(PropertyListAccountStoreTest, LocksOthersOutWhileTheLockLasts) {
+  auto held = store()->lock();
+  ASSERT_TRUE(held.isLeft()) << "which makes the directory";
+  auto waiting = std::async(std::launch::async, [this] { return store()->lock(); });
+  EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+  std::move(held).takeLeft().reset();
+  EXPECT_TRUE(waiting.get().isLeft());
+  EXPECT_EQ(identifiers() + complaints(), "") << "the lock is no account";
 }
 
 TEST(AccountTest, TakesOnlyWellFormedRecords) {
