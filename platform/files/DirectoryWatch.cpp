@@ -41,10 +41,12 @@ struct Changes {
 // but cancel() on the loop's thread.
 class WatchState final : public std::enable_shared_from_this<WatchState> {
  public:
-  WatchState(EventLoop& eventLoop, path watched, DirectoryWatch::Handler changeHandler)
+  WatchState(EventLoop& eventLoop, path watched, DirectoryWatch::Handler changeHandler,
+             double retryAfterSeconds)
       : loop(eventLoop),
         directory(std::move(watched)),
         handler(std::move(changeHandler)),
+        retrySeconds(retryAfterSeconds),
         retries(eventLoop) {}
 
   void start() {
@@ -104,8 +106,8 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
       std::fprintf(stderr, "quenlet: %s\n",
                    makePosixError(failure, "watch " + name)->description().c_str());
     }
-    keep(retryToken, retries.afterDelay(DirectoryWatch::retrySeconds,
-                                        [self = shared_from_this()] { self->retry(); }));
+    keep(retryToken,
+         retries.afterDelay(retrySeconds, [self = shared_from_this()] { self->retry(); }));
   }
 
   void retry() {
@@ -150,6 +152,7 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
   EventLoop& loop;
   const path directory;
   const DirectoryWatch::Handler handler;
+  const double retrySeconds;
   EventLoopScheduler retries;
   FileDescriptor inotify;
   int watchDescriptor = -1;
@@ -163,8 +166,10 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
 }  // namespace
 
 std::shared_ptr<Cancelable> DirectoryWatch::watchDirectory(EventLoop& loop, path directory,
-                                                           Handler handler) {
-  const auto state = std::make_shared<WatchState>(loop, std::move(directory), std::move(handler));
+                                                           Handler handler,
+                                                           double retryAfterSeconds) {
+  const auto state = std::make_shared<WatchState>(loop, std::move(directory), std::move(handler),
+                                                  retryAfterSeconds);
   state->start();
   return std::make_shared<CancelBlock>([state] { state->cancel(); });
 }

@@ -29,10 +29,11 @@ class DirectoryWatch final {
 
   // Watches from this call on, until the token is cancelled. `handler` runs on the loop's thread;
   // changes of one entry in quick succession can come as one call. Cancelled on the loop's thread,
-  // it is not called any more; on another thread, a call may be under way.
-  [[nodiscard]] static std::shared_ptr<Cancelable> watchDirectory(EventLoop& loop,
-                                                                  std::filesystem::path directory,
-                                                                  Handler handler);
+  // it is not called any more; on another thread, a call may be under way. A watch that fails is
+  // tried again after `retryAfterSeconds`.
+  [[nodiscard]] static std::shared_ptr<Cancelable> watchDirectory(
+      EventLoop& loop, std::filesystem::path directory, Handler handler,
+      double retryAfterSeconds = retrySeconds);
 };
 
 }  // namespace quenlet

@@ -7,6 +7,7 @@
 #include "platform/files/DirectoryWatch.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/UserDirectories.h"
+#include "platform/scheduling/EventLoopScheduler.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -54,6 +55,26 @@ TEST_F(DirectoryWatchTest, CreatesADirectoryThatGoesAndWatchesTheNewOne) {
   EXPECT_EQ(changesAfter([&] { rename("new/cards", "new/old"); }), Names({""}));
   EXPECT_EQ(changesAfter([&] { home.write("new/old/me", "2"); }), Names());
   EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "3"); }), Names({"me"}));
+}
+
+TEST_F(DirectoryWatchTest, TriesAgainUntilItWatchesAndSaysOnceThatItFailed) {
+  home.write("file", "in the way");
+  testing::internal::CaptureStderr();
+  const auto late = DirectoryWatch::watchDirectory(
+      loop, home / "file",
+      [this](const std::string& name) {
+        changed.insert(name.empty() ? "new" : name);
+        name.empty() ? home.write("file/me", "1") : loop.stop();
+      },
+      0.001);
+  EventLoopScheduler scheduler(loop);
+  const auto removal =
+      scheduler.afterDelay(0.02, [this] { std::filesystem::remove(home / "file"); });
+  loop.run();
+  EXPECT_EQ(changed, Names({"new", "me"}));
+  const std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(said.starts_with("quenlet: ")) << said;
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
 }
 
 class UserDirectoriesTest : public testing::Test {
