@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/donations/OwnDonations.h"
+#include "platform/foundation/Text.h"
 #include "platform/logging/StandardOutput.h"
 #include "sources/accounts/AccountPropertyParser.h"
 
@@ -32,7 +34,8 @@ void AccountChangeAnalyzer::collectRemovals() {
 
 void AccountChangeAnalyzer::collectDonations() {
   if (!newAccount || !isRelevantAccount(*newAccount)) return;
-  donations = AccountPropertyParser::parserForNow().parseWithAccount(*newAccount);
+  donations =
+      OwnDonations::storable(AccountPropertyParser::parserForNow().parseWithAccount(*newAccount));
 }
 
 void AccountChangeAnalyzer::keepReDonatedIdentifiers() {
@@ -65,7 +68,7 @@ bool AccountChangeAnalyzer::isRelevantAccount(const Account& account) {
   }
   if (!account.enabledDataclasses.empty()) return true;
   if (account.accountStore.expired()) {
-    printLine("Dead accountStore on account object! Ignoring " + account.description());
+    printLine("Dead accountStore on account object! Ignoring " + onOneLine(account.description()));
   }
   return false;
 }

@@ -28,7 +28,8 @@ class AccountChangeAnalyzer final {
 
   // Both identifiers of the old account, whether or not it had donations under them.
   void collectRemovals();
-  // What the new account says, if it counts.
+  // What the new account says, if it counts. A value that cannot be stored is left out and told on
+  // standard error.
   void collectDonations();
   // Leaves out of the removals what is donated again.
   void keepReDonatedIdentifiers();

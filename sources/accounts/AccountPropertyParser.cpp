@@ -26,8 +26,6 @@ DonationValues AccountPropertyParser::parseWithAccount(const Account& account) c
         std::move(email->address), std::move(email->label),
         makeOriginWithDonationIdentifier(emailIdentifierOf(account), account.identifier)));
   }
-  // One record that cannot be written would fail the save of all.
-  std::erase_if(values, [](const DonationValuePtr& value) { return !value->propertyListText(); });
   return values;
 }
 

@@ -22,8 +22,8 @@ class AccountPropertyParser final {
   // For values that are donated now and good for defaultDonationTTLSeconds.
   [[nodiscard]] static AccountPropertyParser parserForNow();
 
-  // The name, then the e-mail address, each if there is one that can be stored. The account's
-  // identifier is the cluster, so that both can be rejected together.
+  // The name, then the e-mail address, each if there is one. The account's identifier is the
+  // cluster, so that both can be rejected together.
   [[nodiscard]] DonationValues parseWithAccount(const Account& account) const;
   [[nodiscard]] DonationOrigin makeOriginWithDonationIdentifier(
       std::string donationIdentifier, std::string clusterIdentifier) const;

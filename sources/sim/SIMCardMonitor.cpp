@@ -5,6 +5,7 @@
 #include "model/DonationOrigin.h"
 #include "platform/PlatformServices.h"
 #include "platform/contacts/ContactStore.h"
+#include "platform/donations/OwnDonations.h"
 #include "platform/foundation/Text.h"
 #include "platform/logging/StandardOutput.h"
 #include "sources/sim/SIMCardText.h"
@@ -49,13 +50,13 @@ void SIMCardMonitor::donateWithSimCardItem(const SIMCardItem& item, CorvelProtoc
   }
   DonationOrigin origin{SIMCardBundleIdentifier, item.identifier, std::nullopt,
                         PlatformServices::current().now(), Date::distantFuture()};
-  agent.donateMeCardValues(
-      {DonationValue::donationValueWithPhoneNumber(*number, LabelPhoneNumberDevice,
-                                                   std::move(origin))},
-      [](const ErrorPtr& error) {
-        if (!error) return;
-        printLine("Error donating device phone number: " + SIMCardText::of(error));
-      });
+  DonationValues values = OwnDonations::storable({DonationValue::donationValueWithPhoneNumber(
+      *number, LabelPhoneNumberDevice, std::move(origin))});
+  if (values.empty()) return;
+  agent.donateMeCardValues(std::move(values), [](const ErrorPtr& error) {
+    if (!error) return;
+    printLine("Error donating device phone number: " + SIMCardText::of(error));
+  });
 }
 
 }  // namespace quenlet

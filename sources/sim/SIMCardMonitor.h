@@ -28,7 +28,7 @@ class SIMCardMonitor final {
   void stop();
 
   // Donates one number under the item's identifier, for ever. What is no phone number is printed
-  // and left out.
+  // and left out; so is, on standard error, what cannot be stored.
   static void donateWithSimCardItem(const SIMCardItem& item, CorvelProtocol& agent);
 
  private:

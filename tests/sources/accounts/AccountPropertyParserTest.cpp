@@ -14,7 +14,7 @@ Account withProperties(PropertyListDictionary properties) {
   return {.identifier = "A1", .properties = std::move(properties)};
 }
 
-// "given family <address>" of the account's values, whose origins are checked.
+// "prefix given family <address>" of the account's values, whose origins are checked.
 std::string parsed(const Account& account) {
   std::string text;
   for (const auto& value : AccountPropertyParser(donated, expires).parseWithAccount(account)) {
@@ -24,6 +24,7 @@ std::string parsed(const Account& account) {
               (DonationOrigin{AccountsBundleIdentifier, kind + id, id, donated, expires}));
     if (value->isName()) {
       const auto name = std::get<PersonNameComponents>(value->value().cases());
+      if (name.namePrefix) text += *name.namePrefix + " ";
       text += name.givenName.value_or("-") + " " + name.familyName.value_or("-");
     } else {
       EXPECT_EQ(value->emailEntry()->label, "home");
@@ -33,105 +34,150 @@ std::string parsed(const Account& account) {
   return text;
 }
 
+// An account with all of these, then without the first, and so on: what each of them yields.
+Events parsedOneByOne(const std::vector<std::pair<const char*, PropertyList>>& properties,
+                      const Account& account) {
+  Events texts;
+  for (auto first = properties.begin(); first != properties.end(); ++first) {
+    Account shorter = account;
+    for (const auto& [key, value] : std::vector(first, properties.end())) {
+      shorter.properties.insert_or_assign(key, value);
+    }
+    texts.push_back(parsed(shorter));
+  }
+  return texts;
+}
+
+PropertyListDictionary principals(const char* nameKey, PropertyList third) {
+  return {{"1", PropertyListDictionary{{"other", "x"}}},
+          {"2", PropertyListDictionary{{nameKey, 5}}},
+          {"3", PropertyListDictionary{{nameKey, std::move(third)}}},
+          {"4", PropertyListDictionary{{nameKey, "Di Dorn"}}},
+          {"5", PropertyListDictionary{{nameKey, "Ed Ende"}}}};
+}
+
 TEST(AccountPropertyParserTest, FindsTheNameByTheFirstRuleThatGivesOne) {
-  const auto principals = [](const char* nameKey) {
-    return PropertyListDictionary{
-        {"1", PropertyListDictionary{{"other", "x"}}},
-        {"2", PropertyListDictionary{{nameKey, 5}}},
-        {"3", PropertyListDictionary{{nameKey, "Cy Cole"}}},
-        {"4", PropertyListDictionary{{nameKey, "Di Dorn"}}},
-    };
-  };
-  const PropertyListDictionary mixed = {{"1", PropertyListDictionary{{"FullName", "Cy Cole"}}},
-                                        {"2", "text"}};
+  EXPECT_EQ(parsedOneByOne({{"firstName", "Ann"},
+                            {"lastName", "Lee"},
+                            {"ZeltPropertyFullName", "Dr. Bo Berg"},
+                            {"FullUserName", "Cy Cole"},
+                            {"kCalDAVPrincipalsKey", principals("ZeltPropertyFullName", "")},
+                            {"CalDAVPrincipals", principals("FullName", "Fay Falk")}},
+                           withProperties({})),
+            (Events{"Ann Lee", "- Lee", "Dr. Bo Berg", "Cy Cole", "Di Dorn", "Fay Falk"}));
   const std::pair<PropertyListDictionary, const char*> cases[] = {
       {{}, ""},
-      {{{"firstName", "\x01"}}, ""},
+      {{{"firstName", "\x01"}}, "\x01 -"},
+      {{{"firstName", ""}, {"FullUserName", "Bo Berg"}}, " -"},
       {{{"lastName", ""}, {"FullUserName", "Bo Berg"}}, "- "},
-      {{{"firstName", 1}, {"lastName", "Lee"}, {"ZeltPropertyFullName", "Bo Berg"}}, "- Lee"},
-      {{{"ZeltPropertyFullName", "Bo Berg"}, {"FullUserName", "Cy Cole"}}, "Bo Berg"},
-      {{{"ZeltPropertyFullName", ""}, {"FullUserName", "Cy Cole"}}, "Cy Cole"},
-      {{{"FullUserName", "(Bo)"}, {"CalDAVPrincipals", principals("FullName")}}, "Cy Cole"},
-      {{{"kCalDAVPrincipalsKey", principals("ZeltPropertyFullName")}}, "Cy Cole"},
-      {{{"kCalDAVPrincipalsKey", "Bo"}, {"CalDAVPrincipals", mixed}}, ""},
+      {{{"firstName", 1}, {"lastName", "Lee"}}, "- Lee"},
+      {{{"ZeltPropertyFullName", ""}, {"FullUserName", "(Cy)"}}, ""},
+      {{{"kCalDAVPrincipalsKey", "Bo"}, {"CalDAVPrincipals", principals("name", "Cy Cole")}}, ""},
+      {{{"CalDAVPrincipals",
+         PropertyListDictionary{{"1", PropertyListDictionary{{"FullName", "Cy Cole"}}},
+                                {"2", "text"}}}},
+       ""},
   };
   for (const auto& [properties, name] : cases) EXPECT_EQ(parsed(withProperties(properties)), name);
 }
 
 TEST(AccountPropertyParserTest, FindsTheAddressByTheFirstRuleThatGivesOne) {
-  const PropertyListDictionary all = {{"primaryEmail", "Primary <p@x.org>"},
-                                      {"IdentityEmailAddress", "mailto:i@x.org"},
-                                      {"userName", "u@x.org"}};
-  const auto allWith = [&](const char* key, PropertyList value) {
-    PropertyListDictionary changed = all;
-    changed.insert_or_assign(key, std::move(value));
-    return changed;
-  };
-  const char* const jabber = "ovaro.account.jabber";
-  const std::tuple<std::optional<std::string>, const char*, PropertyListDictionary, const char*>
-      rows[] = {
-          {"Ann (ann@x.org)", "", all, "<ann@x.org>"},
-          {"ann", "", all, "<Primary <p@x.org>>"},
-          {{}, "", allWith("primaryEmail", "p@id.ovaro.services"), "<i@x.org>"},
-          {{}, "", allWith("primaryEmail", "p@id.ovaro.Services"), "<p@id.ovaro.Services>"},
-          {{}, "", allWith("primaryEmail", Data{"p@x.org"}), "<i@x.org>"},
-          {{}, "", allWith("ovaroId", 7), "<i@x.org>"},
-          {{}, "", allWith("ovaroId", "7"), "<Primary <p@x.org>>"},
-          {{}, "", {{"userName", "(u@x.org)"}, {"qualifiedUsername", "q@x.org"}}, "<u@x.org>"},
-          {{},
-           "",
-           {{"qualifiedUsername", "q@x.org"}, {"RuvoAccountEmailAddress", "r"}},
-           "<q@x.org>"},
-          {"ann@x.org", jabber, all, "<Primary <p@x.org>>"},
-          {"ann@x.org", jabber, allWith("primaryEmail", 1), ""},
-          {"ann@x.org", "ovaro.account.Jabber", {}, "<ann@x.org>"},
-      };
+  const std::vector<std::pair<const char*, PropertyList>> all = {
+      {"none", "n@x.org"},
+      {"primaryEmail", "Primary <p@x.org>"},
+      {"IdentityEmailAddress", "mailto:i@x.org"},
+      {"userName", "(u@x.org)"},
+      {"qualifiedUsername", "q@x.org"},
+      {"RuvoAccountEmailAddress", "my r@x.org"}};
+  Account account = withProperties({});
+  account.username = "Ann (ann@x.org)";
+  EXPECT_EQ(parsedOneByOne(all, account), Events(6, "<ann@x.org>"));
+  account.accountType = AccountType{"ovaro.account.jabber"};
+  const std::string primary = "<Primary <p@x.org>>";
+  EXPECT_EQ(parsedOneByOne(all, account), (Events{primary, primary, "", "", "", ""}));
+  account.accountType = AccountType{"ovaro.account.Jabber"};
+  account.username = "ann";
+  EXPECT_EQ(parsedOneByOne(all, account),
+            (Events{primary, primary, "<i@x.org>", "<u@x.org>", "<q@x.org>", "<r@x.org>"}));
 
-  for (const auto& [username, type, properties, email] : rows) {
-    Account account = withProperties(properties);
-    account.username = username;
-    if (*type != '\0') account.accountType = AccountType{type};
-    EXPECT_EQ(parsed(account), email);
+  const std::tuple<const char*, PropertyList, const char*> rows[] = {
+      {"primaryEmail", "p@id.ovaro.services", "<i@x.org>"},
+      {"primaryEmail", "p@grid.ovaro.services", "<i@x.org>"},
+      {"primaryEmail", "p@d.ovaro.services", "<p@d.ovaro.services>"},
+      {"primaryEmail", "p@id.ovaro.Services", "<p@id.ovaro.Services>"},
+      {"primaryEmail", "p@id.ovaro.services.org", "<p@id.ovaro.services.org>"},
+      {"primaryEmail", Data{"p@x.org"}, "<i@x.org>"},
+      {"primaryEmail", "", "<>"},
+      {"ovaroId", 7, "<i@x.org>"},
+      {"ovaroId", "7", "<Primary <p@x.org>>"},
+      {"ovaroId", 7.5, "<Primary <p@x.org>>"},
+      {"ovaroId", true, "<Primary <p@x.org>>"},
+  };
+  for (const auto& [key, value, email] : rows) {
+    account.properties = {all.begin(), all.end()};
+    account.properties.insert_or_assign(key, value);
+    EXPECT_EQ(parsed(account), email) << key;
   }
 }
 
 using AccountComparisonTest = EnvironmentTest;
 
 TEST_F(AccountComparisonTest, AccountsAreEqualByWhatTheyDonate) {
-  const auto account = [](const char* username) {
+  const auto account = [](const char* username, const char* firstName = "Ann") {
     return std::make_shared<const Account>(
-        Account{"A1", {}, username, true, {}, {{"firstName", "Ann"}}});
+        Account{"A1", {}, username, true, {}, {{"firstName", firstName}}});
   };
-  const auto isEqual = &AccountPropertyParser::isAccountEqualTo;
-  EXPECT_TRUE(isEqual(nullptr, nullptr) && isEqual(account("a@x.org"), account("<a@x.org>")));
-  EXPECT_FALSE(isEqual(account("a"), nullptr) || isEqual(account("a@x.org"), account("b@x.org")));
+  const AccountPtr ann = account("a@x.org");
+  const std::tuple<AccountPtr, AccountPtr, bool> rows[] = {
+      {nullptr, nullptr, true},
+      {ann, nullptr, false},
+      {nullptr, ann, false},
+      {ann, account("<a@x.org>"), true},
+      {ann, account("b@x.org"), false},
+      {ann, account("a@x.org", "Bo"), false},
+      {ann, account("a"), false},
+      {account("a"), ann, false},
+  };
+  for (const auto& [a, b, equal] : rows) {
+    EXPECT_EQ(AccountPropertyParser::isAccountEqualTo(a, b), equal);
+  }
 }
 
 class AccountChangeAnalyzerTest : public EnvironmentTest {
  protected:
   AccountPtr account(bool isActive, bool hasMail, std::optional<std::string> username = {},
-                     const char* type = "ovaro.account.IMAP") {
-    Account made{"A1", AccountType{type},     std::move(username), isActive,
+                     std::optional<std::string> type = "ovaro.account.IMAP") {
+    Account made{"A1", AccountType{std::move(type)}, std::move(username), isActive,
                  {},   {{"firstName", "Ann"}}};
     if (hasMail) made.enabledDataclasses = {"mail"};
     made.accountStore = environment->accounts;
     return std::make_shared<const Account>(std::move(made));
   }
+  static AccountPtr withoutStore(Account account) {
+    account.accountStore.reset();
+    return std::make_shared<const Account>(std::move(account));
+  }
 
+  // What is printed, then "donated identifiers: requests".
   std::string effectOf(const AccountPtr& from, const AccountPtr& to) {
-    AccountChangeAnalyzer analyzer(from, to, store, environment->loggers->accountLogger());
+    AccountChangeAnalyzer analyzer(from, to, store, logger);
+    testing::internal::CaptureStdout();
     analyzer.collectRemovals();
     analyzer.collectDonations();
     analyzer.keepReDonatedIdentifiers();
     analyzer.applyChanges();
+    const Date now = environment->schedulers.now();
     for (const auto& value : analyzer.donations) {
-      EXPECT_EQ(value->origin().expirationDate,
-                environment->schedulers.now().addingSeconds(7776000));
+      EXPECT_EQ(value->origin().donationDate, now);
+      EXPECT_EQ(value->origin().expirationDate, now.addingSeconds(7776000));
     }
-    return store->takeCalls();
+    const std::string requests = store ? store->takeCalls() : "";
+    return testing::internal::GetCapturedStdout() + identifiersOf(analyzer.donations) + ": " +
+           requests;
   }
 
-  const std::shared_ptr<RecordingAgent> store = std::make_shared<RecordingAgent>();
+  std::shared_ptr<RecordingAgent> store = std::make_shared<RecordingAgent>();
+  std::shared_ptr<AccountLogger> logger = environment->loggers->accountLogger();
 };
 
 TEST_F(AccountChangeAnalyzerTest, DonatesRelevantAccountsAndRemovesTheRest) {
@@ -141,20 +187,54 @@ TEST_F(AccountChangeAnalyzerTest, DonatesRelevantAccountsAndRemovesTheRest) {
   const AccountPtr smtp = account(true, true, {}, "ovaro.account.SMTP");
   const AccountPtr active = account(true, false, {}, "ovaro.account.MelodaStore");
   const AccountPtr off = account(false, true, {}, "ovaro.account.MelodaStore");
-  const std::string removal = "removeIdentifiers name:A1 email:A1;";
+  const std::string removal = ": removeIdentifiers name:A1 email:A1;";
+  const std::string name = "name:A1: donate 1;";
   const std::tuple<AccountPtr, AccountPtr, std::string> cases[] = {
-      {nullptr, nullptr, ""},         {nullptr, both, "donate 2;"},
-      {both, both, "donate 2;"},      {both, nameOnly, "donate 1;removeIdentifiers email:A1;"},
-      {nameOnly, nullptr, removal},   {both, smtp, removal},
-      {nullptr, active, "donate 1;"}, {active, off, removal},
-      {nullptr, unused, ""},
+      {nullptr, nullptr, ": "},
+      {nullptr, both, "name:A1 email:A1: donate 2;"},
+      {both, both, "name:A1 email:A1: donate 2;"},
+      {both, nameOnly, name + "removeIdentifiers email:A1;"},
+      {nameOnly, nullptr, removal},
+      {both, smtp, removal},
+      {nullptr, account(true, true, {}, "ovaro.account.smtp"), name},
+      {nullptr, account(false, true, {}, std::nullopt), name},
+      {nullptr, active, name},
+      {active, off, removal},
+      {nullptr, unused, ": "},
+      {nullptr, withoutStore(*unused),
+       "Dead accountStore on account object! Ignoring account A1 of type ovaro.account.IMAP\n: "},
+      {nullptr, withoutStore(*off), ": "},
+      {nullptr, withoutStore(*both), "name:A1 email:A1: donate 2;"},
   };
   for (const auto& [from, to, effect] : cases) EXPECT_EQ(effectOf(from, to), effect);
+}
 
-  static_cast<void>(takeTrace());
+TEST_F(AccountChangeAnalyzerTest, LeavesOutWhatNoFileCanHoldAndSaysSo) {
+  const AccountPtr both = account(false, true, "a@x.org");
+  Account unwritable = *both;
+  unwritable.properties = {{"firstName", "Ann\x01"}};
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(effectOf(both, std::make_shared<const Account>(unwritable)),
+            "email:A1: donate 1;removeIdentifiers name:A1;");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "quenlet: donation name:A1: left out, since it cannot be serialised\n");
+}
+
+TEST_F(AccountChangeAnalyzerTest, TellsItsLoggerOfFailures) {
+  const AccountPtr both = account(false, true, "a@x.org");
+  const AccountPtr nameOnly = account(false, true);
+  const std::string effect = "name:A1: donate 1;removeIdentifiers email:A1;";
+  EXPECT_EQ(effectOf(both, nameOnly), effect);
+  EXPECT_EQ(takeTrace(), Events{});
   store->error = makeError("domain", 7);
-  EXPECT_EQ(effectOf(both, nameOnly), "donate 1;removeIdentifiers email:A1;");
-  EXPECT_EQ(takeTrace().size(), 2U) << "both failures are logged";
+  EXPECT_EQ(effectOf(both, nameOnly), effect);
+  EXPECT_EQ(takeTrace(), (Events{"caller: donationFailedWithError: domain 7",
+                                 "caller: removalFailedWithError: domain 7"}));
+  logger = nullptr;
+  EXPECT_EQ(effectOf(both, nameOnly), effect);
+  store = nullptr;
+  EXPECT_EQ(effectOf(both, nameOnly), "name:A1: ");
+  EXPECT_EQ(takeTrace(), Events{});
 }
 
 }  // namespace
