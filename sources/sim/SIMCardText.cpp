@@ -20,7 +20,7 @@ std::string SIMCardText::of(const std::optional<SIMCardItems>& items) {
 }
 
 std::string SIMCardText::of(const ErrorPtr& error) {
-  return error ? error->description() : nothing;
+  return error ? onOneLine(error->description()) : nothing;
 }
 
 }  // namespace quenlet

@@ -13,8 +13,9 @@ class SIMCardText final {
  public:
   SIMCardText() = delete;
 
-  // "[identifier value, identifier value]", "[]" for an empty list, "nothing" for none. Control
-  // characters and line breaks of a card are blanks.
+  // One line each: control characters and line breaks of a card or an error become blanks.
+  //
+  // "[identifier value, identifier value]", "[]" for an empty list, "nothing" for none.
   [[nodiscard]] static std::string of(const std::optional<SIMCardItems>& items);
   // The error's description, "nothing" for null.
   [[nodiscard]] static std::string of(const ErrorPtr& error);
