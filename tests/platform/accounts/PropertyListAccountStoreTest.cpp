@@ -54,8 +54,8 @@ TEST_F(PropertyListAccountStoreTest, ServesSoundFilesByNameAndSaysOnceWhatIsWron
   write("B.plist", identifier("B"));
   write(".hidden.plist", identifier(".hidden"));
   write("a.plist~", identifier("a"));
-  EXPECT_EQ(identifiers(), "B a b ");
   EXPECT_EQ(complaints(), "");
+  EXPECT_EQ(identifiers(), "B a b ");
 
   write("c.plist", identifier("other"));
   write("d.plist", identifier("d") + "<key>active</key><string>secret</string>");
@@ -74,6 +74,10 @@ TEST_F(PropertyListAccountStoreTest, ServesSoundFilesByNameAndSaysOnceWhatIsWron
   EXPECT_EQ(said.find("secret"), said.npos) << said;
   EXPECT_EQ(identifiers(), "B a b m ");
   EXPECT_EQ(complaints(), "");
+  write("c.plist", identifier("c"));
+  EXPECT_EQ(complaints(), "");
+  write("c.plist", identifier("other"));
+  EXPECT_NE(complaints(), "") << "once more, since it was over";
 }
 
 TEST_F(PropertyListAccountStoreTest, KeepsWhatIsSavedUntilItIsRemoved) {
@@ -87,6 +91,7 @@ TEST_F(PropertyListAccountStoreTest, KeepsWhatIsSavedUntilItIsRemoved) {
   write("\u00E9 1.plist", identifier("\u00E9 1") + "<key>note</key><real>1</real>" +
                               "<key>type</key><string>old</string>");
   account.accountType.reset();
+  account.isActive = false;
   EXPECT_EQ(store()->save(account), nullptr);
   EXPECT_EQ(*store()->accountWithIdentifier(account.identifier).left(), account);
   EXPECT_NE(readFile(files / "Accounts/\u00E9 1.plist").find("<key>note</key>"), std::string::npos);

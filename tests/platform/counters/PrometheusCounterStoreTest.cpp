@@ -55,6 +55,8 @@ TEST_F(PrometheusCounterStoreTest, KeepsCountsOverRestartsInTheTextThatCollector
   EXPECT_EQ(readFile(file), counted("1", "2"));
   live([](CounterStore& store) {
     countOnce(store);
+    store.setScalar("No key", 1);
+    store.setScalar("1.key", 1);
     store.addSample("a.matched-count", 0.25);
     store.addSample("a.matched-count", std::numeric_limits<double>::quiet_NaN());
     store.addSample("a.matched-count", std::numeric_limits<double>::max());
@@ -82,6 +84,11 @@ TEST_F(PrometheusCounterStoreTest, KeepsADamagedFileAsideAndCountsFromNothing) {
       changed("value 1\n", "value 9223372036854775808\n"),
       changed("gauge", "summary"),
       changed("# HELP a_matched", "# HELP b_matched"),
+      changed("# HELP a_matched_count The counter a.matched-count\n# TYPE a_matched_count",
+              "# HELP b The counter a.matched-count\n# TYPE b"),
+      changed(
+          "# HELP a_me_card_count_value The counter a.me-card.count\n# TYPE a_me_card_count_value",
+          "# HELP b The counter a.me-card.count\n# TYPE b"),
       std::string("\0\xFF", 2),
   };
   for (const std::string& content : damaged) {

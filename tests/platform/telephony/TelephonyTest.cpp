@@ -39,6 +39,7 @@ class PropertyListPhoneNumberMonitorTest : public testing::Test {
 };
 
 TEST_F(PropertyListPhoneNumberMonitorTest, TellsOfRealChangesUntilCancelled) {
+  monitor.addInfoChangeHandler([this](const SIMCardItems&) { changes += "late"; })->cancel();
   EXPECT_EQ(told(), "none;") << "so that numbers of an earlier time go";
   write(number("1", "112") + number("2", ""));
   EXPECT_EQ(changes, "") << "only on the loop's thread";
@@ -49,7 +50,8 @@ TEST_F(PropertyListPhoneNumberMonitorTest, TellsOfRealChangesUntilCancelled) {
   for (int i = 0; i < 1000; ++i) tooMany += number("1", "112");
 
   int failures = 0;
-  for (const std::string& damage : {std::string("<dict/>"), std::string("secret"), tooMany}) {
+  for (const std::string& damage : {std::string("<dict/>"), std::string("secret"), tooMany,
+                                    std::string("secret"), number("", "1")}) {
     testing::internal::CaptureStderr();
     write(number("1", "112") + damage);
     EXPECT_EQ(told(), "");
@@ -68,7 +70,7 @@ TEST_F(PropertyListPhoneNumberMonitorTest, TellsOfRealChangesUntilCancelled) {
   monitor.infoWithCompletion(
       [&](const auto& items, const ErrorPtr&) { changes = described(*items); });
   EXPECT_EQ(changes, "2=113;");
-  EXPECT_EQ(failures, 3);
+  EXPECT_EQ(failures, 5);
 }
 
 TEST(PropertyListDeviceInfoTest, BelievesTheOwnersFileBeforeTheSystems) {
@@ -80,18 +82,23 @@ TEST(PropertyListDeviceInfoTest, BelievesTheOwnersFileBeforeTheSystems) {
   const std::tuple<std::string, const char*, int> cases[] = {
       {"", "CHASSIS=handset", 1},
       {"", "# a phone\n\n  CHASSIS=\"hand\\set\"  # mine\nDEPLOYMENT=x\n", 1},
+      {"", "CHASSIS='handset'\t# mine", 1},
+      {"", "CHASSIS='hand\\set'", -1},
       {"", "CHASSIS=handset\nCHASSIS=laptop", -1},
       {"", "#CHASSIS=handset\nXCHASSIS=handset\nCHASSIS = handset\nCHASSIS=\"handset", -1},
       {key + "<integer>3</integer>", "CHASSIS=handset", 3},
       {key + "<string>3</string>", "CHASSIS=handset", 1},
       {"damage", "CHASSIS=handset", 1},
   };
+  testing::internal::CaptureStderr();
   EXPECT_EQ(info.integerAnswer(DeviceClassNumberKey, -1), -1) << "no files";
   for (const auto& [entries, text, expected] : cases) {
     files.write("device.plist", "<plist version='1.0'><dict>" + entries + "</dict></plist>");
     files.write("machine-info", text);
     EXPECT_EQ(info.integerAnswer(DeviceClassNumberKey, -1), expected) << entries << text;
   }
+  EXPECT_EQ(info.integerAnswer("Other", 7), 7) << "of a handset";
+  EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("quenlet: device.plist: "));
 }
 
 }  // namespace
