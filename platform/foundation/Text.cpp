@@ -3,6 +3,7 @@
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
 #include <unicode/normalizer2.h>
+#include <unicode/uchar.h>
 #include <unicode/utf8.h>
 #include <algorithm>
 #include <cstdint>
@@ -30,6 +31,20 @@ bool isUnicodeText(std::string_view text) {
 
 icu::StringPiece piece(std::string_view text) {
   return icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size()));
+}
+
+// Whether `text` can be brought into its composed form in time that is in proportion to its size:
+// composing sorts the marks behind a letter, however many there are.
+bool isCheapToCompose(std::string_view text) {
+  constexpr std::size_t mostBytes = 4096;
+  constexpr int mostMarksInARow = 30;
+  if (text.size() > mostBytes) return false;
+  int marks = 0;
+  while (!text.empty() && marks <= mostMarksInARow) {
+    const char32_t character = takeCharacter(text).value_or(U' ');
+    marks = u_getCombiningClass(static_cast<UChar32>(character)) == 0 ? 0 : marks + 1;
+  }
+  return marks <= mostMarksInARow;
 }
 
 char lowercasedASCII(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
@@ -78,7 +93,7 @@ std::string onOneLine(std::string_view text, std::size_t maximumSizeInBytes) {
 }
 
 std::string canonicalKey(std::string_view text) {
-  if (isASCII(text) || !isUnicodeText(text)) return std::string(text);
+  if (isASCII(text) || !isCheapToCompose(text) || !isValidUTF8(text)) return std::string(text);
   UErrorCode status = U_ZERO_ERROR;
   const icu::Normalizer2* composer = icu::Normalizer2::getNFCInstance(status);
   if (U_FAILURE(status) || composer->isNormalizedUTF8(piece(text), status)) {

@@ -35,10 +35,12 @@ void appendCharacter(std::string& output, char32_t character);
 
 // A text that two texts share exactly when they are canonically equivalent (they differ at most in
 // the composition of characters), so that equivalence becomes a comparison of bytes. Text that is
-// composed already (NFC), as most is, is its own key.
+// composed already (NFC), as most is, is its own key. So is text that nobody writes and that would
+// take the square of its size: over 4 KiB, or with more than 30 combining marks in a row. It shares
+// its key at most with a text that is equivalent, so that equality of keys stays an equivalence.
 [[nodiscard]] std::string canonicalKey(std::string_view text);
 
-// Whether two texts are canonically equivalent.
+// Whether two texts have the same canonical key.
 [[nodiscard]] bool canonicallyEqual(std::string_view a, std::string_view b);
 
 // The full default lower-case mapping ("İ" to "i̇", final sigma included).

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <limits>
 
@@ -86,6 +87,12 @@ TEST(JSONWriterTest, EscapesTextAndWritesNumbers) {
             "0.1,1e+300,-0,null,null]");
 }
 
+std::string marks(int count) {
+  std::string text;
+  while (count-- > 0) text += count % 2 == 0 ? "\u0301" : "\u0323";
+  return text;
+}
+
 TEST(TextTest, EqualityIsCanonicalEquivalence) {
   const std::tuple<std::string, std::string, bool> cases[] = {
       {"Zo\u00eb", "Zoe\u0308", true},
@@ -96,12 +103,31 @@ TEST(TextTest, EqualityIsCanonicalEquivalence) {
       {"e\u0308\xFF", "e\u0308\xFF", true},
       {"e\u0308\xFF", "\u00eb\xFF", false},
       {"\xFF", "\uFFFD", false},
+      // 30 marks in a row are composed, 31 compared as they stand; so are 4,096 bytes and one more.
+      {"o\u0302" + marks(29), "\u00f4" + marks(29), true},
+      {"o\u0302" + marks(30), "\u00f4" + marks(30), false},
+      {"o" + marks(30) + "o\u0302", "o" + marks(30) + "\u00f4", true},
+      {std::string(4093, 'x') + "e\u0308", std::string(4093, 'x') + "\u00eb", true},
+      {std::string(4094, 'x') + "e\u0308", std::string(4094, 'x') + "\u00eb", false},
+      // What grows over the bound by composing is equal to its form, which is compared as it
+      // stands.
+      {std::string(4093, 'x') + "\u0958", std::string(4093, 'x') + "\u0915\u093c", true},
   };
   for (const auto& [a, b, equal] : cases) {
     EXPECT_EQ(canonicallyEqual(a, b), equal) << a << " " << b;
     EXPECT_EQ(canonicallyEqual(b, a), equal) << a << " " << b;
     EXPECT_EQ(canonicalKey(a) == canonicalKey(b), equal) << a << " " << b;
   }
+}
+
+TEST(TextTest, ComparesManyMarksInTimeInProportionToTheirNumber) {
+  const auto timeOf = [](int count) {
+    const std::string text = "a" + marks(count);
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(canonicalKey(text), text);
+    return std::chrono::steady_clock::now() - begun;
+  };
+  EXPECT_LT(timeOf(1 << 16), std::chrono::seconds(1)) << "the square of it takes four";
 }
 
 TEST(TextTest, LowercasesIndependentlyOfTheLocaleAndTrimsBlanks) {
