@@ -44,6 +44,9 @@ bool isSeparator(char32_t character) {
          punctuation.find(character) != std::u32string_view::npos;
 }
 
+// What phones wait at before they dial on.
+constexpr std::string_view pauses = ",;pPwW";
+
 bool isPlus(char32_t character) { return character == '+' || character == 0xFF0B; }
 
 bool isASCIIDigit(char character) { return character >= '0' && character <= '9'; }
@@ -56,14 +59,6 @@ std::string digitsOf(std::string_view text) {
   std::string digits;
   std::copy_if(text.begin(), text.end(), std::back_inserter(digits), isASCIIDigit);
   return digits;
-}
-
-// The size of the UTF-8 sequence that starts with `lead`; 0 when none does.
-std::size_t sequenceSize(unsigned char lead) {
-  if (lead < 0x80) return 1;
-  if (lead >= 0xC2 && lead < 0xE0) return 2;
-  if (lead >= 0xE0 && lead < 0xF0) return 3;
-  return 0;  // Nothing beyond the basic plane belongs in a number.
 }
 
 }  // namespace
@@ -89,7 +84,8 @@ bool PhoneNumberScanner::scanCharacter(char32_t character, std::string& number) 
     number += '+';
   } else if (!isSeparator(character)) {
     return false;
-  } else if (number.starts_with('+') && number.size() > 1 && skipWord("(0)")) {
+  } else if ((number.starts_with('+') && number.size() > 1 && skipWord("(0)")) ||
+             (!number.empty() && skipRemark())) {
     return true;
   }
   advance();
@@ -99,9 +95,11 @@ bool PhoneNumberScanner::scanCharacter(char32_t character, std::string& number) 
 // What follows the number proper, to the end of the text.
 bool PhoneNumberScanner::scanExtension() {
   if (text[position] == ';' && scanLinkParameters()) return true;
-  if (text[position] == ';' || text[position] == ',') return scanDialledAfterPause();
-  if (!skipWord("extension") && !skipWord("ext.") && !skipWord("ext") && !skipWord("x.") &&
-      !skipWord("x") && !skipWord("#")) {
+  if (pauses.find(text[position]) != pauses.npos) return scanDialledAfterPause();
+  constexpr std::string_view words[] = {"extension", "extn.", "extn", "ext.",
+                                        "ext",       "x.",    "x",    "#"};
+  if (std::none_of(std::begin(words), std::end(words),
+                   [this](std::string_view word) { return skipWord(word); })) {
     return false;
   }
   skipBlanks();
@@ -139,23 +137,34 @@ bool PhoneNumberScanner::scanDialledAfterPause() {
   const std::string_view rest = trimmed(text.substr(position));
   extensionDigits = digitsOf(rest);
   return !extensionDigits.empty() && std::all_of(rest.begin(), rest.end(), [](char c) {
-    return isASCIIDigit(c) || std::string_view(",;*# ").find(c) != std::string_view::npos;
+    return isASCIIDigit(c) || c == '*' || c == '#' || c == ' ' || pauses.find(c) != pauses.npos;
   });
 }
 
 std::optional<char32_t> PhoneNumberScanner::peek() {
   if (atEnd()) return std::nullopt;
-  const auto lead = static_cast<unsigned char>(text[position]);
-  characterSize = sequenceSize(lead);
-  if (characterSize == 0 || characterSize > text.size() - position) return std::nullopt;
-  if (characterSize == 1) return lead;
-  char32_t character = lead & (0xFFu >> (characterSize + 1));
-  for (std::size_t i = 1; i < characterSize; ++i) {
-    const auto next = static_cast<unsigned char>(text[position + i]);
-    if ((next & 0xC0) != 0x80) return std::nullopt;
-    character = (character << 6) | (next & 0x3F);
-  }
+  std::string_view rest = text.substr(position);
+  const std::optional<char32_t> character = takeCharacter(rest);
+  characterSize = text.size() - position - rest.size();
   return character;
+}
+
+// "(private)": words in brackets, without a digit, behind the number.
+bool PhoneNumberScanner::skipRemark() {
+  if (text[position] != '(') return false;
+  std::string_view rest = text.substr(position + 1);
+  bool hasWords = false;
+  while (!rest.empty() && rest.front() != ')') {
+    const std::optional<char32_t> character = takeCharacter(rest);
+    if (!character || *character == '(' || asciiDigit(*character) ||
+        isControlOrLineBreak(*character)) {
+      return false;
+    }
+    hasWords = hasWords || !isSeparator(*character);
+  }
+  if (rest.empty() || !hasWords) return false;
+  position = text.size() - rest.size() + 1;
+  return true;
 }
 
 bool PhoneNumberScanner::skipWord(std::string_view lowerCaseWord) {

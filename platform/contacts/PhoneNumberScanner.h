@@ -9,13 +9,14 @@ namespace quenlet {
 
 // Finds the digits of one phone number as people, address books and "tel:" links write it:
 //
-//   [tel:] [+] digits and separators [extension]
+//   [tel:] [+] digits and separators [remark] [extension]
 //
 // Digits are those of any script. Separators are blanks, dashes, dots, slashes, brackets and the
-// invisible direction marks that come with copied text. An extension is "x", "ext", "ext." or "#"
-// and digits, the parameters of a link (";ext=12") or what is dialled after a pause (",,12#").
-// Everything else, letters above all, makes the text no phone number.
-// Lives for one scan of one text that outlives it.
+// invisible direction marks that come with copied text. A remark is words in brackets
+// ("(private)"). An extension is "x", "ext", "extn" or the like and digits, the parameters of a
+// link (";ext=12") or what is dialled after a pause (",,12#", "p12", "w12"). Everything else,
+// letters above all, makes the text no phone number. Lives for one scan of one text that outlives
+// it.
 class PhoneNumberScanner final {
  public:
   explicit PhoneNumberScanner(std::string_view source) : text(source) {}
@@ -33,6 +34,7 @@ class PhoneNumberScanner final {
   [[nodiscard]] bool atEnd() const { return position == text.size(); }
   void advance() { position += characterSize; }
   bool skipWord(std::string_view lowerCaseWord);
+  bool skipRemark();
   void skipBlanks();
   bool scanCharacter(char32_t character, std::string& number);
   bool scanExtension();
