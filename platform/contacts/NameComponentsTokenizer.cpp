@@ -9,12 +9,11 @@
 #include "platform/foundation/Text.h"
 
 // A name is first cut into words. The nickname is taken out, then the rest falls into parts at its
-// commas: a part of suffixes or prefixes alone ("PhD") is set aside, the first other part after a
-// comma makes the name "Family, Given". What remains loses its prefixes at the front and its
-// suffixes at the back, always down to one word at least, so that "Major" or "Jr." alone stays a
-// name. A name without a comma then has its family name in front when it is written in a way that
-// says so: in Chinese, Japanese or Korean characters, or in capitals ("DUPONT Jean"); else at the
-// end.
+// commas. One word before the first comma, or a particle and one, make the name "Family, Given";
+// what follows more words is a suffix, whatever its letters mean. What remains loses its prefixes
+// at the front and its suffixes at the back, always down to one word at least, so that "Major" or
+// "Jr." alone stays a name. A name without a comma then has its family name at the end, or in front
+// when it is written in Chinese, Japanese or Korean characters.
 namespace quenlet {
 namespace {
 
@@ -34,61 +33,51 @@ std::string plainForm(const std::string& word) {
 }
 
 bool isPrefix(const std::string& word) {
-  // "Dr.-Ing." is one word of two titles.
+  // "Dr.-Ing." and "Univ.-Prof." are one word of two titles.
   if (const std::size_t hyphen = word.find(".-"); hyphen != std::string::npos) {
-    const std::string rest = word.substr(hyphen + 2);
-    return isPrefix(word.substr(0, hyphen + 1)) &&
-           isPrefix(rest.ends_with('.') ? rest : rest + ".");
+    return isPrefix(word.substr(0, hyphen + 1)) || isPrefix(word.substr(hyphen + 2));
   }
+  // "MUDr.", "PhDr."
+  if (word.ends_with("Dr.")) return true;
   const std::string plain = plainForm(word);
-  if (isOneOf(plain, {"mr",        "mrs",  "ms",      "miss",  "mx",    "dr",     "prof",
-                      "professor", "sir",  "rev",     "herr",  "frau",  "mme",    "mlle",
-                      "sra",       "srta", "capt",    "lady",  "señor", "señora", "pfarrer",
-                      "dipl-ing",  "dott", "dottssa", "dra",   "lord",  "profa",  "sigra",
-                      "dhr",       "mevr", "shri",    "smt",   "mudr",  "judr",   "rndr",
-                      "phdr",      "mvdr", "mgr",     "rabbi", "dame",  "madame", "monsieur"})) {
+  if (isOneOf(plain,
+              {"mr",   "mrs",  "ms",    "miss", "mx",   "dr",   "prof", "professor", "sir",
+               "dame", "lord", "lady",  "rev",  "herr", "frau", "mme",  "mlle",      "monsieur",
+               "sra",  "srta", "señor", "dra",  "dott", "dhr",  "shri", "señora",    "madame"})) {
     return true;
   }
   // Names or words of names as well, unless shortened with a dot.
   return word.ends_with('.') &&
-         isOneOf(plain, {"fr",   "hon",  "col",   "gen",  "lt",   "maj", "sgt",  "ing",  "sr",
-                         "med",  "rer",  "nat",   "jur",  "phil", "sig", "mag",  "doc",  "hc",
-                         "mult", "dent", "univ",  "dipl", "priv", "doz", "vet",  "bc",   "habil",
-                         "oec",  "pol",  "theol", "kfm",  "kffr", "inf", "phys", "psych"});
+         isOneOf(plain, {"fr", "hon", "col", "gen", "lt", "maj", "sgt", "capt", "ing", "mag", "mgr",
+                         "sr", "bc", "doc", "dipl"});
+}
+
+// What goes on after a title: "Dr. med. h.c. mult.".
+bool continuesPrefix(const std::string& word) {
+  return isPrefix(word) || (word.ends_with('.') && word.front() >= 'a' && word.front() <= 'z');
 }
 
 bool isSuffix(const std::string& word) {
-  if (isOneOf(word, {"II", "III", "IV", "VI", "VII", "VIII", "IX"})) return true;
-  const std::string plain = plainForm(word);
-  // Two letters that are initials or a name as well, but for their dots.
-  if (word.size() == 4 && word[1] == '.' && word[3] == '.' && isOneOf(plain, {"ba", "ma", "bs"})) {
-    return true;
-  }
-  return isOneOf(
-      plain, {"jr",    "jnr", "junior",  "júnior", "sr",  "snr",  "senior", "phd",  "md",   "dds",
-              "dphil", "esq", "esquire", "mba",    "cpa", "msc",  "bsc",    "meng", "beng", "llm",
-              "llb",   "obe", "mbe",     "cbe",    "csc", "drsc", "mphil",  "mfa",  "rn"});
-}
-
-// After a comma also what would be a name elsewhere.
-bool isSuffixAfterComma(const std::string& word) {
-  return isSuffix(word) || word == "V" ||
-         isOneOf(plainForm(word), {"ma", "ba", "bs", "ms", "jd", "do", "dd", "pe", "cfa", "mph",
-                                   "edd", "pmp", "ceng", "cissp", "frcs", "lld", "dis", "thd"});
+  if (isOneOf(word, {"II", "III", "IV", "B.A.", "M.A.", "B.S.", "M.S."})) return true;
+  return isOneOf(plainForm(word), {"jr",  "jnr",   "junior", "júnior", "sr",  "snr", "senior",
+                                   "phd", "dphil", "md",     "dds",    "esq", "mba", "cpa",
+                                   "msc", "bsc",   "llm",    "rn",     "obe", "cbe", "mbe"});
 }
 
 bool isParticle(const std::string& word) {
-  return isOneOf(word, {"van", "von",  "der", "den", "de",  "del", "della", "di",  "da",  "du",
-                        "la",  "le",   "las", "los", "des", "dos", "das",   "do",  "ter", "ten",
-                        "te",  "tot",  "zu",  "zum", "zur", "vom", "af",    "av",  "bin", "binti",
-                        "ibn", "bint", "al",  "el",  "ben", "abu", "und",   "'t",  "’t",  "'s",
-                        "’s",  "in",   "op",  "aan", "uit", "auf", "aus",   "dem", "an",  "na",
-                        "بن",  "ابن",  "آل",  "أبو", "בן"}) ||
-         isOneOf(word,
-                 {"Van",  "Von", "De",  "Del", "Della",    "Di",       "Da",   "Du",    "Der",
-                  "Den",  "Dos", "Ter", "Ten", "Al",       "El",       "Bin",  "Ibn",   "La",
-                  "Le",   "St.", "Abu", "Mac", "Mc",       "Ó",        "Ní",   "Das",   "Mhac",
-                  "Mhic", "Ua",  "Nic", "Uí",  "Freiherr", "Freifrau", "Graf", "Gräfin"});
+  return isOneOf(
+      lowercased(word),
+      {"van",  "von", "der", "den",  "de",       "del",      "della", "di",  "da", "du",   "dos",
+       "das",  "la",  "le",  "las",  "los",      "ter",      "ten",   "al",  "el", "bin",  "ibn",
+       "bint", "abu", "ben", "st.",  "mac",      "mc",       "ó",     "ní",  "zu", "vom",  "zum",
+       "zur",  "ua",  "'t",  "’t",   "بن",       "ابن",      "آل",    "أبو", "בן", "mhic", "nic",
+       "uí",   "af",  "av",  "graf", "freiherr", "freifrau", "gräfin"});
+}
+
+// "op", "und": a short word in small letters, unless all of the name is.
+bool isInSmallLetters(const std::string& word) {
+  constexpr std::size_t longest = 3;
+  return word.size() <= longest && word.front() >= 'a' && word.front() <= 'z';
 }
 
 // Whether a predicate holds for all characters of a word in UTF-8.
@@ -112,25 +101,6 @@ bool isEastAsian(const std::string& word) {
            (c >= 0xAC00 && c <= 0xD7AF) || (c >= 0xF900 && c <= 0xFAFF) ||
            (c >= 0x20000 && c <= 0x3FFFF);
   });
-}
-
-// Two letters are initials ("JR"), unless they can be spoken ("LI") or are a particle ("LE").
-bool isInCapitals(const std::string& word) {
-  constexpr std::u32string_view vowels = U"aeiouyü";
-  std::u32string letters;
-  const bool onlyCapitals = allCharacters(word, [&letters](char32_t c) {
-    if (c == '-' || c == '\'' || c == U'’') return true;
-    std::string letter;
-    appendCharacter(letter, c);
-    const std::string lower = lowercased(letter);
-    std::string_view rest = lower;
-    letters += takeCharacter(rest).value_or(c);
-    return lower != letter;
-  });
-  if (!onlyCapitals || letters.size() < 2) return false;
-  const auto isVowel = [&](char32_t c) { return vowels.find(c) != vowels.npos; };
-  return letters.size() > 2 || isParticle(lowercased(word)) ||
-         (!isVowel(letters[0]) && isVowel(letters[1]));
 }
 
 std::string joined(Words::const_iterator begin, Words::const_iterator end) {
@@ -228,7 +198,8 @@ Words wordsOf(std::string_view text) {
 }
 
 // One name on its way to its components.
-struct Parts final {
+class Parts final {
+ public:
   Words prefixes;
   Words family;  // empty when the name has no comma
   Words given;   // the whole name when it has no comma
@@ -236,25 +207,34 @@ struct Parts final {
 
   void add(Words part) {
     if (part.empty()) return;
-    const bool first = given.empty();
-    if (!first && std::all_of(part.begin(), part.end(), isSuffixAfterComma)) {
-      suffixes.insert(suffixes.end(), part.begin(), part.end());
-    } else if (!first && std::all_of(part.begin(), part.end(), isPrefix)) {
+    if (given.empty()) {
+      given = std::move(part);
+    } else if (std::all_of(part.begin(), part.end(), isPrefix)) {
       prefixes.insert(prefixes.end(), part.begin(), part.end());
-    } else if (!first && family.empty()) {
+    } else if (family.empty() && isFamilyAlone(given) &&
+               !std::all_of(part.begin(), part.end(), isSuffix)) {
       family = std::exchange(given, std::move(part));
     } else {
-      given.insert(given.end(), part.begin(), part.end());
+      suffixes.insert(suffixes.end(), part.begin(), part.end());
     }
   }
 
   void setAsideHonorifics(Words& words) {
-    const auto firstName = std::find_if_not(words.begin(), words.end() - 1, isPrefix);
-    prefixes.insert(prefixes.end(), words.begin(), firstName);
-    words.erase(words.begin(), firstName);
+    if (isPrefix(words.front())) {
+      const auto firstName = std::find_if_not(words.begin(), words.end() - 1, continuesPrefix);
+      prefixes.insert(prefixes.end(), words.begin(), firstName);
+      words.erase(words.begin(), firstName);
+    }
     const auto lastName = std::find_if_not(words.rbegin(), words.rend() - 1, isSuffix).base();
     suffixes.insert(suffixes.begin(), lastName, words.end());
     words.erase(lastName, words.end());
+  }
+
+  // Whether what stands before a comma is a family name: one word, or particles and one.
+  static bool isFamilyAlone(Words words) {
+    Parts honorifics;
+    honorifics.setAsideHonorifics(words);
+    return std::all_of(words.begin(), words.end() - 1, isParticle);
   }
 
   // "Gogh, Vincent van": the particle belongs to the family name.
@@ -264,29 +244,34 @@ struct Parts final {
     given.erase(particles, given.end());
   }
 
-  // Cuts the family name off the front of the name, if it is to be seen that it stands there.
-  [[nodiscard]] bool splitLeadingFamily() {
-    if (given.size() < 2) return false;
-    auto end = given.begin();
-    if (std::all_of(given.begin(), given.end(), isEastAsian)) {
-      // Names from elsewhere, written by their sound, keep their order.
-      if (!std::all_of(given.begin(), given.end(), isKatakana)) ++end;
-    } else if (!isInCapitals(given.back())) {
-      end = std::find_if_not(given.begin(), given.end() - 1, isInCapitals);
-    }
-    family.assign(given.begin(), end);
-    given.erase(given.begin(), end);
-    return !family.empty();
-  }
-
-  // Cuts the family name off the end of the name, with its particles and an "and" between two.
   void splitFamily() {
     if (given.size() == 1 && prefixes.empty()) return;
-    std::size_t start = given.size() - 1;
-    if (start >= 3 && isOneOf(given[start - 1], {"y", "i", "e"})) start -= 2;
-    while (start > 1 && isParticle(given[start - 1])) --start;
-    family.assign(given.begin() + static_cast<std::ptrdiff_t>(start), given.end());
-    given.resize(start);
+    auto begin = given.begin();
+    auto end = given.begin() + 1;
+    if (!hasFamilyInFront()) {
+      begin = beginOfFamilyAtEnd();
+      end = given.end();
+    }
+    family.assign(begin, end);
+    given.erase(begin, end);
+  }
+
+ private:
+  // Names from elsewhere, written by their sound in katakana, keep their order.
+  [[nodiscard]] bool hasFamilyInFront() const {
+    return given.size() > 1 && std::all_of(given.begin(), given.end(), isEastAsian) &&
+           !std::all_of(given.begin(), given.end(), isKatakana);
+  }
+
+  // The last word, with its particles and an "and" between two.
+  [[nodiscard]] Words::iterator beginOfFamilyAtEnd() {
+    const bool smallLettersTell = given.back().front() < 'a' || given.back().front() > 'z';
+    auto start = given.end() - 1;
+    if (start - given.begin() >= 3 && isOneOf(*(start - 1), {"y", "i", "e"})) start -= 2;
+    while (start - given.begin() > 1 &&
+           (isParticle(*(start - 1)) || (smallLettersTell && isInSmallLetters(*(start - 1)))))
+      --start;
+    return start;
   }
 };
 
@@ -319,7 +304,7 @@ PersonNameComponents NameComponentsTokenizer::componentsFromString(std::string_v
   if (parts.given.empty()) return components;
   parts.setAsideHonorifics(parts.given);
   if (parts.family.empty()) {
-    if (!parts.splitLeadingFamily()) parts.splitFamily();
+    parts.splitFamily();
   } else {
     parts.setAsideHonorifics(parts.family);
     parts.moveTrailingParticles();

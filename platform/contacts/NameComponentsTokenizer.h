@@ -7,10 +7,11 @@
 namespace quenlet {
 
 // Takes a person's full name apart: "Dr. Anna Maria van der Berg, PhD". Stateless; any thread.
-// Knows honorific prefixes and suffixes, family-name particles, "Family, Given", and a nickname in
-// quotes or in brackets. It reads the given name first and the family name last, but the other way
-// round in Chinese, Japanese and Korean characters with a blank between ("山田 太郎") and after a
-// family name in capitals ("DUPONT Jean"). Other languages that put it first need the comma.
+// Knows honorific prefixes and suffixes, family-name particles, and a nickname in quotes or in
+// brackets. It reads the given name first and the family name last, but the other way round in
+// Chinese, Japanese and Korean characters with a blank between ("山田 太郎"). Before a comma, one
+// word or a particle and a word are the family name ("van Gogh, Vincent"); what follows more of
+// them is a suffix ("Jane Doe, MSN"). Letter case tells nothing.
 class NameComponentsTokenizer final {
  public:
   // The components that are there, each in the letter case of `fullName`; blanks between words
