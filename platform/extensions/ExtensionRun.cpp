@@ -46,7 +46,7 @@ void ExtensionRun::start() {
     return;
   }
   state = State::running;
-  runClock = afterDelay(limits.runSeconds, &ExtensionRun::endLate);
+  runClock = afterDelay(limits.runSeconds / 2, &ExtensionRun::endFirstHalf);
   for (ExtensionRequestPtr& request : std::exchange(requestsBeforeStart, {})) {
     giveToProgram(std::move(request));
   }
@@ -104,6 +104,11 @@ void ExtensionRun::setClock() {
   cancel(clock);
   clock = conversation->isIdle() ? afterDelay(limits.idleSeconds, &ExtensionRun::endIdle)
                                  : afterDelay(limits.answerSeconds, &ExtensionRun::endLate);
+}
+
+void ExtensionRun::endFirstHalf() {
+  isInFirstHalf = false;
+  runClock = afterDelay(limits.runSeconds / 2, &ExtensionRun::endLate);
 }
 
 void ExtensionRun::endIdle() { end(ended()); }

@@ -20,6 +20,7 @@ namespace quenlet {
 //   state   | event                               | next
 //   --------+-------------------------------------+------------------------------------------------
 //   waiting | start()                             | running, or gone when it cannot be started
+//   running | half of runSeconds has passed       | running, takes no more requests
 //   running | nothing to do for idleSeconds       | ending: the socket is closed
 //   running | the program closes its socket       | ending
 //   running | a limit of time, a senseless answer | ending, killed at once
@@ -39,8 +40,11 @@ class ExtensionRun final : public std::enable_shared_from_this<ExtensionRun> {
   [[nodiscard]] const ExtensionManifest& extension() const { return *manifest; }
   [[nodiscard]] bool isWaiting() const { return state == State::waiting; }
   [[nodiscard]] bool isGone() const { return state == State::gone; }
-  // Whether it takes requests.
-  [[nodiscard]] bool accepts() const { return isWaiting() || state == State::running; }
+  // Whether it takes requests. In the second half of its time it does not, so that a prompt donor
+  // that is asked again and again is not killed over it.
+  [[nodiscard]] bool accepts() const {
+    return isWaiting() || (state == State::running && isInFirstHalf);
+  }
 
   void add(ExtensionRequestPtr request);
   void start();
@@ -56,6 +60,7 @@ class ExtensionRun final : public std::enable_shared_from_this<ExtensionRun> {
   void converse(FileDescriptor socket);
   void giveToProgram(ExtensionRequestPtr request);
   void setClock();
+  void endFirstHalf();
   void endIdle();
   void endLate();
   void onBroken(const ErrorPtr& fault);
@@ -69,6 +74,7 @@ class ExtensionRun final : public std::enable_shared_from_this<ExtensionRun> {
   const ExtensionManifestPtr manifest;
   const GoneHandler onGone;
   State state = State::waiting;
+  bool isInFirstHalf = true;
   std::vector<ExtensionRequestPtr> requestsBeforeStart;
   std::unique_ptr<ExtensionProcess> process;
   std::optional<ExtensionConversation> conversation;

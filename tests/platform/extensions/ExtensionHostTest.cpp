@@ -187,6 +187,43 @@ TEST_F(ExtensionHostTest, EndsARunThatTakesTooLong) {
   expectNothingLeft();
 }
 
+TEST_F(ExtensionHostTest, WaitsTenSecondsForAnAnswer) {
+  ManualSchedulerProvider time;
+  onLoop = time.mainThreadScheduler();
+  const DonorPtr donor = loadScript("while True: request()");
+  renew(donor);
+  runUntil([turns = 0]() mutable { return ++turns > 2; });
+  time.advance(9.75);
+  EXPECT_EQ(notes.back(), "");
+  time.advance(0.25);
+  EXPECT_EQ(takeNotes(), "!4");
+  expectNothingLeft();
+}
+
+TEST_F(ExtensionHostTest, LetsNoRequestJoinARunInTheSecondHalfOfItsTime) {
+  ManualSchedulerProvider time;
+  onLoop = time.mainThreadScheduler();
+  const DonorPtr donor = loadScript("while True: answer(request(), date(os.getpid()) + b'\\0')",
+                                    {.runSeconds = 120, .idleSeconds = 59.875});
+  const auto answer = [&] {
+    runUntil([this] { return !notes.back().empty(); });
+    return notes.back();
+  };
+  renew(donor);
+  const std::string first = answer();
+  time.advance(59.75);
+  renew(donor);
+  EXPECT_EQ(answer(), first);
+  time.advance(0.25);
+  renew(donor);
+  runUntil([turns = 0]() mutable { return ++turns > 20; });
+  EXPECT_EQ(notes.back(), "") << "it waits until the run has ended by itself";
+  time.advance(59.625);
+  EXPECT_NE(answer(), first);
+  time.advance(59.875);
+  expectNothingLeft();
+}
+
 TEST_F(ExtensionHostTest, LetsExtensionsWaitInLineForAsLongAsItTakes) {
   ExtensionLimits limits = quick;
   limits.programs = 2;

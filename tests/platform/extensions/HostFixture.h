@@ -20,7 +20,7 @@ class HostFixture : public testing::Test {
   void makeHost(ExtensionLimits limits = {}) {
     host = std::make_unique<ExtensionHost>(
         std::vector<ManifestDirectory>{{root, "system"}, {root, "home/Extensions"}},
-        ExtensionSchedulers{loop, scheduler, background}, limits);
+        ExtensionSchedulers{loop, onLoop, background}, limits);
     descriptorsBefore = countDescriptors();
   }
   void write(const std::filesystem::path& file, const std::string& content, mode_t mode = 0644) {
@@ -110,6 +110,7 @@ class HostFixture : public testing::Test {
   const std::filesystem::path root = std::filesystem::canonical(directory.path());
   EventLoop loop;
   const std::shared_ptr<EventLoopScheduler> scheduler = std::make_shared<EventLoopScheduler>(loop);
+  std::shared_ptr<Scheduler> onLoop = scheduler;
   std::shared_ptr<Scheduler> background = std::make_shared<ImmediateScheduler>(scheduler);
   const std::shared_ptr<RecordingAgent> agent = std::make_shared<RecordingAgent>();
   std::vector<std::string> notes;
