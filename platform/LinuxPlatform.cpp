@@ -40,6 +40,14 @@ rlim_t raiseDescriptorLimit() {
   return before;
 }
 
+// The user's own manifests stand where confined programs cannot write, unlike what is in Library.
+ManifestDirectory userManifests(const std::filesystem::path& home) {
+  const std::filesystem::path extensions = "quenlet/extensions";
+  const auto chosen = UserDirectories::chosenConfigurationDirectory();
+  if (chosen) return {*chosen, extensions};
+  return {home, UserDirectories::defaultConfiguration / extensions};
+}
+
 }  // namespace
 
 Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
@@ -79,7 +87,7 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       extensionHost(std::make_shared<ExtensionHost>(
           std::vector<ManifestDirectory>{
               {EntitlementDatabase::prefixOfRunningProgram(), "share/quenlet/extensions"},
-              {homeDirectory, "Library/Extensions"}},
+              userManifests(homeDirectory)},
           ExtensionSchedulers{runLoop.eventLoop(), runLoop.mainThreadScheduler(),
                               schedulerProvider->newSerialSchedulerWithName("extensions")},
           extensionLimits)),

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <optional>
 #include <system_error>
 #include <vector>
 
@@ -43,6 +42,10 @@ Result<path> homeInPasswordDatabase() {
 Result<path> UserDirectories::homeDirectory() {
   if (auto home = absolutePathInEnvironment("HOME")) return Result<path>::left(*std::move(home));
   return homeInPasswordDatabase();
+}
+
+std::optional<path> UserDirectories::chosenConfigurationDirectory() {
+  return absolutePathInEnvironment("XDG_CONFIG_HOME");
 }
 
 Result<path> UserDirectories::runtimeDirectory() {

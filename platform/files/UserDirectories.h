@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "platform/foundation/Either.h"
@@ -16,6 +17,11 @@ class UserDirectories final {
   // HOME when it is an absolute path, else the password database's entry of the process's user.
   // An error when neither is there.
   [[nodiscard]] static Result<std::filesystem::path> homeDirectory();
+
+  // XDG_CONFIG_HOME when it is an absolute path. Without one it is `defaultConfiguration` below the
+  // home directory.
+  [[nodiscard]] static std::optional<std::filesystem::path> chosenConfigurationDirectory();
+  static constexpr char defaultConfiguration[] = ".config";
 
   // XDG_RUNTIME_DIR when it is an absolute path, else "quenlet-<uid>" in the system's directory for
   // temporary files, which is created when missing. An error when the directory is not one of the

@@ -85,6 +85,11 @@ TEST_F(AgentLifeTest, ClientSaysThatThereIsNoAgentAndDisablesWithoutOne) {
 
 TEST_F(AgentLifeTest, DoesEverythingInOrderFromLaunchToTheSecondHangUp) {
   writeFile(ownersCard, cardText("Anna Berg", {"EMAIL:anna@example.org"}));
+  installManifest("com.example.old");
+  // Nothing is looked for where confined programs may write.
+  std::filesystem::create_directories(home / "Library");
+  std::filesystem::rename(extensions, home / "Library/Extensions");
+  installManifest("com.example.donor");
   agent = start({"/bin/sh", "-c", "exec \"$0\" 2>&1", bin / "quenlet-agent"});
   for (int times = 1; times <= 3; ++times) {
     ASSERT_TRUE(eventually([&] {
@@ -102,8 +107,8 @@ TEST_F(AgentLifeTest, DoesEverythingInOrderFromLaunchToTheSecondHangUp) {
       std::erase_if(words, [](const auto& word) { return word.starts_with("contactsChanged"); }),
       2U);
   const std::vector<std::string> discovery = {
-      "Discovering all extensions",
-      "Discovered extensions: donor extension org.quenlet.vcard-extension", "Discovery completed"};
+      "Discovering all extensions", "Discovered extensions: donor extension com.example.donor",
+      "Discovery completed"};
   std::vector<std::string> expected = {"agentWillStart",
                                        "beginRestorePersistedState",
                                        "endRestorePersistedState",

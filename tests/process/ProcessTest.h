@@ -68,8 +68,11 @@ class ChildProcess final {
     const std::filesystem::directory_iterator entries(processDirectory() / "fd");
     return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
   }
-  [[nodiscard]] bool hasChildren() const {
-    return !readFile(processDirectory() / "task" / std::to_string(pid) / "children").empty();
+  // How many there are, those that have ended and were not waited for included.
+  [[nodiscard]] std::size_t children() const {
+    const std::string all =
+        readFile(processDirectory() / "task" / std::to_string(pid) / "children");
+    return static_cast<std::size_t>(std::count(all.begin(), all.end(), ' '));
   }
 
   [[nodiscard]] std::string out() const { return readFile(path + ".out"); }
@@ -110,7 +113,7 @@ class ProcessTest : public testing::Test {
 
   ProcessTest() {
     ::setenv("HOME", home.c_str(), 1);
-
+    ::unsetenv("XDG_CONFIG_HOME");
     ::setenv("XDG_RUNTIME_DIR", temporary.path().c_str(), 1);
   }
   void TearDown() override {
@@ -180,6 +183,16 @@ class ProcessTest : public testing::Test {
     std::filesystem::rename(telephony / "new", telephony / "sim.plist");
   }
 
+  // Makes the program of this name beside the manifest a donor extension of the user's own.
+  void installManifest(const std::string& bundle) {
+    const auto entry = [](const std::string& key, const std::string& value) {
+      return "<key>" + key + "</key><string>" + value + "</string>";
+    };
+    writeFile(extensions / (bundle + ".plist"),
+              plist("<dict>" + entry("extensionPoint", "ovaro.quenlet") + entry("version", "1.0") +
+                    entry("bundleIdentifier", bundle) + entry("executable", bundle) + "</dict>"));
+  }
+
   std::string card() { return quenlet({"card"}).out; }
   bool cardHas(const std::string& text) { return card().find(text) != std::string::npos; }
   bool fileHas(const std::string& text) {
@@ -199,6 +212,7 @@ class ProcessTest : public testing::Test {
   const std::filesystem::path home = temporary / "missing" / "home";
   const std::filesystem::path telephony = home / "Library/Telephony";
   const std::filesystem::path donationsFile = home / "Library/Contacts/Donations/donations.plist";
+  const std::filesystem::path extensions = home / ".config/quenlet/extensions";
   const std::filesystem::path ownersCard = home / "Library/Contacts/me.vcf";
   const std::filesystem::path donatedCard = temporary / "donated.vcf";
   std::unique_ptr<ChildProcess> agent;

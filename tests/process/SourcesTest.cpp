@@ -1,4 +1,5 @@
 #include <ctime>
+#include <span>
 
 #include "tests/process/ProcessTest.h"
 
@@ -34,11 +35,7 @@ class SourcesTest : public ProcessTest {
   }
   void install(const std::string& bundle, const std::string& program) {
     writeFile(extensions / bundle, prelude + program, 0700);
-    writeFile(
-        extensions / (bundle + ".plist"),
-        plist("<dict><key>extensionPoint</key><string>ovaro.quenlet</string>"
-              "<key>version</key><string>1.0</string><key>bundleIdentifier</key><string>" +
-              bundle + "</string><key>executable</key><string>" + bundle + "</string></dict>"));
+    installManifest(bundle);
   }
   // The median of what it takes to fetch the card.
   double fetchSeconds() {
@@ -57,8 +54,6 @@ class SourcesTest : public ProcessTest {
     std::strftime(text, sizeof text, "%Y-%m-%d", std::gmtime(&when));
     return text;
   }
-
-  const std::filesystem::path extensions = home / "Library/Extensions";
 };
 
 TEST_F(SourcesTest, KeepAccountsInStepWithTheCard) {
@@ -115,7 +110,10 @@ TEST_F(SourcesTest, FollowTheNumbersOfTheSIMCards) {
 
 TEST_F(SourcesTest, RenewsWithdrawsAndBringsBackTheCardsOfADirectory) {
   const std::filesystem::path card = home / "Library/Contacts/Cards/anna.vcf";
-
+  const std::string bundle = "org.quenlet.vcard-extension";
+  installManifest(bundle);
+  // Closed to the group, whatever the builder's umask.
+  writeFile(extensions / bundle, readFile(bin / "quenlet-vcard-extension"), 0755);
   writeFile(card, cardText("Anna Berg", {"EMAIL:anna@example.org"}));
   writeFile(card.parent_path() / "notes.txt", "no card");
   startAgent();
@@ -147,30 +145,16 @@ TEST_F(SourcesTest, RenewsWithdrawsAndBringsBackTheCardsOfADirectory) {
   EXPECT_EQ(countDonations(), 1) << "a card that cannot be read may hold it";
 }
 
-TEST_F(SourcesTest, OutliveWhateverTheirProgramsDo) {
-  const std::string timedOut = "extension-error 4", ended = "extension-error 3",
-                    badAnswer = "extension-error 5", cannotStart = "extension-error 2";
-  // What each program does, and what its one value ends in.
+TEST_F(SourcesTest, HoldNobodyUpWhileTheirProgramsHang) {
+  // What each program does, and what its one value ends in: the last one's in time.
   const std::pair<std::string, std::string> rows[] = {
-      {"time.sleep(600)", timedOut},
-      {"request(); time.sleep(600)", timedOut},
-      {"i = request(); time.sleep(10.5); answer(i, later)", timedOut},
-      {"i = request(); answer(i, later); answer(i, later); time.sleep(600)", "didRenewValue:"},
-      {"agent.sendall(b'no frame at all'); time.sleep(600)", badAnswer},
-      {"answer(request(), b'\\x05\\x01a\\x00'); time.sleep(600)", badAnswer},
-      {"answer(request() + 1, later); time.sleep(600)", badAnswer},
-      {"agent.sendall(struct.pack('<I', 2**31) + b'x' * 9); time.sleep(600)", badAnswer},
-      {"while True: answer(99, later)", badAnswer},
-      {"answer(request(), b'\\x00\\x00')", "donation-error 2"},
-      {"sys.exit()", ended},
-      {"agent.sendall(b'\\x20\\x00'); request()", ended},
-      {"agent.close(); os.close(0); time.sleep(600)", ended},
-      {"no program", cannotStart},
+      {"while True: answer(99, later)", "extension-error 5"},
+      {"sys.exit()", "extension-error 3"},
+      {"answer(request(), later); request()", "didRenewValue:"},
+      {"while True: request()", "extension-error 4"},
   };
   const auto bundle = [](std::size_t row) { return "com.example.donor" + std::to_string(row); };
   for (std::size_t row = 0; row < std::size(rows); ++row) install(bundle(row), rows[row].first);
-  std::filesystem::permissions(extensions / bundle(std::size(rows) - 1),
-                               std::filesystem::perms(0600));
   startAgent();
   const double idleSeconds = fetchSeconds();
   for (std::size_t row = 0; row < std::size(rows); ++row) {
@@ -178,33 +162,23 @@ TEST_F(SourcesTest, OutliveWhateverTheirProgramsDo) {
     writeFile(donatedCard, "BEGIN:VCARD\r\nVERSION:3.0\r\nEMAIL:a@example.org\r\nEND:VCARD\r\n");
     EXPECT_EQ(quenlet({"donate", donatedCard, "--bundle", bundle(row)}).code, 0);
   }
-  ASSERT_TRUE(eventually([&] { return agent->hasChildren(); }));
-  EXPECT_LT(fetchSeconds(), idleSeconds * 5) << "while the programs run";
+  for (const auto& [program, event] : std::span(rows).first(3)) {
+    EXPECT_TRUE(eventually([&event = event, this] { return agent->says(event); })) << program;
+  }
+  EXPECT_TRUE(eventually([&] { return agent->children() == 1; })) << "neither program nor zombie";
+  EXPECT_LT(fetchSeconds(), idleSeconds * 5);
   agent->signal(SIGHUP);
   EXPECT_TRUE(eventually([&] { return agent->says("Hup hup hup!!\n"); }));
-  EXPECT_FALSE(agent->says(timedOut)) << "served while some hang";
-
-  const auto logged = [this](const std::string& text) {
-    const std::string log = agent->err();
-    int count = 0;
-    for (auto at = log.find(text); at != log.npos; at = log.find(text, at + 1)) ++count;
-    return count;
-  };
-  const auto all = static_cast<int>(std::size(rows));
-  ASSERT_TRUE(eventually([&] { return logged("\"couldNotRenew") + logged("\"didRenew") == all; }))
-      << agent->err();
-  for (const auto& [program, event] : rows) {
-    const auto sameEvent = [&event = event](const auto& row) { return row.second == event; };
-    EXPECT_EQ(logged(event), std::count_if(std::begin(rows), std::end(rows), sameEvent)) << event;
-  }
-  EXPECT_TRUE(eventually([&] { return !agent->hasChildren(); })) << "neither program nor zombie";
-  EXPECT_EQ(countDonations(), all) << "what could not be renewed stays as it is";
+  EXPECT_FALSE(agent->says(rows[3].second)) << "all this while one hung";
+  EXPECT_EQ(countDonations(), 4) << "what could not be renewed stays as it is";
 }
 
 TEST_F(SourcesTest, EndWithTheAgent) {
   const std::filesystem::path file = temporary / "pid";
   install("com.example.donor", "open('" + file.string() +
                                    "', 'w').write(str(os.getpid()))\nwhile True: time.sleep(1)\n");
+  std::filesystem::rename(home / ".config", temporary / "chosen");
+  ::setenv("XDG_CONFIG_HOME", (temporary / "chosen").c_str(), 1);
   startAgent();
   EXPECT_EQ(donate("com.example.donor", "Anna Berg", {}).code, 0);
   ASSERT_TRUE(eventually([&] { return !readFile(file).empty(); }));

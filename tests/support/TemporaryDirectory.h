@@ -22,10 +22,13 @@ inline void writeFile(const std::filesystem::path& path, const std::string& cont
   EXPECT_EQ(::chmod(path.c_str(), mode), 0) << path;
 }
 
-// A directory of the test's own (mode 0700), gone with everything in it when the test ends.
+// A directory of the test's own (mode 0700), gone with everything in it when the test ends. What
+// the test creates is not open to the group, whatever the umask of whoever runs it: the agent would
+// not trust it.
 class TemporaryDirectory final {
  public:
   TemporaryDirectory() {
+    ::umask(0022);
     std::string pattern = std::filesystem::temp_directory_path() / "quenlet-test-XXXXXX";
     if (::mkdtemp(pattern.data()) == nullptr) ADD_FAILURE() << "cannot create " << pattern;
     directory = pattern;

@@ -22,18 +22,18 @@ class ExtensionCatalogTest : public HostFixture {
     return testing::internal::GetCapturedStderr();
   }
 
-  const ExtensionCatalog catalog{{{root, "system"}, {root, "home/Extensions"}}};
+  const ExtensionCatalog catalog{{{root, "system"}, {root, "home/extensions"}}};
 };
 
 TEST_F(ExtensionCatalogTest, TakesTheFirstManifestOfEachBundleAndLeavesOutTheBad) {
   EXPECT_EQ(found(), "");
-  write("home/Extensions/a.plist", manifest("org.own", "own"));
-  write("home/Extensions/b.plist", manifest("org.caf\u00e9", "late"));
+  write("home/extensions/a.plist", manifest("org.own", "own"));
+  write("home/extensions/b.plist", manifest("org.caf\u00e9", "late"));
   write("system/b.plist", manifest("org.cafe\u0301", "/opt/cafe"));
   write("system/a.plist", manifest("org.other", "", "other.point"));
   write("system/notes.txt", manifest("org.text", "x"));
   const std::string good =
-      "org.other= org.cafe\u0301=/opt/cafe org.own=" + (root / "home/Extensions/own").native() +
+      "org.other= org.cafe\u0301=/opt/cafe org.own=" + (root / "home/extensions/own").native() +
       " ";
   EXPECT_EQ(found(), good);
 
@@ -63,7 +63,7 @@ TEST_F(ExtensionCatalogTest, TakesTheFirstManifestOfEachBundleAndLeavesOutTheBad
 
 TEST_F(ExtensionCatalogTest, PassesOverDirectoriesThatCannotBeTrusted) {
   write("system/a.plist", manifest("org.system", "/x"));
-  write("home/Extensions/a.plist", manifest("org.own", "/x"));
+  write("home/extensions/a.plist", manifest("org.own", "/x"));
   std::filesystem::permissions(root / "home", std::filesystem::perms(0775));
   EXPECT_NE(reported(), "");
   EXPECT_EQ(found(), "org.system=/x ");
@@ -79,7 +79,7 @@ TEST_F(ExtensionCatalogTest, BecomesTheHostsDonors) {
   EXPECT_TRUE(donors.size() == 2 && donors[0] && !donors[1]) << "a donor, but no extension";
   EXPECT_EQ(load("org.later"), nullptr);
   EXPECT_EQ(notes.size(), 0U);
-  write("home/Extensions", "a file");
+  write("home/extensions", "a file");
   EXPECT_EQ(discover().size(), 2U);
   EXPECT_EQ(nameOf(*catalog.read()->manifest("org.own").right()), "!7");
 }

@@ -19,7 +19,7 @@ class HostFixture : public testing::Test {
 
   void makeHost(ExtensionLimits limits = {}) {
     host = std::make_unique<ExtensionHost>(
-        std::vector<ManifestDirectory>{{root, "system"}, {root, "home/Extensions"}},
+        std::vector<ManifestDirectory>{{root, "system"}, {root, "home/extensions"}},
         ExtensionSchedulers{loop, onLoop, background}, limits);
     descriptorsBefore = countDescriptors();
   }

@@ -100,6 +100,15 @@ TEST_F(UserDirectoriesTest, ExpandsTheTildeToAnAbsoluteHome) {
   }
 }
 
+TEST_F(UserDirectoriesTest, TakesAConfigurationDirectoryOnlyFromAnAbsolutePath) {
+  set("XDG_CONFIG_HOME", "/etc/ann");
+  EXPECT_EQ(UserDirectories::chosenConfigurationDirectory(), "/etc/ann");
+  set("XDG_CONFIG_HOME", "relative");
+  EXPECT_EQ(UserDirectories::chosenConfigurationDirectory(), std::nullopt);
+  ::unsetenv("XDG_CONFIG_HOME");
+  EXPECT_EQ(UserDirectories::chosenConfigurationDirectory(), std::nullopt);
+}
+
 TEST_F(UserDirectoriesTest, AcceptsOnlyAPrivateRuntimeDirectoryAndMakesItWhenMissing) {
   set("TMPDIR", root.path());
   ::unsetenv("XDG_RUNTIME_DIR");
