@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -152,15 +151,6 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
     ErrorReply reply;
   };
 
-  // What a donor answered for one value, and how often all donations had been deleted by the time
-  // when it was to be asked.
-  struct RenewalAnswer final {
-    DonationValuePtr value;
-    std::optional<Date> newExpirationDate;
-    ErrorPtr donorError;
-    std::uint64_t deletionsBefore;
-  };
-
   // Whether a request is served before the preference has been read.
   enum class WhileUndetermined { served, refused };
 
@@ -186,10 +176,10 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply);
   void reportRejection(const RejectionResult& result, const Rejection& rejection);
   void renewPreExpired(const DonationValues& values);
-  void askDonorsToRenew(const DonationValues& values, std::uint64_t deletionsBefore);
-  void askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor,
-                       std::uint64_t deletionsBefore);
-  void renewalAcknowledged(const RenewalAnswer& answer);
+  void askDonorsToRenew(const DonationValues& values);
+  void askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor);
+  void renewalAcknowledged(const DonationValuePtr& value, std::optional<Date> newExpirationDate,
+                           const ErrorPtr& donorError);
   [[nodiscard]] bool accountsNeedReload() EXCLUDES(versionsMutex);
   void replaceAccountDonations(const std::vector<AccountPtr>& accounts);
   void postValuesDidChange() const;
@@ -219,8 +209,6 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   // Their values are never sent for renewal.
   const std::set<std::string> internalBundleIdentifiers;
   std::atomic<FeatureState> featureState = FeatureState::undetermined;
-  // How often all donations were deleted; changed in writer blocks.
-  std::atomic<std::uint64_t> deletions = 0;
   // How many changes of single accounts clients have told of.
   std::atomic<std::uint64_t> accountChanges = 0;
 

@@ -80,7 +80,6 @@ void Corvel::disableDonations() {
 
 void Corvel::deleteAllDonations() {
   donations = DonationTable();
-  ++deletions;
   rebuildMeCard();
   // Deletion has nobody to tell of a failed save; the next change writes the table again.
   save([](const SaveResponse&) {});

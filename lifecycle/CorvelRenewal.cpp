@@ -36,13 +36,12 @@ void Corvel::renewWithDonations(const DonationValues& values) {
   if (external.empty()) return;
   static_cast<void>(
       PlatformServices::current().defaultSchedulerProvider()->backgroundScheduler()->afterDelay(
-          renewalDelaySeconds,
-          [self = shared_from_this(), external = std::move(external), before = deletions.load()] {
-            self->askDonorsToRenew(external, before);
+          renewalDelaySeconds, [self = shared_from_this(), external = std::move(external)] {
+            self->askDonorsToRenew(external);
           }));
 }
 
-void Corvel::askDonorsToRenew(const DonationValues& values, std::uint64_t deletionsBefore) {
+void Corvel::askDonorsToRenew(const DonationValues& values) {
   std::map<std::string, DonationValues> groups;
   for (const DonationValuePtr& value : values) {
     groups[std::string(value->bundleKey().text)].push_back(value);
@@ -53,15 +52,14 @@ void Corvel::askDonorsToRenew(const DonationValues& values, std::uint64_t deleti
     logger->willRenewValues(group, bundleIdentifier);
     // The loader is kept until it has answered.
     loader->donorWithIdentifier(bundleIdentifier)
-        .onCompletion([self = shared_from_this(), loader, donated = group,
-                       deletionsBefore](const Result<DonorObjectPtr>& donor) {
-          self->askDonorToRenew(donated, donor, deletionsBefore);
+        .onCompletion([self = shared_from_this(), loader,
+                       donated = group](const Result<DonorObjectPtr>& donor) {
+          self->askDonorToRenew(donated, donor);
         });
   }
 }
 
-void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor,
-                             std::uint64_t deletionsBefore) {
+void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor) {
   if (!donor.isLeft()) {
     logger->couldNotRenewBecauseLoadingError(donor.right());
     return;
@@ -73,35 +71,31 @@ void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObj
   }
   for (const DonationValuePtr& value : values) {
     extension->renewExpirationDateForDonatedValue(
-        value, [self = shared_from_this(), value, deletionsBefore](
-                   std::optional<Date> newExpirationDate, const ErrorPtr& donorError) {
-          self->renewalAcknowledged({value, newExpirationDate, donorError, deletionsBefore});
+        value, [self = shared_from_this(), value](std::optional<Date> newExpirationDate,
+                                                  const ErrorPtr& donorError) {
+          self->renewalAcknowledged(value, newExpirationDate, donorError);
         });
   }
 }
 
-void Corvel::renewalAcknowledged(const RenewalAnswer& answer) {
-  const DonationValuePtr& value = answer.value;
-  if (!answer.newExpirationDate) {
+void Corvel::renewalAcknowledged(const DonationValuePtr& value,
+                                 std::optional<Date> newExpirationDate,
+                                 const ErrorPtr& donorError) {
+  if (!newExpirationDate) {
     logger->couldNotRenewBecauseDonorError(
-        answer.donorError ? answer.donorError
-                          : makeDonationError(DonationErrorCode::donorGaveNoAnswer,
-                                              "the donor gave neither a date nor an error"));
+        donorError ? donorError
+                   : makeDonationError(DonationErrorCode::donorGaveNoAnswer,
+                                       "the donor gave neither a date nor an error"));
     return;
   }
-  const Date date = *answer.newExpirationDate;
-  logger->didRenewValue(value, date);
+  logger->didRenewValue(value, *newExpirationDate);
   const SaveReply nobodyWaits = [](const SaveResponse&) {};
-  if (date.timeIntervalSince(PlatformServices::current().now()) <= 0) {
+  if (newExpirationDate->timeIntervalSince(PlatformServices::current().now()) <= 0) {
     submitChange(RemoveValuesWithIdentifiers{{value->origin().donationIdentifier}}, nobodyWaits);
-    return;
+  } else {
+    submitChange(InsertOrModifyValues{{value->copyWithNewExpirationDate(*newExpirationDate)}},
+                 nobodyWaits);
   }
-  submitWriterBlock([renewed = value->copyWithNewExpirationDate(date),
-                     before = answer.deletionsBefore, nobodyWaits](Corvel& agent) {
-    // What the owner had deleted while the donor was asked is not to come back.
-    if (agent.deletions != before) return;
-    agent.applyChange(InsertOrModifyValues{{renewed}}, nobodyWaits);
-  });
 }
 
 void Corvel::discoverExtensionWithIdentifier(const std::string& bundleIdentifier) {

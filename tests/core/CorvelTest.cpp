@@ -1,5 +1,3 @@
-#include <sstream>
-
 #include "tests/core/AgentFixture.h"
 
 namespace quenlet {
@@ -30,10 +28,13 @@ class CorvelRequestsTest : public AgentFixture {
     events.insert(events.end(), later.begin(), later.end());
     return events;
   }
-  // `first`, then as many attempts to renew with a donor that is not there.
-  static Events thenRenewals(Events first, const std::string& bundleIdentifier, int count = 1) {
+  // `first`, then as many attempts to renew a value with a donor that is not there.
+  static Events thenRenewals(Events first, const std::string& identifier,
+                             const std::string& bundleIdentifier, int count = 1) {
     while (count-- > 0) {
-      first.push_back("background: willRenewValues:withDonor:");
+      first.push_back("background: make loader");
+      first.push_back("background: willRenewValues:withDonor: [" + identifier + "]," +
+                      bundleIdentifier);
       first.push_back("background: load " + bundleIdentifier);
       first.push_back("background: couldNotRenewBecauseLoadingError: donors 404");
     }
@@ -74,20 +75,21 @@ TEST_F(CorvelRequestsTest, RefusesWhileTheFeatureIsOff) {
 TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
   const DonationValues a = {email("a@x", from("app", "a"))};
   const DonationValues unknown = {email("c@x", from("none", "c"))};
-  const std::string accepting = "caller: acceptingDonations:";
+  const std::string accepting = "caller: acceptingDonations: ";
   const std::string will = "caller: will";
   const std::string did = "background: did";
   const std::string done = "background: reply no error";
   const std::string removed = "background: reply true no error";
   hold({a.front(), email("b@x", from("other", "b"))});
   const std::tuple<std::string, DonationValues, Events> rows[] = {
-      {donate, a, thenRenewals({will, accepting, posted, "io: store a b", done, did}, "app")},
+      {donate, a,
+       thenRenewals({will, accepting + "[a]", posted, "io: store a b", done, did}, "a", "app")},
       {donate,
        {expired("b")},
-       thenRenewals({will, accepting, posted, "io: store a b", done, did,
-                     "background: preExpiredDonations:"},
-                    "other", 2)},
-      {donate, {}, {will, accepting, done, did}},
+       thenRenewals({will, accepting + "[b]", posted, "io: store a b", done, did,
+                     "background: preExpiredDonations: [b]"},
+                    "b", "other", 2)},
+      {donate, {}, {will, accepting + "[]", done, did}},
       {list, {}, {will, "reader: did", "background: reply list a b"}},
       {fetch, {}, {will, "caller: reply card a@x b@x", "caller: did"}},
       {synchronousFetch, {}, {will, "caller: reply card a@x b@x", "caller: did"}},
@@ -106,10 +108,10 @@ TEST_F(CorvelRequestsTest, KeepsTheChangeWhenItsSaveFails) {
   hold({email("a@x", from("app", "a"))});
   persistence->failure = makeError("disk", 501);
   EXPECT_EQ(eventsWithRenewals(donate, {expired("b")}),
-            thenRenewals({"caller: will", "caller: acceptingDonations:", posted, "io: store a b",
-                          "background: reply error 501", "background: did",
-                          "background: preExpiredDonations:"},
-                         "other"));
+            thenRenewals({"caller: will", "caller: acceptingDonations: [b]", posted,
+                          "io: store a b", "background: reply error 501", "background: did",
+                          "background: preExpiredDonations: [b]"},
+                         "b", "other"));
   EXPECT_EQ(eventsFor(removeIdentifiers, {email("a@x", from("app", "a"))}),
             (Events{"caller: will", posted, "io: store b", "background: reply false error 501",
                     "background: did"}));
@@ -162,65 +164,6 @@ TEST_F(CorvelRequestsTest, RestoresWhatIsStillGood) {
   run();
   EXPECT_EQ(takeTrace(), Events{"writer: beginRestorePersistedState"});
   EXPECT_EQ(replyTo(list), "list twice soon week new");
-}
-
-class CorvelFeatureTest : public AgentFixture {
- protected:
-  // Follows a script of "on", "off" (values of the preference), "start", "stop" and "+<seconds>".
-  void follow(const std::string& script) {
-    std::istringstream words(script);
-    for (std::string word; words >> word;) {
-      if (word.front() == '+') {
-        environment->schedulers.advance(std::stod(word));
-      } else if (word == "stop") {
-        agent->stop();
-      } else if (word == "start") {
-        agent->startMonitoringPreferences();
-      } else {
-        static_cast<void>(environment->preferences->setDonationsEnabled(word == "on"));
-      }
-      run();
-    }
-  }
-};
-
-TEST_F(CorvelFeatureTest, FollowsThePreference) {
-  const std::string enabling = "writer: featureWillEnable";
-  const std::string enabled = "writer: featureDidEnable";
-  const Events off = {"writer: featureWillDisable", posted};
-  const Events onAgain = {enabling,
-                          "writer: willDiscoverExtensions",
-                          "writer: didDiscoverExtensions",
-                          "writer: willSaveExtensionVersions",
-                          enabled,
-                          posted};
-  const Events onBefore = {enabling, posted, enabled};  // from any other state
-  const Events deletion = {"writer: featureDidDisable", "io: store "};
-  const std::tuple<const char*, std::vector<Events>, const char*> rows[] = {
-      {"on", {onBefore}, "list a"},
-      {"off", {off}, "error 1"},
-      {"off +29.9 on +60", {off, onAgain}, "list a"},
-      {"off +29.9 off +29.9 on", {off, off, onAgain}, "list a"},
-      {"off +30 on", {off, deletion, onAgain}, "list "},
-      {"start on stop on start off", {onBefore, off}, "error 1"},
-      {"off +30 on off on", {off, deletion, onAgain, off, onAgain}, "list "},
-      {"on off +10 stop +60 on", {onBefore, off}, "error 1"},
-  };
-  for (const auto& [script, parts, held] : rows) {
-    SCOPED_TRACE(script);
-    agent->stop();
-    persistence->kept = {email("a@x", from("app", "a"))};
-    agent = std::make_shared<Corvel>(environment, persistence, curated);
-    agent->restorePersistedState();
-    agent->start();
-    run();
-    static_cast<void>(takeTrace());
-    follow(script);
-    Events expected;
-    for (const auto& part : parts) expected.insert(expected.end(), part.begin(), part.end());
-    EXPECT_EQ(takeTrace(), expected);
-    EXPECT_EQ(replyTo(list), held);
-  }
 }
 
 }  // namespace

@@ -14,37 +14,43 @@ class FakeDonorObject final : public DonorObject {
   std::string description() const override { return "object"; }
 };
 
-// Notes requests as "renew <identifier>" and "redonate <reason>". Keeps what it is asked in
-// `asked` until the test answers.
+// Notes requests as "renew <identifier>" and "redonate <bundle> <reason>". Keeps what it is asked
+// in `asked` until the test answers.
 class FakeExtension final : public DonorExtension {
  public:
-  explicit FakeExtension(Trace& shared) : trace(shared) {}
+  FakeExtension(Trace& shared, std::string bundleIdentifier)
+      : trace(shared), bundle(std::move(bundleIdentifier)) {}
   std::vector<AcknowledgementHandler> asked;
+  DonationValuePtr lastValue;
 
-  std::string description() const override { return "extension"; }
+  std::string description() const override { return "extension " + bundle; }
   void renewExpirationDateForDonatedValue(DonationValuePtr value,
                                           AcknowledgementHandler handler) override {
     trace.note("renew " + value->origin().donationIdentifier);
+    lastValue = std::move(value);
     asked.push_back(std::move(handler));
   }
   void redonateAllValuesWithReason(std::uint64_t reason) override {
-    trace.note("redonate " + std::to_string(reason));
+    trace.note("redonate " + bundle + " " + std::to_string(reason));
   }
 
  private:
   Trace& trace;
+  const std::string bundle;
 };
 
 // What is installed, by bundle identifier, in the order of these. Loading is noted as "load
-// <bundle>". Discovery fails after its results when there is a `failure`.
+// <bundle>", the end of a subscription as "cancel discovery". Discovery calls `whileDiscovering`
+// and fails after its results when there is a `failure`.
 class FakeDonors final : public DonorLoader, public Observable<DonorObjectPtr> {
  public:
   explicit FakeDonors(Trace& shared) : trace(shared) {}
   std::map<std::string, DonorObjectPtr> installed;
   ErrorPtr failure;
+  std::function<void()> whileDiscovering;
 
   std::shared_ptr<FakeExtension> install(const std::string& bundleIdentifier) {
-    auto extension = std::make_shared<FakeExtension>(trace);
+    auto extension = std::make_shared<FakeExtension>(trace, bundleIdentifier);
     installed[bundleIdentifier] = extension;
     return extension;
   }
@@ -65,8 +71,9 @@ class FakeDonors final : public DonorLoader, public Observable<DonorObjectPtr> {
 
   std::shared_ptr<Cancelable> subscribe(Observer<DonorObjectPtr> observer) override {
     for (const auto& [bundle, donor] : installed) observer.resultBlock(donor);
+    if (whileDiscovering) whileDiscovering();
     failure ? observer.failureBlock(failure) : observer.completionBlock();
-    return std::make_shared<CancelBlock>([] {});
+    return std::make_shared<CancelBlock>([this] { trace.note("cancel discovery"); });
   }
 
  private:

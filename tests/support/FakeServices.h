@@ -64,10 +64,11 @@ class FakeNotificationCenter final : public DistributedNotificationCenter {
   std::list<std::pair<std::string, std::function<void()>>> observers;
 };
 
-// Takes the values of these donations for rejected, for the me card alone. Rejecting fails with
-// `failure` when there is one.
+// Takes the values of these donations for rejected, for the me card alone. Rejecting is noted as
+// "reject <identifiers> for <contact>" and fails with `failure` when there is one.
 class FakeFeedbackStore final : public DonationFeedbackStore {
  public:
+  explicit FakeFeedbackStore(Trace& shared) : trace(shared) {}
   std::set<std::string> rejectedDonations;
   ErrorPtr failure;
 
@@ -76,15 +77,19 @@ class FakeFeedbackStore final : public DonationFeedbackStore {
     return contactIdentifier == MeCardContactIdentifier &&
            rejectedDonations.contains(value.origin().donationIdentifier);
   }
-  void rejectDonatedValues(const DonationValues& values, const std::string&,
+  void rejectDonatedValues(const DonationValues& values, const std::string& contactIdentifier,
                            std::function<void(ErrorPtr)> completionHandler) override {
+    trace.note("reject " + identifiersOf(values) + " for " + contactIdentifier);
     for (const auto& value : values) rejectedDonations.insert(value->origin().donationIdentifier);
     completionHandler(failure);
   }
+
+ private:
+  Trace& trace;
 };
 
-// Notes stores as "store <identifiers>" and "store versions"; loads and stores fail with `failure`
-// when there is one.
+// Notes stores as "store <identifiers>" and "store versions <bundle>=<version>"; loads and stores
+// fail with `failure` when there is one.
 class FakePersistence final : public DonationPersistenceProtocol {
  public:
   explicit FakePersistence(Trace& shared) : trace(shared) {}
@@ -101,8 +106,10 @@ class FakePersistence final : public DonationPersistenceProtocol {
 
   Future<ExtensionVersions> loadExtensionVersions() override { return outcome(versions); }
   Future<bool> storeWithExtensionVersions(const ExtensionVersions& table) override {
-    trace.note("store versions");
-
+    std::string entries;
+    for (const auto& [bundle, version] : table)
+      entries += " " + bundle + "=" + std::to_string(version);
+    trace.note("store versions" + entries);
     versions = table;
     return Future<bool>::futureWithResult(true);
   }

@@ -6,8 +6,7 @@
 namespace quenlet {
 
 // Keeps the log's lines, and notes each event with its arguments in a trace:
-// "agentWillHandleRequest: meCardDonations:". A donated value is noted by its donation identifier;
-// arguments that begin with a list of values are not noted.
+// "willRenewValues:withDonor: [a,b],app". A donated value is noted by its donation identifier.
 class RecordingLog final : public LogSink {
  public:
   explicit RecordingLog(Trace& shared) : trace(shared) {}
@@ -15,19 +14,28 @@ class RecordingLog final : public LogSink {
   void write(const std::string& line) override {
     lines.push_back(line);
     std::string noted = between(line, "\"event\":\"", "\"");
-    std::string arguments = between(line, "\"arguments\":[", "]}");
-    std::erase(arguments, '"');
-    if (arguments.starts_with('{')) {
-      arguments = between(arguments, "donationIdentifier:", "}") +
-                  arguments.substr(arguments.find('}') + 1);
+    const std::string before = "\"arguments\":[";
+    if (const std::size_t found = line.find(before); found != std::string::npos) {
+      std::string arguments = line.substr(found + before.size());
+      arguments.resize(arguments.size() - 2);  // "]}"
+      noted += " " + withIdentifiersForValues(std::move(arguments));
     }
-    if (!arguments.empty() && !arguments.starts_with('[')) noted += " " + arguments;
     trace.note(noted);
   }
 
   std::vector<std::string> lines;
 
  private:
+  static std::string withIdentifiersForValues(std::string arguments) {
+    std::erase(arguments, '"');
+    for (auto start = arguments.find("{kind:"); start != std::string::npos;
+         start = arguments.find("{kind:", start)) {
+      const std::size_t size = arguments.find('}', start) + 1 - start;
+      arguments.replace(start, size,
+                        between(arguments.substr(start, size), "donationIdentifier:", "}"));
+    }
+    return arguments;
+  }
   static std::string between(const std::string& line, const std::string& before,
                              const std::string& after) {
     const std::size_t found = line.find(before);

@@ -21,7 +21,7 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
   const std::shared_ptr<FakeNotificationCenter> center =
       std::make_shared<FakeNotificationCenter>(trace);
   const std::shared_ptr<FakePreferences> preferences = std::make_shared<FakePreferences>();
-  const std::shared_ptr<FakeFeedbackStore> feedback = std::make_shared<FakeFeedbackStore>();
+  const std::shared_ptr<FakeFeedbackStore> feedback = std::make_shared<FakeFeedbackStore>(trace);
   const std::shared_ptr<FakeContactStore> contacts = std::make_shared<FakeContactStore>();
   FakeDonors donors{trace};
   const std::shared_ptr<FakeAccountStore> accounts = std::make_shared<FakeAccountStore>();
@@ -44,9 +44,12 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
     services.now = [this] { return schedulers.now(); };
     services.defaultLoggerProvider = [this] { return loggers; };
     services.defaultSchedulerProvider = [this] { return provider; };
-    services.makeDonationFeedbackStore = [] { return std::make_shared<FakeFeedbackStore>(); };
+    services.makeDonationFeedbackStore = [this] { return feedback; };
     services.makeContactStore = [this] { return contacts; };
-    services.makeDonorLoader = [this](const auto&) { return borrowedDonors(); };
+    services.makeDonorLoader = [this](const auto&) {
+      trace.note("make loader");
+      return borrowedDonors();
+    };
     services.currentExtensionsObservable = [this](const auto&) { return borrowedDonors(); };
     services.makeAccountStore = [this] { return accounts; };
     services.deviceInfo = [this] { return device; };

@@ -1,0 +1,102 @@
+#include "tests/core/AgentFixture.h"
+
+namespace quenlet {
+namespace {
+
+using Rejection = void (Corvel::*)(std::string, ErrorReply);
+constexpr Rejection value = &Corvel::rejectValueWithDonationIdentifier;
+constexpr Rejection cluster = &Corvel::rejectValuesWithClusterIdentifier;
+
+class CorvelRejectionsTest : public AgentFixture {
+ protected:
+  // With the place of a writer block that is submitted right after the rejection.
+  Events eventsOfRejecting(Rejection what, const std::string& identifier) {
+    ((*agent).*what)(identifier, errorReply());
+    agent->lock()->performWriterBlock([this] { environment->trace.note("next"); });
+    run();
+    return takeTrace();
+  }
+};
+
+TEST_F(CorvelRejectionsTest, DropAndReportWhatIsEqualOrOfOneCluster) {
+  hold({email("a@x", from("app", "1")), email("a@x", from("other", "2", "c")),
+        email("A@x", from("app", "3")), email("a@x", from("app", "4"), "work"),
+        email("b@x", from("app", "5", "c")), image("bytes", from("app", "image", "c")),
+        email("c@x", from("app", "6", "")), image("bytes", from("app", "7", "d"))});
+  const std::string willValue = "caller: willRejectDonationIdentifier: ";
+  const std::string unknownValue = "background: couldNotRejectUnknownDonationIdentifier: ";
+  const std::string didValue = "background: didRejectDonationIdentifier: ";
+  const std::string willCluster = "caller: willRejectClusterIdentifier: ";
+  const std::string unknownCluster = "background: couldNotRejectUnknownClusterIdentifier: ";
+  const std::string didCluster = "background: didRejectClusterIdentifier: ";
+  const std::string next = "writer: next";
+  const std::string done = "background: reply no error";
+  const auto reported = [](const std::string& identifiers) {
+    return "background: reject " + identifiers + " for " + MeCardContactIdentifier;
+  };
+  const std::tuple<Rejection, std::string, Events> rows[] = {
+      {value,
+       "x",
+       {willValue + "x", "writer: couldNotRejectUnknownDonationIdentifier: x", next, didValue + "x",
+        done}},
+      // An image equals nothing, not even itself.
+      {value,
+       "image",
+       {willValue + "image", next, unknownValue + "image", didValue + "image", done}},
+      {cluster, "x", {willCluster + "x", next, unknownCluster + "x", didCluster + "x", done}},
+      // Needs no look at the store.
+      {cluster, "", {willCluster, unknownCluster, didCluster, done, next}},
+      {value,
+       "2",
+       {willValue + "2", posted, next, "io: store 3 4 5 image 6 7", reported("1 2"), didValue + "2",
+        done}},
+      {cluster,
+       "c",
+       {willCluster + "c", posted, next, "io: store 3 4 6 7", reported("5 image"), didCluster + "c",
+        done}},
+  };
+  for (const auto& [what, identifier, expected] : rows) {
+    EXPECT_EQ(eventsOfRejecting(what, identifier), expected) << identifier;
+  }
+}
+
+TEST_F(CorvelRejectionsTest, ReportAfterAFailedSaveAndPutNothingBack) {
+  hold({email("a@x", from("app", "1")), email("b@x", from("app", "2", "c")),
+        email("c@x", from("app", "3"))});
+  setEnabled(false);
+  static_cast<void>(takeTrace());
+  persistence->failure = makeError("disk", 28);
+  const std::string next = "writer: next";
+  const auto reported = [](const std::string& identifier) {
+    return "background: reject " + identifier + " for " + MeCardContactIdentifier;
+  };
+  EXPECT_EQ(eventsOfRejecting(value, "1"),
+            (Events{"caller: willRejectDonationIdentifier: 1", posted, next, "io: store 2 3",
+                    reported("1"), "background: didRejectDonationIdentifier: 1",
+                    "background: reply no error"}));
+  environment->feedback->failure = makeError("feedback", 7);
+  EXPECT_EQ(
+      eventsOfRejecting(cluster, "c"),
+      (Events{"caller: willRejectClusterIdentifier: c", posted, next, "io: store 3", reported("2"),
+              "background: couldNotRejectClusterIdentifier:error: c,feedback 7",
+              "background: reply error 7"}));
+  EXPECT_EQ(
+      eventsOfRejecting(value, "3"),
+      (Events{"caller: willRejectDonationIdentifier: 3", posted, next, "io: store ", reported("3"),
+              "background: couldNotRejectDonationIdentifier:error: 3,feedback 7",
+              "background: reply error 7"}));
+}
+
+TEST_F(CorvelRejectionsTest, AreNotTakenBackByAskingForIt) {
+  hold({email("a@x", from("app", "1")), email("b@x", from("app", "2"))});
+  eventsOfRejecting(value, "1");
+  agent->removeAllRejectionsWithCompletionHandler(errorReply());
+  run();
+  EXPECT_EQ(takeTrace(),
+            (Events{"caller: willRemoveAllRejections", "background: didRemoveAllRejections",
+                    "background: reply no error"}));
+  EXPECT_EQ(replyTo(CorvelSelector::list), "list 2");
+}
+
+}  // namespace
+}  // namespace quenlet
