@@ -181,7 +181,6 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void renewalAcknowledged(const DonationValuePtr& value, std::optional<Date> newExpirationDate,
                            const ErrorPtr& donorError);
   [[nodiscard]] bool accountsNeedReload() EXCLUDES(versionsMutex);
-  void replaceAccountDonations(const std::vector<AccountPtr>& accounts);
   void postValuesDidChange() const;
   [[nodiscard]] bool isConfirmedOrRejected(const DonationValue& value) const;
   // The refusal of a request by the feature state, logged; null when it may pass.
@@ -209,8 +208,6 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   // Their values are never sent for renewal.
   const std::set<std::string> internalBundleIdentifiers;
   std::atomic<FeatureState> featureState = FeatureState::undetermined;
-  // How many changes of single accounts clients have told of.
-  std::atomic<std::uint64_t> accountChanges = 0;
 
   Mutex versionsMutex;
   // Absent until loaded.

@@ -24,7 +24,6 @@ void Corvel::changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
     completionHandler(makeDonationError(DonationErrorCode::featureNotEnabled, ""));
     return;
   }
-  ++accountChanges;
   donateAccountChangesFrom(oldAccount, toAccount);
   completionHandler(nullptr);
 }
@@ -44,18 +43,16 @@ void Corvel::donateAccountChangesFrom(const AccountPtr& oldAccount, const Accoun
 }
 
 void Corvel::reloadAllAccounts() {
-  // A change that a client tells of meanwhile may be older or newer than what was read here. The
-  // store has it by then, so reading once more settles it.
-  constexpr int enoughAttempts = 5;
-  std::uint64_t before = 0;
-  int attempts = 0;
-  do {
-    before = accountChanges;
-    const auto accountStore = PlatformServices::current().makeAccountStore();
-    const Result<std::vector<AccountPtr>> accounts = accountStore->accounts();
-    if (!accounts.isLeft()) return;
-    replaceAccountDonations(accounts.left());
-  } while (accountChanges != before && ++attempts < enoughAttempts);
+  // Read before anything is dropped: a store that cannot be listed costs nothing.
+  const Result<std::vector<AccountPtr>> accounts =
+      PlatformServices::current().makeAccountStore()->accounts();
+  if (!accounts.isLeft()) return;
+  deleteDonationsWithBundleID(AccountPropertyParser::bundleIdentifier);
+  for (const AccountPtr& account : accounts.left()) donateAccountChangesFrom(nullptr, account);
+  // Unless a donation has done so: write the table without the values that were dropped.
+  submitWriterBlock([](Corvel& agent) {
+    if (agent.hasUnsavedRemoval) agent.commitTable([](const SaveResponse&) {});
+  });
   {
     MutexLock lock(versionsMutex);
     if (bundleIDVersions) {
@@ -64,15 +61,6 @@ void Corvel::reloadAllAccounts() {
     }
   }
   saveExtensionVersions();
-}
-
-void Corvel::replaceAccountDonations(const std::vector<AccountPtr>& accounts) {
-  deleteDonationsWithBundleID(AccountPropertyParser::bundleIdentifier);
-  for (const AccountPtr& account : accounts) donateAccountChangesFrom(nullptr, account);
-  // Unless a donation has done so: write the table without the values that were dropped.
-  submitWriterBlock([](Corvel& agent) {
-    if (agent.hasUnsavedRemoval) agent.commitTable([](const SaveResponse&) {});
-  });
 }
 
 }  // namespace quenlet

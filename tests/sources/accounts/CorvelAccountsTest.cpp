@@ -1,17 +1,18 @@
 #include "tests/core/AgentFixture.h"
+#include "tests/support/RecordingAgent.h"
 
 namespace quenlet {
 namespace {
 
 class CorvelAccountsTest : public AgentFixture {
  protected:
-  static AccountPtr account(const std::string& address, const std::string& firstName = "") {
-    Account account{.identifier = "A1", .username = address, .enabledDataclasses = {"mail"}};
+  static AccountPtr account(const std::string& address, const std::string& firstName = "",
+                            const std::string& identifier = "A1") {
+    Account account{.identifier = identifier, .username = address, .enabledDataclasses = {"mail"}};
     if (!firstName.empty()) account.properties.emplace("firstName", firstName);
     return std::make_shared<const Account>(std::move(account));
   }
-  Events eventsOfChange(const AccountPtr& from, const AccountPtr& to) {
-    agent->changeFromAccount(from, to, errorReply());
+  Events eventsSoFar() {
     run();
     Events events = takeTrace();
     std::erase_if(events, [](const std::string& event) {
@@ -19,6 +20,20 @@ class CorvelAccountsTest : public AgentFixture {
     });
     return events;
   }
+  Events eventsOfChange(const AccountPtr& from, const AccountPtr& to) {
+    agent->changeFromAccount(from, to, [this](const ErrorPtr& error) {
+      noteReply(error ? error->description() + std::string(error->userInfo().size(), '!') : "");
+    });
+    return eventsSoFar();
+  }
+  Events eventsOfReload() {
+    agent->reloadAllAccounts();
+    return eventsSoFar();
+  }
+
+  const std::string reply = "caller: reply ";
+  const std::string donating = "caller: donating: ";
+  const std::string removing = "caller: removing: ";
 };
 
 TEST_F(CorvelAccountsTest, FollowsTheChangesOfAnAccount) {
@@ -26,65 +41,82 @@ TEST_F(CorvelAccountsTest, FollowsTheChangesOfAnAccount) {
   static_cast<void>(takeTrace());
   const AccountPtr both = account("a@x.org", "Ann");
   const AccountPtr nameOnly = account("nobody", "Ann");
-  const std::string name = "caller: donating: name:A1";
-  const std::string reply = "caller: reply no error";
+  const AccountPtr another = account("b@x.org", "", "A2");
   EXPECT_EQ(eventsOfChange(nullptr, nullptr), Events{reply});
   EXPECT_EQ(eventsOfChange(nullptr, both),
-            (Events{"caller: accountAdded: account A1", name, "caller: donating: email:A1", reply,
-                    posted, "io: store name:A1 email:A1"}));
-  EXPECT_EQ(eventsOfChange(both, nameOnly),
-            (Events{"caller: accountChanged: account A1", name, "caller: removing: email:A1", reply,
-                    posted, posted, "io: store name:A1 email:A1", "io: store name:A1"}));
-  EXPECT_EQ(eventsOfChange(nameOnly, nullptr),
-            (Events{"caller: accountRemoved: account A1", "caller: removing: name:A1",
-                    "caller: removing: email:A1", reply, posted, "io: store "}));
+            (Events{"caller: accountAdded: account A1", donating + "name:A1", donating + "email:A1",
+                    reply, posted, "io: store name:A1 email:A1"}));
+  EXPECT_EQ(
+      eventsOfChange(both, nameOnly),
+      (Events{"caller: accountChanged: account A1", donating + "name:A1", removing + "email:A1",
+              reply, posted, posted, "io: store name:A1 email:A1", "io: store name:A1"}));
+  EXPECT_EQ(eventsOfChange(nameOnly, another),
+            (Events{"caller: accountChanged: account A2", donating + "email:A2",
+                    removing + "name:A1", removing + "email:A1", reply, posted, posted,
+                    "io: store name:A1 email:A2", "io: store email:A2"}));
+  EXPECT_EQ(eventsOfChange(another, nullptr),
+            (Events{"caller: accountRemoved: account A2", removing + "name:A2",
+                    removing + "email:A2", reply, posted, "io: store "}));
+}
+
+TEST_F(CorvelAccountsTest, RefusesChangesWhileDonationsAreOffAndNotBefore) {
+  const AccountPtr added = account("a@x.org");
+  const Events taken = {"caller: accountAdded: account A1", donating + "email:A1", reply, posted,
+                        "io: store email:A1"};
+  EXPECT_EQ(eventsOfChange(nullptr, added), taken) << "nobody has decided yet";
   setEnabled(false);
   static_cast<void>(takeTrace());
-  EXPECT_EQ(eventsOfChange(nullptr, both),
-            (Events{"caller: accountAdded: account A1",
+  EXPECT_EQ(eventsOfChange(nullptr, added),
+            (Events{taken.front(),
                     "caller: featureNotEnabled: changeFromAccount:toAccount:completionHandler:",
-                    "caller: reply error 1"}));
+                    reply + "ovaro.quenlet.donation-error 1"}));
+  environment->donors.failure = makeError("discovery", 3);
+  setEnabled(true);
+  static_cast<void>(takeTrace());
+  EXPECT_EQ(eventsOfChange(nullptr, added), taken) << "on, with a discovery that failed";
+}
+
+TEST_F(CorvelAccountsTest, SendsEverythingToTheReceiverThatIsSet) {
+  const auto receiver = std::make_shared<RecordingAgent>();
+  receiver->error = makeError("receiver", 3);
+  agent->accountDonationReceiver = receiver;
+  hold({email("old@x.org", from(AccountsBundleIdentifier, "email:A0"))});
+  eventsOfChange(account("a@x.org", "Ann"), account("nobody", "Ann"));
+  EXPECT_EQ(receiver->takeCalls(), "donate 1;removeIdentifiers email:A1;");
+  environment->accounts->held = {account("a@x.org", "Ann"), account("b@x.org", "", "A2")};
+  EXPECT_EQ(eventsOfReload(),
+            (Events{donating + "name:A1", donating + "email:A1", donating + "email:A2",
+                    "caller: willSaveExtensionVersions", posted, "io: store "}));
+  EXPECT_EQ(receiver->takeCalls(), "donate 2;donate 1;");
 }
 
 TEST_F(CorvelAccountsTest, ReloadsAllAccountsAndSavesWhatIsLeft) {
-  hold({email("old@x.org", from(AccountsBundleIdentifier, "email:gone")),
+  const std::string saving = "caller: willSaveExtensionVersions";
+  const std::string noted = "caller: store versions other=9 ovaro.quenlet.accounts=3";
+  hold({email("old@x.org", from(AccountsBundleIdentifier, "email:A0")),
         email("b@x.org", from("app", "b"))});
-  environment->accounts->held = {account("a@x.org")};
-  agent->reloadAllAccounts();
-  run();
-  EXPECT_EQ(identifiersOf(persistence->kept), "b email:A1");
-  environment->accounts->held.clear();
-  for (int round = 0; round < 2; ++round) {
-    static_cast<void>(takeTrace());
-    agent->reloadAllAccounts();
-    run();
-    const Events saved = {"caller: willSaveExtensionVersions", posted, "io: store b"};
-    EXPECT_EQ(takeTrace(), round == 0 ? saved : Events{saved.front()})
-        << "once, when any is dropped";
-  }
-  EXPECT_EQ(replyTo(CorvelSelector::fetch), "card b@x.org");
-}
-
-TEST_F(CorvelAccountsTest, KeepsWhatItHasWhenTheStoreCannotBeRead) {
-  hold({email("a@x.org", from(AccountsBundleIdentifier, "email:A1"))});
   environment->accounts->error = makeError("disk", 5);
-  agent->reloadAllAccounts();
-  run();
-  EXPECT_EQ(takeTrace(), Events{});
-  EXPECT_EQ(replyTo(CorvelSelector::list), "list email:A1");
-}
+  EXPECT_EQ(eventsOfReload(), Events{}) << "a store that cannot be listed costs nothing";
+  EXPECT_EQ(replyTo(CorvelSelector::list), "list email:A0 b");
 
-TEST_F(CorvelAccountsTest, ReadsOnceMoreWhenAnAccountChangesDuringTheReload) {
-  setEnabled(true);
-  environment->accounts->held = {account("a@x.org")};
+  environment->accounts->error = nullptr;
+  environment->accounts->held = {account("a@x.org"), account("nobody", "", "A2"),
+                                 account("c@x.org", "", "A3")};
+  // What is told while it reads makes it read no second time.
   environment->accounts->whenRead = [this] {
-    environment->accounts->whenRead = nullptr;
-    environment->accounts->held.clear();
-    agent->changeFromAccount(account("a@x.org"), nullptr, [](const ErrorPtr&) {});
+    agent->changeFromAccount(nullptr, nullptr, [](const ErrorPtr&) {});
   };
-  agent->reloadAllAccounts();
-  run();
-  EXPECT_EQ(replyTo(CorvelSelector::list), "list ") << "the list was read before the change";
+  EXPECT_EQ(eventsOfReload(),
+            (Events{donating + "email:A1", donating + "email:A3", saving, posted, posted,
+                    "io: store b email:A1", "io: store b email:A1 email:A3"}));
+
+  persistence->versions = {{AccountsBundleIdentifier, 2}, {"other", 9}};
+  agent->loadExtensionVersions();
+  static_cast<void>(takeTrace());
+  environment->accounts->held.clear();
+  EXPECT_EQ(eventsOfReload(), (Events{saving, noted, posted, "io: store b"})) << "some are dropped";
+  EXPECT_EQ(eventsOfReload(), (Events{saving, noted})) << "none is dropped";
+  EXPECT_EQ(replyTo(CorvelSelector::fetch), "card b@x.org");
 }
 
 }  // namespace
