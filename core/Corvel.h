@@ -54,14 +54,13 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   };
   using SaveReply = std::function<void(const SaveResponse&)>;
 
-  // The outcome of a rejection: the feedback store's error, values dropped and reported, or nothing
-  // that matched.
-  struct RejectionFailure final {
-    ErrorPtr error;
+  // The outcome of a rejection: the feedback store failed with `error`, values were dropped and
+  // reported, or nothing matched.
+  struct RejectionResult final {
+    enum Case { failure, success, unknownIdentifier };
+    Case outcome;
+    ErrorPtr error = nullptr;
   };
-  struct RejectionSuccess final {};
-  struct UnknownIdentifier final {};
-  using RejectionResult = std::variant<RejectionFailure, RejectionSuccess, UnknownIdentifier>;
 
   // With no persistence, one of its own over the environment's data proxy. Nothing runs yet.
   Corvel(std::shared_ptr<AgentEnvironmentProtocol> environment,

@@ -62,7 +62,7 @@ void Corvel::rejectValuesWithClusterIdentifier(std::string clusterIdentifier,
   Rejection rejection{RejectionEvents::ofCluster, std::move(clusterIdentifier),
                       std::move(completionHandler)};
   if (rejection.identifier.empty()) {
-    reportRejection(UnknownIdentifier{}, rejection);
+    reportRejection({RejectionResult::unknownIdentifier}, rejection);
     return;
   }
   submitWriterBlock([rejection = std::move(rejection)](Corvel& agent) {
@@ -93,7 +93,7 @@ DonationValues Corvel::valuesWhere(
 
 void Corvel::rejectValues(DonationValues values, const Rejection& rejection) {
   if (values.empty()) {
-    reportRejection(UnknownIdentifier{}, rejection);
+    reportRejection({RejectionResult::unknownIdentifier}, rejection);
     return;
   }
   RemoveValuesWithIdentifiers removal;
@@ -105,7 +105,7 @@ void Corvel::rejectValues(DonationValues values, const Rejection& rejection) {
     self->feedbackStore->rejectDonatedValues(
         values, MeCardContactIdentifier, [self, rejection](const ErrorPtr& error) {
           self->reportRejection(
-              error ? RejectionResult(RejectionFailure{error}) : RejectionSuccess{}, rejection);
+              {error ? RejectionResult::failure : RejectionResult::success, error}, rejection);
         });
   });
 }
@@ -114,16 +114,15 @@ void Corvel::reportRejection(const RejectionResult& result, const Rejection& rej
   replyScheduler->performBlock([self = shared_from_this(), result, rejection] {
     AgentLogger& log = *self->logger;
     const RejectionEvents& events = rejection.events;
-    if (const auto* failure = std::get_if<RejectionFailure>(&result)) {
-      (log.*events.couldNotReject)(rejection.identifier, failure->error);
-      rejection.reply(failure->error);
-      return;
+    if (result.outcome == RejectionResult::failure) {
+      (log.*events.couldNotReject)(rejection.identifier, result.error);
+    } else {
+      if (result.outcome == RejectionResult::unknownIdentifier) {
+        (log.*events.couldNotRejectUnknown)(rejection.identifier);
+      }
+      (log.*events.didReject)(rejection.identifier);
     }
-    if (std::holds_alternative<UnknownIdentifier>(result)) {
-      (log.*events.couldNotRejectUnknown)(rejection.identifier);
-    }
-    (log.*events.didReject)(rejection.identifier);
-    rejection.reply(nullptr);
+    rejection.reply(result.error);
   });
 }
 
