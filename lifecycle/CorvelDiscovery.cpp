@@ -3,7 +3,6 @@
 
 #include "core/Corvel.h"
 #include "lifecycle/ExtensionDonationSolicitor.h"
-#include "lifecycle/SolicitorList.h"
 #include "platform/PlatformServices.h"
 #include "platform/logging/StandardOutput.h"
 #include "sources/accounts/AccountPropertyParser.h"
@@ -18,32 +17,31 @@ constexpr double discoverySeconds = 10000.0;
 }  // namespace
 
 void Corvel::solicitDonations() {
-  const auto solicitors = std::make_shared<SolicitorList>();
-  const auto self = shared_from_this();
+  std::vector<std::shared_ptr<DonationSolicitor>> solicitors;
   logger->willDiscoverExtensions();
-  // Nobody calls this discovery off: what it finds later is only listed.
+  // All is emitted before subscribe() returns, so within the writer block that runs this: nothing
+  // can have disabled donations in the meantime, and there is nothing left to call off.
   static_cast<void>(
       PlatformServices::current()
           .currentExtensionsObservable(weak_from_this())
           ->subscribe(Observer<DonorObjectPtr>::observerWithResultBlock(
-              [self, solicitors](const DonorObjectPtr& object) {
+              [this, &solicitors](const DonorObjectPtr& object) {
                 if (auto extension = std::dynamic_pointer_cast<DonorExtension>(object)) {
-                  solicitors->append(
+                  solicitors.push_back(
                       std::make_shared<ExtensionDonationSolicitor>(std::move(extension)));
                 } else {
-                  self->logger->didDiscoverUnexpectedExtensionType(object->description());
+                  logger->didDiscoverUnexpectedExtensionType(object->description());
                 }
               },
-              [self] { self->logger->didDiscoverExtensions(); },
-              [self](const ErrorPtr& error) {
-                // Not over a state that the owner has changed in the meantime.
-                FeatureState enabled = FeatureState::enabled;
-                self->featureState.compare_exchange_strong(enabled, FeatureState::newlyEnabled);
-                self->logger->didFailToDiscoverExtensions(error);
+              [this] { logger->didDiscoverExtensions(); },
+              [this](const ErrorPtr& error) {
+                featureState = FeatureState::newlyEnabled;
+                logger->didFailToDiscoverExtensions(error);
               })));
-  solicitors->append(std::make_shared<AccountsDonationSolicitor>(self));
-  solicitors->append(std::make_shared<SIMCardDonationSolicitor>(self));
-  for (const auto& solicitor : solicitors->snapshot()) {
+  const auto self = shared_from_this();
+  solicitors.push_back(std::make_shared<AccountsDonationSolicitor>(self));
+  solicitors.push_back(std::make_shared<SIMCardDonationSolicitor>(self));
+  for (const auto& solicitor : solicitors) {
     solicitor->runWithReason(DonationSolicitor::donationsEnabledReason);
   }
 }

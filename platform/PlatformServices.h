@@ -49,7 +49,7 @@ struct PlatformServices final {
   // What an extension donates goes to `donationReceiver`, while that lives.
   std::function<std::shared_ptr<DonorLoader>(std::weak_ptr<CorvelProtocol> donationReceiver)>
       makeDonorLoader;
-  // The installed donors, one by one, then completion or failure.
+  // The installed donors, one by one, then completion or failure, all of it during subscribe().
   std::function<std::shared_ptr<Observable<DonorObjectPtr>>(
       std::weak_ptr<CorvelProtocol> donationReceiver)>
       currentExtensionsObservable;
