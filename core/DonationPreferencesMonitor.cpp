@@ -51,14 +51,12 @@ void DonationPreferencesMonitor::startMonitoring() {
 
 void DonationPreferencesMonitor::stopMonitoring() {
   std::shared_ptr<Cancelable> subscription;
-  std::shared_ptr<Cancelable> delay;
   {
     MutexLock lock(mutex);
     subscription.swap(notificationToken);
-    delay.swap(delayToken);
   }
   if (subscription) subscription->cancel();
-  if (delay) delay->cancel();
+  replaceDelay(nullptr);
 }
 
 void DonationPreferencesMonitor::preferenceDelivered(bool enabled) {
@@ -67,29 +65,27 @@ void DonationPreferencesMonitor::preferenceDelivered(bool enabled) {
     startDelay();
     return;
   }
-  std::shared_ptr<Cancelable> delay;
-  {
-    MutexLock lock(mutex);
-    delay.swap(delayToken);
-  }
-  if (delay) {
-    delay->cancel();
-  } else if (const auto enable = onEnable()) {
-    enable(true);
-  }
+  if (replaceDelay(nullptr)) return;
+  if (const auto enable = onEnable()) enable(true);
 }
 
 void DonationPreferencesMonitor::startDelay() {
-  std::shared_ptr<Cancelable> delay = schedulerProvider->backgroundScheduler()->afterDelay(
+  replaceDelay(nullptr);
+  // The second replacement finds a delay only when values are delivered on two threads at once.
+  replaceDelay(schedulerProvider->backgroundScheduler()->afterDelay(
       disableDelaySeconds, [weakSelf = weak_from_this()] {
         const auto self = weakSelf.lock();
         if (const auto enable = self ? self->onEnable() : nullptr) enable(false);
-      });
+      }));
+}
+
+bool DonationPreferencesMonitor::replaceDelay(std::shared_ptr<Cancelable> next) {
   {
     MutexLock lock(mutex);
-    delay.swap(delayToken);
+    next.swap(delayToken);
   }
-  if (delay) delay->cancel();
+  if (next) next->cancel();
+  return next != nullptr;
 }
 
 }  // namespace quenlet

@@ -45,6 +45,8 @@ class DonationPreferencesMonitor final
  private:
   void preferenceDelivered(bool enabled) EXCLUDES(mutex);
   void startDelay() EXCLUDES(mutex);
+  // Takes the place of the pending delay, which is cancelled. False when there was none.
+  bool replaceDelay(std::shared_ptr<Cancelable> next) EXCLUDES(mutex);
 
   const std::shared_ptr<Observable<bool>> observable;
   const std::shared_ptr<SchedulerProvider> schedulerProvider;

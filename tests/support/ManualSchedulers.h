@@ -17,6 +17,8 @@ namespace quenlet {
 class ManualQueue final {
  public:
   Trace trace;
+  // Whether delays and their cancellation are noted, as "wait 2.000000" and "cancel wait".
+  bool notesDelays = false;
 
   std::shared_ptr<Cancelable> add(const void* scheduler, const std::string& name, Block block,
                                   double delaySeconds = 0) {
@@ -84,7 +86,13 @@ class ManualScheduler final : public Scheduler, public ReaderWriterScheduler {
     queue->add(this, name, std::move(block));
   }
   std::shared_ptr<Cancelable> afterDelay(double delaySeconds, Block block) override {
-    return queue->add(this, name, std::move(block), delaySeconds);
+    auto waiting = queue->add(this, name, std::move(block), delaySeconds);
+    if (!queue->notesDelays) return waiting;
+    queue->trace.note("wait " + std::to_string(delaySeconds));
+    return std::make_shared<CancelBlock>([shared = queue, waiting] {
+      shared->trace.note("cancel wait");
+      waiting->cancel();
+    });
   }
   std::shared_ptr<Cancelable> performWriterBlock(Block block) override {
     return queue->add(this, "writer", std::move(block));
@@ -126,6 +134,7 @@ class ManualSchedulerProvider final : public SchedulerProvider {
   void clear() { queue->clear(); }
   [[nodiscard]] Date now() const { return queue->now(); }
   [[nodiscard]] Trace& trace() { return queue->trace; }
+  void noteDelays() { queue->notesDelays = true; }
 
  private:
   const std::shared_ptr<ManualQueue> queue = std::make_shared<ManualQueue>();
