@@ -33,18 +33,37 @@ bool CorvelEntitlementDecorator::checkEntitlements() const {
     return true;
   }
   logger->denyingRequestFromProcess(connection->processIdentifier());
+  if (const auto executable = connection->executable()) {
+    logger->deniedProcess(connection->processIdentifier(), executable->native());
+  }
   return false;
 }
 
 ErrorPtr CorvelEntitlementDecorator::denial() {
-  // The check runs under the lock, so that two first calls make it once.
-  MutexLock lock(mutex);
-  if (!connectionHasEntitlement) connectionHasEntitlement = checkEntitlements();
-  if (*connectionHasEntitlement) return nullptr;
-  if (!entitlementError) {
-    entitlementError = makeError(GeneralErrorDomain, missingEntitlementCode,
-                                 "connection to corvel: missing entitlement");
+  {
+    MutexLock lock(mutex);
+    while (checking) checkEnded.wait(mutex);
+    if (connectionHasEntitlement) return entitlementError;
+    checking = true;
   }
+  // The check calls out, and so holds no lock.
+  try {
+    const bool entitled = checkEntitlements();
+    return endCheck(entitled, entitled ? nullptr
+                                       : makeError(GeneralErrorDomain, missingEntitlementCode,
+                                                   "connection to corvel: missing entitlement"));
+  } catch (...) {
+    static_cast<void>(endCheck(std::nullopt, nullptr));
+    throw;
+  }
+}
+
+ErrorPtr CorvelEntitlementDecorator::endCheck(std::optional<bool> answer, ErrorPtr error) {
+  MutexLock lock(mutex);
+  checking = false;
+  connectionHasEntitlement = answer;
+  entitlementError = std::move(error);
+  checkEnded.notifyAll();
   return entitlementError;
 }
 

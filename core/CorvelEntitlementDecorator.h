@@ -13,12 +13,12 @@ namespace quenlet {
 
 // Lets a client's call through to the agent only when the client holds the entitlement
 // "ovaro.private.contacts" or "ovaro.private.suggestions.contacts". Any other client is answered at
-// once, with the same error every time. The check is made at the first call and holds for the
-// decorator's life: there is one decorator a connection, so that no client gets another's answer.
-// Thread-safe.
+// once, with the same error every time. The check is made at the first call, while others that come
+// meanwhile wait for it, and holds for the decorator's life: there is one decorator a connection,
+// so that no client gets another's answer. Thread-safe.
 class CorvelEntitlementDecorator final : public CorvelProtocol {
  public:
-  // Gives the connection of the call that is served, or null.
+  // Gives the connection of the call that is served, or null. Must not call the decorator.
   using ConnectionProvider = std::function<std::shared_ptr<ServiceConnection>()>;
 
   CorvelEntitlementDecorator(AgentEnvironmentProtocol& environment,
@@ -48,12 +48,16 @@ class CorvelEntitlementDecorator final : public CorvelProtocol {
   // Null when the client may pass, else the missing-entitlement error.
   [[nodiscard]] ErrorPtr denial() EXCLUDES(mutex);
   [[nodiscard]] bool checkEntitlements() const;
+  // Publishes the answer, none for a check that failed, which the next call makes anew.
+  ErrorPtr endCheck(std::optional<bool> answer, ErrorPtr error) EXCLUDES(mutex);
 
   const std::shared_ptr<CorvelProtocol> agent;
   const std::shared_ptr<AgentLogger> logger;
   const ConnectionProvider connectionProvider;
 
   Mutex mutex;
+  ConditionVariable checkEnded;
+  bool checking GUARDED_BY(mutex) = false;
   std::optional<bool> connectionHasEntitlement GUARDED_BY(mutex);
   ErrorPtr entitlementError GUARDED_BY(mutex);
 };

@@ -12,7 +12,10 @@ namespace quenlet {
 DonationListenerDelegate::DonationListenerDelegate(
     std::shared_ptr<AgentEnvironmentProtocol> gateEnvironment,
     std::shared_ptr<CorvelProtocol> exportedAgent)
-    : environment(std::move(gateEnvironment)), agent(std::move(exportedAgent)) {}
+    : environment(std::move(gateEnvironment)), agent(std::move(exportedAgent)) {
+  // Gates read it on the listener's thread, and the first read of all makes it.
+  static_cast<void>(environment->logger());
+}
 
 bool DonationListenerDelegate::shouldAcceptNewConnection(
     ServiceListener&, const std::shared_ptr<ServiceConnection>& newConnection) {

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -31,6 +32,8 @@ class ServiceConnection {
   virtual ~ServiceConnection() = default;
   // Of the peer, as it was when the connection was accepted.
   [[nodiscard]] virtual pid_t processIdentifier() const = 0;
+  // The peer's program file; nothing when it could not be told with certainty.
+  [[nodiscard]] virtual std::optional<std::filesystem::path> executable() const = 0;
   // The value that the peer's executable has for an entitlement; nothing for none.
   [[nodiscard]] virtual std::optional<PropertyList> valueForEntitlement(
       const std::string& entitlement) const = 0;

@@ -43,6 +43,9 @@ class UnixServiceConnection final : public ServiceConnection,
   UnixServiceConnection& operator=(const UnixServiceConnection&) = delete;
 
   [[nodiscard]] pid_t processIdentifier() const override { return peer.process; }
+  [[nodiscard]] std::optional<std::filesystem::path> executable() const override {
+    return peer.executable;
+  }
   [[nodiscard]] std::optional<PropertyList> valueForEntitlement(
       const std::string& entitlement) const override;
   void setExportedInterface(ServiceInterface interface) override EXCLUDES(mutex);

@@ -31,6 +31,8 @@ class AgentLogger {
 
   virtual void acceptingConnectionFromProcess(pid_t processIdentifier) = 0;
   virtual void denyingRequestFromProcess(pid_t processIdentifier) = 0;
+  // Says which program the denied process runs.
+  virtual void deniedProcess(pid_t processIdentifier, const std::string& executable) = 0;
   virtual void acceptingDonations(const DonationValues& values) = 0;
   virtual void preExpiredDonations(const DonationValues& values) = 0;
   virtual void agentWillHandleRequest(const std::string& requestName) = 0;

@@ -27,6 +27,9 @@ void StructuredAgentLogger::acceptingConnectionFromProcess(pid_t processIdentifi
 void StructuredAgentLogger::denyingRequestFromProcess(pid_t processIdentifier) {
   log.record("denyingRequestFromProcess:", {std::int64_t{processIdentifier}});
 }
+void StructuredAgentLogger::deniedProcess(pid_t processIdentifier, const std::string& executable) {
+  log.record("deniedProcess:executable:", {std::int64_t{processIdentifier}, executable});
+}
 void StructuredAgentLogger::acceptingDonations(const DonationValues& values) {
   log.record("acceptingDonations:", {std::cref(values)});
 }

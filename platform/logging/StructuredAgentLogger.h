@@ -23,6 +23,7 @@ class StructuredAgentLogger final : public AgentLogger {
   void endRestorePersistedState() override;
   void acceptingConnectionFromProcess(pid_t processIdentifier) override;
   void denyingRequestFromProcess(pid_t processIdentifier) override;
+  void deniedProcess(pid_t processIdentifier, const std::string& executable) override;
   void acceptingDonations(const DonationValues& values) override;
   void preExpiredDonations(const DonationValues& values) override;
   void agentWillHandleRequest(const std::string& requestName) override;

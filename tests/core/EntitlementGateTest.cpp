@@ -24,8 +24,10 @@ class FakeConnection final : public ServiceConnection {
   ServiceInterface interface;
   std::shared_ptr<ExportedObject> object;
   bool resumed = false;
+  std::optional<std::filesystem::path> program = "/opt/other";
 
   pid_t processIdentifier() const override { return 42; }
+  std::optional<std::filesystem::path> executable() const override { return program; }
   std::optional<PropertyList> valueForEntitlement(const std::string& name) const override {
     const auto found = entitlements.find(name);
     return found == entitlements.end() ? std::nullopt : std::optional(found->second);
@@ -65,22 +67,37 @@ TEST_F(EntitlementGateTest, AnswersEveryOperationOfADeniedClientWithOneError) {
   EXPECT_EQ(errorsOfAll(), errors);
   EXPECT_EQ(agent->takeCalls(), "");
   EXPECT_EQ(lookUps, 1);
-  EXPECT_EQ(takeTrace(), Events{"caller: denyingRequestFromProcess: 42"});
+  EXPECT_EQ(takeTrace(), (Events{"caller: denyingRequestFromProcess: 42",
+                                 "caller: deniedProcess:executable: 42,/opt/other"}));
 }
 
-TEST_F(EntitlementGateTest, ChecksOnceWhenTwoFirstCallsArriveTogether) {
-  std::latch start(2);
+TEST_F(EntitlementGateTest, ChecksOnceWhenManyFirstCallsArriveTogether) {
+  constexpr int callers = 4;
+  std::latch start(callers);
   const auto denial = [&] {
     ErrorPtr error;
     start.arrive_and_wait();
     gate.donateMeCardValues({}, [&error](const ErrorPtr& replied) { error = replied; });
     return error;
   };
-  auto other = std::async(std::launch::async, denial);
+  std::vector<std::future<ErrorPtr>> others;
+  while (others.size() < callers - 1) others.push_back(std::async(std::launch::async, denial));
   const ErrorPtr mine = denial();
   EXPECT_TRUE(mine);
-  EXPECT_EQ(other.get(), mine);
+  for (auto& other : others) EXPECT_EQ(other.get(), mine);
   EXPECT_EQ(lookUps, 1);
+  EXPECT_EQ(takeTrace().size(), 2u) << "one event and its program";
+}
+
+TEST_F(EntitlementGateTest, ChecksAnewAfterACheckThatFailed) {
+  connection->entitlements = {{contacts, true}};
+  CorvelEntitlementDecorator failingOnce(*environment, agent,
+                                         [this]() -> std::shared_ptr<ServiceConnection> {
+                                           if (++lookUps == 1) throw std::bad_alloc();
+                                           return connection;
+                                         });
+  EXPECT_THROW(static_cast<void>(failingOnce.admitsClient()), std::bad_alloc);
+  EXPECT_TRUE(failingOnce.admitsClient());
 }
 
 TEST_F(EntitlementGateTest, PassesAllOperationsOfAnEntitledClientThrough) {
@@ -92,24 +109,32 @@ TEST_F(EntitlementGateTest, PassesAllOperationsOfAnEntitledClientThrough) {
 }
 
 TEST_F(EntitlementGateTest, TakesNumbersAloneForAnEntitlement) {
-  const std::pair<std::map<std::string, PropertyList>, bool> rows[] = {
-      {{{contacts, 1}}, true},
-      {{{contacts, 0.5}}, true},
-      {{{contacts, false}, {suggestions, true}}, true},
-      {{{contacts, 0}, {suggestions, 0.0}}, false},
-      {{{contacts, "true"}}, false},
-      {{{"ovaro.private", true}}, false},
+  const std::tuple<const char*, std::map<std::string, PropertyList>, bool> rows[] = {
+      {"an integer", {{contacts, 1}}, true},
+      {"a real", {{contacts, 0.5}}, true},
+      {"suggestions alone", {{suggestions, true}}, true},
+      {"the second of both", {{contacts, false}, {suggestions, 2}}, true},
+      {"nothing", {}, false},
+      {"numbers that are false", {{contacts, 0}, {suggestions, 0.0}}, false},
+      {"false alone", {{suggestions, false}}, false},
+      {"a text", {{contacts, "true"}}, false},
+      {"a list", {{contacts, PropertyListArray{true}}}, false},
+      {"another entitlement", {{"ovaro.private", true}}, false},
   };
-  for (const auto& [entitlements, passes] : rows) {
+  connection->program.reset();
+  for (const auto& [name, entitlements, passes] : rows) {
     connection->entitlements = entitlements;
     CorvelEntitlementDecorator fresh(*environment, agent, [this] { return connection; });
-    bool passed = false;
-    fresh.fetchDonatedMeCard([&](const ContactPtr& card, const ErrorPtr&) { passed = !!card; });
-    EXPECT_EQ(passed, passes) << testing::PrintToString(entitlements.begin()->first);
+    EXPECT_EQ(fresh.admitsClient(), passes) << name;
+    EXPECT_EQ(takeTrace(), passes ? Events{} : Events{"caller: denyingRequestFromProcess: 42"})
+        << name;
   }
+}
+
+TEST_F(EntitlementGateTest, DeniesWithoutAnEventWhenTheConnectionIsGone) {
   CorvelEntitlementDecorator lost(*environment, agent, [] { return nullptr; });
-  lost.removeAllRejectionsWithCompletionHandler(
-      [](const ErrorPtr& error) { EXPECT_EQ(error->code(), 4097); });
+  EXPECT_FALSE(lost.admitsClient());
+  EXPECT_EQ(takeTrace(), Events{});
 }
 
 class DonationListenerDelegateTest : public EntitlementGateTest {
@@ -159,7 +184,8 @@ TEST_F(DonationListenerDelegateTest, GatesEachConnectionByItselfAndPassesOnlyVal
   EXPECT_EQ(agent->takeCalls(), "clear;");
   EXPECT_EQ(takeTrace(), (Events{"caller: acceptingConnectionFromProcess: 42",
                                  "caller: acceptingConnectionFromProcess: 42",
-                                 "caller: denyingRequestFromProcess: 42"}));
+                                 "caller: denyingRequestFromProcess: 42",
+                                 "caller: deniedProcess:executable: 42,/opt/other"}));
 }
 
 }  // namespace
