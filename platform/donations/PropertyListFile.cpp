@@ -15,7 +15,7 @@ bool isDamage(const ErrorPtr& error) { return error->domain() == PropertyListErr
 
 // The first write finds no directory yet, but its lock file has to lie there.
 Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file,
-                                             PropertyListFile::Patience patience) {
+                                             std::chrono::milliseconds patience) {
   PosixFileOperations operations;
   if (const int failure = DurableDirectory::ensure(operations, DurableDirectory::of(file))) {
     return Result<std::shared_ptr<LockFile>>::right(
@@ -23,7 +23,7 @@ Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file,
   }
   std::filesystem::path lockPath = file;
   lockPath += ".lock";
-  return patience ? LockFile::lock(lockPath, *patience) : LockFile::lock(lockPath);
+  return LockFile::lock(lockPath, patience);
 }
 
 Result<PropertyListDictionary> dictionaryOfBytes(const std::string& bytes) {
@@ -40,7 +40,7 @@ Result<PropertyListDictionary> dictionaryOfBytes(const std::string& bytes) {
 }  // namespace
 
 PropertyListFile::PropertyListFile(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy,
-                                   Patience lockPatience)
+                                   std::chrono::milliseconds lockPatience)
     : filePath(std::move(path)), dataProxy(std::move(dataProxy)), lockPatience(lockPatience) {}
 
 Result<PropertyListDictionary> PropertyListFile::read() const {

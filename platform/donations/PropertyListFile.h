@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
 
 #include "platform/files/DataProxy.h"
+#include "platform/files/LockFile.h"
 #include "platform/foundation/Either.h"
 #include "platform/foundation/Future.h"
 #include "platform/foundation/PropertyList.h"
@@ -26,11 +26,9 @@ class PropertyListFile final {
   // What a change does to a file that is damaged.
   enum class OnDamage : std::uint8_t { replaceFile, fail };
 
-  // How long a change waits for somebody else's; nothing for as long as it takes.
-  using Patience = std::optional<std::chrono::milliseconds>;
-
+  // `lockPatience` is how long a change waits for somebody else's.
   PropertyListFile(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy,
-                   Patience lockPatience = std::nullopt);
+                   std::chrono::milliseconds lockPatience = LockFile::usualPatience);
 
   [[nodiscard]] const std::filesystem::path& path() const { return filePath; }
 
@@ -41,9 +39,9 @@ class PropertyListFile final {
   // Reads, calls `change` on the calling thread, and writes when it answers true. A damaged file
   // that is to be replaced is kept aside and counts as empty; else it fails the future as what
   // cannot be read does, and stays.
-  // Waits while somebody else's change is under way; an error with code EWOULDBLOCK when patience
-  // ends. The future succeeds once the bytes are durable
-  // and the lock is free again, on the file layer's writer thread, or at once without a write.
+  // Waits while somebody else's change is under way; when patience ends, an error with code
+  // EWOULDBLOCK that says whose. The future succeeds once the bytes are durable and the lock is
+  // free again, on the file layer's writer thread, or at once without a write.
   [[nodiscard]] Future<bool> update(const Change& change, OnDamage onDamage) const;
 
   // Keeps a copy of the file beside it, for a change that has to drop what it does not understand.
@@ -52,7 +50,7 @@ class PropertyListFile final {
  private:
   std::filesystem::path filePath;
   std::shared_ptr<DataProxy> dataProxy;
-  Patience lockPatience;
+  std::chrono::milliseconds lockPatience;
 };
 
 }  // namespace quenlet

@@ -17,7 +17,7 @@ class PropertyListUserDefaults final : public UserDefaults {
  public:
   // `lockPatience` is how long setObject() lets others have the file's lock.
   PropertyListUserDefaults(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy,
-                           std::chrono::milliseconds lockPatience = std::chrono::seconds(2));
+                           std::chrono::milliseconds lockPatience = LockFile::usualPatience);
 
   [[nodiscard]] std::optional<PropertyList> objectForKey(const std::string& key) override;
   [[nodiscard]] ErrorPtr setObject(PropertyList object, const std::string& forKey) override;

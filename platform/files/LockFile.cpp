@@ -2,11 +2,18 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 
 #include <cerrno>
+#include <fstream>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
+
+#include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
@@ -18,14 +25,43 @@ int flockRetrying(int descriptor, int operation) {
   return outcome;
 }
 
+// Who holds a file's lock, in words. A line of /proc/locks that tells of an flock:
+//
+//   7: FLOCK  ADVISORY  WRITE 2718 fe:01:131090 0 EOF
+//
+// Those that only wait for one have "->" before "FLOCK".
+std::string holderOf(const std::filesystem::path& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) return "another process";
+  std::ostringstream inode;
+  inode << std::hex << std::setfill('0') << std::setw(2) << major(status.st_dev) << ':'
+        << std::setw(2) << minor(status.st_dev) << ':' << std::dec << status.st_ino;
+  std::ifstream locks("/proc/locks");
+  for (std::string line; std::getline(locks, line);) {
+    std::istringstream words(line);
+    std::string number, kind, advisory, access, process, place;
+    words >> number >> kind >> advisory >> access >> process >> place;
+    if (kind != "FLOCK" || place != inode.str()) continue;
+    std::string program;
+    std::getline(std::ifstream("/proc/" + process + "/comm"), program);
+    return "process " + process + (program.empty() ? "" : " (" + onOneLine(program) + ")");
+  }
+  return "another process";
+}
+
 }  // namespace
 
 Result<std::shared_ptr<LockFile>> LockFile::tryLock(const std::filesystem::path& file) {
-  return open(file, LOCK_EX | LOCK_NB);
-}
-
-Result<std::shared_ptr<LockFile>> LockFile::lock(const std::filesystem::path& file) {
-  return open(file, LOCK_EX);
+  using Opened = Result<std::shared_ptr<LockFile>>;
+  const std::string name = file.filename().string();
+  // Not blocking, so that a FIFO put in the file's place is an error and not a hang.
+  FileDescriptor descriptor(
+      ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+  if (!descriptor.isOpen()) return Opened::right(makePosixError(errno, "open " + name));
+  if (flockRetrying(descriptor.get(), LOCK_EX | LOCK_NB) != 0) {
+    return Opened::right(makePosixError(errno, "lock " + name));
+  }
+  return Opened::left(std::shared_ptr<LockFile>(new LockFile(std::move(descriptor))));
 }
 
 Result<std::shared_ptr<LockFile>> LockFile::lock(const std::filesystem::path& file,
@@ -33,25 +69,15 @@ Result<std::shared_ptr<LockFile>> LockFile::lock(const std::filesystem::path& fi
   constexpr std::chrono::milliseconds pause(10);
   const auto deadline = std::chrono::steady_clock::now() + patience;
   auto locked = tryLock(file);
-  while (!locked.isLeft() && locked.right()->code() == EWOULDBLOCK &&
-         std::chrono::steady_clock::now() < deadline) {
+  while (!locked.isLeft() && locked.right()->code() == EWOULDBLOCK) {
+    if (std::chrono::steady_clock::now() >= deadline) {
+      return Result<std::shared_ptr<LockFile>>::right(makePosixError(
+          EWOULDBLOCK, "lock " + file.filename().string() + ", held by " + holderOf(file)));
+    }
     std::this_thread::sleep_for(pause);
     locked = tryLock(file);
   }
   return locked;
-}
-
-Result<std::shared_ptr<LockFile>> LockFile::open(const std::filesystem::path& file, int operation) {
-  using Opened = Result<std::shared_ptr<LockFile>>;
-  const std::string name = file.filename().string();
-  // Not blocking, so that a FIFO put in the file's place is an error and not a hang.
-  FileDescriptor descriptor(
-      ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
-  if (!descriptor.isOpen()) return Opened::right(makePosixError(errno, "open " + name));
-  if (flockRetrying(descriptor.get(), operation) != 0) {
-    return Opened::right(makePosixError(errno, "lock " + name));
-  }
-  return Opened::left(std::shared_ptr<LockFile>(new LockFile(std::move(descriptor))));
 }
 
 }  // namespace quenlet

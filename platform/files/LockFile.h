@@ -15,21 +15,22 @@ namespace quenlet {
 // place: removing it would let two holders lock two files of the same name.
 class LockFile final {
  public:
+  // For locks that others hold for the time of one small write.
+  static constexpr std::chrono::milliseconds usualPatience = std::chrono::seconds(2);
+
   // An error with code EWOULDBLOCK when somebody else holds the lock; another one when the file
   // cannot be opened.
   [[nodiscard]] static Result<std::shared_ptr<LockFile>> tryLock(const std::filesystem::path& file);
-  // Waits for the current holder.
-  [[nodiscard]] static Result<std::shared_ptr<LockFile>> lock(const std::filesystem::path& file);
-  // Waits no longer than `patience`, and then fails as tryLock() does.
-  [[nodiscard]] static Result<std::shared_ptr<LockFile>> lock(const std::filesystem::path& file,
-                                                              std::chrono::milliseconds patience);
+  // Waits for the current holder, no longer than `patience`, and then fails as tryLock() does; the
+  // sentence then says which process holds the lock, as far as the kernel tells.
+  [[nodiscard]] static Result<std::shared_ptr<LockFile>> lock(
+      const std::filesystem::path& file, std::chrono::milliseconds patience = usualPatience);
 
   LockFile(const LockFile&) = delete;
   LockFile& operator=(const LockFile&) = delete;
 
  private:
   explicit LockFile(FileDescriptor locked) : descriptor(std::move(locked)) {}
-  static Result<std::shared_ptr<LockFile>> open(const std::filesystem::path& file, int operation);
 
   const FileDescriptor descriptor;
 };

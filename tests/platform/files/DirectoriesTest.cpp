@@ -130,7 +130,11 @@ TEST(LockFileTest, ExcludesOthersUntilItGoesAndFollowsNoLink) {
   const TemporaryDirectory home;
   auto first = LockFile::tryLock(home / "lock");
   ASSERT_TRUE(first.isLeft());
-  EXPECT_EQ(LockFile::tryLock(home / "lock").right()->code(), EWOULDBLOCK);
+  const ErrorPtr held = LockFile::lock(home / "lock", std::chrono::milliseconds(1)).right();
+  EXPECT_EQ(held->code(), EWOULDBLOCK);
+  EXPECT_TRUE(held->debugDescription().starts_with("lock lock, held by process " +
+                                                   std::to_string(::getpid()) + " ("))
+      << held->debugDescription();
   std::move(first).takeLeft().reset();
   EXPECT_TRUE(LockFile::lock(home / "lock").isLeft());
   std::filesystem::create_symlink("lock", home / "link");
