@@ -74,6 +74,11 @@ void Corvel::submitWriterBlock(std::function<void(Corvel&)> block) {
 }
 
 void Corvel::restorePersistedState() {
+  feedbackStore->setChangeHandler([weakSelf = weak_from_this()] {
+    if (const auto self = weakSelf.lock()) {
+      self->submitWriterBlock([](Corvel& agent) { agent.dropConfirmedOrRejected(); });
+    }
+  });
   submitWriterBlock([](Corvel& agent) { agent.restore(); });
 }
 
@@ -107,6 +112,13 @@ void Corvel::rebuildMeCard() {
 
 bool Corvel::isConfirmedOrRejected(const DonationValue& value) const {
   return feedbackStore->donatedValueHasBeenConfirmedOrRejected(value, MeCardContactIdentifier);
+}
+
+void Corvel::dropConfirmedOrRejected() {
+  const std::size_t before = donations.snapshot()->size();
+  donations.removeIf([this](const DonationValue& value) { return isConfirmedOrRejected(value); });
+  // Nobody waits for the save; should it fail, the next start drops them anew.
+  if (donations.snapshot()->size() != before) commitTable([](const SaveResponse&) {});
 }
 
 void Corvel::submitChange(ChangeType change, SaveReply saveReply) {

@@ -67,7 +67,9 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
          std::shared_ptr<DonationPersistenceProtocol> persistence,
          std::shared_ptr<CuratedInfoProviderProtocol> curatedInfoProvider);
 
-  // Submits the restore of what was stored. Submit it before anything else.
+  // Submits the restore of what was stored. Submit it before anything else. From then on values
+  // that turn out to be confirmed or rejected, as their feedback can be read only later, are
+  // dropped.
   void restorePersistedState();
 
   // Follows the preference, then the curated card.
@@ -156,6 +158,7 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   // Runs in a writer block.
   void restore();
   [[nodiscard]] bool restoreTable();
+  void dropConfirmedOrRejected();
   void rebuildMeCard();
   void applyChange(const ChangeType& change, SaveReply saveReply);
   // What follows each change of the table: the card is rebuilt, the table saved, the change posted.

@@ -83,7 +83,8 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       entitlements(std::make_shared<const EntitlementDatabase>(
           EntitlementDatabase::prefixOfRunningProgram())),
       feedbackStore(std::make_shared<PropertyListFeedbackStore>(
-          library / "Contacts" / "Feedback" / "feedback.plist", dataProxy, runLoop.eventLoop())),
+          library / "Contacts" / "Feedback" / "feedback.plist", dataProxy, runLoop.eventLoop(),
+          schedulerProvider->newSerialSchedulerWithName("feedback"))),
       extensionHost(std::make_shared<ExtensionHost>(
           std::vector<ManifestDirectory>{
               {EntitlementDatabase::prefixOfRunningProgram(), "share/quenlet/extensions"},

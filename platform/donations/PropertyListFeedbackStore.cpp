@@ -1,27 +1,22 @@
 #include "platform/donations/PropertyListFeedbackStore.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <unordered_map>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include "platform/donations/FeedbackContent.h"
+#include "platform/donations/FeedbackEntries.h"
 #include "platform/donations/PropertyListFile.h"
 #include "platform/files/DirectoryWatch.h"
 #include "platform/foundation/Mutex.h"
+#include "platform/foundation/ProblemReporter.h"
 #include "platform/foundation/PropertyListSerializer.h"
 
 namespace quenlet {
 namespace {
 
-constexpr char statusKey[] = "status";
-constexpr char rejectedStatus[] = "rejected";
-constexpr char confirmedStatus[] = "confirmed";
-
-// The keys of all contents with a known status, by contact identifier.
-using KeySets = std::unordered_map<std::string, std::unordered_set<std::string>>;
-using KeySetsPtr = std::shared_ptr<const KeySets>;
+using KeySetsPtr = FeedbackEntries::KeySetsPtr;
 
 struct Rejection final {
   std::string contactIdentifier;
@@ -29,47 +24,11 @@ struct Rejection final {
   std::function<void(ErrorPtr)> completionHandler;
 };
 
-// The key of one element of a contact's list, when that says what the owner thinks of a content.
-std::optional<std::string> keyOfElement(const PropertyList& element) {
-  const PropertyListDictionary* entry = element.dictionary();
-  const std::string* status = entry ? findString(*entry, statusKey) : nullptr;
-  if (!status || (*status != rejectedStatus && *status != confirmedStatus)) return std::nullopt;
-  return FeedbackContent::keyOfEntry(*entry);
-}
-
-std::unordered_set<std::string> keysOfList(const PropertyListArray& list) {
-  std::unordered_set<std::string> keys;
-  for (const PropertyList& element : list) {
-    if (std::optional<std::string> key = keyOfElement(element)) keys.insert(*std::move(key));
-  }
-  return keys;
-}
-
-KeySetsPtr keySetsOfFile(const PropertyListDictionary& contacts) {
-  const auto sets = std::make_shared<KeySets>();
-  for (const auto& [contactIdentifier, list] : contacts) {
-    if (list.array()) sets->emplace(contactIdentifier, keysOfList(*list.array()));
-  }
-  return sets;
-}
-
-PropertyList rejectedElement(const FeedbackContent& content) {
-  PropertyListDictionary element = content.entry;
-  element.emplace(statusKey, rejectedStatus);
-  return element;
-}
-
-bool isRejected(const PropertyList& element) {
-  return *findString(*element.dictionary(), statusKey) == rejectedStatus;
-}
-
 // Whether the file can hold it, asked for each rejection alone, so that one which it cannot hold
 // does not fail those that share its write.
 ErrorPtr serializationError(const Rejection& rejection) {
   PropertyListArray elements;
-  for (const FeedbackContent& content : rejection.contents) {
-    elements.push_back(rejectedElement(content));
-  }
+  FeedbackEntries::addRejected(rejection.contents, elements);
   const auto outcome = PropertyListSerializer::dataWithObject(
       PropertyListDictionary{{rejection.contactIdentifier, std::move(elements)}});
   return outcome.isLeft() ? nullptr : outcome.right();
@@ -78,56 +37,117 @@ ErrorPtr serializationError(const Rejection& rejection) {
 }  // namespace
 
 struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<State> {
-  State(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy)
-      : file(std::move(path), std::move(dataProxy)) {}
+  State(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy,
+        std::shared_ptr<Scheduler> scheduler)
+      : file(std::move(path), std::move(dataProxy)),
+        worker(std::move(scheduler)),
+        problems(file.path().filename().string()) {}
 
   const PropertyListFile file;
+  const std::shared_ptr<Scheduler> worker;
+  ProblemReporter problems;
   Mutex mutex;
-  KeySetsPtr known GUARDED_BY(mutex);              // null before the first look-up
+  KeySetsPtr known GUARDED_BY(mutex);              // null while unread or unknown
+  bool isAsked GUARDED_BY(mutex) = false;          // a look-up may have been answered already
   bool isStale GUARDED_BY(mutex) = true;           // the file may differ from what is known
   std::uint64_t generation GUARDED_BY(mutex) = 0;  // of the file, as far as it is heard of
+  double retryDelaySeconds GUARDED_BY(mutex) = retrySeconds;
+  bool retryComes GUARDED_BY(mutex) = false;
+  std::function<void()> changeHandler GUARDED_BY(mutex);
   std::vector<Rejection> waiting GUARDED_BY(mutex);
   bool isWriting GUARDED_BY(mutex) = false;
 
   void fileDidChange() EXCLUDES(mutex) {
-    MutexLock lock(mutex);
-    ++generation;
-    isStale = true;
+    {
+      MutexLock lock(mutex);
+      ++generation;
+      isStale = true;
+      if (!isAsked) return;
+    }
+    worker->performBlock([self = shared_from_this()] { static_cast<void>(self->keySets()); });
   }
 
-  // The next look-up still reads the file, as another program may have changed it right after.
-  void publish(KeySetsPtr sets) EXCLUDES(mutex) {
-    MutexLock lock(mutex);
-    ++generation;
-    isStale = true;
-    known = std::move(sets);
+  // Takes over what a write of ours left in the file. The next look-up still reads it, as another
+  // program may have changed it right after.
+  void publish(const KeySetsPtr& before, KeySetsPtr after) EXCLUDES(mutex) {
+    std::function<void()> told;
+    {
+      MutexLock lock(mutex);
+      ++generation;
+      isStale = true;
+      // Our own additions are gone from wherever they were looked up.
+      if (isAsked && FeedbackEntries::hasMore(*before, known)) told = changeHandler;
+      known = std::move(after);
+    }
+    if (told) told();
   }
 
+  // Null while nothing is known.
   KeySetsPtr keySets() EXCLUDES(mutex) {
-    KeySetsPtr last;
+    bool wasAsked = false;
     std::uint64_t readGeneration = 0;
     {
       MutexLock lock(mutex);
+      wasAsked = std::exchange(isAsked, true);
       if (!isStale) return known;
-      last = known;
       readGeneration = generation;
     }
-    KeySetsPtr sets = readKeySets(std::move(last));
-    MutexLock lock(mutex);
-    // What was read while the file changed is good for this look-up, but not for the next one.
-    if (generation == readGeneration) {
+    const Result<PropertyListDictionary> contacts = file.read();
+    problems.setProblem(contacts.isLeft() ? nullptr : contacts.right());
+    if (contacts.isLeft())
+      return takeOver(FeedbackEntries::keySetsOfFile(contacts.left()), readGeneration, wasAsked);
+    return keepKnown(contacts.right(), readGeneration);
+  }
+
+  // What was read while the file changed is good for this look-up, but not for the next one.
+  KeySetsPtr takeOver(KeySetsPtr sets, std::uint64_t readGeneration, bool wasAsked)
+      EXCLUDES(mutex) {
+    std::function<void()> told;
+    {
+      MutexLock lock(mutex);
+      if (generation != readGeneration) return sets;
       isStale = false;
+      retryDelaySeconds = retrySeconds;
+      if (wasAsked && FeedbackEntries::hasMore(*sets, known)) told = changeHandler;
       known = sets;
     }
+    if (told) told();
     return sets;
   }
 
-  // A file that cannot be read now leaves what is known as it is: a value that its owner rejected
-  // must not come back because somebody's editor is at work.
-  [[nodiscard]] KeySetsPtr readKeySets(KeySetsPtr last) const {
-    const Result<PropertyListDictionary> contacts = file.read();
-    if (contacts.isLeft()) return keySetsOfFile(contacts.left());
-    return last ? std::move(last) : std::make_shared<const KeySets>();
+  KeySetsPtr keepKnown(const ErrorPtr& error, std::uint64_t readGeneration) EXCLUDES(mutex) {
+    // A file that makes no sense now is changed by the one who makes it whole, and the watch tells;
+    // what the system refuses may work next time without a change.
+    if (error->domain() != PropertyListErrorDomain) retryLater();
+    MutexLock lock(mutex);
+    if (generation == readGeneration) isStale = false;
+    return known;
+  }
+
+  void retryLater() EXCLUDES(mutex) {
+    double delaySeconds = 0;
+    {
+      MutexLock lock(mutex);
+      if (std::exchange(retryComes, true)) return;
+      delaySeconds =
+          std::exchange(retryDelaySeconds, std::min(2 * retryDelaySeconds, longestRetrySeconds));
+    }
+    static_cast<void>(worker->afterDelay(delaySeconds, [weak = weak_from_this()] {
+      if (const auto state = weak.lock()) state->retry();
+    }));
+  }
+
+  void retry() EXCLUDES(mutex) {
+    {
+      MutexLock lock(mutex);
+      retryComes = false;
+    }
+    fileDidChange();
+  }
+
+  void setChangeHandler(std::function<void()> handler) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    changeHandler.swap(handler);  // the former one ends without the lock
   }
 
   void submit(Rejection rejection) EXCLUDES(mutex) {
@@ -136,10 +156,16 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
       waiting.push_back(std::move(rejection));
       if (std::exchange(isWriting, true)) return;
     }
-    writeWaiting();
+    writeWaitingSoon();
   }
 
-  // Runs on one thread at a time: the one that set isWriting, then the one that completes a write.
+  // Never on the thread that completes writes: others' donations go through it, and the file's lock
+  // can take a while.
+  void writeWaitingSoon() {
+    worker->performBlock([self = shared_from_this()] { self->writeWaiting(); });
+  }
+
+  // One at a time: the one that set isWriting, then the one after a write.
   void writeWaiting() EXCLUDES(mutex) {
     auto batch = std::make_shared<std::vector<Rejection>>();
     {
@@ -150,21 +176,26 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
         return;
       }
     }
-    const auto merged = std::make_shared<KeySetsPtr>();
+    struct Sets final {
+      KeySetsPtr before;
+      KeySetsPtr after;
+    };
+    const auto sets = std::make_shared<Sets>();
     const Future<bool> written = file.update(
         [&](PropertyListDictionary& contacts) {
+          sets->before = FeedbackEntries::keySetsOfFile(contacts);
           bool changed = false;
           for (const Rejection& rejection : *batch) changed |= merge(rejection, contacts);
-          *merged = keySetsOfFile(contacts);
+          sets->after = FeedbackEntries::keySetsOfFile(contacts);
           return changed;
         },
-        PropertyListFile::OnDamage::replaceFile);
-    written.onCompletion([self = shared_from_this(), batch, merged](const Result<bool>& outcome) {
-      if (outcome.isLeft()) self->publish(*merged);
+        PropertyListFile::OnDamage::fail);
+    written.onCompletion([self = shared_from_this(), batch, sets](const Result<bool>& outcome) {
+      if (outcome.isLeft()) self->publish(sets->before, sets->after);
       for (const Rejection& rejection : *batch) {
         rejection.completionHandler(outcome.isLeft() ? nullptr : outcome.right());
       }
-      self->writeWaiting();
+      self->writeWaitingSoon();
     });
   }
 
@@ -179,36 +210,17 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
         file.keepDamagedFile();
       }
     }
-    if (!addRejected(rejection.contents, list)) return false;
+    if (!FeedbackEntries::addRejected(rejection.contents, list)) return false;
     contacts.insert_or_assign(rejection.contactIdentifier, std::move(list));
     return true;
-  }
-
-  static bool addRejected(const std::vector<FeedbackContent>& contents, PropertyListArray& list) {
-    std::unordered_map<std::string, std::size_t> positions;
-    for (std::size_t position = 0; position < list.size(); ++position) {
-      if (auto key = keyOfElement(list[position])) positions.emplace(*std::move(key), position);
-    }
-    bool changed = false;
-    for (const FeedbackContent& content : contents) {
-      const auto [found, isNew] = positions.emplace(content.key, list.size());
-      if (isNew) {
-        list.push_back(rejectedElement(content));
-      } else if (!isRejected(list[found->second])) {
-        list[found->second] = rejectedElement(content);
-      } else {
-        continue;
-      }
-      changed = true;
-    }
-    return changed;
   }
 };
 
 PropertyListFeedbackStore::PropertyListFeedbackStore(std::filesystem::path path,
                                                      std::shared_ptr<DataProxy> dataProxy,
-                                                     EventLoop& eventLoop)
-    : state(std::make_shared<State>(std::move(path), std::move(dataProxy))) {
+                                                     EventLoop& eventLoop,
+                                                     std::shared_ptr<Scheduler> worker)
+    : state(std::make_shared<State>(std::move(path), std::move(dataProxy), std::move(worker))) {
   const std::filesystem::path& file = state->file.path();
   watch =
       DirectoryWatch::watchDirectory(eventLoop, file.parent_path(),
@@ -224,6 +236,7 @@ PropertyListFeedbackStore::~PropertyListFeedbackStore() { watch->cancel(); }
 bool PropertyListFeedbackStore::donatedValueHasBeenConfirmedOrRejected(
     const DonationValue& value, const std::string& contactIdentifier) {
   const KeySetsPtr sets = state->keySets();
+  if (!sets) return false;
   const auto found = sets->find(contactIdentifier);
   return found != sets->end() && found->second.contains(FeedbackContent::contentOfValue(value).key);
 }
@@ -240,6 +253,10 @@ void PropertyListFeedbackStore::rejectDonatedValues(
     return;
   }
   state->submit(std::move(rejection));
+}
+
+void PropertyListFeedbackStore::setChangeHandler(std::function<void()> handler) {
+  state->setChangeHandler(std::move(handler));
 }
 
 }  // namespace quenlet

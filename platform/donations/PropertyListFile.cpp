@@ -13,6 +13,12 @@ namespace {
 
 bool isDamage(const ErrorPtr& error) { return error->domain() == PropertyListErrorDomain; }
 
+// The same error, for somebody who does not know which file it is about.
+ErrorPtr damageNaming(const std::filesystem::path& file, const Error& damage) {
+  return makeError(damage.domain(), damage.code(),
+                   file.filename().string() + " is damaged: " + damage.debugDescription());
+}
+
 // The first write finds no directory yet, but its lock file has to lie there.
 Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file,
                                              std::chrono::milliseconds patience) {
@@ -58,8 +64,9 @@ Future<bool> PropertyListFile::update(const Change& change, OnDamage onDamage) c
 
   Result<PropertyListDictionary> current = read();
   const bool damaged = !current.isLeft();
-  if (damaged && (onDamage == OnDamage::fail || !isDamage(current.right()))) {
-    return Future<bool>::futureWithError(current.right());
+  if (damaged && !isDamage(current.right())) return Future<bool>::futureWithError(current.right());
+  if (damaged && onDamage == OnDamage::fail) {
+    return Future<bool>::futureWithError(damageNaming(filePath, *current.right()));
   }
   PropertyListDictionary entries;
   if (!damaged) entries = std::move(current).takeLeft();

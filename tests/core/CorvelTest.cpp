@@ -132,6 +132,18 @@ TEST_F(CorvelRequestsTest, HoldsOneValueAnIdentifierAndNoRejectedOne) {
   EXPECT_EQ(replyTo(fetch), "card d@x");
 }
 
+TEST_F(CorvelRequestsTest, DropsWhatIsKnownToBeRejectedOnlyLater) {
+  agent->restorePersistedState();
+  hold({email("a@x", from("app", "a")), email("b@x", from("app", "b"))});
+  environment->feedback->rejectedDonations = {"a", "other"};
+  for (const Events& expected : {Events{posted, "io: store b"}, Events()}) {
+    environment->feedback->changeHandler();
+    run();
+    EXPECT_EQ(takeTrace(), expected);
+    EXPECT_EQ(replyTo(fetch), "card b@x");
+  }
+}
+
 TEST_F(CorvelRequestsTest, RestoresWhatIsStillGood) {
   const auto expiring = [this](const char* address, const char* identifier, double inSeconds) {
     return email(address, from("app", identifier, std::nullopt,

@@ -70,6 +70,7 @@ class FakeFeedbackStore final : public DonationFeedbackStore {
  public:
   explicit FakeFeedbackStore(Trace& shared) : trace(shared) {}
   std::set<std::string> rejectedDonations;
+  std::function<void()> changeHandler;
   ErrorPtr failure;
 
   bool donatedValueHasBeenConfirmedOrRejected(const DonationValue& value,
@@ -82,6 +83,9 @@ class FakeFeedbackStore final : public DonationFeedbackStore {
     trace.note("reject " + identifiersOf(values) + " for " + contactIdentifier);
     for (const auto& value : values) rejectedDonations.insert(value->origin().donationIdentifier);
     completionHandler(failure);
+  }
+  void setChangeHandler(std::function<void()> handler) override {
+    changeHandler = std::move(handler);
   }
 
  private:

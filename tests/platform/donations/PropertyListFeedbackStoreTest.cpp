@@ -1,7 +1,9 @@
 #include "platform/donations/PropertyListFeedbackStore.h"
 
+#include "platform/files/LockFile.h"
 #include "tests/platform/donations/FileFixture.h"
 #include "tests/support/DonationFactory.h"
+#include "tests/support/ManualSchedulers.h"
 
 namespace quenlet {
 namespace {
@@ -20,15 +22,30 @@ struct Outcome final {
 class PropertyListFeedbackStoreTest : public FileFixture {
  protected:
   using StorePtr = std::unique_ptr<PropertyListFeedbackStore>;
+  ManualSchedulerProvider schedulers;
+  int changes = 0;
   StorePtr store = newStore();
 
-  StorePtr newStore() { return std::make_unique<PropertyListFeedbackStore>(file, dataProxy, loop); }
+  ~PropertyListFeedbackStoreTest() override { schedulers.clear(); }
+  StorePtr newStore() {
+    auto made = std::make_unique<PropertyListFeedbackStore>(
+        file, dataProxy, loop, schedulers.newSerialSchedulerWithName("feedback"));
+    made->setChangeHandler([this] { ++changes; });
+    return made;
+  }
+  // How often the store has told of a change, once it has seen what happened to the file.
+  int changesSeen() {
+    runLoop();
+    schedulers.runUntilIdle();
+    return std::exchange(changes, 0);
+  }
   std::shared_ptr<Outcome> reject(const DonationValues& values, const std::string& contact = me) {
     const auto outcome = std::make_shared<Outcome>();
     store->rejectDonatedValues(values, contact, [outcome](ErrorPtr error) {
       ++outcome->calls;
       outcome->error = std::move(error);
     });
+    schedulers.runUntilIdle();
     return outcome;
   }
   bool knows(const DonationValuePtr& value, const std::string& contact = me) {
@@ -77,6 +94,7 @@ TEST_F(PropertyListFeedbackStoreTest, AnswersOnlyOnceTheRejectionIsDurable) {
   EXPECT_EQ(first->calls + second->calls + third->calls + knows(ann), 0);
 
   dataProxy->releaseWrites();
+  schedulers.runUntilIdle();
   EXPECT_EQ(first->calls, 1);
   EXPECT_EQ(second->calls, 0);
   dataProxy->releaseWrites();
@@ -93,7 +111,7 @@ TEST_F(PropertyListFeedbackStoreTest, TakesWhatOtherProgramsWriteAndKeepsWhatItD
   const Entry undecided{{"status", "asked"}, {"emailAddress", "bob@example.org"}};
   const Entry future{{"status", "rejected"}, {"shoeSize", 43}};
   writeEntries({{me, PropertyListArray{confirmed, undecided, future, 7}}, {"version", 2}});
-  runLoop();
+  EXPECT_EQ(changesSeen(), 1);
   EXPECT_TRUE(knows(ann));
   EXPECT_FALSE(knows(bob));
 
@@ -106,17 +124,76 @@ TEST_F(PropertyListFeedbackStoreTest, TakesWhatOtherProgramsWriteAndKeepsWhatItD
   EXPECT_EQ(dataProxy->writes, 1) << "what is rejected already is not written again";
 }
 
-TEST_F(PropertyListFeedbackStoreTest, KeepsADamagedFileAsideBeforeItWrites) {
+TEST_F(PropertyListFeedbackStoreTest, ReplacesNoFileThatItCannotReadAndTellsOnceItIsWhole) {
+  using Entry = PropertyListDictionary;
+  const Entry annRejected{{"status", "rejected"}, {"emailAddress", "ann@example.org"}};
+  const Entry eveConfirmed{{"status", "confirmed"}, {"emailAddress", "eve@example.org"}};
   for (const std::string damage :
-       {"<plist version", "<plist version=\"1.0\"><array/></plist>",
-        "<plist version=\"1.0\"><dict><key>me</key><true/></dict></plist>"}) {
+       {"<plist version", "", "<plist version=\"1.0\"><array/></plist>"}) {
+    SCOPED_TRACE(damage);
     writeBytes(damage);
+    testing::internal::CaptureStderr();
     store = newStore();
     EXPECT_FALSE(knows(ann));
-    EXPECT_EQ(reject({ann})->error, nullptr);
-    const std::vector<std::string> copies = damagedCopies();
-    EXPECT_EQ(std::count(copies.begin(), copies.end(), damage), 1);
+    EXPECT_FALSE(knows(bob));
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(said.starts_with("quenlet: file.plist: ") && said.ends_with('\n'));
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+    const ErrorPtr error = reject({bob})->error;
+    ASSERT_TRUE(error && error->domain() == PropertyListErrorDomain);
+    EXPECT_TRUE(error->debugDescription().starts_with("file.plist is damaged: "));
+    EXPECT_EQ(readFile(file), damage);
+    EXPECT_EQ(changesSeen(), 0);
+
+    writeEntries({{me, PropertyListArray{annRejected}}});
+    EXPECT_EQ(changesSeen(), 1);
+    EXPECT_TRUE(knows(ann) && !knows(bob));
+    writeBytes(damage);
+    EXPECT_EQ(changesSeen(), 0);
+    EXPECT_TRUE(knows(ann));
+    writeEntries({{me, PropertyListArray{annRejected, eveConfirmed}}});
+    EXPECT_EQ(changesSeen(), 1);
+    EXPECT_EQ(reject({bob})->error, nullptr);
+    EXPECT_EQ(changesSeen(), 0) << "its own additions are news to nobody";
+    EXPECT_TRUE(knows(ann) && knows(bob) && knows(eve));
   }
+  EXPECT_EQ(damagedCopies(), std::vector<std::string>());
+}
+
+TEST_F(PropertyListFeedbackStoreTest, KeepsAsideAFileWhereAContactHasNoList) {
+  const std::string damage = "<plist version=\"1.0\"><dict><key>me</key><true/></dict></plist>";
+  writeBytes(damage);
+  EXPECT_FALSE(knows(ann));
+  EXPECT_EQ(reject({ann})->error, nullptr);
+  EXPECT_EQ(damagedCopies(), std::vector{damage});
+}
+
+TEST_F(PropertyListFeedbackStoreTest, ReadsAgainLaterWhatTheSystemCouldNotRead) {
+  writeEntries({{me, PropertyListArray{PropertyListDictionary{
+                         {"status", "rejected"}, {"emailAddress", "ann@example.org"}}}}});
+  store = newStore();
+  dataProxy->failsReads = true;
+  EXPECT_FALSE(knows(ann));
+  EXPECT_EQ(reject({bob})->error->code(), EMFILE);
+  schedulers.advance(5.0);
+  dataProxy->failsReads = false;
+  schedulers.advance(9.9);
+  EXPECT_FALSE(knows(ann)) << "the second delay is twice the first";
+  EXPECT_EQ(changesSeen(), 0);
+  schedulers.advance(0.2);
+  EXPECT_TRUE(knows(ann));
+  EXPECT_EQ(changesSeen(), 1);
+}
+
+TEST_F(PropertyListFeedbackStoreTest, RejectsNothingWhileAnotherProgramHoldsTheLock) {
+  EXPECT_EQ(reject({ann})->error, nullptr);
+  const auto lock = LockFile::tryLock(file.string() + ".lock").left();
+  const auto before = std::chrono::steady_clock::now();
+  const ErrorPtr error = reject({bob})->error;
+  EXPECT_TRUE(knows(ann) && !knows(bob));
+  const std::chrono::duration<double> waited = std::chrono::steady_clock::now() - before;
+  EXPECT_TRUE(waited.count() >= 2.0 && waited.count() < 60) << waited.count();
+  EXPECT_EQ(error->code(), EWOULDBLOCK);
 }
 
 TEST_F(PropertyListFeedbackStoreTest, NeitherRecordsWhatItCannotWriteNorForgetsWhatItCannotRead) {
@@ -128,7 +205,7 @@ TEST_F(PropertyListFeedbackStoreTest, NeitherRecordsWhatItCannotWriteNorForgetsW
   EXPECT_TRUE(knows(ann));
   std::filesystem::remove(file);
   std::filesystem::create_directory(file);
-  runLoop();
+  EXPECT_EQ(changesSeen(), 0);
   EXPECT_TRUE(knows(ann));
   EXPECT_EQ(reject({bob})->error->code(), EISDIR);
   EXPECT_FALSE(knows(bob));

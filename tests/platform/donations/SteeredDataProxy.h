@@ -6,9 +6,10 @@
 
 namespace quenlet {
 
-// The real file layer, whose writes a test can hold back or make fail.
+// The real file layer, whose reads a test can make fail, and whose writes it can hold back, too.
 class SteeredDataProxy final : public DataProxy {
  public:
+  bool failsReads = false;
   bool failsWrites = false;
   bool holdsWrites = false;
   int writes = 0;
@@ -19,6 +20,7 @@ class SteeredDataProxy final : public DataProxy {
   }
 
   Future<std::string> dataWithContentsOfURL(const std::filesystem::path& url) override {
+    if (failsReads) return Future<std::string>::futureWithError(makePosixError(EMFILE, "read"));
     return real.dataWithContentsOfURL(url);
   }
   Future<bool> writeData(std::string data, const std::filesystem::path& toURL,

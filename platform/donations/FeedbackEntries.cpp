@@ -1,0 +1,81 @@
+#include "platform/donations/FeedbackEntries.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace quenlet {
+namespace {
+
+constexpr char statusKey[] = "status";
+constexpr char rejectedStatus[] = "rejected";
+constexpr char confirmedStatus[] = "confirmed";
+
+// The key of one element of a contact's list, when that says what the owner thinks of a content.
+std::optional<std::string> keyOfElement(const PropertyList& element) {
+  const PropertyListDictionary* entry = element.dictionary();
+  const std::string* status = entry ? findString(*entry, statusKey) : nullptr;
+  if (!status || (*status != rejectedStatus && *status != confirmedStatus)) return std::nullopt;
+  return FeedbackContent::keyOfEntry(*entry);
+}
+
+std::unordered_set<std::string> keysOfList(const PropertyListArray& list) {
+  std::unordered_set<std::string> keys;
+  for (const PropertyList& element : list) {
+    if (std::optional<std::string> key = keyOfElement(element)) keys.insert(*std::move(key));
+  }
+  return keys;
+}
+
+PropertyList rejectedElement(const FeedbackContent& content) {
+  PropertyListDictionary element = content.entry;
+  element.emplace(statusKey, rejectedStatus);
+  return element;
+}
+
+bool isRejected(const PropertyList& element) {
+  return *findString(*element.dictionary(), statusKey) == rejectedStatus;
+}
+
+}  // namespace
+
+FeedbackEntries::KeySetsPtr FeedbackEntries::keySetsOfFile(const PropertyListDictionary& contacts) {
+  const auto sets = std::make_shared<KeySets>();
+  for (const auto& [contactIdentifier, list] : contacts) {
+    if (list.array()) sets->emplace(contactIdentifier, keysOfList(*list.array()));
+  }
+  return sets;
+}
+
+bool FeedbackEntries::hasMore(const KeySets& sets, const KeySetsPtr& former) {
+  return std::any_of(sets.begin(), sets.end(), [&](const auto& set) {
+    const auto& [contactIdentifier, keys] = set;
+    const auto found = former ? former->find(contactIdentifier) : KeySets::const_iterator();
+    if (!former || found == former->end()) return !keys.empty();
+    return std::any_of(keys.begin(), keys.end(),
+                       [&](const std::string& key) { return !found->second.contains(key); });
+  });
+}
+
+bool FeedbackEntries::addRejected(const std::vector<FeedbackContent>& contents,
+                                  PropertyListArray& list) {
+  std::unordered_map<std::string, std::size_t> positions;
+  for (std::size_t position = 0; position < list.size(); ++position) {
+    if (auto key = keyOfElement(list[position])) positions.emplace(*std::move(key), position);
+  }
+  bool changed = false;
+  for (const FeedbackContent& content : contents) {
+    const auto [found, isNew] = positions.emplace(content.key, list.size());
+    if (isNew) {
+      list.push_back(rejectedElement(content));
+    } else if (!isRejected(list[found->second])) {
+      list[found->second] = rejectedElement(content);
+    } else {
+      continue;
+    }
+    changed = true;
+  }
+  return changed;
+}
+
+}  // namespace quenlet
