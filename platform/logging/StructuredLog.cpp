@@ -1,6 +1,11 @@
 #include "platform/logging/StructuredLog.h"
 
+#include <algorithm>
+#include <map>
+#include <utility>
+
 #include "platform/foundation/JSONWriter.h"
+#include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
@@ -21,53 +26,96 @@ const char* nameOf(DonationKind kind) {
   return "imageData";
 }
 
-void writeValue(JSONWriter& json, const DonationValue& value) {
-  const DonationOrigin origin = value.origin();
-  json.beginObject();
-  json.key("kind").value(nameOf(value.kind()));
-  json.key("bundleIdentifier").value(origin.bundleIdentifier);
-  json.key("donationIdentifier").value(origin.donationIdentifier);
-  json.endObject();
-}
+enum class Form { inFull, inBrief };
 
 struct ArgumentWriter final {
+  static constexpr std::size_t briefTextSizeInBytes = 256;
   JSONWriter& json;
+  const Form form;
 
   void operator()(bool flag) const { json.value(flag); }
   void operator()(std::int64_t number) const { json.value(number); }
-  void operator()(std::string_view text) const { json.value(text); }
+  void operator()(std::string_view text) const {
+    const bool fits = form == Form::inFull || text.size() <= briefTextSizeInBytes;
+    fits ? json.value(text) : json.value(onOneLine(text, briefTextSizeInBytes) + "…");
+  }
   void operator()(Date date) const { json.value(date.iso8601()); }
   void operator()(const ErrorPtr& error) const {
     if (error) {
-      json.value(error->description());
+      (*this)(error->description());
     } else {
       json.null();
     }
   }
-  void operator()(const DonationValuePtr& value) const { writeValue(json, *value); }
+  void operator()(const DonationValuePtr& value) const {
+    const DonationOrigin origin = value->origin();
+    json.beginObject();
+    json.key("kind").value(nameOf(value->kind()));
+    json.key("bundleIdentifier");
+    (*this)(origin.bundleIdentifier);
+    json.key("donationIdentifier");
+    (*this)(origin.donationIdentifier);
+    json.endObject();
+  }
   void operator()(std::reference_wrapper<const DonationValues> values) const {
+    if (form == Form::inBrief) return writeCounts(values);
     json.beginArray();
-    for (const DonationValuePtr& value : values.get()) writeValue(json, *value);
+    for (const DonationValuePtr& value : values.get()) (*this)(value);
     json.endArray();
   }
+  void writeCounts(const DonationValues& values) const {
+    std::map<DonationKind, std::int64_t> counts;
+    for (const DonationValuePtr& value : values) ++counts[value->kind()];
+    json.beginObject();
+    for (const auto& [kind, count] : counts) json.key(nameOf(kind)).value(count);
+    json.endObject();
+  }
 };
+
+// Whether it is worth trying: nobody is to pay for megabytes that no line can hold.
+struct MayFit final {
+  bool operator()(std::string_view text) const {
+    return text.size() < StructuredLog::maximumLineSizeInBytes;
+  }
+  bool operator()(std::reference_wrapper<const DonationValues> values) const {
+    return values.get().size() <= StructuredLog::mostListedValues;
+  }
+  template <typename Other>
+  bool operator()(const Other&) const {
+    return true;
+  }
+};
+
+std::string lineOf(const std::string& time, std::string_view event,
+                   std::initializer_list<LogArgument> arguments, Form form) {
+  constexpr std::size_t usualSizeInBytes = 128;
+  JSONWriter json(usualSizeInBytes);
+  json.beginObject();
+  json.key("time").value(time);
+  json.key("event").value(event);
+  if (arguments.size() > 0) {
+    json.key("arguments").beginArray();
+    for (const LogArgument& argument : arguments) std::visit(ArgumentWriter{json, form}, argument);
+    json.endArray();
+  }
+  json.endObject();
+  return std::move(json).take();
+}
 
 }  // namespace
 
 void StructuredLog::record(std::string_view event,
                            std::initializer_list<LogArgument> arguments) const {
-  constexpr std::size_t usualSizeInBytes = 128;
-  JSONWriter json(usualSizeInBytes);
-  json.beginObject();
-  json.key("time").value(now().iso8601());
-  json.key("event").value(event);
-  if (arguments.size() > 0) {
-    json.key("arguments").beginArray();
-    for (const LogArgument& argument : arguments) std::visit(ArgumentWriter{json}, argument);
-    json.endArray();
+  const std::string time = now().iso8601();
+  std::string line;
+  if (std::all_of(arguments.begin(), arguments.end(),
+                  [](const LogArgument& argument) { return std::visit(MayFit{}, argument); })) {
+    line = lineOf(time, event, arguments, Form::inFull);
   }
-  json.endObject();
-  sink->write(json.text());
+  if (line.empty() || line.size() >= maximumLineSizeInBytes) {
+    line = lineOf(time, event, arguments, Form::inBrief);
+  }
+  sink->write(line);
 }
 
 }  // namespace quenlet

@@ -25,9 +25,14 @@ using LogArgument = std::variant<bool, std::int64_t, std::string_view, Date, Err
                                  DonationValuePtr, std::reference_wrapper<const DonationValues>>;
 
 // Writes events as JSON objects, one a line, with the keys "time" (ISO 8601, UTC), "event" and
-// "arguments" (a list, left out when empty). Thread-safe.
+// "arguments" (a list, left out when empty). A line that would be too long, or list too many
+// values, says less: long texts are cut, and of values it says how many there are of each kind.
+// Thread-safe.
 class StructuredLog final {
  public:
+  static constexpr std::size_t maximumLineSizeInBytes = 8192;  // with its line break
+  static constexpr std::size_t mostListedValues = 64;
+
   StructuredLog(std::shared_ptr<LogSink> lineSink, std::function<Date()> clock)
       : sink(std::move(lineSink)), now(std::move(clock)) {}
 

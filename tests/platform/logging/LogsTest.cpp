@@ -2,9 +2,10 @@
 #include <syslog.h>
 
 #include <algorithm>
+#include <functional>
 #include <future>
 
-#include "platform/logging/StructuredAgentLogger.h"
+#include "platform/logging/StructuredLoggerProvider.h"
 #include "platform/logging/SyslogSystemLog.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/RecordingLog.h"
@@ -12,26 +13,146 @@
 namespace quenlet {
 namespace {
 
-TEST(StructuredAgentLoggerTest, WritesEventsAsJSONWithoutDonatedContent) {
+class StructuredLogTest : public testing::Test {
+ protected:
   Trace trace;
-  const auto sink = std::make_shared<RecordingLog>(trace);
-  StructuredAgentLogger logger(StructuredLog(sink, [] { return Date(0.5); }));
+  const std::shared_ptr<RecordingLog> sink = std::make_shared<RecordingLog>(trace);
+  StructuredLoggerProvider provider{StructuredLog(sink, [] { return Date(0.5); })};
+  const std::shared_ptr<AgentLogger> agent = provider.agentLogger();
+  const std::shared_ptr<AccountLogger> accounts = provider.accountLogger();
+  const std::shared_ptr<AnalyticsLogger> analytics = provider.analyticsLogger();
 
-  logger.denyingRequestFromProcess(-7);
-  logger.willRenewValues({email("secret@x", from("a\"b", "e")), image("secret", from("b", "i"))},
-                         "donor");
-  logger.couldNotRejectDonationIdentifier("d", makeError("domain", 3, "why"));
-  const std::string head = R"({"time":"1970-01-01T00:00:00Z","event":)";
-  EXPECT_EQ(
-      sink->lines,
-      (std::vector<std::string>{
-          head + R"("denyingRequestFromProcess:","arguments":[-7]})",
-          head + R"("willRenewValues:withDonor:","arguments":[[)"
-                 R"({"kind":"emailAddress","bundleIdentifier":"a\"b","donationIdentifier":"e"},)"
-                 R"({"kind":"imageData","bundleIdentifier":"b","donationIdentifier":"i"}],)"
-                 R"("donor"]})",
-          head + R"("couldNotRejectDonationIdentifier:error:","arguments":["d","domain 3: why"]})",
-      }));
+  // What each line says after the time.
+  std::vector<std::string> takeLines() {
+    const std::string head = R"({"time":"1970-01-01T00:00:00Z","event":)";
+    for (std::string& line : sink->lines) {
+      EXPECT_TRUE(line.starts_with(head) && line.ends_with('}')) << line;
+      EXPECT_LT(line.size(), StructuredLog::maximumLineSizeInBytes);
+      line = line.substr(head.size(), line.size() - head.size() - 1);
+    }
+    return std::exchange(sink->lines, {});
+  }
+};
+
+TEST_F(StructuredLogTest, WritesEachEventInItsOwnFormWithoutDonatedContent) {
+  const DonationValuePtr mail = email("secret@x", from("a\"b", "e"));
+  const DonationValues both = {mail, image("secret", from("b", "i"))};
+  const std::string mailText =
+      R"({"kind":"emailAddress","bundleIdentifier":"a\"b","donationIdentifier":"e"})";
+  const std::string bothText =
+      "[" + mailText + R"(,{"kind":"imageData","bundleIdentifier":"b","donationIdentifier":"i"}])";
+  const ErrorPtr error = makeError("domain", 3, "why");
+  const auto account =
+      std::make_shared<const Account>(Account{"id", AccountType{"type"}, "secret"});
+  const std::string accountText = account->description();
+  ASSERT_EQ(accountText.find("secret"), std::string::npos);
+  using Event = std::function<void()>;
+  const std::tuple<std::string, std::string, Event> rows[] = {
+      {"agentWillStart", "", [&] { agent->agentWillStart(); }},
+      {"agentDidStart", "", [&] { agent->agentDidStart(); }},
+      {"agentWillStop", "", [&] { agent->agentWillStop(); }},
+      {"donationServiceWillStart", "", [&] { agent->donationServiceWillStart(); }},
+      {"donationServiceDidStart", "", [&] { agent->donationServiceDidStart(); }},
+      {"donationServiceWillStop", "", [&] { agent->donationServiceWillStop(); }},
+      {"maintenanceServiceWillStart", "", [&] { agent->maintenanceServiceWillStart(); }},
+      {"maintenanceServiceDidStart", "", [&] { agent->maintenanceServiceDidStart(); }},
+      {"maintenanceServiceWillStop", "", [&] { agent->maintenanceServiceWillStop(); }},
+      {"beginRestorePersistedState", "", [&] { agent->beginRestorePersistedState(); }},
+      {"endRestorePersistedState", "", [&] { agent->endRestorePersistedState(); }},
+      {"acceptingConnectionFromProcess:", "7", [&] { agent->acceptingConnectionFromProcess(7); }},
+      {"denyingRequestFromProcess:", "-8", [&] { agent->denyingRequestFromProcess(-8); }},
+      {"acceptingDonations:", bothText, [&] { agent->acceptingDonations(both); }},
+      {"preExpiredDonations:", "[]", [&] { agent->preExpiredDonations({}); }},
+      {"agentWillHandleRequest:", "\"r:\"", [&] { agent->agentWillHandleRequest("r:"); }},
+      {"agentDidHandleRequest:", "\"s:\"", [&] { agent->agentDidHandleRequest("s:"); }},
+      {"featureNotEnabled:", "\"t:\"", [&] { agent->featureNotEnabled("t:"); }},
+      {"featureWillDisable", "", [&] { agent->featureWillDisable(); }},
+      {"featureWillEnable", "", [&] { agent->featureWillEnable(); }},
+      {"featureDidDisable", "", [&] { agent->featureDidDisable(); }},
+      {"featureDidEnable", "", [&] { agent->featureDidEnable(); }},
+      {"contactsChangedNotificationFoundName:nameChanged:", "true,false",
+       [&] { agent->contactsChangedNotificationFoundName(true, false); }},
+      {"contactsChangedNotificationEmailAddressesChanged:", "true",
+       [&] { agent->contactsChangedNotificationEmailAddressesChanged(true); }},
+      {"willDiscoverExtensions", "", [&] { agent->willDiscoverExtensions(); }},
+      {"didDiscoverExtension:", "\"x\"", [&] { agent->didDiscoverExtension("x"); }},
+      {"didDiscoverUnexpectedExtensionType:", "\"y\"",
+       [&] { agent->didDiscoverUnexpectedExtensionType("y"); }},
+      {"didDiscoverExtensions", "", [&] { agent->didDiscoverExtensions(); }},
+      {"didFailToDiscoverExtensions:", "\"domain 3: why\"",
+       [&] { agent->didFailToDiscoverExtensions(error); }},
+      {"willLoadExtensionVersions", "", [&] { agent->willLoadExtensionVersions(); }},
+      {"willSaveExtensionVersions", "", [&] { agent->willSaveExtensionVersions(); }},
+      {"willRejectDonationIdentifier:", "\"d\"", [&] { agent->willRejectDonationIdentifier("d"); }},
+      {"didRejectDonationIdentifier:", "\"d\"", [&] { agent->didRejectDonationIdentifier("d"); }},
+      {"couldNotRejectUnknownDonationIdentifier:", "\"d\"",
+       [&] { agent->couldNotRejectUnknownDonationIdentifier("d"); }},
+      {"couldNotRejectDonationIdentifier:error:", R"("d","domain 3: why")",
+       [&] { agent->couldNotRejectDonationIdentifier("d", error); }},
+      {"willRejectClusterIdentifier:", "\"c\"", [&] { agent->willRejectClusterIdentifier("c"); }},
+      {"didRejectClusterIdentifier:", "\"c\"", [&] { agent->didRejectClusterIdentifier("c"); }},
+      {"couldNotRejectUnknownClusterIdentifier:", "\"c\"",
+       [&] { agent->couldNotRejectUnknownClusterIdentifier("c"); }},
+      {"couldNotRejectClusterIdentifier:error:", R"("c","domain 3: why")",
+       [&] { agent->couldNotRejectClusterIdentifier("c", error); }},
+      {"willListRejections", "", [&] { agent->willListRejections(); }},
+      {"didListRejections", "", [&] { agent->didListRejections(); }},
+      {"willRemoveAllRejections", "", [&] { agent->willRemoveAllRejections(); }},
+      {"didRemoveAllRejections", "", [&] { agent->didRemoveAllRejections(); }},
+      {"willRenewValues:withDonor:", bothText + ",\"donor\"",
+       [&] { agent->willRenewValues(both, "donor"); }},
+      {"didRenewValue:untilDate:", mailText + R"(,"1970-01-02T00:00:00Z")",
+       [&] { agent->didRenewValue(mail, Date(86400)); }},
+      {"couldNotRenewBecauseNotADonorExtension:", "\"z\"",
+       [&] { agent->couldNotRenewBecauseNotADonorExtension("z"); }},
+      {"couldNotRenewBecauseDonorError:", "null",
+       [&] { agent->couldNotRenewBecauseDonorError(nullptr); }},
+      {"couldNotRenewBecauseLoadingError:", "\"domain 3: why\"",
+       [&] { agent->couldNotRenewBecauseLoadingError(error); }},
+      {"accountAdded:", '"' + accountText + '"', [&] { accounts->accountAdded(account); }},
+      {"accountChanged:", '"' + accountText + '"', [&] { accounts->accountChanged(account); }},
+      {"accountRemoved:", '"' + accountText + '"', [&] { accounts->accountRemoved(account); }},
+      {"accountsDidNotChange", "", [&] { accounts->accountsDidNotChange(); }},
+      {"donating:", mailText, [&] { accounts->donating(mail); }},
+      {"removing:", "\"d\"", [&] { accounts->removing("d"); }},
+      {"donationFailedWithError:", "\"domain 3: why\"",
+       [&] { accounts->donationFailedWithError(error); }},
+      {"removalFailedWithError:", "\"domain 3: why\"",
+       [&] { accounts->removalFailedWithError(error); }},
+      {"pluginLoaded", "", [&] { accounts->pluginLoaded(); }},
+      {"pluginUnloaded", "", [&] { accounts->pluginUnloaded(); }},
+      {"willReportAnalytics", "", [&] { analytics->willReportAnalytics(); }},
+      {"withinReportingInterval:", R"("1970-01-01T00:00:09Z")",
+       [&] { analytics->withinReportingInterval(Date(9)); }},
+      {"noMeCard", "", [&] { analytics->noMeCard(); }},
+      {"noDonatedMeCard", "", [&] { analytics->noDonatedMeCard(); }},
+      {"didReportAnalytics", "", [&] { analytics->didReportAnalytics(); }},
+  };
+  for (const auto& [name, arguments, event] : rows) {
+    event();
+    const std::string line =
+        '"' + name + '"' + (arguments.empty() ? "" : ",\"arguments\":[" + arguments + "]");
+    EXPECT_EQ(takeLines(), std::vector{line});
+  }
+}
+
+TEST_F(StructuredLogTest, SaysLessWhereALineWouldBeTooLong) {
+  DonationValues values(64, email("secret@x", from("app", "e")));
+  agent->acceptingDonations(values);
+  EXPECT_TRUE(takeLines().front().starts_with(R"("acceptingDonations:","arguments":[[{"kind")"));
+  values.push_back(image("secret"));
+  agent->acceptingDonations(values);
+  const std::string longText(5000, 'i');
+  agent->willRenewValues({email("secret@x", from(longText, longText))}, "donor");
+  agent->didRejectDonationIdentifier(longText + longText);
+  agent->didRejectDonationIdentifier(longText);
+  const std::string cut = std::string(256, 'i') + "…";
+  EXPECT_EQ(takeLines(),
+            (std::vector<std::string>{
+                R"("acceptingDonations:","arguments":[{"emailAddress":64,"imageData":1}])",
+                R"("willRenewValues:withDonor:","arguments":[{"emailAddress":1},"donor"])",
+                R"("didRejectDonationIdentifier:","arguments":[")" + cut + "\"]",
+                R"("didRejectDonationIdentifier:","arguments":[")" + longText + "\"]"}));
 }
 
 // In the place of syslog(3), with a daemon that takes no line before it goes on.
