@@ -18,7 +18,9 @@
 #include "platform/files/DurableFileWriter.h"
 #include "platform/files/PosixFileOperations.h"
 #include "platform/files/UserDirectories.h"
+#include "platform/foundation/StandardStreams.h"
 #include "platform/ipc/UnixServiceListener.h"
+#include "platform/logging/StandardErrorLogSink.h"
 #include "platform/logging/StructuredLoggerProvider.h"
 #include "platform/logging/SyslogSystemLog.h"
 #include "platform/telephony/PropertyListDeviceInfo.h"
@@ -72,12 +74,8 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       schedulerProvider(
           std::make_shared<ProductionSchedulerProvider>(runLoop.mainThreadScheduler())),
       dataProxy(std::make_shared<PosixDataProxy>([this] { return runLoop.holdTermination(); })),
-      logSink(std::make_shared<StandardErrorLogSink>(
-          [scheduler = schedulerProvider->backgroundScheduler()](double delaySeconds, Block block) {
-            static_cast<void>(scheduler->afterDelay(delaySeconds, std::move(block)));
-          })),
-      loggerProvider(
-          std::make_shared<StructuredLoggerProvider>(StructuredLog(logSink, &Date::now))),
+      loggerProvider(std::make_shared<StructuredLoggerProvider>(
+          StructuredLog(std::make_shared<StandardErrorLogSink>(), &Date::now))),
       notificationCenter(std::make_shared<SocketNotificationCenter>(
           runLoop.eventLoop(), runtimeDirectory / "quenlet" / "notifications")),
       entitlements(std::make_shared<const EntitlementDatabase>(
@@ -99,13 +97,17 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       userDefaults(std::make_shared<PropertyListUserDefaults>(preferencesPath(), dataProxy)),
       counterStore(
           std::make_shared<PrometheusCounterStore>(homeDirectory / CountersPath, dataProxy)),
-      scope(makeServices()) {}
+      scope(makeServices()) {
+  StandardStreams::detach();
+}
 
 LinuxPlatform::~LinuxPlatform() = default;
 
 void LinuxPlatform::finish() {
+  // A reader that is there takes no time; without one, nobody is to wait for longer.
+  constexpr std::chrono::seconds patience(1);
   extensionHost->shutDown();
-  logSink->flush();
+  StandardStreams::drain(patience);
 }
 
 ErrorPtr LinuxPlatform::claimDonations() {

@@ -11,7 +11,6 @@
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/ipc/EntitlementDatabase.h"
-#include "platform/logging/StandardErrorLogSink.h"
 #include "platform/notifications/MeCardFileWatch.h"
 #include "platform/notifications/SocketNotificationCenter.h"
 #include "platform/scheduling/ProductionSchedulerProvider.h"
@@ -21,8 +20,8 @@ namespace quenlet {
 
 // The platform services of a Linux user, installed as the current ones for this object's life. Make
 // it first thing on the main thread: it starts the process's threads and blocks the signals that
-// the run loop reads. From the first contact store on, it watches the owner's card and posts the
-// notification of its changes.
+// the run loop reads. The process's output no longer waits for its readers. From the first contact
+// store on, it watches the owner's card and posts the notification of its changes.
 //
 // Its end waits for what its schedulers and its file layer still have to do.
 class LinuxPlatform final {
@@ -42,8 +41,8 @@ class LinuxPlatform final {
   [[nodiscard]] ErrorPtr claimDonations();
 
   [[nodiscard]] RunLoop& mainRunLoop() { return runLoop; }
-  // Ends the donor extensions that run and writes out the log, for a process that ends without this
-  // object's end. Once the run loop has returned.
+  // Ends the donor extensions that run and gives the log a second to go out, for a process that
+  // ends without this object's end. Once the run loop has returned.
   void finish();
 
  private:
@@ -64,7 +63,6 @@ class LinuxPlatform final {
   RunLoop runLoop;
   const std::shared_ptr<SchedulerProvider> schedulerProvider;
   const std::shared_ptr<PosixDataProxy> dataProxy;
-  const std::shared_ptr<StandardErrorLogSink> logSink;
   const std::shared_ptr<DonationLoggerProvider> loggerProvider;
   const std::shared_ptr<SocketNotificationCenter> notificationCenter;
   const std::shared_ptr<const EntitlementDatabase> entitlements;

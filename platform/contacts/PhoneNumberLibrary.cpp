@@ -2,8 +2,10 @@
 
 #include <dlfcn.h>
 
-#include <cstdio>
+#include <string>
 #include <system_error>
+
+#include "platform/foundation/StandardStreams.h"
 
 namespace quenlet {
 namespace {
@@ -27,8 +29,9 @@ PhoneNumberLibrary::PhoneNumberLibrary(const std::filesystem::path& module) {
   }
   if (readNumber) return;
   const char* reason = ::dlerror();
-  std::fprintf(stderr, "quenlet: phone numbers are compared by their digits alone: %s\n",
-               reason ? reason : "there is no such module");
+  StandardStreams::writeError(
+      std::string("quenlet: phone numbers are compared by their digits alone: ") +
+      (reason ? reason : "there is no such module"));
 }
 
 const PhoneNumberLibrary& PhoneNumberLibrary::shared() {

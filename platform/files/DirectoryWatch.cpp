@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <set>
 #include <utility>
@@ -16,6 +15,7 @@
 #include "platform/files/PosixFileOperations.h"
 #include "platform/foundation/Error.h"
 #include "platform/foundation/Mutex.h"
+#include "platform/foundation/StandardStreams.h"
 #include "platform/scheduling/EventLoopScheduler.h"
 #include "platform/scheduling/FileDescriptor.h"
 
@@ -103,8 +103,8 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
   void retryLater(int failure) {
     if (!std::exchange(failureReported, true)) {
       const std::string name = directory.filename().string();
-      std::fprintf(stderr, "quenlet: %s\n",
-                   makePosixError(failure, "watch " + name)->description().c_str());
+      StandardStreams::writeError("quenlet: " +
+                                  makePosixError(failure, "watch " + name)->description());
     }
     keep(retryToken,
          retries.afterDelay(retrySeconds, [self = shared_from_this()] { self->retry(); }));

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <charconv>
 #include <cstdint>
-#include <cstdio>
 #include <new>
 #include <string_view>
 #include <system_error>
@@ -17,6 +16,7 @@
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/FileReading.h"
 #include "platform/files/PosixFileOperations.h"
+#include "platform/foundation/StandardStreams.h"
 #include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
@@ -74,7 +74,7 @@ std::uintmax_t newestDamagedCopy(const path& file) {
 }
 
 void report(const ErrorPtr& error) {
-  std::fprintf(stderr, "quenlet: %s\n", error->description().c_str());
+  StandardStreams::writeError("quenlet: " + error->description());
 }
 
 }  // namespace

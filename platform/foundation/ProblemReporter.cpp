@@ -1,7 +1,6 @@
 #include "platform/foundation/ProblemReporter.h"
 
-#include <cstdio>
-
+#include "platform/foundation/StandardStreams.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
@@ -16,8 +15,8 @@ void ProblemReporter::setProblem(const ErrorPtr& problem) {
     last = problem;
     if (!problem || isKnown) return;
   }
-  std::fprintf(stderr, "quenlet: %s: %s\n", subject.c_str(),
-               onOneLine(problem->debugDescription()).c_str());
+  StandardStreams::writeError("quenlet: " + subject + ": " +
+                              onOneLine(problem->debugDescription()));
 }
 
 }  // namespace quenlet

@@ -1,7 +1,6 @@
 #include "platform/ipc/EntitlementDatabase.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -9,14 +8,15 @@
 
 #include "platform/files/TrustedDirectory.h"
 #include "platform/foundation/PropertyListSerializer.h"
+#include "platform/foundation/StandardStreams.h"
 
 namespace quenlet {
 
 namespace {
 
 void reportIgnored(const std::filesystem::path& path, const std::string& reason) {
-  std::fprintf(stderr, "quenlet: entitlements in %s are ignored: %s\n", path.c_str(),
-               reason.c_str());
+  StandardStreams::writeError("quenlet: entitlements in " + path.native() +
+                              " are ignored: " + reason);
 }
 
 std::string canonicalPath(const std::filesystem::path& path) {

@@ -4,8 +4,8 @@
 
 namespace quenlet {
 
-// Writes one line to standard output and flushes it, so that whoever reads along sees it at once.
-// Lines of several threads do not mix.
+// Writes one line to standard output, in its order with those on standard error. An agent does not
+// wait for whoever reads along (see StandardStreams).
 void printLine(std::string_view line);
 
 }  // namespace quenlet

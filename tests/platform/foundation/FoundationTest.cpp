@@ -1,11 +1,17 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <sstream>
+#include <thread>
 
 #include "platform/foundation/Cancelable.h"
 #include "platform/foundation/Date.h"
+#include "platform/foundation/DetachedStreams.h"
 #include "platform/foundation/Future.h"
 #include "platform/foundation/JSONWriter.h"
 #include "platform/foundation/Text.h"
@@ -153,6 +159,50 @@ TEST(TextTest, TellsValidUTF8) {
                                  "\xF4\x90\x80\x80", "\xE4\xB8", "\xC3\x28 after"}) {
     EXPECT_FALSE(isValidUTF8(text)) << testing::PrintToString(text);
   }
+}
+
+// A pipe that nobody reads at first: the line that was under way, those that there was room for,
+// and how many are missing come when somebody does.
+TEST(DetachedStreamsTest, WaitForNobodyAndCountWhatTheyDrop) {
+  int ends[2];
+  ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+  const auto streams = DetachedStreams::make();
+  constexpr int count = 30'000;
+  for (int line = 1; line <= count; ++line) {
+    streams->writeLine(ends[1], std::to_string(line) + std::string(100, '.'));
+  }
+  EXPECT_FALSE(streams->drain(std::chrono::milliseconds(1)));
+  std::thread later([&] {
+    EXPECT_TRUE(streams->drain(std::chrono::minutes(1)));
+    streams->writeLine(ends[1], "last");
+    EXPECT_TRUE(streams->drain(std::chrono::minutes(1)));
+    ::close(ends[1]);
+  });
+  std::string text;
+  std::array<char, 65536> buffer;
+  for (ssize_t size = 0; (size = ::read(ends[0], buffer.data(), buffer.size())) > 0;) {
+    text.append(buffer.data(), static_cast<std::size_t>(size));
+  }
+  later.join();
+  ::close(ends[0]);
+  EXPECT_TRUE(text.ends_with("\nlast\n"));
+
+  int next = 1;
+  int dropped = 0;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line) && line != "last";) {
+    if (line.starts_with("quenlet: dropped ")) {
+      std::erase(line, ',');
+      const int missing = std::stoi(line.substr(17));
+      EXPECT_EQ(line, "quenlet: dropped " + std::to_string(missing) + " lines");
+      dropped += missing;
+      next += missing;
+    } else {
+      ASSERT_EQ(std::stoi(line), next++);
+    }
+  }
+  EXPECT_EQ(next, count + 1);
+  EXPECT_TRUE(dropped > 5'000 && dropped < 21'000) << dropped;
 }
 
 }  // namespace
