@@ -1,0 +1,58 @@
+#include "platform/scheduling/PatientThread.h"
+
+#include <deque>
+#include <thread>
+#include <utility>
+
+namespace quenlet {
+
+struct PatientThread::State final {
+  Mutex mutex;
+  ConditionVariable changed;
+  // The first one is under way.
+  std::deque<Block> blocks GUARDED_BY(mutex);
+  bool ending GUARDED_BY(mutex) = false;
+
+  // Null once there is nothing left to be done.
+  Block* next() EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    while (blocks.empty() && !ending) changed.wait(mutex);
+    return blocks.empty() ? nullptr : &blocks.front();
+  }
+
+  void run() EXCLUDES(mutex) {
+    // Additions at the end leave the first element where it is.
+    while (Block* const block = next()) {
+      std::exchange(*block, nullptr)();
+      MutexLock lock(mutex);
+      blocks.pop_front();
+    }
+  }
+};
+
+PatientThread::PatientThread() : state(std::make_shared<State>()) {
+  std::thread([held = state] { held->run(); }).detach();
+}
+
+PatientThread::~PatientThread() {
+  MutexLock lock(state->mutex);
+  state->ending = true;
+  state->changed.notifyAll();
+}
+
+void PatientThread::perform(Block block) {
+  MutexLock lock(state->mutex);
+  state->blocks.push_back(std::move(block));
+  state->changed.notifyAll();
+}
+
+void PatientThread::close(FileDescriptor descriptor) {
+  perform([held = std::make_shared<FileDescriptor>(std::move(descriptor))] { held->reset(); });
+}
+
+std::size_t PatientThread::pendingBlocks() const {
+  MutexLock lock(state->mutex);
+  return state->blocks.size();
+}
+
+}  // namespace quenlet
