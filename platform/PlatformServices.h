@@ -27,8 +27,10 @@
 namespace quenlet {
 
 // The one seam to the platform: a factory for each service that code takes from the platform
-// itself instead of being given it. Members named make… give a new object at each call, the others
-// the one that the process shares.
+// itself instead of being given it. Members named make… give an object for the caller to keep;
+// where two would get into each other's way (makeDataProxy, makeDonationFeedbackStore,
+// makePhoneNumberMonitor), all callers get the same. The others give the one that the process
+// shares.
 //
 // There is one current set in a process. LinuxPlatform installs the real one for its life; a test
 // swaps in its own for a Scope.
