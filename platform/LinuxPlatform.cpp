@@ -107,6 +107,7 @@ void LinuxPlatform::finish() {
   // A reader that is there takes no time; without one, nobody is to wait for longer.
   constexpr std::chrono::seconds patience(1);
   extensionHost->shutDown();
+  notificationCenter->finish();
   StandardStreams::drain(patience);
 }
 

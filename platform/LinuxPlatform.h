@@ -41,8 +41,9 @@ class LinuxPlatform final {
   [[nodiscard]] ErrorPtr claimDonations();
 
   [[nodiscard]] RunLoop& mainRunLoop() { return runLoop; }
-  // Ends the donor extensions that run and gives the log a second to go out, for a process that
-  // ends without this object's end. Once the run loop has returned.
+  // Ends the donor extensions that run, takes this process's socket of notifications away and gives
+  // the log a second to go out, for a process that ends without this object's end. Once the run
+  // loop has returned.
   void finish();
 
  private:

@@ -5,11 +5,12 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdint>
-#include <iostream>
 #include <map>
 #include <optional>
 #include <set>
@@ -18,8 +19,11 @@
 #include <vector>
 
 #include "platform/foundation/Mutex.h"
+#include "platform/foundation/StandardStreams.h"
 #include "platform/foundation/Text.h"
 #include "platform/notifications/NotificationDirectory.h"
+#include "platform/scheduling/PatientThread.h"
+#include "platform/scheduling/receiveWithoutDescriptors.h"
 #include "platform/scheduling/refuseDescriptors.h"
 
 namespace quenlet {
@@ -65,9 +69,9 @@ int sendName(const FileDescriptor& socket, const std::string& name) {
 struct SocketNotificationCenter::State final : std::enable_shared_from_this<State> {
   // This process's own socket.
   struct Receiver {
-    NotificationDirectory directory;
+    std::shared_ptr<const NotificationDirectory> directory;
     std::string name;
-    FileDescriptor socket;
+    std::shared_ptr<const FileDescriptor> socket;
     std::shared_ptr<EventLoop::Watch> watch;
   };
   // What another process's full queue had no room for.
@@ -87,10 +91,17 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   std::optional<Receiver> receiver GUARDED_BY(mutex);
   std::multimap<std::string, ObserverPtr, std::less<>> observers GUARDED_BY(mutex);
   std::map<std::string, Backlog> backlogs GUARDED_BY(mutex);  // by the receiver's socket name
+  // Takes the messages that descriptors are attached to, where the kernel lets others attach them.
+  std::optional<PatientThread> patient GUARDED_BY(mutex);
+  PatientThread sender;
+  ConditionVariable changed;
+  std::vector<std::string> posted GUARDED_BY(mutex);  // and not sent yet, each name once
+  bool isSending GUARDED_BY(mutex) = false;
+  bool isClosed GUARDED_BY(mutex) = false;
 
   void report(const ErrorPtr& error) {
     if (!error || hasReported.exchange(true)) return;
-    std::cerr << "quenlet: notifications: " + error->description() + "\n" << std::flush;
+    StandardStreams::writeError("quenlet: notifications: " + error->description());
   }
 
   ErrorPtr openReceiver() REQUIRES(mutex) {
@@ -100,11 +111,12 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     if (!name.isLeft()) return name.right();
     Result<FileDescriptor> socket = directory.left().bindSocket(name.left());
     if (!socket.isLeft()) return socket.right();
-    refuseDescriptors(socket.left().get());
-    receiver.emplace(Receiver{std::move(directory).takeLeft(), name.left(),
-                              std::move(socket).takeLeft(), nullptr});
+    if (!refuseDescriptors(socket.left().get())) patient.emplace();
+    receiver.emplace(Receiver{
+        std::make_shared<const NotificationDirectory>(std::move(directory).takeLeft()), name.left(),
+        std::make_shared<const FileDescriptor>(std::move(socket).takeLeft()), nullptr});
     receiver->watch =
-        eventLoop.watch(receiver->socket.get(), EPOLLIN, [weak = weak_from_this()](std::uint32_t) {
+        eventLoop.watch(receiver->socket->get(), EPOLLIN, [weak = weak_from_this()](std::uint32_t) {
           if (const auto state = weak.lock()) state->receive();
         });
     return nullptr;
@@ -113,7 +125,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   ErrorPtr add(const ObserverPtr& observer) EXCLUDES(mutex) {
     MutexLock lock(mutex);
     observers.emplace(observer->name, observer);
-    return receiver ? nullptr : openReceiver();
+    return receiver || isClosed ? nullptr : openReceiver();
   }
 
   void remove(const ObserverPtr& observer) EXCLUDES(mutex) {
@@ -132,9 +144,24 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     std::array<char, maximumNameSizeInBytes + 1> buffer;  // a byte more, to see what is too long
     MutexLock lock(mutex);
     if (!receiver) return std::nullopt;
-    const ssize_t size = ::recv(receiver->socket.get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
-    if (size < 0) return std::nullopt;
+    const int socket = receiver->socket->get();
+    const ssize_t size = patient ? receiveWithoutDescriptors(socket, buffer)
+                                 : ::recv(socket, buffer.data(), buffer.size(), MSG_DONTWAIT);
+    if (size < 0) {
+      if (patient && errno == EBADMSG) dropPatiently();
+      return std::nullopt;
+    }
     return std::string(buffer.data(), static_cast<std::size_t>(size));
+  }
+
+  // Has a datagram with descriptors taken where it may take its time; the rest waits until then.
+  void dropPatiently() REQUIRES(mutex) {
+    receiver->watch->setEvents(0);
+    patient->perform([socket = receiver->socket, watch = receiver->watch] {
+      char first = 0;
+      [[maybe_unused]] const ssize_t size = ::recv(socket->get(), &first, 1, MSG_DONTWAIT);
+      watch->setEvents(EPOLLIN);
+    });
   }
 
   void receive() EXCLUDES(mutex) {
@@ -157,35 +184,64 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     }
   }
 
-  ErrorPtr sendToAll(const std::string& name) EXCLUDES(mutex) {
-    MutexLock lock(mutex);
-    if (receiver && receiver->directory.isPrivateAt(directoryPath)) {
-      sendToAllIn(receiver->directory, name);
-      return nullptr;
+  void post(const std::string& name) EXCLUDES(mutex) {
+    {
+      MutexLock lock(mutex);
+      if (isClosed || std::find(posted.begin(), posted.end(), name) != posted.end()) return;
+      posted.push_back(name);
+      if (std::exchange(isSending, true)) return;
     }
-    const Result<NotificationDirectory> opened = NotificationDirectory::open(directoryPath);
-    if (!opened.isLeft()) return opened.right();
-    sendToAllIn(opened.left(), name);
+    sender.perform([self = shared_from_this()] { self->sendPosted(); });
+  }
+
+  void sendPosted() EXCLUDES(mutex) {
+    while (true) {
+      std::vector<std::string> names;
+      {
+        MutexLock lock(mutex);
+        names.swap(posted);
+        if (names.empty()) {
+          isSending = false;
+          changed.notifyAll();
+          return;
+        }
+      }
+      for (const std::string& name : names) report(sendToAll(name));
+    }
+  }
+
+  ErrorPtr sendToAll(const std::string& name) EXCLUDES(mutex) {
+    std::shared_ptr<const NotificationDirectory> directory;
+    std::string withoutObserver;  // what nobody here observes need not wake this process
+    {
+      MutexLock lock(mutex);
+      if (receiver) directory = receiver->directory;
+      if (receiver && !observers.contains(name)) withoutObserver = receiver->name;
+    }
+    if (!directory || !directory->isPrivateAt(directoryPath)) {
+      Result<NotificationDirectory> opened = NotificationDirectory::open(directoryPath);
+      if (!opened.isLeft()) return opened.right();
+      directory = std::make_shared<const NotificationDirectory>(std::move(opened).takeLeft());
+    }
+    for (const std::string& socketName : directory->socketNames()) {
+      if (socketName != withoutObserver) sendToOne(*directory, socketName, name);
+    }
     return nullptr;
   }
 
-  void sendToAllIn(const NotificationDirectory& directory, const std::string& name)
-      REQUIRES(mutex) {
-    for (const std::string& socketName : directory.socketNames()) {
-      // What nobody here observes need not wake this process.
-      if (receiver && socketName == receiver->name && !observers.contains(name)) continue;
-      sendToOne(directory, socketName, name);
-    }
+  bool addToBacklog(const std::string& socketName, const std::string& name) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    const auto found = backlogs.find(socketName);
+    if (found == backlogs.end()) return false;
+    found->second.names.insert(name);
+    return true;
   }
 
   // Each datagram has a sending socket of its own: the kernel counts unread datagrams against their
   // sender, and one lazy receiver must not use up what the others need.
   void sendToOne(const NotificationDirectory& directory, const std::string& socketName,
-                 const std::string& name) REQUIRES(mutex) {
-    if (const auto found = backlogs.find(socketName); found != backlogs.end()) {
-      found->second.names.insert(name);
-      return;
-    }
+                 const std::string& name) EXCLUDES(mutex) {
+    if (addToBacklog(socketName, name)) return;
     Result<FileDescriptor> socket = directory.connectSocket(socketName);
     if (!socket.isLeft()) {
       if (socket.right()->code() == ECONNREFUSED) directory.removeSocket(socketName);
@@ -197,7 +253,9 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   }
 
   void startBacklog(const std::string& socketName, FileDescriptor socket, const std::string& name)
-      REQUIRES(mutex) {
+      EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    if (isClosed || backlogs.size() >= maximumBacklogs) return;
     Backlog& backlog = backlogs[socketName];
     backlog.socket = std::move(socket);
     backlog.names = {name};
@@ -224,12 +282,19 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   }
 
   void close() EXCLUDES(mutex) {
+    constexpr std::chrono::seconds patience(1);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
     MutexLock lock(mutex);
+    isClosed = true;
+    while (isSending && changed.waitUntil(mutex, deadline)) {
+    }
     for (auto& [socketName, backlog] : backlogs) backlog.watch->cancel();
     backlogs.clear();
     if (!receiver) return;
     receiver->watch->cancel();
-    receiver->directory.removeSocket(receiver->name);
+    receiver->directory->removeSocket(receiver->name);
+    // What is attached to unread datagrams ends with the socket.
+    if (patient) patient->perform([socket = std::move(receiver->socket)] {});
     receiver.reset();
   }
 };
@@ -239,6 +304,8 @@ SocketNotificationCenter::SocketNotificationCenter(EventLoop& eventLoop,
     : state(std::make_shared<State>(eventLoop, std::move(directory))) {}
 
 SocketNotificationCenter::~SocketNotificationCenter() { state->close(); }
+
+void SocketNotificationCenter::finish() { state->close(); }
 
 std::shared_ptr<Cancelable> SocketNotificationCenter::addObserver(const std::string& name,
                                                                   std::function<void()> callback) {
@@ -253,7 +320,7 @@ std::shared_ptr<Cancelable> SocketNotificationCenter::addObserver(const std::str
 }
 
 void SocketNotificationCenter::post(const std::string& name) {
-  if (isNotificationName(name)) state->report(state->sendToAll(name));
+  if (isNotificationName(name)) state->post(name);
 }
 
 }  // namespace quenlet

@@ -100,6 +100,7 @@ TEST_F(AgentLifeTest, DoesEverythingInOrderFromLaunchToTheSecondHangUp) {
     agent->signal(times < 3 ? SIGHUP : SIGTERM);
   }
   EXPECT_EQ(agent->wait(), 0);
+  EXPECT_TRUE(std::filesystem::is_empty(temporary / "quenlet/notifications"));
 
   std::vector<std::string> words = happened();
   // Follows the owner's card on the main thread, beside the restore.

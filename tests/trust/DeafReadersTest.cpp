@@ -1,8 +1,12 @@
 // Readers that take nothing of what the agent sends them.
 
+#include <sys/socket.h>
 #include <sys/stat.h>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include <algorithm>
+
+#include "platform/notifications/NotificationDirectory.h"
+#include "platform/notifications/SocketNotificationCenter.h"
 #include "tests/trust/TrustTest.h"
 
 namespace quenlet {
@@ -40,6 +44,33 @@ TEST_F(DeafReadersTest, StoppedReaderOfTheLogHoldsUpNeitherRequestsNorTheEnd) {
   const double ending = millisecondsFor([this] { EXPECT_EQ(stopAgent(), 0); });
   RecordProperty("milliseconds from SIGTERM to the end", static_cast<int>(ending));
   EXPECT_LT(ending, 5'000);
+}
+
+TEST_F(DeafReadersTest, DeafReceiversOfNotificationsCostADonationNothing) {
+  constexpr int receivers = 1'200;
+  startSilentAgent();
+  const auto directory =
+      NotificationDirectory::open(temporary / "quenlet/notifications").takeLeft();
+  std::vector<FileDescriptor> deaf;
+  for (int number = 0; number < receivers; ++number) {
+    const std::string name = "deaf-" + std::to_string(number);
+    deaf.push_back(directory.bindSocket(name).takeLeft());
+    const FileDescriptor socket = directory.connectSocket(name).takeLeft();
+    while (::send(socket.get(), "x", 1, MSG_DONTWAIT) > 0) {
+    }
+  }
+  const std::size_t before = agent->openDescriptors();
+  CorvelProxy client;
+  std::vector<double> donations;
+  for (int number = 0; number < 50; ++number) {
+    donations.push_back(millisecondsFor(
+        [&] { EXPECT_EQ(donateTo(client, {email(std::to_string(number) + "@x")}), nullptr); }));
+  }
+  std::sort(donations.begin(), donations.end());
+  RecordProperty("microseconds a donation, median", static_cast<int>(donations[25] * 1'000));
+  RecordProperty("microseconds a donation, longest", static_cast<int>(donations[49] * 1'000));
+  EXPECT_LE(agent->openDescriptors(), before + SocketNotificationCenter::maximumBacklogs + 8);
+  EXPECT_EQ(stopAgent(), 0);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <array>
 #include <fstream>
 #include <thread>
 
@@ -29,16 +30,33 @@ class SocketNotificationCenterTest : public testing::Test {
                const std::string& heardAs) {
     tokens.push_back(observing.addObserver(name, [this, heardAs] { heard.push_back(heardAs); }));
   }
-  // Receivers read in the order of the posts, so that everything posted before has been handled.
-  void runUntilHandled(SocketNotificationCenter& receiving) {
-    const auto token = receiving.addObserver("end", [this] { loop.stop(); });
-    receiving.post("end");
+  // Receivers read in the order of one center's posts, so that everything it posted before has been
+  // handled. The name sorts behind all others that may wait with it.
+  void runUntilHandled(SocketNotificationCenter& receiving, SocketNotificationCenter& posting) {
+    const auto token = receiving.addObserver("~end", [this] { loop.stop(); });
+    posting.post("~end");
     loop.run();
     token->cancel();
   }
+  void runUntilHandled(SocketNotificationCenter& receiving) { runUntilHandled(receiving, center); }
 
   NotificationDirectory openDirectory() const {
     return NotificationDirectory::open(directory).takeLeft();
+  }
+  // Until what the center was given to post has gone out: to a receiver of its own, last of all.
+  void waitUntilSent() {
+    EventLoop later;
+    SocketNotificationCenter probe(later, directory);
+    const auto token = probe.addObserver("sent", [&] { later.stop(); });
+    center.post("sent");
+    later.run();
+  }
+  // Sends to a socket until it takes no more; how much it took.
+  int fillQueue(const std::string& socketName, const std::string& name) const {
+    const FileDescriptor socket = openDirectory().connectSocket(socketName).takeLeft();
+    int count = 0;
+    while (::send(socket.get(), name.data(), name.size(), MSG_DONTWAIT) > 0) ++count;
+    return count;
   }
 };
 
@@ -48,16 +66,20 @@ TEST_F(SocketNotificationCenterTest, ReachesEachObserverOfTheNameInEachProcessBu
   observe(center, "change", "second");
   observe(center, "something else", "wrong");
   observe(*other, "change", "other");
+  observe(center, "last words", "last");
 
   other->post("change");
   EXPECT_EQ(heard, Names{});
-  runUntilHandled(center);
-  runUntilHandled(*other);
+  runUntilHandled(center, *other);
+  runUntilHandled(*other, *other);
   std::sort(heard.begin(), heard.end());
   EXPECT_EQ(heard, (Names{"first", "other", "second"}));
   EXPECT_EQ(openDirectory().socketNames().size(), 2u);
-  other.reset();
+  other->post("last words");
+  other->finish();
   EXPECT_EQ(openDirectory().socketNames().size(), 1u);
+  runUntilHandled(center);
+  EXPECT_EQ(heard.back(), "last") << "what was posted goes out before the end";
 }
 
 TEST_F(SocketNotificationCenterTest, DoesNotCallAnObserverThatAnEarlierCallbackCancelled) {
@@ -67,9 +89,10 @@ TEST_F(SocketNotificationCenterTest, DoesNotCallAnObserverThatAnEarlierCallbackC
   observe(center, "change", "cancelled before");
   tokens[3]->cancel();
 
-  center.post("change");
-  center.post("change");
-  runUntilHandled(center);
+  for (int times = 0; times < 2; ++times) {
+    center.post("change");
+    runUntilHandled(center);
+  }
   EXPECT_EQ(heard, (Names{"kept", "kept"}));
 }
 
@@ -106,35 +129,61 @@ TEST_F(SocketNotificationCenterTest, RemovesSocketsOfProcessesThatAreGoneAndNoth
 }
 
 TEST_F(SocketNotificationCenterTest, LosesNoNameWhenAQueueIsFull) {
-  constexpr int posts = 2000;
   SocketNotificationCenter receiver(loop, directory);
-  observe(receiver, "often", "often");
-  tokens.push_back(receiver.addObserver("last", [this] {
-    heard.push_back("last");
-    loop.stop();
-  }));
-
-  for (int count = 0; count < posts; ++count) center.post("often");
-  center.post("last");
-  loop.run();
-  EXPECT_EQ(std::count(heard.begin(), heard.end(), "last"), 1);
-  EXPECT_GT(heard.size(), 1u);
-  EXPECT_LT(heard.size(), std::size_t{posts}) << "the queue was never full";
+  for (const char* name : {"often", "once"}) observe(receiver, name, name);
+  const int room = fillQueue(openDirectory().socketNames().front(), "often");
+  for (const char* name : {"often", "once", "often"}) {
+    center.post(name);
+    waitUntilSent();
+  }
+  runUntilHandled(receiver);
+  EXPECT_EQ(std::count(heard.begin(), heard.end(), "often"), room + 1) << "waits once a name";
+  EXPECT_EQ(std::count(heard.begin(), heard.end(), "once"), 1);
 
   // Afterwards there is nothing left that would hold back or repeat a notification.
   heard.clear();
-  center.post("last");
-  loop.run();
-  EXPECT_EQ(heard, Names{"last"});
+  center.post("once");
+  runUntilHandled(receiver);
+  EXPECT_EQ(heard, Names{"once"});
+}
+
+TEST_F(SocketNotificationCenterTest, KeepsBacklogsForSomeReceiversOnly) {
+  std::vector<FileDescriptor> deaf;
+  for (int number = 0; number < 40; ++number) {
+    const std::string name = "deaf" + std::to_string(number);
+    deaf.push_back(openDirectory().bindSocket(name).takeLeft());
+    fillQueue(name, "often");
+  }
+  center.post("change");
+  waitUntilSent();
+  const auto takeAll = [](const FileDescriptor& socket) {
+    Names taken;
+    std::array<char, 64> buffer{};
+    for (ssize_t size = 0; (size = ::recv(socket.get(), buffer.data(), buffer.size(), 0)) > 0;) {
+      taken.emplace_back(buffer.data(), static_cast<std::size_t>(size));
+    }
+    return taken;
+  };
+  for (const FileDescriptor& socket : deaf) takeAll(socket);
+  runUntilHandled(center);
+  EXPECT_EQ(std::count_if(deaf.begin(), deaf.end(),
+                          [&](const FileDescriptor& socket) {
+                            const Names taken = takeAll(socket);
+                            return std::count(taken.begin(), taken.end(), "change") == 1;
+                          }),
+            32);
 }
 
 TEST_F(SocketNotificationCenterTest, KeepsOutOfADirectoryThatOthersCanEnter) {
   observe(center, "change", "private");
+  auto poster = std::make_unique<SocketNotificationCenter>(loop, directory);
+  observe(*poster, "change", "its own");
   std::filesystem::permissions(directory, std::filesystem::perms(0755));
   SocketNotificationCenter late(loop, directory);
   testing::internal::CaptureStderr();
   observe(late, "change", "open to others");
-  center.post("change");
+  poster->post("change");
+  poster.reset();
   EXPECT_NE(testing::internal::GetCapturedStderr().find("not private to the user"),
             std::string::npos);
 
@@ -145,24 +194,29 @@ TEST_F(SocketNotificationCenterTest, KeepsOutOfADirectoryThatOthersCanEnter) {
 }
 
 TEST_F(SocketNotificationCenterTest, TakesPostsAndCancellationsFromAnyThread) {
-  observe(center, "change", "change");
-  int ended = 0;
+  constexpr int posts = 50;
+  Names expected;
   std::vector<std::thread> threads;
-  for (const std::string name : {"a", "b", "c", "d"}) {
-    tokens.push_back(center.addObserver(name, [&] {
-      if (++ended == 4) loop.stop();
-    }));
-    threads.emplace_back([this, name] {
-      for (int count = 0; count < 50; ++count) {
+  for (const std::string poster : {"a", "b", "c", "d"}) {
+    for (int count = 0; count < posts; ++count) {
+      expected.push_back(poster + std::to_string(count));
+      tokens.push_back(center.addObserver(expected.back(), [this, name = expected.back()] {
+        heard.push_back(name);
+        if (heard.size() == std::size_t{4 * posts}) loop.stop();
+      }));
+    }
+    threads.emplace_back([this, poster] {
+      for (int count = 0; count < posts; ++count) {
         center.addObserver("change", [] {})->cancel();
-        center.post("change");
+        center.post(poster + std::to_string(count));
       }
-      center.post(name);
     });
   }
   loop.run();
   for (std::thread& thread : threads) thread.join();
-  EXPECT_GE(heard.size(), 1u);
+  std::sort(heard.begin(), heard.end());
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(heard, expected);
 }
 
 }  // namespace
