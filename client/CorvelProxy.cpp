@@ -49,9 +49,10 @@ Result<ContactPtr> decodeEitherReply(const Result<std::string>& outcome) {
 
 }  // namespace
 
-CorvelProxy::CorvelProxy()
-    : CorvelProxy([] { return ServiceClient::connect(CorvelServiceName, makeCorvelInterface()); }) {
-}
+CorvelProxy::CorvelProxy(std::chrono::milliseconds timeLimit)
+    : CorvelProxy([timeLimit] {
+        return ServiceClient::connect(CorvelServiceName, makeCorvelInterface(), timeLimit);
+      }) {}
 
 CorvelProxy::CorvelProxy(Connect connectToAgent) : connect(std::move(connectToAgent)) {}
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -35,16 +36,17 @@ namespace quenlet {
 // call the proxy, but must not wait for another reply and must not destroy the proxy.
 //
 // Besides the agent's own errors, which come unchanged, there are ServiceErrorDomain errors:
-// noService when no agent runs, connectionBroken when it ended before its reply (whether it did
-// what it was asked is then unknown; all operations may be repeated), malformedMessage for a reply
-// that makes no sense. The connection is made at the first operation, and made anew at the next one
-// after it broke. There is no time limit.
+// noService when no agent runs, connectionBroken when it ended before its reply, timedOut when it
+// did not reply within the time limit (whether it did what it was asked is then unknown; all
+// operations may be repeated), malformedMessage for a reply that makes no sense. The connection is
+// made at the first operation, and made anew at the next one after it broke.
 class CorvelProxy final : public CorvelProtocol {
  public:
   using Connect = std::function<Result<std::shared_ptr<ServiceClient>>()>;
 
-  // Speaks to the user's agent; with `connectToAgent`, to whoever that connects to.
-  CorvelProxy();
+  // Speaks to the user's agent, and waits `timeLimit` at most to be connected to it, and for each
+  // reply; with `connectToAgent`, speaks to whoever that connects to.
+  explicit CorvelProxy(std::chrono::milliseconds timeLimit = ServiceClient::standardTimeLimit);
   explicit CorvelProxy(Connect connectToAgent);
   // What is under way is replied to with connectionBroken before this returns.
   ~CorvelProxy() override = default;

@@ -8,8 +8,8 @@
 namespace quenlet {
 
 // Calls `operation` with a reply handler, waits until the handler is called, and gives back what it
-// was called with, as a tuple of the types named. There is no time limit. Not for a reply handler,
-// which runs where the awaited reply would have to come.
+// was called with, as a tuple of the types named. There is no time limit but the operation's own.
+// Not for a reply handler, which runs where the awaited reply would have to come.
 //
 //   const auto [contact, error] = waitForReply<ContactPtr, ErrorPtr>(
 //       [&](ContactReply reply) { agent.fetchDonatedMeCard(std::move(reply)); });

@@ -34,8 +34,11 @@ Result<std::string> decodeReply(const FrameReader::Frame& frame,
 
 }  // namespace
 
-ClientChannel::ClientChannel(FileDescriptor connectedSocket, ServiceInterface serviceInterface)
-    : interface(std::move(serviceInterface)), socket(std::move(connectedSocket)) {}
+ClientChannel::ClientChannel(FileDescriptor connectedSocket, ServiceInterface serviceInterface,
+                             TimeLimit timeLimit)
+    : interface(std::move(serviceInterface)),
+      limit(timeLimit),
+      socket(std::move(connectedSocket)) {}
 
 void ClientChannel::call(const std::string& selector, std::string encodedArguments,
                          Completion completion) {
@@ -55,7 +58,7 @@ Result<std::string> ClientChannel::callAndWait(const std::string& selector,
   }
   while (!reply) {
     if (reading) {
-      changed.wait(mutex);
+      waitForChange();
     } else {
       takeReadingOver();
     }
@@ -77,7 +80,7 @@ void ClientChannel::runCompletions() {
     } else if (!reading && requestsWithCompletion > 0) {
       takeReadingOver();
     } else {
-      changed.wait(mutex);
+      waitForChange();
     }
   }
 }
@@ -114,19 +117,23 @@ ErrorPtr ClientChannel::send(const std::string& selector, std::string encodedArg
   }
   const std::uint64_t identifier = ++lastIdentifier;
   if (completion) ++requestsWithCompletion;
-  requests.emplace(identifier, Request{replyParameters, awaited, std::move(completion)});
+  const TimeLimit::Instant deadline = limit.deadline();
+  requests.emplace(identifier, Request{replyParameters, deadline, awaited, std::move(completion)});
+  queuedBytes -= output.unsentBytes();
   output.append(FrameKind::request, identifier, start.bytes(), std::move(encodedArguments));
-  writeAll();
+  queuedBytes += output.unsentBytes();
+  write(queuedBytes, deadline);
   return nullptr;
 }
 
-void ClientChannel::writeAll() {
-  while (!broken && !output.empty()) {
+void ClientChannel::write(std::uint64_t end, TimeLimit::Instant deadline) {
+  while (!broken && queuedBytes - output.unsentBytes() < end) {
     switch (output.writeTo(socket.get())) {
       case OutputQueue::Outcome::drained:
         return;
       case OutputQueue::Outcome::blocked:
-        waitForRoom();
+        if (std::chrono::steady_clock::now() >= deadline) return breakConnection(limit.passed());
+        waitForRoom(deadline);
         break;
       case OutputQueue::Outcome::failed:
         // The peer may have said why it went; whoever reads finds that, or the end.
@@ -138,13 +145,13 @@ void ClientChannel::writeAll() {
 
 // Reads meanwhile, unless somebody does already: a service that waits for its replies to be taken
 // does not take requests.
-void ClientChannel::waitForRoom() {
+void ClientChannel::waitForRoom(TimeLimit::Instant deadline) {
   const bool takesReading = !reading;
   reading = true;
   mutex.unlock();
-  pollfd look{socket.get(), static_cast<short>(takesReading ? POLLIN | POLLOUT : POLLOUT), 0};
-  const int ready = ::poll(&look, 1, -1);
-  if (ready > 0 && takesReading && (look.revents & (POLLIN | POLLHUP | POLLERR)) != 0) readOnce();
+  const int ready =
+      TimeLimit::readyEvents(socket.get(), takesReading ? POLLIN | POLLOUT : POLLOUT, deadline);
+  if (takesReading && (ready & (POLLIN | POLLHUP | POLLERR)) != 0) readOnce();
   mutex.lock();
   if (!takesReading) return;
   reading = false;
@@ -153,17 +160,36 @@ void ClientChannel::waitForRoom() {
 
 void ClientChannel::takeReadingOver() {
   reading = true;
+  const TimeLimit::Instant deadline = requests.begin()->second.deadline;
   mutex.unlock();
-  readOnce();
+  if (TimeLimit::readyEvents(socket.get(), POLLIN, deadline) != 0) readOnce();
   mutex.lock();
   reading = false;
+  endOverdueRequests();
   changed.notifyAll();
+}
+
+void ClientChannel::waitForChange() {
+  if (requests.empty()) return changed.wait(mutex);
+  const TimeLimit::Instant deadline = requests.begin()->second.deadline;
+  if (!changed.waitUntil(mutex, deadline)) endOverdueRequests();
+}
+
+void ClientChannel::endOverdueRequests() {
+  const auto now = std::chrono::steady_clock::now();
+  while (!requests.empty() && requests.begin()->second.deadline <= now) {
+    const auto oldest = requests.begin();
+    settle(oldest->second, failed(limit.passed()));
+    overdue.insert(oldest->first);
+    requests.erase(oldest);
+    changed.notifyAll();
+  }
 }
 
 void ClientChannel::readOnce() {
   const std::span<char> room = reader.room();
-  const ssize_t count = ::recv(socket.get(), room.data(), room.size(), 0);
-  if (count < 0 && errno == EINTR) return;
+  const ssize_t count = ::recv(socket.get(), room.data(), room.size(), MSG_DONTWAIT);
+  if (count < 0 && (errno == EINTR || errno == EAGAIN)) return;
   if (count <= 0) {
     MutexLock lock(mutex);
     breakConnection(connectionBroken());
@@ -185,6 +211,8 @@ void ClientChannel::deliver(const FrameReader::Frame& frame) {
       breakConnection(frame.error);
     } else if (frame.kind == FrameKind::failure && frame.identifier == 0) {
       breakConnection(decodeFailure(frame.body));
+    } else if (frame.kind != FrameKind::request && overdue.erase(frame.identifier) > 0) {
+      return;
     } else if (frame.kind == FrameKind::request || found == requests.end()) {
       breakConnection(makeServiceError(ServiceErrorCode::malformedMessage,
                                        "the service sent what nobody asked for"));

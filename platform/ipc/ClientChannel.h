@@ -2,9 +2,10 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <optional>
+#include <set>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "platform/ipc/OutputQueue.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "platform/ipc/ServiceLimits.h"
+#include "platform/ipc/TimeLimit.h"
 #include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
@@ -22,11 +24,15 @@ namespace quenlet {
 // for a reply while nobody reads takes the reading over and delivers the others' replies as well.
 // A request that the socket does not take at once is written while reading goes on, so that two
 // sides which both have much to say cannot block each other.
+//
+// A request ends at its time limit, at whatever it waits for. Its late reply is dropped. A request
+// that could not be written by then ends the connection, as half a message cannot be taken back.
 class ClientChannel final {
  public:
   using Completion = std::function<void(Result<std::string> reply)>;
 
-  ClientChannel(FileDescriptor connectedSocket, ServiceInterface serviceInterface);
+  ClientChannel(FileDescriptor connectedSocket, ServiceInterface serviceInterface,
+                TimeLimit timeLimit);
   ClientChannel(const ClientChannel&) = delete;
   ClientChannel& operator=(const ClientChannel&) = delete;
 
@@ -46,6 +52,7 @@ class ClientChannel final {
   using Reply = Result<std::string>;
   struct Request final {
     const std::vector<WireParameter>* replyParameters = nullptr;
+    TimeLimit::Instant deadline;
     // One of the two: where a waiting caller expects the reply, or what is called with it.
     std::optional<Reply>* awaited = nullptr;
     Completion completion;
@@ -53,15 +60,20 @@ class ClientChannel final {
 
   [[nodiscard]] ErrorPtr send(const std::string& selector, std::string encodedArguments,
                               std::optional<Reply>* awaited, Completion completion) REQUIRES(mutex);
-  void writeAll() REQUIRES(mutex);
-  void waitForRoom() REQUIRES(mutex);
+  // Until all that was queued up to `end`, counted from the first byte, has gone out.
+  void write(std::uint64_t end, TimeLimit::Instant deadline) REQUIRES(mutex);
+  void waitForRoom(TimeLimit::Instant deadline) REQUIRES(mutex);
+  // Both return at the deadline of the oldest request at the latest, and end those that are due.
   void takeReadingOver() REQUIRES(mutex);
+  void waitForChange() REQUIRES(mutex);
+  void endOverdueRequests() REQUIRES(mutex);
   void readOnce() EXCLUDES(mutex);
   void deliver(const FrameReader::Frame& frame) EXCLUDES(mutex);
   void settle(Request& request, Reply reply) REQUIRES(mutex);
   void breakConnection(ErrorPtr reason) REQUIRES(mutex);
 
   const ServiceInterface interface;
+  const TimeLimit limit;
   const std::size_t maximumMessageSize = ServiceLimits().messageSizeInBytes;
   const FileDescriptor socket;
   // Belongs to whoever set `reading`.
@@ -75,10 +87,15 @@ class ClientChannel final {
   // Why the connection is broken; null while it is not.
   ErrorPtr broken GUARDED_BY(mutex);
   std::uint64_t lastIdentifier GUARDED_BY(mutex) = 0;
-  std::unordered_map<std::uint64_t, Request> requests GUARDED_BY(mutex);
+  // In the order of their deadlines.
+  std::map<std::uint64_t, Request> requests GUARDED_BY(mutex);
+  // Ended at their deadline; their replies may still come.
+  std::set<std::uint64_t> overdue GUARDED_BY(mutex);
   std::size_t requestsWithCompletion GUARDED_BY(mutex) = 0;
   std::vector<std::pair<Completion, Reply>> completed GUARDED_BY(mutex);
   OutputQueue output GUARDED_BY(mutex);
+  // All that was ever put into `output`.
+  std::uint64_t queuedBytes GUARDED_BY(mutex) = 0;
 };
 
 }  // namespace quenlet

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 
 #include <cerrno>
 #include <cstring>
@@ -9,6 +10,19 @@
 #include "platform/files/UserDirectories.h"
 
 namespace quenlet {
+
+namespace {
+
+// What a connecting socket waits for, room in the service's queue, is bounded like a send.
+int limitWaiting(int socket, TimeLimit::Instant deadline) {
+  const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
+      deadline - std::chrono::steady_clock::now());
+  if (left.count() <= 0) return EAGAIN;
+  const timeval limit{left.count() / 1'000'000, left.count() % 1'000'000};
+  return ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof(limit)) == 0 ? 0 : errno;
+}
+
+}  // namespace
 
 Result<ServiceAddress> ServiceAddress::forService(const std::string& serviceName) {
   const Result<std::filesystem::path> runtime = UserDirectories::runtimeDirectory();
@@ -43,14 +57,17 @@ int ServiceAddress::bind(int socket) const {
                                                                                            : errno;
 }
 
-int ServiceAddress::connect(int socket) const {
+int ServiceAddress::connect(int socket, TimeLimit::Instant deadline) const {
   sockaddr_un address;
   FileDescriptor opened;
   if (const int failure = resolve(address, opened); failure != 0) return failure;
-  while (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+  while (true) {
+    if (const int failure = limitWaiting(socket, deadline); failure != 0) return failure;
+    if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
+      return 0;
+    }
     if (errno != EINTR) return errno;
   }
-  return 0;
 }
 
 }  // namespace quenlet

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "platform/foundation/Either.h"
+#include "platform/ipc/TimeLimit.h"
 #include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
@@ -22,7 +23,8 @@ class ServiceAddress final {
 
   // As the system calls, for paths of any length: 0 or errno.
   [[nodiscard]] int bind(int socket) const;
-  [[nodiscard]] int connect(int socket) const;
+  // Of a blocking socket; EAGAIN when the service has not had room for a connection by `deadline`.
+  [[nodiscard]] int connect(int socket, TimeLimit::Instant deadline) const;
 
  private:
   ServiceAddress(std::filesystem::path privateDirectory, std::string serviceName)

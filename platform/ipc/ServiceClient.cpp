@@ -8,6 +8,7 @@
 
 #include "platform/ipc/ClientChannel.h"
 #include "platform/ipc/ServiceAddress.h"
+#include "platform/ipc/TimeLimit.h"
 
 namespace quenlet {
 
@@ -30,24 +31,27 @@ bool isTrusted(const FileDescriptor& socket) {
 
 }  // namespace
 
-Connected ServiceClient::connect(const std::string& serviceName, ServiceInterface interface) {
+Connected ServiceClient::connect(const std::string& serviceName, ServiceInterface interface,
+                                 std::chrono::milliseconds timeLimit) {
   const Result<ServiceAddress> address = ServiceAddress::forService(serviceName);
   if (!address.isLeft()) return Connected::right(address.right());
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!socket.isOpen()) return Connected::right(makePosixError(errno, "create a socket"));
-  const int failure = address.left().connect(socket.get());
+  const TimeLimit limit(timeLimit);
+  const int failure = address.left().connect(socket.get(), limit.deadline());
   if (failure == ENOENT || failure == ECONNREFUSED) return noService(serviceName);
+  if (failure == EAGAIN) return Connected::right(limit.passed());
   if (failure != 0) {
     return Connected::right(makePosixError(failure, "connect to " + serviceName));
   }
   if (!isTrusted(socket)) return noService(serviceName);
-  return Connected::left(withConnectedSocket(std::move(socket), std::move(interface)));
+  return Connected::left(withConnectedSocket(std::move(socket), std::move(interface), timeLimit));
 }
 
-std::shared_ptr<ServiceClient> ServiceClient::withConnectedSocket(FileDescriptor socket,
-                                                                  ServiceInterface interface) {
-  return std::shared_ptr<ServiceClient>(
-      new ServiceClient(std::make_shared<ClientChannel>(std::move(socket), std::move(interface))));
+std::shared_ptr<ServiceClient> ServiceClient::withConnectedSocket(
+    FileDescriptor socket, ServiceInterface interface, std::chrono::milliseconds timeLimit) {
+  return std::shared_ptr<ServiceClient>(new ServiceClient(std::make_shared<ClientChannel>(
+      std::move(socket), std::move(interface), TimeLimit(timeLimit))));
 }
 
 ServiceClient::ServiceClient(std::shared_ptr<ClientChannel> connectedChannel)

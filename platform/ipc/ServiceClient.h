@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -16,7 +17,9 @@ class ClientChannel;
 
 // A client's connection to a named service of the same user. Thread-safe. When it breaks, every
 // request under way and every later one ends in the connectionBroken error, or in the one that the
-// service gave for ending it. There is no time limit for a reply.
+// service gave for ending it. Connecting and each reply have a time limit: what the service has not
+// done by then ends in the timedOut error, though it may still do it; a reply that comes later is
+// dropped. A service that does not even take a request by then is disconnected.
 //
 // A client that only calls synchronously has no thread: the caller writes and reads itself. The
 // first call() starts the client's own thread.
@@ -25,12 +28,16 @@ class ServiceClient final {
   // The encoded, validated reply values, or the error.
   using Completion = std::function<void(Result<std::string> reply)>;
 
+  static constexpr std::chrono::seconds standardTimeLimit{25};
+
   // Connects; noService when nobody listens.
   [[nodiscard]] static Result<std::shared_ptr<ServiceClient>> connect(
-      const std::string& serviceName, ServiceInterface interface);
+      const std::string& serviceName, ServiceInterface interface,
+      std::chrono::milliseconds timeLimit = standardTimeLimit);
   // Speaks to whoever holds the other end of a connected, blocking stream socket.
   [[nodiscard]] static std::shared_ptr<ServiceClient> withConnectedSocket(
-      FileDescriptor socket, ServiceInterface interface);
+      FileDescriptor socket, ServiceInterface interface,
+      std::chrono::milliseconds timeLimit = standardTimeLimit);
   // Breaks the connection; what is under way ends in connectionBroken before this returns, unless
   // it is called by a completion.
   ~ServiceClient();

@@ -26,6 +26,7 @@ enum class ServiceErrorCode {
   notImplemented = 8,  // the operation is known, but not served by this build
   noReply = 9,         // the operation's handler was dropped without an answer
   nameTaken = 10,      // another process listens under that name
+  timedOut = 11,       // the service did not answer within the client's time limit
 };
 [[nodiscard]] ErrorPtr makeServiceError(ServiceErrorCode code, std::string debugDescription);
 

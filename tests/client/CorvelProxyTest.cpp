@@ -23,6 +23,7 @@ using Errors = std::vector<std::string>;
 constexpr char noService[] = "ovaro.quenlet.service-error 1";
 constexpr char connectionBroken[] = "ovaro.quenlet.service-error 2";
 constexpr char malformedMessage[] = "ovaro.quenlet.service-error 5";
+constexpr char timedOut[] = "ovaro.quenlet.service-error 11";
 
 // Exports one object to everybody, under the agent's name.
 struct Exporter final : ServiceListenerDelegate {
@@ -39,6 +40,14 @@ struct Exporter final : ServiceListenerDelegate {
 struct FixedReply final : ExportedObject {
   std::string bytes;
   void perform(const std::string&, WireReader, WireReply reply) override { reply(bytes); }
+};
+
+// Keeps the reply handlers.
+struct Silence final : ExportedObject {
+  std::vector<WireReply> held;
+  void perform(const std::string&, WireReader, WireReply reply) override {
+    held.push_back(std::move(reply));
+  }
 };
 
 class CorvelProxyTest : public EnvironmentTest {
@@ -59,12 +68,12 @@ class CorvelProxyTest : public EnvironmentTest {
 
   // The error that each of the ten operations was replied to with; the synchronous one must have
   // been on this thread.
-  Errors repliesOfAll() {
+  Errors repliesOfAll(CorvelProxy& asked) {
     std::vector<std::atomic<int>> counts(10);
     Errors errors(10);
     const auto left = std::make_shared<std::latch>(10);
     const auto caller = std::this_thread::get_id();
-    agent->callAll(proxy, [&, left](int operation, ErrorPtr error) {
+    agent->callAll(asked, [&, left](int operation, ErrorPtr error) {
       EXPECT_EQ(++counts[operation - 1], 1) << operation;
       EXPECT_TRUE(operation != 5 || std::this_thread::get_id() == caller);
       errors[operation - 1] = described(error);
@@ -90,13 +99,21 @@ class CorvelProxyTest : public EnvironmentTest {
 };
 
 TEST_F(CorvelProxyTest, CarriesAllOperationsAndRepliesOnceAsSoonAsThereIsAnAgent) {
-  EXPECT_EQ(repliesOfAll(), Errors(10, noService));
+  EXPECT_EQ(repliesOfAll(proxy), Errors(10, noService));
   serveAgent();
-  EXPECT_EQ(repliesOfAll(), Errors(10));
+  EXPECT_EQ(repliesOfAll(proxy), Errors(10));
   EXPECT_EQ(agent->takeCalls(), RecordingAgent::allCalls);
   agent->error = makeError("domain", 7, "no");
 
-  EXPECT_EQ(repliesOfAll(), Errors(10, "domain 7"));
+  EXPECT_EQ(repliesOfAll(proxy), Errors(10, "domain 7"));
+}
+
+TEST_F(CorvelProxyTest, WaitsForNoReplyLongerThanItWasMadeTo) {
+  const auto silence = std::make_shared<Silence>();
+  serve(silence);
+  CorvelProxy impatient(std::chrono::milliseconds(20));
+  EXPECT_EQ(repliesOfAll(impatient), Errors(10, timedOut));
+  stopServing();
 }
 
 TEST_F(CorvelProxyTest, RepliesToWhatIsUnderWayWhenTheAgentGoesAndConnectsAnew) {
@@ -133,7 +150,7 @@ TEST_F(CorvelProxyTest, TakesNoSenselessReplyForAnAnswer) {
     const auto fixed = std::make_shared<FixedReply>();
     fixed->bytes = reply;
     serve(fixed);
-    EXPECT_EQ(repliesOfAll().at(operation - 1), malformedMessage);
+    EXPECT_EQ(repliesOfAll(proxy).at(operation - 1), malformedMessage);
   }
 }
 

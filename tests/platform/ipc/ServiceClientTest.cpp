@@ -3,6 +3,7 @@
 #include <future>
 #include <thread>
 
+#include "platform/ipc/ServiceAddress.h"
 #include "tests/platform/ipc/EchoService.h"
 #include "tests/platform/ipc/RawPeer.h"
 
@@ -121,6 +122,53 @@ TEST(ServiceClientPeerTest, TrustsNothingThatAServiceSays) {
     EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), first) << name;
     EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), second) << name;
   }
+}
+
+TEST(ServiceClientPeerTest, WaitsNoLongerThanItsTimeLimitAndDropsWhatComesLater) {
+  int ends[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+  RawPeer peer{FileDescriptor(ends[1])};
+  const auto client = ServiceClient::withConnectedSocket(
+      FileDescriptor(ends[0]), EchoService::interface(), std::chrono::milliseconds(20));
+  const auto call = [&](const std::string& content) {
+    return outcome(client->callSynchronously("echo", text(content)));
+  };
+  std::promise<std::string> asynchronous;
+  client->call("echo", text("1"),
+               [&](const auto& reply) { asynchronous.set_value(outcome(reply)); });
+  EXPECT_EQ(call("2"), "!11") << "while the other one reads";
+  EXPECT_EQ(asynchronous.get_future().get(), "!11");
+  const Result<std::string> late = client->callSynchronously("echo", text("3"));
+  EXPECT_EQ(late.right()->debugDescription(), "the service did not answer within 0.02 seconds");
+  for (const std::uint64_t identifier : {3, 1, 2, 4}) {
+    ASSERT_TRUE(
+        peer.send(RawPeer::frame(FrameKind::reply, identifier, text(std::to_string(identifier)))));
+  }
+  EXPECT_EQ(call("4"), "4");
+  ASSERT_TRUE(peer.send(RawPeer::frame(FrameKind::reply, 1, text("again"))));
+  EXPECT_EQ(call("5"), "!5") << "dropped once only";
+}
+
+// A service that stopped before it took all of a request, and one that accepts nobody any more.
+TEST(ServiceClientPeerTest, GivesAServiceUpThatTakesNothing) {
+  int ends[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+  const FileDescriptor silent(ends[1]);
+  constexpr std::chrono::milliseconds limit(20);
+  const auto client =
+      ServiceClient::withConnectedSocket(FileDescriptor(ends[0]), EchoService::interface(), limit);
+  EXPECT_EQ(outcome(client->callSynchronously("echo", text(std::string(4 << 20, 'x')))), "!11");
+  EXPECT_TRUE(client->isBroken());
+
+  const TemporaryDirectory runtime;
+  ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+  const auto address = ServiceAddress::forService("test.echo").left();
+  const FileDescriptor listening(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ASSERT_EQ(address.bind(listening.get()), 0);
+  ASSERT_EQ(::listen(listening.get(), 0), 0);
+  const RawPeer waiting(address.socketPath());
+  const auto connected = ServiceClient::connect("test.echo", EchoService::interface(), limit);
+  EXPECT_EQ(connected.isLeft() ? 0 : connected.right()->code(), 11);
 }
 
 }  // namespace

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <chrono>
+
+#include "platform/foundation/Error.h"
+
+namespace quenlet {
+
+// How long a client waits for its service. Immutable.
+class TimeLimit final {
+ public:
+  using Instant = std::chrono::steady_clock::time_point;
+
+  explicit TimeLimit(std::chrono::milliseconds mostWaited);
+
+  // When what begins now will have taken too long.
+  [[nodiscard]] Instant deadline() const;
+  // The timedOut error.
+  [[nodiscard]] ErrorPtr passed() const;
+
+  // Waits until `socket` is ready for one of `events`, as poll(2) has them, or has failed; gives
+  // back those that it is ready for. None at the deadline, and when a signal interrupts the wait.
+  [[nodiscard]] static int readyEvents(int socket, int events, Instant deadline);
+
+ private:
+  std::chrono::milliseconds limit;
+};
+
+}  // namespace quenlet
