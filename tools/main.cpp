@@ -1,5 +1,6 @@
 #include <iostream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "client/CorvelProxy.h"
@@ -7,7 +8,8 @@
 
 int main(int argc, char** argv) {
   quenlet::CorvelProxy agent;
-  quenlet::Session session{std::cout, std::cerr, agent, quenlet::Date::now()};
+  quenlet::Session session{std::cout, std::cerr, agent, quenlet::Date::now(),
+                           [](auto time) { std::this_thread::sleep_for(time); }};
   return static_cast<int>(
       quenlet::CommandLine::run(std::vector<std::string>(argv + 1, argv + argc), session));
 }

@@ -14,7 +14,8 @@ namespace quenlet {
 class RecordingAgent final : public CorvelProtocol {
  public:
   const DonationValuePtr value =
-      email("ann@example.org", DonationOrigin{"bundle", "id", "cluster", Date(1.5), Date(2.5)});
+      email("ann@example.org",
+            DonationOrigin{"bundle", "id", "cluster", Date(1.5), Date(40 * 86400 + 2.5)});
   ContactPtr contact = [this] {
     ContactFields fields;
     fields.givenName = "Ann";

@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <chrono>
-#include <thread>
 #include <tuple>
 
 #include "client/waitForReply.h"
@@ -58,7 +57,7 @@ ExitCode tellAgent(Session& session, const UserAccounts& accounts, const Account
       session.err << "quenlet: the agent does not follow the account store\n";
       return session.failWith(isRefusal || agentRuns ? error : obstacle);
     }
-    std::this_thread::sleep_for(pauseBetweenAttempts);
+    session.pause(pauseBetweenAttempts);
   }
 }
 

@@ -5,15 +5,26 @@
 
 namespace quenlet {
 
+namespace {
+
+bool isServiceError(const Error& error, ServiceErrorCode code) {
+  return error.domain() == ServiceErrorDomain && error.code() == static_cast<std::int64_t>(code);
+}
+
+}  // namespace
+
 bool isNoAgent(const Error& error) {
-  if (error.domain() != ServiceErrorDomain) return false;
-  const auto code = static_cast<ServiceErrorCode>(error.code());
-  return code == ServiceErrorCode::noService || code == ServiceErrorCode::connectionBroken;
+  return isServiceError(error, ServiceErrorCode::noService) ||
+         isServiceError(error, ServiceErrorCode::connectionBroken);
+}
+
+bool isNoAnswer(const Error& error) {
+  return isNoAgent(error) || isServiceError(error, ServiceErrorCode::timedOut);
 }
 
 ExitCode Session::failWith(const ErrorPtr& error) const {
   err << "quenlet: " << printable(error->description()) << "\n" << std::flush;
-  return isNoAgent(*error) ? ExitCode::noAgent : ExitCode::refused;
+  return isNoAnswer(*error) ? ExitCode::noAgent : ExitCode::refused;
 }
 
 ExitCode Session::finishWith(const ErrorPtr& error) const {

@@ -10,7 +10,7 @@
 
 namespace quenlet {
 
-bool StatusWord::Status::agentAnswers() const { return !error || !isNoAgent(*error); }
+bool StatusWord::Status::agentAnswers() const { return !error || !isNoAnswer(*error); }
 
 void StatusWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("status", "Show the preference and whether an agent answers");
@@ -32,10 +32,19 @@ ExitCode StatusWord::run(Session& session) const {
   return status.agentAnswers() ? ExitCode::done : ExitCode::noAgent;
 }
 
+namespace {
+
+const char* wordFor(const StatusWord::Status& status) {
+  if (status.agentAnswers()) return "answers";
+  return isNoAgent(*status.error) ? "none" : "does not answer";
+}
+
+}  // namespace
+
 void StatusWord::writeText(std::ostream& out, const Status& status) {
   TextTable table;
   table.addRow({"Preference", status.donationsEnabled ? "enabled" : "disabled"});
-  table.addRow({"Agent", status.agentAnswers() ? "answers" : "none"});
+  table.addRow({"Agent", wordFor(status)});
   if (status.donationCount) table.addRow({"Donations", std::to_string(*status.donationCount)});
   if (status.error && status.agentAnswers()) {
     table.addRow({"Refusal", status.error->description()});

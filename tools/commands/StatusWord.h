@@ -15,7 +15,7 @@ class StatusWord final {
     bool donationsEnabled = true;
     // Of an agent that answered with its donations.
     std::optional<std::size_t> donationCount;
-    // Why there is no count: no agent, or its refusal.
+    // Why there is no count: no agent, no answer of it in time, or its refusal.
     ErrorPtr error;
 
     [[nodiscard]] bool agentAnswers() const;

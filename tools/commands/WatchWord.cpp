@@ -1,5 +1,9 @@
 #include "tools/commands/WatchWord.h"
 
+#include <sys/epoll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 
 #include "platform/files/UserDirectories.h"
@@ -9,6 +13,13 @@
 
 namespace quenlet {
 namespace {
+
+// Whether what is written goes to somebody who may leave.
+bool hasReader() {
+  struct stat status {};
+  return ::fstat(STDOUT_FILENO, &status) == 0 &&
+         (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || ::isatty(STDOUT_FILENO) == 1);
+}
 
 ExitCode watch(Session& session) {
   RunLoop runLoop;
@@ -22,9 +33,12 @@ ExitCode watch(Session& session) {
   const auto token = center.addObserver(MeCardValuesDidChangeNotification, [&] {
     session.out << Date::now().iso8601() << "  " << MeCardValuesDidChangeNotification << "\n"
                 << std::flush;
-    // Whoever read the lines is gone.
     if (!session.out) runLoop.stop();
   });
+  if (hasReader()) {
+    static_cast<void>(runLoop.eventLoop().watch(STDOUT_FILENO, EPOLLERR | EPOLLHUP,
+                                                [&](auto) { runLoop.stop(); }));
+  }
   session.out << "watching…\n" << std::flush;
   runLoop.run();
   token->cancel();
@@ -35,7 +49,9 @@ ExitCode watch(Session& session) {
 
 void WatchWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("watch", "Write a line for each change of the card");
-  word->footer("The first line says that it is ready. Ends with 0 when interrupted.");
+  word->footer(
+      "The first line says that it is ready. Ends with 0 when interrupted, or when nobody"
+      " reads its lines any more.");
   word->callback([&chosen] { chosen = watch; });
 }
 

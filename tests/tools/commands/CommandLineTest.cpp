@@ -1,17 +1,17 @@
 #include "tools/commands/CommandLine.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <iterator>
 #include <sstream>
 
 #include "platform/files/LockFile.h"
 #include "platform/ipc/ServiceInterface.h"
-#include "tests/support/DonationFactory.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tools/commands/DonationPresenter.h"
 #include "tools/commands/UserAccounts.h"
 
 namespace quenlet {
@@ -24,7 +24,10 @@ constexpr char versions[] = "Library/Contacts/Donations/bundle_versions.plist";
 
 class CommandLineTest : public testing::Test {
  protected:
-  CommandLineTest() { ::setenv("HOME", home.path().c_str(), 1); }
+  CommandLineTest() {
+    ::setenv("HOME", home.path().c_str(), 1);
+    ::setenv("XDG_RUNTIME_DIR", home.path().c_str(), 1);
+  }
 
   // The exit code of words that blanks set apart, '' for none; what was written is in `out` and
   // `err`.
@@ -34,7 +37,7 @@ class CommandLineTest : public testing::Test {
     std::replace(words.begin(), words.end(), std::string("''"), std::string());
     out.str("");
     err.str("");
-    Session session{out, err, agent, Date(1767225600)};  // 2026-01-01
+    Session session{out, err, agent, Date(1767225600), pause};  // 2026-01-01
     return static_cast<int>(CommandLine::run(words, session));
   }
   std::string file(const std::string& name, const std::string& properties) {
@@ -51,6 +54,7 @@ class CommandLineTest : public testing::Test {
   RecordingAgent agent;
   std::ostringstream out;
   std::ostringstream err;
+  std::function<void(std::chrono::milliseconds)> pause;
 };
 
 TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
@@ -68,8 +72,10 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
   const std::pair<ErrorPtr, int> answers[] = {
       {nullptr, 0},
       {makeError("domain", 7, "a sentence"), 1},
-      {makeServiceError(ServiceErrorCode::noService, ""), 3},
-      {makeServiceError(ServiceErrorCode::connectionBroken, ""), 3},
+      {makeServiceError(ServiceErrorCode::noService, "nobody"), 3},
+      {makeServiceError(ServiceErrorCode::connectionBroken, "gone"), 3},
+      {makeServiceError(ServiceErrorCode::timedOut, "silent"), 3},
+      {makeServiceError(ServiceErrorCode::messageTooLarge, "large"), 1},
   };
   for (const auto& [words, call] : cases) {
     for (const auto& [error, code] : answers) {
@@ -77,6 +83,32 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
       EXPECT_EQ(run(words), code) << call;
       EXPECT_EQ(agent.takeCalls(), call + std::string(";"));
       EXPECT_EQ(err.str(), error ? "quenlet: " + error->description() + "\n" : "") << call;
+    }
+  }
+}
+
+TEST_F(CommandLineTest, TellsThePreferenceAndWhetherAnAgentAnswers) {
+  const std::tuple<ErrorPtr, int, const char*, const char*> rows[] = {
+      {nullptr, 0, "answers\nDonations   1\n", R"("agentAnswers":true,"donationCount":1})"},
+      {makeError("domain", 7, "not \x1B[2J"), 0,
+       "answers\nRefusal     domain 7: not \xEF\xBF\xBD[2J\n",
+       R"("agentAnswers":true,"error":{"domain":"domain","code":7,"description":"not \u001b[2J"}})"},
+      {makeServiceError(ServiceErrorCode::noService, "a"), 3, "none\n",
+       R"("agentAnswers":false,"error":{"domain":"ovaro.quenlet.service-error","code":1,"description":"a"}})"},
+      {makeServiceError(ServiceErrorCode::timedOut, "b"), 3, "does not answer\n",
+       R"("agentAnswers":false,"error":{"domain":"ovaro.quenlet.service-error","code":11,"description":"b"}})"},
+  };
+  for (const bool enabled : {true, false}) {
+    EXPECT_EQ(run(enabled ? "enable" : "disable"), 0);
+    for (const auto& [error, code, text, json] : rows) {
+      agent.error = error;
+      EXPECT_EQ(run("status"), code);
+      EXPECT_EQ(out.str(), std::string("Preference  ") + (enabled ? "enabled" : "disabled") +
+                               "\nAgent       " + text);
+      EXPECT_EQ(run("status --json"), code);
+      EXPECT_EQ(out.str(), std::string("{\"donationsEnabled\":") + (enabled ? "true" : "false") +
+                               "," + json + "\n");
+      EXPECT_EQ(err.str(), "");
     }
   }
 }
@@ -90,33 +122,57 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
   }
   EXPECT_EQ(run("donate " + file("bad.vcf", "VERSION\n")), 1);
   EXPECT_THAT(err.str(), HasSubstr("bad.vcf: line 3: "));
+  // Endless, and so too large.
+  ASSERT_GE(::dup2(FileDescriptor(::open("/dev/zero", O_RDONLY)).get(), STDIN_FILENO), 0);
+  EXPECT_EQ(run("donate -"), 1);
+  EXPECT_THAT(err.str(), HasSubstr(" -: the text is larger than 32 MiB\n"));
   EXPECT_EQ(agent.takeCalls(), "");
 }
 
 TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedUnderStableIdentifiers) {
   const std::string two = file("two%cards.vcf",
-                               "FN:Ann Berg\nEMAIL:a@example.org\nEMAIL:b@example.org\nTEL:no\n"
+                               "FN:Ann Berg\nEMAIL:a@x.org\nEMAIL;TYPE=work:b@x.org\nTEL:no\n"
+                               "TEL;TYPE=cell:+49 30 1\nADR;TYPE=home:;;Weg 1;Ulm;;;\n"
+                               "PHOTO:data:image/gif;base64,R0lGODlhAQABAAAAADs=\n"
                                "END:VCARD\nBEGIN:VCARD\nVERSION:4.0\nFN:Ann B.\nUID:u:1\n");
-  EXPECT_EQ(run("donate " + two + " --dry-run --bundle a:b --expires -0.5"), 0);
+  EXPECT_EQ(run("donate " + two + " --dry-run --bundle a:b --cluster c --expires -0.5"), 0);
   EXPECT_EQ(agent.takeCalls(), "");
-  const std::string dates = "  2026-01-01  2025-12-31\n";
-  for (const std::string identifier : {"two%25cards.vcf:1:name   ", "two%25cards.vcf:1:email:1",
-                                       "two%25cards.vcf:1:email:2", "u%3A1:name               "}) {
-    EXPECT_THAT(out.str(), HasSubstr("  a:b     a%3Ab:" + identifier + dates));
+  std::string table =
+      "KIND           VALUE          LABEL  BUNDLE  DONATION                           CLUSTER  "
+      "DONATED     EXPIRES\n";
+  for (const char* row :
+       {"name           Ann Berg              a:b     a%3Ab:two%25cards.vcf:1:name     ",
+        "emailAddress   a@x.org               a:b     a%3Ab:two%25cards.vcf:1:email:1  ",
+        "emailAddress   b@x.org        work   a:b     a%3Ab:two%25cards.vcf:1:email:2  ",
+        "phoneNumber    +49 30 1       cell   a:b     a%3Ab:two%25cards.vcf:1:phone:1  ",
+        "postalAddress  Weg 1, Ulm     home   a:b     a%3Ab:two%25cards.vcf:1:address:1",
+        "imageData      14 bytes, GIF         a:b     a%3Ab:two%25cards.vcf:1:image    ",
+        "name           Ann B.                a:b     a%3Ab:u%3A1:name                 "}) {
+    table += std::string(row) + "  c        2026-01-01  2025-12-31\n";
   }
+  EXPECT_EQ(out.str(), table);
   EXPECT_EQ(err.str(), "quenlet: " + two + ": skipped 1 entry without a usable value\n");
   EXPECT_EQ(run("donate " + two + " " + two + " --dry-run"), 0);
-  EXPECT_THAT(err.str(), HasSubstr("4 values will replace others"));
+  EXPECT_THAT(err.str(), HasSubstr("7 values will replace others"));
+  EXPECT_EQ(run("donate " + file("empty.vcf", "")), 0);
+  EXPECT_EQ(out.str(), "The files hold nothing to donate.\n");
+  EXPECT_EQ(agent.takeCalls(), "");
+  EXPECT_EQ(run("donate " + two), 0);
+  EXPECT_EQ(out.str(), "Donated 7 values as org.quenlet.cli.\n");
 }
 
 TEST_F(CommandLineTest, ShowsTheCardForPeopleAndPrograms) {
   EXPECT_EQ(run("card"), 0);
   EXPECT_EQ(out.str(),
-            "Name\n  Ann\n\nE-mail\n  ann@example.org  home  from bundle  id  until 1970-01-01\n");
+            "Name\n  Ann\n\nE-mail\n  ann@example.org  home  from bundle  id  until 1970-02-10\n");
   EXPECT_EQ(run("card --format json"), 0);
-  EXPECT_THAT(
-      out.str(),
-      StartsWith(R"({"name":{"givenName":"Ann"},"emailAddresses":[{"value":"ann@example.org",)"));
+  EXPECT_THAT(out.str(), StartsWith(R"({"name":{"givenName":"Ann"},"emailAddresses":[{)"));
+  EXPECT_EQ(run("card --format vcard"), 0);
+  EXPECT_THAT(out.str(), HasSubstr("EMAIL;TYPE=home:ann@example.org\r\n"));
+  EXPECT_EQ(run("list --json"), 0);
+  EXPECT_THAT(out.str(), StartsWith(R"([{"kind":"emailAddress","value":"ann@example.org",)"));
+  EXPECT_EQ(run("list"), 0);
+  EXPECT_THAT(out.str(), StartsWith("KIND "));
   out.setstate(std::ios::badbit);
   EXPECT_EQ(run("card"), 1);
   EXPECT_THAT(err.str(), StartsWith("quenlet: posix-error 5: "));
@@ -146,6 +202,7 @@ TEST_F(CommandLineTest, KeepsTheAccountStoreAndTellsTheAgentOfEachChange) {
   EXPECT_EQ(run("account add --id w --username ann@x.org --type t --properties " + file +
                 " --property a=b=c --property e="),
             0);
+  EXPECT_EQ(out.str(), "Added account w.\n");
   EXPECT_EQ(agent.takeCalls(), "account - w;");
   Account expected{"w", AccountType{"t"}, "ann@x.org", true, {"mail"}};
   expected.properties = {{"ovaroId", 7}, {"a", "b=c"}, {"e", ""}};
@@ -156,12 +213,23 @@ TEST_F(CommandLineTest, KeepsTheAccountStoreAndTellsTheAgentOfEachChange) {
   EXPECT_EQ(agent.takeCalls(), "account w w;");
   expected = {"w", {}, "ann@x.org", false, {"x", "y"}, {{"ovaroId", 7}, {"a", "b=c"}}};
   EXPECT_EQ(stored("w"), expected);
+  EXPECT_EQ(out.str(), "Changed account w.\n");
+  EXPECT_EQ(run("account change --id w --active --no-data-class --username ''"), 0);
+  EXPECT_EQ(stored("w"), (Account{"w", {}, {}, true, {}, expected.properties}));
+  EXPECT_EQ(run("account change --id w --inactive --type t --username ann@x.org"), 0);
+  static_cast<void>(agent.takeCalls());
+  EXPECT_EQ(run("account list"), 0);
+  EXPECT_EQ(out.str(),
+            "IDENTIFIER  TYPE  ACTIVE  USER NAME\n"
+            "w           t     no      ann@x.org\n");
   EXPECT_EQ(run("account list --json"), 0);
-  EXPECT_EQ(out.str(), R"([{"identifier":"w","active":false,"username":"ann@x.org"}])"
+  EXPECT_EQ(out.str(), R"([{"identifier":"w","type":"t","active":false,"username":"ann@x.org"}])"
                        "\n");
   home.write("Library/Accounts/w.plist", "damaged, yet it goes");
   EXPECT_EQ(run("account remove --id w"), 0);
+  EXPECT_EQ(out.str(), "Removed account w.\n");
   EXPECT_EQ(agent.takeCalls(), "account w -;");
+  EXPECT_FALSE(std::filesystem::exists(home / "Library/Accounts/w.plist"));
   EXPECT_EQ(err.str(), "");
 }
 
@@ -217,16 +285,27 @@ TEST_F(CommandLineTest, HasTheNextAgentReadAllAccountsOnceNoneRuns) {
                                                   testing::Not(HasSubstr("quenlet.accounts"))));
 }
 
-TEST(DonationPresenterTest, KeepsDonorsFromSteeringTheTerminal) {
-  for (const std::string hostile : {"\x1B", "\x07", "\n", "\x7F", "\xC2\x9B", "\xFF",
-                                    "\xE2\x80\xAE", "\r", "\t", "\xE2\x81\xA6"}) {
-    std::ostringstream out;
-    DonationPresenter::writeTable(
-        out, {email("a" + hostile + "b", from("b" + hostile, "id"), "x" + hostile)});
-    const std::string shown = out.str();
-    EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 2) << shown;
-    EXPECT_TRUE(hostile == "\n" || shown.find(hostile) == std::string::npos) << shown;
+// It holds its files before it can be reached, and after.
+TEST_F(CommandLineTest, GivesAStartingAgentTenSecondsToHearOfAnAccount) {
+  home.write(versions, "");
+  const auto lock = LockFile::tryLock((home / versions).parent_path() / "agent.lock").left();
+  for (const int start : {3, 1000}) {
+    agent.error = makeServiceError(ServiceErrorCode::noService, "nobody");
+    std::chrono::milliseconds waited(0);
+    pause = [&, pauses = 0](auto time) mutable {
+      waited += time;
+      if (++pauses == start) agent.error = nullptr;
+    };
+    const bool starts = start == 3;
+    EXPECT_EQ(run("account add --id a" + std::to_string(start)), starts ? 0 : 3);
+    EXPECT_EQ(waited, std::chrono::milliseconds(starts ? 300 : 9900));
+    EXPECT_EQ(err.str(), starts ? ""
+                                : "quenlet: the agent does not follow the account store\n"
+                                  "quenlet: ovaro.quenlet.service-error 1: nobody\n");
   }
+  agent.error = makeServiceError(ServiceErrorCode::timedOut, "silent");
+  pause = nullptr;  // it has been waited for long enough
+  EXPECT_EQ(run("account remove --id a3"), 3);
 }
 
 }  // namespace

@@ -1,0 +1,93 @@
+#include "tools/commands/DonationPresenter.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "tests/support/DonationFactory.h"
+#include "tools/commands/CardPresenter.h"
+
+namespace quenlet {
+namespace {
+
+TEST(DonationPresenterTest, WritesEveryKindOfValueAndEveryKey) {
+  const auto origin = [](const std::string& n, std::optional<std::string> cluster = {}) {
+    const double day = std::stod(n) * 86400;
+    return DonationOrigin{"b" + n, "i" + n, std::move(cluster), Date(day), Date(day + 20 * 86400)};
+  };
+  const auto originJSON = [](const std::string& n, const std::string& cluster = {}) {
+    const std::string day = std::to_string(std::stoi(n) + 1) + "T00:00:00Z\"";
+    return R"("origin":{"bundleIdentifier":"b)" + n + R"(","donationIdentifier":"i)" + n + "\"," +
+           cluster + R"("donationDate":"1970-01-0)" + day + R"(,"expirationDate":"1970-01-2)" +
+           day + "}}";
+  };
+  const DonationValues values = {
+      named({"Dr.", "Ann", "B.", "Berg", "Jr.", "Annie"}, origin("1")),
+      phone("+49 30 1234567", origin("2", "c2"), "cell"),
+      postal({.street = "Weg 1", .city = "Ulm", .isoCountryCode = "de"}, origin("3")),
+      image("GIF89a", origin("4")), email("ann@example.org", origin("5"), "")};
+  const std::string phoneJSON = R"("value":"+49 30 1234567","label":"cell",)" +
+                                originJSON("2", R"("clusterIdentifier":"c2",)");
+  const std::string postalJSON =
+      R"("value":{"city":"Ulm","isoCountryCode":"de","street":"Weg 1"},"label":"home",)" +
+      originJSON("3");
+  const std::string emailJSON = R"("value":"ann@example.org",)" + originJSON("5");
+  std::ostringstream out;
+  DonationPresenter::writeTable(out, values);
+  DonationPresenter::writeJSON(out, values);
+  EXPECT_EQ(
+      out.str(),
+      R"(KIND           VALUE                        LABEL  BUNDLE  DONATION  CLUSTER  DONATED     EXPIRES
+name           Dr. Ann B. Berg Jr. "Annie"         b1      i1                 1970-01-02  1970-01-22
+phoneNumber    +49 30 1234567               cell   b2      i2        c2       1970-01-03  1970-01-23
+postalAddress  Weg 1, Ulm                   home   b3      i3                 1970-01-04  1970-01-24
+imageData      6 bytes, GIF                        b4      i4                 1970-01-05  1970-01-25
+emailAddress   ann@example.org                     b5      i5                 1970-01-06  1970-01-26
+[{"kind":"name","value":{"familyName":"Berg","givenName":"Ann","middleName":"B.","namePrefix":"Dr.",)"
+      R"("nameSuffix":"Jr.","nickname":"Annie"},)" +
+          originJSON("1") + R"(,{"kind":"phoneNumber",)" + phoneJSON +
+          R"(,{"kind":"postalAddress",)" + postalJSON + R"(,{"kind":"imageData","value":6,)" +
+          originJSON("4") + R"(,{"kind":"emailAddress",)" + emailJSON + "]\n");
+  out.str("");
+  ContactFields fields;
+  fields.namePrefix = "Dr.";
+  fields.emailAddresses = {values[4]->emailEntry()};
+  fields.phoneNumbers = {values[1]->phoneEntry()};
+  fields.postalAddresses = {values[2]->postalEntry()};
+  fields.imageData = std::make_shared<const std::string>("GIF89a");
+  CardPresenter::writeText(out, Contact(fields));
+  CardPresenter::writeJSON(out, Contact(fields));
+  EXPECT_EQ(out.str(), R"(Name
+  Dr.
+
+E-mail
+  ann@example.org  from b5  i5  until 1970-01-26
+
+Phone
+  +49 30 1234567  cell  from b2  i2  until 1970-01-23
+
+Address
+  Weg 1, Ulm  home  from b3  i3  until 1970-01-24
+
+Image
+  6 bytes, GIF
+{"name":{"namePrefix":"Dr."},"emailAddresses":[{)" +
+                           emailJSON + R"(],"phoneNumbers":[{)" + phoneJSON +
+                           R"(],"postalAddresses":[{)" + postalJSON + R"(],"imageBytes":6})" +
+                           "\n");
+}
+
+TEST(DonationPresenterTest, KeepsDonorsFromSteeringTheTerminal) {
+  for (const std::string hostile : {"\x1B", "\x07", "\n", "\x7F", "\xC2\x9B", "\xFF",
+                                    "\xE2\x80\xAE", "\r", "\t", "\xE2\x81\xA6"}) {
+    std::ostringstream out;
+    DonationPresenter::writeTable(
+        out, {email("a" + hostile + "b", from("b" + hostile, "id"), "x" + hostile)});
+    const std::string shown = out.str();
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 2) << shown;
+    EXPECT_TRUE(hostile == "\n" || shown.find(hostile) == std::string::npos) << shown;
+  }
+}
+
+}  // namespace
+}  // namespace quenlet
