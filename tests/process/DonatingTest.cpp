@@ -40,44 +40,6 @@ TEST_F(DonatingTest, MergesTheCardsOfSeveralDonors) {
   EXPECT_EQ(countDonations(), 2);
 }
 
-TEST_F(DonatingTest, KeepsWhatItAcknowledgedWhenKilled) {
-  for (int i = 0; i < 4; ++i) {
-    startAgent();
-    EXPECT_EQ(countDonations(), i * 3);
-    EXPECT_EQ(donate("com.example." + std::to_string(i), "Anna Berg", mailCard).code, 0);
-    EXPECT_THAT(readFile(agent->processDirectory() / "limits"),
-                testing::ContainsRegex("core file size +0 "))
-        << "values are not to be left in a file of its memory";
-    agent->signal(SIGKILL);
-    EXPECT_EQ(agent->wait(), -SIGKILL);
-  }
-}
-
-TEST_F(DonatingTest, SharesItsFileWithOtherPrograms) {
-  startAgent();
-  EXPECT_EQ(donate("com.example.mail", "Anna Berg", mailCard).code, 0);
-  EXPECT_EQ(stopAgent(), 0);
-
-  rewriteDonations("if 'emailAddress' in entry: entry['emailAddress'] = 'edited@example.org'");
-  startAgent();
-  EXPECT_EQ(countDonations(), 3);
-  EXPECT_THAT(card(), HasSubstr("edited@example.org"));
-}
-
-TEST_F(DonatingTest, SaysSoWhenItCannotSaveAndGoesOn) {
-  const std::filesystem::path directory = donationsFile.parent_path();
-  writeFile(directory, "in the way");
-  startAgent();
-  const Ran refused = donate("com.example.mail", "Anna Berg", mailCard);
-  EXPECT_EQ(refused.code, 1);
-  EXPECT_THAT(refused.err, testing::StartsWith("quenlet: posix-error "));
-  EXPECT_THAT(refused.err, Not(HasSubstr("anna@example.org")));
-
-  std::filesystem::remove(directory);
-  EXPECT_EQ(donate("com.example.mail", "Anna Berg", mailCard).code, 0);
-  EXPECT_TRUE(std::filesystem::exists(donationsFile));
-}
-
 TEST_F(DonatingTest, RefusesACopyOfTheClientWhileItServesTheClient) {
   startAgent();
   const std::filesystem::path copy = temporary / "copy";
@@ -87,10 +49,14 @@ TEST_F(DonatingTest, RefusesACopyOfTheClientWhileItServesTheClient) {
   EXPECT_EQ(refused.code, 1);
   EXPECT_EQ(refused.out + refused.err,
             "quenlet: ovaro.general-error 4097: connection to corvel: missing entitlement\n");
-  EXPECT_THAT(run({"unshare", "--user", "--map-current-user", bin / "quenlet", "list"}).err,
-              testing::AnyOf(HasSubstr("missing entitlement"), testing::StartsWith("unshare: ")))
-      << "there it could name any program as its own";
   EXPECT_EQ(quenlet({"list"}).code, 0);
+  EXPECT_THAT(readFile(agent->processDirectory() / "limits"),
+              testing::ContainsRegex("core file size +0 "))
+      << "values are not to be left in a file of its memory";
+
+  const Ran stranger = run({"unshare", "--user", "--map-current-user", bin / "quenlet", "list"});
+  if (stranger.err.starts_with("unshare: ")) GTEST_SKIP() << stranger.err;
+  EXPECT_EQ(stranger.out + stranger.err, refused.err) << "it could name any program as its own";
 }
 
 TEST_F(DonatingTest, KeepsRejectedValuesAwayWhoeverDonatesThem) {
