@@ -25,6 +25,7 @@ class TrustTest : public ProcessTest {
     files.rlim_cur = files.rlim_max;
     ::setrlimit(RLIMIT_NOFILE, &files);
     std::cout << "seed " << seed << std::endl;
+    remarks = {""};  // any
   }
 
   static int count(int inShortForm, int inLongForm) {
