@@ -69,20 +69,25 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
       {"reject-cluster c", "rejectCluster c"},
       {"clear-rejections", "clear"},
   };
-  const std::pair<ErrorPtr, int> answers[] = {
-      {nullptr, 0},
-      {makeError("domain", 7, "a sentence"), 1},
-      {makeServiceError(ServiceErrorCode::noService, "nobody"), 3},
-      {makeServiceError(ServiceErrorCode::connectionBroken, "gone"), 3},
-      {makeServiceError(ServiceErrorCode::timedOut, "silent"), 3},
-      {makeServiceError(ServiceErrorCode::messageTooLarge, "large"), 1},
+  const std::tuple<ErrorPtr, int, const char*> answers[] = {
+      {nullptr, 0, ""},
+      {makeError("domain", 7, "a\x1B[2J\nsentence"), 1,
+       "quenlet: domain 7: a\xEF\xBF\xBD[2J\xEF\xBF\xBDsentence\n"},
+      {makeServiceError(ServiceErrorCode::noService, "nobody"), 3,
+       "quenlet: ovaro.quenlet.service-error 1: nobody\n"},
+      {makeServiceError(ServiceErrorCode::connectionBroken, "gone"), 3,
+       "quenlet: ovaro.quenlet.service-error 2: gone\n"},
+      {makeServiceError(ServiceErrorCode::timedOut, "silent"), 3,
+       "quenlet: ovaro.quenlet.service-error 11: silent\n"},
+      {makeServiceError(ServiceErrorCode::messageTooLarge, "large"), 1,
+       "quenlet: ovaro.quenlet.service-error 6: large\n"},
   };
   for (const auto& [words, call] : cases) {
-    for (const auto& [error, code] : answers) {
+    for (const auto& [error, code, text] : answers) {
       agent.error = error;
       EXPECT_EQ(run(words), code) << call;
       EXPECT_EQ(agent.takeCalls(), call + std::string(";"));
-      EXPECT_EQ(err.str(), error ? "quenlet: " + error->description() + "\n" : "") << call;
+      EXPECT_EQ(err.str(), text) << call;
     }
   }
 }
