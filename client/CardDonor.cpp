@@ -7,9 +7,8 @@
 namespace quenlet {
 
 void CardDonor::addFile(const std::vector<VCard>& cards, const std::string& fileName) {
-  std::size_t position = 0;
   for (const VCard& card : cards) {
-    addCard(card.contact, DonationIdentifier(terms.bundleIdentifier, card, fileName, ++position));
+    addCard(card.contact, DonationIdentifier(terms.bundleIdentifier, card, fileName));
   }
 }
 

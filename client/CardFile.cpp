@@ -40,15 +40,16 @@ std::string CardFile::nameOf(const std::string& path) {
   return std::filesystem::path(path).filename().string();
 }
 
-Result<std::vector<VCard>> CardFile::read(const std::string& path) {
-  using Cards = Result<std::vector<VCard>>;
+Result<VCards> CardFile::read(const std::string& path) {
   const Result<std::string> text = readText(path);
-  if (!text.isLeft()) return Cards::right(text.right());
-  Cards cards = parseVCards(text.left());
-  if (cards.isLeft()) return cards;
-  const Error& error = *cards.right();
-  return Cards::right(
-      makeError(error.domain(), error.code(), path + ": " + error.debugDescription()));
+  if (!text.isLeft()) return Result<VCards>::right(text.right());
+  VCards cards = parseVCards(text.left());
+  for (ErrorPtr& failure : cards.failures) {
+    failure =
+        makeError(failure->domain(), failure->code(), path + ": " + failure->debugDescription());
+  }
+  if (cards.cards.empty()) return Result<VCards>::right(cards.failures.front());
+  return Result<VCards>::left(std::move(cards));
 }
 
 }  // namespace quenlet

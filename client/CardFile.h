@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "platform/contacts/VCard.h"
 
@@ -14,8 +13,9 @@ class CardFile final {
 
   // The name without its directories.
   [[nodiscard]] static std::string nameOf(const std::string& path);
-  // All cards; the error names the file.
-  [[nodiscard]] static Result<std::vector<VCard>> read(const std::string& path);
+  // All cards that can be read, and why others cannot. An error when there is none or the file
+  // cannot be read. All errors name the file.
+  [[nodiscard]] static Result<VCards> read(const std::string& path);
 };
 
 }  // namespace quenlet

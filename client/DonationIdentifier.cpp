@@ -25,10 +25,10 @@ std::string escaped(std::string_view part) {
 }  // namespace
 
 DonationIdentifier::DonationIdentifier(std::string_view bundleIdentifier, const VCard& card,
-                                       std::string_view fileName, std::size_t position)
+                                       std::string_view fileName)
     : cardPrefix(escaped(bundleIdentifier) + ":") {
   if (card.uid.empty()) {
-    cardPrefix += escaped(fileName) + ":" + std::to_string(position) + ":";
+    cardPrefix += escaped(fileName) + ":" + std::to_string(card.place) + ":";
   } else {
     cardPrefix += escaped(card.uid) + ":";
   }

@@ -18,9 +18,9 @@ namespace quenlet {
 // Immutable.
 class DonationIdentifier final {
  public:
-  // `fileName` and `position` of the card in its file.
+  // `fileName` is that of the card's file.
   DonationIdentifier(std::string_view bundleIdentifier, const VCard& card,
-                     std::string_view fileName, std::size_t position);
+                     std::string_view fileName);
 
   // Of what a card has once: "name", "image".
   [[nodiscard]] std::string ofProperty(const char* kind) const;

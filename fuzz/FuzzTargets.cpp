@@ -24,13 +24,11 @@ void propertyList(std::string_view text) {
 
 // What was read reads back equal, but for blanks at the ends and "tel:" before an entry.
 void vCard(std::string_view text) {
-  const auto cards = parseVCards(text);
-  if (!cards.isLeft()) return;
-  for (const VCard& card : cards.left()) {
+  for (const VCard& card : parseVCards(text).cards) {
     const std::string written = writeVCard(card.contact);
-    const auto again = parseVCards(written);
-    assert(again.left().size() == 1 && again.left()[0].skippedEntries == 0);
-    const Contact& contact = again.left()[0].contact;
+    const VCards again = parseVCards(written);
+    assert(again.cards.size() == 1 && again.failures.empty() && again.cards[0].skippedEntries == 0);
+    const Contact& contact = again.cards[0].contact;
     assert(contact == card.contact || writeVCard(contact).size() < written.size());
   }
 }

@@ -72,12 +72,9 @@ ErrorPtr CardDirectoryDonor::readCards() {
   CardDonor donor({bundleIdentifier, std::nullopt, today, today.addingSeconds(lifetimeSeconds)});
   Cards found;
   for (const std::filesystem::path& path : paths.left()) {
-    const Result<std::vector<VCard>> cards = CardFile::read(path.native());
-    if (cards.isLeft()) {
-      donor.addFile(cards.left(), CardFile::nameOf(path.native()));
-    } else {
-      found.areAll = false;
-    }
+    const Result<VCards> cards = CardFile::read(path.native());
+    if (cards.isLeft()) donor.addFile(cards.left().cards, CardFile::nameOf(path.native()));
+    found.areAll = found.areAll && cards.isLeft() && cards.left().failures.empty();
   }
   found.values = donor.donations();
   for (const DonationValuePtr& value : found.values) {

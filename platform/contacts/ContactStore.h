@@ -17,8 +17,10 @@ inline constexpr char ContactErrorDomain[] = "ovaro.quenlet.contact-error";
 enum class ContactErrorCode {
   noMeContact = 1,
   invalidCard = 2,
-  // A card of a version, or with the marks of a version, that is not read.
+  // A card of a version that is not read.
   unsupportedVersion = 3,
+  // The card of an organisation, a group or a place.
+  notAPerson = 4,
 };
 
 // A connection to the owner's contact database.

@@ -4,24 +4,26 @@
 #include <optional>
 #include <utility>
 
+#include "platform/contacts/EmailAddressScanner.h"
 #include "platform/contacts/NameComponentsTokenizer.h"
 #include "platform/contacts/VCardErrors.h"
 #include "platform/contacts/VCardLabels.h"
 #include "platform/contacts/VCardStructures.h"
 #include "platform/contacts/VCardText.h"
+#include "platform/contacts/ValueBounds.h"
 #include "platform/foundation/Base64.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
 
+// An entry takes many times the memory of the shortest line that makes one.
+constexpr std::size_t mostEntriesOfAKind = 1000;
+constexpr std::size_t mostGroups = 3 * mostEntriesOfAKind;
+
 std::string textOf(const VCardProperty& property) {
   const std::string text = unescapedVCardText(property.value);
   return std::string(trimmed(text));
-}
-
-bool isQuotedPrintable(const VCardProperty& property) {
-  return lowercased(property.parameterValue("ENCODING")) == "quoted-printable";
 }
 
 bool startsWithScheme(std::string_view text, std::string_view scheme) {
@@ -40,46 +42,111 @@ std::string addressOfLink(std::string text) {
   return std::string(trimmed(usable ? *decoded : text));
 }
 
+// The address in the text of an EMAIL: all of it when it looks like one, be it of a host without a
+// dot, else the one in "Ann <ann@example.com>".
+std::optional<std::string> addressIn(std::string text) {
+  const std::size_t at = text.find('@');
+  const bool isAddress = at != std::string::npos && at > 0 && at + 1 < text.size() &&
+                         text.find_first_of(" \t\n<>") == std::string::npos;
+  if (isAddress) return text;
+  return EmailAddressScanner().firstEmailAddressInString(text);
+}
+
+bool isCountryCode(std::string_view code) {
+  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+  return code.size() == 2 && std::all_of(code.begin(), code.end(), isLetter);
+}
+
+bool isTooLong(const PostalAddress& address) {
+  const auto fields = address.dictionaryRepresentation();
+  return std::any_of(fields.begin(), fields.end(), [](const auto& field) {
+    return field.second.string()->size() > mostBytesInText;
+  });
+}
+
 }  // namespace
 
-const std::map<std::string, VCardBuilder::Handler, std::less<>>& VCardBuilder::handlers() {
-  static const std::map<std::string, Handler, std::less<>> table = {
-      {"UID", &VCardBuilder::addUID},          {"FN", &VCardBuilder::addFormattedName},
-      {"N", &VCardBuilder::addName},           {"NICKNAME", &VCardBuilder::addNickname},
-      {"ORG", &VCardBuilder::addOrganization}, {"EMAIL", &VCardBuilder::addEmailAddress},
-      {"TEL", &VCardBuilder::addPhoneNumber},  {"ADR", &VCardBuilder::addPostalAddress},
-      {"X-ABLABEL", &VCardBuilder::addLabel},  {"X-ABADR", &VCardBuilder::addCountryCode},
-      {"PHOTO", &VCardBuilder::addPhoto},
+const std::map<std::string, VCardBuilder::Reading, std::less<>>& VCardBuilder::readings() {
+  using Key = KeyDescriptor;
+  static const std::map<std::string, Reading, std::less<>> table = {
+      {"VERSION", {&VCardBuilder::addVersion}},
+      {"KIND", {&VCardBuilder::addKind}},
+      {"X-ADDRESSBOOKSERVER-KIND", {&VCardBuilder::addKind}},
+      {"UID", {&VCardBuilder::addUID}},
+      {"FN", {&VCardBuilder::addFormattedName}},
+      {"N", {&VCardBuilder::addName}},
+      {"NICKNAME", {&VCardBuilder::addNickname}},
+      {"EMAIL", {&VCardBuilder::addEmailAddress, Key::emailAddresses}},
+      {"TEL", {&VCardBuilder::addPhoneNumber, Key::phoneNumbers}},
+      {"ADR", {&VCardBuilder::addPostalAddress, Key::postalAddresses}},
+      {"X-ABLABEL", {&VCardBuilder::addLabel}},
+      {"X-ABADR", {&VCardBuilder::addCountryCode, Key::postalAddresses}},
+      {"PHOTO", {&VCardBuilder::addPhoto, Key::imageData}},
   };
   return table;
 }
 
-ErrorPtr VCardBuilder::add(const VCardProperty& property) {
-  if (property.name == "VERSION") return addVersion(property);
-  if (isQuotedPrintable(property)) {
-    return makeVCardError(ContactErrorCode::unsupportedVersion, property.lineNumber,
-                          "quoted-printable text, as vCard 2.1 has it; only 3.0 and 4.0 are read");
-  }
-  if (trimmed(property.value).empty()) return nullptr;
-  const auto handler = handlers().find(property.name);
-  if (handler != handlers().end()) (this->*handler->second)(property);
-  return nullptr;
+VCardBuilder::VCardBuilder(const std::vector<KeyDescriptor>& keys, std::size_t beginLine,
+                           std::size_t place)
+    : wantedKeys(keys), firstLine(beginLine) {
+  card.place = place;
 }
 
-ErrorPtr VCardBuilder::addVersion(const VCardProperty& property) {
+void VCardBuilder::add(std::string_view line, std::size_t lineNumber) {
+  currentLine = lineNumber;
+  const std::string name = nameOfVCardLine(line);
+  const auto reading = readings().find(name);
+  const bool isRead = reading != readings().end() && isAskedFor(reading->second);
+  const bool isProperty = !name.empty() && line.find(':') != std::string_view::npos;
+  if (isRead ? !take(reading->second, line) : !isProperty) ++card.skippedEntries;
+}
+
+bool VCardBuilder::isAskedFor(const Reading& reading) const {
+  return !reading.onlyFor ||
+         std::find(wantedKeys.begin(), wantedKeys.end(), *reading.onlyFor) != wantedKeys.end();
+}
+
+bool VCardBuilder::take(const Reading& reading, std::string_view line) {
+  std::optional<VCardProperty> property = parseVCardProperty(line);
+  if (!property) return false;
+  if (trimmed(property->value).empty()) return true;
+  if (reading.onlyFor == KeyDescriptor::imageData) return (this->*reading.handler)(*property);
+  std::string buffer;
+  const auto text = vCardValueAsText(*property, currentSyntax, buffer);
+  const bool isUsable = text && text->size() <= mostBytesInText &&
+                        isValidUTF8(property->parameters) &&
+                        !holdsControlCharacter(property->parameters);
+  if (!isUsable) return false;
+  property->value = *text;
+  return (this->*reading.handler)(*property);
+}
+
+void VCardBuilder::setFailure(ContactErrorCode code, const char* offence) {
+  if (!failure) failure = makeVCardError(code, currentLine, offence);
+}
+
+bool VCardBuilder::addVersion(const VCardProperty& property) {
   const std::string_view version = trimmed(property.value);
-  if (version == "3.0" || version == "4.0") {
-    hasVersion = true;
-    return nullptr;
+  if (version == "2.1") {
+    currentSyntax = VCardSyntax::old;
+  } else if (version != "3.0" && version != "4.0") {
+    setFailure(ContactErrorCode::unsupportedVersion,
+               "an unknown vCard version; 2.1, 3.0 and 4.0 are read");
   }
-  return makeVCardError(ContactErrorCode::unsupportedVersion, property.lineNumber,
-                        version == "2.1" ? "a card of vCard 2.1; only 3.0 and 4.0 are read"
-                                         : "an unknown vCard version; only 3.0 and 4.0 are read");
+  return true;
+}
+
+bool VCardBuilder::addKind(const VCardProperty& property) {
+  const std::string kind = lowercased(textOf(property));
+  if (kind == "org" || kind == "group" || kind == "location") {
+    setFailure(ContactErrorCode::notAPerson, "a card of an organisation, a group or a place");
+  }
+  return true;
 }
 
 // The first photo whose bytes are in the card. A link to one elsewhere is passed over.
-void VCardBuilder::addPhoto(const VCardProperty& property) {
-  if (fields.imageData) return;
+bool VCardBuilder::addPhoto(const VCardProperty& property) {
+  if (fields.imageData) return true;
   const std::string encoding = lowercased(property.parameterValue("ENCODING"));
   const std::string_view value = trimmed(property.value);
   std::optional<std::string> bytes{std::in_place};
@@ -88,80 +155,80 @@ void VCardBuilder::addPhoto(const VCardProperty& property) {
   } else if (encoding == "b" || encoding == "base64") {
     bytes = decodedBase64(value, Base64Padding::optional);
   }
-  if (!bytes) {
-    ++card.skippedEntries;
-  } else if (!bytes->empty()) {
-    fields.imageData = std::make_shared<const std::string>(std::move(*bytes));
-  }
+  if (!bytes || bytes->size() > mostBytesInImage) return false;
+  if (!bytes->empty()) fields.imageData = std::make_shared<const std::string>(std::move(*bytes));
+  return true;
 }
 
-void VCardBuilder::addUID(const VCardProperty& property) {
+bool VCardBuilder::addUID(const VCardProperty& property) {
   if (card.uid.empty()) card.uid = textOf(property);
+  return true;
 }
 
-void VCardBuilder::addFormattedName(const VCardProperty& property) {
-  if (card.formattedName.empty()) card.formattedName = textOf(property);
+bool VCardBuilder::addFormattedName(const VCardProperty& property) {
+  if (!card.formattedName.empty()) return true;
+  card.formattedName = textOf(property);
+  formattedNameIsDerived = lowercased(property.parameterValue("DERIVED")) == "true";
+  return true;
 }
 
-void VCardBuilder::addName(const VCardProperty& property) {
+bool VCardBuilder::addName(const VCardProperty& property) {
   if (!hasName) hasName = readVCardName(property.value, fields);
+  return true;
 }
 
-void VCardBuilder::addNickname(const VCardProperty& property) {
+bool VCardBuilder::addNickname(const VCardProperty& property) {
   std::optional<std::string_view> rest = property.value;
   while (rest && fields.nickname.empty()) {
     fields.nickname = trimmed(unescapedVCardText(takeVCardText(rest, ',')));
   }
+  return true;
 }
 
-void VCardBuilder::addOrganization(const VCardProperty& property) {
-  std::optional<std::string_view> rest = property.value;
-  const std::string name = unescapedVCardText(takeVCardText(rest, ';'));
-  if (organization.empty()) organization = trimmed(name);
+bool VCardBuilder::addEmailAddress(const VCardProperty& property) {
+  std::optional<std::string> address = addressIn(addressOfLink(textOf(property)));
+  return address && append(emailAddresses, property, std::move(*address));
 }
 
-void VCardBuilder::addEmailAddress(const VCardProperty& property) {
-  std::string address = addressOfLink(textOf(property));
-  if (address.empty()) {
-    ++card.skippedEntries;
-  } else {
-    append(emailAddresses, property, std::move(address));
-  }
-}
-
-void VCardBuilder::addPhoneNumber(const VCardProperty& property) {
+bool VCardBuilder::addPhoneNumber(const VCardProperty& property) {
   constexpr std::string_view scheme = "tel:";
   const std::string text = textOf(property);
   const std::string_view number =
       std::string_view(text).substr(startsWithScheme(text, scheme) ? scheme.size() : 0);
-  if (auto phoneNumber = PhoneNumber::withStringValue(number)) {
-    append(phoneNumbers, property, std::move(*phoneNumber));
-  } else {
-    ++card.skippedEntries;
-  }
+  auto phoneNumber = PhoneNumber::withStringValue(number);
+  return phoneNumber && append(phoneNumbers, property, std::move(*phoneNumber));
 }
 
-void VCardBuilder::addPostalAddress(const VCardProperty& property) {
+bool VCardBuilder::addPostalAddress(const VCardProperty& property) {
   PostalAddress address = readVCardAddress(property.value);
-  address.isoCountryCode = trimmed(property.parameterValue("CC"));
-  if (address == PostalAddress()) return;
-  append(postalAddresses, property, std::move(address));
+  const std::string code = property.parameterValue("CC");
+  if (isCountryCode(trimmed(code))) address.isoCountryCode = trimmed(code);
+  if (address == PostalAddress()) return true;
+  return !isTooLong(address) && append(postalAddresses, property, std::move(address));
 }
 
-void VCardBuilder::addLabel(const VCardProperty& property) {
+bool VCardBuilder::addLabel(const VCardProperty& property) {
+  if (labelsByGroup.size() >= mostGroups) return false;
   labelsByGroup.try_emplace(property.group, labelFromCustomLabel(property.value));
+  return true;
 }
 
-void VCardBuilder::addCountryCode(const VCardProperty& property) {
-  countryCodesByGroup.try_emplace(property.group, textOf(property));
+bool VCardBuilder::addCountryCode(const VCardProperty& property) {
+  std::string code = textOf(property);
+  if (!isCountryCode(code)) return true;
+  if (countryCodesByGroup.size() >= mostGroups) return false;
+  countryCodesByGroup.try_emplace(property.group, std::move(code));
+  return true;
 }
 
 template <typename T>
-void VCardBuilder::append(Entries<T>& entries, const VCardProperty& property, T value) {
-  entries.push_back(
-      {property.group,
-       preferenceOf(property),
-       {.label = labelFromTypes(property), .value = std::move(value), .storeInfo = {}}});
+bool VCardBuilder::append(Entries<T>& entries, const VCardProperty& property, T value) {
+  std::string label = labelFromTypes(property);
+  if (entries.size() >= mostEntriesOfAKind || label.size() > mostBytesInText) return false;
+  entries.push_back({property.group,
+                     preferenceOf(property),
+                     {.label = std::move(label), .value = std::move(value), .storeInfo = {}}});
+  return true;
 }
 
 template <typename T>
@@ -180,12 +247,10 @@ LabeledValues<T> VCardBuilder::finished(Entries<T> entries) const {
 }
 
 // Programs that know no name show the first other thing that they know.
-bool VCardBuilder::formattedNameRepeatsAnother() const {
+bool VCardBuilder::formattedNameIsAName() const {
   const std::string name = addressOfLink(card.formattedName);
-  return name == fields.nickname || name == organization || PhoneNumber::withStringValue(name) ||
-         (name.find('@') != std::string::npos && name.find(' ') == std::string::npos) ||
-         std::any_of(emailAddresses.begin(), emailAddresses.end(),
-                     [&name](const auto& entry) { return entry.labeledValue.value == name; });
+  const bool isAddress = name.find('@') != std::string::npos && name.find(' ') == std::string::npos;
+  return !formattedNameIsDerived && !isAddress && !PhoneNumber::isNumber(name);
 }
 
 void VCardBuilder::takeNameFromFormattedName() {
@@ -199,12 +264,9 @@ void VCardBuilder::takeNameFromFormattedName() {
   if (fields.nickname.empty()) fields.nickname = name.nickname.value_or(std::string());
 }
 
-Result<VCard> VCardBuilder::build(std::size_t lineNumber) && {
-  if (!hasVersion) {
-    return Result<VCard>::right(
-        makeInvalidVCardError(lineNumber, "the end of a card without VERSION"));
-  }
-  if (!hasName && !formattedNameRepeatsAnother()) takeNameFromFormattedName();
+Result<VCard> VCardBuilder::build() && {
+  if (failure) return Result<VCard>::right(failure);
+  if (!hasName && formattedNameIsAName()) takeNameFromFormattedName();
   for (Entry<PostalAddress>& entry : postalAddresses) {
     const auto code = countryCodesByGroup.find(entry.group);
     if (entry.group.empty() || code == countryCodesByGroup.end()) continue;

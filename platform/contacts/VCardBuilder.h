@@ -5,20 +5,28 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/contacts/ContactStore.h"
 #include "platform/contacts/VCard.h"
+#include "platform/contacts/VCardEncoding.h"
 #include "platform/contacts/VCardProperty.h"
 
 namespace quenlet {
 
-// Makes one card of its properties, in order, between BEGIN and END. Labels and country codes of
-// groups may come after what they belong to, hence the lists are put together at the end.
-// For one thread.
+// Makes one card of its lines, in order, between BEGIN and END. Labels and country codes of groups
+// may come after what they belong to, hence the lists are put together at the end. For one thread.
 class VCardBuilder final {
  public:
-  // Takes one property. The error, when it makes the whole card unusable.
-  [[nodiscard]] ErrorPtr add(const VCardProperty& property);
-  // The card, whose END stands on `lineNumber`; an error when its VERSION is missing.
-  [[nodiscard]] Result<VCard> build(std::size_t lineNumber) &&;
+  // For the card that begins on line `beginLine`, the `place`th of its text. `keys` outlives the
+  // builder.
+  VCardBuilder(const std::vector<KeyDescriptor>& keys, std::size_t beginLine, std::size_t place);
+
+  // Takes one line. What is wrong with it is counted, or found when the card is built.
+  void add(std::string_view line, std::size_t lineNumber);
+  // By the VERSION so far.
+  [[nodiscard]] VCardSyntax syntax() const { return currentSyntax; }
+  [[nodiscard]] std::size_t beginsOnLine() const { return firstLine; }
+  // The card, or what makes all of it unusable.
+  [[nodiscard]] Result<VCard> build() &&;
 
  private:
   template <typename T>
@@ -29,40 +37,53 @@ class VCardBuilder final {
   };
   template <typename T>
   using Entries = std::vector<Entry<T>>;
+  using TextsByGroup = std::map<std::string, std::string, std::less<>>;
 
-  using Handler = void (VCardBuilder::*)(const VCardProperty&);
-  [[nodiscard]] static const std::map<std::string, Handler, std::less<>>& handlers();
+  // Each takes a property whose value is there; false when it is not usable.
+  using Handler = bool (VCardBuilder::*)(const VCardProperty&);
+  struct Reading final {
+    Handler handler;
+    std::optional<KeyDescriptor> onlyFor = {};  // nothing: always read
+  };
+  [[nodiscard]] static const std::map<std::string, Reading, std::less<>>& readings();
 
-  [[nodiscard]] ErrorPtr addVersion(const VCardProperty& property);
-  void addPhoto(const VCardProperty& property);
-  void addUID(const VCardProperty& property);
-  void addFormattedName(const VCardProperty& property);
-  void addName(const VCardProperty& property);
-  void addNickname(const VCardProperty& property);
-  void addOrganization(const VCardProperty& property);
-  void addEmailAddress(const VCardProperty& property);
-  void addPhoneNumber(const VCardProperty& property);
-  void addPostalAddress(const VCardProperty& property);
-  void addLabel(const VCardProperty& property);
-  void addCountryCode(const VCardProperty& property);
+  [[nodiscard]] bool isAskedFor(const Reading& reading) const;
+  [[nodiscard]] bool take(const Reading& reading, std::string_view line);
+  void setFailure(ContactErrorCode code, const char* offence);
+  bool addVersion(const VCardProperty& property);
+  bool addKind(const VCardProperty& property);
+  bool addPhoto(const VCardProperty& property);
+  bool addUID(const VCardProperty& property);
+  bool addFormattedName(const VCardProperty& property);
+  bool addName(const VCardProperty& property);
+  bool addNickname(const VCardProperty& property);
+  bool addEmailAddress(const VCardProperty& property);
+  bool addPhoneNumber(const VCardProperty& property);
+  bool addPostalAddress(const VCardProperty& property);
+  bool addLabel(const VCardProperty& property);
+  bool addCountryCode(const VCardProperty& property);
 
   template <typename T>
-  static void append(Entries<T>& entries, const VCardProperty& property, T value);
+  static bool append(Entries<T>& entries, const VCardProperty& property, T value);
   template <typename T>
   LabeledValues<T> finished(Entries<T> entries) const;
-  [[nodiscard]] bool formattedNameRepeatsAnother() const;
+  [[nodiscard]] bool formattedNameIsAName() const;
   void takeNameFromFormattedName();
 
+  const std::vector<KeyDescriptor>& wantedKeys;
+  const std::size_t firstLine;
+  std::size_t currentLine = 0;
+  VCardSyntax currentSyntax = VCardSyntax::current;
+  ErrorPtr failure;
   VCard card;
   ContactFields fields;
-  bool hasVersion = false;
   bool hasName = false;
-  std::string organization;
+  bool formattedNameIsDerived = false;
   Entries<std::string> emailAddresses;
   Entries<PhoneNumber> phoneNumbers;
   Entries<PostalAddress> postalAddresses;
-  std::map<std::string, std::string, std::less<>> labelsByGroup;
-  std::map<std::string, std::string, std::less<>> countryCodesByGroup;
+  TextsByGroup labelsByGroup;
+  TextsByGroup countryCodesByGroup;
 };
 
 }  // namespace quenlet

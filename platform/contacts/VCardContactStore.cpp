@@ -110,19 +110,19 @@ void copyField(KeyDescriptor key, const Contact& contact, ContactFields& fields)
 
 }  // namespace
 
-Result<Contact> VCardContactStore::readCard() const {
+Result<Contact> VCardContactStore::readCard(const std::vector<KeyDescriptor>& keys) const {
   const ReadResult text = readCardFile(path);
   if (!text.isLeft()) return Result<Contact>::right(text.right());
-  const Result<std::vector<VCard>> cards = parseVCards(text.left());
-  if (!cards.isLeft()) return Result<Contact>::right(cards.right());
-  return Result<Contact>::left(cards.left().front().contact);
+  const Result<VCard> card = parseFirstVCard(text.left(), keys);
+  if (!card.isLeft()) return Result<Contact>::right(card.right());
+  return Result<Contact>::left(card.left().contact);
 }
 
 Result<std::shared_ptr<const Contact>>
 VCardContactStore::_crossPlatformUnifiedMeContactWithKeysToFetch(
     const std::vector<KeyDescriptor>& keys) {
   using ContactResult = Result<std::shared_ptr<const Contact>>;
-  const Result<Contact> card = readCard();
+  const Result<Contact> card = readCard(keys);
   if (!card.isLeft()) {
     problems.setProblem(isMissingCard(*card.right()) ? nullptr : card.right());
     return ContactResult::right(card.right());

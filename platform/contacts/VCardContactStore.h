@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <utility>
+#include <vector>
 
 #include "platform/contacts/ContactStore.h"
 #include "platform/foundation/ProblemReporter.h"
@@ -18,13 +19,14 @@ class VCardContactStore final : public ContactStore {
       : path(std::move(pathOfCard)), problems(path.filename().string()) {}
 
   // Reads the file on the calling thread. A missing file is noMeContact; a file that cannot be
-  // opened or read is a POSIX error; what is no regular file, is larger than a card may be, or
-  // does not parse is invalidCard or unsupportedVersion. Never waits for a writer of a FIFO.
+  // opened or read is a POSIX error; what is no regular file or is larger than a card may be is
+  // invalidCard; a first card that cannot be read is invalidCard, unsupportedVersion or notAPerson.
+  // What follows that card is not looked at. Never waits for a writer of a FIFO.
   [[nodiscard]] Result<std::shared_ptr<const Contact>>
   _crossPlatformUnifiedMeContactWithKeysToFetch(const std::vector<KeyDescriptor>& keys) override;
 
  private:
-  [[nodiscard]] Result<Contact> readCard() const;
+  [[nodiscard]] Result<Contact> readCard(const std::vector<KeyDescriptor>& keys) const;
 
   const std::filesystem::path path;
   ProblemReporter problems;

@@ -8,7 +8,7 @@
 
 namespace quenlet {
 
-// The error of a card's line. `offence` is a fixed sentence, never what the line holds.
+// The error of a card at a line. `offence` is a fixed sentence, never what the line holds.
 [[nodiscard]] inline ErrorPtr makeVCardError(ContactErrorCode code, std::size_t lineNumber,
                                              const char* offence) {
   return makeError(ContactErrorDomain, static_cast<int>(code),

@@ -7,9 +7,12 @@
 
 namespace quenlet {
 
-// Gives out the content lines of a vCard text one by one, unfolded, without line ends, blank lines
-// passed over. A fold may stand between any two bytes, so that UTF-8 is to be checked on what
-// `next` gives. Copies only folded lines. For one thread.
+// Gives out the content lines of a vCard text one by one, in one piece, without line ends, blank
+// lines passed over. A line ends with LF, CRLF or, in a text without LF, with CR. It goes on in the
+// next one when that begins with a blank, when it is quoted-printable and ends with "=", and when
+// it is base64 and the next is as well, as old programs write it. A fold may stand between any two
+// bytes, so that UTF-8 is to be checked on what `next` gives. Copies only what is in pieces. For
+// one thread.
 class VCardLineReader final {
  public:
   struct Line final {
@@ -20,17 +23,32 @@ class VCardLineReader final {
   // `source` outlives the reader.
   explicit VCardLineReader(std::string_view source);
 
+  // Whether the blank that a continued line begins with is a part of the text, as in vCard 2.1,
+  // which folds between words only. Not so at first.
+  void setBlanksOfFoldsCount(bool count) { blanksOfFoldsCount = count; }
   [[nodiscard]] std::optional<Line> next();
   // The number of the last line given out, 0 before the first.
   [[nodiscard]] std::size_t lineNumber() const { return currentNumber; }
 
  private:
+  enum class Form { unknown, plain, quotedPrintable, base64 };
+
+  [[nodiscard]] std::string_view peekRawLine() const;
   [[nodiscard]] std::string_view takeRawLine();
-  [[nodiscard]] bool continues() const;
-  [[nodiscard]] std::string_view unfolded(std::string_view first);
+  [[nodiscard]] bool isFolded() const;
+  // Whether `line`, which is quoted-printable, goes on behind its "=".
+  [[nodiscard]] bool endsSoftly(std::string_view line);
+  // Whether the next raw line belongs to `line`.
+  [[nodiscard]] bool continues(std::string_view line);
+  [[nodiscard]] std::string_view joined(std::string_view first);
+  [[nodiscard]] Form formOf(std::string_view line);
 
   std::string_view rest;
-  std::string unfoldedLine;
+  const char lineEnd;
+  bool blanksOfFoldsCount = false;
+  std::string joinedLine;
+  Form form = Form::unknown;      // of the line in hand
+  std::size_t searchedBytes = 0;  // of the line in hand, for the end of its parameters
   std::size_t rawLines = 0;
   std::size_t currentNumber = 0;
 };

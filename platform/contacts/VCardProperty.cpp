@@ -1,11 +1,9 @@
 #include "platform/contacts/VCardProperty.h"
 
 #include <algorithm>
-#include <optional>
+#include <array>
 #include <utility>
 
-#include "platform/contacts/VCardErrors.h"
-#include "platform/contacts/VCardText.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
@@ -46,6 +44,23 @@ std::string_view takeName(std::string_view& rest) {
   return name;
 }
 
+bool isEncoding(std::string_view word) {
+  constexpr std::array<std::string_view, 5> words = {"base64", "b", "quoted-printable", "8bit",
+                                                     "7bit"};
+  return std::find(words.begin(), words.end(), lowercased(word)) != words.end();
+}
+
+// Takes the group and the name off the front of a line.
+std::pair<std::string_view, std::string_view> takeGroupAndName(std::string_view& rest) {
+  std::string_view group;
+  std::string_view name = takeName(rest);
+  if (rest.starts_with('.')) {
+    rest.remove_prefix(1);
+    group = std::exchange(name, takeName(rest));
+  }
+  return {group, name};
+}
+
 // Takes a value off `rest`, still with its carets; nothing when its closing quote is missing.
 std::optional<std::string_view> takeParameterValue(std::string_view& rest) {
   const bool quoted = rest.starts_with('"');
@@ -57,71 +72,39 @@ std::optional<std::string_view> takeParameterValue(std::string_view& rest) {
   return value;
 }
 
-// Walks along one line; each step leaves `rest` behind what it took, or sets `failure`.
-class PropertyParser final {
- public:
-  PropertyParser(std::string_view line, std::size_t lineNumber) : rest(line) {
-    property.lineNumber = lineNumber;
-  }
-
-  Result<VCardProperty> parse() && {
-    parseName();
-    const std::string_view fromParameters = rest;
-    while (!failure && rest.starts_with(';')) parseParameter();
-    if (!failure && !rest.starts_with(':')) fail("a property without a value");
-    if (failure) return Result<VCardProperty>::right(failure);
-    property.parameters = fromParameters.substr(0, fromParameters.size() - rest.size());
-    property.value = rest.substr(1);
-    return Result<VCardProperty>::left(std::move(property));
-  }
-
- private:
-  void fail(const char* offence) { failure = makeInvalidVCardError(property.lineNumber, offence); }
-
-  void parseName() {
-    std::string_view name = takeName(rest);
-    if (rest.starts_with('.')) {
-      property.group = lowercased(name);
-      rest.remove_prefix(1);
-      name = takeName(rest);
-    }
-    property.name = upperCased(name);
-    if (name.empty()) fail("no property");
-  }
-
-  void parseParameter() {
+// Takes a parameter off `rest`, which begins with its semicolon, and calls `visit` with its name,
+// empty for none, and each value. False when a closing quote is missing.
+template <typename Visit>
+bool takeParameter(std::string_view& rest, const Visit& visit) {
+  rest.remove_prefix(1);
+  const std::string_view fromName = rest;
+  std::string_view name = takeName(rest);
+  if (rest.starts_with('=')) {
     rest.remove_prefix(1);
-    if (takeName(rest).empty()) return fail("a parameter without a name");
-    if (!rest.starts_with('=')) {
-      failure =
-          makeVCardError(ContactErrorCode::unsupportedVersion, property.lineNumber,
-                         "a bare parameter, as vCard 2.1 has them; only 3.0 and 4.0 are read");
-      return;
-    }
-    do {
-      rest.remove_prefix(1);
-      if (!takeParameterValue(rest)) return fail("a quoted parameter without its end");
-    } while (rest.starts_with(','));
+  } else {
+    rest = fromName;
+    name = {};
   }
-
-  std::string_view rest;
-  VCardProperty property;
-  ErrorPtr failure;
-};
+  while (true) {
+    const auto value = takeParameterValue(rest);
+    if (!value) return false;
+    visit(name, *value);
+    if (!rest.starts_with(',')) return true;
+    rest.remove_prefix(1);
+  }
+}
 
 }  // namespace
 
 void VCardProperty::visitParameterValues(std::string_view parameterName,
                                          const ValueVisitor& visit) const {
   std::string_view rest = parameters;
-  while (!rest.empty()) {
-    rest.remove_prefix(1);
-    const bool asked = upperCased(takeName(rest)) == parameterName;
-    do {
-      rest.remove_prefix(1);
-      const auto value = takeParameterValue(rest);
-      if (asked && value) visit(withoutCarets(*value));
-    } while (rest.starts_with(','));
+  const auto visitIfAsked = [&](std::string_view name, std::string_view value) {
+    const bool asked = name.empty() ? parameterName == (isEncoding(value) ? "ENCODING" : "TYPE")
+                                    : upperCased(name) == parameterName;
+    if (asked) visit(withoutCarets(value));
+  };
+  while (!rest.empty() && takeParameter(rest, visitIfAsked)) {
   }
 }
 
@@ -133,13 +116,21 @@ std::string VCardProperty::parameterValue(std::string_view parameterName) const 
   return first.value_or(std::string());
 }
 
-Result<VCardProperty> parseVCardProperty(std::string_view line, std::size_t lineNumber) {
-  const auto refuse = [lineNumber](const char* offence) {
-    return Result<VCardProperty>::right(makeInvalidVCardError(lineNumber, offence));
-  };
-  if (!isValidUTF8(line)) return refuse("text that is not UTF-8");
-  if (holdsControlCharacter(line)) return refuse("a control character");
-  return PropertyParser(line, lineNumber).parse();
+std::string nameOfVCardLine(std::string_view line) {
+  return upperCased(takeGroupAndName(line).second);
+}
+
+std::optional<VCardProperty> parseVCardProperty(std::string_view line) {
+  const auto [group, name] = takeGroupAndName(line);
+  const std::string_view fromParameters = line;
+  while (line.starts_with(';')) {
+    if (!takeParameter(line, [](std::string_view, std::string_view) {})) return std::nullopt;
+  }
+  if (name.empty() || !line.starts_with(':')) return std::nullopt;
+  return VCardProperty{.group = lowercased(group),
+                       .name = upperCased(name),
+                       .parameters = fromParameters.substr(0, fromParameters.size() - line.size()),
+                       .value = line.substr(1)};
 }
 
 }  // namespace quenlet

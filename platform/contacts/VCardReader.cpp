@@ -1,79 +1,124 @@
-#include <optional>
+#include "platform/contacts/VCardReader.h"
+
+#include <algorithm>
+#include <string>
 #include <utility>
 
-#include "platform/contacts/VCard.h"
-#include "platform/contacts/VCardBuilder.h"
+#include "platform/contacts/VCardEncoding.h"
 #include "platform/contacts/VCardErrors.h"
-#include "platform/contacts/VCardLineReader.h"
 #include "platform/contacts/VCardProperty.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
 
-// Keeps what stands between BEGIN and END together. Lives for one text.
-class VCardReader final {
- public:
-  explicit VCardReader(std::string_view text) : lines(text) {}
+std::string valueOf(std::string_view line) {
+  const std::size_t colon = std::min(line.find(':'), line.size() - 1);
+  return lowercased(trimmed(line.substr(colon + 1)));
+}
 
-  Result<std::vector<VCard>> read() && {
-    while (const auto line = lines.next()) {
-      auto property = parseVCardProperty(line->text, line->number);
-      const ErrorPtr failure = property.isLeft() ? take(property.left()) : property.right();
-      if (failure) return Result<std::vector<VCard>>::right(failure);
-    }
-    if (builder) return fail("the last line, in a card without END");
-    if (cards.empty()) return fail("the last line, and no card");
-    return Result<std::vector<VCard>>::left(std::move(cards));
-  }
+const std::vector<KeyDescriptor>& allLists() {
+  static const std::vector<KeyDescriptor> keys = {
+      KeyDescriptor::emailAddresses, KeyDescriptor::phoneNumbers, KeyDescriptor::postalAddresses,
+      KeyDescriptor::imageData};
+  return keys;
+}
 
- private:
-  Result<std::vector<VCard>> fail(const char* offence) const {
-    return Result<std::vector<VCard>>::right(makeInvalidVCardError(lines.lineNumber(), offence));
-  }
-
-  ErrorPtr take(const VCardProperty& property) {
-    if (property.name == "BEGIN") return begin(property);
-    if (!builder) return makeInvalidVCardError(property.lineNumber, "a property outside a card");
-    if (property.name == "END") return end(property);
-    return builder->add(property);
-  }
-
-  ErrorPtr begin(const VCardProperty& property) {
-    if (lowercased(trimmed(property.value)) != "vcard") {
-      return makeInvalidVCardError(property.lineNumber,
-                                   "the beginning of something else than a card");
-    }
-    if (builder) return makeInvalidVCardError(property.lineNumber, "a card within a card");
-    builder.emplace();
-    return nullptr;
-  }
-
-  ErrorPtr end(const VCardProperty& property) {
-    if (lowercased(trimmed(property.value)) != "vcard") {
-      return makeInvalidVCardError(property.lineNumber, "the end of something else than a card");
-    }
-    auto card = std::move(*builder).build(property.lineNumber);
-    builder.reset();
-    if (!card.isLeft()) return card.right();
-    cards.push_back(std::move(card).takeLeft());
-    return nullptr;
-  }
-
-  VCardLineReader lines;
-  std::optional<VCardBuilder> builder;
-  std::vector<VCard> cards;
-};
+ErrorPtr sizeError(std::string_view text) {
+  if (text.size() <= maximumVCardSizeInBytes) return nullptr;
+  return makeError(
+      ContactErrorDomain, static_cast<int>(ContactErrorCode::invalidCard),
+      "the text is larger than " + std::to_string(maximumVCardSizeInBytes >> 20) + " MiB");
+}
 
 }  // namespace
 
-Result<std::vector<VCard>> parseVCards(std::string_view text) {
-  if (text.size() > maximumVCardSizeInBytes) {
-    return Result<std::vector<VCard>>::right(makeError(
-        ContactErrorDomain, static_cast<int>(ContactErrorCode::invalidCard),
-        "the text is larger than " + std::to_string(maximumVCardSizeInBytes >> 20) + " MiB"));
+std::optional<Result<VCard>> VCardReader::next() {
+  while (const auto line = lines.next()) {
+    Outcome outcome = take(line->text);
+    if (!outcome) continue;
+    hasGivenOut = true;
+    return outcome;
   }
-  return VCardReader(text).read();
+  return atEnd();
+}
+
+VCardReader::Outcome VCardReader::take(std::string_view line) {
+  const std::string name = nameOfVCardLine(line);
+  const bool followsAgent = std::exchange(agentOpens, name == "AGENT" && valueOf(line).empty());
+  const bool isBoundary = (name == "BEGIN" || name == "END") && valueOf(line) == "vcard";
+  if (isBoundary && name == "END") return end();
+  if (isBoundary && builder && followsAgent) {
+    ++agentDepth;
+  } else if (isBoundary) {
+    return begin();
+  } else if (builder && agentDepth == 0) {
+    builder->add(line, lines.lineNumber());
+    lines.setBlanksOfFoldsCount(builder->syntax() == VCardSyntax::old);
+  }
+  return std::nullopt;
+}
+
+VCardReader::Outcome VCardReader::begin() {
+  Outcome formerCard = builder ? cardWithoutEnd() : std::nullopt;
+  agentDepth = 0;
+  builder.emplace(wantedKeys, lines.lineNumber(), ++places);
+  lines.setBlanksOfFoldsCount(false);
+  return formerCard;
+}
+
+VCardReader::Outcome VCardReader::end() {
+  if (!builder) return fail(lines.lineNumber(), "the end of a card that has no BEGIN");
+  if (agentDepth > 0) {
+    --agentDepth;
+    return std::nullopt;
+  }
+  Outcome card = std::move(*builder).build();
+  builder.reset();
+  return card;
+}
+
+VCardReader::Outcome VCardReader::cardWithoutEnd() {
+  return fail(builder->beginsOnLine(), "a card without END");
+}
+
+VCardReader::Outcome VCardReader::atEnd() {
+  if (builder) {
+    Outcome failure = cardWithoutEnd();
+    builder.reset();
+    hasGivenOut = true;
+    return failure;
+  }
+  if (std::exchange(hasGivenOut, true)) return std::nullopt;
+  return fail(lines.lineNumber(), "the last line, and no card");
+}
+
+VCardReader::Outcome VCardReader::fail(std::size_t lineNumber, const char* offence) {
+  return Result<VCard>::right(makeInvalidVCardError(lineNumber, offence));
+}
+
+VCards parseVCards(std::string_view text) {
+  VCards result;
+  if (ErrorPtr error = sizeError(text)) {
+    result.failures.push_back(std::move(error));
+    return result;
+  }
+  const std::optional<std::string> converted = vCardsFromUTF16(text);
+  VCardReader reader(converted ? *converted : text, allLists());
+  while (auto card = reader.next()) {
+    if (card->isLeft()) {
+      result.cards.push_back(std::move(*card).takeLeft());
+    } else {
+      result.failures.push_back(card->right());
+    }
+  }
+  return result;
+}
+
+Result<VCard> parseFirstVCard(std::string_view text, const std::vector<KeyDescriptor>& keys) {
+  if (ErrorPtr error = sizeError(text)) return Result<VCard>::right(std::move(error));
+  const std::optional<std::string> converted = vCardsFromUTF16(text);
+  return *VCardReader(converted ? *converted : text, keys).next();
 }
 
 }  // namespace quenlet

@@ -13,6 +13,15 @@ int hexValue(char c) {
   return -1;
 }
 
+// The byte that two hexadecimal digits at the beginning of `text` stand for.
+std::optional<char> byteOfHex(std::string_view text) {
+  if (text.size() < 2) return std::nullopt;
+  const int high = hexValue(text[0]);
+  const int low = hexValue(text[1]);
+  if (high < 0 || low < 0) return std::nullopt;
+  return static_cast<char>(high << 4 | low);
+}
+
 std::optional<std::string> decodedPercents(std::string_view encoded) {
   std::string bytes;
   for (std::size_t i = 0; i < encoded.size(); ++i) {
@@ -20,11 +29,9 @@ std::optional<std::string> decodedPercents(std::string_view encoded) {
       bytes += encoded[i];
       continue;
     }
-    if (encoded.size() - i < 3) return std::nullopt;
-    const int high = hexValue(encoded[i + 1]);
-    const int low = hexValue(encoded[i + 2]);
-    if (high < 0 || low < 0) return std::nullopt;
-    bytes += static_cast<char>(high << 4 | low);
+    const std::optional<char> byte = byteOfHex(encoded.substr(i + 1));
+    if (!byte) return std::nullopt;
+    bytes += *byte;
     i += 2;
   }
   return bytes;
@@ -98,6 +105,19 @@ std::string_view takeVCardText(std::optional<std::string_view>& rest, char separ
   }
   rest.reset();
   return whole;
+}
+
+std::string decodedQuotedPrintable(std::string_view encoded) {
+  std::string bytes;
+  bytes.reserve(encoded.size());
+  for (std::size_t i = 0; i < encoded.size(); ++i) {
+    const std::optional<char> byte =
+        encoded[i] == '=' ? byteOfHex(encoded.substr(i + 1)) : std::nullopt;
+    if (byte) i += 2;
+    const bool isSoftBreakAtEnd = !byte && encoded[i] == '=' && i + 1 == encoded.size();
+    if (!isSoftBreakAtEnd) bytes += byte.value_or(encoded[i]);
+  }
+  return bytes;
 }
 
 std::optional<std::string> decodedDataURI(std::string_view uri) {

@@ -20,6 +20,9 @@ namespace quenlet {
 // separator with it; what is taken is still escaped. After the last text `rest` is nothing.
 [[nodiscard]] std::string_view takeVCardText(std::optional<std::string_view>& rest, char separator);
 
+// What stands in quoted-printable text; what is malformed in it stays as it is.
+[[nodiscard]] std::string decodedQuotedPrintable(std::string_view encoded);
+
 // The bytes of a "data:" URI, base64 (with or without its padding) or percent-encoded; nothing when
 // it is malformed.
 [[nodiscard]] std::optional<std::string> decodedDataURI(std::string_view uri);

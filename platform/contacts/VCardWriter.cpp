@@ -27,7 +27,7 @@ class VCardWriter final {
   std::string write(const Contact& contact) && {
     addLine("BEGIN:VCARD");
     addLine("VERSION:4.0");
-    addLine("FN:" + escapedVCardText(formattedName(contact)));
+    addFormattedName(contact);
     if (const std::string name = vCardNameText(contact); name != ";;;;") addLine("N:" + name);
     addText("NICKNAME", contact.nickname());
     for (const auto& entry : contact.emailAddresses()) {
@@ -45,8 +45,15 @@ class VCardWriter final {
   }
 
  private:
-  // What a list of cards shows for this one: its name, else the first thing it tells.
-  static std::string formattedName(const Contact& contact) {
+  // What a list of cards shows for this one: its name, else the first thing it tells, which does
+  // not become a name when the card is read.
+  void addFormattedName(const Contact& contact) {
+    const std::string name = fullName(contact);
+    if (!name.empty()) return addLine("FN:" + escapedVCardText(name));
+    addLine("FN;DERIVED=true:" + escapedVCardText(firstThingTold(contact)));
+  }
+
+  static std::string fullName(const Contact& contact) {
     std::string name;
     for (const std::string* part :
          {&contact.namePrefix(), &contact.givenName(), &contact.middleName(), &contact.familyName(),
@@ -55,11 +62,14 @@ class VCardWriter final {
       if (!name.empty()) name += ' ';
       name += *part;
     }
-    if (!name.empty()) return name;
+    return name;
+  }
+
+  static std::string firstThingTold(const Contact& contact) {
     if (!contact.nickname().empty()) return contact.nickname();
     if (!contact.emailAddresses().empty()) return contact.emailAddresses().front()->value;
     if (!contact.phoneNumbers().empty()) return contact.phoneNumbers().front()->value.stringValue();
-    return name;
+    return {};
   }
 
   void addText(const char* name, const std::string& text) {

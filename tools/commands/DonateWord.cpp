@@ -6,6 +6,7 @@
 
 #include "client/CardFile.h"
 #include "client/waitForReply.h"
+#include "platform/contacts/ContactStore.h"
 #include "tools/commands/DonationPresenter.h"
 #include "tools/commands/TerminalText.h"
 
@@ -42,7 +43,7 @@ std::string count(std::size_t number, const char* noun) {
 
 void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("donate", "Donate the values of vCards");
-  word->add_option("FILE", files, "vCard files, version 3.0 or 4.0; - reads standard input")
+  word->add_option("FILE", files, "vCard files, version 2.1, 3.0 or 4.0; - reads standard input")
       ->type_name("")
       ->required();
   word->add_option("--bundle", bundleIdentifier, "Who donates")
@@ -66,35 +67,41 @@ ExitCode DonateWord::run(Session& session) const {
   if (!clusterIdentifier.empty()) cluster = clusterIdentifier;
   CardDonor donor({bundleIdentifier, cluster, session.now,
                    session.now.addingSeconds(expiresInDays * secondsInADay)});
-  if (const ErrorPtr error = readFiles(donor, session)) return session.failWith(error);
+  const Result<bool> areAllRead = readFiles(donor, session);
+  if (!areAllRead.isLeft()) return session.failWith(areAllRead.right());
   if (const std::size_t repeated = donor.countRepeated(); repeated > 0) {
     session.err << "quenlet: " << count(repeated, "value")
                 << " will replace others of these files, whose cards have the same UID or name\n";
   }
   if (donor.donations().empty()) {
     session.out << "The files hold nothing to donate.\n";
-    return ExitCode::done;
-  }
-  if (dryRun) {
+  } else if (dryRun) {
     DonationPresenter::writeTable(session.out, donor.donations());
-    return ExitCode::done;
+  } else if (const ExitCode code = donate(donor, session); code != ExitCode::done) {
+    return code;
   }
-  return donate(donor, session);
+  return areAllRead.left() ? ExitCode::done : ExitCode::refused;
 }
 
-ErrorPtr DonateWord::readFiles(CardDonor& donor, Session& session) const {
+Result<bool> DonateWord::readFiles(CardDonor& donor, Session& session) const {
+  bool areAllRead = true;
   for (const std::string& file : files) {
-    const Result<std::vector<VCard>> cards = CardFile::read(file);
-    if (!cards.isLeft()) return cards.right();
-    donor.addFile(cards.left(), CardFile::nameOf(file));
+    const Result<VCards> read = CardFile::read(file);
+    if (!read.isLeft()) return Result<bool>::right(read.right());
+    const VCards& cards = read.left();
+    for (const ErrorPtr& failure : cards.failures) {
+      session.err << "quenlet: skipped a card: " << printable(failure->debugDescription()) << "\n";
+      areAllRead = areAllRead && failure->code() == static_cast<int>(ContactErrorCode::notAPerson);
+    }
+    donor.addFile(cards.cards, CardFile::nameOf(file));
     std::size_t skipped = 0;
-    for (const VCard& card : cards.left()) skipped += card.skippedEntries;
+    for (const VCard& card : cards.cards) skipped += card.skippedEntries;
     if (skipped > 0) {
       session.err << "quenlet: " << printable(file) << ": skipped " << skipped
                   << (skipped == 1 ? " entry" : " entries") << " without a usable value\n";
     }
   }
-  return nullptr;
+  return Result<bool>::left(areAllRead);
 }
 
 ExitCode DonateWord::donate(const CardDonor& donor, Session& session) const {

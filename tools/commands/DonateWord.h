@@ -15,7 +15,8 @@ class DonateWord final {
 
  private:
   [[nodiscard]] ExitCode run(Session& session) const;
-  [[nodiscard]] ErrorPtr readFiles(CardDonor& donor, Session& session) const;
+  // Whether every card was read; an error when nothing of a file was.
+  [[nodiscard]] Result<bool> readFiles(CardDonor& donor, Session& session) const;
   [[nodiscard]] ExitCode donate(const CardDonor& donor, Session& session) const;
 
   std::vector<std::string> files;

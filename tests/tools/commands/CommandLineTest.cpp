@@ -125,7 +125,7 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
     EXPECT_EQ(run(words), 2) << words;
     EXPECT_THAT(err.str(), StartsWith("quenlet: usage 2: "));
   }
-  EXPECT_EQ(run("donate " + file("bad.vcf", "VERSION\n")), 1);
+  EXPECT_EQ(run("donate " + file("bad.vcf", "VERSION:5.0\n")), 1);
   EXPECT_THAT(err.str(), HasSubstr("bad.vcf: line 3: "));
   // Endless, and so too large.
   ASSERT_GE(::dup2(FileDescriptor(::open("/dev/zero", O_RDONLY)).get(), STDIN_FILENO), 0);
@@ -157,6 +157,12 @@ TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedUnderStableIdentifiers) {
   }
   EXPECT_EQ(out.str(), table);
   EXPECT_EQ(err.str(), "quenlet: " + two + ": skipped 1 entry without a usable value\n");
+  const std::string some = file("some.vcf", "FN:Ann\nEND:VCARD\nBEGIN:VCARD\nKIND:group\n");
+  EXPECT_EQ(run("donate " + some + " --dry-run"), 0) << "a group is passed over";
+  const std::string bad = file("bad.vcf", "END:VCARD\nBEGIN:VCARD\nBEGIN:VCARD\nFN:Bo\n");
+  EXPECT_EQ(run("donate " + bad + " --dry-run"), 1);
+  EXPECT_THAT(out.str(), HasSubstr("bad.vcf:3:name"));
+  EXPECT_EQ(err.str(), "quenlet: skipped a card: " + bad + ": line 4: a card without END\n");
   EXPECT_EQ(run("donate " + two + " " + two + " --dry-run"), 0);
   EXPECT_THAT(err.str(), HasSubstr("7 values will replace others"));
   EXPECT_EQ(run("donate " + file("empty.vcf", "")), 0);
