@@ -9,6 +9,7 @@
 #include "platform/donations/CorvelInterface.h"
 #include "platform/donations/DonationWire.h"
 #include "platform/ipc/ErrorWire.h"
+#include "platform/scheduling/runGuarded.h"
 
 namespace quenlet {
 namespace {
@@ -85,7 +86,8 @@ void CorvelDispatcher::perform(const std::string& selector, WireReader arguments
       {CorvelSelector::removeRejections, &CorvelDispatcher::removeRejections},
   };
   // The connection has checked the selector against the same interface.
-  (this->*operations.at(selector))(arguments, std::move(reply));
+  // When it fails, the reply goes uncalled, and so the client hears that there is none.
+  runGuarded([&] { (this->*operations.at(selector))(arguments, std::move(reply)); });
 }
 
 void CorvelDispatcher::donate(WireReader arguments, WireReply reply) const {

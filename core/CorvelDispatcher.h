@@ -12,6 +12,7 @@ namespace quenlet {
 // Turns the requests of one connection into calls of the gate before the agent, and its answers
 // into replies. Arguments that are of the right types, but no valid values, are answered with an
 // error and do not reach the agent; those of a client that the gate refuses are not even looked at.
+// What fails for want of memory is dropped without a reply, which the client is told.
 // Immutable; called on the listener's thread.
 class CorvelDispatcher final : public ExportedObject {
  public:

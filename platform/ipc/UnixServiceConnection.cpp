@@ -28,10 +28,14 @@ class UnixServiceConnection::PendingReply final {
   PendingReply& operator=(const PendingReply&) = delete;
   ~PendingReply() {
     if (used.exchange(true)) return;
-    WireEncoder encoder;
-    ErrorWire::encode(encoder, makeServiceError(ServiceErrorCode::noReply,
-                                                "the request was dropped without an answer"));
-    connection->answer(FrameKind::failure, identifier, std::move(encoder).take());
+    try {
+      WireEncoder encoder;
+      ErrorWire::encode(encoder, makeServiceError(ServiceErrorCode::noReply,
+                                                  "the request was dropped without an answer"));
+      connection->answer(FrameKind::failure, identifier, std::move(encoder).take());
+    } catch (const std::exception&) {
+      connection->giveUp();
+    }
   }
 
   void send(std::string encodedValues) {
@@ -94,7 +98,15 @@ void UnixServiceConnection::start() {
     events = wantedEvents();
   }
   auto started = loop->watch(socket, events, [weak = weak_from_this()](std::uint32_t ready) {
-    if (const auto held = weak.lock()) held->onReady(ready);
+    const auto held = weak.lock();
+    if (!held) return;
+    try {
+      held->onReady(ready);
+    } catch (...) {
+      // Not enough memory for its message: it would be tried again for ever.
+      held->closeByItself();
+      throw;
+    }
   });
   MutexLock lock(mutex);
   watch = std::move(started);
@@ -304,6 +316,11 @@ void UnixServiceConnection::abandon() {
 void UnixServiceConnection::closeByItself() {
   close();
   onClosed(*this);
+void UnixServiceConnection::giveUp() {
+  MutexLock lock(mutex);
+  if (descriptor.isOpen() && !abandoned) abandon();
+}
+
 }
 
 void UnixServiceConnection::close() {

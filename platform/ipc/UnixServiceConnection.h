@@ -75,6 +75,8 @@ class UnixServiceConnection final : public ServiceConnection,
   void finishBatch() EXCLUDES(mutex);
   [[nodiscard]] bool mustWait() const REQUIRES(mutex);
   void continueSoon() REQUIRES(mutex);
+  // Ends the connection from any thread, when memory is too short for an answer.
+  void giveUp() EXCLUDES(mutex);
   void closeByItself() EXCLUDES(mutex);
   void answer(FrameKind kind, std::uint64_t identifier, std::string body) EXCLUDES(mutex);
   void fail(std::uint64_t identifier, const ErrorPtr& error) EXCLUDES(mutex);

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 #include "platform/foundation/FreedMemory.h"
@@ -83,7 +84,12 @@ ErrorPtr UnixServiceListener::resume() {
   spareDescriptor = openSpare();
   watch =
       loop->watch(listeningSocket.get(), EPOLLIN, [this](std::uint32_t) { acceptConnection(); });
-  thread = std::thread([this] { loop->run(); });
+  try {
+    thread = std::thread([this] { loop->run(); });
+  } catch (const std::system_error& failure) {
+    watch->cancel();
+    return makePosixError(failure.code().value(), "start the thread of " + name);
+  }
   return nullptr;
 }
 

@@ -15,6 +15,7 @@
 
 #include "platform/foundation/Mutex.h"
 #include "platform/scheduling/FileDescriptor.h"
+#include "platform/scheduling/runGuarded.h"
 
 namespace quenlet {
 namespace {
@@ -109,7 +110,7 @@ struct EventLoop::State {
       ready &= found->second.events | EPOLLERR | EPOLLHUP;
       if (ready != 0) handler = found->second.handler;
     }
-    if (handler) (*handler)(ready);
+    if (handler) runGuarded(*handler, ready);
   }
 
   // Runs the blocks posted so far; answers whether a stop was asked for by then.
@@ -121,7 +122,7 @@ struct EventLoop::State {
       batch.swap(posted);
       stopping = std::exchange(stopRequested, false);
     }
-    for (Block& block : batch) std::exchange(block, nullptr)();
+    for (Block& block : batch) runGuarded(std::exchange(block, nullptr));
     return stopping;
   }
 

@@ -10,9 +10,10 @@
 namespace quenlet {
 
 // Waits on file descriptors and runs their handlers and posted blocks on the one thread that calls
-// run(). Level-triggered; epoll underneath. All operations are thread-safe but run(). Handlers and
-// blocks do not throw; what has not run when the loop goes is dropped. Watches may outlive the
-// loop.
+// run(). Level-triggered; epoll underneath. All operations are thread-safe but run(). What a
+// handler or block throws ends that call alone (see runGuarded.h); a handler that cannot do its
+// part should cancel its watch, or it is called again. What has not run when the loop goes is
+// dropped. Watches may outlive the loop.
 class EventLoop final {
  public:
   // Called with the epoll events that are ready (EPOLLIN, EPOLLHUP...).

@@ -12,6 +12,7 @@
 #include "platform/scheduling/CancelableBlock.h"
 #include "platform/scheduling/FileDescriptor.h"
 #include "platform/scheduling/TimerQueue.h"
+#include "platform/scheduling/runGuarded.h"
 
 namespace quenlet {
 
@@ -45,7 +46,7 @@ struct EventLoopScheduler::Timers {
   // Runs what is due at the moment of the call; a block that adds one without delay waits its turn.
   void ring() EXCLUDES(mutex) {
     const auto now = steady_clock::now();
-    while (const Block block = takeDue(now)) block();
+    while (const Block block = takeDue(now)) runGuarded(block);
     MutexLock lock(mutex);
     arm();
   }

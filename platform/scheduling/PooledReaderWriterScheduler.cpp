@@ -6,6 +6,7 @@
 
 #include "platform/foundation/Mutex.h"
 #include "platform/scheduling/CancelableBlock.h"
+#include "platform/scheduling/runGuarded.h"
 
 namespace quenlet {
 namespace {
@@ -36,7 +37,12 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
 
   void runSynchronously(const Block& block) EXCLUDES(mutex) {
     if (!startAtOnce()) waitForTurn();
-    block();
+    try {
+      block();
+    } catch (...) {
+      finish(Access::reader, Caller::submitter);
+      throw;
+    }
     finish(Access::reader, Caller::submitter);
   }
 
@@ -78,7 +84,7 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
   }
 
   void run(const Job& job, Caller caller) EXCLUDES(mutex) {
-    job.block->run();
+    runGuarded([&job] { job.block->run(); });
     finish(job.access, caller);
   }
 
@@ -88,7 +94,8 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
     return job;
   }
 
-  void finish(Access access, Caller caller) EXCLUDES(mutex) {
+  // Without memory to let the next ones in, the process ends: they would wait for ever.
+  void finish(Access access, Caller caller) noexcept EXCLUDES(mutex) {
     MutexLock lock(mutex);
     if (access == Access::writer) {
       writerActive = false;
@@ -102,7 +109,7 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
     return !writerActive && (access == Access::reader || activeReaders == 0);
   }
 
-  void admit(Caller caller = Caller::submitter) REQUIRES(mutex) {
+  void admit(Caller caller = Caller::submitter) noexcept REQUIRES(mutex) {
     bool anyone = false;
     while (!waiting.empty() && mayStart(waiting.front().access)) {
       Job job = std::move(waiting.front());

@@ -15,7 +15,9 @@ namespace quenlet {
 //
 // Whoever waits in performSynchronousReaderBlock() runs, until its own turn has come, blocks of
 // this scheduler that are ready before it, so that it gets there even when all of the pool's
-// threads are waiting in the same way. Pending blocks still run when the scheduler goes.
+// threads are waiting in the same way. Pending blocks still run when the scheduler goes. What a
+// block throws ends that block and its turn alone (see runGuarded.h); what a synchronous one throws
+// reaches its caller.
 class PooledReaderWriterScheduler final : public ReaderWriterScheduler {
  public:
   PooledReaderWriterScheduler(std::shared_ptr<WorkerPool> pool, std::string debugName);

@@ -24,6 +24,7 @@ FileDescriptor takeOverSignals() {
   for (const int signal : {SIGHUP, SIGTERM, SIGINT}) sigaddset(&signals, signal);
   ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
   ::signal(SIGPIPE, SIG_IGN);
+  ::signal(SIGXFSZ, SIG_IGN);  // a write beyond the limit of file sizes fails like any other
   ::signal(SIGCHLD, SIG_DFL);  // when ignored, children could not be waited for
   const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
   if (descriptor < 0) throw std::system_error(errno, std::generic_category(), "read signals");

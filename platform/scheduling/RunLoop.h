@@ -11,9 +11,9 @@ namespace quenlet {
 // The main thread's loop: carries the main-thread scheduler, watched descriptors and signals
 // (through a signalfd). SIGTERM and SIGINT make run() return once nothing holds termination any
 // more, 5 s later at the latest. Make it on the main thread before any other thread exists: from
-// then on SIGHUP, SIGTERM and SIGINT are blocked in every thread and SIGPIPE is ignored, and in
-// child processes too, unless these set it right. Use on the main thread only, but for what says
-// otherwise.
+// then on SIGHUP, SIGTERM and SIGINT are blocked in every thread and SIGPIPE and SIGXFSZ are
+// ignored, and in child processes too, unless these set it right. Use on the main thread only, but
+// for what says otherwise.
 class RunLoop final {
  public:
   static constexpr double terminationGraceSeconds = 5.0;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/foundation/Mutex.h"
+#include "platform/scheduling/runGuarded.h"
 
 namespace quenlet {
 
@@ -16,7 +17,13 @@ struct SerialScheduler::State : std::enable_shared_from_this<State> {
       blocks.push_back(std::move(block));
       if (std::exchange(active, true)) return;
     }
-    pool->post([self = shared_from_this()] { self->runNext(); });
+    handOver([this] { pool->post([self = shared_from_this()] { self->runNext(); }); });
+  }
+
+  // Without memory to hand the turn on, the process ends: the scheduler would stand still for ever.
+  template <typename Act>
+  static void handOver(const Act& act) noexcept {
+    act();
   }
 
   void runNext() EXCLUDES(mutex) {
@@ -26,14 +33,14 @@ struct SerialScheduler::State : std::enable_shared_from_this<State> {
       block = std::move(blocks.front());
       blocks.pop_front();
     }
-    block();
+    runGuarded(block);
     block = nullptr;  // its end is part of the turn
     {
       MutexLock lock(mutex);
       active = !blocks.empty();
       if (!active) return;
     }
-    pool->postLast([self = shared_from_this()] { self->runNext(); });
+    handOver([this] { pool->postLast([self = shared_from_this()] { self->runNext(); }); });
   }
 
   const std::shared_ptr<WorkerPool> pool;

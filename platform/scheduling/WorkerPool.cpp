@@ -1,9 +1,11 @@
 #include "platform/scheduling/WorkerPool.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 #include "platform/foundation/FreedMemory.h"
+#include "platform/scheduling/runGuarded.h"
 
 namespace quenlet {
 namespace {
@@ -22,7 +24,11 @@ std::size_t WorkerPool::usualThreadCount() {
 
 WorkerPool::WorkerPool(std::size_t threadCount) {
   threads.reserve(threadCount);
-  for (std::size_t i = 0; i < threadCount; ++i) threads.emplace_back([this] { work(); });
+  try {
+    while (threads.size() < threadCount) threads.emplace_back([this] { work(); });
+  } catch (const std::system_error&) {
+    if (threads.empty()) throw;  // fewer of them do the same work
+  }
 }
 
 WorkerPool::~WorkerPool() { shutDown(); }
@@ -66,7 +72,7 @@ void WorkerPool::work() {
       blocks.pop_front();
       ++busyThreads;
     }
-    block();
+    runGuarded(block);
     block = nullptr;
     if (restsAfterMany()) returnFreedMemory();
   }

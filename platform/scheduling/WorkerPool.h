@@ -11,13 +11,16 @@
 namespace quenlet {
 
 // A fixed number of threads that run blocks, the oldest first. Thread-safe. All threads are started
-// at construction. Blocks do not throw, and should not wait for other blocks of the pool. Once many
-// have run and none is left, what they have freed goes back to the system.
+// at construction. Blocks should not wait for other blocks of the pool; what one throws ends that
+// block alone (see runGuarded.h). Once many have run and none is left, what they have freed goes
+// back to the system.
 class WorkerPool final {
  public:
   // From 2 to 4, by the machine's processors.
   [[nodiscard]] static std::size_t usualThreadCount();
 
+  // With fewer threads when the system does not start so many; throws std::system_error when it
+  // starts none.
   explicit WorkerPool(std::size_t threadCount);
   ~WorkerPool();
   WorkerPool(const WorkerPool&) = delete;

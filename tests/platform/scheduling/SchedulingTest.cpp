@@ -154,6 +154,28 @@ TEST_F(ProductionSchedulerProviderTest, DelayedBlocksComeOnTheirSchedulerInDeadl
   EXPECT_TRUE(std::is_sorted(ran.begin(), ran.end()));
 }
 
+TEST_F(ProductionSchedulerProviderTest, ABlockThatThrowsEndsAlone) {
+  std::atomic<int> ran = 0;
+  const auto fail = [] { throw std::bad_alloc(); };
+  const auto note = [&] { ++ran; };
+  testing::internal::CaptureStderr();
+  for (int i = 0; i < 3; ++i) {
+    background->performBlock(fail);
+    serial->performBlock(fail);
+    serial->performBlock(note);
+    state->performReaderBlock(fail);
+    state->performWriterBlock(fail);
+    state->performWriterBlock(note);
+    EXPECT_THROW(state->performSynchronousReaderBlock(fail), std::bad_alloc);
+    static_cast<void>(serial->afterDelay(0, fail));
+  }
+  state->performSynchronousReaderBlock(note);
+  finish();
+  EXPECT_EQ(ran, 7);
+  const std::string report = testing::internal::GetCapturedStderr();
+  EXPECT_NE(report.find("quenlet: a block has failed: std::bad_alloc\n"), std::string::npos);
+}
+
 TEST_F(ProductionSchedulerProviderTest, SchedulersDropWhatTheyAreGivenAfterTheEnd) {
   finish();
   const auto owned = std::make_shared<int>(0);
@@ -237,6 +259,18 @@ TEST_F(EventLoopTest, NeverCallsAHandlerCancelledInTheSameRound) {
   }
   send();
   EXPECT_EQ(callsIn(3), 1);
+}
+
+TEST_F(EventLoopTest, AHandlerOrBlockThatThrowsEndsAlone) {
+  testing::internal::CaptureStderr();
+  const auto watch = loop.watch(near.get(), EPOLLIN, [&](std::uint32_t) {
+    if (++calls == 1) throw std::bad_alloc();
+  });
+  send();
+  loop.post([] { throw std::runtime_error("no"); });
+  EXPECT_GE(callsIn(3), 2);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "quenlet: a block has failed: no\nquenlet: a block has failed: std::bad_alloc\n");
 }
 
 TEST_F(EventLoopTest, DropsWhatIsLeftWhenItGoesAndOutlivingWatchesDoNothing) {
