@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <system_error>
 #include <utility>
 
@@ -78,8 +79,10 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
           StructuredLog(std::make_shared<StandardErrorLogSink>(), &Date::now))),
       notificationCenter(std::make_shared<SocketNotificationCenter>(
           runLoop.eventLoop(), runtimeDirectory / "quenlet" / "notifications")),
-      entitlements(std::make_shared<const EntitlementDatabase>(
-          EntitlementDatabase::prefixOfRunningProgram())),
+      entitlements(std::make_shared<EntitlementDatabase>(
+          EntitlementDatabase::prefixOfRunningProgram(), "/etc")),
+      entitlementsWatch(entitlements->reloadOnChanges(runLoop.eventLoop())),
+      entitlementsHangUp(runLoop.addSignalSource(SIGHUP, [this] { entitlements->reload(); })),
       feedbackStore(std::make_shared<PropertyListFeedbackStore>(
           library / "Contacts" / "Feedback" / "feedback.plist", dataProxy, runLoop.eventLoop(),
           schedulerProvider->newSerialSchedulerWithName("feedback"))),
@@ -101,7 +104,10 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
   StandardStreams::detach();
 }
 
-LinuxPlatform::~LinuxPlatform() = default;
+LinuxPlatform::~LinuxPlatform() {
+  entitlementsWatch->cancel();
+  entitlementsHangUp->cancel();
+}
 
 void LinuxPlatform::finish() {
   // A reader that is there takes no time; without one, nobody is to wait for longer.

@@ -66,7 +66,9 @@ class LinuxPlatform final {
   const std::shared_ptr<PosixDataProxy> dataProxy;
   const std::shared_ptr<DonationLoggerProvider> loggerProvider;
   const std::shared_ptr<SocketNotificationCenter> notificationCenter;
-  const std::shared_ptr<const EntitlementDatabase> entitlements;
+  const std::shared_ptr<EntitlementDatabase> entitlements;
+  const std::shared_ptr<Cancelable> entitlementsWatch;
+  const std::shared_ptr<Cancelable> entitlementsHangUp;
   const std::shared_ptr<DonationFeedbackStore> feedbackStore;
   const std::shared_ptr<ExtensionHost> extensionHost;
   const std::shared_ptr<AccountFileProblems> accountFileProblems =

@@ -15,7 +15,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/extensions/TrustedProgram.h"
+#include "platform/files/TrustedProgram.h"
 
 namespace quenlet {
 namespace {

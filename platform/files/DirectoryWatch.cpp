@@ -37,14 +37,18 @@ struct Changes {
   bool directoryLost = false;
 };
 
+// Whether a missing directory is ours to make.
+enum class Ownership { own, foreign };
+
 // Kept alive by the loop's watch and the pending retry. start() runs before either exists, all else
 // but cancel() on the loop's thread.
 class WatchState final : public std::enable_shared_from_this<WatchState> {
  public:
-  WatchState(EventLoop& eventLoop, path watched, DirectoryWatch::Handler changeHandler,
-             double retryAfterSeconds)
+  WatchState(EventLoop& eventLoop, path watched, Ownership whose,
+             DirectoryWatch::Handler changeHandler, double retryAfterSeconds)
       : loop(eventLoop),
         directory(std::move(watched)),
+        ownership(whose),
         handler(std::move(changeHandler)),
         retrySeconds(retryAfterSeconds),
         retries(eventLoop) {}
@@ -93,11 +97,38 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
   [[nodiscard]] int establish() {
     if (!inotify.isOpen()) inotify.reset(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     if (!inotify.isOpen()) return errno;
+    if (ownership == Ownership::foreign) return establishNearest();
     PosixFileOperations operations;
     if (const int failure = DurableDirectory::ensure(operations, directory)) return failure;
-    watchDescriptor = ::inotify_add_watch(inotify.get(), directory.c_str(),
+    return addWatch(directory);
+  }
+
+  [[nodiscard]] int addWatch(const path& present) {
+    watchDescriptor = ::inotify_add_watch(inotify.get(), present.c_str(),
                                           entryEvents | directoryEvents | IN_ONLYDIR);
     return watchDescriptor < 0 ? errno : 0;
+  }
+
+  // Watches the directory or, while it is missing, the nearest one above it for the next part of
+  // the way. What comes into being meanwhile is looked for once that is watched.
+  [[nodiscard]] int establishNearest() {
+    path present = directory;
+    awaitedName.clear();
+    int failure = addWatch(present);
+    while (failure == ENOENT && present.has_relative_path()) {
+      const path next = present;
+      awaitedName = next.filename().native();
+      present = next.parent_path();
+      failure = addWatch(present);
+      std::error_code ignored;
+      if (failure == 0 && std::filesystem::is_directory(next, ignored)) {
+        ::inotify_rm_watch(inotify.get(), watchDescriptor);
+        present = directory;
+        awaitedName.clear();
+        failure = addWatch(present);
+      }
+    }
+    return failure;
   }
 
   void retryLater(int failure) {
@@ -116,7 +147,12 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
   }
 
   void handleChanges() {
-    const Changes changes = readChanges();
+    Changes changes = readChanges();
+    if (!awaitedName.empty()) {
+      const bool concernsUs = changes.anything || changes.names.contains(awaitedName);
+      if (!concernsUs && !changes.directoryLost) return;
+      changes.directoryLost = true;  // as another one is to be watched now
+    }
     if (changes.directoryLost) {
       ::inotify_rm_watch(inotify.get(), watchDescriptor);  // a moved directory is still watched
       if (const int failure = establish()) retryLater(failure);
@@ -151,8 +187,11 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
 
   EventLoop& loop;
   const path directory;
+  const Ownership ownership;
   const DirectoryWatch::Handler handler;
   const double retrySeconds;
+  // The entry that the directory above is watched for; empty while the directory itself is watched.
+  std::string awaitedName;
   EventLoopScheduler retries;
   FileDescriptor inotify;
   int watchDescriptor = -1;
@@ -163,15 +202,27 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
   bool cancelled GUARDED_BY(mutex) = false;
 };
 
+std::shared_ptr<Cancelable> startWatch(EventLoop& loop, path directory, Ownership ownership,
+                                       DirectoryWatch::Handler handler, double retryAfterSeconds) {
+  const auto state = std::make_shared<WatchState>(loop, std::move(directory), ownership,
+                                                  std::move(handler), retryAfterSeconds);
+  state->start();
+  return std::make_shared<CancelBlock>([state] { state->cancel(); });
+}
+
 }  // namespace
 
 std::shared_ptr<Cancelable> DirectoryWatch::watchDirectory(EventLoop& loop, path directory,
                                                            Handler handler,
                                                            double retryAfterSeconds) {
-  const auto state = std::make_shared<WatchState>(loop, std::move(directory), std::move(handler),
-                                                  retryAfterSeconds);
-  state->start();
-  return std::make_shared<CancelBlock>([state] { state->cancel(); });
+  return startWatch(loop, std::move(directory), Ownership::own, std::move(handler),
+                    retryAfterSeconds);
+}
+
+std::shared_ptr<Cancelable> DirectoryWatch::watchForeignDirectory(EventLoop& loop, path directory,
+                                                                  Handler handler) {
+  return startWatch(loop, std::move(directory), Ownership::foreign, std::move(handler),
+                    retrySeconds);
 }
 
 }  // namespace quenlet

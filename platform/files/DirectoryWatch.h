@@ -14,9 +14,9 @@ namespace quenlet {
 // deleted, by any process. It does not look into subdirectories, nor behind links to files
 // elsewhere, and does not see that a directory further up is moved away.
 //
-// The directory is created (0700, with those above) when it is missing, at the start and again when
-// it is deleted or moved away. Where that fails, it is tried again every few seconds and said once
-// on standard error. Thread-safe; the loop outlives the watch.
+// The user's own directory is created (0700, with those above) when it is missing, at the start and
+// again when it is deleted or moved away. Where that fails, it is tried again every few seconds and
+// said once on standard error. Thread-safe; the loop outlives the watch.
 class DirectoryWatch final {
  public:
   // The name of an entry that changed; empty when anything may have changed, as too much happened
@@ -34,6 +34,10 @@ class DirectoryWatch final {
   [[nodiscard]] static std::shared_ptr<Cancelable> watchDirectory(
       EventLoop& loop, std::filesystem::path directory, Handler handler,
       double retryAfterSeconds = retrySeconds);
+  // The same for a directory that is not ours to create: while it is missing, the nearest directory
+  // above it is watched until it appears, which is a change of anything, as its loss is.
+  [[nodiscard]] static std::shared_ptr<Cancelable> watchForeignDirectory(
+      EventLoop& loop, std::filesystem::path directory, Handler handler);
 };
 
 }  // namespace quenlet

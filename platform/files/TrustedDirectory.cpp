@@ -86,11 +86,15 @@ Result<std::vector<std::string>> TrustedDirectory::names() const {
 }
 
 Result<std::string> TrustedDirectory::readFile(const std::string& name,
-                                               std::size_t maximumSizeInBytes) const {
+                                               std::size_t maximumSizeInBytes, Links links) const {
   // O_NONBLOCK: a pipe of that name must not hold the reader up.
-  const FileDescriptor file(
-      ::openat(descriptor.get(), name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  if (links == Links::refused) flags |= O_NOFOLLOW;
+  const FileDescriptor file(::openat(descriptor.get(), name.c_str(), flags));
   struct stat status {};
+  if (!file.isOpen() && errno == ELOOP && links == Links::refused) {
+    return refuse(makeError(PosixErrorDomain, ELOOP, "it is a link"));
+  }
   if (!file.isOpen() || ::fstat(file.get(), &status) != 0) {
     return refuse(makePosixError(errno, "open"));
   }

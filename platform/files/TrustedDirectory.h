@@ -19,6 +19,8 @@ namespace quenlet {
 class TrustedDirectory final {
  public:
   static constexpr std::size_t maximumFileSizeInBytes = std::size_t{1} << 20;
+  // What becomes of a file that is a link to another one.
+  enum class Links { followed, refused };
 
   // An error when there is no such directory (ENOENT), or it belongs to another user than root and
   // the own one, or its group or others can write it (EACCES).
@@ -32,7 +34,8 @@ class TrustedDirectory final {
   // The bytes of a regular file in it that has such an owner and mode too, and no more than
   // `maximumSizeInBytes`. Never waits.
   [[nodiscard]] Result<std::string> readFile(
-      const std::string& name, std::size_t maximumSizeInBytes = maximumFileSizeInBytes) const;
+      const std::string& name, std::size_t maximumSizeInBytes = maximumFileSizeInBytes,
+      Links links = Links::followed) const;
   // What keeps a file in it from being such a regular file; null when nothing does.
   [[nodiscard]] ErrorPtr examineFile(const std::string& name) const;
 

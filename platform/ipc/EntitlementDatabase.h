@@ -1,40 +1,61 @@
 #pragma once
 
+#include <array>
 #include <filesystem>
-#include <map>
-#include <optional>
+#include <memory>
+#include <set>
 #include <string>
 
+#include "platform/foundation/Cancelable.h"
+#include "platform/foundation/Mutex.h"
 #include "platform/foundation/PropertyList.h"
+#include "platform/ipc/EntitlementTable.h"
+#include "platform/scheduling/EventLoop.h"
 
 namespace quenlet {
 
-class TrustedDirectory;
-
-// What programs are entitled to, from the property-list files in
-// <prefix>/share/quenlet/entitlements. Each maps executable paths, absolute or relative to the
-// prefix, to a dictionary of entitlement and value; of two values for the same one, that of the
-// later file by name counts. Immutable once made: a change of the files needs a new one.
-//
-// The prefix, each directory down to the last, and each file must belong to root or to the own user
-// and be writable for the owner only; what is not, or does not parse, is left out with a line on
-// standard error. What lies above the prefix is up to whoever chose it.
+// What programs are entitled to, as the property lists in <prefix>/share/quenlet/entitlements and
+// <configuration>/quenlet/entitlements have it; the latter count more. The files are read at the
+// start and at each reload(), into a table that takes the place of the former one in one step. See
+// EntitlementTable.h for which files count. Thread-safe.
 class EntitlementDatabase final {
  public:
-  // A prefix with no such directory entitles nobody.
-  explicit EntitlementDatabase(const std::filesystem::path& prefix);
+  // Directories that do not exist entitle nobody. No configuration is looked for in an empty path.
+  explicit EntitlementDatabase(std::filesystem::path prefix,
+                               std::filesystem::path configuration = {});
 
   // The directory above the one that holds the running program. Empty when that cannot be told.
   [[nodiscard]] static std::filesystem::path prefixOfRunningProgram();
 
-  [[nodiscard]] std::optional<PropertyList> value(const std::filesystem::path& executable,
-                                                  const std::string& entitlement) const;
+  // The entitlements of a program, as they are now; null when it has none. A program that others
+  // than root and the own user could replace or write (see TrustedProgram.h) has none, which is
+  // said on standard error, once a table. Above the prefix nothing is looked at for a program below
+  // it.
+  [[nodiscard]] std::shared_ptr<const PropertyListDictionary> entitlementsOf(
+      const std::filesystem::path& executable) const EXCLUDES(mutex);
+
+  // Reads the files anew. The former table stays when they cannot be read for now: no program loses
+  // its entitlements because the system is short of descriptors.
+  void reload() EXCLUDES(mutex);
+  // Reloads when something changes in one of the directories, or it appears or goes, until the
+  // token is cancelled. On the loop's thread; the loop and this object outlive the watch.
+  [[nodiscard]] std::shared_ptr<Cancelable> reloadOnChanges(EventLoop& loop);
 
  private:
-  void addFile(const TrustedDirectory& directory, const std::string& name,
-               const std::filesystem::path& prefix);
+  struct Directory final {
+    std::filesystem::path base;
+    std::filesystem::path below;
+  };
+  [[nodiscard]] EntitlementTable readTable() const;
+  void reportUntrusted(const std::filesystem::path& executable, const std::string& reason) const
+      EXCLUDES(mutex);
 
-  std::map<std::string, PropertyListDictionary, std::less<>> entitlementsByExecutable;
+  const std::filesystem::path prefix;
+  const std::array<Directory, 2> directories;
+
+  mutable Mutex mutex;
+  std::shared_ptr<const EntitlementTable> table GUARDED_BY(mutex);
+  mutable std::set<std::string> reportedPrograms GUARDED_BY(mutex);
 };
 
 }  // namespace quenlet

@@ -51,11 +51,14 @@ class UnixServiceConnection::PendingReply final {
 
 UnixServiceConnection::UnixServiceConnection(
     std::shared_ptr<EventLoop> eventLoop, FileDescriptor connectedSocket, PeerIdentity peerIdentity,
-    std::shared_ptr<const EntitlementDatabase> entitlementDatabase, ServiceLimits serviceLimits,
-    ClosedHandler closedHandler, const std::shared_ptr<HeldBytes>& heldBytesOfAll)
+    const std::shared_ptr<const EntitlementDatabase>& entitlementDatabase,
+    ServiceLimits serviceLimits, ClosedHandler closedHandler,
+    const std::shared_ptr<HeldBytes>& heldBytesOfAll)
     : loop(std::move(eventLoop)),
       peer(std::move(peerIdentity)),
-      entitlements(std::move(entitlementDatabase)),
+      entitlements(peer.executable && entitlementDatabase
+                       ? entitlementDatabase->entitlementsOf(*peer.executable)
+                       : nullptr),
       limits(serviceLimits),
       onClosed(std::move(closedHandler)),
       reader(limits.messageSizeInBytes),
@@ -67,8 +70,8 @@ UnixServiceConnection::UnixServiceConnection(
 
 std::optional<PropertyList> UnixServiceConnection::valueForEntitlement(
     const std::string& entitlement) const {
-  if (!peer.executable || !entitlements) return std::nullopt;
-  return entitlements->value(*peer.executable, entitlement);
+  const PropertyList* held = entitlements ? findEntry(*entitlements, entitlement) : nullptr;
+  return held == nullptr ? std::nullopt : std::optional(*held);
 }
 
 void UnixServiceConnection::setExportedInterface(ServiceInterface interface) {
@@ -313,14 +316,14 @@ void UnixServiceConnection::abandon() {
   ::shutdown(descriptor.get(), SHUT_RDWR);
 }
 
-void UnixServiceConnection::closeByItself() {
-  close();
-  onClosed(*this);
 void UnixServiceConnection::giveUp() {
   MutexLock lock(mutex);
   if (descriptor.isOpen() && !abandoned) abandon();
 }
 
+void UnixServiceConnection::closeByItself() {
+  close();
+  onClosed(*this);
 }
 
 void UnixServiceConnection::close() {

@@ -36,7 +36,7 @@ class UnixServiceConnection final : public ServiceConnection,
 
   UnixServiceConnection(std::shared_ptr<EventLoop> eventLoop, FileDescriptor connectedSocket,
                         PeerIdentity peerIdentity,
-                        std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
+                        const std::shared_ptr<const EntitlementDatabase>& entitlementDatabase,
                         ServiceLimits serviceLimits, ClosedHandler closedHandler,
                         const std::shared_ptr<HeldBytes>& heldBytesOfAll = nullptr);
   UnixServiceConnection(const UnixServiceConnection&) = delete;
@@ -88,7 +88,8 @@ class UnixServiceConnection final : public ServiceConnection,
 
   const std::shared_ptr<EventLoop> loop;
   const PeerIdentity peer;
-  const std::shared_ptr<const EntitlementDatabase> entitlements;
+  // As they were when the connection was accepted; null for none.
+  const std::shared_ptr<const PropertyListDictionary> entitlements;
   const ServiceLimits limits;
   const ClosedHandler onClosed;
   // On the loop's thread only.

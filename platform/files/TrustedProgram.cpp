@@ -1,9 +1,10 @@
-#include "platform/extensions/TrustedProgram.h"
+#include "platform/files/TrustedProgram.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <system_error>
@@ -31,9 +32,17 @@ const char* mistrust(const struct stat& status) {
   return nullptr;
 }
 
+// Both are absolute and in normal form.
+bool isAbove(const std::filesystem::path& directory, const std::filesystem::path& path) {
+  const auto [end, rest] =
+      std::mismatch(directory.begin(), directory.end(), path.begin(), path.end());
+  return end == directory.end() && rest != path.end();
+}
+
 }  // namespace
 
-Result<std::filesystem::path> trustedProgram(const std::filesystem::path& executable) {
+Result<std::filesystem::path> trustedProgram(const std::filesystem::path& executable,
+                                             const std::filesystem::path& chosenBase) {
   using Program = Result<std::filesystem::path>;
   std::error_code failure;
   std::filesystem::path program = std::filesystem::canonical(executable, failure);
@@ -48,7 +57,8 @@ Result<std::filesystem::path> trustedProgram(const std::filesystem::path& execut
     if (!next.isOpen() || ::fstat(next.get(), &status) != 0) {
       return Program::right(makePosixError(errno, "open the program"));
     }
-    if (const char* reason = mistrust(status)) {
+    const bool isChosen = isAbove(soFar, chosenBase) && isAbove(chosenBase, program);
+    if (const char* reason = isChosen ? nullptr : mistrust(status)) {
       return Program::right(makeError(PosixErrorDomain, EACCES, soFar.native() + ": " + reason));
     }
     reached = std::move(next);

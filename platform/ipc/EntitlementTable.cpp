@@ -1,0 +1,92 @@
+#include "platform/ipc/EntitlementTable.h"
+
+#include <cerrno>
+#include <system_error>
+#include <vector>
+
+#include "platform/files/TrustedDirectory.h"
+#include "platform/foundation/PropertyListSerializer.h"
+#include "platform/foundation/StandardStreams.h"
+
+namespace quenlet {
+namespace {
+
+void reportIgnored(const std::filesystem::path& path, const std::string& reason) {
+  StandardStreams::writeError("quenlet: entitlements in " + path.native() +
+                              " are ignored: " + reason);
+}
+
+std::string canonicalPath(const std::filesystem::path& path) {
+  std::error_code failure;
+  std::filesystem::path canonical = std::filesystem::weakly_canonical(path, failure);
+  return failure ? path.lexically_normal().native() : canonical.native();
+}
+
+bool isPassing(const Error& error) {
+  if (error.domain() != PosixErrorDomain) return false;
+  for (const int code : {EMFILE, ENFILE, ENOMEM, EIO, EINTR, ESTALE}) {
+    if (error.code() == code) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+void EntitlementTable::leaveOut(const std::filesystem::path& path, const Error& error) {
+  if (isPassing(error)) incomplete = true;
+  reportIgnored(path, error.debugDescription());
+}
+
+void EntitlementTable::addDirectory(const std::filesystem::path& base,
+                                    const std::filesystem::path& below,
+                                    const std::filesystem::path& prefix) {
+  std::filesystem::path path = base;
+  Result<TrustedDirectory> directory = TrustedDirectory::open(path);
+  for (const std::filesystem::path& part : below) {
+    if (!directory.isLeft()) break;
+    path /= part;
+    directory = directory.left().subdirectory(part.native());
+  }
+  if (!directory.isLeft()) {
+    if (directory.right()->code() != ENOENT) leaveOut(path, *directory.right());
+    return;
+  }
+  const Result<std::vector<std::string>> names = directory.left().names();
+  if (!names.isLeft()) return leaveOut(path, *names.right());
+  for (const std::string& name : names.left()) {
+    if (std::filesystem::path(name).extension() != ".plist") continue;
+    addFile(directory.left(), name, prefix);
+  }
+}
+
+void EntitlementTable::addFile(const TrustedDirectory& directory, const std::string& name,
+                               const std::filesystem::path& prefix) {
+  const std::filesystem::path file = directory.path() / name;
+  const Result<std::string> text = directory.readFile(
+      name, TrustedDirectory::maximumFileSizeInBytes, TrustedDirectory::Links::refused);
+  if (!text.isLeft()) return leaveOut(file, *text.right());
+  const Result<PropertyList> content = PropertyListSerializer::objectWithData(text.left());
+  if (!content.isLeft()) return leaveOut(file, *content.right());
+  const PropertyListDictionary* programs = content.left().dictionary();
+  if (programs == nullptr) return reportIgnored(file, "its top level is not a dictionary");
+  for (const auto& [path, entitlements] : *programs) {
+    if (entitlements.dictionary() == nullptr) {
+      reportIgnored(file, "the value of " + path + " is not a dictionary");
+      continue;
+    }
+    // An absolute path takes the prefix's place.
+    auto& known = entitlementsByExecutable[canonicalPath(prefix / path)];
+    if (!known) known = std::make_shared<PropertyListDictionary>();
+    for (const auto& [entitlement, value] : *entitlements.dictionary()) {
+      known->insert_or_assign(entitlement, value);
+    }
+  }
+}
+
+std::shared_ptr<const PropertyListDictionary> EntitlementTable::entitlementsOf(
+    const std::filesystem::path& executable) const {
+  const auto found = entitlementsByExecutable.find(executable.native());
+  return found == entitlementsByExecutable.end() ? nullptr : found->second;
+}
+
+}  // namespace quenlet
