@@ -91,8 +91,8 @@ void CorvelDispatcher::perform(const std::string& selector, WireReader arguments
 }
 
 void CorvelDispatcher::donate(WireReader arguments, WireReply reply) const {
-  Result<DonationValues> values =
-      gateAdmitsClient() ? DonationWire::decode(arguments) : Result<DonationValues>::left({});
+  Result<DonationValues> values = gateAdmitsClient() ? DonationWire::decodeDonated(arguments)
+                                                     : Result<DonationValues>::left({});
   ErrorReply completionHandler = errorReply(std::move(reply));
   if (!values.isLeft()) {
     completionHandler(values.right());

@@ -59,7 +59,7 @@ void wireMessage(std::string_view bytes) {
       decodedIsEncoded(
           frame->body,
           [](WireReader& values) {
-            auto list = DonationWire::decode(values);
+            auto list = DonationWire::decodeDonated(values);
             return list.isLeft() ? std::optional(std::move(list).takeLeft()) : std::nullopt;
           },
           &DonationWire::encode);

@@ -48,7 +48,7 @@ std::string unescapedField(std::string_view field) {
 }
 
 bool DonationFields::areValid() const {
-  if (bundleIdentifier.empty() || donationIdentifier.empty()) return false;
+  if (!hasIdentifiers()) return false;
   if (kind == DonationKind::phoneNumber) return PhoneNumber::isNumber(unescapedField(content[0]));
   // Base64 has no references; one of them would be a foreign character.
   return kind != DonationKind::imageData || decodedBase64(content[0]).has_value();

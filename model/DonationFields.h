@@ -47,6 +47,9 @@ struct DonationFields final {
   // Whether a record may be made of them: the identifiers are not empty, a phone number is one and
   // image data is base64.
   [[nodiscard]] bool areValid() const;
+  [[nodiscard]] bool hasIdentifiers() const {
+    return !bundleIdentifier.empty() && !donationIdentifier.empty();
+  }
 
   // Need valid fields, but for the identifiers.
   [[nodiscard]] PersonNameComponents nameComponents() const;

@@ -96,7 +96,9 @@ DonationValuePtr DonationValue::makeRecord(DecodedDonation donation) {
   writer.value(propertyListRepresentationOf(donation));
   const Result<std::string> written = std::move(writer).takeText();
   const std::string_view text = written.isLeft() ? std::string_view(written.left()) : "";
-  const auto fields = DonationTextReader(text).takeRecord();
+  std::optional<DonationFields> fields = DonationTextReader(text).takeRecord();
+  // It would not be read back.
+  if (fields && !fields->hasIdentifiers()) fields.reset();
   digest = fields ? maker.digestOfText(*fields, text) : maker.digestOfDonation(donation);
   DigestMaker::place(digest, digest.textSize);
   const auto block = makeBlock(text.substr(0, digest.textSize), maker.furtherKeys());

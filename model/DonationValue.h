@@ -61,7 +61,7 @@ class DonationValue final {
                                                       DonationValues& values);
   [[nodiscard]] PropertyListDictionary propertyListRepresentation() const;
   // The text of that dictionary, good for the record's life; nothing for a record with text or a
-  // date that the form cannot hold.
+  // date that the form cannot hold, or without a bundle or donation identifier.
   [[nodiscard]] std::optional<std::string_view> propertyListText() const {
     if (digest.textSize == 0) return std::nullopt;
     return text({0, digest.textSize});

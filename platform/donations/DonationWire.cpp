@@ -1,5 +1,6 @@
 #include "platform/donations/DonationWire.h"
 
+#include "model/DonationBounds.h"
 #include "platform/donations/DonationError.h"
 #include "platform/ipc/ServiceInterface.h"
 
@@ -10,6 +11,57 @@ namespace {
 constexpr std::size_t maximumValuesInRecord = 1000;
 
 using DecodedList = Result<DonationValues>;
+using DecodedRecord = Result<DonationValuePtr>;
+
+DecodedRecord notSerializable(const std::string& reason) {
+  return DecodedRecord::right(makeDonationError(DonationErrorCode::notSerializable, reason));
+}
+
+// The content of one object of the class; nothing when that is not what comes next.
+std::optional<PropertyList> takeRecord(WireReader& reader) {
+  const std::optional<std::string_view> name = reader.object();
+  if (name == DonationWire::className) return reader.propertyList(maximumValuesInRecord);
+  if (name) reader.skip();
+  return std::nullopt;
+}
+
+// The bounds come first: what is found out about a record costs more for large ones.
+DecodedRecord decodeDonatedValue(WireReader& reader) {
+  const std::optional<PropertyList> content = takeRecord(reader);
+  const PropertyListDictionary* entries = content ? content->dictionary() : nullptr;
+  if (entries == nullptr) return DecodedRecord::left(nullptr);
+  if (const auto violation = DonationBounds::violation(*entries)) {
+    return notSerializable("cannot be serialised: " + *violation);
+  }
+  DonationValuePtr value = DonationValue::initWithPropertyListRepresentation(*entries);
+  if (value && !value->propertyListText()) return notSerializable("cannot be serialised");
+  return DecodedRecord::left(std::move(value));
+}
+
+// Reads a list of what `decodeElement` reads; null elements and errors end it.
+template <typename DecodeElement>
+DecodedList decodeList(WireReader& reader, const DecodeElement& decodeElement) {
+  const std::optional<std::size_t> count = reader.list();
+  if (!count) {
+    return DecodedList::right(
+        makeServiceError(ServiceErrorCode::invalidArguments, "no list of donations"));
+  }
+  DonationValues values;
+  for (std::size_t i = 0; i < *count; ++i) {
+    DecodedRecord element = decodeElement(reader);
+    const std::string name = "element " + std::to_string(i);
+    if (!element.isLeft()) {
+      return DecodedList::right(makeError(element.right()->domain(), element.right()->code(),
+                                          name + " " + element.right()->debugDescription()));
+    }
+    if (!element.left()) {
+      return DecodedList::right(
+          makeServiceError(ServiceErrorCode::invalidArguments, name + " is no valid donation"));
+    }
+    values.push_back(std::move(element).takeLeft());
+  }
+  return DecodedList::left(std::move(values));
+}
 
 }  // namespace
 
@@ -18,12 +70,7 @@ void DonationWire::encodeValue(WireEncoder& encoder, const DonationValue& value)
 }
 
 DonationValuePtr DonationWire::decodeValue(WireReader& reader) {
-  const std::optional<std::string_view> name = reader.object();
-  if (name != className) {
-    if (name) reader.skip();
-    return nullptr;
-  }
-  const std::optional<PropertyList> content = reader.propertyList(maximumValuesInRecord);
+  const std::optional<PropertyList> content = takeRecord(reader);
   if (!content || !content->dictionary()) return nullptr;
   return DonationValue::initWithPropertyListRepresentation(*content->dictionary());
 }
@@ -34,27 +81,13 @@ void DonationWire::encode(WireEncoder& encoder, const DonationValues& values) {
 }
 
 DecodedList DonationWire::decode(WireReader& reader) {
-  const std::optional<std::size_t> count = reader.list();
-  if (!count) {
-    return DecodedList::right(
-        makeServiceError(ServiceErrorCode::invalidArguments, "no list of donations"));
-  }
-  DonationValues values;
-  for (std::size_t i = 0; i < *count; ++i) {
-    DonationValuePtr value = decodeValue(reader);
-    if (!value) {
-      return DecodedList::right(
-          makeServiceError(ServiceErrorCode::invalidArguments,
-                           "element " + std::to_string(i) + " is no valid donation"));
-    }
-    if (!value->propertyListText()) {
-      return DecodedList::right(
-          makeDonationError(DonationErrorCode::notSerializable,
-                            "element " + std::to_string(i) + " cannot be serialised"));
-    }
-    values.push_back(std::move(value));
-  }
-  return DecodedList::left(std::move(values));
+  return decodeList(reader, [](WireReader& element) {
+    return DecodedRecord::left(DonationWire::decodeValue(element));
+  });
+}
+
+DecodedList DonationWire::decodeDonated(WireReader& reader) {
+  return decodeList(reader, decodeDonatedValue);
 }
 
 }  // namespace quenlet

@@ -18,9 +18,13 @@ class DonationWire final {
   // Reads one value; null when it is no valid record, or one of more than 1,000 values.
   [[nodiscard]] static DonationValuePtr decodeValue(WireReader& reader);
   // Reads one list. An error when it is none, or an element is no valid record or has more than
-  // 1,000 values (invalidArguments), or has text that no file can hold (DonationErrorDomain,
-  // notSerializable): one such record in the table would keep every later one off the disk.
+  // 1,000 values (invalidArguments).
   [[nodiscard]] static Result<DonationValues> decode(WireReader& reader);
+  // The same for a list that somebody donates. Also an error when an element is beyond the bounds
+  // of model/DonationBounds.h, which it names, or has text that no file can hold
+  // (DonationErrorDomain, notSerializable): one such record in the table would keep every later one
+  // off the disk.
+  [[nodiscard]] static Result<DonationValues> decodeDonated(WireReader& reader);
 };
 
 }  // namespace quenlet

@@ -33,7 +33,7 @@ Result<DonationValues> readRedonation(const Result<std::string>& reply,
     return Donated::right(makeExtensionError(ExtensionErrorCode::badAnswer,
                                              "there is neither a list of values nor an error"));
   }
-  Donated donated = DonationWire::decode(list);
+  Donated donated = DonationWire::decodeDonated(list);
   if (!donated.isLeft()) return donated;
   for (const DonationValuePtr& value : donated.left()) {
     if (canonicallyEqual(value->origin().bundleIdentifier, bundleIdentifier)) continue;

@@ -1,3 +1,4 @@
+#include "model/DonationBounds.h"
 #include "model/Value.h"
 
 #include <gtest/gtest.h>
@@ -117,6 +118,38 @@ TEST(DonationValueTest, RefusesWhatIsNoRecord) {
     }
     EXPECT_FALSE(DonationValue::initWithPropertyListRepresentation(bad)) << name;
   }
+}
+
+TEST(DonationBoundsTest, NamesTheFieldThatIsBeyondItsBound) {
+  const std::string text(65'536, 't');
+  const std::string more = text + "t";
+  const auto origin = [](const std::string& bundle, const std::string& donation,
+                         const std::string& cluster) {
+    return Entries{{"origin", Entries{{"bundleIdentifier", bundle},
+                                      {"donationIdentifier", donation},
+                                      {"clusterIdentifier", cluster}}}};
+  };
+  const std::pair<Entries, std::optional<std::string>> rows[] = {
+      {{{"emailAddress", text}, {"label", text}}, {}},
+      {{{"nameComponents", Entries{{"nickname", text}}}, {"label", ""}}, {}},
+      {{{"imageData", Data{std::string(8'388'608, 'p')}}}, {}},
+      {origin(text, text, ""), {}},
+      {{{"unknown", more}, {"emailAddress", Data{more}}}, {}},
+      {{{"emailAddress", more}}, "emailAddress is larger than 64 KiB"},
+      {{{"label", more}}, "label is larger than 64 KiB"},
+      {{{"nameComponents", Entries{{"nickname", more}}}}, "nickname is larger than 64 KiB"},
+      {{{"postalAddress", Entries{{"street", more}}}}, "street is larger than 64 KiB"},
+      {origin("app", "id", more), "clusterIdentifier is larger than 64 KiB"},
+      {{{"imageData", Data{std::string(8'388'609, 'p')}}}, "imageData is larger than 8 MiB"},
+      {origin("", "id", "x"), "bundleIdentifier is empty"},
+      {origin("app", "", "x"), "donationIdentifier is empty"},
+  };
+  for (const auto& [record, violation] : rows) {
+    EXPECT_EQ(DonationBounds::violation(record), violation);
+  }
+  EXPECT_TRUE(email("a@b", from("app", "id", ""))->propertyListText());
+  EXPECT_FALSE(email("a@b", from("", "id"))->propertyListText());
+  EXPECT_FALSE(email("a@b", from("app", ""))->propertyListText());
 }
 
 }  // namespace

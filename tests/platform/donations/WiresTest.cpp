@@ -31,6 +31,12 @@ TEST(DonationWireTest, CarriesRecordsAndRefusesOthers) {
 
   const Entries record = values[0]->propertyListRepresentation();
   const Entries control = email("\x01")->propertyListRepresentation();
+  const Entries large = email(std::string(65'537, 'a'))->propertyListRepresentation();
+  const Entries nameless = email("a@b", from("app", ""))->propertyListRepresentation();
+  WireEncoder held;
+  held.list(1).object("DonationValue").propertyList(large);
+  WireReader listed(held.bytes());
+  EXPECT_TRUE(DonationWire::decode(listed).isLeft()) << "older files may hold more";
   const auto list = [](std::size_t count = 1) { return WireEncoder().list(count); };
   const std::tuple<const char*, WireEncoder, std::int64_t> rows[] = {
       {"no list", WireEncoder().string("x"), invalid},
@@ -38,10 +44,12 @@ TEST(DonationWireTest, CarriesRecordsAndRefusesOthers) {
       {"object inside", list().object("DonationValue").object("DonationValue").null(), invalid},
       {"one bad of two", list(2).object("DonationValue").propertyList(record).null(), invalid},
       {"text that no file holds", list().object("DonationValue").propertyList(control), 501},
+      {"text beyond the bound", list().object("DonationValue").propertyList(large), 501},
+      {"no identifier", list().object("DonationValue").propertyList(nameless), 501},
   };
   for (const auto& [name, encoder, code] : rows) {
     WireReader bad(encoder.bytes());
-    const Result<DonationValues> result = DonationWire::decode(bad);
+    const Result<DonationValues> result = DonationWire::decodeDonated(bad);
     ASSERT_FALSE(result.isLeft()) << name;
     EXPECT_EQ(result.right()->code(), code) << name;
   }
