@@ -49,6 +49,8 @@ std::string encodeSynchronous(const ContactPtr& contact) {
   });
 }
 
+constexpr std::size_t maximumIdentifiersInRemoval = 100'000;
+
 // The next argument, which the interface has as text.
 std::string textArgument(WireReader& arguments) {
   return std::string(arguments.string().value_or(std::string_view()));
@@ -58,6 +60,13 @@ Result<std::vector<std::string>> textListArgument(WireReader& arguments) {
   using Outcome = Result<std::vector<std::string>>;
   std::vector<std::string> texts;
   const std::size_t count = arguments.list().value_or(0);
+  // Before anything is built: an empty text takes two bytes of a message, and many more here.
+  if (count > maximumIdentifiersInRemoval) {
+    return Outcome::right(makeServiceError(
+        ServiceErrorCode::invalidArguments,
+        "a removal holds at most " + std::to_string(maximumIdentifiersInRemoval) + " identifiers"));
+  }
+  texts.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
     const std::optional<std::string_view> text = arguments.string();
     if (!text) {

@@ -153,10 +153,12 @@ class DonationListenerDelegateTest : public EntitlementGateTest {
     client.object->perform(selector, WireReader(arguments.bytes()),
                            [&](std::string reply) { bytes = std::move(reply); });
     WireReader reader(bytes);
-    if (reader.nextType() == WireType::boolean) {
-      EXPECT_EQ(reader.boolean(), false);
-    }
+    const bool hasFlag = reader.nextType() == WireType::boolean;
+    const std::optional<bool> success = hasFlag ? reader.boolean() : std::nullopt;
     const ErrorPtr error = ErrorWire::decode(reader);
+    if (hasFlag) {
+      EXPECT_EQ(success, !error) << selector;
+    }
     return error ? error->code() : 0;
   }
 
@@ -186,6 +188,19 @@ TEST_F(DonationListenerDelegateTest, GatesEachConnectionByItselfAndPassesOnlyVal
                                  "caller: acceptingConnectionFromProcess: 42",
                                  "caller: denyingRequestFromProcess: 42",
                                  "caller: deniedProcess:executable: 42,/opt/other"}));
+}
+
+TEST_F(DonationListenerDelegateTest, BoundsTheIdentifiersOfARemoval) {
+  connection->entitlements = {{contacts, true}};
+  accept(connection);
+  constexpr auto invalid = static_cast<std::int64_t>(ServiceErrorCode::invalidArguments);
+  for (const auto& [count, code] : {std::pair(100'000u, std::int64_t{0}), {100'001u, invalid}}) {
+    WireEncoder arguments;
+    arguments.list(count);
+    for (std::size_t i = 0; i < count; ++i) arguments.string("");
+    EXPECT_EQ(errorCode(*connection, CorvelSelector::removeIdentifiers, arguments), code) << count;
+    EXPECT_EQ(agent->takeCalls().empty(), code != 0) << count;
+  }
 }
 
 }  // namespace
