@@ -2,6 +2,8 @@
 
 #include "core/Corvel.h"
 
+#include <algorithm>
+
 #include "mecard/ContactRebuilder.h"
 #include "platform/PlatformServices.h"
 #include "platform/foundation/FreedMemory.h"
@@ -121,11 +123,31 @@ void Corvel::dropConfirmedOrRejected() {
   if (donations.snapshot()->size() != before) commitTable([](const SaveResponse&) {});
 }
 
-void Corvel::submitChange(ChangeType change, SaveReply saveReply) {
-  submitWriterBlock(
-      [change = std::move(change), saveReply = std::move(saveReply)](Corvel& agent) mutable {
-        agent.applyChange(change, std::move(saveReply));
-      });
+void Corvel::submitChange(ChangeType change, SaveReply saveReply, ChangeLimit within) {
+  submitWriterBlock([change = std::move(change), saveReply = std::move(saveReply),
+                     within = std::move(within)](Corvel& agent) mutable {
+    if (!within.limit || agent.isWithin(*within.limit, change)) {
+      return agent.applyChange(change, std::move(saveReply));
+    }
+    agent.replyScheduler->performBlock(
+        [refused = std::move(within.refused)] { refused(BundleLimit::refusal()); });
+  });
+}
+
+bool Corvel::isWithin(const BundleLimit& limit, const ChangeType& change) const {
+  const auto mayTouch = [&](const std::string& identifier) {
+    const DonationValuePtr held = donations.find(identifier);
+    return !held || limit.allows(*held);
+  };
+  if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
+    return std::all_of(insertion->values.begin(), insertion->values.end(), [&](const auto& value) {
+      return mayTouch(std::string(value->donationKey().text));
+    });
+  }
+  if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
+    return std::all_of(removal->identifiers.begin(), removal->identifiers.end(), mayTouch);
+  }
+  return limit.allows(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
 }
 
 void Corvel::applyChange(const ChangeType& change, SaveReply saveReply) {

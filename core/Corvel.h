@@ -9,6 +9,7 @@
 #include <variant>
 #include <vector>
 
+#include "core/BundleLimit.h"
 #include "core/DonationPreferencesMonitor.h"
 #include "core/DonationTable.h"
 #include "core/FeatureState.h"
@@ -92,6 +93,13 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
                                                SuccessReply completionHandler) override;
   void removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIdentifier,
                                                      SuccessReply completionHandler) override;
+  // The same for a client with a limit: the whole change is refused when it would replace or remove
+  // a value that is held under a bundle beyond it.
+  void donateMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit, DonationValues values,
+                                ErrorReply completionHandler);
+  void removeDonatedMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit,
+                                       std::vector<std::string> identifiers,
+                                       SuccessReply completionHandler);
   void fetchDonatedMeCard(ContactReply reply) override;
   void synchronousDonatedMeCard(EitherContactReply reply) override;
   // The fetch behind both operations: `sel` is the request's name in the log, a refusal is replied
@@ -152,6 +160,13 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
     ErrorReply reply;
   };
 
+  // What a change has to fulfil when its turn has come. None of it is made when `limit`, null for
+  // none, does not allow it; `refused` is called on the reply scheduler then.
+  struct ChangeLimit final {
+    std::shared_ptr<const BundleLimit> limit;
+    std::function<void(const ErrorPtr&)> refused;
+  };
+
   // Whether a request is served before the preference has been read.
   enum class WhileUndetermined { served, refused };
 
@@ -161,6 +176,7 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void dropConfirmedOrRejected();
   void rebuildMeCard();
   void applyChange(const ChangeType& change, SaveReply saveReply);
+  [[nodiscard]] bool isWithin(const BundleLimit& limit, const ChangeType& change) const;
   // What follows each change of the table: the card is rebuilt, the table saved, the change posted.
   void commitTable(SaveReply saveReply);
   void save(SaveReply saveReply);
@@ -174,8 +190,9 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
 
   // Runs anywhere.
   void submitWriterBlock(std::function<void(Corvel&)> block);
-  void submitChange(ChangeType change, SaveReply saveReply);
-  void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply);
+  void submitChange(ChangeType change, SaveReply saveReply, ChangeLimit within = {});
+  void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply,
+                    std::shared_ptr<const BundleLimit> limit = nullptr);
   void reportRejection(const RejectionResult& result, const Rejection& rejection);
   void renewPreExpired(const DonationValues& values);
   void askDonorsToRenew(const DonationValues& values);

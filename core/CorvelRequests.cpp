@@ -18,6 +18,11 @@ ErrorPtr Corvel::refusal(const std::string& requestName, WhileUndetermined undet
 }
 
 void Corvel::donateMeCardValues(DonationValues values, ErrorReply completionHandler) {
+  donateMeCardValuesWithin(nullptr, std::move(values), std::move(completionHandler));
+}
+
+void Corvel::donateMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit,
+                                      DonationValues values, ErrorReply completionHandler) {
   const std::string requestName = "donateMeCardValues:completionHandler:";
   logger->agentWillHandleRequest(requestName);
   if (const ErrorPtr error = refusal(requestName, WhileUndetermined::served)) {
@@ -25,6 +30,11 @@ void Corvel::donateMeCardValues(DonationValues values, ErrorReply completionHand
     return;
   }
   logger->acceptingDonations(values);
+  ChangeLimit within{std::move(limit), [self = shared_from_this(), requestName,
+                                        completionHandler](const ErrorPtr& error) {
+                       completionHandler(error);
+                       self->logger->agentDidHandleRequest(requestName);
+                     }};
   SaveReply saveReply = [self = shared_from_this(), values, requestName,
                          reply = std::move(completionHandler)](const SaveResponse& response) {
     reply(response.failure);
@@ -32,7 +42,7 @@ void Corvel::donateMeCardValues(DonationValues values, ErrorReply completionHand
     self->logger->agentDidHandleRequest(requestName);
     self->renewPreExpired(values);
   };
-  submitChange(InsertOrModifyValues{std::move(values)}, std::move(saveReply));
+  submitChange(InsertOrModifyValues{std::move(values)}, std::move(saveReply), std::move(within));
 }
 
 void Corvel::renewPreExpired(const DonationValues& values) {
@@ -52,6 +62,14 @@ void Corvel::removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> id
                RemoveValuesWithIdentifiers{std::move(identifiers)}, std::move(completionHandler));
 }
 
+void Corvel::removeDonatedMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit,
+                                             std::vector<std::string> identifiers,
+                                             SuccessReply completionHandler) {
+  removeValues("removeDonatedMeCardValuesForIdentifiers:completionHandler:",
+               RemoveValuesWithIdentifiers{std::move(identifiers)}, std::move(completionHandler),
+               std::move(limit));
+}
+
 void Corvel::removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIdentifier,
                                                            SuccessReply completionHandler) {
   removeValues("removeDonatedMeCardValuesWithBundleIdentifier:completionHandler:",
@@ -59,17 +77,22 @@ void Corvel::removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIde
                std::move(completionHandler));
 }
 
-void Corvel::removeValues(const std::string& requestName, ChangeType change, SuccessReply reply) {
+void Corvel::removeValues(const std::string& requestName, ChangeType change, SuccessReply reply,
+                          std::shared_ptr<const BundleLimit> limit) {
   logger->agentWillHandleRequest(requestName);
   if (const ErrorPtr error = refusal(requestName, WhileUndetermined::served)) {
     reply(false, error);
     return;
   }
-  submitChange(std::move(change), [self = shared_from_this(), requestName,
-                                   reply = std::move(reply)](const SaveResponse& response) {
-    reply(response.isSuccess(), response.failure);
+  const auto finish = [self = shared_from_this(), requestName, reply = std::move(reply)](
+                          bool success, const ErrorPtr& error) {
+    reply(success, error);
     self->logger->agentDidHandleRequest(requestName);
-  });
+  };
+  submitChange(
+      std::move(change),
+      [finish](const SaveResponse& response) { finish(response.isSuccess(), response.failure); },
+      {std::move(limit), [finish](const ErrorPtr& error) { finish(false, error); }});
 }
 
 void Corvel::fetchDonatedMeCard(ContactReply reply) {

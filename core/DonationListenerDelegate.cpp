@@ -11,8 +11,10 @@ namespace quenlet {
 
 DonationListenerDelegate::DonationListenerDelegate(
     std::shared_ptr<AgentEnvironmentProtocol> gateEnvironment,
-    std::shared_ptr<CorvelProtocol> exportedAgent)
-    : environment(std::move(gateEnvironment)), agent(std::move(exportedAgent)) {
+    std::shared_ptr<CorvelProtocol> exportedAgent, LimitedAgent exportedLimitedAgent)
+    : environment(std::move(gateEnvironment)),
+      agent(std::move(exportedAgent)),
+      limitedAgent(std::move(exportedLimitedAgent)) {
   // Gates read it on the listener's thread, and the first read of all makes it.
   static_cast<void>(environment->logger());
 }
@@ -23,8 +25,10 @@ bool DonationListenerDelegate::shouldAcceptNewConnection(
       .defaultLoggerProvider()
       ->agentLogger()
       ->acceptingConnectionFromProcess(newConnection->processIdentifier());
+  const auto limit =
+      BundleLimit::ofEntitlement(newConnection->valueForEntitlement(BundleLimit::entitlement));
   auto gate = std::make_shared<CorvelEntitlementDecorator>(
-      *environment, agent,
+      *environment, limit ? limitedAgent(*limit) : agent,
       // Weakly, since the connection owns the gate.
       [connection = std::weak_ptr<ServiceConnection>(newConnection)] { return connection.lock(); });
   newConnection->setExportedInterface(interface);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
+#include "core/BundleLimit.h"
 #include "platform/AgentEnvironmentProtocol.h"
 #include "platform/donations/CorvelProtocol.h"
 #include "platform/ipc/ServiceListener.h"
@@ -12,9 +14,13 @@ namespace quenlet {
 // entitlement gate of the connection's own. Immutable; called on the listener's thread.
 class DonationListenerDelegate final : public ServiceListenerDelegate {
  public:
-  // `environment` is the gates' (they use its logger), `agent` is what they let clients through to.
+  // Gives the agent for a client who may change the donations of some bundles only.
+  using LimitedAgent = std::function<std::shared_ptr<CorvelProtocol>(BundleLimit)>;
+
+  // `environment` is the gates' (they use its logger), `agent` is what they let clients through to,
+  // `limitedAgent` makes what they let those through to whose entitlements name bundles.
   DonationListenerDelegate(std::shared_ptr<AgentEnvironmentProtocol> environment,
-                           std::shared_ptr<CorvelProtocol> agent);
+                           std::shared_ptr<CorvelProtocol> agent, LimitedAgent limitedAgent);
 
   bool shouldAcceptNewConnection(ServiceListener& listener,
                                  const std::shared_ptr<ServiceConnection>& newConnection) override;
@@ -28,6 +34,7 @@ class DonationListenerDelegate final : public ServiceListenerDelegate {
  private:
   const std::shared_ptr<AgentEnvironmentProtocol> environment;
   const std::shared_ptr<CorvelProtocol> agent;
+  const LimitedAgent limitedAgent;
   const ServiceInterface interface = makeConfiguredInterface();
 };
 

@@ -3,6 +3,7 @@
 #include <csignal>
 
 #include "analytics/MetricsAttempt.h"
+#include "core/BundleLimitDecorator.h"
 #include "core/ProductionEnvironment.h"
 #include "mecard/ProductionInfoProvider.h"
 #include "platform/PlatformServices.h"
@@ -51,8 +52,10 @@ void AgentProcess::restoreAndMonitor() {
 }
 
 ErrorPtr AgentProcess::openDonationService() {
-  listenerDelegate =
-      std::make_shared<DonationListenerDelegate>(std::make_shared<ProductionEnvironment>(), agent);
+  listenerDelegate = std::make_shared<DonationListenerDelegate>(
+      std::make_shared<ProductionEnvironment>(), agent, [agent = agent](BundleLimit limit) {
+        return std::make_shared<BundleLimitDecorator>(agent, std::move(limit));
+      });
   donationListener->setDelegate(listenerDelegate);
   return donationListener->resume();
 }

@@ -23,10 +23,11 @@ enum class ServiceErrorCode {
   malformedMessage = 5,
   messageTooLarge = 6,
   tooManyConnections = 7,
-  notImplemented = 8,  // the operation is known, but not served by this build
-  noReply = 9,         // the operation's handler was dropped without an answer
-  nameTaken = 10,      // another process listens under that name
-  timedOut = 11,       // the service did not answer within the client's time limit
+  notImplemented = 8,     // the operation is known, but not served by this build
+  noReply = 9,            // the operation's handler was dropped without an answer
+  nameTaken = 10,         // another process listens under that name
+  timedOut = 11,          // the service did not answer within the client's time limit
+  bundleNotAllowed = 12,  // the program's entitlements name the bundles that it may change
 };
 [[nodiscard]] ErrorPtr makeServiceError(ServiceErrorCode code, std::string debugDescription);
 

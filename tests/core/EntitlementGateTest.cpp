@@ -162,7 +162,11 @@ class DonationListenerDelegateTest : public EntitlementGateTest {
     return error ? error->code() : 0;
   }
 
-  DonationListenerDelegate delegate{environment, agent};
+  std::vector<std::string> limits;
+  DonationListenerDelegate delegate{environment, agent, [this](const BundleLimit& limit) {
+                                      limits.push_back(limit.allows("app") ? "app" : "none");
+                                      return agent;
+                                    }};
 };
 
 TEST_F(DonationListenerDelegateTest, GatesEachConnectionByItselfAndPassesOnlyValidValues) {
@@ -201,6 +205,19 @@ TEST_F(DonationListenerDelegateTest, BoundsTheIdentifiersOfARemoval) {
     EXPECT_EQ(errorCode(*connection, CorvelSelector::removeIdentifiers, arguments), code) << count;
     EXPECT_EQ(agent->takeCalls().empty(), code != 0) << count;
   }
+}
+
+TEST_F(DonationListenerDelegateTest, LimitsAClientToTheBundlesOfItsEntitlement) {
+  for (const PropertyList& bundles :
+       {PropertyList(PropertyListArray{"app", "other"}), PropertyList(PropertyListArray{}),
+        PropertyList(PropertyListArray{"app", 1}), PropertyList("app"), PropertyList(true)}) {
+    connection->entitlements = {{contacts, true}, {"org.quenlet.bundles", bundles}};
+    accept(connection);
+  }
+  EXPECT_EQ(limits, (Events{"app", "none", "none", "none", "none"}));
+  connection->entitlements = {{contacts, true}};
+  accept(connection);
+  EXPECT_EQ(limits.size(), 5u) << "no limit without the entitlement";
 }
 
 }  // namespace
