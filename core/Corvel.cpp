@@ -150,22 +150,38 @@ bool Corvel::isWithin(const BundleLimit& limit, const ChangeType& change) const 
   return limit.allows(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
 }
 
+void Corvel::changeTable(const std::function<void()>& step) {
+  DonationTable formerTable(donations);
+  ContactPtr formerContact = contact;
+  try {
+    step();
+  } catch (...) {
+    donations = std::move(formerTable);
+    contact = std::move(formerContact);
+    throw;
+  }
+}
+
 void Corvel::applyChange(const ChangeType& change, SaveReply saveReply) {
   if (std::visit(IsEmptyChange{}, change)) {
     // Nothing to do is done at once; the caller still waits for an answer.
     replyScheduler->performBlock([saveReply = std::move(saveReply)] { saveReply({}); });
     return;
   }
-  if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
-    donations.insertAll(valuesSatisfying(insertion->values, [this](const DonationValue& value) {
-      return !isConfirmedOrRejected(value);
-    }));
-  } else if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
-    donations.removeIdentifiers(removal->identifiers);
-  } else {
-    donations.removeBundle(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
-  }
-  commitTable(std::move(saveReply));
+  changeTable([&] {
+    if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
+      donations.insertAll(valuesSatisfying(insertion->values, [this](const DonationValue& value) {
+        return !isConfirmedOrRejected(value);
+      }));
+    } else if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
+      donations.removeIdentifiers(removal->identifiers);
+    } else {
+      donations.removeBundle(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
+    }
+    rebuildMeCard();
+    save(std::move(saveReply));
+  });
+  postValuesDidChange();
 }
 
 void Corvel::commitTable(SaveReply saveReply) {

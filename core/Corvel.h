@@ -177,6 +177,8 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void rebuildMeCard();
   void applyChange(const ChangeType& change, SaveReply saveReply);
   [[nodiscard]] bool isWithin(const BundleLimit& limit, const ChangeType& change) const;
+  // Runs a step that changes the table and the card; when it fails, both are as they were.
+  void changeTable(const std::function<void()>& step);
   // What follows each change of the table: the card is rebuilt, the table saved, the change posted.
   void commitTable(SaveReply saveReply);
   void save(SaveReply saveReply);

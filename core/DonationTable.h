@@ -17,6 +17,7 @@ namespace quenlet {
 class DonationTable final {
  public:
   DonationTable() = default;
+  DonationTable(const DonationTable&) = default;
   DonationTable(DonationTable&&) = default;
   DonationTable& operator=(DonationTable&&) = default;
 

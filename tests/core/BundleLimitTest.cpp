@@ -87,5 +87,16 @@ TEST_F(BundleLimitTest, RejectsNothingAndReadsAll) {
   EXPECT_EQ(eventsOfCall(fetch).at(1), "caller: reply card b@x");
 }
 
+TEST_F(BundleLimitTest, KeepsTableAndCardWhenAChangeFails) {
+  hold({email("a@x", from("mine", "a"))});
+  curated->failsOnce = true;
+  send(CorvelSelector::donate, {email("b@x", from("mine", "a")), email("c@x", from("mine", "c"))});
+  EXPECT_THROW(run(), std::bad_alloc);
+  EXPECT_EQ(replyTo(CorvelSelector::list), "list a");
+  EXPECT_EQ(replyTo(CorvelSelector::fetch), "card a@x");
+  static_cast<void>(eventsOf(CorvelSelector::donate, {email("d@x", from("mine", "c"))}));
+  EXPECT_EQ(replyTo(CorvelSelector::fetch), "card a@x d@x");
+}
+
 }  // namespace
 }  // namespace quenlet

@@ -131,8 +131,13 @@ class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
  public:
   std::vector<std::string> emailAddresses;
   std::function<void()> changeHandler;
+  // As when memory is short.
+  mutable bool failsOnce = false;
 
-  std::optional<PersonNameComponents> curatedName() const override { return {}; }
+  std::optional<PersonNameComponents> curatedName() const override {
+    if (std::exchange(failsOnce, false)) throw std::bad_alloc();
+    return {};
+  }
   std::vector<std::string> curatedEmailAddresses() const override { return emailAddresses; }
   void startMonitoring(std::shared_ptr<AgentEnvironmentProtocol>,
                        std::function<void()> handler) override {
