@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <sys/resource.h>
 
 #include <cstdio>
@@ -21,7 +22,16 @@ void forbidCoreFiles() {
   ::setrlimit(RLIMIT_CORE, &limit);
 }
 
+// A file that got the number of one of these would be written over with the log's lines.
+void openStandardDescriptors() {
+  for (int descriptor = 0; descriptor <= 2; ++descriptor) {
+    // The lowest number that is free.
+    if (::fcntl(descriptor, F_GETFD) < 0) static_cast<void>(::open("/dev/null", O_RDWR));
+  }
+}
+
 int runAgent() {
+  openStandardDescriptors();
   forbidCoreFiles();
   auto opened = quenlet::LinuxPlatform::open();
   if (!opened.isLeft()) return complain(opened.right()->description());

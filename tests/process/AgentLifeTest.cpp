@@ -75,6 +75,15 @@ TEST_F(AgentLifeTest, FollowsTheOwnersCardAndTellsWatchers) {
   EXPECT_EQ(watcher->wait(), 0);
 }
 
+TEST_F(AgentLifeTest, PutsNoFileInThePlaceOfClosedStandardDescriptors) {
+  agent = start({"/bin/sh", "-c", "exec '" + (bin / "quenlet-agent").native() + "' <&- >&- 2>&-"});
+  ASSERT_TRUE(eventually([this] { return countDonations() >= 0; }));
+  for (const char* descriptor : {"0", "1", "2"}) {
+    EXPECT_EQ(std::filesystem::read_symlink(agent->processDirectory() / "fd" / descriptor),
+              "/dev/null");
+  }
+}
+
 TEST_F(AgentLifeTest, ClientSaysThatThereIsNoAgentAndDisablesWithoutOne) {
   EXPECT_EQ(quenlet({"card"}).code, 3);
   EXPECT_EQ(quenlet({"disable"}).code, 0);
