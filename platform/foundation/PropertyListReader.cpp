@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -22,10 +23,16 @@ using enum PropertyListErrorCode;
 
 namespace {
 
-// Every blank counts in a text, so blank nodes are kept; embedding saves one node per text.
-constexpr unsigned int parseOptions = pugi::parse_cdata | pugi::parse_eol | pugi::parse_ws_pcdata |
+constexpr unsigned int parseOptions = pugi::parse_cdata | pugi::parse_eol |
                                       pugi::parse_embed_pcdata | pugi::parse_declaration |
                                       pugi::parse_doctype | pugi::parse_fragment;
+
+// Every blank counts in a text. Where no text is cut into pieces, one of blanks is its element's only
+// child, and the blanks between elements need no nodes, which would be half of them.
+unsigned int blanksKeptIn(std::string_view text) {
+  return XMLGuard::cutsText(text) ? pugi::parse_ws_pcdata : pugi::parse_ws_pcdata_single;
+}
+
 // Of elements: the root, the containers, and a scalar in the innermost.
 constexpr int maximumElementNesting = PropertyListSerializer::maximumNesting + 2;
 
@@ -108,7 +115,8 @@ ErrorPtr PropertyListReader::parse() {
   }
   if (ErrorPtr failure = XMLGuard(text, maximumElementNesting).check()) return failure;
   const pugi::xml_parse_result parsed =
-      document.load_buffer(text.data(), text.size(), parseOptions, pugi::encoding_utf8);
+      document.load_buffer(text.data(), text.size(), parseOptions | blanksKeptIn(text),
+                           pugi::encoding_utf8);
   if (parsed.status == pugi::status_ok) return nullptr;
   const auto code = parsed.status == pugi::status_out_of_memory ? tooLarge : malformedMarkup;
   return makePropertyListError(code, parsed.description(), static_cast<std::size_t>(parsed.offset));
@@ -193,6 +201,7 @@ Result<PropertyList> PropertyListReader::readDictionary(pugi::xml_node element, 
 
 Result<PropertyList> PropertyListReader::readArray(pugi::xml_node element, int nesting) const {
   PropertyListArray array;
+  array.reserve(static_cast<std::size_t>(std::distance(element.begin(), element.end())));
   Result<pugi::xml_node> entry = firstElement(element);
   for (; entry.isLeft() && entry.left(); entry = nextElement(entry.left())) {
     Outcome object = readObject(entry.left(), nesting);

@@ -1,5 +1,6 @@
 #include "platform/foundation/XMLGuard.h"
 
+#include <algorithm>
 #include <string>
 
 #include "platform/foundation/PropertyListError.h"
@@ -11,6 +12,15 @@ using enum PropertyListErrorCode;
 
 namespace {
 constexpr std::size_t nowhere = std::string_view::npos;
+
+// What the library's tree takes for a node and for an attribute, and what the object that is made
+// of an element takes, in a dictionary at most.
+constexpr std::size_t bytesOfNode = 64;
+constexpr std::size_t bytesOfAttribute = 40;
+constexpr std::size_t bytesOfObject = 120;
+// The text and the library's copy of it make it eight.
+constexpr std::size_t mostBytesForAByte = 6;
+constexpr std::size_t bytesForAnyText = std::size_t{4} << 20;
 }  // namespace
 
 ErrorPtr XMLGuard::check() {
@@ -38,8 +48,12 @@ ErrorPtr XMLGuard::checkEncoding() const {
 
 ErrorPtr XMLGuard::passMarkup() {
   const std::string_view rest = document.substr(position);
-  if (rest.starts_with("<!--")) return passTo("-->", 4);
-  if (rest.starts_with("<![CDATA[")) return passTo("]]>", 9);
+  if (rest.starts_with(commentStart)) return passTo("-->", commentStart.size());
+  if (rest.starts_with(sectionStart)) {
+    // With the text on both sides.
+    if (ErrorPtr error = charge(3 * bytesOfNode)) return error;
+    return passTo("]]>", sectionStart.size());
+  }
   if (rest.starts_with("<?")) return passTo("?>", 2);
   if (rest.starts_with("<!")) return passDocumentType();
   return passTag();
@@ -72,6 +86,7 @@ ErrorPtr XMLGuard::passTag() {
   } else if (!isEmpty && ++depth > maximumDepth) {
     return makePropertyListError(nestingTooDeep, "elements are nested too deeply", position);
   }
+  if (ErrorPtr error = charge(closes ? 0 : bytesOfTag(position, end))) return error;
   position = end + 1;
   return nullptr;
 }
@@ -86,6 +101,19 @@ std::size_t XMLGuard::findOutsideQuotes(std::string_view characters, std::size_t
     if (from == nowhere) return nowhere;
     ++from;
   }
+}
+
+// The element of a tag with its attributes, and its object.
+std::size_t XMLGuard::bytesOfTag(std::size_t begin, std::size_t end) const {
+  const std::string_view tag = document.substr(begin, end - begin);
+  const auto attributes = static_cast<std::size_t>(std::count(tag.begin(), tag.end(), '='));
+  return nodesOfElement * bytesOfNode + attributes * bytesOfAttribute + bytesOfObject;
+}
+
+ErrorPtr XMLGuard::charge(std::size_t bytes) {
+  chargedBytes += bytes;
+  if (chargedBytes <= bytesForAnyText + mostBytesForAByte * document.size()) return nullptr;
+  return makePropertyListError(tooLarge, "so many elements for so little text", position);
 }
 
 ErrorPtr XMLGuard::malformed() const {
