@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "analytics/ValueMatching.h"
+#include "platform/foundation/KeyedHash.h"
 
 namespace quenlet {
 
@@ -89,7 +90,7 @@ class AugmentationBucket final {
   }
 
   Values lists[3];
-  std::unordered_map<std::string, Places> placesByKey;
+  std::unordered_map<std::string, Places, TextHash> placesByKey;
 };
 
 }  // namespace quenlet

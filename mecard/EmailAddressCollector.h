@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "model/DonationValue.h"
+#include "platform/foundation/KeyedHash.h"
 
 namespace quenlet {
 
@@ -21,7 +22,7 @@ class EmailAddressCollector final {
   [[nodiscard]] bool collects(const DonationValue& donation) const;
 
  private:
-  std::unordered_set<std::string> blacklist;
+  std::unordered_set<std::string, TextHash> blacklist;
   // The blacklist as records have it in their keys, where letter case does not count.
   std::unordered_set<std::uint32_t> foldedHashes;
 };

@@ -2,11 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 
 #include "platform/contacts/PersonNameComponents.h"
+#include "platform/foundation/KeyedHash.h"
 
 namespace quenlet {
 
@@ -17,7 +17,7 @@ struct ComparisonKey final {
   std::uint32_t hash = 0;
 
   [[nodiscard]] static std::uint32_t hashOf(std::string_view text) {
-    return static_cast<std::uint32_t>(std::hash<std::string_view>{}(text));
+    return static_cast<std::uint32_t>(KeyedHash::of(text));
   }
   [[nodiscard]] static ComparisonKey of(std::string_view text) { return {text, hashOf(text)}; }
 

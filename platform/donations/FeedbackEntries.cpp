@@ -19,8 +19,8 @@ std::optional<std::string> keyOfElement(const PropertyList& element) {
   return FeedbackContent::keyOfEntry(*entry);
 }
 
-std::unordered_set<std::string> keysOfList(const PropertyListArray& list) {
-  std::unordered_set<std::string> keys;
+FeedbackEntries::KeySet keysOfList(const PropertyListArray& list) {
+  FeedbackEntries::KeySet keys;
   for (const PropertyList& element : list) {
     if (std::optional<std::string> key = keyOfElement(element)) keys.insert(*std::move(key));
   }
@@ -59,7 +59,7 @@ bool FeedbackEntries::hasMore(const KeySets& sets, const KeySetsPtr& former) {
 
 bool FeedbackEntries::addRejected(const std::vector<FeedbackContent>& contents,
                                   PropertyListArray& list) {
-  std::unordered_map<std::string, std::size_t> positions;
+  std::unordered_map<std::string, std::size_t, TextHash> positions;
   for (std::size_t position = 0; position < list.size(); ++position) {
     if (auto key = keyOfElement(list[position])) positions.emplace(*std::move(key), position);
   }

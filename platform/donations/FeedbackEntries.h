@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/donations/FeedbackContent.h"
+#include "platform/foundation/KeyedHash.h"
 #include "platform/foundation/PropertyList.h"
 
 namespace quenlet {
@@ -16,7 +17,8 @@ namespace quenlet {
 class FeedbackEntries final {
  public:
   // The keys of all contents with a known status, by contact identifier.
-  using KeySets = std::unordered_map<std::string, std::unordered_set<std::string>>;
+  using KeySet = std::unordered_set<std::string, TextHash>;
+  using KeySets = std::unordered_map<std::string, KeySet>;
   using KeySetsPtr = std::shared_ptr<const KeySets>;
 
   FeedbackEntries() = delete;

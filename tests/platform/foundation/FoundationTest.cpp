@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <sstream>
 #include <thread>
 
@@ -14,6 +15,7 @@
 #include "platform/foundation/DetachedStreams.h"
 #include "platform/foundation/Future.h"
 #include "platform/foundation/JSONWriter.h"
+#include "platform/foundation/KeyedHash.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
@@ -80,6 +82,19 @@ TEST(CancelBlockTest, RunsOnceForgetsItsBlockAndMayCancelItself) {
   token->cancel();
   EXPECT_EQ(*owned, 1);
   EXPECT_EQ(owned.use_count(), 1);
+}
+
+// The values that its authors publish for the key 00 01 … 0f and the text 00 01 … of each size.
+TEST(KeyedHashTest, IsSipHashUnderAKeyThatNobodyKnows) {
+  const KeyedHash hash(0x0706050403020100, 0x0f0e0d0c0b0a0908);
+  std::string text;
+  for (const auto& [size, expected] : std::map<std::size_t, std::uint64_t>{
+           {0, 0x726fdb47dd0e0e31}, {1, 0x74f839c593dc67fd}, {15, 0xa129ca6149be45e5}}) {
+    while (text.size() < size) text.push_back(static_cast<char>(text.size()));
+    EXPECT_EQ((hash.hash<2, 4>(text)), expected) << size;
+  }
+  EXPECT_NE(KeyedHash::of("a"), (KeyedHash(0, 0).hash<1, 3>("a")));
+  EXPECT_EQ(KeyedHash::of("a"), KeyedHash::of("a"));
 }
 
 TEST(JSONWriterTest, EscapesTextAndWritesNumbers) {
