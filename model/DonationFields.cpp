@@ -72,7 +72,7 @@ PostalAddress DonationFields::postalAddress() const {
 
 DonationOrigin DonationFields::origin() const {
   DonationOrigin origin{unescapedField(bundleIdentifier), unescapedField(donationIdentifier),
-                        std::nullopt, donationDate, expirationDate};
+                        donationDate, expirationDate};
   if (clusterIdentifier.data()) origin.clusterIdentifier = unescapedField(clusterIdentifier);
   return origin;
 }

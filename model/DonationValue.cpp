@@ -160,7 +160,7 @@ void DonationValue::acceptDonationValueVisitor(DonationValueVisitor& visitor) co
   std::visit(Visit{*this, visitor}, decoded().content);
 }
 
-Value DonationValue::value() const { return *ValueCaster(*this).value(); }
+DonationValue::Value DonationValue::value() const { return *ValueCaster(*this).value; }
 
 std::shared_ptr<const LabeledValue<std::string>> DonationValue::emailEntry() const {
   if (kind() != DonationKind::emailAddress) return nullptr;

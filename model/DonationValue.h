@@ -33,6 +33,8 @@ using DonationValues = std::vector<DonationValuePtr>;
 // together share one block of memory, in which their texts stand one behind the other.
 class DonationValue final {
  public:
+  using Value = quenlet::Value;
+
   [[nodiscard]] static DonationValuePtr donationValueWithNameComponents(PersonNameComponents name,
                                                                         DonationOrigin origin);
   [[nodiscard]] static DonationValuePtr donationValueWithEmailAddress(std::string emailAddress,

@@ -10,27 +10,27 @@ ValueCaster::ValueCaster(const DonationValue& donation) {
 
 void ValueCaster::visitDonationValue(const DonationValue&,
                                      const PersonNameComponents& nameComponents) {
-  cast = Value::name(nameComponents);
+  value = Value::name(nameComponents);
 }
 
 void ValueCaster::visitDonationValue(const DonationValue&, const std::string& emailAddress,
                                      const std::string& label) {
-  cast = Value::emailAddress(emailAddress, label);
+  value = Value::emailAddress(emailAddress, label);
 }
 
 void ValueCaster::visitDonationValue(const DonationValue&, const PhoneNumber& phoneNumber,
                                      const std::string& label) {
-  cast = Value::phoneNumber(phoneNumber.stringValue(), label);
+  value = Value::phoneNumber(phoneNumber.stringValue(), label);
 }
 
 void ValueCaster::visitDonationValue(const DonationValue&, const PostalAddress& postalAddress,
                                      PostalAddressStyle style, const std::string& label) {
-  cast = Value::postalAddress(postalAddress, style, label);
+  value = Value::postalAddress(postalAddress, style, label);
 }
 
 void ValueCaster::visitDonationValue(const DonationValue&,
                                      const std::shared_ptr<const std::string>& imageData) {
-  cast = Value::imageData(imageData);
+  value = Value::imageData(imageData);
 }
 
 }  // namespace quenlet

@@ -13,8 +13,8 @@ class ValueCaster final : public DonationValueVisitor {
  public:
   explicit ValueCaster(const DonationValue& donation);
 
-  // The kind that was visited; every record visits exactly one.
-  [[nodiscard]] const std::optional<Value>& value() const { return cast; }
+  // The content of the kind that was visited; every record visits exactly one.
+  std::optional<Value> value;
 
   void visitDonationValue(const DonationValue& donation,
                           const PersonNameComponents& nameComponents) override;
@@ -26,9 +26,6 @@ class ValueCaster final : public DonationValueVisitor {
                           PostalAddressStyle style, const std::string& label) override;
   void visitDonationValue(const DonationValue& donation,
                           const std::shared_ptr<const std::string>& imageData) override;
-
- private:
-  std::optional<Value> cast;
 };
 
 }  // namespace quenlet

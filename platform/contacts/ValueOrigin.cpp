@@ -47,7 +47,7 @@ std::optional<ValueOrigin> ValueOrigin::originWithDictionary(
   if (!bundle || bundle->empty() || !donation || donation->empty() || !donated || !expires) {
     return std::nullopt;
   }
-  ValueOrigin origin{*bundle, *donation, std::nullopt, *donated, *expires};
+  ValueOrigin origin(*bundle, *donation, *donated, *expires);
   if (const PropertyList* cluster = findEntry(entries, clusterIdentifierKey)) {
     if (!cluster->string()) return std::nullopt;
     origin.clusterIdentifier = *cluster->string();

@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/foundation/PropertyList.h"
 
@@ -16,6 +17,17 @@ struct ValueOrigin final {
   static constexpr char clusterIdentifierKey[] = "clusterIdentifier";
   static constexpr char donationDateKey[] = "donationDate";
   static constexpr char expirationDateKey[] = "expirationDate";
+
+  ValueOrigin(std::string bundle, std::string donation, std::optional<std::string> cluster,
+              Date donated, Date expires)
+      : bundleIdentifier(std::move(bundle)),
+        donationIdentifier(std::move(donation)),
+        clusterIdentifier(std::move(cluster)),
+        donationDate(donated),
+        expirationDate(expires) {}
+  // Without a cluster.
+  ValueOrigin(std::string bundle, std::string donation, Date donated, Date expires)
+      : ValueOrigin(std::move(bundle), std::move(donation), std::nullopt, donated, expires) {}
 
   std::string bundleIdentifier;
   std::string donationIdentifier;

@@ -102,7 +102,7 @@ bool read(WireReader& reader, std::optional<T>& value) {
 }
 
 bool read(WireReader& reader, std::shared_ptr<const ValueOrigin>& valueOrigin) {
-  ValueOrigin origin;
+  ValueOrigin origin("", "", Date(), Date());
   std::optional<Date> donated;
   std::optional<Date> expires;
   const bool isRead = readDictionary(reader, [&](std::string_view key) {

@@ -48,8 +48,8 @@ void SIMCardMonitor::donateWithSimCardItem(const SIMCardItem& item, CorvelProtoc
     printLine("Could not convert phone number " + onOneLine(item.value));
     return;
   }
-  DonationOrigin origin{SIMCardBundleIdentifier, item.identifier, std::nullopt,
-                        PlatformServices::current().now(), Date::distantFuture()};
+  DonationOrigin origin{SIMCardBundleIdentifier, item.identifier, PlatformServices::current().now(),
+                        Date::distantFuture()};
   DonationValues values = OwnDonations::storable({DonationValue::donationValueWithPhoneNumber(
       *number, LabelPhoneNumberDevice, std::move(origin))});
   if (values.empty()) return;
