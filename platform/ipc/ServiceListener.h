@@ -30,6 +30,9 @@ class ServiceListener {
   // From here on clients can connect. Claims the name unless that is done. An error when it is
   // taken or cannot be opened.
   [[nodiscard]] virtual ErrorPtr resume() = 0;
+  // From here on no connection and no further request is taken; what was taken is answered. For
+  // good; thread-safe, at once.
+  virtual void suspend() = 0;
 };
 
 }  // namespace quenlet

@@ -53,7 +53,8 @@ UnixServiceConnection::UnixServiceConnection(
     std::shared_ptr<EventLoop> eventLoop, FileDescriptor connectedSocket, PeerIdentity peerIdentity,
     const std::shared_ptr<const EntitlementDatabase>& entitlementDatabase,
     ServiceLimits serviceLimits, ClosedHandler closedHandler,
-    const std::shared_ptr<HeldBytes>& heldBytesOfAll)
+    const std::shared_ptr<HeldBytes>& heldBytesOfAll,
+    std::shared_ptr<const RequestAdmission> requestAdmission)
     : loop(std::move(eventLoop)),
       peer(std::move(peerIdentity)),
       entitlements(peer.executable && entitlementDatabase
@@ -61,6 +62,7 @@ UnixServiceConnection::UnixServiceConnection(
                        : nullptr),
       limits(serviceLimits),
       onClosed(std::move(closedHandler)),
+      admission(std::move(requestAdmission)),
       reader(limits.messageSizeInBytes),
       heldInput(heldBytesOfAll),
       descriptor(std::move(connectedSocket)),
@@ -131,11 +133,13 @@ void UnixServiceConnection::updateWatch() {
 void UnixServiceConnection::onReady(std::uint32_t events) {
   int socket = -1;
   bool reading = false;
+  std::shared_ptr<ProcessTransaction> ended;
   {
     MutexLock lock(mutex);
     if (!descriptor.isOpen()) return;
     if ((events & EPOLLOUT) != 0) {
       flush();
+      ended = endedTransaction();
       continueSoon();
       updateWatch();
     }
@@ -175,7 +179,7 @@ bool UnixServiceConnection::mayDispatch() {
   MutexLock lock(mutex);
   if (!descriptor.isOpen() || abandoned) return false;
   dispatching = true;
-  paused = mustWait() || requestsInTurn >= limits.requestsInTurn;
+  paused = mustWait() || requestsInTurn >= limits.requestsInTurn || admission->isSuspended();
   ++requestsInTurn;
   return !paused;
 }
@@ -187,6 +191,7 @@ bool UnixServiceConnection::mustWait() const {
 
 void UnixServiceConnection::continueSoon() {
   if (!paused || dispatching || continuationPosted || mustWait() || !descriptor.isOpen()) return;
+  if (admission->isSuspended()) return;
   continuationPosted = true;
   loop->post([weak = weak_from_this()] {
     if (const auto held = weak.lock()) held->continueReading();
@@ -196,6 +201,12 @@ void UnixServiceConnection::continueSoon() {
 void UnixServiceConnection::dispatchFrames() {
   bool understood = true;
   requestsInTurn = 0;
+  // Before mayDispatch() asks whether requests are still taken.
+  std::shared_ptr<ProcessTransaction> begun = admission->begin();
+  {
+    MutexLock lock(mutex);
+    if (!transaction) transaction.swap(begun);
+  }
   while (understood && mayDispatch()) {
     const std::optional<FrameReader::Frame> frame = reader.next();
     if (!frame) break;
@@ -220,13 +231,20 @@ void UnixServiceConnection::dispatchFrames() {
 }
 
 void UnixServiceConnection::finishBatch() {
+  std::shared_ptr<ProcessTransaction> ended;
   MutexLock lock(mutex);
   dispatching = false;
   if (!descriptor.isOpen()) return;
   flush();
+  ended = endedTransaction();
   // The turn was over, or an answer of another thread has made room since.
   continueSoon();
   updateWatch();
+}
+
+std::shared_ptr<ProcessTransaction> UnixServiceConnection::endedTransaction() {
+  if (dispatching || unanswered > 0 || !output.empty()) return nullptr;
+  return std::exchange(transaction, nullptr);
 }
 
 void UnixServiceConnection::dispatch(const FrameReader::Frame& frame) {
@@ -282,6 +300,7 @@ void UnixServiceConnection::answer(FrameKind kind, std::uint64_t identifier, std
     kind = FrameKind::failure;
     body = std::move(encoder).take();
   }
+  std::shared_ptr<ProcessTransaction> ended;
   MutexLock lock(mutex);
   --unanswered;
   enqueue(kind, identifier, std::move(body));
@@ -289,6 +308,7 @@ void UnixServiceConnection::answer(FrameKind kind, std::uint64_t identifier, std
     flush();
     if (!output.empty()) updateWatch();
   }
+  ended = endedTransaction();
   continueSoon();
 }
 
@@ -329,10 +349,12 @@ void UnixServiceConnection::closeByItself() {
 void UnixServiceConnection::close() {
   std::shared_ptr<EventLoop::Watch> ended;
   std::shared_ptr<ExportedObject> object;
+  std::shared_ptr<ProcessTransaction> abandonedRequests;
   FileDescriptor closing;
   {
     MutexLock lock(mutex);
     ended.swap(watch);
+    abandonedRequests.swap(transaction);
     object.swap(exportedObject);
     closing = std::move(descriptor);
     output.clear();

@@ -14,6 +14,7 @@
 #include "platform/ipc/HeldBytes.h"
 #include "platform/ipc/OutputQueue.h"
 #include "platform/ipc/PeerIdentity.h"
+#include "platform/ipc/RequestAdmission.h"
 #include "platform/ipc/ServiceConnection.h"
 #include "platform/ipc/ServiceLimits.h"
 #include "platform/scheduling/EventLoop.h"
@@ -38,7 +39,9 @@ class UnixServiceConnection final : public ServiceConnection,
                         PeerIdentity peerIdentity,
                         const std::shared_ptr<const EntitlementDatabase>& entitlementDatabase,
                         ServiceLimits serviceLimits, ClosedHandler closedHandler,
-                        const std::shared_ptr<HeldBytes>& heldBytesOfAll = nullptr);
+                        const std::shared_ptr<HeldBytes>& heldBytesOfAll = nullptr,
+                        std::shared_ptr<const RequestAdmission> requestAdmission =
+                            std::make_shared<const RequestAdmission>());
   UnixServiceConnection(const UnixServiceConnection&) = delete;
   UnixServiceConnection& operator=(const UnixServiceConnection&) = delete;
 
@@ -73,6 +76,8 @@ class UnixServiceConnection final : public ServiceConnection,
                std::string_view arguments) EXCLUDES(mutex);
   [[nodiscard]] bool mayDispatch() EXCLUDES(mutex);
   void finishBatch() EXCLUDES(mutex);
+  // The transaction, once nothing is under way any more; it ends with the lock free.
+  [[nodiscard]] std::shared_ptr<ProcessTransaction> endedTransaction() REQUIRES(mutex);
   [[nodiscard]] bool mustWait() const REQUIRES(mutex);
   void continueSoon() REQUIRES(mutex);
   // Ends the connection from any thread, when memory is too short for an answer.
@@ -92,6 +97,7 @@ class UnixServiceConnection final : public ServiceConnection,
   const std::shared_ptr<const PropertyListDictionary> entitlements;
   const ServiceLimits limits;
   const ClosedHandler onClosed;
+  const std::shared_ptr<const RequestAdmission> admission;
   // On the loop's thread only.
   FrameReader reader;
   HeldBytes::Part heldInput;
@@ -106,7 +112,9 @@ class UnixServiceConnection final : public ServiceConnection,
   HeldBytes::Part heldOutput GUARDED_BY(mutex);
   std::size_t unanswered GUARDED_BY(mutex) = 0;
   bool resumed GUARDED_BY(mutex) = false;
-  // A limit was reached; complete requests may wait in the reader.
+  // From the first request that is taken until no answer is due or unsent.
+  std::shared_ptr<ProcessTransaction> transaction GUARDED_BY(mutex);
+  // A limit was reached, or the service takes no more; complete requests may wait in the reader.
   bool paused GUARDED_BY(mutex) = false;
   bool continuationPosted GUARDED_BY(mutex) = false;
   // The loop's thread is dispatching, and writes what it answered afterwards.

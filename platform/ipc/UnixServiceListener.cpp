@@ -41,10 +41,11 @@ FileDescriptor acceptOne(const FileDescriptor& listening) {
 
 UnixServiceListener::UnixServiceListener(
     std::string serviceName, std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
-    ServiceLimits serviceLimits)
+    ServiceLimits serviceLimits, RequestAdmission::Begin beginTransaction)
     : name(std::move(serviceName)),
       entitlements(std::move(entitlementDatabase)),
       limits(serviceLimits),
+      admission(std::make_shared<RequestAdmission>(std::move(beginTransaction))),
       held(std::make_shared<HeldBytes>(
           limits.heldBytes, [this, loop = loop] { loop->post([this] { relieveMemory(); }); },
           // The allocator keeps what lies between things that are still in use.
@@ -112,6 +113,8 @@ ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
 
 // One at a time: the loop comes back while more of them wait, and has served the others meanwhile.
 void UnixServiceListener::acceptConnection() {
+  // Who still comes waits for the end of the socket.
+  if (admission->isSuspended()) return watch->setEvents(0);
   FileDescriptor accepted = acceptOne(listeningSocket);
   if (accepted.isOpen()) {
     admit(std::move(accepted));
@@ -153,7 +156,7 @@ void UnixServiceListener::admit(FileDescriptor socket) {
   if (!asked) return;
   auto connection = std::make_shared<UnixServiceConnection>(
       loop, std::move(socket), std::move(peer).takeLeft(), entitlements, limits,
-      [this](UnixServiceConnection& closed) { connectionClosed(closed); }, held);
+      [this](UnixServiceConnection& closed) { connectionClosed(closed); }, held, admission);
   connections.emplace(connection.get(), connection);
   if (asked->shouldAcceptNewConnection(*this, connection)) {
     connection->start();

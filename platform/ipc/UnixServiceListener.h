@@ -9,6 +9,7 @@
 #include "platform/files/LockFile.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/EntitlementDatabase.h"
+#include "platform/ipc/RequestAdmission.h"
 #include "platform/ipc/ServiceAddress.h"
 #include "platform/ipc/ServiceLimits.h"
 #include "platform/ipc/ServiceListener.h"
@@ -26,9 +27,12 @@ namespace quenlet {
 // its connections; it is not for its own thread.
 class UnixServiceListener final : public ServiceListener {
  public:
+  // `beginTransaction` (none for null) is called on the listener's thread when a connection's
+  // requests are taken; what it gives lives until their answers have left or the connection ends.
   UnixServiceListener(std::string serviceName,
                       std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
-                      ServiceLimits serviceLimits = {});
+                      ServiceLimits serviceLimits = {},
+                      RequestAdmission::Begin beginTransaction = nullptr);
   ~UnixServiceListener() override;
   UnixServiceListener(const UnixServiceListener&) = delete;
   UnixServiceListener& operator=(const UnixServiceListener&) = delete;
@@ -36,6 +40,7 @@ class UnixServiceListener final : public ServiceListener {
   void setDelegate(std::weak_ptr<ServiceListenerDelegate> newDelegate) override EXCLUDES(mutex);
   [[nodiscard]] ErrorPtr claimName() override;
   [[nodiscard]] ErrorPtr resume() override;
+  void suspend() override { admission->suspend(); }
 
  private:
   [[nodiscard]] ErrorPtr openSocket(const ServiceAddress& at);
@@ -48,6 +53,7 @@ class UnixServiceListener final : public ServiceListener {
   const std::string name;
   const std::shared_ptr<const EntitlementDatabase> entitlements;
   const ServiceLimits limits;
+  const std::shared_ptr<RequestAdmission> admission;
   const std::shared_ptr<EventLoop> loop = std::make_shared<EventLoop>();
   const std::shared_ptr<HeldBytes> held;
 

@@ -75,8 +75,9 @@ class EchoTest : public testing::Test {
   explicit EchoTest(const std::string& runtimeName = "run") : directory(runtime / runtimeName) {
     ::setenv("XDG_RUNTIME_DIR", directory.c_str(), 1);
   }
-  void serve(ServiceLimits limits = {}) {
-    listener = std::make_unique<UnixServiceListener>("test.echo", nullptr, limits);
+  void serve(ServiceLimits limits = {}, RequestAdmission::Begin begin = nullptr) {
+    listener =
+        std::make_unique<UnixServiceListener>("test.echo", nullptr, limits, std::move(begin));
     listener->setDelegate(service);
     ASSERT_EQ(listener->resume(), nullptr);
   }

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <thread>
 
 #include "platform/scheduling/refuseDescriptors.h"
@@ -86,6 +87,35 @@ TEST_F(UnixServiceListenerTest, OutlivesPeersThatVanishWithRequestsOpen) {
   listener.reset();
   service->answerOne();
   EXPECT_EQ(other.receive(), "end");
+}
+
+TEST_F(UnixServiceListenerTest, AnswersWhatItTookAndTakesNothingMoreOnceSuspended) {
+  std::atomic<int> open = 0;
+  serve({}, [&open] {
+    ++open;
+    return std::make_shared<ProcessTransaction>("request", std::make_shared<CancelBlock>([&open] {
+                                                  --open;
+                                                  open.notify_all();
+                                                }));
+  });
+  RawPeer idle(socket);
+  EXPECT_EQ(send(idle, RawPeer::request(1, "echo", "a")), "1 a");
+  RawPeer peer(socket);
+  // More than fits into the socket.
+  ASSERT_TRUE(peer.send(RawPeer::request(1, "later", std::string(2'000'000, 'x'))));
+  service->waitForRequests(1);
+  listener->suspend();
+  const RawPeer late(socket);
+  ASSERT_TRUE(idle.send(RawPeer::request(2, "later", "b")));
+  ASSERT_TRUE(peer.send(RawPeer::request(2, "later", "c")));
+  service->answerOne();
+  EXPECT_GE(open, 1) << "the answer has not left yet";
+  EXPECT_EQ(peer.receive().size(), 2'000'002U);
+  while (const int held = open) open.wait(held);
+  listener.reset();
+  EXPECT_EQ(peer.receive(), "end");
+  EXPECT_EQ(idle.receive(), "end");
+  EXPECT_EQ(service->mostWaitingAtOnce(), 1U);
 }
 
 TEST_F(UnixServiceListenerTest, EndsTheConnectionOfAPeerThatNeverReads) {
