@@ -25,6 +25,7 @@ class MemoryDataProxy final : public DataProxy {
     return Future<bool>::futureWithResult(true);
   }
   bool keepDamagedFile(const std::filesystem::path&) override { return true; }
+  void keepUnreadFile(const std::filesystem::path&) override {}
   ErrorPtr setExcludedFromBackups(const std::filesystem::path&) override { return nullptr; }
 
   std::string content;

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <csignal>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "platform/accounts/PropertyListAccountStore.h"
@@ -17,6 +18,7 @@
 #include "platform/donations/PropertyListUserDefaults.h"
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/DurableFileWriter.h"
+#include "platform/files/FileReading.h"
 #include "platform/files/PosixFileOperations.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/StandardStreams.h"
@@ -51,6 +53,11 @@ ManifestDirectory userManifests(const std::filesystem::path& home) {
   return {home, UserDirectories::defaultConfiguration / extensions};
 }
 
+// The same with the whole path, for whoever has to see to that file.
+ErrorPtr errorAt(const std::filesystem::path& file, const Error& error) {
+  return makeError(error.domain(), error.code(), file.string() + ": " + error.debugDescription());
+}
+
 }  // namespace
 
 Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
@@ -83,9 +90,6 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
           EntitlementDatabase::prefixOfRunningProgram(), "/etc")),
       entitlementsWatch(entitlements->reloadOnChanges(runLoop.eventLoop())),
       entitlementsHangUp(runLoop.addSignalSource(SIGHUP, [this] { entitlements->reload(); })),
-      feedbackStore(std::make_shared<PropertyListFeedbackStore>(
-          library / "Contacts" / "Feedback" / "feedback.plist", dataProxy, runLoop.eventLoop(),
-          schedulerProvider->newSerialSchedulerWithName("feedback"))),
       extensionHost(std::make_shared<ExtensionHost>(
           std::vector<ManifestDirectory>{
               {EntitlementDatabase::prefixOfRunningProgram(), "share/quenlet/extensions"},
@@ -121,16 +125,38 @@ ErrorPtr LinuxPlatform::claimDonations() {
   // Other programs hold it for the time of one small write.
   constexpr std::chrono::seconds patience(1);
   const std::filesystem::path directory = library.parent_path() / DonationFiles::directory;
+  const std::filesystem::path lockPath = directory / DonationFiles::agentLock;
   PosixFileOperations operations;
-  if (DurableDirectory::ensure(operations, directory) != 0) return nullptr;
-  auto locked = LockFile::lock(directory / DonationFiles::agentLock, patience);
-  if (locked.isLeft()) {
-    donationsLock = std::move(locked).takeLeft();
-    // They hold donations, perhaps ones that were taken back since.
-    DurableFileWriter::removeLeftovers(directory);
-  } else if (locked.right()->code() == EWOULDBLOCK) {
+  if (const int failure = DurableDirectory::ensure(operations, directory); failure != 0) {
+    return errorAt(directory, *makePosixError(failure, "create the directory"));
+  }
+  auto locked = LockFile::lock(lockPath, patience);
+  if (!locked.isLeft()) {
+    const Error& error = *locked.right();
+    if (error.code() != EWOULDBLOCK) return errorAt(lockPath, error);
     return makeServiceError(ServiceErrorCode::nameTaken,
                             "another agent keeps this user's donations");
+  }
+  donationsLock = std::move(locked).takeLeft();
+  // They hold donations, perhaps ones that were taken back since.
+  DurableFileWriter::removeLeftovers(directory);
+  return nullptr;
+}
+
+ErrorPtr LinuxPlatform::examineFiles() {
+  constexpr std::chrono::seconds patience(2);
+  constexpr std::chrono::milliseconds pause(20);
+  const auto deadline = std::chrono::steady_clock::now() + patience;
+  const auto waitAWhile = [&] {
+    std::this_thread::sleep_for(pause);
+    return std::chrono::steady_clock::now() < deadline;
+  };
+  const std::filesystem::path donations =
+      library.parent_path() / DonationFiles::directory / DonationFiles::donations;
+  for (const std::filesystem::path& file : {donations, feedbackPath(), preferencesPath()}) {
+    if (const ErrorPtr error = whyUnreadable(file, *dataProxy, waitAWhile)) {
+      return errorAt(file, *error);
+    }
   }
   return nullptr;
 }
@@ -159,7 +185,15 @@ PlatformServices LinuxPlatform::makeServices() {
   };
   // One for all: a second one on the same file would wait for the first one's lock, on the writer
   // thread that has to finish the first one's write.
-  services.makeDonationFeedbackStore = [this] { return feedbackStore; };
+  // It makes its directory, to watch it, which an agent that has to give way must not do.
+  services.makeDonationFeedbackStore = [this] {
+    std::call_once(feedbackStoreMade, [this] {
+      feedbackStore = std::make_shared<PropertyListFeedbackStore>(
+          feedbackPath(), dataProxy, runLoop.eventLoop(),
+          schedulerProvider->newSerialSchedulerWithName("feedback"));
+    });
+    return feedbackStore;
+  };
   services.makeContactStore = [this] {
     // Before the first fetch, so that no change after it goes unnoticed.
     watchMeCard();

@@ -36,9 +36,14 @@ class LinuxPlatform final {
 
   // Makes this process the only one that keeps donations in this home, for this object's life: a
   // session with another runtime directory has service names of its own, but the same files. An
-  // error when another process does so already; where no lock can be made, nothing can be saved
-  // either, and that is no error yet.
+  // error when another process does so already (nameTaken), and a posix error when the lock cannot
+  // be had: without it two agents would undo each other's changes.
   [[nodiscard]] ErrorPtr claimDonations();
+  // Whether the donations, the feedback and the preferences of this home can be read, as far as
+  // they exist: a sound file that the system does not hand out must not be taken for an empty one
+  // and replaced. Waits up to 2 s for a system that is short of descriptors or memory. Changes
+  // nothing.
+  [[nodiscard]] ErrorPtr examineFiles();
 
   [[nodiscard]] RunLoop& mainRunLoop() { return runLoop; }
   // Ends the donor extensions that run, takes this process's socket of notifications away and gives
@@ -55,6 +60,9 @@ class LinuxPlatform final {
   void addAnalytics(PlatformServices& services);
   void watchMeCard();
   [[nodiscard]] std::filesystem::path meCardPath() const { return library / "Contacts" / "me.vcf"; }
+  [[nodiscard]] std::filesystem::path feedbackPath() const {
+    return library / "Contacts" / "Feedback" / "feedback.plist";
+  }
   [[nodiscard]] std::filesystem::path preferencesPath() const {
     return library.parent_path() / PreferencesPath;
   }
@@ -69,7 +77,8 @@ class LinuxPlatform final {
   const std::shared_ptr<EntitlementDatabase> entitlements;
   const std::shared_ptr<Cancelable> entitlementsWatch;
   const std::shared_ptr<Cancelable> entitlementsHangUp;
-  const std::shared_ptr<DonationFeedbackStore> feedbackStore;
+  std::once_flag feedbackStoreMade;
+  std::shared_ptr<DonationFeedbackStore> feedbackStore;
   const std::shared_ptr<ExtensionHost> extensionHost;
   const std::shared_ptr<AccountFileProblems> accountFileProblems =
       std::make_shared<AccountFileProblems>();

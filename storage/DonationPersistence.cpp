@@ -50,8 +50,8 @@ Result<PropertyList> parseDictionary(const std::string& bytes) {
   return parsed;
 }
 
-// Reads one file. A missing file is empty; one that cannot be read or is damaged, too, once it is
-// kept.
+// Reads one file. A missing file is empty; so is a damaged one, once it is kept, and one that
+// cannot be read, which is kept by the next write: nothing is known to be wrong with what it holds.
 template <typename T>
 Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
                Interpretation<T> interpret, Shortcut<T> shortcut = &noShortcut<T>) {
@@ -69,7 +69,11 @@ Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
         return Future<T>::futureWithResult(std::move(reading.result));
       })
       .recover([dataProxy, path = url.left()](const ErrorPtr& error) {
-        if (!isMissingFile(*error)) dataProxy->keepDamagedFile(path);
+        if (error->domain() != PosixErrorDomain) {
+          dataProxy->keepDamagedFile(path);
+        } else if (!isMissingFile(*error)) {
+          dataProxy->keepUnreadFile(path);
+        }
         return Future<T>::futureWithResult(T{});
       });
 }

@@ -16,8 +16,9 @@ namespace quenlet {
 // "~/Library/Contacts/Donations/". Thread-safe: holds nothing but the data proxy.
 //
 // A file is always rewritten whole. A file that cannot be read as what it should be, in whole or in
-// part, counts as empty, or as what could be read of it; its bytes are then kept beside it, so that
-// the next store loses nothing.
+// part, counts as empty, or as what could be read of it. Its bytes are kept beside it, so that the
+// next store loses nothing: at once when they make no sense, by that store when the system does not
+// hand them out.
 class DonationPersistence final : public DonationPersistenceProtocol {
  public:
   explicit DonationPersistence(std::shared_ptr<DataProxy> proxy) : dataProxy(std::move(proxy)) {}

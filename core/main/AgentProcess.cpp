@@ -30,9 +30,12 @@ AgentProcess::AgentProcess(RunLoop& mainRunLoop)
 
 AgentProcess::~AgentProcess() = default;
 
-ErrorPtr AgentProcess::start() {
+ErrorPtr AgentProcess::claimName() {
   donationListener = PlatformServices::current().makeServiceListener(CorvelServiceName);
-  if (ErrorPtr error = donationListener->claimName()) return error;
+  return donationListener->claimName();
+}
+
+ErrorPtr AgentProcess::start() {
   loggerProvider->agentLogger()->agentWillStart();
   restoreAndMonitor();
   if (ErrorPtr error = openDonationService()) return error;

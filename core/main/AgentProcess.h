@@ -18,10 +18,12 @@ class AgentProcess final {
   explicit AgentProcess(RunLoop& mainRunLoop);
   ~AgentProcess();
 
-  // Starts all parts in their order: restores what was stored, follows the preference and the
-  // curated card, opens the service; then sets the clock for what can wait: the list of installed
-  // donors, the SIM cards, the daily report. An error when the service cannot be opened; when
-  // another agent serves its name, nothing else has been touched then.
+  // Makes the service's name this process's own. An error when another agent serves it.
+  [[nodiscard]] ErrorPtr claimName();
+  // Once the name is claimed. Starts all parts in their order: restores what was stored, follows
+  // the preference and the curated card, opens the service; then sets the clock for what can wait:
+  // the list of installed donors, the SIM cards, the daily report. An error when the service cannot
+  // be opened.
   [[nodiscard]] ErrorPtr start();
   // Serves until the run loop ends, then closes the service.
   void run();

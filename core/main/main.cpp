@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sysexits.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -9,9 +10,15 @@
 
 namespace {
 
-int complain(const std::string& problem) {
+int complain(const std::string& problem, int exitStatus = EXIT_FAILURE) {
   std::fprintf(stderr, "quenlet-agent: %s\n", problem.c_str());
-  return EXIT_FAILURE;
+  return exitStatus;
+}
+
+// What is wrong with a file may pass, or somebody sees to it: the service manager tries again.
+int complainOfFile(const quenlet::Error& error) {
+  const bool isOfSystem = error.domain() == quenlet::PosixErrorDomain;
+  return complain(error.description(), isOfSystem ? EX_TEMPFAIL : EXIT_FAILURE);
 }
 
 // Values are not to lie about in files that no deletion reaches.
@@ -38,10 +45,11 @@ int runAgent() {
   // Kept until the process exits: the agent's parts hold each other for good, and blocks that are
   // still queued when the run loop ends use the platform.
   quenlet::LinuxPlatform& platform = *std::move(opened).takeLeft().release();
-  if (const quenlet::ErrorPtr error = platform.claimDonations()) {
-    return complain(error->description());
-  }
   auto& process = *new quenlet::AgentProcess(platform.mainRunLoop());
+  // The name first: an agent that has to give way leaves nothing in its home.
+  if (const quenlet::ErrorPtr error = process.claimName()) return complain(error->description());
+  if (const quenlet::ErrorPtr error = platform.examineFiles()) return complainOfFile(*error);
+  if (const quenlet::ErrorPtr error = platform.claimDonations()) return complainOfFile(*error);
   const quenlet::ErrorPtr error = process.start();
   if (!error) process.run();
   platform.finish();

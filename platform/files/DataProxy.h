@@ -30,6 +30,10 @@ class DataProxy {
   // new takes its place. On the calling thread. False when it could not be kept.
   virtual bool keepDamagedFile(const std::filesystem::path& url) = 0;
 
+  // Has the next write of a file that could not be read, and may be sound, keep it in that way
+  // first, and fail when it cannot be kept. Thread-safe, at once.
+  virtual void keepUnreadFile(const std::filesystem::path& url) = 0;
+
   // Marks a directory as excluded from backups. On the calling thread.
   [[nodiscard]] virtual ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) = 0;
 };

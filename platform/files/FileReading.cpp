@@ -4,6 +4,15 @@
 #include <system_error>
 
 namespace quenlet {
+namespace {
+
+bool isPassingShortage(const Error& error) {
+  const std::int64_t code = error.code();
+  return error.domain() == PosixErrorDomain &&
+         (code == EMFILE || code == ENFILE || code == ENOMEM || code == EAGAIN);
+}
+
+}  // namespace
 
 bool isMissingFile(const Error& error) {
   return error.domain() == PosixErrorDomain && error.code() == ENOENT;
@@ -21,6 +30,16 @@ Result<std::string> readFileOfAtMost(std::uintmax_t maximumSizeInBytes,
   // It may have grown.
   if (bytes.isLeft() && bytes.left().size() > maximumSizeInBytes) return tooLarge();
   return bytes;
+}
+
+ErrorPtr whyUnreadable(const std::filesystem::path& file, DataProxy& dataProxy,
+                       const std::function<bool()>& waitAWhile) {
+  ErrorPtr error;
+  do {
+    const Result<std::string> bytes = dataProxy.dataWithContentsOfURL(file).result();
+    error = bytes.isLeft() ? nullptr : bytes.right();
+  } while (error && isPassingShortage(*error) && waitAWhile());
+  return error && isMissingFile(*error) ? nullptr : error;
 }
 
 }  // namespace quenlet

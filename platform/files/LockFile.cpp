@@ -18,6 +18,15 @@
 namespace quenlet {
 namespace {
 
+// Not blocking, so that a FIFO put in the file's place is an error and not a hang.
+int openRetrying(const std::filesystem::path& file) {
+  constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  int descriptor = -1;
+  do descriptor = ::open(file.c_str(), flags, 0600);
+  while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
 int flockRetrying(int descriptor, int operation) {
   int outcome = 0;
   do outcome = ::flock(descriptor, operation);
@@ -54,9 +63,7 @@ std::string holderOf(const std::filesystem::path& file) {
 Result<std::shared_ptr<LockFile>> LockFile::tryLock(const std::filesystem::path& file) {
   using Opened = Result<std::shared_ptr<LockFile>>;
   const std::string name = file.filename().string();
-  // Not blocking, so that a FIFO put in the file's place is an error and not a hang.
-  FileDescriptor descriptor(
-      ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+  FileDescriptor descriptor(openRetrying(file));
   if (!descriptor.isOpen()) return Opened::right(makePosixError(errno, "open " + name));
   if (flockRetrying(descriptor.get(), LOCK_EX | LOCK_NB) != 0) {
     return Opened::right(makePosixError(errno, "lock " + name));

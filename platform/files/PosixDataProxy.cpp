@@ -34,6 +34,14 @@ FileOperations& systemOperations() {
   return operations;
 }
 
+// Without waiting, as a FIFO would let nobody through until somebody writes to it.
+int openToRead(FileOperations& operations, const path& file) {
+  int descriptor = -1;
+  do descriptor = operations.open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0);
+  while (descriptor < 0 && errno == EINTR);
+  return descriptor;
+}
+
 // 0 or an errno value. The size that the file claims is not trusted: it may grow meanwhile.
 int readAll(FileOperations& operations, int descriptor, std::string& content) {
   std::array<char, 65536> buffer;
@@ -108,9 +116,7 @@ Result<std::string> PosixDataProxy::readFile(const path& file) const try {
   const auto failed = [&](int failure) {
     return Content::right(makePosixError(failure, "read " + file.filename().string()));
   };
-  // Opening without waiting, as a FIFO would let nobody through until somebody writes to it.
-  const FileDescriptor descriptor(
-      operations.open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0));
+  const FileDescriptor descriptor(openToRead(operations, file));
   if (!descriptor.isOpen()) return failed(errno);
   struct stat status {};
   if (::fstat(descriptor.get(), &status) != 0) return failed(errno);
@@ -190,6 +196,11 @@ bool PosixDataProxy::keepDamagedFile(const path& url) {
     unkeptFiles.erase(url.lexically_normal());
   }
   return !error;
+}
+
+void PosixDataProxy::keepUnreadFile(const path& url) {
+  MutexLock lock(mutex);
+  unkeptFiles.insert(url.lexically_normal());
 }
 
 // So that a disk that failed for a while costs nothing: the file may be sound.

@@ -56,6 +56,7 @@ class PosixDataProxy final : public DataProxy {
   // again. What cannot be kept is reported on standard error; until it could be, writes of the file
   // try that first and fail with the same error.
   bool keepDamagedFile(const std::filesystem::path& url) override EXCLUDES(mutex);
+  void keepUnreadFile(const std::filesystem::path& url) override EXCLUDES(mutex);
   // By a CACHEDIR.TAG file, which backup programs honour.
   [[nodiscard]] ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override
       EXCLUDES(mutex);

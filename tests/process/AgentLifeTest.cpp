@@ -32,6 +32,27 @@ TEST_F(AgentLifeTest, GivesWayToAnAgentThatRuns) {
   EXPECT_EQ(second.code, 1);
   EXPECT_THAT(second.err, HasSubstr("quenlet-agent: ovaro.quenlet.service-error 10"));
   EXPECT_EQ(std::filesystem::last_write_time(donationsFile), written);
+
+  const std::filesystem::path otherHome = temporary / "other home";
+  EXPECT_EQ(run({"env", "HOME=" + otherHome.string(), bin / "quenlet-agent"}).code, 1);
+  EXPECT_FALSE(std::filesystem::exists(otherHome)) << "who gives way leaves nothing behind";
+}
+
+TEST_F(AgentLifeTest, DoesNotStartOverAFileThatCannotBeReadOrLocked) {
+  const std::filesystem::path lock = donationsFile.parent_path() / "agent.lock";
+  for (const auto& file : {donationsFile, home / "Library/Contacts/Feedback/feedback.plist",
+                           home / "Library/Preferences/ovaro.quenlet.plist", lock}) {
+    std::filesystem::create_directories(file);  // nobody's permissions let it be read as a file
+    const Ran ran = run({bin / "quenlet-agent"});
+    EXPECT_EQ(ran.code, 75) << file;
+    EXPECT_THAT(ran.err, testing::StartsWith("quenlet-agent: posix-error 21: " + file.string()));
+    EXPECT_THAT(ran.err, testing::Not(HasSubstr("agentWillStart")));
+    std::filesystem::remove(file);
+  }
+  std::filesystem::create_symlink("elsewhere", lock);
+  EXPECT_EQ(run({bin / "quenlet-agent"}).code, 75);
+  std::filesystem::remove(lock);
+  startAgent();
 }
 
 // Takes the 30 seconds that the owner has to change their mind.

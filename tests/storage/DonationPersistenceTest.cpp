@@ -75,6 +75,18 @@ TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
   EXPECT_EQ(read("donations.plist.damaged-2"), "no property list");
 }
 
+TEST_F(DonationPersistenceTest, TakesAnUnreadableFileForNoDamagedOne) {
+  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x", from("app", "a"))}).result().isLeft());
+  const std::string sound = read("donations.plist");
+  files->failsReads = true;
+  EXPECT_EQ(loadedIdentifiers(), "");
+  EXPECT_FALSE(std::filesystem::exists(directory / "donations.plist.damaged-1"));
+  files->failsReads = false;
+  EXPECT_EQ(loadedIdentifiers(), "a");
+  ASSERT_TRUE(persistence.storeWithAllValues({}).result().isLeft());
+  EXPECT_EQ(read("donations.plist.damaged-1"), sound) << "what was taken for empty is replaced";
+}
+
 class TextInsteadOfFile final : public DataProxy {
  public:
   explicit TextInsteadOfFile(std::string content) : text(std::move(content)) {}
@@ -85,6 +97,7 @@ class TextInsteadOfFile final : public DataProxy {
     return Future<bool>::futureWithResult(false);
   }
   bool keepDamagedFile(const std::filesystem::path&) override { return kept = true; }
+  void keepUnreadFile(const std::filesystem::path&) override {}
   ErrorPtr setExcludedFromBackups(const std::filesystem::path&) override { return nullptr; }
 
   const std::string text;

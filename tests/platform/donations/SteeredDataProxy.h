@@ -43,6 +43,7 @@ class SteeredDataProxy final : public DataProxy {
   bool keepDamagedFile(const std::filesystem::path& url) override {
     return real.keepDamagedFile(url);
   }
+  void keepUnreadFile(const std::filesystem::path& url) override { real.keepUnreadFile(url); }
   ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override {
     return real.setExcludedFromBackups(directory);
   }

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <latch>
 
+#include "platform/files/FileReading.h"
 #include "platform/scheduling/FileDescriptor.h"
 #include "tests/platform/files/SteeredFileOperations.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -86,8 +87,28 @@ TEST_F(PosixDataProxyTest, GoesOnAfterInterruptions) {
     EXPECT_EQ(write("file", operation), nullptr);
     EXPECT_EQ(home.read("file"), operation);
   }
-  operations.fail("read", EINTR, 1);
-  EXPECT_EQ(readFailure("file"), 0);
+  for (const char* operation : {"read", "open"}) {
+    operations.fail(operation, EINTR, 1);
+    EXPECT_EQ(readFailure("file"), 0) << operation;
+  }
+}
+
+TEST_F(PosixDataProxyTest, WaitsForAPassingShortageOnlyToTellWhetherAFileCanBeRead) {
+  home.write("file", "bytes");
+  // The call that fails once, with what, how often one may wait, how often one does, and the
+  // outcome.
+  const std::tuple<const char*, int, int, int, int> rows[] = {
+      {"open", EMFILE, 5, 1, 0}, {"open", ENFILE, 5, 1, 0},      {"read", ENOMEM, 5, 1, 0},
+      {"read", EAGAIN, 5, 1, 0}, {"open", EMFILE, 0, 1, EMFILE}, {"open", EACCES, 5, 0, EACCES},
+      {"read", EIO, 5, 0, EIO},  {"open", ESTALE, 5, 0, ESTALE}, {"open", ENOENT, 5, 0, 0}};
+  for (const auto& [operation, failure, patience, expectedWaits, expected] : rows) {
+    int waits = 0;
+    operations.fail(operation, failure);
+    const ErrorPtr error =
+        whyUnreadable(home / "file", *proxy, [&, most = patience] { return ++waits <= most; });
+    EXPECT_EQ(error ? error->code() : 0, expected) << operation << failure;
+    EXPECT_EQ(waits, expectedWaits) << operation << failure;
+  }
 }
 
 TEST_F(PosixDataProxyTest, SharesOneWriteBetweenAllThatWaitForTheSameFile) {
