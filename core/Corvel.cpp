@@ -22,6 +22,11 @@ std::shared_ptr<DonationPersistenceProtocol> persistenceOrDefault(
   return std::make_shared<DonationPersistence>(environment.dataProxy());
 }
 
+// Held by what a change has still to do, so that an orderly end of the process waits for it.
+std::shared_ptr<ProcessTransaction> beginChange() {
+  return PlatformServices::current().makeProcessTransaction("ovaro.quenlet-agent.change");
+}
+
 template <typename List>
 DonationValues valuesSatisfying(const List& values,
                                 const std::function<bool(const DonationValue&)>& predicate) {
@@ -71,8 +76,8 @@ Corvel::Corvel(std::shared_ptr<AgentEnvironmentProtocol> agentEnvironment,
       internalBundleIdentifiers{AccountsBundleIdentifier, SIMCardBundleIdentifier} {}
 
 void Corvel::submitWriterBlock(std::function<void(Corvel&)> block) {
-  stateScheduler->performWriterBlock(
-      [self = shared_from_this(), block = std::move(block)] { block(*self); });
+  stateScheduler->performWriterBlock([self = shared_from_this(), block = std::move(block),
+                                      transaction = beginChange()] { block(*self); });
 }
 
 void Corvel::restorePersistedState() {
@@ -192,14 +197,15 @@ void Corvel::commitTable(SaveReply saveReply) {
 
 void Corvel::save(SaveReply saveReply) {
   hasUnsavedRemoval = false;
-  diskScheduler->performBlock(
-      [self = shared_from_this(), values = donations.snapshot(), saveReply = std::move(saveReply)] {
-        self->persistence->storeWithAllValues(*values).onCompletion(
-            [self, saveReply](const Result<bool>& stored) {
-              const SaveResponse response{stored.isLeft() ? nullptr : stored.right()};
-              self->replyScheduler->performBlock([saveReply, response] { saveReply(response); });
-            });
-      });
+  diskScheduler->performBlock([self = shared_from_this(), values = donations.snapshot(),
+                               saveReply = std::move(saveReply), transaction = beginChange()] {
+    self->persistence->storeWithAllValues(*values).onCompletion(
+        [self, saveReply, transaction](const Result<bool>& stored) {
+          const SaveResponse response{stored.isLeft() ? nullptr : stored.right()};
+          self->replyScheduler->performBlock(
+              [saveReply, response, transaction] { saveReply(response); });
+        });
+  });
 }
 
 void Corvel::postValuesDidChange() const {

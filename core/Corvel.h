@@ -190,7 +190,8 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void solicitDonations();
   void applySuppression(bool suppress);
 
-  // Runs anywhere.
+  // Runs anywhere. An orderly end of the process waits for the block, and for the save that it asks
+  // for until that is answered.
   void submitWriterBlock(std::function<void(Corvel&)> block);
   void submitChange(ChangeType change, SaveReply saveReply, ChangeLimit within = {});
   void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply,

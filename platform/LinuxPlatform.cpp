@@ -201,7 +201,8 @@ PlatformServices LinuxPlatform::makeServices() {
   };
   services.makeServiceListener = [this](const std::string& serviceName) {
     return std::make_shared<UnixServiceListener>(serviceName, entitlements,
-                                                 ServiceLimits::forThisProcess());
+                                                 ServiceLimits::forThisProcess(),
+                                                 [this] { return beginTransaction("request"); });
   };
   addSources(services);
   addAnalytics(services);
@@ -231,8 +232,12 @@ void LinuxPlatform::addAnalytics(PlatformServices& services) {
     return std::make_shared<SyslogSystemLog>(subsystem, category);
   };
   services.makeProcessTransaction = [this](const std::string& name) {
-    return std::make_shared<ProcessTransaction>(name, runLoop.holdTermination());
+    return beginTransaction(name);
   };
+}
+
+std::shared_ptr<ProcessTransaction> LinuxPlatform::beginTransaction(const std::string& name) {
+  return std::make_shared<ProcessTransaction>(name, runLoop.holdTermination());
 }
 
 }  // namespace quenlet

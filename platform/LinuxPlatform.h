@@ -59,6 +59,7 @@ class LinuxPlatform final {
   void addSources(PlatformServices& services);
   void addAnalytics(PlatformServices& services);
   void watchMeCard();
+  [[nodiscard]] std::shared_ptr<ProcessTransaction> beginTransaction(const std::string& name);
   [[nodiscard]] std::filesystem::path meCardPath() const { return library / "Contacts" / "me.vcf"; }
   [[nodiscard]] std::filesystem::path feedbackPath() const {
     return library / "Contacts" / "Feedback" / "feedback.plist";

@@ -41,7 +41,7 @@ ErrorPtr AgentProcess::start() {
   if (ErrorPtr error = openDonationService()) return error;
   scheduleDiscovery();
   scheduleSIMCardMonitor();
-  installHangUpHandler();
+  installSignalHandlers();
   scheduleMetricsAttempt();
   return nullptr;
 }
@@ -74,11 +74,18 @@ void AgentProcess::scheduleSIMCardMonitor() {
   performLater(simCardDelaySeconds, [monitor = simCardMonitor] { monitor->start(); });
 }
 
-void AgentProcess::installHangUpHandler() {
-  hangUpSource = runLoop.addSignalSource(SIGHUP, [agent = agent] {
+void AgentProcess::installSignalHandlers() {
+  signalSources.push_back(runLoop.addSignalSource(SIGHUP, [agent = agent] {
     printLine("Hup hup hup!!");
     agent->discoverAllExtensions();
-  });
+  }));
+  // What is under way ends before the run loop does; it must not go on growing.
+  for (const int signal : {SIGTERM, SIGINT}) {
+    signalSources.push_back(
+        runLoop.addSignalSource(signal, [weakListener = std::weak_ptr(donationListener)] {
+          if (const auto listener = weakListener.lock()) listener->suspend();
+        }));
+  }
 }
 
 void AgentProcess::scheduleMetricsAttempt() {

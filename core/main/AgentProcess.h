@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
 #include "core/Corvel.h"
 #include "core/DonationListenerDelegate.h"
@@ -25,7 +26,8 @@ class AgentProcess final {
   // the list of installed donors, the SIM cards, the daily report. An error when the service cannot
   // be opened.
   [[nodiscard]] ErrorPtr start();
-  // Serves until the run loop ends, then closes the service.
+  // Serves until the run loop ends, then closes the service. A terminating signal ends only the
+  // taking of requests at once.
   void run();
 
  private:
@@ -33,7 +35,7 @@ class AgentProcess final {
   [[nodiscard]] ErrorPtr openDonationService();
   void scheduleDiscovery();
   void scheduleSIMCardMonitor();
-  void installHangUpHandler();
+  void installSignalHandlers();
   void scheduleMetricsAttempt();
 
   RunLoop& runLoop;
@@ -42,7 +44,7 @@ class AgentProcess final {
   std::shared_ptr<DonationListenerDelegate> listenerDelegate;
   std::shared_ptr<ServiceListener> donationListener;
   std::shared_ptr<SIMCardMonitor> simCardMonitor;
-  std::shared_ptr<Cancelable> hangUpSource;
+  std::vector<std::shared_ptr<Cancelable>> signalSources;
 };
 
 }  // namespace quenlet

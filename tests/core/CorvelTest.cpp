@@ -72,6 +72,28 @@ TEST_F(CorvelRequestsTest, RefusesWhileTheFeatureIsOff) {
   }
 }
 
+TEST_F(CorvelRequestsTest, KeepsTheProcessFromItsEndUntilAChangeIsAnswered) {
+  hold({email("a@x", from("app", "a"))});
+  const int& open = *environment->openTransactions;
+  int openAtReply = 0;
+  const ErrorReply reply = [&](const ErrorPtr&) { openAtReply = open; };
+  const std::pair<const char*, std::function<void()>> rows[] = {
+      {"donation", [&] { agent->donateMeCardValues({email("b@x")}, reply); }},
+      {"removal",
+       [&] {
+         agent->removeDonatedMeCardValuesWithBundleIdentifier(
+             "app", [&](bool, const ErrorPtr& error) { reply(error); });
+       }},
+  };
+  for (const auto& [name, change] : rows) {
+    change();
+    EXPECT_EQ(open, 1) << name;
+    run();
+    EXPECT_EQ(std::exchange(openAtReply, 0), 1) << name;
+    EXPECT_EQ(open, 0) << name;
+  }
+}
+
 TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
   const DonationValues a = {email("a@x", from("app", "a"))};
   const DonationValues unknown = {email("c@x", from("none", "c"))};

@@ -30,6 +30,9 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
       std::make_shared<StructuredLoggerProvider>(
           StructuredLog(log, [this] { return schedulers.now(); }));
 
+  // How many transactions keep the process from its end.
+  const std::shared_ptr<int> openTransactions = std::make_shared<int>(0);
+
   std::shared_ptr<SchedulerProvider> schedulerProvider() override { return provider; }
   std::shared_ptr<AgentLogger> logger() override { return loggers->agentLogger(); }
   std::shared_ptr<DataProxy> dataProxy() override { return nullptr; }
@@ -53,7 +56,11 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
     services.currentExtensionsObservable = [this](const auto&) { return borrowedDonors(); };
     services.makeAccountStore = [this] { return accounts; };
     services.deviceInfo = [this] { return device; };
-
+    services.makeProcessTransaction = [open = openTransactions](const std::string& name) {
+      ++*open;
+      return std::make_shared<ProcessTransaction>(
+          name, std::make_shared<CancelBlock>([open] { --*open; }));
+    };
     return services;
   }
 

@@ -132,6 +132,93 @@ TEST_F(KillTest, KeepsWhatWasAcknowledgedAndLeavesNothingElse) {
   RecordProperty("changes acknowledged before them", acknowledgements);
 }
 
+class OrderlyEndTest : public DiskTest {
+ protected:
+  static constexpr std::size_t users = 5;
+
+  // Donates an address and takes it back, in one user's way, until the agent takes no more.
+  void useAgent(std::size_t user, unsigned long seedOfUser) {
+    std::mt19937 chance(seedOfUser);
+    CorvelProxy proxy;
+    std::string& address = acknowledged[user];
+    const std::string name = "user" + std::to_string(user);
+    for (ErrorPtr error; !error;) {
+      const std::string next =
+          address.empty() ? name + "-" + std::to_string(chance()) + "@example.org" : "";
+      error = address.empty() ? donate(proxy, user, name, next) : takeBack(proxy, user, name);
+      EXPECT_TRUE(!error || error->domain() == ServiceErrorDomain) << error->description();
+      if (!error) address = next;
+      changes += !error;
+      // Changes of accounts are answered before they are made; more of them than can be made in the
+      // time of grace must not pile up.
+      if (!error && user == 0) error = fetch(proxy);
+    }
+  }
+
+  std::vector<std::string> acknowledged = std::vector<std::string>(users);
+  std::atomic<int> changes = 0;
+
+ private:
+  static ErrorPtr fetch(CorvelProxy& proxy) {
+    return std::get<1>(waitForReply<ContactPtr, ErrorPtr>(
+        [&](ContactReply reply) { proxy.fetchDonatedMeCard(std::move(reply)); }));
+  }
+  static AccountPtr account(const std::string& name, const std::string& address) {
+    return std::make_shared<Account>(
+        Account{.identifier = name, .username = address, .enabledDataclasses = {"mail"}});
+  }
+  static ErrorPtr donate(CorvelProxy& proxy, std::size_t user, const std::string& name,
+                         const std::string& address) {
+    if (user != 0) return donateTo(proxy, {email(address, from(name, name, name))});
+    return std::get<0>(waitForReply<ErrorPtr>([&](ErrorReply reply) {
+      proxy.changeFromAccount(nullptr, account(name, address), std::move(reply));
+    }));
+  }
+  static ErrorPtr takeBack(CorvelProxy& proxy, std::size_t user, const std::string& name) {
+    return std::get<0>(waitForReply<ErrorPtr>([&](const ErrorReply& reply) {
+      const SuccessReply success = [reply](bool, const ErrorPtr& error) { reply(error); };
+      if (user == 0) proxy.changeFromAccount(account(name, ""), nullptr, reply);
+      if (user == 1) proxy.removeDonatedMeCardValuesForIdentifiers({name}, success);
+      if (user == 2) proxy.removeDonatedMeCardValuesWithBundleIdentifier(name, success);
+      if (user == 3) proxy.rejectValueWithDonationIdentifier(name, reply);
+      if (user == 4) proxy.rejectValuesWithClusterIdentifier(name, reply);
+    }));
+  }
+};
+
+// Some thousand donations make each save long enough to be hit.
+TEST_F(OrderlyEndTest, AnswersAndSavesWhatItTookAndNothingElse) {
+  DonationValues others;
+  for (int number = 0; number < 3'000; ++number) {
+    others.push_back(email("a@x", from("other", std::to_string(number))));
+  }
+  EXPECT_TRUE(persistence.storeWithAllValues(others).result().isLeft());
+  // Else an agent that starts drops accounts that are in no store, as these are.
+  const ExtensionVersions allRead{{AccountsBundleIdentifier, 1'000'000}};
+  EXPECT_TRUE(persistence.storeWithExtensionVersions(allRead).result().isLeft());
+  int cycle = 0;
+  for (; cycle < count(10, 300) && !HasFailure(); ++cycle) {
+    SCOPED_TRACE("cycle " + std::to_string(cycle));
+    ASSERT_TRUE(startAndList());
+    std::vector<std::jthread> threads;
+    for (std::size_t user = 0; user < users; ++user) {
+      threads.emplace_back([this, user, chance = random()] { useAgent(user, chance); });
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(random() % 400));
+    EXPECT_EQ(stopAgent(), 0);
+    threads.clear();
+    std::multiset<std::string> saved;
+    for (const auto& [identifier, address] : onDisk()) {
+      if (address != "a@x") saved.insert(address);
+    }
+    std::multiset<std::string> expected(acknowledged.begin(), acknowledged.end());
+    expected.erase("");
+    EXPECT_EQ(saved, expected);
+  }
+  RecordProperty("orderly ends", cycle);
+  RecordProperty("changes acknowledged before them", changes);
+}
+
 class FileFaultTest : public DiskTest {
  protected:
   // Each kind of fault, once and for good, at one call after another, until a round makes fewer
