@@ -6,7 +6,9 @@
 
 #include "mecard/ContactRebuilder.h"
 #include "platform/PlatformServices.h"
+#include "platform/donations/DonationError.h"
 #include "platform/foundation/FreedMemory.h"
+#include "platform/foundation/ProblemReporter.h"
 #include "storage/DonationPersistence.h"
 
 namespace quenlet {
@@ -56,7 +58,7 @@ Corvel::Corvel(std::shared_ptr<AgentEnvironmentProtocol> agentEnvironment,
                std::shared_ptr<CuratedInfoProviderProtocol> infoProvider)
     : notYetExpired([](const DonationValue& value) { return secondsUntilExpiration(value) > 0; }),
       readyForRenewal([](const DonationValue& value) {
-        return secondsUntilExpiration(value) < renewalDeadlineSeconds;
+        return secondsUntilExpiration(value) < renewalDeadline;
       }),
       contact(std::make_shared<const Contact>()),
       environment(std::move(agentEnvironment)),
@@ -102,6 +104,7 @@ bool Corvel::restoreTable() {
   const Future<DonationValues> load = persistence->loadDonations();
   const Result<DonationValues>& loaded = load.result();
   if (!loaded.isLeft()) return false;
+  keepStoredIfMostExpired(loaded.left());
   const DonationValues candidates = valuesSatisfying(
       loaded.left(), [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
   DonationTable restored;
@@ -109,6 +112,19 @@ bool Corvel::restoreTable() {
   donations = std::move(restored);
   renewWithDonations(valuesSatisfying(candidates, readyForRenewal));
   return true;
+}
+
+// A clock that is far ahead expires what is good, and the next save would drop it for ever.
+void Corvel::keepStoredIfMostExpired(const DonationValues& loaded) {
+  constexpr std::size_t handful = 5;
+  const std::size_t expired = loaded.size() - valuesSatisfying(loaded, notYetExpired).size();
+  if (expired < handful || expired <= loaded.size() / 2) return;
+  persistence->keepStoredDonations();
+  ProblemReporter("donations")
+      .setProblem(makeError(
+          DonationErrorDomain, 0,
+          std::to_string(expired) + " of " + std::to_string(loaded.size()) +
+              " have expired by this machine's clock; their file stays beside the next one"));
 }
 
 void Corvel::rebuildMeCard() {
@@ -168,16 +184,17 @@ void Corvel::changeTable(const std::function<void()>& step) {
 }
 
 void Corvel::applyChange(const ChangeType& change, SaveReply saveReply) {
-  if (std::visit(IsEmptyChange{}, change)) {
-    // Nothing to do is done at once; the caller still waits for an answer.
-    replyScheduler->performBlock([saveReply = std::move(saveReply)] { saveReply({}); });
-    return;
-  }
+  const auto replyAtOnce = [&](const SaveResponse& response) {
+    replyScheduler->performBlock(
+        [saveReply = std::move(saveReply), response] { saveReply(response); });
+  };
+  // Nothing to do is done at once; the caller still waits for an answer.
+  if (std::visit(IsEmptyChange{}, change)) return replyAtOnce(SaveResponse::success());
+  ErrorPtr refused;
   changeTable([&] {
     if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
-      donations.insertAll(valuesSatisfying(insertion->values, [this](const DonationValue& value) {
-        return !isConfirmedOrRejected(value);
-      }));
+      refused = insert(insertion->values);
+      if (refused) return;
     } else if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
       donations.removeIdentifiers(removal->identifiers);
     } else {
@@ -186,7 +203,20 @@ void Corvel::applyChange(const ChangeType& change, SaveReply saveReply) {
     rebuildMeCard();
     save(std::move(saveReply));
   });
+  if (refused) return replyAtOnce(SaveResponse::failure(refused));
   postValuesDidChange();
+}
+
+ErrorPtr Corvel::insert(const DonationValues& values) {
+  const DonationValues accepted = valuesSatisfying(
+      values, [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
+  // Put in, they would fail this save and all later ones, whosever they are.
+  if (!donations.hasRoomFor(accepted, persistence->capacityInBytes())) {
+    return makeDonationError(DonationErrorCode::notSerializable,
+                             "with these values the donations are larger than their file may be");
+  }
+  donations.insertAll(accepted);
+  return nullptr;
 }
 
 void Corvel::commitTable(SaveReply saveReply) {
@@ -201,7 +231,8 @@ void Corvel::save(SaveReply saveReply) {
                                saveReply = std::move(saveReply), transaction = beginChange()] {
     self->persistence->storeWithAllValues(*values).onCompletion(
         [self, saveReply, transaction](const Result<bool>& stored) {
-          const SaveResponse response{stored.isLeft() ? nullptr : stored.right()};
+          const SaveResponse response =
+              stored.isLeft() ? SaveResponse::success() : SaveResponse::failure(stored.right());
           self->replyScheduler->performBlock(
               [saveReply, response, transaction] { saveReply(response); });
         });

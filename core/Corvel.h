@@ -32,8 +32,8 @@ namespace quenlet {
 // operation keeps the object alive until it has replied.
 class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<Corvel> {
  public:
-  // A value that expires sooner than this is offered to its donor for renewal.
-  static constexpr double renewalDeadlineSeconds = 604800.0;
+  // A value that expires sooner than in so many seconds is offered to its donor for renewal.
+  static constexpr double renewalDeadline = 604800.0;
 
   struct InsertOrModifyValues final {
     DonationValues values;
@@ -48,10 +48,21 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   using ChangeType = std::variant<InsertOrModifyValues, RemoveValuesWithIdentifiers,
                                   RemoveValuesWithBundleIdentifier>;
 
-  // The outcome of the save of a change: null for success, else the save's error.
-  struct SaveResponse final {
-    ErrorPtr failure;
-    [[nodiscard]] bool isSuccess() const { return failure == nullptr; }
+  // The outcome of the save of a change.
+  class SaveResponse final {
+   public:
+    [[nodiscard]] static SaveResponse success() { return SaveResponse(nullptr); }
+    // `error` is not null.
+    [[nodiscard]] static SaveResponse failure(ErrorPtr error) {
+      return SaveResponse(std::move(error));
+    }
+    [[nodiscard]] bool isSuccess() const { return saveError == nullptr; }
+    // Null for success.
+    [[nodiscard]] const ErrorPtr& error() const { return saveError; }
+
+   private:
+    explicit SaveResponse(ErrorPtr error) : saveError(std::move(error)) {}
+    ErrorPtr saveError;
   };
   using SaveReply = std::function<void(const SaveResponse&)>;
 
@@ -173,8 +184,11 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   // Runs in a writer block.
   void restore();
   [[nodiscard]] bool restoreTable();
+  void keepStoredIfMostExpired(const DonationValues& loaded);
   void dropConfirmedOrRejected();
   void rebuildMeCard();
+  // An error, with nothing put in, when no file could hold the table afterwards.
+  [[nodiscard]] ErrorPtr insert(const DonationValues& values);
   void applyChange(const ChangeType& change, SaveReply saveReply);
   [[nodiscard]] bool isWithin(const BundleLimit& limit, const ChangeType& change) const;
   // Runs a step that changes the table and the card; when it fails, both are as they were.

@@ -14,7 +14,11 @@ ErrorPtr Corvel::refusal(const std::string& requestName, WhileUndetermined undet
       (state == FeatureState::undetermined && undetermined == WhileUndetermined::refused);
   if (!refused) return nullptr;
   logger->featureNotEnabled(requestName);
-  return makeDonationError(DonationErrorCode::featureNotEnabled, "donations are not enabled");
+  return makeDonationError(DonationErrorCode::featureNotEnabled,
+                           state == FeatureState::undetermined
+                               ? "the agent has just started and does not know yet whether "
+                                 "donations are enabled"
+                               : "donations are not enabled");
 }
 
 void Corvel::donateMeCardValues(DonationValues values, ErrorReply completionHandler) {
@@ -37,7 +41,7 @@ void Corvel::donateMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit,
                      }};
   SaveReply saveReply = [self = shared_from_this(), values, requestName,
                          reply = std::move(completionHandler)](const SaveResponse& response) {
-    reply(response.failure);
+    reply(response.error());
     if (response.isSuccess()) self->renewWithDonations(values);
     self->logger->agentDidHandleRequest(requestName);
     self->renewPreExpired(values);
@@ -91,7 +95,7 @@ void Corvel::removeValues(const std::string& requestName, ChangeType change, Suc
   };
   submitChange(
       std::move(change),
-      [finish](const SaveResponse& response) { finish(response.isSuccess(), response.failure); },
+      [finish](const SaveResponse& response) { finish(response.isSuccess(), response.error()); },
       {std::move(limit), [finish](const ErrorPtr& error) { finish(false, error); }});
 }
 

@@ -6,6 +6,18 @@
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
+namespace {
+
+std::size_t textBytesOf(const DonationValues& values) {
+  std::size_t size = 0;
+  for (std::size_t place = 0; place < values.size(); ++place) {
+    prefetchDonation(values, place);
+    size += values[place]->propertyListText().value_or("").size();
+  }
+  return size;
+}
+
+}  // namespace
 
 // Where the index has the row with that identifier, or where it would get it.
 std::size_t DonationTable::positionFor(const DonationValues& held, const ComparisonKey& key) const {
@@ -34,16 +46,32 @@ void DonationTable::insertAll(const DonationValues& values) {
   changed->assign(rows->begin(), rows->end());
   if (mostRows + mostRows / 2 >= index.size()) indexAll(*changed, mostRows);
   for (const DonationValuePtr& value : values) {
-    const ComparisonKey key = value->donationKey();
-    Slot& slot = index[positionFor(*changed, key)];
-    if (slot.rowAndOne == 0) {
-      changed->push_back(value);
-      slot = {key.hash, static_cast<std::uint32_t>(changed->size())};
-    } else {
-      (*changed)[slot.rowAndOne - 1] = value;
-    }
+    indexDonationByIdentifierReduction(*changed, value);
   }
+  mostTextBytes += textBytesOf(values);
   rows = std::move(changed);
+}
+
+void DonationTable::indexDonationByIdentifierReduction(DonationValues& held,
+                                                       const DonationValuePtr& value) {
+  const ComparisonKey key = value->donationKey();
+  Slot& slot = index[positionFor(held, key)];
+  if (slot.rowAndOne == 0) {
+    held.push_back(value);
+    slot = {key.hash, static_cast<std::uint32_t>(held.size())};
+  } else {
+    held[slot.rowAndOne - 1] = value;
+  }
+}
+
+bool DonationTable::hasRoomFor(const DonationValues& values, std::size_t capacityInBytes) {
+  const std::size_t added = textBytesOf(values);
+  if (mostTextBytes + added <= capacityInBytes) return true;
+  mostTextBytes = textBytesOf(*rows);
+  if (mostTextBytes + added <= capacityInBytes) return true;
+  DonationTable changed(*this);
+  changed.insertAll(values);
+  return textBytesOf(*changed.rows) <= capacityInBytes;
 }
 
 void DonationTable::removeIf(const std::function<bool(const DonationValue&)>& unwanted) {

@@ -21,6 +21,9 @@ class DonationTable final {
   DonationTable(DonationTable&&) = default;
   DonationTable& operator=(DonationTable&&) = default;
 
+  // Whether the texts of all values have no more than `capacityInBytes` together once `values` are
+  // put in. Looks at every value only when it is not clear from what was put in before.
+  [[nodiscard]] bool hasRoomFor(const DonationValues& values, std::size_t capacityInBytes);
   // Puts each value under its donation identifier, in order; a value takes the place of the one
   // that is held there.
   void insertAll(const DonationValues& values);
@@ -43,10 +46,15 @@ class DonationTable final {
     std::uint32_t rowAndOne = 0;  // 0 while free
   };
 
+  // Stores `value` in the list built so far under its identifier, in the place of what was there.
+  // The index has room for one more.
+  void indexDonationByIdentifierReduction(DonationValues& held, const DonationValuePtr& value);
   [[nodiscard]] std::size_t positionFor(const DonationValues& held, const ComparisonKey& key) const;
   void indexAll(const DonationValues& held, std::size_t capacity);
 
   std::shared_ptr<const DonationValues> rows = std::make_shared<const DonationValues>();
+  // Of the values' texts together, at most; values that were replaced or dropped may count.
+  std::size_t mostTextBytes = 0;
   // Open-addressed by the hash; its size is a power of two and at most two thirds of it are taken.
   std::vector<Slot> index = std::vector<Slot>(4);
 };

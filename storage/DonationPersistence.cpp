@@ -1,5 +1,7 @@
 #include "storage/DonationPersistence.h"
 
+#include <concepts>
+
 #include "platform/donations/DonationError.h"
 #include "platform/donations/DonationFiles.h"
 #include "platform/files/FileReading.h"
@@ -12,6 +14,10 @@ namespace {
 
 constexpr char donationsKey[] = "donations";
 
+ErrorPtr notSerializable(const std::string& sentence) {
+  return makeDonationError(DonationErrorCode::notSerializable, sentence);
+}
+
 Result<std::filesystem::path> donationsDirectory() {
   return UserDirectories::expandTilde("~/" + std::string(DonationFiles::directory));
 }
@@ -22,14 +28,20 @@ Result<std::filesystem::path> fileLocation(const char* name) {
   return Result<std::filesystem::path>::left(directory.left() / name);
 }
 
-// What a file's dictionary says, and whether everything in it could be read.
+// A result of which there is an empty one, which stands for what cannot be read.
 template <typename T>
+concept emptyInitializable = std::default_initializable<T> && requires(const T& result) {
+  { result.empty() } -> std::convertible_to<bool>;
+};
+
+// What a file's dictionary says, and whether everything in it could be read.
+template <emptyInitializable T>
 struct Reading final {
   T result{};
   bool complete = true;
 };
 
-template <typename T>
+template <emptyInitializable T>
 using Interpretation = Reading<T> (*)(const PropertyListDictionary&);
 
 // What can be said of a file's bytes without the general reader; nothing if that has to be asked.
@@ -52,7 +64,7 @@ Result<PropertyList> parseDictionary(const std::string& bytes) {
 
 // Reads one file. A missing file is empty; so is a damaged one, once it is kept, and one that
 // cannot be read, which is kept by the next write: nothing is known to be wrong with what it holds.
-template <typename T>
+template <emptyInitializable T>
 Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
                Interpretation<T> interpret, Shortcut<T> shortcut = &noShortcut<T>) {
   const Result<std::filesystem::path> url = fileLocation(name);
@@ -92,7 +104,7 @@ Reading<std::vector<T>> readElements(const PropertyListDictionary& contents, Rea
   reading.result.reserve(elements->size());
   for (const PropertyList& element : *elements) {
     if (auto value = read(*element.dictionary())) {
-      if constexpr (std::is_same_v<T, Value>) {
+      if constexpr (std::is_same_v<T, DonationValue::Value>) {
         reading.result.push_back(std::move(*value));
       } else {
         reading.result.push_back(std::move(value));
@@ -109,8 +121,8 @@ Reading<DonationValues> readDonations(const PropertyListDictionary& contents) {
                                         &DonationValue::initWithPropertyListRepresentation);
 }
 
-Reading<std::vector<Value>> readRejections(const PropertyListDictionary& contents) {
-  return readElements<Value>(contents, &Value::valueWithDictionary);
+Reading<std::vector<DonationValue::Value>> readRejections(const PropertyListDictionary& contents) {
+  return readElements<DonationValue::Value>(contents, &DonationValue::Value::valueWithDictionary);
 }
 
 Reading<ExtensionVersions> readVersions(const PropertyListDictionary& contents) {
@@ -144,6 +156,11 @@ struct Frame final {
     tail = head.substr(sizeOfHead);
     head.resize(sizeOfHead);
   }
+  // Of the texts between them.
+  [[nodiscard]] std::size_t capacityInBytes() const {
+    return PropertyListSerializer::maximumSizeInBytes - head.size() - tail.size();
+  }
+
   std::string head;
   std::string tail;
 };
@@ -180,10 +197,10 @@ void appendTexts(std::string& output, const DonationValues& values) {
 Result<std::string> textOf(const DonationValues& values) {
   const Frame frame;
   const std::optional<std::size_t> size = sizeOfTexts(values);
-  if (!size ||
-      *size > PropertyListSerializer::maximumSizeInBytes - frame.head.size() - frame.tail.size()) {
+  if (!size) return Result<std::string>::right(notSerializable("a value cannot be serialised"));
+  if (*size > frame.capacityInBytes()) {
     return Result<std::string>::right(
-        makeDonationError(DonationErrorCode::notSerializable, "a file cannot hold the donations"));
+        notSerializable("the donations together are larger than their file may be"));
   }
   std::string text;
   text.reserve(frame.head.size() + *size + frame.tail.size());
@@ -215,8 +232,9 @@ Future<DonationValues> DonationPersistence::loadDonations() {
                               &donationsOfWrittenText);
 }
 
-Future<std::vector<Value>> DonationPersistence::loadRejections() {
-  return load<std::vector<Value>>(dataProxy, DonationFiles::rejections, &readRejections);
+Future<std::vector<DonationValue::Value>> DonationPersistence::loadRejections() {
+  return load<std::vector<DonationValue::Value>>(dataProxy, DonationFiles::rejections,
+                                                 &readRejections);
 }
 
 Future<ExtensionVersions> DonationPersistence::loadExtensionVersions() {
@@ -243,15 +261,22 @@ Future<bool> DonationPersistence::storeWithExtensionVersions(const ExtensionVers
 
 Future<bool> DonationPersistence::storeAsPlistWithUrl(const std::filesystem::path& url,
                                                       PropertyListDictionary value) {
-  return storeText(url, PropertyListSerializer::dataWithObject(std::move(value)));
+  const Result<std::string> text = PropertyListSerializer::dataWithObject(std::move(value));
+  if (text.isLeft()) return storeText(url, text);
+  // The same for all that the form cannot hold; what it was may be a name that others chose.
+  return Future<bool>::futureWithError(notSerializable("a value cannot be serialised"));
+}
+
+std::size_t DonationPersistence::capacityInBytes() const { return Frame().capacityInBytes(); }
+
+void DonationPersistence::keepStoredDonations() {
+  const Result<std::filesystem::path> url = fileLocation(DonationFiles::donations);
+  if (url.isLeft()) dataProxy->keepDamagedFile(url.left());
 }
 
 Future<bool> DonationPersistence::storeText(const std::filesystem::path& url,
                                             Result<std::string> text) {
-  if (!text.isLeft()) {
-    return Future<bool>::futureWithError(
-        makeDonationError(DonationErrorCode::notSerializable, "a value cannot be serialised"));
-  }
+  if (!text.isLeft()) return Future<bool>::futureWithError(text.right());
   return dataProxy->writeData(std::move(text).takeLeft(), url, WritingOptions::atomic)
       .flatMap([self = *this](bool) {
         self.excludeFromBackups();

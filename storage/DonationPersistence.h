@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "model/Value.h"
+#include "model/DonationValue.h"
 #include "platform/files/DataProxy.h"
 #include "platform/foundation/PropertyList.h"
 #include "storage/DonationPersistenceProtocol.h"
@@ -27,13 +27,17 @@ class DonationPersistence final : public DonationPersistenceProtocol {
   Future<DonationValues> loadDonations() override;
   // The values of "rejections.json", which the agent itself does not write. Elements that are no
   // value dictionary are skipped.
-  [[nodiscard]] Future<std::vector<Value>> loadRejections();
+  [[nodiscard]] Future<std::vector<DonationValue::Value>> loadRejections();
   // Entries that are no integer are skipped.
   Future<ExtensionVersions> loadExtensionVersions() override;
 
-  // Fails with notSerializable, or with the error of the write.
+  // Fails with notSerializable, when a value has no property-list text or all of them together are
+  // too large, or with the error of the write.
   Future<bool> storeWithAllValues(const DonationValues& values) override;
   Future<bool> storeWithExtensionVersions(const ExtensionVersions& versions) override;
+  [[nodiscard]] std::size_t capacityInBytes() const override;
+  // As a damaged file is kept.
+  void keepStoredDonations() override;
   // Writes one file as a property list and then excludes the directory from backups.
   [[nodiscard]] Future<bool> storeAsPlistWithUrl(const std::filesystem::path& url,
                                                  PropertyListDictionary value);

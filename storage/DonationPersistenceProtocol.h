@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -24,6 +25,12 @@ class DonationPersistenceProtocol {
   [[nodiscard]] virtual Future<ExtensionVersions> loadExtensionVersions() = 0;
   [[nodiscard]] virtual Future<bool> storeWithExtensionVersions(
       const ExtensionVersions& versions) = 0;
+
+  // How many bytes the property-list texts of stored donations may have together.
+  [[nodiscard]] virtual std::size_t capacityInBytes() const = 0;
+  // Keeps a copy of the donations as they are stored, which the next store does not touch. What
+  // cannot be kept fails that store.
+  virtual void keepStoredDonations() = 0;
 };
 
 }  // namespace quenlet

@@ -40,9 +40,13 @@ class CorvelRequestsTest : public AgentFixture {
     }
     return first;
   }
-  DonationValuePtr expired(const char* identifier) const {
-    return email("b@x", from("other", identifier, std::nullopt,
-                             environment->schedulers.now().addingSeconds(-1)));
+  DonationValuePtr expiring(const std::string& bundle, const std::string& identifier,
+                            double inSeconds, const std::string& address = "b@x") const {
+    return email(address, from(bundle, identifier, std::nullopt,
+                               environment->schedulers.now().addingSeconds(inSeconds)));
+  }
+  static std::size_t sizeOf(const DonationValuePtr& value) {
+    return value->propertyListText()->size();
   }
 };
 
@@ -72,6 +76,19 @@ TEST_F(CorvelRequestsTest, RefusesWhileTheFeatureIsOff) {
   }
 }
 
+TEST_F(CorvelRequestsTest, TellsABeginningFromAnOwnerWhoSaidNo) {
+  const auto sentence = [this] {
+    std::string told;
+    agent->meCardDonations([&](const auto&, const auto& error) { told = error->description(); });
+    return told;
+  };
+  EXPECT_EQ(sentence(),
+            "ovaro.quenlet.donation-error 1: the agent has just started and does not know yet "
+            "whether donations are enabled");
+  setEnabled(false);
+  EXPECT_EQ(sentence(), "ovaro.quenlet.donation-error 1: donations are not enabled");
+}
+
 TEST_F(CorvelRequestsTest, KeepsTheProcessFromItsEndUntilAChangeIsAnswered) {
   hold({email("a@x", from("app", "a"))});
   const int& open = *environment->openTransactions;
@@ -94,6 +111,32 @@ TEST_F(CorvelRequestsTest, KeepsTheProcessFromItsEndUntilAChangeIsAnswered) {
   }
 }
 
+TEST_F(CorvelRequestsTest, RefusesWhatWouldMakeTheTableLargerThanAnyFile) {
+  const DonationValuePtr a = email("a@x", from("app", "a"));
+  const DonationValuePtr b = email("b@x", from("app", "b"));
+  const DonationValuePtr c = email("c@x", from("app", "c"));
+  hold({a, b});
+  persistence->capacity = sizeOf(a) + sizeOf(b);
+  const auto refused = [](const std::string& identifier) {
+    return Events{"caller: will", "caller: acceptingDonations: [" + identifier + "]",
+                  "background: reply error 501", "background: did"};
+  };
+  const auto saved = [this](const std::string& identifiers, const std::string& table) {
+    return Events{"caller: will",
+                  "caller: acceptingDonations: [" + identifiers + "]",
+                  posted,
+                  "io: store " + table,
+                  "background: reply no error",
+                  "background: did"};
+  };
+  EXPECT_EQ(eventsFor(donate, {email("bb@x", from("app", "b"))}), refused("b"));
+  EXPECT_EQ(replyTo(fetch), "card a@x b@x");
+  EXPECT_EQ(eventsFor(donate, {b, a}), saved("b,a", "a b")) << "what is replaced makes room";
+  EXPECT_EQ(eventsFor(donate, {c}), refused("c"));
+  static_cast<void>(eventsFor(removeIdentifiers, {a}));
+  EXPECT_EQ(eventsFor(donate, {c}), saved("c", "b c"));
+}
+
 TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
   const DonationValues a = {email("a@x", from("app", "a"))};
   const DonationValues unknown = {email("c@x", from("none", "c"))};
@@ -104,10 +147,14 @@ TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
   const std::string removed = "background: reply true no error";
   hold({a.front(), email("b@x", from("other", "b"))});
   const std::tuple<std::string, DonationValues, Events> rows[] = {
+      // At this very moment; each row takes two seconds.
+      {donate,
+       {expiring("other", "b", 0)},
+       thenRenewals({will, accepting + "[b]", posted, "io: store a b", done, did}, "b", "other")},
       {donate, a,
        thenRenewals({will, accepting + "[a]", posted, "io: store a b", done, did}, "a", "app")},
       {donate,
-       {expired("b")},
+       {expiring("other", "b", -1)},
        thenRenewals({will, accepting + "[b]", posted, "io: store a b", done, did,
                      "background: preExpiredDonations: [b]"},
                     "b", "other", 2)},
@@ -129,7 +176,7 @@ TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
 TEST_F(CorvelRequestsTest, KeepsTheChangeWhenItsSaveFails) {
   hold({email("a@x", from("app", "a"))});
   persistence->failure = makeError("disk", 501);
-  EXPECT_EQ(eventsWithRenewals(donate, {expired("b")}),
+  EXPECT_EQ(eventsWithRenewals(donate, {expiring("other", "b", -1)}),
             thenRenewals({"caller: will", "caller: acceptingDonations: [b]", posted,
                           "io: store a b", "background: reply error 501", "background: did",
                           "background: preExpiredDonations: [b]"},
@@ -167,37 +214,60 @@ TEST_F(CorvelRequestsTest, DropsWhatIsKnownToBeRejectedOnlyLater) {
 }
 
 TEST_F(CorvelRequestsTest, RestoresWhatIsStillGood) {
-  const auto expiring = [this](const char* address, const char* identifier, double inSeconds) {
-    return email(address, from("app", identifier, std::nullopt,
-                               environment->schedulers.now().addingSeconds(inSeconds)));
-  };
   environment->feedback->rejectedDonations = {"rejected"};
   environment->donors.install("app");
-  persistence->kept = {expiring("1@x", "twice", 1e9),   expiring("2@x", "expired", 0),
-                       expiring("3@x", "soon", 604799), expiring("4@x", "week", 604800),
-                       expiring("5@x", "rejected", 1),  expiring("6@x", "twice", 1e9)};
+  persistence->kept = {expiring("app", "twice", 1e9, "1@x"),
+                       expiring("app", "expired", 0, "2@x"),
+                       expiring("app", "soon", 604799, "3@x"),
+                       expiring("app", "week", 604800, "4@x"),
+                       expiring("app", "rejected", 1, "5@x"),
+                       expiring("app", "twice", 1e9, "6@x"),
+                       expiring(AccountsBundleIdentifier, "own", 604799, "7@x")};
   agent->restorePersistedState();
-  send(donate, {email("7@x", from("app", "new"))});  // waits for the restore
-  static_cast<void>(takeTrace());
-  run();
-  Events events = takeTrace();
-  events.resize(2);
-  EXPECT_EQ(events,
-            (Events{"writer: beginRestorePersistedState", "writer: endRestorePersistedState"}));
-  runRenewals();
-  events = takeTrace();
-  std::erase_if(events, [](const auto& event) { return event.find(": renew") == event.npos; });
-  EXPECT_EQ(events, (Events{"background: renew expired", "background: renew soon",
-                            "background: renew new"}));
+  EXPECT_EQ(
+      eventsWithRenewals(donate, {email("8@x", from("app", "new"))}),
+      (Events{"caller: will", "caller: acceptingDonations: [new]", "writer: beginRestorePersistedState",
+              "writer: endRestorePersistedState", posted, "io: store twice soon week own new",
+              "background: reply no error", "background: did",
+              "background: willRenewValues:withDonor:", "background: load app",
+              "background: renew expired", "background: renew soon",
+              "background: willRenewValues:withDonor:", "background: load app",
+              "background: renew new"}));
   setEnabled(true);
-  EXPECT_EQ(replyTo(list), "list twice soon week new");
-  EXPECT_EQ(replyTo(fetch), "card 6@x 3@x 4@x 7@x");
+  EXPECT_EQ(replyTo(list), "list twice soon week own new");
+  EXPECT_EQ(replyTo(fetch), "card 6@x 3@x 4@x 7@x 8@x");
 
   persistence->failure = makeError("disk", 5);
   agent->restorePersistedState();
   run();
   EXPECT_EQ(takeTrace(), Events{"writer: beginRestorePersistedState"});
-  EXPECT_EQ(replyTo(list), "list twice soon week new");
+  EXPECT_EQ(replyTo(list), "list twice soon week own new");
+}
+
+TEST_F(CorvelRequestsTest, KeepsTheFileWhenAClockThatMayBeWrongHasExpiredMostOfIt) {
+  const std::tuple<int, int, bool> rows[] = {
+      {4, 0, false}, {5, 5, false}, {5, 4, true}, {5, 0, true}, {0, 5, false}};
+  for (const auto& [expired, good, isKept] : rows) {
+    persistence->kept.clear();
+    for (int i = 0; i < expired + good; ++i) {
+      persistence->kept.push_back(
+          expiring(AccountsBundleIdentifier, std::to_string(i), i < expired ? 0 : 1));
+    }
+    Events expected = {"writer: beginRestorePersistedState", "writer: endRestorePersistedState"};
+    if (isKept) {
+      expected.insert(expected.begin() + 1, "writer: keep " + identifiersOf(persistence->kept));
+    }
+    testing::internal::CaptureStderr();
+    agent->restorePersistedState();
+    run();
+    EXPECT_EQ(takeTrace(), expected) << expired << " and " << good;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              isKept ? "quenlet: donations: " + std::to_string(expired) + " of " +
+                           std::to_string(expired + good) +
+                           " have expired by this machine's clock; their file stays beside the "
+                           "next one\n"
+                     : "");
+  }
 }
 
 }  // namespace

@@ -100,6 +100,7 @@ class FakePersistence final : public DonationPersistenceProtocol {
   DonationValues kept;
   ExtensionVersions versions;
   ErrorPtr failure;
+  std::size_t capacity = 1 << 20;
 
   Future<DonationValues> loadDonations() override { return outcome(kept); }
   Future<bool> storeWithAllValues(const DonationValues& values) override {
@@ -117,6 +118,8 @@ class FakePersistence final : public DonationPersistenceProtocol {
     versions = table;
     return Future<bool>::futureWithResult(true);
   }
+  std::size_t capacityInBytes() const override { return capacity; }
+  void keepStoredDonations() override { trace.note("keep " + identifiersOf(kept)); }
 
  private:
   template <typename T>
