@@ -27,9 +27,13 @@ TEST(ValueTest, ComparesContentByCanonicalEquivalenceAlone) {
       {"e-mail label", Value::emailAddress("a@x", "h"), Value::emailAddress("a@x", "w"), false},
       {"kinds", Value::emailAddress("1", "h"), Value::phoneNumber("1", "h"), false},
       {"phone", Value::phoneNumber("+1 2", "h"), Value::phoneNumber("+12", "h"), false},
+      {"phone label", Value::phoneNumber("+12", "h"), Value::phoneNumber("+12", "w"), false},
+      {"phone label's composition", Value::phoneNumber("+12", "\u00e9"),
+       Value::phoneNumber("+12", "e\u0301"), true},
       {"postal field", home, Value::postalAddress({.city = "Berlin"}, mailing, "h"), false},
       {"style", home, Value::postalAddress(berlin, PostalAddressStyle::abbreviated, "h"), false},
       {"postal label", home, Value::postalAddress(berlin, mailing, "w"), false},
+      {"postal all", home, Value::postalAddress(berlin, mailing, "h"), true},
       {"one image", Value::imageData(bytes), Value::imageData(bytes), false},
   };
   for (const auto& [name, a, b, equal] : rows) {
@@ -51,7 +55,9 @@ TEST(ValueTest, TakesTheFirstReadableKindOfADictionary) {
   const Value postalWithoutLabel = Value::postalAddress({.city = "Berlin"}, mailing, "");
   const std::tuple<const char*, Entries, std::optional<Value>> rows[] = {
       {"name first", {name, mail, label}, Value::name({.givenName = "Ann"})},
-
+      {"then e-mail", {mail, phone, city, label}, Value::emailAddress("a@x", "h")},
+      {"then phone", {phone, city, label}, Value::phoneNumber("+12", "h")},
+      {"then postal", {city, label}, Value::postalAddress({.city = "Berlin"}, mailing, "h")},
       {"name not all text", {badName, mail, label}, Value::emailAddress("a@x", "h")},
       {"e-mail without label decides", {mail, city}, {}},
 

@@ -26,28 +26,139 @@ class DonationPersistenceTest : public testing::Test {
     return identifiersOf(persistence.loadDonations().result().left());
   }
 
+  // Whether the texts of two records stand one behind the other, as they stood in the file.
+  static bool areNeighbours(const DonationValue& first, const DonationValue& second) {
+    const std::string_view text = *first.propertyListText();
+    return text.data() + text.size() == second.propertyListText()->data();
+  }
+
   const TemporaryDirectory home;
   const std::filesystem::path directory = home / "Library/Contacts/Donations";
   const std::shared_ptr<SteeredDataProxy> files = std::make_shared<SteeredDataProxy>();
   DonationPersistence persistence{files};
 };
 
-TEST_F(DonationPersistenceTest, LoadsWhatItStoredInOrder) {
+// One of each kind, with every key that there is, as earlier and later builds have it on the disk.
+const DonationValues goldenValues = {
+    named({.namePrefix = "Dr.",
+           .givenName = "Zo\u00eb",
+           .middleName = "",
+           .familyName = "Berg & Tal",
+           .nameSuffix = "<PhD>",
+           .nickname = "Z"},
+          from("com.example.a", "1", "c 1")),
+    email("zoe@example.org", from("com.example.b", "2", "", Date(1777777777.125)), "work"),
+    phone("+49 (0)30 1;ext=2", from("com.example.c", "3", std::nullopt, Date(-0.1)), "cell"),
+    postal({.street = "Allee 1\nHof",
+            .subLocality = "Mitte",
+            .city = "Ulm",
+            .subAdministrativeArea = "Donau",
+            .state = "BW",
+            .postalCode = "089",
+            .country = "DE-land",
+            .isoCountryCode = "de"},
+           from("com.example.d", "4"), PostalAddressStyle::abbreviated),
+    image(std::string("\0\xff\x10", 3), from("com.example.e", "5", std::nullopt, Date(7)))};
+const char* const goldenText = R"(<?xml version="1.0" encoding="UTF-8"?>
+<plist version="1.0">
+<dict>
+<key>donations</key><array>
+<dict>
+<key>nameComponents</key><dict>
+<key>familyName</key><string>Berg &amp; Tal</string>
+<key>givenName</key><string>Zoë</string>
+<key>middleName</key><string></string>
+<key>namePrefix</key><string>Dr.</string>
+<key>nameSuffix</key><string>&lt;PhD&gt;</string>
+<key>nickname</key><string>Z</string>
+</dict>
+<key>origin</key><dict>
+<key>bundleIdentifier</key><string>com.example.a</string>
+<key>clusterIdentifier</key><string>c 1</string>
+<key>donationDate</key><real>1.5</real>
+<key>donationIdentifier</key><string>1</string>
+<key>expirationDate</key><real>64092211200</real>
+</dict>
+</dict>
+<dict>
+<key>emailAddress</key><string>zoe@example.org</string>
+<key>label</key><string>work</string>
+<key>origin</key><dict>
+<key>bundleIdentifier</key><string>com.example.b</string>
+<key>clusterIdentifier</key><string></string>
+<key>donationDate</key><real>1.5</real>
+<key>donationIdentifier</key><string>2</string>
+<key>expirationDate</key><real>1777777777.125</real>
+</dict>
+</dict>
+<dict>
+<key>label</key><string>cell</string>
+<key>origin</key><dict>
+<key>bundleIdentifier</key><string>com.example.c</string>
+<key>donationDate</key><real>1.5</real>
+<key>donationIdentifier</key><string>3</string>
+<key>expirationDate</key><real>-0.1</real>
+</dict>
+<key>phoneNumber</key><string>+49 (0)30 1;ext=2</string>
+</dict>
+<dict>
+<key>label</key><string>home</string>
+<key>origin</key><dict>
+<key>bundleIdentifier</key><string>com.example.d</string>
+<key>donationDate</key><real>1.5</real>
+<key>donationIdentifier</key><string>4</string>
+<key>expirationDate</key><real>64092211200</real>
+</dict>
+<key>postalAddress</key><dict>
+<key>city</key><string>Ulm</string>
+<key>country</key><string>DE-land</string>
+<key>isoCountryCode</key><string>de</string>
+<key>postalCode</key><string>089</string>
+<key>state</key><string>BW</string>
+<key>street</key><string>Allee 1
+Hof</string>
+<key>subAdministrativeArea</key><string>Donau</string>
+<key>subLocality</key><string>Mitte</string>
+</dict>
+<key>style</key><integer>1</integer>
+</dict>
+<dict>
+<key>imageData</key><data>AP8Q</data>
+<key>origin</key><dict>
+<key>bundleIdentifier</key><string>com.example.e</string>
+<key>donationDate</key><real>1.5</real>
+<key>donationIdentifier</key><string>5</string>
+<key>expirationDate</key><real>7</real>
+</dict>
+</dict>
+</array>
+</dict>
+</plist>
+)";
+
+TEST_F(DonationPersistenceTest, ReadsAndWritesTheFormThatOtherBuildsDo) {
   EXPECT_EQ(persistence.loadDonations().result(), Result<DonationValues>::left({}));
   EXPECT_FALSE(std::filesystem::exists(directory));
-  const DonationValues values = {email("z@x", from("app", "z")), image("\1\2", from("app", "i")),
-                                 named({.givenName = "<&>"}, from("app", "a", "c"))};
-  EXPECT_EQ(persistence.storeWithAllValues(values).result(), Result<bool>::left(true));
-  const DonationValues loaded = persistence.loadDonations().result().left();
-  ASSERT_EQ(loaded.size(), values.size());
-  for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(*loaded[i], *values[i]);
+  EXPECT_EQ(persistence.storeWithAllValues(goldenValues).result(), Result<bool>::left(true));
+  EXPECT_EQ(read("donations.plist"), goldenText);
   EXPECT_TRUE(std::filesystem::exists(directory / "CACHEDIR.TAG"));
+
+  // A blank at the end is one of many ways to miss the form; then a record keeps a text of its own.
+  for (const std::string ending : {"", " "}) {
+    writeFile(directory / "donations.plist", goldenText + ending);
+    const DonationValues loaded = persistence.loadDonations().result().left();
+    ASSERT_EQ(loaded.size(), goldenValues.size());
+    for (std::size_t i = 0; i < loaded.size(); ++i) EXPECT_EQ(*loaded[i], *goldenValues[i]) << i;
+    EXPECT_EQ(areNeighbours(*loaded[0], *loaded[1]), ending.empty());
+  }
   EXPECT_EQ(persistence.storeWithAllValues({}).result(), Result<bool>::left(true));
   EXPECT_EQ(PropertyListSerializer::objectWithData(read("donations.plist")).left(),
             PropertyList(Entries{{"donations", PropertyListArray{}}}));
 
   const ExtensionVersions versions{{"app", 3}, {"other", -1}};
   EXPECT_EQ(persistence.storeWithExtensionVersions(versions).result(), Result<bool>::left(true));
+  EXPECT_EQ(PropertyListSerializer::objectWithData(read("bundle_versions.plist")).left(),
+            PropertyList(Entries{{"versions", Entries{{"app", 3}, {"other", -1}}}}));
   EXPECT_EQ(persistence.loadExtensionVersions().result().left(), versions);
 }
 
@@ -152,15 +263,27 @@ TEST_F(DonationPersistenceTest, SkipsUnreadableRejectionsAndVersions) {
 }
 
 TEST_F(DonationPersistenceTest, TellsWhyAStoreFailedAndLeavesTheFile) {
+  files->failsWrites = true;
+  EXPECT_EQ(persistence.storeWithAllValues({}).result().right()->code(), ENOSPC);
+  EXPECT_FALSE(std::filesystem::exists(directory / "CACHEDIR.TAG"));
+  files->failsWrites = false;
   std::filesystem::create_directories(directory / "CACHEDIR.TAG");  // in the backup mark's way
   ASSERT_TRUE(persistence.storeWithAllValues({email("a@x")}).result().isLeft());
   const std::string before = read("donations.plist");
+  const auto failure = [](const Future<bool>& stored) {
+    return stored.result().right()->description();
+  };
+  const std::string refused = "ovaro.quenlet.donation-error 501: ";
   const auto never = from("app", "never", std::nullopt, Date(std::nan("")));
   for (const auto& unwritable : {email("\xff@x"), email("\x01"), email("a@x", never)}) {
-    EXPECT_EQ(persistence.storeWithAllValues({unwritable}).result().right()->code(), 501);
+    EXPECT_EQ(failure(persistence.storeWithAllValues({unwritable})),
+              refused + "a value cannot be serialised");
   }
-  files->failsWrites = true;
-  EXPECT_EQ(persistence.storeWithAllValues({}).result().right()->code(), ENOSPC);
+  EXPECT_EQ(failure(persistence.storeWithExtensionVersions({{"\x01", 1}})),
+            refused + "a value cannot be serialised");
+  const DonationValues large(200, image(std::string(4 << 20, 'x')));
+  EXPECT_EQ(failure(persistence.storeWithAllValues(large)),
+            refused + "the donations together are larger than their file may be");
   EXPECT_EQ(read("donations.plist"), before);
 }
 
