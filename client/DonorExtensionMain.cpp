@@ -97,8 +97,12 @@ FileDescriptor takeOverStandardInput() {
 
 void serveDonor(ExtensionDonor& donor, FileDescriptor socket) {
   const auto loop = std::make_shared<EventLoop>();
+  const auto context = std::make_shared<ServiceContext>();
+  context->loop = loop;
+  // The agent takes no more than one message for an answer.
+  context->limits.repliesInParts = false;
   const auto connection = std::make_shared<UnixServiceConnection>(
-      loop, std::move(socket), PeerIdentity(), nullptr, ServiceLimits(),
+      context, std::move(socket), PeerIdentity(),
       [loop = loop.get()](UnixServiceConnection&) { loop->stop(); });
   connection->setExportedInterface(makeDonorExtensionInterface());
   connection->setExportedObject(std::make_shared<DonorDispatcher>(donor));

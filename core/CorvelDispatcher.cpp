@@ -131,6 +131,7 @@ void CorvelDispatcher::removeBundle(WireReader arguments, WireReply reply) const
 void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
   gate->fetchDonatedMeCard(
       [reply = std::move(reply)](const ContactPtr& contact, const ErrorPtr& error) {
+        if (!reply.isWanted()) return;
         if (contact) return reply(encodeFetched(*contact));
         WireEncoder encoder;
         encoder.null();
@@ -142,6 +143,7 @@ void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
 void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
   gate->synchronousDonatedMeCard(
       [reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
+        if (!reply.isWanted()) return;
         if (contactOrError.isLeft()) return reply(encodeSynchronous(contactOrError.left()));
         WireEncoder encoder;
         ContactWire::encodeEither(encoder, contactOrError);
@@ -151,14 +153,12 @@ void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
 
 void CorvelDispatcher::list(WireReader, WireReply reply) const {
   gate->meCardDonations(
-      [reply = std::move(reply)](const std::shared_ptr<const DonationValues>& values,
-                                 const ErrorPtr& error) {
+      [reply = std::move(reply), replies = listReplies](
+          const std::shared_ptr<const DonationValues>& values, const ErrorPtr& error) {
+        if (!reply.isWanted()) return;
+        if (values) return reply(replies->replyFor(values));
         WireEncoder encoder;
-        if (values) {
-          DonationWire::encode(encoder, *values);
-        } else {
-          encoder.null();
-        }
+        encoder.null();
         ErrorWire::encode(encoder, error);
         reply(std::move(encoder).take());
       });

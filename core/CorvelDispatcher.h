@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/donations/CorvelProtocol.h"
+#include "platform/donations/EncodedDonations.h"
 #include "platform/ipc/ServiceConnection.h"
 
 namespace quenlet {
@@ -13,14 +14,16 @@ namespace quenlet {
 // into replies. Arguments that are of the right types, but no valid values, are answered with an
 // error and do not reach the agent; those of a client that the gate refuses are not even looked at.
 // What fails for want of memory is dropped without a reply, which the client is told.
-// Immutable; called on the listener's thread.
+// Immutable; called on the listener's threads.
 class CorvelDispatcher final : public ExportedObject {
  public:
-  // `admitsClient` tells whether `gate` lets the client's calls through. `contactReplies` is for
-  // all connections together.
+  // `admitsClient` tells whether `gate` lets the client's calls through. `replies` is for all
+  // connections together.
   CorvelDispatcher(std::shared_ptr<CorvelProtocol> connectionGate,
-                   std::function<bool()> admitsClient)
-      : gate(std::move(connectionGate)), gateAdmitsClient(std::move(admitsClient)) {}
+                   std::function<bool()> admitsClient, std::shared_ptr<DonationListReplies> replies)
+      : gate(std::move(connectionGate)),
+        gateAdmitsClient(std::move(admitsClient)),
+        listReplies(std::move(replies)) {}
 
   void perform(const std::string& selector, WireReader arguments, WireReply reply) override;
 
@@ -38,6 +41,7 @@ class CorvelDispatcher final : public ExportedObject {
 
   const std::shared_ptr<CorvelProtocol> gate;
   const std::function<bool()> gateAdmitsClient;
+  const std::shared_ptr<DonationListReplies> listReplies;
 };
 
 }  // namespace quenlet

@@ -25,13 +25,15 @@ CorvelEntitlementDecorator::CorvelEntitlementDecorator(AgentEnvironmentProtocol&
       logger(environment.logger()),
       connectionProvider(std::move(provider)) {}
 
+bool CorvelEntitlementDecorator::isEntitled(const ServiceConnection& connection) {
+  return grants(connection.valueForEntitlement(contactsEntitlement)) ||
+         grants(connection.valueForEntitlement(suggestionsEntitlement));
+}
+
 bool CorvelEntitlementDecorator::checkEntitlements() const {
   const std::shared_ptr<ServiceConnection> connection = connectionProvider();
   if (!connection) return false;
-  if (grants(connection->valueForEntitlement(contactsEntitlement)) ||
-      grants(connection->valueForEntitlement(suggestionsEntitlement))) {
-    return true;
-  }
+  if (isEntitled(*connection)) return true;
   logger->denyingRequestFromProcess(connection->processIdentifier());
   if (const auto executable = connection->executable()) {
     logger->deniedProcess(connection->processIdentifier(), executable->native());

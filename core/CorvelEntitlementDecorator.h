@@ -25,6 +25,9 @@ class CorvelEntitlementDecorator final : public CorvelProtocol {
                              std::shared_ptr<CorvelProtocol> agent,
                              ConnectionProvider connectionProvider);
 
+  // Whether the peer holds one of the two; asked before any call, and by the check.
+  [[nodiscard]] static bool isEntitled(const ServiceConnection& connection);
+
   // Whether calls reach the agent; makes the check unless it has been made.
   [[nodiscard]] bool admitsClient() { return denial() == nullptr; }
 

@@ -31,9 +31,13 @@ bool DonationListenerDelegate::shouldAcceptNewConnection(
       *environment, limit ? limitedAgent(*limit) : agent,
       // Weakly, since the connection owns the gate.
       [connection = std::weak_ptr<ServiceConnection>(newConnection)] { return connection.lock(); });
+  // So that nobody works for what the gate will refuse.
+  newConnection->setPeerTreatment(CorvelEntitlementDecorator::isEntitled(*newConnection)
+                                      ? PeerTreatment::served
+                                      : PeerTreatment::refused);
   newConnection->setExportedInterface(interface);
-  newConnection->setExportedObject(
-      std::make_shared<CorvelDispatcher>(gate, [gate] { return gate->admitsClient(); }));
+  newConnection->setExportedObject(std::make_shared<CorvelDispatcher>(
+      gate, [gate] { return gate->admitsClient(); }, listReplies));
   newConnection->resume();
   return true;
 }

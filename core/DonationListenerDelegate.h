@@ -6,6 +6,7 @@
 #include "core/BundleLimit.h"
 #include "platform/AgentEnvironmentProtocol.h"
 #include "platform/donations/CorvelProtocol.h"
+#include "platform/donations/EncodedDonations.h"
 #include "platform/ipc/ServiceListener.h"
 
 namespace quenlet {
@@ -36,6 +37,7 @@ class DonationListenerDelegate final : public ServiceListenerDelegate {
   const std::shared_ptr<CorvelProtocol> agent;
   const LimitedAgent limitedAgent;
   const ServiceInterface interface = makeConfiguredInterface();
+  const std::shared_ptr<DonationListReplies> listReplies = std::make_shared<DonationListReplies>();
 };
 
 }  // namespace quenlet

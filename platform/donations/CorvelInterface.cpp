@@ -35,7 +35,8 @@ ServiceInterface makeCorvelInterface() {
       .addOperation(CorvelSelector::changeAccount, {anyObject, anyObject}, {errorOrNull()})
       .addOperation(CorvelSelector::rejectValue, {text}, {errorOrNull()})
       .addOperation(CorvelSelector::rejectCluster, {text}, {errorOrNull()})
-      .addOperation(CorvelSelector::removeRejections, {}, {errorOrNull()});
+      .addOperation(CorvelSelector::removeRejections, {}, {errorOrNull()})
+      .expectLongReplies(CorvelSelector::list);
   return interface;
 }
 

@@ -11,6 +11,9 @@ namespace quenlet {
 
 namespace {
 
+// Of one reply in parts: more than the file that the service keeps its data in can have.
+constexpr std::size_t maximumReplySize = std::size_t{1} << 30;
+
 ErrorPtr connectionBroken() {
   return makeServiceError(ServiceErrorCode::connectionBroken, "the service ended the connection");
 }
@@ -25,11 +28,13 @@ ErrorPtr decodeFailure(std::string_view body) {
   return ErrorWire::decode(values);
 }
 
-Result<std::string> decodeReply(const FrameReader::Frame& frame,
+// `parts` came before the message.
+Result<std::string> decodeReply(const FrameReader::Frame& frame, std::string parts,
                                 const std::vector<WireParameter>& parameters) {
   if (frame.kind == FrameKind::failure) return failed(decodeFailure(frame.body));
-  if (ErrorPtr error = validateWireValues(frame.body, parameters)) return failed(std::move(error));
-  return Result<std::string>::left(std::string(frame.body));
+  std::string values = std::move(parts.append(frame.body));
+  if (ErrorPtr error = validateWireValues(values, parameters)) return failed(std::move(error));
+  return Result<std::string>::left(std::move(values));
 }
 
 }  // namespace
@@ -211,11 +216,15 @@ void ClientChannel::deliver(const FrameReader::Frame& frame) {
       breakConnection(frame.error);
     } else if (frame.kind == FrameKind::failure && frame.identifier == 0) {
       breakConnection(decodeFailure(frame.body));
+    } else if (frame.kind == FrameKind::partOfReply && overdue.contains(frame.identifier)) {
+      return;
     } else if (frame.kind != FrameKind::request && overdue.erase(frame.identifier) > 0) {
       return;
     } else if (frame.kind == FrameKind::request || found == requests.end()) {
       breakConnection(makeServiceError(ServiceErrorCode::malformedMessage,
                                        "the service sent what nobody asked for"));
+    } else if (frame.kind == FrameKind::partOfReply) {
+      addPart(found->second, frame.body);
     } else {
       request = std::move(found->second);
       requests.erase(found);
@@ -223,9 +232,18 @@ void ClientChannel::deliver(const FrameReader::Frame& frame) {
   }
   if (request.replyParameters == nullptr) return;
   // Without the lock, as a large reply takes a while to check.
-  Reply reply = decodeReply(frame, *request.replyParameters);
+  Reply reply = decodeReply(frame, std::move(request.parts), *request.replyParameters);
   MutexLock lock(mutex);
   settle(request, std::move(reply));
+}
+
+void ClientChannel::addPart(Request& request, std::string_view part) {
+  if (request.parts.size() + part.size() > maximumReplySize) {
+    return breakConnection(
+        makeServiceError(ServiceErrorCode::messageTooLarge,
+                         "a reply is larger than " + std::to_string(maximumReplySize) + " bytes"));
+  }
+  request.parts.append(part);
 }
 
 void ClientChannel::settle(Request& request, Reply reply) {

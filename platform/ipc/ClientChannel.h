@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -56,6 +57,8 @@ class ClientChannel final {
     // One of the two: where a waiting caller expects the reply, or what is called with it.
     std::optional<Reply>* awaited = nullptr;
     Completion completion;
+    // What has come of a reply in parts.
+    std::string parts = {};
   };
 
   [[nodiscard]] ErrorPtr send(const std::string& selector, std::string encodedArguments,
@@ -69,6 +72,7 @@ class ClientChannel final {
   void endOverdueRequests() REQUIRES(mutex);
   void readOnce() EXCLUDES(mutex);
   void deliver(const FrameReader::Frame& frame) EXCLUDES(mutex);
+  void addPart(Request& request, std::string_view part) REQUIRES(mutex);
   void settle(Request& request, Reply reply) REQUIRES(mutex);
   void breakConnection(ErrorPtr reason) REQUIRES(mutex);
 
@@ -77,7 +81,7 @@ class ClientChannel final {
   const std::size_t maximumMessageSize = ServiceLimits().messageSizeInBytes;
   const FileDescriptor socket;
   // Belongs to whoever set `reading`.
-  FrameReader reader{maximumMessageSize};
+  FrameReader reader{maximumMessageSize, FrameKind::partOfReply};
 
   Mutex mutex;
   // Replies came, the reading became free, or the connection broke.

@@ -6,7 +6,8 @@
 
 namespace quenlet {
 
-enum class FrameKind : std::uint8_t { request, reply, failure };
+// A part of a reply has more of it behind it, up to the reply itself.
+enum class FrameKind : std::uint8_t { request, reply, failure, partOfReply };
 
 // What stands in front of each message: how many bytes follow the length, what the message is, and
 // the identifier that ties an answer to its request. A value type. Whether the numbers make sense

@@ -13,7 +13,7 @@ constexpr std::size_t initialCapacity = std::size_t{16} << 10;
 // More than this is given back once its message has been taken.
 constexpr std::size_t keptCapacity = std::size_t{64} << 10;
 
-ErrorPtr judge(const FrameHeader& header, std::size_t maximumSize) {
+ErrorPtr judge(const FrameHeader& header, std::size_t maximumSize, FrameKind lastKind) {
   if (header.length > maximumSize) {
     return makeServiceError(ServiceErrorCode::messageTooLarge,
                             "a message is larger than " + std::to_string(maximumSize) + " bytes");
@@ -22,7 +22,7 @@ ErrorPtr judge(const FrameHeader& header, std::size_t maximumSize) {
     return makeServiceError(ServiceErrorCode::malformedMessage,
                             "a message is shorter than its header");
   }
-  if (header.kind > static_cast<std::uint8_t>(FrameKind::failure)) {
+  if (header.kind > static_cast<std::uint8_t>(lastKind)) {
     return makeServiceError(ServiceErrorCode::malformedMessage, "a message is of unknown kind");
   }
   return nullptr;
@@ -64,8 +64,9 @@ std::optional<FrameReader::Frame> FrameReader::next() {
   if (end - begin < FrameHeader::sizeInBytes) return std::nullopt;
   const std::string_view held(bytes.get() + begin, end - begin);
   const FrameHeader header = FrameHeader::decode(held);
-  if (ErrorPtr error = judge(header, maximumSize)) {
-    return Frame{FrameKind::failure, header.identifier, {}, std::move(error)};
+  if (ErrorPtr error = judge(header, maximumSize, lastKind)) {
+    return Frame{static_cast<FrameKind>(header.kind), header.identifier,
+                 held.substr(FrameHeader::sizeInBytes), std::move(error)};
   }
   const std::size_t bodySize = header.length - FrameHeader::countedBytes;
   if (held.size() - FrameHeader::sizeInBytes < bodySize) return std::nullopt;

@@ -20,11 +20,17 @@ class FrameReader final {
     std::uint64_t identifier = 0;
     // Into the reader's memory, good until the next room() or next().
     std::string_view body;
-    // When not null the header makes no sense, and nothing that follows can be understood.
+    // When not null the header makes no sense, or announces too much, and nothing that follows can
+    // be understood. The body then is what has come of it.
     ErrorPtr error;
   };
 
-  explicit FrameReader(std::size_t maximumMessageSize) : maximumSize(maximumMessageSize) {}
+  // Messages of kinds behind `lastKnownKind` make no sense.
+  explicit FrameReader(std::size_t maximumMessageSize, FrameKind lastKnownKind = FrameKind::failure)
+      : maximumSize(maximumMessageSize), lastKind(lastKnownKind) {}
+
+  // For messages that have not been taken yet.
+  void setMaximumMessageSize(std::size_t sizeInBytes) { maximumSize = sizeInBytes; }
 
   // Where the stream's next bytes go; at least one byte.
   [[nodiscard]] std::span<char> room();
@@ -32,6 +38,10 @@ class FrameReader final {
   void added(std::size_t count) { end += count; }
   // The next whole message, or nothing when more bytes are needed.
   [[nodiscard]] std::optional<Frame> next();
+  // Lets next() give the message once more that it has just given.
+  void putBack(const Frame& message) { begin -= FrameHeader::sizeInBytes + message.body.size(); }
+  // Whether bytes have come that were not taken.
+  [[nodiscard]] bool isEmpty() const { return begin == end; }
   // How much memory it has now.
   [[nodiscard]] std::size_t capacityInBytes() const { return capacity; }
 
@@ -40,6 +50,7 @@ class FrameReader final {
   void giveBack();
 
   std::size_t maximumSize;
+  FrameKind lastKind;
   std::unique_ptr<char[]> bytes;
   std::size_t capacity = 0;
   // The bytes not taken yet are [begin, end).

@@ -18,15 +18,32 @@ constexpr std::size_t sharedChunkSize = std::size_t{16} << 10;
 void OutputQueue::append(FrameKind kind, std::uint64_t identifier, std::string_view bodyStart,
                          std::string body) {
   const std::size_t bodySize = bodyStart.size() + body.size();
-  const auto header = FrameHeader::make(kind, identifier, bodySize).encode();
-  if (chunks.empty() || chunks.back().size() >= sharedChunkSize) chunks.emplace_back();
-  chunks.back().append(header.data(), header.size()).append(bodyStart);
-  if (chunks.back().size() + body.size() <= sharedChunkSize) {
-    chunks.back().append(body);
+  appendHeader(kind, identifier, bodySize);
+  std::string& chunk = chunks.back().own.append(bodyStart);
+  if (chunk.size() + body.size() <= sharedChunkSize) {
+    chunk.append(body);
   } else {
-    chunks.push_back(std::move(body));
+    chunks.push_back({std::move(body), nullptr});
   }
-  unsent += header.size() + bodySize;
+  unsent += bodySize;
+}
+
+void OutputQueue::appendHeader(FrameKind kind, std::uint64_t identifier, std::size_t bodySize) {
+  const auto header = FrameHeader::make(kind, identifier, bodySize).encode();
+  ownChunk().append(header.data(), header.size());
+  unsent += header.size();
+}
+
+void OutputQueue::append(std::shared_ptr<const std::string> piece) {
+  unsent += piece->size();
+  chunks.push_back({{}, std::move(piece)});
+}
+
+std::string& OutputQueue::ownChunk() {
+  if (chunks.empty() || chunks.back().shared || chunks.back().own.size() >= sharedChunkSize) {
+    chunks.emplace_back();
+  }
+  return chunks.back().own;
 }
 
 OutputQueue::Outcome OutputQueue::writeTo(int socket) {
@@ -34,9 +51,11 @@ OutputQueue::Outcome OutputQueue::writeTo(int socket) {
     std::array<iovec, 32> parts;
     std::size_t count = 0;
     std::size_t skipped = sentOfFirst;
-    for (std::string& chunk : chunks) {
+    for (const Chunk& chunk : chunks) {
       if (count == parts.size()) break;
-      parts[count++] = {chunk.data() + skipped, chunk.size() - skipped};
+      const std::string& bytes = chunk.bytes();
+      // The system only reads them.
+      parts[count++] = {const_cast<char*>(bytes.data()) + skipped, bytes.size() - skipped};
       skipped = 0;
     }
     msghdr message{};
@@ -57,8 +76,8 @@ OutputQueue::Outcome OutputQueue::writeTo(int socket) {
 void OutputQueue::drop(std::size_t sentBytes) {
   unsent -= sentBytes;
   sentOfFirst += sentBytes;
-  while (!chunks.empty() && sentOfFirst >= chunks.front().size()) {
-    sentOfFirst -= chunks.front().size();
+  while (!chunks.empty() && sentOfFirst >= chunks.front().bytes().size()) {
+    sentOfFirst -= chunks.front().bytes().size();
     chunks.pop_front();
   }
 }

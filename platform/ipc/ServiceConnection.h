@@ -3,28 +3,28 @@
 #include <sys/types.h>
 
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "platform/foundation/PropertyList.h"
 #include "platform/ipc/ServiceInterface.h"
+#include "platform/ipc/WireReply.h"
 
 namespace quenlet {
-
-// Sends the encoded reply values of one request. Called once, on any thread; when it is dropped
-// uncalled, the caller gets the noReply error. After the connection ended it does nothing.
-using WireReply = std::function<void(std::string encodedValues)>;
 
 // What a service exports on a connection: takes validated requests.
 class ExportedObject {
  public:
   virtual ~ExportedObject() = default;
-  // `arguments` are good for the call. Runs on the listener's thread: every
-  // other client waits meanwhile.
+  // `arguments` are good for the call. Runs on the listener's thread, where every other client
+  // waits meanwhile, or for a large request on one of its workers, then of several connections at a
+  // time.
   virtual void perform(const std::string& selector, WireReader arguments, WireReply reply) = 0;
 };
+
+// What a service does for a peer: what it asks for, or nothing, other than to say so each time.
+enum class PeerTreatment { served, refused };
 
 // The service's side of one client's connection. Requests are not read before resume().
 class ServiceConnection {
@@ -34,9 +34,14 @@ class ServiceConnection {
   [[nodiscard]] virtual pid_t processIdentifier() const = 0;
   // The peer's program file; nothing when it could not be told with certainty.
   [[nodiscard]] virtual std::optional<std::filesystem::path> executable() const = 0;
-  // The value that the peer's executable has for an entitlement; nothing for none.
+  // The value that the peer's executable has for an entitlement; nothing for none, and for a peer
+  // that is refused.
   [[nodiscard]] virtual std::optional<PropertyList> valueForEntitlement(
       const std::string& entitlement) const = 0;
+  // `served`, unless this says otherwise before resume(). The exported object gets a refused peer's
+  // requests without their arguments, which nobody looks at; the peer's messages may be 4 KiB long,
+  // and its connection is the first to end when memory runs short.
+  virtual void setPeerTreatment(PeerTreatment treatment) = 0;
   virtual void setExportedInterface(ServiceInterface interface) = 0;
   virtual void setExportedObject(std::shared_ptr<ExportedObject> object) = 0;
   virtual void resume() = 0;

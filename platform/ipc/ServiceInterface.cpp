@@ -106,6 +106,16 @@ ServiceInterface& ServiceInterface::addOperation(std::string selector,
   return *this;
 }
 
+ServiceInterface& ServiceInterface::expectLongReplies(std::string_view selector) {
+  ownOperations().find(selector)->second.hasLongReplies = true;
+  return *this;
+}
+
+bool ServiceInterface::expectsLongReplies(std::string_view selector) const {
+  const auto found = operations->find(selector);
+  return found != operations->end() && found->second.hasLongReplies;
+}
+
 const std::set<std::string, std::less<>>& ServiceInterface::classesForSelector(
     std::string_view selector, std::size_t argumentIndex, OfReply ofReply) const {
   const Operation& operation = operations->find(selector)->second;

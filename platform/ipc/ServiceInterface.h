@@ -49,6 +49,10 @@ class ServiceInterface final {
   ServiceInterface& addOperation(std::string selector, std::vector<WireParameter> arguments,
                                  std::vector<WireParameter> reply);
 
+  // Says that replies to an operation can be long, so that a connection has few of them under way.
+  ServiceInterface& expectLongReplies(std::string_view selector);
+  [[nodiscard]] bool expectsLongReplies(std::string_view selector) const;
+
   // The classes allowed in one argument. The selector and index must exist.
   [[nodiscard]] const std::set<std::string, std::less<>>& classesForSelector(
       std::string_view selector, std::size_t argumentIndex, OfReply ofReply) const;
@@ -63,6 +67,7 @@ class ServiceInterface final {
   struct Operation final {
     std::vector<WireParameter> arguments;
     std::vector<WireParameter> reply;
+    bool hasLongReplies = false;
   };
   using Operations = std::map<std::string, Operation, std::less<>>;
 

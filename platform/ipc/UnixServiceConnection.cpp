@@ -3,12 +3,14 @@
 #include <sys/epoll.h>
 #include <sys/socket.h>
 
-#include <atomic>
 #include <cerrno>
 #include <utility>
 
 #include "platform/ipc/ErrorWire.h"
+#include "platform/ipc/PendingReply.h"
 #include "platform/ipc/WireToken.h"
+#include "platform/ipc/closeWithoutWaiting.h"
+#include "platform/scheduling/receiveWithoutDescriptors.h"
 
 namespace quenlet {
 
@@ -16,64 +18,51 @@ namespace {
 
 // The connection itself, with its interface and gate.
 constexpr std::size_t ownBytes = std::size_t{8} << 10;
+// Ending whoever holds less of an unfinished message would not help.
+constexpr std::size_t worthEndingBytes = std::size_t{64} << 10;
 
 }  // namespace
 
-// The right to answer one request. The last copy to go without having used it tells the caller.
-class UnixServiceConnection::PendingReply final {
- public:
-  PendingReply(std::shared_ptr<UnixServiceConnection> asked, std::uint64_t request)
-      : connection(std::move(asked)), identifier(request) {}
-  PendingReply(const PendingReply&) = delete;
-  PendingReply& operator=(const PendingReply&) = delete;
-  ~PendingReply() {
-    if (used.exchange(true)) return;
-    try {
-      WireEncoder encoder;
-      ErrorWire::encode(encoder, makeServiceError(ServiceErrorCode::noReply,
-                                                  "the request was dropped without an answer"));
-      connection->answer(FrameKind::failure, identifier, std::move(encoder).take());
-    } catch (const std::exception&) {
-      connection->giveUp();
-    }
+// What has come and was not performed. Outlives its connection while a worker reads it.
+struct UnixServiceConnection::Input final {
+  Input(std::size_t maximumMessageSize, const std::shared_ptr<HeldBytes>& heldBytesOfAll)
+      : reader(maximumMessageSize), held(heldBytesOfAll) {
+    held.set(ownBytes);
   }
-
-  void send(std::string encodedValues) {
-    if (used.exchange(true)) return;
-    connection->answer(FrameKind::reply, identifier, std::move(encodedValues));
-  }
-
- private:
-  const std::shared_ptr<UnixServiceConnection> connection;
-  const std::uint64_t identifier;
-  std::atomic<bool> used = false;
+  FrameReader reader;
+  HeldBytes::Part held;
 };
 
-UnixServiceConnection::UnixServiceConnection(
-    std::shared_ptr<EventLoop> eventLoop, FileDescriptor connectedSocket, PeerIdentity peerIdentity,
-    const std::shared_ptr<const EntitlementDatabase>& entitlementDatabase,
-    ServiceLimits serviceLimits, ClosedHandler closedHandler,
-    const std::shared_ptr<HeldBytes>& heldBytesOfAll,
-    std::shared_ptr<const RequestAdmission> requestAdmission)
-    : loop(std::move(eventLoop)),
+struct UnixServiceConnection::LargeRequest final {
+  std::shared_ptr<Input> input;
+  FrameReader::Frame frame;
+};
+
+UnixServiceConnection::UnixServiceConnection(std::shared_ptr<const ServiceContext> serviceContext,
+                                             FileDescriptor connectedSocket,
+                                             PeerIdentity peerIdentity, ClosedHandler closedHandler)
+    : context(std::move(serviceContext)),
+      limits(context->limits),
       peer(std::move(peerIdentity)),
-      entitlements(peer.executable && entitlementDatabase
-                       ? entitlementDatabase->entitlementsOf(*peer.executable)
+      entitlements(peer.executable && context->entitlements
+                       ? context->entitlements->entitlementsOf(*peer.executable)
                        : nullptr),
-      limits(serviceLimits),
       onClosed(std::move(closedHandler)),
-      admission(std::move(requestAdmission)),
-      reader(limits.messageSizeInBytes),
-      heldInput(heldBytesOfAll),
+      input(std::make_shared<Input>(limits.messageSizeInBytes, context->held)),
       descriptor(std::move(connectedSocket)),
-      heldOutput(heldBytesOfAll) {
-  heldInput.set(ownBytes);
-}
+      output(limits.messageSizeInBytes),
+      heldOutput(context->held) {}
 
 std::optional<PropertyList> UnixServiceConnection::valueForEntitlement(
     const std::string& entitlement) const {
   const PropertyList* held = entitlements ? findEntry(*entitlements, entitlement) : nullptr;
   return held == nullptr ? std::nullopt : std::optional(*held);
+}
+
+void UnixServiceConnection::setPeerTreatment(PeerTreatment treatment) {
+  isRefused = treatment == PeerTreatment::refused;
+  input->reader.setMaximumMessageSize(isRefused ? limits.refusedMessageSizeInBytes
+                                                : limits.messageSizeInBytes);
 }
 
 void UnixServiceConnection::setExportedInterface(ServiceInterface interface) {
@@ -102,17 +91,18 @@ void UnixServiceConnection::start() {
     socket = descriptor.get();
     events = wantedEvents();
   }
-  auto started = loop->watch(socket, events, [weak = weak_from_this()](std::uint32_t ready) {
-    const auto held = weak.lock();
-    if (!held) return;
-    try {
-      held->onReady(ready);
-    } catch (...) {
-      // Not enough memory for its message: it would be tried again for ever.
-      held->closeByItself();
-      throw;
-    }
-  });
+  auto started =
+      context->loop->watch(socket, events, [weak = weak_from_this()](std::uint32_t ready) {
+        const auto held = weak.lock();
+        if (!held) return;
+        try {
+          held->onReady(ready);
+        } catch (...) {
+          // Not enough memory for its message: it would be tried again for ever.
+          held->closeByItself();
+          throw;
+        }
+      });
   MutexLock lock(mutex);
   watch = std::move(started);
   updateWatch();
@@ -122,7 +112,7 @@ std::uint32_t UnixServiceConnection::wantedEvents() const {
   // EPOLLERR is always reported; asking for it keeps the watch alive while nothing else is wanted.
   std::uint32_t events = EPOLLERR;
   if (resumed && !paused) events |= EPOLLIN;
-  if (!output.empty()) events |= EPOLLOUT;
+  if (output.hasBytes()) events |= EPOLLOUT;
   return events;
 }
 
@@ -152,12 +142,12 @@ void UnixServiceConnection::onReady(std::uint32_t events) {
 }
 
 void UnixServiceConnection::readOnce(int socket) {
-  const std::span<char> room = reader.room();
-  // Plain recv: descriptors that a peer attaches are dropped by the kernel.
-  const ssize_t count = ::recv(socket, room.data(), room.size(), MSG_DONTWAIT);
+  const std::span<char> room = input->reader.room();
+  const ssize_t count = context->patient ? receiveWithoutDescriptors(socket, room)
+                                         : ::recv(socket, room.data(), room.size(), MSG_DONTWAIT);
   if (count > 0) {
-    reader.added(static_cast<std::size_t>(count));
-    heldInput.set(ownBytes + reader.capacityInBytes());
+    input->reader.added(static_cast<std::size_t>(count));
+    input->held.set(ownBytes + input->reader.capacityInBytes());
     dispatchFrames();
   } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
     closeByItself();
@@ -168,7 +158,7 @@ void UnixServiceConnection::continueReading() {
   {
     MutexLock lock(mutex);
     continuationPosted = false;
-    if (!descriptor.isOpen()) return;
+    if (!descriptor.isOpen() || largeRequestOpen) return;
     paused = false;
   }
   dispatchFrames();
@@ -179,21 +169,25 @@ bool UnixServiceConnection::mayDispatch() {
   MutexLock lock(mutex);
   if (!descriptor.isOpen() || abandoned) return false;
   dispatching = true;
-  paused = mustWait() || requestsInTurn >= limits.requestsInTurn || admission->isSuspended();
+  nextIsLong = false;
+  paused = mustWait() || requestsInTurn >= limits.requestsInTurn ||
+           context->admission->isSuspended();
   ++requestsInTurn;
   return !paused;
 }
 
-// Whether the peer has to take answers first.
+// Whether the peer has to take answers first, or its large request to be performed.
 bool UnixServiceConnection::mustWait() const {
-  return unanswered >= limits.unansweredRequests || output.unsentBytes() >= limits.unsentBytesAhead;
+  return largeRequestOpen || unanswered >= limits.unansweredRequests ||
+         output.unsentBytes() >= limits.unsentBytesAhead ||
+         (nextIsLong && unansweredLong + output.repliesInPieces() >= limits.longReplies);
 }
 
 void UnixServiceConnection::continueSoon() {
   if (!paused || dispatching || continuationPosted || mustWait() || !descriptor.isOpen()) return;
-  if (admission->isSuspended()) return;
+  if (context->admission->isSuspended()) return;
   continuationPosted = true;
-  loop->post([weak = weak_from_this()] {
+  context->loop->post([weak = weak_from_this()] {
     if (const auto held = weak.lock()) held->continueReading();
   });
 }
@@ -202,14 +196,15 @@ void UnixServiceConnection::dispatchFrames() {
   bool understood = true;
   requestsInTurn = 0;
   // Before mayDispatch() asks whether requests are still taken.
-  std::shared_ptr<ProcessTransaction> begun = admission->begin();
+  std::shared_ptr<ProcessTransaction> begun = context->admission->begin();
   {
     MutexLock lock(mutex);
     if (!transaction) transaction.swap(begun);
   }
   while (understood && mayDispatch()) {
-    const std::optional<FrameReader::Frame> frame = reader.next();
+    const std::optional<FrameReader::Frame> frame = input->reader.next();
     if (!frame) break;
+    unfinishedSince.reset();
     ErrorPtr error = frame->error;
     if (!error && frame->kind != FrameKind::request) {
       error = makeServiceError(ServiceErrorCode::malformedMessage, "a message is not a request");
@@ -219,15 +214,46 @@ void UnixServiceConnection::dispatchFrames() {
       error = makeServiceError(ServiceErrorCode::malformedMessage, "a request has no identifier");
     }
     understood = error == nullptr;
-    if (understood) {
+    if (!understood) {
+      failSenseless(*frame, std::move(error));
+    } else if (mustWaitWith(*frame)) {
+      input->reader.putBack(*frame);
+      break;
+    } else if (!leaveToWorker(*frame)) {
       dispatch(*frame);
-    } else {
-      fail(frame->identifier, error);
     }
   }
-  heldInput.set(ownBytes + reader.capacityInBytes());
+  noteUnfinishedMessage();
   finishBatch();
   if (!understood) closeByItself();
+}
+
+void UnixServiceConnection::noteUnfinishedMessage() {
+  {
+    MutexLock lock(mutex);
+    // Then it is as it was when it was read, until the worker changes it.
+    if (!largeRequestOpen) input->held.set(ownBytes + input->reader.capacityInBytes());
+  }
+  if (!input->reader.isEmpty() && !unfinishedSince)
+    unfinishedSince = std::chrono::steady_clock::now();
+}
+
+void UnixServiceConnection::failSenseless(const FrameReader::Frame& frame, ErrorPtr error) {
+  const bool isTooLarge =
+      error->code() == static_cast<std::int64_t>(ServiceErrorCode::messageTooLarge);
+  if (!isRefused || !isTooLarge || frame.kind != FrameKind::request || frame.identifier == 0) {
+    return fail(frame.identifier, error);
+  }
+  // A refused peer's message would be refused whatever its size; what has come of it may say how.
+  std::string_view rest = frame.body;
+  const std::optional<WireToken> selector = WireToken::take(rest);
+  if (selector && selector->type == WireType::string) {
+    return perform(frame, std::string(selector->text), {});
+  }
+  fail(frame.identifier,
+       makeServiceError(ServiceErrorCode::messageTooLarge,
+                        "a program without entitlement may send messages of " +
+                            std::to_string(limits.refusedMessageSizeInBytes) + " bytes"));
 }
 
 void UnixServiceConnection::finishBatch() {
@@ -243,8 +269,60 @@ void UnixServiceConnection::finishBatch() {
 }
 
 std::shared_ptr<ProcessTransaction> UnixServiceConnection::endedTransaction() {
-  if (dispatching || unanswered > 0 || !output.empty()) return nullptr;
+  const bool isAnswering = output.unsentBytes() > 0 || output.repliesInPieces() > 0;
+  if (dispatching || largeRequestOpen || unanswered > 0 || isAnswering) return nullptr;
   return std::exchange(transaction, nullptr);
+}
+
+// Whether the peer has to take its long replies first, which pauses reading.
+bool UnixServiceConnection::mustWaitWith(const FrameReader::Frame& frame) {
+  std::string_view rest = frame.body;
+  const std::optional<WireToken> selector = WireToken::take(rest);
+  MutexLock lock(mutex);
+  nextIsLong =
+      selector && exportedInterface && exportedInterface->expectsLongReplies(selector->text);
+  paused = mustWait();
+  return paused;
+}
+
+// Answers whether a worker performs the request. Nothing more is read meanwhile, so that its bytes
+// stay where they are.
+bool UnixServiceConnection::leaveToWorker(const FrameReader::Frame& frame) {
+  if (!context->workers || frame.body.size() <= limits.quickRequestBytes) return false;
+  {
+    MutexLock lock(mutex);
+    if (!descriptor.isOpen()) return true;
+    largeRequest = std::make_shared<const LargeRequest>(LargeRequest{input, frame});
+    largeRequestOpen = true;
+    paused = true;
+  }
+  // A connection that ends before its turn frees the request at once.
+  context->workers->post([weak = weak_from_this()] {
+    if (const auto held = weak.lock()) held->performLargeRequest();
+  });
+  return true;
+}
+
+void UnixServiceConnection::performLargeRequest() {
+  std::shared_ptr<const LargeRequest> request;
+  {
+    MutexLock lock(mutex);
+    request.swap(largeRequest);
+    if (!request) return;
+    // Nobody's end would give it back sooner, and there are few workers.
+    request->input->held.set(0);
+  }
+  try {
+    dispatch(request->frame);
+  } catch (const std::exception&) {
+    giveUp();
+  }
+  request = nullptr;
+  std::shared_ptr<ProcessTransaction> ended;
+  MutexLock lock(mutex);
+  largeRequestOpen = false;
+  ended = endedTransaction();
+  continueSoon();
 }
 
 void UnixServiceConnection::dispatch(const FrameReader::Frame& frame) {
@@ -271,74 +349,20 @@ void UnixServiceConnection::perform(const FrameReader::Frame& frame, const std::
     return fail(frame.identifier, makeServiceError(ServiceErrorCode::unknownOperation,
                                                    "the service has no such operation"));
   }
-  if (ErrorPtr error = validateWireValues(arguments, *parameters)) {
+  if (isRefused) {
+    arguments = {};
+  } else if (ErrorPtr error = validateWireValues(arguments, *parameters)) {
     return fail(frame.identifier, error);
   }
+  const bool isLong = interface->expectsLongReplies(selector);
   {
     MutexLock lock(mutex);
     ++unanswered;
+    if (isLong) ++unansweredLong;
   }
-  auto pending = std::make_shared<PendingReply>(shared_from_this(), frame.identifier);
-  object->perform(selector, WireReader(arguments),
-                  [pending = std::move(pending)](std::string encodedValues) {
-                    pending->send(std::move(encodedValues));
-                  });
-}
-
-void UnixServiceConnection::fail(std::uint64_t identifier, const ErrorPtr& error) {
-  WireEncoder encoder;
-  ErrorWire::encode(encoder, error);
-  MutexLock lock(mutex);
-  enqueue(FrameKind::failure, identifier, std::move(encoder).take());
-}
-
-void UnixServiceConnection::answer(FrameKind kind, std::uint64_t identifier, std::string body) {
-  if (body.size() + FrameHeader::countedBytes > limits.messageSizeInBytes) {
-    WireEncoder encoder;
-    ErrorWire::encode(encoder, makeServiceError(ServiceErrorCode::messageTooLarge,
-                                                "the reply is larger than a message may be"));
-    kind = FrameKind::failure;
-    body = std::move(encoder).take();
-  }
-  std::shared_ptr<ProcessTransaction> ended;
-  MutexLock lock(mutex);
-  --unanswered;
-  enqueue(kind, identifier, std::move(body));
-  if (!dispatching || !loop->isLoopThread()) {
-    flush();
-    if (!output.empty()) updateWatch();
-  }
-  ended = endedTransaction();
-  continueSoon();
-}
-
-void UnixServiceConnection::enqueue(FrameKind kind, std::uint64_t identifier, std::string body) {
-  if (!descriptor.isOpen() || abandoned) return;
-  output.append(kind, identifier, {}, std::move(body));
-  heldOutput.set(output.unsentBytes());
-  if (output.unsentBytes() <= limits.unsentBytes) return;
-  // It may be that the socket has room and nobody has tried yet.
-  flush();
-  if (output.unsentBytes() > limits.unsentBytes) abandon();
-}
-
-void UnixServiceConnection::flush() {
-  if (!descriptor.isOpen() || output.empty()) return;
-  if (output.writeTo(descriptor.get()) == OutputQueue::Outcome::failed) abandon();
-  heldOutput.set(output.unsentBytes());
-}
-
-// Shutting the socket down makes it ready, so that the loop's thread closes it.
-void UnixServiceConnection::abandon() {
-  abandoned = true;
-  output.clear();
-  heldOutput.set(0);
-  ::shutdown(descriptor.get(), SHUT_RDWR);
-}
-
-void UnixServiceConnection::giveUp() {
-  MutexLock lock(mutex);
-  if (descriptor.isOpen() && !abandoned) abandon();
+  object->perform(
+      selector, WireReader(arguments),
+      WireReply(std::make_shared<PendingReply>(shared_from_this(), frame.identifier, isLong)));
 }
 
 void UnixServiceConnection::closeByItself() {
@@ -357,18 +381,25 @@ void UnixServiceConnection::close() {
     abandonedRequests.swap(transaction);
     object.swap(exportedObject);
     closing = std::move(descriptor);
+    largeRequest = nullptr;
     output.clear();
     heldOutput.set(0);
   }
   if (ended) ended->cancel();
+  closeWithoutWaiting(std::move(closing), context->patient.get());
   // Requests that are not answered yet keep the connection, but need nothing of this.
-  reader = FrameReader(limits.messageSizeInBytes);
-  heldInput.set(0);
+  input = std::make_shared<Input>(limits.messageSizeInBytes, nullptr);
 }
 
-std::size_t UnixServiceConnection::heldBytes() {
+UnixServiceConnection::Standing UnixServiceConnection::standing() {
+  using Instant = std::chrono::steady_clock::time_point;
   MutexLock lock(mutex);
-  return heldInput.get() + heldOutput.get();
+  // What a worker is at does not count any more.
+  const bool isBeingPerformed = largeRequestOpen && !largeRequest;
+  const std::size_t inputBytes = isBeingPerformed ? 0 : input->held.get();
+  const bool holdsMuchUnfinished = unfinishedSince && inputBytes > worthEndingBytes;
+  return {!isRefused, holdsMuchUnfinished ? *unfinishedSince : Instant::max(),
+          -static_cast<std::int64_t>(inputBytes + heldOutput.get())};
 }
 
 }  // namespace quenlet

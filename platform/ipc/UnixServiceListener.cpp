@@ -8,18 +8,22 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <system_error>
 #include <utility>
 
 #include "platform/foundation/FreedMemory.h"
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/OutputQueue.h"
+#include "platform/ipc/closeWithoutWaiting.h"
 #include "platform/scheduling/refuseDescriptors.h"
 
 namespace quenlet {
 
 namespace {
+
+constexpr std::size_t workerCount = 2;
+// After the system has been short of what a connection needs.
+constexpr double secondsToNextAttempt = 0.1;
 
 // The socket's own buffer takes so short a message, or the peer goes without it.
 void sayTooManyConnections(const FileDescriptor& socket) {
@@ -42,14 +46,17 @@ FileDescriptor acceptOne(const FileDescriptor& listening) {
 UnixServiceListener::UnixServiceListener(
     std::string serviceName, std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
     ServiceLimits serviceLimits, RequestAdmission::Begin beginTransaction)
-    : name(std::move(serviceName)),
-      entitlements(std::move(entitlementDatabase)),
-      limits(serviceLimits),
-      admission(std::make_shared<RequestAdmission>(std::move(beginTransaction))),
-      held(std::make_shared<HeldBytes>(
-          limits.heldBytes, [this, loop = loop] { loop->post([this] { relieveMemory(); }); },
-          // The allocator keeps what lies between things that are still in use.
-          [loop = loop] { loop->post(returnFreedMemory); })) {}
+    : name(std::move(serviceName)), context(std::make_shared<ServiceContext>()) {
+  context->loop = loop;
+  context->limits = serviceLimits;
+  context->entitlements = std::move(entitlementDatabase);
+  context->admission = std::make_shared<RequestAdmission>(std::move(beginTransaction));
+  context->held = std::make_shared<HeldBytes>(
+      serviceLimits.heldBytes,
+      [this, posting = loop] { posting->post([this] { relieveMemory(); }); },
+      // The allocator keeps what lies between things that are still in use.
+      [posting = loop] { posting->post(returnFreedMemory); });
+}
 
 UnixServiceListener::~UnixServiceListener() {
   if (!thread.joinable()) return;
@@ -57,6 +64,7 @@ UnixServiceListener::~UnixServiceListener() {
   thread.join();
   watch->cancel();
   for (const auto& entry : connections) entry.second->close();
+  context->workers->shutDown();
   ::unlink(socketPath.c_str());
 }
 
@@ -86,6 +94,7 @@ ErrorPtr UnixServiceListener::resume() {
   watch =
       loop->watch(listeningSocket.get(), EPOLLIN, [this](std::uint32_t) { acceptConnection(); });
   try {
+    context->workers = std::make_shared<WorkerPool>(workerCount);
     thread = std::thread([this] { loop->run(); });
   } catch (const std::system_error& failure) {
     watch->cancel();
@@ -105,7 +114,7 @@ ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
     return makePosixError(failure, "bind the socket of " + name);
   }
   socketPath = at.socketPath();
-  refuseDescriptors(socket.get());
+  if (!refuseDescriptors(socket.get())) context->patient = std::make_shared<PatientThread>();
   if (::listen(socket.get(), SOMAXCONN) != 0) return makePosixError(errno, "listen to " + name);
   listeningSocket = std::move(socket);
   return nullptr;
@@ -114,7 +123,7 @@ ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
 // One at a time: the loop comes back while more of them wait, and has served the others meanwhile.
 void UnixServiceListener::acceptConnection() {
   // Who still comes waits for the end of the socket.
-  if (admission->isSuspended()) return watch->setEvents(0);
+  if (context->admission->isSuspended()) return watch->setEvents(0);
   FileDescriptor accepted = acceptOne(listeningSocket);
   if (accepted.isOpen()) {
     admit(std::move(accepted));
@@ -127,27 +136,41 @@ void UnixServiceListener::acceptConnection() {
 void UnixServiceListener::refuseOne(int failure) {
   if (failure == EMFILE && spareDescriptor.isOpen()) {
     spareDescriptor.reset();
-    if (const FileDescriptor refused = acceptOne(listeningSocket); refused.isOpen()) {
-      sayTooManyConnections(refused);
+    if (FileDescriptor refused = acceptOne(listeningSocket); refused.isOpen()) {
+      refuse(std::move(refused));
     }
     spareDescriptor = openSpare();
     return;
   }
-  // The system as a whole is short of something. With connections, try again when one has ended;
-  // with none, nobody else is kept waiting.
-  if (connections.empty()) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    return;
-  }
-  acceptingPaused = true;
+  // The system as a whole is short of something.
   watch->setEvents(0);
+  nextAttempt = timers.afterDelay(secondsToNextAttempt, [this] { resumeAccepting(); });
+}
+
+void UnixServiceListener::refuse(FileDescriptor socket) {
+  sayTooManyConnections(socket);
+  closeWithoutWaiting(std::move(socket), context->patient.get());
+}
+
+void UnixServiceListener::resumeAccepting() {
+  if (!spareDescriptor.isOpen()) spareDescriptor = openSpare();
+  const auto awaited = std::exchange(nextAttempt, nullptr);
+  if (!awaited) return;
+  awaited->cancel();
+  watch->setEvents(EPOLLIN);
+}
+
+// A socket that is being closed takes a descriptor until that is done.
+bool UnixServiceListener::isFull() const {
+  const std::size_t closing = context->patient ? context->patient->pendingBlocks() : 0;
+  return connections.size() + closing >= context->limits.connections;
 }
 
 void UnixServiceListener::admit(FileDescriptor socket) {
   Result<PeerIdentity> peer = PeerIdentity::ofSocket(socket.get());
-  if (!peer.isLeft()) return;
-  if (const uid_t user = peer.left().user; user != ::geteuid() && user != 0) return;
-  if (connections.size() >= limits.connections) return sayTooManyConnections(socket);
+  const bool isOurs = peer.isLeft() && (peer.left().user == ::geteuid() || peer.left().user == 0);
+  if (!isOurs) return closeWithoutWaiting(std::move(socket), context->patient.get());
+  if (isFull()) return refuse(std::move(socket));
   std::shared_ptr<ServiceListenerDelegate> asked;
   {
     MutexLock lock(mutex);
@@ -155,8 +178,8 @@ void UnixServiceListener::admit(FileDescriptor socket) {
   }
   if (!asked) return;
   auto connection = std::make_shared<UnixServiceConnection>(
-      loop, std::move(socket), std::move(peer).takeLeft(), entitlements, limits,
-      [this](UnixServiceConnection& closed) { connectionClosed(closed); }, held, admission);
+      context, std::move(socket), std::move(peer).takeLeft(),
+      [this](UnixServiceConnection& closed) { connectionClosed(closed); });
   connections.emplace(connection.get(), connection);
   if (asked->shouldAcceptNewConnection(*this, connection)) {
     connection->start();
@@ -170,17 +193,15 @@ void UnixServiceListener::admit(FileDescriptor socket) {
 
 void UnixServiceListener::connectionClosed(UnixServiceConnection& connection) {
   connections.erase(&connection);
-  if (!spareDescriptor.isOpen()) spareDescriptor = openSpare();
-  if (!std::exchange(acceptingPaused, false)) return;
-  watch->setEvents(EPOLLIN);
+  resumeAccepting();
 }
 
 void UnixServiceListener::relieveMemory() {
-  while (held->isExceeded() && !connections.empty()) {
-    const auto largest = std::max_element(
+  while (context->held->isExceeded() && !connections.empty()) {
+    const auto first = std::min_element(
         connections.begin(), connections.end(),
-        [](const auto& a, const auto& b) { return a.second->heldBytes() < b.second->heldBytes(); });
-    const std::shared_ptr<UnixServiceConnection> ended = largest->second;
+        [](const auto& a, const auto& b) { return a.second->standing() < b.second->standing(); });
+    const std::shared_ptr<UnixServiceConnection> ended = first->second;
     ended->close();
     connectionClosed(*ended);
   }

@@ -8,13 +8,11 @@
 
 #include "platform/files/LockFile.h"
 #include "platform/foundation/Mutex.h"
-#include "platform/ipc/EntitlementDatabase.h"
-#include "platform/ipc/RequestAdmission.h"
 #include "platform/ipc/ServiceAddress.h"
-#include "platform/ipc/ServiceLimits.h"
+#include "platform/ipc/ServiceContext.h"
 #include "platform/ipc/ServiceListener.h"
 #include "platform/ipc/UnixServiceConnection.h"
-#include "platform/scheduling/EventLoop.h"
+#include "platform/scheduling/EventLoopScheduler.h"
 
 namespace quenlet {
 
@@ -23,8 +21,9 @@ namespace quenlet {
 // what a crashed one left. Thread-safe; resume() is for one call.
 //
 // Peers of other users than root are disconnected at once; a connection beyond the limit is told so
-// first. Who holds the most memory goes when all hold too much. The end of the listener ends all
-// its connections; it is not for its own thread.
+// first. When all hold too much memory, refused peers go first, then whoever has kept a message
+// unfinished for the longest time. The end of the listener ends all its connections; it is not for
+// its own thread.
 class UnixServiceListener final : public ServiceListener {
  public:
   // `beginTransaction` (none for null) is called on the listener's thread when a connection's
@@ -40,22 +39,23 @@ class UnixServiceListener final : public ServiceListener {
   void setDelegate(std::weak_ptr<ServiceListenerDelegate> newDelegate) override EXCLUDES(mutex);
   [[nodiscard]] ErrorPtr claimName() override;
   [[nodiscard]] ErrorPtr resume() override;
-  void suspend() override { admission->suspend(); }
+  void suspend() override { context->admission->suspend(); }
 
  private:
   [[nodiscard]] ErrorPtr openSocket(const ServiceAddress& at);
   void acceptConnection();
   void admit(FileDescriptor socket) EXCLUDES(mutex);
   void refuseOne(int failure);
+  void refuse(FileDescriptor socket);
+  void resumeAccepting();
+  [[nodiscard]] bool isFull() const;
   void connectionClosed(UnixServiceConnection& connection);
   void relieveMemory();
 
   const std::string name;
-  const std::shared_ptr<const EntitlementDatabase> entitlements;
-  const ServiceLimits limits;
-  const std::shared_ptr<RequestAdmission> admission;
   const std::shared_ptr<EventLoop> loop = std::make_shared<EventLoop>();
-  const std::shared_ptr<HeldBytes> held;
+  EventLoopScheduler timers{*loop};
+  const std::shared_ptr<ServiceContext> context;
 
   Mutex mutex;
   std::weak_ptr<ServiceListenerDelegate> delegate GUARDED_BY(mutex);
@@ -68,7 +68,8 @@ class UnixServiceListener final : public ServiceListener {
   // Given up for a moment to accept, and refuse, one when the process has no descriptor left.
   FileDescriptor spareDescriptor;
   std::shared_ptr<EventLoop::Watch> watch;
-  bool acceptingPaused = false;
+  // Not null while accepting is paused.
+  std::shared_ptr<Cancelable> nextAttempt;
   std::unordered_map<UnixServiceConnection*, std::shared_ptr<UnixServiceConnection>> connections;
   std::thread thread;
 };

@@ -62,7 +62,8 @@ class CorvelProxyTest : public EnvironmentTest {
     ASSERT_EQ(listener->resume(), nullptr);
   }
   void serveAgent() {
-    serve(std::make_shared<CorvelDispatcher>(agent, [] { return true; }));
+    serve(std::make_shared<CorvelDispatcher>(
+        agent, [] { return true; }, std::make_shared<DonationListReplies>()));
   }
   void stopServing() { listener.reset(); }
 

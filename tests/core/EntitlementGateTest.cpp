@@ -25,12 +25,16 @@ class FakeConnection final : public ServiceConnection {
   std::shared_ptr<ExportedObject> object;
   bool resumed = false;
   std::optional<std::filesystem::path> program = "/opt/other";
+  bool isRefused = false;
 
   pid_t processIdentifier() const override { return 42; }
   std::optional<std::filesystem::path> executable() const override { return program; }
   std::optional<PropertyList> valueForEntitlement(const std::string& name) const override {
     const auto found = entitlements.find(name);
     return found == entitlements.end() ? std::nullopt : std::optional(found->second);
+  }
+  void setPeerTreatment(PeerTreatment treatment) override {
+    isRefused = treatment == PeerTreatment::refused;
   }
   void setExportedInterface(ServiceInterface exported) override { interface = std::move(exported); }
   void setExportedObject(std::shared_ptr<ExportedObject> exported) override {
@@ -137,6 +141,13 @@ TEST_F(EntitlementGateTest, DeniesWithoutAnEventWhenTheConnectionIsGone) {
   EXPECT_EQ(takeTrace(), Events{});
 }
 
+struct TakenReply final : ReplyTarget {
+  std::string bytes;
+  void send(std::string encodedValues) override { bytes = std::move(encodedValues); }
+  void sendInPieces(EncodedReplyPtr reply) override { bytes = *reply->piece(0); }
+  bool isWanted() override { return true; }
+};
+
 class DonationListenerDelegateTest : public EntitlementGateTest {
  protected:
   void accept(const std::shared_ptr<FakeConnection>& accepted) {
@@ -149,10 +160,9 @@ class DonationListenerDelegateTest : public EntitlementGateTest {
                                 const WireEncoder& arguments) {
     const auto* parameters = client.interface.parameters(selector, OfReply::no);
     EXPECT_EQ(validateWireValues(arguments.bytes(), *parameters), nullptr) << selector;
-    std::string bytes;
-    client.object->perform(selector, WireReader(arguments.bytes()),
-                           [&](std::string reply) { bytes = std::move(reply); });
-    WireReader reader(bytes);
+    const auto taken = std::make_shared<TakenReply>();
+    client.object->perform(selector, WireReader(arguments.bytes()), WireReply(taken));
+    WireReader reader(taken->bytes);
     const bool hasFlag = reader.nextType() == WireType::boolean;
     const std::optional<bool> success = hasFlag ? reader.boolean() : std::nullopt;
     const ErrorPtr error = ErrorWire::decode(reader);
@@ -174,6 +184,7 @@ TEST_F(DonationListenerDelegateTest, GatesEachConnectionByItselfAndPassesOnlyVal
   entitled->entitlements = {{contacts, true}};
   accept(connection);
   accept(entitled);
+  EXPECT_TRUE(connection->isRefused && !entitled->isRefused);
   constexpr auto invalid = static_cast<std::int64_t>(ServiceErrorCode::invalidArguments);
   const std::tuple<const char*, WireEncoder, std::int64_t> requests[] = {
       {CorvelSelector::donate, WireEncoder().list(1).object(DonationWire::className).dictionary(0),

@@ -1,15 +1,19 @@
 #pragma once
 
+#include <atomic>
 #include <deque>
+#include <semaphore>
 
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/UnixServiceListener.h"
+#include "platform/ipc/WireEncoder.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
 
-// A service with three operations that take a text: "echo" answers with it during the call, "later"
-// when the test says so, "drop" not at all. Accepts everybody, also as the listener's delegate.
+// A service with operations that take a text: "echo" answers with it during the call, "hold" as
+// well, but not before release(), "later" when the test says so, "drop" not at all. Accepts
+// everybody, also as the listener's delegate.
 class EchoService final : public ExportedObject,
                           public ServiceListenerDelegate,
                           public std::enable_shared_from_this<EchoService> {
@@ -17,14 +21,15 @@ class EchoService final : public ExportedObject,
   static ServiceInterface interface() {
     const std::vector<WireParameter> text{{WireType::string, false, {}}};
     ServiceInterface interface;
-    for (const char* selector : {"echo", "later", "drop"}) {
+    for (const char* selector : {"echo", "hold", "later", "drop", "long"}) {
       interface.addOperation(selector, text, text);
     }
-    return interface;
+    return interface.expectLongReplies("long");
   }
 
   bool shouldAcceptNewConnection(ServiceListener&,
                                  const std::shared_ptr<ServiceConnection>& connection) override {
+    if (refusesPeers) connection->setPeerTreatment(PeerTreatment::refused);
     connection->setExportedInterface(interface());
     connection->setExportedObject(shared_from_this());
     connection->resume();
@@ -32,9 +37,18 @@ class EchoService final : public ExportedObject,
   }
 
   void perform(const std::string& selector, WireReader arguments, WireReply reply) override {
+    {
+      MutexLock lock(mutex);
+      performed += WireReader(arguments).string().value_or("");
+    }
     std::string values(arguments.skip());
-    if (selector == "echo") return reply(std::move(values));
+    if (selector == "hold") {
+      held.release();
+      released.acquire();
+    }
+    if (selector == "echo" || selector == "hold") return reply(std::move(values));
     if (selector == "drop") return;
+    if (selector == "long") return reply(std::make_shared<const Pieces>(*this, pieces, values));
     MutexLock lock(mutex);
     waiting.emplace_back(std::move(reply), std::move(values));
     mostWaiting = std::max(mostWaiting, waiting.size());
@@ -58,16 +72,62 @@ class EchoService final : public ExportedObject,
     while (waiting.size() < count) changed.wait(mutex);
   }
 
+  void waitUntilHeld() { held.acquire(); }
+  void release() { released.release(); }
+
+  // Of connections that come.
+  std::atomic<bool> refusesPeers = false;
+  // Of a long reply, each as long as the request's text and with it, and how many were made.
+  std::size_t pieces = 3;
+  std::atomic<std::size_t> piecesMade = 0;
+  // The texts of all requests, in order.
+  std::string takePerformed() {
+    MutexLock lock(mutex);
+    return std::exchange(performed, {});
+  }
+  // Whether somebody wants the answer to the oldest request for "later".
+  bool isOneWanted() {
+    MutexLock lock(mutex);
+    return waiting.front().first.isWanted();
+  }
+
   std::size_t mostWaitingAtOnce() {
     MutexLock lock(mutex);
     return mostWaiting;
   }
 
  private:
+  // One text in pieces, the first of which has the text's head as well.
+  class Pieces final : public EncodedReply {
+   public:
+    Pieces(EchoService& owner, std::size_t count, const std::string& argument)
+        : service(owner),
+          number(count),
+          text(*WireReader(argument).string()),
+          head(WireEncoder().string(std::string(count * text.size(), 'x')).bytes()) {
+      head.resize(head.size() - count * text.size());
+    }
+    std::size_t sizeInBytes() const override { return head.size() + number * text.size(); }
+    std::size_t pieceCount() const override { return number; }
+    std::shared_ptr<const std::string> piece(std::size_t index) const override {
+      ++service.piecesMade;
+      return std::make_shared<const std::string>(index == 0 ? head + text : text);
+    }
+
+   private:
+    EchoService& service;
+    const std::size_t number;
+    const std::string text;
+    std::string head;
+  };
+
+  std::binary_semaphore held{0};
+  std::binary_semaphore released{0};
   Mutex mutex;
   ConditionVariable changed;
   std::deque<std::pair<WireReply, std::string>> waiting GUARDED_BY(mutex);
   std::size_t mostWaiting GUARDED_BY(mutex) = 0;
+  std::string performed GUARDED_BY(mutex);
 };
 
 class EchoTest : public testing::Test {
@@ -76,6 +136,7 @@ class EchoTest : public testing::Test {
     ::setenv("XDG_RUNTIME_DIR", directory.c_str(), 1);
   }
   void serve(ServiceLimits limits = {}, RequestAdmission::Begin begin = nullptr) {
+    listener.reset();
     listener =
         std::make_unique<UnixServiceListener>("test.echo", nullptr, limits, std::move(begin));
     listener->setDelegate(service);

@@ -15,10 +15,13 @@
 
 namespace quenlet {
 
-// The other end of a service's or client's socket, free to say anything. Blocks.
+// The other end of a service's or client's socket, free to say anything. Blocks, for half a minute.
 class RawPeer final {
  public:
-  RawPeer() : socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {}
+  RawPeer() : socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    const timeval patience{30, 0};
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+  }
   explicit RawPeer(FileDescriptor connected) : socket(std::move(connected)) {}
   explicit RawPeer(const std::filesystem::path& path) : RawPeer() { connect(path); }
 
@@ -60,12 +63,15 @@ class RawPeer final {
     return ::sendmsg(socket.get(), &message, MSG_NOSIGNAL) == 1;
   }
 
-  // "<identifier> <text>" for a reply, "<identifier> !<code>" for a failure, "end" at the end.
+  // "<identifier> <text>" for a reply, "<identifier> !<code>" for a failure, "<identifier>
+  // +<bytes>" for a part of a reply and "<identifier> -<bytes>" for the last one, "end" at the end.
   std::string receive() {
     while (true) {
       if (const auto frame = reader.next()) {
         WireReader values(frame->body);
         const std::string identifier = std::to_string(frame->identifier) + " ";
+        const bool goesOn = std::exchange(inParts, frame->kind == FrameKind::partOfReply);
+        if (inParts || goesOn) return identifier + (inParts ? "+" : "-") + std::string(frame->body);
         if (frame->kind == FrameKind::reply) {
           return identifier + std::string(values.string().value_or(""));
         }
@@ -84,7 +90,8 @@ class RawPeer final {
 
  private:
   FileDescriptor socket;
-  FrameReader reader{std::size_t{64} << 20};
+  FrameReader reader{std::size_t{64} << 20, FrameKind::partOfReply};
+  bool inParts = false;
 };
 
 }  // namespace quenlet

@@ -101,6 +101,12 @@ TEST(ServiceClientPeerTest, TrustsNothingThatAServiceSays) {
   // What a call comes to, and one after it: "!2" when the peer has ended by then.
   const std::tuple<const char*, std::string, const char*, const char*> rows[] = {
       {"failure", frame(FrameKind::failure, 1, error.bytes()), "!42", "!2"},
+      {"reply in parts", "\xc\0\0\0\3\1\0\0\0\0\0\0\0\5\2h\xa\0\0\0\1\1\0\0\0\0\0\0\0i"s, "hi",
+       "!2"},
+      {"failure after a part",
+       frame(FrameKind::partOfReply, 1, "\5\2h") + frame(FrameKind::failure, 1, error.bytes()),
+       "!42", "!2"},
+      {"unasked part", frame(FrameKind::partOfReply, 9, "\5\1x"), "!5", "!5"},
       {"failure of all", frame(FrameKind::failure, 0, error.bytes()), "!42", "!42"},
       {"wrong type", frame(FrameKind::reply, 1, "\6\1x"), "!4", "!2"},
       {"broken text", frame(FrameKind::reply, 1, "\5\1\xff"), "!5", "!2"},

@@ -1,5 +1,7 @@
 #include "platform/ipc/UnixServiceListener.h"
 
+#include <gmock/gmock.h>
+#include <netinet/in.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +12,7 @@
 #include "platform/scheduling/refuseDescriptors.h"
 #include "tests/platform/ipc/EchoService.h"
 #include "tests/platform/ipc/RawPeer.h"
+#include "tests/platform/ipc/SystemCalls.h"
 
 namespace quenlet {
 namespace {
@@ -78,9 +81,12 @@ TEST_F(UnixServiceListenerTest, OutlivesPeersThatVanishWithRequestsOpen) {
   service->waitForRequests(2);
   service->answerOne();
   EXPECT_EQ(peer.receive(), "1 x");
+  EXPECT_TRUE(service->isOneWanted());
   peer.close();
   RawPeer other(socket);
   EXPECT_EQ(send(other, RawPeer::request(3, "echo", "here")), "3 here");
+  EXPECT_EQ(send(other, RawPeer::request(3, "echo", "now")), "3 now");
+  EXPECT_FALSE(service->isOneWanted()) << "its work can be spared";
   service->answerOne();
   ASSERT_TRUE(other.send(RawPeer::request(4, "later", "late")));
   service->waitForRequests(1);
@@ -130,20 +136,132 @@ TEST_F(UnixServiceListenerTest, EndsTheConnectionOfAPeerThatNeverReads) {
   EXPECT_LT(received, 20U);
 }
 
-TEST_F(UnixServiceListenerTest, EndsWhoHoldsTheMostWhenAllHoldTooMuch) {
-  serve({.unsentBytesAhead = 1 << 30, .heldBytes = 1 << 20});
+TEST_F(UnixServiceListenerTest, LooksAtNothingThatARefusedPeerSends) {
+  service->refusesPeers = true;
+  serve();
+  const auto message = [](std::size_t length) {
+    return RawPeer::request(7, "echo", std::string(length - 9 - 6 - 3, 'x'));
+  };
+  const std::tuple<const char*, std::string, const char*, const char*> rows[] = {
+      {"arguments that are none", RawPeer::frame(FrameKind::request, 7, "\5\4echo\xff"), "7 ",
+       "8 "},
+      {"unknown operation", RawPeer::frame(FrameKind::request, 7, "\5\3owl"), "7 !3", "8 "},
+      {"as large as may be", message(4096), "7 ", "8 "},
+      {"larger by one", message(4097), "7 ", "end"},
+      {"larger, its operation unknown yet", message(4097).substr(0, 15), "7 !6", "end"},
+  };
+  for (const auto& [name, bytes, answer, next] : rows) {
+    RawPeer peer(socket);
+    EXPECT_EQ(send(peer, bytes), answer) << name;
+    peer.send(RawPeer::request(8, "echo", "b"));
+    EXPECT_EQ(peer.receive(), next) << name;
+  }
+  listener.reset();
+  EXPECT_EQ(service->takePerformed(), "") << "arguments were handed over";
+}
+
+TEST_F(UnixServiceListenerTest, EndsRefusedPeersThenTheOldestUnfinishedOnesWhenAllHoldTooMuch) {
+  serve({.heldBytes = 600'000});
   RawPeer modest(socket);
   EXPECT_EQ(send(modest, RawPeer::request(1, "echo", "a")), "1 a");
-  for (const auto& [name, bytes] : {
-           std::pair("answers not read", RawPeer::request(1, "echo", std::string(200'000, 'x'))),
-           std::pair("a message without end", "\0\0\0\1\0"s + std::string(200'000, 'x')),
-       }) {
-    RawPeer peer(socket);
-    int sent = 0;
-    while (peer.send(bytes)) ASSERT_LT(++sent, 50) << name;
-    EXPECT_GT(sent, 1) << "what is held, and the socket's own buffers, must fit";
-  }
+  // Each takes 24 KiB, the donation 264 KiB.
+  const std::string donation = RawPeer::request(5, "echo", std::string(240'000, 'd'));
+  RawPeer donor(socket);
+  EXPECT_EQ(send(donor, RawPeer::request(4, "echo", "d")), "4 d");
+  ASSERT_TRUE(donor.send(std::string_view(donation).substr(0, 200'000)));
+  service->refusesPeers = true;
+  for (int i = 0; i < 40; ++i) RawPeer(socket).send(donation.substr(0, 100));
+  std::vector<RawPeer> refused;
+  for (int i = 0; i < 40; ++i) refused.emplace_back(socket).send("\1");
+  RawPeer last(socket);
+  EXPECT_EQ(send(last, RawPeer::request(1, "echo", "l")), "1 ");
+  service->refusesPeers = false;
+  EXPECT_EQ(send(donor, std::string_view(donation).substr(200'000)).size(), 240'002U);
+  refused.clear();
+
+  RawPeer older(socket);
+  EXPECT_EQ(send(older, RawPeer::request(6, "echo", "o") + donation.substr(0, 100'000)), "6 o");
+  RawPeer younger(socket);
+  const std::string larger = RawPeer::request(7, "echo", std::string(400'000, 'y'));
+  ASSERT_TRUE(younger.send(larger.substr(0, 399'000)));
+  EXPECT_EQ(older.receive(), "end");
+  EXPECT_EQ(send(younger, larger.substr(399'000)).size(), 400'002U);
   EXPECT_EQ(send(modest, RawPeer::request(2, "echo", "b")), "2 b");
+}
+
+TEST_F(UnixServiceListenerTest, GivesEachConnectionItsTurn) {
+  serve({.requestsInTurn = 3});
+  RawPeer holder(socket);
+  std::array<RawPeer, 2> peers{RawPeer(socket), RawPeer(socket)};
+  for (RawPeer& peer : peers) EXPECT_EQ(send(peer, RawPeer::request(1, "echo", "-")), "1 -");
+  ASSERT_TRUE(holder.send(RawPeer::request(1, "hold", ":")));
+  service->waitUntilHeld();
+  for (std::size_t i = 0; i < 8; ++i) {
+    ASSERT_TRUE(peers[0].send(RawPeer::request(2, "echo", "a")));
+    ASSERT_TRUE(peers[1].send(RawPeer::request(2, "echo", "b")));
+  }
+  service->release();
+  EXPECT_EQ(holder.receive(), "1 :");
+  for (int i = 0; i < 8; ++i) EXPECT_EQ(peers[0].receive() + peers[1].receive(), "2 a2 b");
+  listener.reset();
+  EXPECT_THAT(service->takePerformed(),
+              testing::AnyOf("--:aaabbbaaabbbaabb", "--:bbbaaabbbaaabbaa"));
+}
+
+TEST_F(UnixServiceListenerTest, SaysALongReplyInOneMessageOrInParts) {
+  serve({.messageSizeInBytes = 40});
+  RawPeer peer(socket);
+  const std::string nine = "123456789";
+  EXPECT_EQ(send(peer, RawPeer::request(1, "long", nine)), "1 " + nine + nine + nine);
+  EXPECT_EQ(send(peer, RawPeer::request(2, "long", nine + "a") + RawPeer::request(3, "echo", "b")),
+            "2 +\5\x1e" + nine + "a");
+  EXPECT_EQ(peer.receive(), "2 +" + nine + "a");
+  EXPECT_EQ(peer.receive(), "2 -" + nine + "a");
+  EXPECT_EQ(peer.receive(), "3 b");
+  // Each piece is larger than a message may be.
+  service->pieces = 2;
+  serve({.messageSizeInBytes = 25});
+  RawPeer small(socket);
+  EXPECT_EQ(send(small, RawPeer::request(4, "long", "12345678")),
+            "4 +\5\x10"
+            "12345678");
+  EXPECT_EQ(small.receive(), "4 -12345678");
+}
+
+TEST_F(UnixServiceListenerTest, KeepsFewLongRepliesUnderWayAndLittleOfThemInMemory) {
+  service->pieces = 300;
+  serve({.heldBytes = 8 << 20});
+  std::vector<RawPeer> slow;
+  for (int i = 0; i < 10; ++i) {
+    slow.emplace_back(socket).send(RawPeer::request(1, "long", std::string(20'000, 's')));
+  }
+  RawPeer many(socket);
+  for (int i = 0; i < 5; ++i) many.send(RawPeer::request(1, "long", std::string(20'000, 'm')));
+  RawPeer other(socket);
+  for (int i = 0; i < 20; ++i) EXPECT_EQ(send(other, RawPeer::request(2, "echo", "o")), "2 o");
+  const std::string performed = service->takePerformed();
+  EXPECT_LE(std::count(performed.begin(), performed.end(), 'm'), 2 * 20'000);
+  EXPECT_LT(service->piecesMade, 11U * 60) << "of replies that nobody reads";
+  for (RawPeer& peer : slow) EXPECT_EQ(peer.receive().size(), 6'000'002U);
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(many.receive().size(), 6'000'002U);
+}
+
+TEST_F(UnixServiceListenerTest, PerformsALargeRequestBesideTheOthersAndInItsTurn) {
+  serve({.quickRequestBytes = 100});
+  RawPeer peer(socket);
+  const std::string large(200, 'x');
+  ASSERT_TRUE(peer.send(RawPeer::request(1, "echo", "1") + RawPeer::request(2, "hold", large) +
+                        RawPeer::request(3, "echo", "3")));
+  service->waitUntilHeld();
+  RawPeer other(socket);
+  EXPECT_EQ(send(other, RawPeer::request(4, "echo", "o")), "4 o");
+  EXPECT_EQ(service->takePerformed(), "1" + large + "o");
+  // Ends before its large request has its turn.
+  RawPeer(socket).send(RawPeer::request(5, "echo", std::string(300, 'y')));
+  service->release();
+  EXPECT_EQ(peer.receive(), "1 1");
+  EXPECT_EQ(peer.receive(), "2 " + large);
+  EXPECT_EQ(peer.receive(), "3 3");
 }
 
 // Its answers would pile up, and take the others' time.
@@ -159,21 +277,104 @@ TEST_F(UnixServiceListenerTest, DoesNotReadAPeerThatDoesNotReadUntilItDoes) {
   sender.join();
 }
 
+// A connection whose end waits, for as long as the other side likes, for bytes to be taken.
+class LingeringConnection final {
+ public:
+  LingeringConnection() {
+    sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+    socklen_t size = sizeof address;
+    const FileDescriptor listening(::socket(AF_INET, SOCK_STREAM, 0));
+    auto* const any = reinterpret_cast<sockaddr*>(&address);
+    const linger wait{1, 1000};
+    EXPECT_EQ(::bind(listening.get(), any, size) + ::listen(listening.get(), 1) +
+                  ::getsockname(listening.get(), any, &size) + ::connect(own.get(), any, size) +
+                  ::setsockopt(own.get(), SOL_SOCKET, SO_LINGER, &wait, sizeof wait),
+              0);
+    other.reset(::accept4(listening.get(), nullptr, nullptr, 0));
+    const std::string bytes(1 << 16, 'x');
+    while (::send(own.get(), bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) continue;
+  }
+  // Leaves the last word to whoever gets it with a message of `peer`.
+  [[nodiscard]] bool pass(const RawPeer& peer) {
+    const bool isPassed = peer.pass(own.get());
+    if (isPassed) own.reset();
+    return isPassed;
+  }
+
+ private:
+  FileDescriptor own{::socket(AF_INET, SOCK_STREAM, 0)};
+  // When it goes, with bytes unread, the wait ends.
+  FileDescriptor other;
+};
+
 // The end of what they stand for could hold the service up.
 TEST_F(UnixServiceListenerTest, LetsNobodySendDescriptors) {
+  for (const bool canRefuse : {true, false}) {
+    SystemCalls::hidePassRights = !canRefuse;
+    if (refuseDescriptors(FileDescriptor(::socket(AF_UNIX, SOCK_STREAM, 0)).get()) != canRefuse) {
+      continue;  // so old is this kernel
+    }
+    serve({.connections = 3});
+    RawPeer honest(socket);
+    EXPECT_EQ(send(honest, RawPeer::request(1, "echo", "a")), "1 a");
+    RawPeer accepted(socket);
+    EXPECT_EQ(send(accepted, RawPeer::request(1, "echo", "b")), "1 b");
+    ASSERT_TRUE(honest.send(RawPeer::request(2, "hold", "c")));
+    service->waitUntilHeld();
+    const RawPeer last(socket);
+    RawPeer late(socket);
+    std::vector<LingeringConnection> lingering(3);
+    EXPECT_NE(lingering[0].pass(accepted), canRefuse);
+    EXPECT_NE(lingering[1].pass(last), canRefuse);
+    EXPECT_NE(lingering[2].pass(late), canRefuse);
+    service->release();
+    EXPECT_EQ(honest.receive(), "2 c");
+    EXPECT_EQ(late.receive(), "0 !7") << "what is still being closed counts";
+    EXPECT_EQ(send(honest, RawPeer::request(3, "echo", "d")), "3 d") << "they hold nobody up";
+    listener.reset();
+  }
+  SystemCalls::hidePassRights = false;
+}
+
+TEST_F(UnixServiceListenerTest, ServesItsOwnUserAndRootOnly) {
   serve();
-  const RawPeer accepted(socket);
-  std::array<int, 2> ends{};
-  ASSERT_EQ(::pipe(ends.data()), 0);
-  const FileDescriptor reading(ends[0]);
-  int refuses = 0;
-  socklen_t size = sizeof refuses;
-  const bool canRefuse = ::getsockopt(FileDescriptor(::socket(AF_UNIX, SOCK_STREAM, 0)).get(),
-                                      SOL_SOCKET, SO_PASSRIGHTS, &refuses, &size) == 0;
-  EXPECT_EQ(accepted.pass(ends[1]), !canRefuse);
-  ::close(ends[1]);
-  char byte = 0;
-  EXPECT_EQ(::read(reading.get(), &byte, 1), 0) << "where it is taken, it is closed";
+  const int own = static_cast<int>(::geteuid());
+  for (const auto& [user, answer] :
+       {std::pair(own, "1 a"), std::pair(0, "1 a"), std::pair(own + 1, "end")}) {
+    SystemCalls::peerUser = user;
+    RawPeer peer(socket);
+    peer.send(RawPeer::request(1, "echo", "a"));
+    EXPECT_EQ(peer.receive(), answer) << user;
+  }
+  SystemCalls::peerUser = -1;
+}
+
+TEST_F(UnixServiceListenerTest, AcceptsAgainSoonAfterTheSystemWasShort) {
+  serve();
+  RawPeer first(socket);
+  EXPECT_EQ(send(first, RawPeer::request(1, "echo", "a")), "1 a");
+  std::vector<RawPeer> others;
+  for (const int failure : {ENFILE, ENOMEM}) {
+    SystemCalls::acceptFailure = failure;
+    SystemCalls::failingAccepts = 2;
+    const auto begun = std::chrono::steady_clock::now();
+    // The end of one would let another in.
+    EXPECT_EQ(send(others.emplace_back(socket), RawPeer::request(1, "echo", "b")), "1 b");
+    EXPECT_GE(std::chrono::steady_clock::now() - begun, std::chrono::milliseconds(200))
+        << failure << " without a pause";
+  }
+}
+
+TEST(ServiceLimitsTest, KeepSixtyFourDescriptorsBack) {
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+  for (const auto& [descriptors, connections] :
+       {std::pair(1088, 1024), std::pair(1087, 1023), std::pair(70, 6), std::pair(64, 1)}) {
+    const rlimit limit{static_cast<rlim_t>(descriptors), before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+    EXPECT_EQ(ServiceLimits::forThisProcess().connections, connections) << descriptors;
+  }
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
 }
 
 TEST_F(UnixServiceListenerTest, TellsTheConnectionBeyondTheLimit) {

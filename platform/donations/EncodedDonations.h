@@ -1,0 +1,53 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "model/DonationValue.h"
+#include "platform/foundation/Mutex.h"
+#include "platform/ipc/WireReply.h"
+
+namespace quenlet {
+
+// The reply that lists all donations. Those who read it at the same time share its pieces: each is
+// encoded when the first of them gets there, and kept while one of them holds it; those of a short
+// list are kept with the reply. Thread-safe.
+class EncodedDonations final : public EncodedReply {
+ public:
+  // Encodes the list once, to find its size.
+  explicit EncodedDonations(std::shared_ptr<const DonationValues> donations);
+
+  [[nodiscard]] const std::shared_ptr<const DonationValues>& donations() const { return values; }
+  [[nodiscard]] std::size_t sizeInBytes() const override { return size; }
+  [[nodiscard]] std::size_t pieceCount() const override { return ends.size(); }
+  [[nodiscard]] std::shared_ptr<const std::string> piece(std::size_t index) const override
+      EXCLUDES(mutex);
+
+ private:
+  // Of the values from `begin` on, until it is long enough; `begin` goes behind the last of them.
+  [[nodiscard]] std::string encode(std::size_t& begin) const;
+
+  const std::shared_ptr<const DonationValues> values;
+  std::size_t size = 0;
+  // For each piece, the values before it and in it.
+  std::vector<std::size_t> ends;
+  // The pieces of a short list.
+  std::vector<std::shared_ptr<const std::string>> kept;
+  mutable Mutex mutex;
+  mutable std::vector<std::weak_ptr<const std::string>> shared GUARDED_BY(mutex);
+};
+
+// Gives those who ask for the same list the same reply, as long as one of them reads it.
+// Thread-safe.
+class DonationListReplies final {
+ public:
+  [[nodiscard]] EncodedReplyPtr replyFor(const std::shared_ptr<const DonationValues>& donations)
+      EXCLUDES(mutex);
+
+ private:
+  Mutex mutex;
+  std::weak_ptr<const EncodedDonations> latest GUARDED_BY(mutex);
+};
+
+}  // namespace quenlet

@@ -1,0 +1,65 @@
+#include "platform/ipc/PendingReply.h"
+
+#include <exception>
+
+#include "platform/ipc/ErrorWire.h"
+
+namespace quenlet {
+
+namespace {
+
+// A long reply that is in memory anyhow.
+class WholeReply final : public EncodedReply {
+ public:
+  explicit WholeReply(std::string encodedValues)
+      : bytes(std::make_shared<const std::string>(std::move(encodedValues))) {}
+  [[nodiscard]] std::size_t sizeInBytes() const override { return bytes->size(); }
+  [[nodiscard]] std::size_t pieceCount() const override { return 1; }
+  [[nodiscard]] std::shared_ptr<const std::string> piece(std::size_t) const override {
+    return bytes;
+  }
+
+ private:
+  const std::shared_ptr<const std::string> bytes;
+};
+
+std::string encoded(ServiceErrorCode code, const char* sentence) {
+  WireEncoder encoder;
+  ErrorWire::encode(encoder, makeServiceError(code, sentence));
+  return std::move(encoder).take();
+}
+
+}  // namespace
+
+UnixServiceConnection::PendingReply::~PendingReply() {
+  if (used.exchange(true)) return;
+  try {
+    connection->answer(
+        *this, FrameKind::failure,
+        encoded(ServiceErrorCode::noReply, "the request was dropped without an answer"));
+  } catch (const std::exception&) {
+    connection->giveUp();
+  }
+}
+
+void UnixServiceConnection::PendingReply::send(std::string encodedValues) {
+  if (encodedValues.size() + FrameHeader::countedBytes > connection->limits.messageSizeInBytes) {
+    return sendInPieces(std::make_shared<const WholeReply>(std::move(encodedValues)));
+  }
+  if (used.exchange(true)) return;
+  connection->answer(*this, FrameKind::reply, std::move(encodedValues));
+}
+
+void UnixServiceConnection::PendingReply::sendInPieces(EncodedReplyPtr reply) {
+  if (used.exchange(true)) return;
+  const ServiceLimits& limits = connection->limits;
+  if (!limits.repliesInParts &&
+      reply->sizeInBytes() + FrameHeader::countedBytes > limits.messageSizeInBytes) {
+    return connection->answer(
+        *this, FrameKind::failure,
+        encoded(ServiceErrorCode::messageTooLarge, "the reply is larger than a message may be"));
+  }
+  connection->answerInPieces(*this, std::move(reply));
+}
+
+}  // namespace quenlet
