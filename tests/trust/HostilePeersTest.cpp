@@ -2,6 +2,7 @@
 // business.
 
 #include <poll.h>
+#include <sched.h>
 
 #include <atomic>
 
@@ -215,6 +216,57 @@ TEST_F(HostilePeersTest, CannotFillTheMemoryWithWhatTheyDoNotReadOrDoNotEnd) {
   withstand(attack, 100'000);
   EXPECT_EQ(stopAgent(), 0);
   EXPECT_LE(used().ru_maxrss, 512 << 10) << "KiB; connections may hold half of that";
+}
+
+TEST_F(HostilePeersTest, HaveNothingCheckedForThemWithoutEntitlement) {
+  // As many values as a message can hold, all well-formed.
+  const std::size_t count = (std::size_t{32} << 20) - 256;
+  WireEncoder body;
+  body.string(CorvelSelector::donate).list(count);
+  const std::string message =
+      RawPeer::frame(FrameKind::request, 1, std::move(body).take() + std::string(count, '\0'));
+  withstand([&] {
+    std::vector<pid_t> attackers;
+    for (int i = 0; i < 4; ++i) {
+      const pid_t attacker = ::fork();
+      if (attacker == 0) {
+        // In a user namespace of its own a program has no entitlements.
+        if (::unshare(CLONE_NEWUSER) != 0) ::_exit(77);
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        while (std::chrono::steady_clock::now() < end) connect().send(message);
+        ::_exit(0);
+      }
+      attackers.push_back(attacker);
+    }
+    for (const pid_t attacker : attackers) {
+      int status = 0;
+      ASSERT_EQ(::waitpid(attacker, &status, 0), attacker);
+      if (WEXITSTATUS(status) == 77) GTEST_SKIP() << "no user namespaces here";
+      EXPECT_EQ(status, 0);
+    }
+  });
+}
+
+TEST_F(HostilePeersTest, LeaveNoWorkBehindWhenTheyAskForListsAndGo) {
+  startSilentAgent();
+  CorvelProxy client;
+  for (int request = 0; request < 20; ++request) {
+    DonationValues values;
+    for (int i = 0; i < 500; ++i) {
+      const std::string name = "n" + std::to_string(request * 500 + i);
+      values.push_back(email(name + "@example.org", from("app", name)));
+    }
+    ASSERT_EQ(donateTo(client, values), nullptr);
+  }
+  const std::string& list = valid[4];
+  std::string lists;
+  for (int i = 0; i < 120; ++i) lists += list;
+  for (int i = 0; i < 40; ++i) connect().send(lists);
+  const auto begun = std::chrono::steady_clock::now();
+  ASSERT_EQ(donateTo(client, {email("after@example.org")}), nullptr);
+  const std::chrono::duration<double, std::milli> passed = std::chrono::steady_clock::now() - begun;
+  RecordProperty("ms of a donation after 4,800 lists", static_cast<int>(passed.count()));
+  EXPECT_LT(passed.count(), 1000);
 }
 
 TEST_F(HostilePeersTest, LetTheAgentRestOnceALateReaderHasTakenAll) {
