@@ -184,8 +184,8 @@ PlatformServices LinuxPlatform::makeServices() {
         preferencesPath(), dataProxy, runLoop.eventLoop(), notificationCenter);
   };
   // One for all: a second one on the same file would wait for the first one's lock, on the writer
-  // thread that has to finish the first one's write.
-  // It makes its directory, to watch it, which an agent that has to give way must not do.
+  // thread that has to finish the first one's write. Made when it is first asked for, since it
+  // makes its directory, to watch it, which an agent that has to give way must not do.
   services.makeDonationFeedbackStore = [this] {
     std::call_once(feedbackStoreMade, [this] {
       feedbackStore = std::make_shared<PropertyListFeedbackStore>(

@@ -27,8 +27,8 @@ constexpr unsigned int parseOptions = pugi::parse_cdata | pugi::parse_eol |
                                       pugi::parse_embed_pcdata | pugi::parse_declaration |
                                       pugi::parse_doctype | pugi::parse_fragment;
 
-// Every blank counts in a text. Where no text is cut into pieces, one of blanks is its element's only
-// child, and the blanks between elements need no nodes, which would be half of them.
+// Every blank counts in a text. Where no text is cut into pieces, one of blanks is its element's
+// only child, and the blanks between elements need no nodes, which would be half of them.
 unsigned int blanksKeptIn(std::string_view text) {
   return XMLGuard::cutsText(text) ? pugi::parse_ws_pcdata : pugi::parse_ws_pcdata_single;
 }
@@ -114,9 +114,8 @@ ErrorPtr PropertyListReader::parse() {
     return makePropertyListError(tooLarge, "the property list is too large");
   }
   if (ErrorPtr failure = XMLGuard(text, maximumElementNesting).check()) return failure;
-  const pugi::xml_parse_result parsed =
-      document.load_buffer(text.data(), text.size(), parseOptions | blanksKeptIn(text),
-                           pugi::encoding_utf8);
+  const pugi::xml_parse_result parsed = document.load_buffer(
+      text.data(), text.size(), parseOptions | blanksKeptIn(text), pugi::encoding_utf8);
   if (parsed.status == pugi::status_ok) return nullptr;
   const auto code = parsed.status == pugi::status_out_of_memory ? tooLarge : malformedMarkup;
   return makePropertyListError(code, parsed.description(), static_cast<std::size_t>(parsed.offset));

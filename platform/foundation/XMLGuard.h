@@ -32,7 +32,6 @@ class XMLGuard final {
   static constexpr std::string_view sectionStart = "<![CDATA[";
   static constexpr std::string_view commentStart = "<!--";
 
-
   [[nodiscard]] ErrorPtr checkEncoding() const;
   [[nodiscard]] ErrorPtr passMarkup();
   [[nodiscard]] ErrorPtr passTo(std::string_view end, std::size_t openingLength);

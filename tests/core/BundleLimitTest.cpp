@@ -40,9 +40,8 @@ TEST_F(BundleLimitTest, ChangesOnlyWhatIsUnderItsBundles) {
       way.removeDonatedMeCardValuesWithBundleIdentifier(bundle, successReply());
     };
   };
-  const Events refusedDonation{will + donating,
-                               "caller: acceptingDonations:", "background: reply " + refused,
-                               did + donating};
+  const Events refusedDonation{will + donating, "caller: acceptingDonations: [d,b]",
+                               "background: reply " + refused, did + donating};
   const std::tuple<const char*, Call, Events, const char*> rows[] = {
       {"a donation under another bundle",
        donateAll({email("d@x", from("mine", "d")), email("e@x", from("other", "e"))}),

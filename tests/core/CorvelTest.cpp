@@ -224,15 +224,15 @@ TEST_F(CorvelRequestsTest, RestoresWhatIsStillGood) {
                        expiring("app", "twice", 1e9, "6@x"),
                        expiring(AccountsBundleIdentifier, "own", 604799, "7@x")};
   agent->restorePersistedState();
-  EXPECT_EQ(
-      eventsWithRenewals(donate, {email("8@x", from("app", "new"))}),
-      (Events{"caller: will", "caller: acceptingDonations: [new]", "writer: beginRestorePersistedState",
-              "writer: endRestorePersistedState", posted, "io: store twice soon week own new",
-              "background: reply no error", "background: did",
-              "background: willRenewValues:withDonor:", "background: load app",
-              "background: renew expired", "background: renew soon",
-              "background: willRenewValues:withDonor:", "background: load app",
-              "background: renew new"}));
+  EXPECT_EQ(eventsWithRenewals(donate, {email("8@x", from("app", "new"))}),
+            (Events{"caller: will", "caller: acceptingDonations: [new]",
+                    "writer: beginRestorePersistedState", "writer: endRestorePersistedState",
+                    posted, "io: store twice soon week own new", "background: reply no error",
+                    "background: did", "background: make loader",
+                    "background: willRenewValues:withDonor: [expired,soon],app",
+                    "background: load app", "background: renew expired", "background: renew soon",
+                    "background: make loader", "background: willRenewValues:withDonor: [new],app",
+                    "background: load app", "background: renew new"}));
   setEnabled(true);
   EXPECT_EQ(replyTo(list), "list twice soon week own new");
   EXPECT_EQ(replyTo(fetch), "card 6@x 3@x 4@x 7@x 8@x");
