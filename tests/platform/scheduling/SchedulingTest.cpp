@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cmath>
 #include <csignal>
 #include <latch>
@@ -104,17 +105,21 @@ TEST_F(ProductionSchedulerProviderTest, SynchronousReadersGetThroughWhenTheyFill
 
 TEST_F(ProductionSchedulerProviderTest,
        WriterAfterASynchronousReaderDoesNotWaitForTheReadersBlock) {
-  std::latch reading(1), written(1);
+  std::vector<std::string> events;  // unguarded: each follows the one before
+  std::latch written(1);
   background->performBlock([&] {
     state->performSynchronousReaderBlock([&] {
-      reading.count_down();
-      state->performWriterBlock([&] { written.count_down(); });
+      state->performWriterBlock([&] {
+        events.emplace_back("written");
+        written.count_down();
+      });
+      events.emplace_back("read");
     });
     written.wait();  // on a thread of the pool that looks for no work meanwhile
+    events.emplace_back("gone on");
   });
-  reading.wait();
-  written.wait();
   finish();
+  EXPECT_EQ(events, std::vector<std::string>({"read", "written", "gone on"}));
 }
 
 TEST_F(ProductionSchedulerProviderTest, CancelledBlocksNeverStart) {
@@ -338,6 +343,26 @@ TEST_F(RunLoopTest, WaitsForWhatHoldsTerminationEvenOnOtherThreads) {
   runLoop->run();
   holder.join();
   EXPECT_EQ(events, std::vector<std::string>({"still running"}));
+}
+
+TEST_F(RunLoopTest, EndsFiveSecondsAfterTheFirstSignalWhateverHoldsIt) {
+  const auto hold = runLoop->holdTermination();
+  const auto begun = std::chrono::steady_clock::now();
+  ::raise(SIGTERM);
+  const auto again = runLoop->mainThreadScheduler()->afterDelay(2.0, [] { ::raise(SIGTERM); });
+  runLoop->run();
+  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begun;
+  EXPECT_TRUE(passed.count() >= 5.0 && passed.count() < 6.5) << passed.count();
+}
+
+// Without that a client that goes would end the agent.
+TEST_F(RunLoopTest, OutlivesWritesThatNobodyReads) {
+  int ends[2];
+  ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+  ::close(ends[0]);
+  EXPECT_EQ(::write(ends[1], "x", 1), -1);
+  EXPECT_EQ(errno, EPIPE);
+  ::close(ends[1]);
 }
 
 }  // namespace
