@@ -1,16 +1,31 @@
 #include "platform/donations/OwnDonations.h"
 
+#include "model/DonationBounds.h"
 #include "platform/donations/DonationError.h"
 #include "platform/foundation/ProblemReporter.h"
 
 namespace quenlet {
+namespace {
+
+// Why a value is not stored; null when it is.
+ErrorPtr problemOf(const DonationValue& value) {
+  const auto leftOut = [](const std::string& reason) {
+    return makeDonationError(DonationErrorCode::notSerializable,
+                             "left out, since it cannot be serialised" + reason);
+  };
+  if (const auto violation = DonationBounds::violation(value.propertyListRepresentation())) {
+    return leftOut(": " + *violation);
+  }
+  return value.propertyListText() ? nullptr : leftOut("");
+}
+
+}  // namespace
 
 DonationValues OwnDonations::storable(DonationValues values) {
   std::erase_if(values, [](const DonationValuePtr& value) {
-    if (value->propertyListText()) return false;
-    ProblemReporter("donation " + value->origin().donationIdentifier)
-        .setProblem(makeDonationError(DonationErrorCode::notSerializable,
-                                      "left out, since it cannot be serialised"));
+    const ErrorPtr problem = problemOf(*value);
+    if (!problem) return false;
+    ProblemReporter("donation " + value->origin().donationIdentifier).setProblem(problem);
     return true;
   });
   return values;
