@@ -87,6 +87,8 @@ class RawPeer final {
   // Nothing more is sent.
   void finish() const { ::shutdown(socket.get(), SHUT_WR); }
   void close() { socket.reset(); }
+  // The caller closes it.
+  [[nodiscard]] int release() { return socket.release(); }
 
  private:
   FileDescriptor socket;

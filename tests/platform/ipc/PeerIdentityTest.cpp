@@ -1,0 +1,72 @@
+#include "platform/ipc/PeerIdentity.h"
+
+#include <fcntl.h>
+#include <sched.h>
+#include <signal.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <functional>
+
+#include "tests/platform/ipc/RawPeer.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+namespace {
+
+class PeerIdentityTest : public testing::Test {
+ protected:
+  PeerIdentityTest() {
+    for (const auto& copy : {program, other}) std::filesystem::copy_file("/bin/sleep", copy);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    socketPath.native().copy(address.sun_path, sizeof(address.sun_path) - 1);
+    EXPECT_EQ(::bind(listening.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) +
+                  ::listen(listening.get(), 1),
+              0);
+  }
+  // The path that is known of a child which prepares itself, connects and runs `program`; "refused"
+  // when the system does not let it prepare itself.
+  std::string executableAfter(const std::function<bool()>& prepare) {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+      const int socket = ::dup(RawPeer(socketPath).release());
+      if (socket >= 0 && prepare()) ::execl(program.c_str(), program.c_str(), "60", nullptr);
+      ::_exit(::write(ends[1], "!", 1) == 1 ? 1 : 2);
+    }
+    ::close(ends[1]);
+    char refusal = 0;
+    const bool isRefused = ::read(ends[0], &refusal, 1) == 1;  // closed by the program's start
+    ::close(ends[0]);
+    const FileDescriptor accepted(::accept(listening.get(), nullptr, nullptr));
+    const Result<PeerIdentity> peer = PeerIdentity::ofSocket(accepted.get());
+    ::kill(child, SIGKILL);
+    EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+    if (isRefused) return "refused";
+    return peer.left().executable.value_or("nothing");
+  }
+
+  TemporaryDirectory directory;
+  const std::filesystem::path base = std::filesystem::canonical(directory.path());
+  const std::filesystem::path program = base / "program";
+  const std::filesystem::path other = base / "other";
+  const std::filesystem::path socketPath = base / "socket";
+  const FileDescriptor listening{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+};
+
+TEST_F(PeerIdentityTest, IsNotFooledByAFileMountedOverAProgram) {
+  EXPECT_EQ(executableAfter([] { return true; }), program);
+  const std::string found = executableAfter([this] {
+    return ::unshare(CLONE_NEWNS) == 0 &&
+           ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+           ::mount(other.c_str(), program.c_str(), nullptr, MS_BIND, nullptr) == 0;
+  });
+  if (found == "refused") GTEST_SKIP() << "nothing may be mounted here";
+  EXPECT_EQ(found, "nothing");
+}
+
+}  // namespace
+}  // namespace quenlet
