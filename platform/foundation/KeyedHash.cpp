@@ -49,14 +49,14 @@ KeyedHash withRandomKey() {
 
 }  // namespace
 
-template <int compressionRounds, int finalRounds>
+template <int CompressionRounds, int FinalRounds>
 std::uint64_t KeyedHash::hash(std::string_view text) const {
   constexpr std::size_t wordSize = sizeof(std::uint64_t);
   SipState state{first ^ 0x736f6d6570736575, second ^ 0x646f72616e646f6d,
                  first ^ 0x6c7967656e657261, second ^ 0x7465646279746573};
   const auto take = [&state](std::uint64_t word) {
     state.d ^= word;
-    state.mix(compressionRounds);
+    state.mix(CompressionRounds);
     state.a ^= word;
   };
   const std::uint64_t size = text.size();
@@ -65,7 +65,7 @@ std::uint64_t KeyedHash::hash(std::string_view text) const {
   }
   take(wordOf(text) | size << 56);
   state.c ^= 0xff;
-  state.mix(finalRounds);
+  state.mix(FinalRounds);
   return state.a ^ state.b ^ state.c ^ state.d;
 }
 

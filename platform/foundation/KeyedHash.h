@@ -18,7 +18,7 @@ class KeyedHash final {
   [[nodiscard]] static std::uint64_t of(std::string_view text);
 
   // With so many rounds for each eight bytes and at the end.
-  template <int compressionRounds, int finalRounds>
+  template <int CompressionRounds, int FinalRounds>
   [[nodiscard]] std::uint64_t hash(std::string_view text) const;
 
  private:
