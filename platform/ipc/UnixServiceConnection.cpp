@@ -170,8 +170,8 @@ bool UnixServiceConnection::mayDispatch() {
   if (!descriptor.isOpen() || abandoned) return false;
   dispatching = true;
   nextIsLong = false;
-  paused = mustWait() || requestsInTurn >= limits.requestsInTurn ||
-           context->admission->isSuspended();
+  paused =
+      mustWait() || requestsInTurn >= limits.requestsInTurn || context->admission->isSuspended();
   ++requestsInTurn;
   return !paused;
 }
