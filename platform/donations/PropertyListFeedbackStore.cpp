@@ -62,7 +62,8 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
       MutexLock lock(mutex);
       ++generation;
       isStale = true;
-      if (!isAsked) return;
+      // What a write of ours changes is no news; what others change meanwhile is read after it.
+      if (!isAsked || isWriting) return;
     }
     worker->performBlock([self = shared_from_this()] { static_cast<void>(self->keySets()); });
   }
@@ -99,13 +100,14 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
     return keepKnown(contacts.right(), readGeneration);
   }
 
-  // What was read while the file changed is good for this look-up, but not for the next one.
+  // What was read while the file changed, or while we change it, is good for this look-up, but not
+  // for the next one.
   KeySetsPtr takeOver(KeySetsPtr sets, std::uint64_t readGeneration, bool wasAsked)
       EXCLUDES(mutex) {
     std::function<void()> told;
     {
       MutexLock lock(mutex);
-      if (generation != readGeneration) return sets;
+      if (generation != readGeneration || isWriting) return sets;
       isStale = false;
       retryDelaySeconds = retrySeconds;
       if (wasAsked && FeedbackEntries::hasMore(*sets, known)) told = changeHandler;
@@ -168,13 +170,16 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
   // One at a time: the one that set isWriting, then the one after a write.
   void writeWaiting() EXCLUDES(mutex) {
     auto batch = std::make_shared<std::vector<Rejection>>();
+    bool mustLook = false;
     {
       MutexLock lock(mutex);
       batch->swap(waiting);
-      if (batch->empty()) {
-        isWriting = false;
-        return;
-      }
+      isWriting = !batch->empty();
+      mustLook = isAsked && isStale;
+    }
+    if (batch->empty()) {
+      if (mustLook) static_cast<void>(keySets());
+      return;
     }
     struct Sets final {
       KeySetsPtr before;

@@ -129,7 +129,8 @@ ErrorPtr PropertyListReader::checkProlog() const {
     bool fits = false;
     if (node.type() == pugi::node_declaration) {
       if (ErrorPtr failure = checkDeclaration(node)) return failure;
-      fits = node == document.first_child();
+      // The tree lacks blanks before it.
+      fits = node == document.first_child() && !isBlank(text.substr(0, 1));
     } else if (node.type() == pugi::node_doctype) {
       fits = !std::exchange(hasDocumentType, true) && !hasRoot;
     } else if (node.type() == pugi::node_element) {
