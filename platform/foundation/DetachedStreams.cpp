@@ -22,7 +22,7 @@ std::string inThousands(std::uint64_t number) {
 }  // namespace
 
 std::shared_ptr<DetachedStreams> DetachedStreams::make() {
-  const std::shared_ptr<DetachedStreams> made(new DetachedStreams);
+  std::shared_ptr<DetachedStreams> made(new DetachedStreams);
   std::thread([made] { made->work(); }).detach();
   return made;
 }

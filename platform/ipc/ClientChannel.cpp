@@ -207,6 +207,12 @@ void ClientChannel::readOnce() {
   }
 }
 
+// Whether nobody waits any more for what a frame answers, which its last part ends.
+bool ClientChannel::isOverdue(const FrameReader::Frame& frame) {
+  if (frame.kind == FrameKind::partOfReply) return overdue.contains(frame.identifier);
+  return frame.kind != FrameKind::request && overdue.erase(frame.identifier) > 0;
+}
+
 void ClientChannel::deliver(const FrameReader::Frame& frame) {
   Request request;
   {
@@ -216,9 +222,7 @@ void ClientChannel::deliver(const FrameReader::Frame& frame) {
       breakConnection(frame.error);
     } else if (frame.kind == FrameKind::failure && frame.identifier == 0) {
       breakConnection(decodeFailure(frame.body));
-    } else if (frame.kind == FrameKind::partOfReply && overdue.contains(frame.identifier)) {
-      return;
-    } else if (frame.kind != FrameKind::request && overdue.erase(frame.identifier) > 0) {
+    } else if (isOverdue(frame)) {
       return;
     } else if (frame.kind == FrameKind::request || found == requests.end()) {
       breakConnection(makeServiceError(ServiceErrorCode::malformedMessage,

@@ -71,6 +71,7 @@ class ClientChannel final {
   void waitForChange() REQUIRES(mutex);
   void endOverdueRequests() REQUIRES(mutex);
   void readOnce() EXCLUDES(mutex);
+  [[nodiscard]] bool isOverdue(const FrameReader::Frame& frame) REQUIRES(mutex);
   void deliver(const FrameReader::Frame& frame) EXCLUDES(mutex);
   void addPart(Request& request, std::string_view part) REQUIRES(mutex);
   void settle(Request& request, Reply reply) REQUIRES(mutex);

@@ -215,7 +215,7 @@ void UnixServiceConnection::dispatchFrames() {
     }
     understood = error == nullptr;
     if (!understood) {
-      failSenseless(*frame, std::move(error));
+      failSenseless(*frame, error);
     } else if (mustWaitWith(*frame)) {
       input->reader.putBack(*frame);
       break;
@@ -238,7 +238,7 @@ void UnixServiceConnection::noteUnfinishedMessage() {
     unfinishedSince = std::chrono::steady_clock::now();
 }
 
-void UnixServiceConnection::failSenseless(const FrameReader::Frame& frame, ErrorPtr error) {
+void UnixServiceConnection::failSenseless(const FrameReader::Frame& frame, const ErrorPtr& error) {
   const bool isTooLarge =
       error->code() == static_cast<std::int64_t>(ServiceErrorCode::messageTooLarge);
   if (!isRefused || !isTooLarge || frame.kind != FrameKind::request || frame.identifier == 0) {

@@ -78,7 +78,7 @@ class UnixServiceConnection final : public ServiceConnection,
   void continueReading() EXCLUDES(mutex);
   void dispatchFrames() EXCLUDES(mutex);
   void noteUnfinishedMessage();
-  void failSenseless(const FrameReader::Frame& frame, ErrorPtr error) EXCLUDES(mutex);
+  void failSenseless(const FrameReader::Frame& frame, const ErrorPtr& error) EXCLUDES(mutex);
   void dispatch(const FrameReader::Frame& frame) EXCLUDES(mutex);
   [[nodiscard]] bool mustWaitWith(const FrameReader::Frame& frame) EXCLUDES(mutex);
   [[nodiscard]] bool leaveToWorker(const FrameReader::Frame& frame) EXCLUDES(mutex);
