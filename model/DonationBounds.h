@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/contacts/ValueBounds.h"
 #include "platform/foundation/PropertyList.h"
 
 namespace quenlet {
@@ -12,8 +13,8 @@ namespace quenlet {
 // keep the others' values off the disk nor make every comparison slow. Stateless.
 class DonationBounds final {
  public:
-  static constexpr std::size_t textSizeInBytes = std::size_t{64} << 10;
-  static constexpr std::size_t imageSizeInBytes = std::size_t{8} << 20;
+  static constexpr std::size_t textSizeInBytes = mostBytesInText;
+  static constexpr std::size_t imageSizeInBytes = mostBytesInImage;
 
   // What keeps a record, given in its property-list form, from being taken in: a text field or an
   // image beyond the bound, or an empty bundle or donation identifier, under which it could not be
