@@ -164,7 +164,7 @@ TEST_F(MetricsAttemptTest, ReportsTheFieldsOfACardWithoutADonatedOne) {
   named.givenName = "Ann";
   append(named.phoneNumbers, number("112"));
   append(phoneOnly.phoneNumbers, number("112"));
-  agent->error = makeError(DonationErrorDomain, 1);
+  agent->setError(makeError(DonationErrorDomain, 1));
   for (const auto& [card, has] : {std::pair(named, std::array{true, false, true, false}),
                                   std::pair(phoneOnly, std::array{false, false, true, false})}) {
     defaults->lastAttempt.reset();

@@ -104,7 +104,7 @@ TEST_F(CorvelProxyTest, CarriesAllOperationsAndRepliesOnceAsSoonAsThereIsAnAgent
   serveAgent();
   EXPECT_EQ(repliesOfAll(proxy), Errors(10));
   EXPECT_EQ(agent->takeCalls(), RecordingAgent::allCalls);
-  agent->error = makeError("domain", 7, "no");
+  agent->setError(makeError("domain", 7, "no"));
 
   EXPECT_EQ(repliesOfAll(proxy), Errors(10, "domain 7"));
 }

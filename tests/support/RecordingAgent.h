@@ -2,15 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 #include "platform/donations/CorvelProtocol.h"
 #include "platform/foundation/Mutex.h"
 #include "tests/support/DonationFactory.h"
 
 namespace quenlet {
 
-// An agent that notes the operations with their arguments and replies at once: with `error` when
-// there is one, else with success, `contact` and `value`. It keeps the handlers of donations and
-// of a fetch to itself when it holds replies. Thread-safe but for its settings.
+// An agent that notes the operations with their arguments and replies at once: with the error it
+// was told to give, else with success, `contact` and `value`. It keeps the handlers of donations
+// and of a fetch to itself when it holds replies. Thread-safe, but for changes of `contact`.
 class RecordingAgent final : public CorvelProtocol {
  public:
   const DonationValuePtr value =
@@ -23,8 +25,12 @@ class RecordingAgent final : public CorvelProtocol {
     return std::make_shared<const Contact>(std::move(fields));
   }();
   const AccountPtr account = std::make_shared<const Account>(Account{.identifier = "new"});
-  ErrorPtr error;
-  bool holdsReplies = false;
+  std::atomic<bool> holdsReplies = false;
+
+  void setError(ErrorPtr newError) {
+    MutexLock lock(mutex);
+    error = std::move(newError);
+  }
 
   // What was noted since the last call: "reject id;clear;".
   std::string takeCalls() {
@@ -37,7 +43,16 @@ class RecordingAgent final : public CorvelProtocol {
   }
 
   // Answers the fetch whose reply it has held, and keeps the handler, as an agent may.
-  void answerHeldFetch() { heldFetch(error ? nullptr : contact, error); }
+  void answerHeldFetch() {
+    ContactReply reply;
+    ErrorPtr failure;
+    {
+      MutexLock lock(mutex);
+      reply = heldFetch;
+      failure = error;
+    }
+    reply(failure ? nullptr : contact, failure);
+  }
 
   // Calls all ten operations of `way`, which leads to this agent, and tells `replied` of each reply
   // by the operation's place in the protocol.
@@ -69,8 +84,8 @@ class RecordingAgent final : public CorvelProtocol {
       "account - new;reject id;rejectCluster cluster;clear;";
 
   void donateMeCardValues(DonationValues values, ErrorReply reply) override {
-    note("donate " + std::to_string(values.size()));
-    if (!holdsReplies) return reply(error);
+    const ErrorPtr failure = note("donate " + std::to_string(values.size()));
+    if (!holdsReplies) return reply(failure);
     MutexLock lock(mutex);
     held.push_back(std::move(reply));
     changed.notifyAll();
@@ -79,55 +94,56 @@ class RecordingAgent final : public CorvelProtocol {
                                                SuccessReply reply) override {
     std::string all = "removeIdentifiers";
     for (const std::string& identifier : identifiers) all += " " + identifier;
-    answer(all, reply, !error);
+    succeed(all, reply);
   }
   void removeDonatedMeCardValuesWithBundleIdentifier(std::string bundle,
                                                      SuccessReply reply) override {
-    answer("removeBundle " + bundle, reply, !error);
+    succeed("removeBundle " + bundle, reply);
   }
   void fetchDonatedMeCard(ContactReply reply) override {
-    note("fetch");
-    if (!holdsReplies) return reply(error ? nullptr : contact, error);
+    const ErrorPtr failure = note("fetch");
+    if (!holdsReplies) return reply(failure ? nullptr : contact, failure);
     MutexLock lock(mutex);
     heldFetch = std::move(reply);
   }
   void synchronousDonatedMeCard(EitherContactReply reply) override {
-    note("synchronous");
-    reply(error ? Result<ContactPtr>::right(error) : Result<ContactPtr>::left(contact));
+    const ErrorPtr failure = note("synchronous");
+    reply(failure ? Result<ContactPtr>::right(failure) : Result<ContactPtr>::left(contact));
   }
   void meCardDonations(DonationsReply reply) override {
-    answer("list", reply, error ? nullptr : std::make_shared<const DonationValues>(1, value));
+    const ErrorPtr failure = note("list");
+    reply(failure ? nullptr : std::make_shared<const DonationValues>(1, value), failure);
   }
   void changeFromAccount(AccountPtr from, AccountPtr to, ErrorReply reply) override {
     const auto name = [](const AccountPtr& named) { return named ? named->identifier : "-"; };
-    answer("account " + name(from) + " " + name(to), reply);
+    reply(note("account " + name(from) + " " + name(to)));
   }
   void rejectValueWithDonationIdentifier(std::string identifier, ErrorReply reply) override {
-    answer("reject " + identifier, reply);
+    reply(note("reject " + identifier));
   }
   void rejectValuesWithClusterIdentifier(std::string identifier, ErrorReply reply) override {
-    answer("rejectCluster " + identifier, reply);
+    reply(note("rejectCluster " + identifier));
   }
-  void removeAllRejectionsWithCompletionHandler(ErrorReply reply) override {
-    answer("clear", reply);
-  }
+  void removeAllRejectionsWithCompletionHandler(ErrorReply reply) override { reply(note("clear")); }
 
  private:
-  void note(const std::string& call) {
+  // Gives the error to reply with.
+  ErrorPtr note(const std::string& call) {
     MutexLock lock(mutex);
     calls += call + ";";
+    return error;
   }
-  template <typename Reply, typename... Results>
-  void answer(const std::string& call, const Reply& reply, const Results&... results) {
-    note(call);
-    reply(results..., error);
+  void succeed(const std::string& call, const SuccessReply& reply) {
+    const ErrorPtr failure = note(call);
+    reply(!failure, failure);
   }
 
   Mutex mutex;
   ConditionVariable changed;
   std::string calls GUARDED_BY(mutex);
+  ErrorPtr error GUARDED_BY(mutex);
   std::vector<ErrorReply> held GUARDED_BY(mutex);
-  ContactReply heldFetch;
+  ContactReply heldFetch GUARDED_BY(mutex);
 };
 
 }  // namespace quenlet

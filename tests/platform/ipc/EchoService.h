@@ -78,7 +78,7 @@ class EchoService final : public ExportedObject,
   // Of connections that come.
   std::atomic<bool> refusesPeers = false;
   // Of a long reply, each as long as the request's text and with it, and how many were made.
-  std::size_t pieces = 3;
+  std::atomic<std::size_t> pieces = 3;
   std::atomic<std::size_t> piecesMade = 0;
   // The texts of all requests, in order.
   std::string takePerformed() {

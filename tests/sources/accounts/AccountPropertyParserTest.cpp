@@ -228,7 +228,7 @@ TEST_F(AccountChangeAnalyzerTest, TellsItsLoggerOfFailures) {
   const std::string effect = "name:A1: donate 1;removeIdentifiers email:A1;";
   EXPECT_EQ(effectOf(both, nameOnly), effect);
   EXPECT_EQ(takeTrace(), Events{});
-  store->error = makeError("domain", 7);
+  store->setError(makeError("domain", 7));
   EXPECT_EQ(effectOf(both, nameOnly), effect);
   EXPECT_EQ(takeTrace(), (Events{"caller: donationFailedWithError: domain 7",
                                  "caller: removalFailedWithError: domain 7"}));

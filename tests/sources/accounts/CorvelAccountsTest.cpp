@@ -78,7 +78,7 @@ TEST_F(CorvelAccountsTest, RefusesChangesWhileDonationsAreOffAndNotBefore) {
 
 TEST_F(CorvelAccountsTest, SendsEverythingToTheReceiverThatIsSet) {
   const auto receiver = std::make_shared<RecordingAgent>();
-  receiver->error = makeError("receiver", 3);
+  receiver->setError(makeError("receiver", 3));
   agent->accountDonationReceiver = receiver;
   hold({email("old@x.org", from(AccountsBundleIdentifier, "email:A0"))});
   eventsOfChange(account("a@x.org", "Ann"), account("nobody", "Ann"));

@@ -50,7 +50,7 @@ TEST_F(SIMCardMonitorTest, DonatesEachNumberForEverUntilNoneIsLeft) {
 
 TEST_F(SIMCardMonitorTest, ListensOnceBetweenStartAndStopAndPrintsFailures) {
   const auto receiver = std::make_shared<RecordingAgent>();
-  receiver->error = makeError("domain", 7, "two\nlines");
+  receiver->setError(makeError("domain", 7, "two\nlines"));
   SIMCardMonitor monitor(receiver, cards);
   monitor.stop();
   for (int round = 0; round < 2; ++round) {

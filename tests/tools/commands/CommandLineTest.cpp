@@ -84,7 +84,7 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
   };
   for (const auto& [words, call] : cases) {
     for (const auto& [error, code, text] : answers) {
-      agent.error = error;
+      agent.setError(error);
       EXPECT_EQ(run(words), code) << call;
       EXPECT_EQ(agent.takeCalls(), call + std::string(";"));
       EXPECT_EQ(err.str(), text) << call;
@@ -106,7 +106,7 @@ TEST_F(CommandLineTest, TellsThePreferenceAndWhetherAnAgentAnswers) {
   for (const bool enabled : {true, false}) {
     EXPECT_EQ(run(enabled ? "enable" : "disable"), 0);
     for (const auto& [error, code, text, json] : rows) {
-      agent.error = error;
+      agent.setError(error);
       EXPECT_EQ(run("status"), code);
       EXPECT_EQ(out.str(), std::string("Preference  ") + (enabled ? "enabled" : "disabled") +
                                "\nAgent       " + text);
@@ -270,7 +270,7 @@ TEST_F(CommandLineTest, RefusesWhatCannotBeDoneToAnAccount) {
 }
 
 TEST_F(CommandLineTest, HasTheNextAgentReadAllAccountsOnceNoneRuns) {
-  agent.error = makeServiceError(ServiceErrorCode::noService, "");
+  agent.setError(makeServiceError(ServiceErrorCode::noService, ""));
   EXPECT_EQ(run("account add --id w"), 0) << "no table yet";
 
   const std::string before =
@@ -279,7 +279,7 @@ TEST_F(CommandLineTest, HasTheNextAgentReadAllAccountsOnceNoneRuns) {
       "plist>";
   home.write(versions, before);
   static_cast<void>(agent.takeCalls());
-  agent.error = makeError("domain", 7, "a sentence");
+  agent.setError(makeError("domain", 7, "a sentence"));
   EXPECT_EQ(run("account change --id w --type refused"), 1);
   EXPECT_THAT(err.str(), testing::EndsWith("\nquenlet: domain 7: a sentence\n"));
   EXPECT_EQ(stored("w").accountType->identifier, "refused");
@@ -288,7 +288,7 @@ TEST_F(CommandLineTest, HasTheNextAgentReadAllAccountsOnceNoneRuns) {
   EXPECT_EQ(accounts->catchUp().schedule()->code(), EWOULDBLOCK);
   EXPECT_EQ(home.read(versions), before) << "an agent keeps it";
   lock.reset();
-  agent.error = makeServiceError(ServiceErrorCode::noService, "");
+  agent.setError(makeServiceError(ServiceErrorCode::noService, ""));
   EXPECT_EQ(run("account change --id w"), 0);
   EXPECT_THAT(err.str(), HasSubstr("no agent runs"));
   EXPECT_EQ(agent.takeCalls(), "account w w;account w w;");
@@ -301,11 +301,11 @@ TEST_F(CommandLineTest, GivesAStartingAgentTenSecondsToHearOfAnAccount) {
   home.write(versions, "");
   const auto lock = LockFile::tryLock((home / versions).parent_path() / "agent.lock").left();
   for (const int start : {3, 1000}) {
-    agent.error = makeServiceError(ServiceErrorCode::noService, "nobody");
+    agent.setError(makeServiceError(ServiceErrorCode::noService, "nobody"));
     std::chrono::milliseconds waited(0);
     pause = [&, pauses = 0](auto time) mutable {
       waited += time;
-      if (++pauses == start) agent.error = nullptr;
+      if (++pauses == start) agent.setError(nullptr);
     };
     const bool starts = start == 3;
     EXPECT_EQ(run("account add --id a" + std::to_string(start)), starts ? 0 : 3);
@@ -314,7 +314,7 @@ TEST_F(CommandLineTest, GivesAStartingAgentTenSecondsToHearOfAnAccount) {
                                 : "quenlet: the agent does not follow the account store\n"
                                   "quenlet: ovaro.quenlet.service-error 1: nobody\n");
   }
-  agent.error = makeServiceError(ServiceErrorCode::timedOut, "silent");
+  agent.setError(makeServiceError(ServiceErrorCode::timedOut, "silent"));
   pause = nullptr;  // it has been waited for long enough
   EXPECT_EQ(run("account remove --id a3"), 3);
 }
