@@ -44,8 +44,9 @@ void Corvel::donateAccountChangesFrom(const AccountPtr& oldAccount, const Accoun
 
 void Corvel::reloadAllAccounts() {
   // Read before anything is dropped: a store that cannot be listed costs nothing.
-  const Result<std::vector<AccountPtr>> accounts =
-      PlatformServices::current().makeAccountStore()->accounts();
+  // Held until the end, for accounts whose store has gone count as dead.
+  const std::shared_ptr<AccountStore> store = PlatformServices::current().makeAccountStore();
+  const Result<std::vector<AccountPtr>> accounts = store->accounts();
   if (!accounts.isLeft()) return;
   deleteDonationsWithBundleID(AccountPropertyParser::bundleIdentifier);
   for (const AccountPtr& account : accounts.left()) donateAccountChangesFrom(nullptr, account);
