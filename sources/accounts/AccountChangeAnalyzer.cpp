@@ -40,7 +40,9 @@ void AccountChangeAnalyzer::collectDonations() {
 
 void AccountChangeAnalyzer::keepReDonatedIdentifiers() {
   for (const DonationValuePtr& value : donations) {
-    std::erase(identifiersToRemove, value->origin().donationIdentifier);
+    std::erase_if(identifiersToRemove, [&](const std::string& identifier) {
+      return canonicallyEqual(identifier, value->origin().donationIdentifier);
+    });
   }
 }
 
