@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <system_error>
 #include <utility>
 
 #include "platform/ipc/ClientChannel.h"
@@ -70,9 +71,13 @@ ServiceClient::~ServiceClient() {
 
 void ServiceClient::call(const std::string& selector, std::string encodedArguments,
                          Completion completion) {
-  {
+  try {
     MutexLock lock(mutex);
     if (!thread.joinable()) thread = std::thread([held = channel] { held->runCompletions(); });
+  } catch (const std::system_error& failure) {
+    completion(Result<std::string>::right(
+        makePosixError(failure.code().value(), "start a thread for replies")));
+    return;
   }
   channel->call(selector, std::move(encodedArguments), std::move(completion));
 }

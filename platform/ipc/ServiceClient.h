@@ -45,7 +45,7 @@ class ServiceClient final {
   ServiceClient& operator=(const ServiceClient&) = delete;
 
   // Sends a request and returns as soon as the socket has taken it; `completion` is called once, on
-  // the client's own thread.
+  // the client's own thread; when that cannot be started, with the reason on this one.
   void call(const std::string& selector, std::string encodedArguments, Completion completion)
       EXCLUDES(mutex);
   // Sends a request and waits for its reply on the calling thread. A completion may call this.

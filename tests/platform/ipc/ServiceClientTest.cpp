@@ -1,5 +1,8 @@
 #include "platform/ipc/ServiceClient.h"
 
+#include <pthread.h>
+
+#include <cerrno>
 #include <future>
 #include <thread>
 
@@ -81,6 +84,18 @@ TEST_F(ServiceClientTest, CompletionsMayCallAndLetTheClientGo) {
   });
   client.reset();
   EXPECT_EQ(nested.get_future().get(), "b");
+}
+
+TEST_F(ServiceClientTest, RepliesWithTheReasonWhenItCannotHaveAThread) {
+  pthread_attr_t usual;
+  ASSERT_EQ(::pthread_getattr_default_np(&usual), 0);
+  pthread_attr_t vast = usual;
+  ::pthread_attr_setstacksize(&vast, std::size_t{1} << 46);
+  ASSERT_EQ(::pthread_setattr_default_np(&vast), 0);
+  std::future<std::string> reply = callLater("echo", "a");
+  ASSERT_EQ(::pthread_setattr_default_np(&usual), 0);
+  EXPECT_EQ(reply.get(), "!" + std::to_string(EAGAIN));
+  EXPECT_EQ(callLater("echo", "b").get(), "b");
 }
 
 TEST_F(ServiceClientTest, EndsWhatIsUnderWayWhenTheServiceGoes) {
