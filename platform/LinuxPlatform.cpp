@@ -81,7 +81,8 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
     : library(homeDirectory / "Library"),
       schedulerProvider(
           std::make_shared<ProductionSchedulerProvider>(runLoop.mainThreadScheduler())),
-      dataProxy(std::make_shared<PosixDataProxy>([this] { return runLoop.holdTermination(); })),
+      dataProxy(
+          std::make_shared<PosixDataProxy>([this] { return runLoop.holdTermination("write"); })),
       loggerProvider(std::make_shared<StructuredLoggerProvider>(
           StructuredLog(std::make_shared<StandardErrorLogSink>(), &Date::now))),
       notificationCenter(std::make_shared<SocketNotificationCenter>(
@@ -237,7 +238,7 @@ void LinuxPlatform::addAnalytics(PlatformServices& services) {
 }
 
 std::shared_ptr<ProcessTransaction> LinuxPlatform::beginTransaction(const std::string& name) {
-  return std::make_shared<ProcessTransaction>(name, runLoop.holdTermination());
+  return std::make_shared<ProcessTransaction>(runLoop.holdTermination(name));
 }
 
 }  // namespace quenlet

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <utility>
 
 #include "platform/foundation/Cancelable.h"
@@ -12,15 +11,13 @@ namespace quenlet {
 // orderly end waits for it. Thread-safe.
 class ProcessTransaction final {
  public:
-  // `hold` keeps the process from its end until it is cancelled. The name is for people who debug.
-  ProcessTransaction(std::string transactionName, std::shared_ptr<Cancelable> hold)
-      : name(std::move(transactionName)), held(std::move(hold)) {}
+  // `hold` keeps the process from its end until it is cancelled.
+  explicit ProcessTransaction(std::shared_ptr<Cancelable> hold) : held(std::move(hold)) {}
   ~ProcessTransaction() { held->cancel(); }
   ProcessTransaction(const ProcessTransaction&) = delete;
   ProcessTransaction& operator=(const ProcessTransaction&) = delete;
 
  private:
-  const std::string name;
   const std::shared_ptr<Cancelable> held;
 };
 

@@ -7,11 +7,13 @@
 #include <cerrno>
 #include <csignal>
 #include <map>
+#include <string>
 #include <system_error>
 #include <utility>
 #include <vector>
 
 #include "platform/foundation/Mutex.h"
+#include "platform/foundation/StandardStreams.h"
 #include "platform/scheduling/EventLoopScheduler.h"
 #include "platform/scheduling/FileDescriptor.h"
 
@@ -31,23 +33,35 @@ FileDescriptor takeOverSignals() {
   return FileDescriptor(descriptor);
 }
 
-// Counts what holds termination. Shared with the tokens, which may outlive the loop.
+// Knows by name what holds termination. Shared with the tokens, which may outlive the loop.
 class TerminationHolds final : public std::enable_shared_from_this<TerminationHolds> {
  public:
   explicit TerminationHolds(Block end) : stop(std::move(end)) {}
 
-  std::shared_ptr<Cancelable> add() EXCLUDES(mutex) {
+  std::shared_ptr<Cancelable> add(const std::string& name) EXCLUDES(mutex) {
     MutexLock lock(mutex);
-    ++count;
-    return std::make_shared<CancelBlock>([self = shared_from_this()] { self->release(); });
+    ++counts[name];
+    return std::make_shared<CancelBlock>(
+        [self = shared_from_this(), name] { self->release(name); });
   }
 
   // Stops the loop now or, when something holds, with the last release. Answers whether it did now.
   bool terminate() EXCLUDES(mutex) {
     MutexLock lock(mutex);
     terminating = true;
-    if (count == 0 && stop) stop();
-    return count == 0;
+    if (counts.empty() && stop) stop();
+    return counts.empty();
+  }
+
+  // What holds now: "request (3), save".
+  std::string description() EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    std::string all;
+    for (const auto& [name, count] : counts) {
+      all += (all.empty() ? "" : ", ") + name;
+      if (count > 1) all += " (" + std::to_string(count) + ")";
+    }
+    return all;
   }
 
   // The loop goes: later releases find nothing to stop.
@@ -57,15 +71,17 @@ class TerminationHolds final : public std::enable_shared_from_this<TerminationHo
   }
 
  private:
-  void release() EXCLUDES(mutex) {
+  void release(const std::string& name) EXCLUDES(mutex) {
     MutexLock lock(mutex);
+    const auto held = counts.find(name);
+    if (--held->second == 0) counts.erase(held);
     // Stopping takes the event loop's lock only; under this one, as the loop must not go meanwhile.
-    if (--count == 0 && terminating && stop) stop();
+    if (counts.empty() && terminating && stop) stop();
   }
 
   Mutex mutex;
   Block stop GUARDED_BY(mutex);
-  std::size_t count GUARDED_BY(mutex) = 0;
+  std::map<std::string, std::size_t> counts GUARDED_BY(mutex);
   bool terminating GUARDED_BY(mutex) = false;
 };
 
@@ -103,7 +119,11 @@ struct RunLoop::State {
 
   void terminate() {
     if (holds->terminate() || graceTimer) return;
-    graceTimer = scheduler->afterDelay(terminationGraceSeconds, [this] { loop.stop(); });
+    graceTimer = scheduler->afterDelay(terminationGraceSeconds, [this] {
+      StandardStreams::writeError("quenlet: ending, though still busy with: " +
+                                  holds->description());
+      loop.stop();
+    });
   }
 
   void remove(const std::shared_ptr<const Block>& handler) {
@@ -135,7 +155,9 @@ std::shared_ptr<Cancelable> RunLoop::addSignalSource(int signal, Block handler) 
   return std::make_shared<CancelBlock>([owner = state.get(), held] { owner->remove(held); });
 }
 
-std::shared_ptr<Cancelable> RunLoop::holdTermination() { return state->holds->add(); }
+std::shared_ptr<Cancelable> RunLoop::holdTermination(const std::string& name) {
+  return state->holds->add(name);
+}
 
 void RunLoop::run() { state->loop.run(); }
 

@@ -10,10 +10,10 @@ namespace quenlet {
 
 // The main thread's loop: carries the main-thread scheduler, watched descriptors and signals
 // (through a signalfd). SIGTERM and SIGINT make run() return once nothing holds termination any
-// more, 5 s later at the latest. Make it on the main thread before any other thread exists: from
-// then on SIGHUP, SIGTERM and SIGINT are blocked in every thread and SIGPIPE and SIGXFSZ are
-// ignored, and in child processes too, unless these set it right. Use on the main thread only, but
-// for what says otherwise.
+// more, 5 s later at the latest; what is open then is named on standard error. Make it on the main
+// thread before any other thread exists: from then on SIGHUP, SIGTERM and SIGINT are blocked in
+// every thread and SIGPIPE and SIGXFSZ are ignored, and in child processes too, unless these set it
+// right. Use on the main thread only, but for what says otherwise.
 class RunLoop final {
  public:
   static constexpr double terminationGraceSeconds = 5.0;
@@ -33,8 +33,9 @@ class RunLoop final {
   // handler for SIGTERM or SIGINT runs before the end. The token is not to be used once the loop is
   // gone.
   [[nodiscard]] std::shared_ptr<Cancelable> addSignalSource(int signal, Block handler);
-  // Holds back the end on SIGTERM until the token is cancelled. Thread-safe.
-  [[nodiscard]] std::shared_ptr<Cancelable> holdTermination();
+  // Holds back the end on SIGTERM until the token is cancelled. The name, which holds may share,
+  // says what for: "save". Thread-safe.
+  [[nodiscard]] std::shared_ptr<Cancelable> holdTermination(const std::string& name);
   // Runs until a terminating signal or stop().
   void run();
   // Makes run() return soon, whatever holds termination. Thread-safe.

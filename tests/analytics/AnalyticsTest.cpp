@@ -84,7 +84,7 @@ class MetricsAttemptTest : public testing::Test {
     services.makeProcessTransaction = [this](const std::string& name) {
       environment.trace.note("begin " + name);
       return std::make_shared<ProcessTransaction>(
-          name, std::make_shared<CancelBlock>([this] { environment.trace.note("end"); }));
+          std::make_shared<CancelBlock>([this] { environment.trace.note("end"); }));
     };
     return services;
   }

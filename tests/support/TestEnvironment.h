@@ -56,10 +56,10 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
     services.currentExtensionsObservable = [this](const auto&) { return borrowedDonors(); };
     services.makeAccountStore = [this] { return accounts; };
     services.deviceInfo = [this] { return device; };
-    services.makeProcessTransaction = [open = openTransactions](const std::string& name) {
+    services.makeProcessTransaction = [open = openTransactions](const std::string&) {
       ++*open;
       return std::make_shared<ProcessTransaction>(
-          name, std::make_shared<CancelBlock>([open] { --*open; }));
+          std::make_shared<CancelBlock>([open] { --*open; }));
     };
     return services;
   }

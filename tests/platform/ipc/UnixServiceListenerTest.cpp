@@ -99,10 +99,10 @@ TEST_F(UnixServiceListenerTest, AnswersWhatItTookAndTakesNothingMoreOnceSuspende
   std::atomic<int> open = 0;
   serve({}, [&open] {
     ++open;
-    return std::make_shared<ProcessTransaction>("request", std::make_shared<CancelBlock>([&open] {
-                                                  --open;
-                                                  open.notify_all();
-                                                }));
+    return std::make_shared<ProcessTransaction>(std::make_shared<CancelBlock>([&open] {
+      --open;
+      open.notify_all();
+    }));
   });
   RawPeer idle(socket);
   EXPECT_EQ(send(idle, RawPeer::request(1, "echo", "a")), "1 a");

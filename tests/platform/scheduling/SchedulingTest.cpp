@@ -329,8 +329,8 @@ TEST_F(RunLoopTest, KeepsAHangUpThatCameBeforeItsHandler) {
 }
 
 TEST_F(RunLoopTest, WaitsForWhatHoldsTerminationEvenOnOtherThreads) {
-  const auto first = runLoop->holdTermination();
-  const auto second = runLoop->holdTermination();
+  const auto first = runLoop->holdTermination("one");
+  const auto second = runLoop->holdTermination("one");
   std::thread holder;
   const auto interrupt = runLoop->addSignalSource(SIGINT, [&] {
     for (int i = 0; i < 2; ++i) first->cancel();  // counts once
@@ -346,13 +346,20 @@ TEST_F(RunLoopTest, WaitsForWhatHoldsTerminationEvenOnOtherThreads) {
 }
 
 TEST_F(RunLoopTest, EndsFiveSecondsAfterTheFirstSignalWhateverHoldsIt) {
-  const auto hold = runLoop->holdTermination();
+  std::vector<std::shared_ptr<Cancelable>> holds;
+  for (const char* name : {"save", "request", "gone", "request"}) {
+    holds.push_back(runLoop->holdTermination(name));
+  }
+  holds[2]->cancel();
+  testing::internal::CaptureStderr();
   const auto begun = std::chrono::steady_clock::now();
   ::raise(SIGTERM);
   const auto again = runLoop->mainThreadScheduler()->afterDelay(2.0, [] { ::raise(SIGTERM); });
   runLoop->run();
   const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begun;
   EXPECT_TRUE(passed.count() >= 5.0 && passed.count() < 6.5) << passed.count();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "quenlet: ending, though still busy with: request (2), save\n");
 }
 
 // Without that a client that goes would end the agent.
