@@ -14,11 +14,9 @@ namespace quenlet {
 // What the schedulers of one provider share: one first-in, first-out queue of blocks that run on
 // the test's thread when the test says so, a clock that stands still until the test moves it, and a
 // trace that knows which scheduler's block runs. One thread only, for everything in this file.
-class ManualQueue final {
+class ManualQueue {
  public:
   Trace trace;
-  // Whether delays and their cancellation are noted, as "wait 2.000000" and "cancel wait".
-  bool notesDelays = false;
 
   std::shared_ptr<Cancelable> add(const void* scheduler, const std::string& name, Block block,
                                   double delaySeconds = 0) {
@@ -77,72 +75,57 @@ class ManualQueue final {
 class ManualScheduler final : public Scheduler, public ReaderWriterScheduler {
  public:
   enum class Runs { whenTold, atOnce };
-  ManualScheduler(std::shared_ptr<ManualQueue> shared, std::string schedulerName,
-                  Runs blocksRun = Runs::whenTold)
-      : queue(std::move(shared)), name(std::move(schedulerName)), runs(blocksRun) {}
+  ManualScheduler(ManualQueue& shared, std::string schedulerName, Runs blocksRun = Runs::whenTold)
+      : queue(shared), name(std::move(schedulerName)), runs(blocksRun) {}
 
   void performBlock(Block block) override {
-    if (runs == Runs::atOnce) return queue->trace.within(name, std::move(block))();
-    queue->add(this, name, std::move(block));
+    if (runs == Runs::atOnce) return queue.trace.within(name, std::move(block))();
+    queue.add(this, name, std::move(block));
   }
   std::shared_ptr<Cancelable> afterDelay(double delaySeconds, Block block) override {
-    auto waiting = queue->add(this, name, std::move(block), delaySeconds);
-    if (!queue->notesDelays) return waiting;
-    queue->trace.note("wait " + std::to_string(delaySeconds));
-    return std::make_shared<CancelBlock>([shared = queue, waiting] {
-      shared->trace.note("cancel wait");
-      waiting->cancel();
-    });
+    return queue.add(this, name, std::move(block), delaySeconds);
   }
   std::shared_ptr<Cancelable> performWriterBlock(Block block) override {
-    return queue->add(this, "writer", std::move(block));
+    return queue.add(this, "writer", std::move(block));
   }
   std::shared_ptr<Cancelable> performReaderBlock(Block block) override {
-    return queue->add(this, "reader", std::move(block));
+    return queue.add(this, "reader", std::move(block));
   }
   // Runs what this scheduler was given before, then `block`; other schedulers' blocks stay queued.
   void performSynchronousReaderBlock(const Block& block) override {
     bool reached = false;
-    queue->add(this, name, [&] { reached = true; });
-    while (!reached) queue->runOne(this);
-    queue->trace.within("reader", block)();
+    queue.add(this, name, [&] { reached = true; });
+    while (!reached) queue.runOne(this);
+    queue.trace.within("reader", block)();
   }
 
  private:
-  const std::shared_ptr<ManualQueue> queue;
+  ManualQueue& queue;
   const std::string name;
   const Runs runs;
 };
 
-// Gives out manual schedulers that share one queue and one clock. The trace calls a serial one by
-// the last part of its name ("io").
-class ManualSchedulerProvider final : public SchedulerProvider {
+// Gives out manual schedulers that share this queue and clock and live no longer than it. The trace
+// calls a serial one by the last part of its name ("io").
+class ManualSchedulerProvider final : public SchedulerProvider, public ManualQueue {
  public:
   std::shared_ptr<Scheduler> backgroundScheduler() override { return background; }
   std::shared_ptr<Scheduler> mainThreadScheduler() override { return mainThread; }
   std::shared_ptr<Scheduler> immediateScheduler() override { return immediate; }
   std::shared_ptr<Scheduler> newSerialSchedulerWithName(const std::string& name) override {
-    return std::make_shared<ManualScheduler>(queue, name.substr(name.rfind('.') + 1));
+    return std::make_shared<ManualScheduler>(*this, name.substr(name.rfind('.') + 1));
   }
   std::shared_ptr<ReaderWriterScheduler> newReaderWriterSchedulerWithName(
       const std::string& name) override {
-    return std::make_shared<ManualScheduler>(queue, name);
+    return std::make_shared<ManualScheduler>(*this, name);
   }
 
-  void runUntilIdle() { queue->runUntilIdle(); }
-  void advance(double seconds) { queue->advance(seconds); }
-  void clear() { queue->clear(); }
-  [[nodiscard]] Date now() const { return queue->now(); }
-  [[nodiscard]] Trace& trace() { return queue->trace; }
-  void noteDelays() { queue->notesDelays = true; }
-
  private:
-  const std::shared_ptr<ManualQueue> queue = std::make_shared<ManualQueue>();
   const std::shared_ptr<Scheduler> background =
-      std::make_shared<ManualScheduler>(queue, "background");
-  const std::shared_ptr<Scheduler> mainThread = std::make_shared<ManualScheduler>(queue, "main");
+      std::make_shared<ManualScheduler>(*this, "background");
+  const std::shared_ptr<Scheduler> mainThread = std::make_shared<ManualScheduler>(*this, "main");
   const std::shared_ptr<Scheduler> immediate =
-      std::make_shared<ManualScheduler>(queue, "immediate", ManualScheduler::Runs::atOnce);
+      std::make_shared<ManualScheduler>(*this, "immediate", ManualScheduler::Runs::atOnce);
 };
 
 }  // namespace quenlet

@@ -16,7 +16,7 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
   const std::shared_ptr<ManualSchedulerProvider> provider =
       std::make_shared<ManualSchedulerProvider>();
   ManualSchedulerProvider& schedulers = *provider;
-  Trace& trace = schedulers.trace();
+  Trace& trace = schedulers.trace;
   const std::shared_ptr<RecordingLog> log = std::make_shared<RecordingLog>(trace);
   const std::shared_ptr<FakeNotificationCenter> center =
       std::make_shared<FakeNotificationCenter>(trace);
@@ -78,9 +78,7 @@ class EnvironmentTest : public testing::Test {
   const std::shared_ptr<TestEnvironment> environment = std::make_shared<TestEnvironment>();
   const PlatformServices::Scope scope{environment->services()};
 
-  [[nodiscard]] std::vector<std::string> takeTrace() { return environment->trace.take(); }
+  Events takeTrace() { return environment->trace.take(); }
 };
-
-using Events = std::vector<std::string>;
 
 }  // namespace quenlet

@@ -7,6 +7,8 @@
 
 namespace quenlet {
 
+using Events = std::vector<std::string>;
+
 // What happened, in order, and on which scheduler: "io: store a b". One thread only.
 class Trace final {
  public:
@@ -21,11 +23,11 @@ class Trace final {
     };
   }
 
-  [[nodiscard]] std::vector<std::string> take() { return std::exchange(entries, {}); }
+  Events take() { return std::exchange(entries, {}); }
 
  private:
   std::string place = "caller";
-  std::vector<std::string> entries;
+  Events entries;
 };
 
 }  // namespace quenlet
