@@ -12,9 +12,17 @@ class AgentFixture : public EnvironmentTest {
   ~AgentFixture() override { agent->stop(); }
 
   void run() { environment->schedulers.runUntilIdle(); }
-  void setEnabled(bool enabled) {
-    agent->lock()->performWriterBlock([this, enabled] { agent->setFeatureEnabled(enabled); });
+  Events eventsSoFar() {
     run();
+    return takeTrace();
+  }
+  Events setEnabled(bool enabled) {
+    agent->lock()->performWriterBlock([this, enabled] { agent->setFeatureEnabled(enabled); });
+    return eventsSoFar();
+  }
+  Events eventsOfReenabling() {
+    agent->lock()->performWriterBlock([this] { agent->reenableDonations(); });
+    return eventsSoFar();
   }
   // Until what was handed off for renewal has reached the donors.
   void runRenewals() { environment->schedulers.advance(2.0); }
@@ -23,13 +31,16 @@ class AgentFixture : public EnvironmentTest {
     setEnabled(true);
     agent->donateMeCardValues(values, [](const ErrorPtr&) {});
     runRenewals();
-    static_cast<void>(takeTrace());
+    takeTrace();
   }
 
   [[nodiscard]] std::string outcome(const ErrorPtr& error) const {
     return error ? "error " + std::to_string(error->code()) : "no error";
   }
-  void noteReply(const std::string& what) { environment->trace.note("reply " + what); }
+  void noteReply(const std::string& what) {
+    environment->trace.note("reply " + what);
+    openAtReply = *environment->openTransactions;
+  }
   [[nodiscard]] ErrorReply errorReply() {
     return [this](const ErrorPtr& error) { noteReply(outcome(error)); };
   }
@@ -40,44 +51,44 @@ class AgentFixture : public EnvironmentTest {
   }
 
   void noteCard(const ContactPtr& card, const ErrorPtr& error) {
+    if (!card) return noteReply(outcome(error));
     std::string text = "card";
-    if (card) {
-      for (const auto& entry : card->emailAddresses()) text += " " + entry->value;
-    }
-    noteReply(card ? text : outcome(error));
+    for (const auto& entry : card->emailAddresses()) text += " " + entry->value;
+    noteReply(text);
   }
 
   // Sends a request by its name, with `values`, or their identifiers or bundle, as the argument.
+  // It goes through the `gate`, if there is one.
   void send(const std::string& request, const DonationValues& values = {}) {
+    CorvelProtocol& asked = gate ? *gate : *agent;
     std::vector<std::string> identifiers;
     for (const auto& value : values) identifiers.push_back(value->origin().donationIdentifier);
     if (request == CorvelSelector::donate) {
-      agent->donateMeCardValues(values, errorReply());
+      asked.donateMeCardValues(values, errorReply());
     } else if (request == CorvelSelector::removeIdentifiers) {
-      agent->removeDonatedMeCardValuesForIdentifiers(identifiers, successReply());
+      asked.removeDonatedMeCardValuesForIdentifiers(identifiers, successReply());
     } else if (request == CorvelSelector::removeBundle) {
-      agent->removeDonatedMeCardValuesWithBundleIdentifier(
+      asked.removeDonatedMeCardValuesWithBundleIdentifier(
           values.empty() ? "" : values.front()->origin().bundleIdentifier, successReply());
     } else if (request == CorvelSelector::fetch) {
-      agent->fetchDonatedMeCard(
+      asked.fetchDonatedMeCard(
           [this](const auto& card, const auto& error) { noteCard(card, error); });
     } else if (request == CorvelSelector::synchronousFetch) {
-      agent->synchronousDonatedMeCard([this](const Result<ContactPtr>& card) {
+      asked.synchronousDonatedMeCard([this](const Result<ContactPtr>& card) {
         card.isLeft() ? noteCard(card.left(), nullptr) : noteCard(nullptr, card.right());
       });
     } else {
-      agent->meCardDonations([this](const auto& list, const ErrorPtr& error) {
+      asked.meCardDonations([this](const auto& list, const ErrorPtr& error) {
         noteReply(list ? "list " + identifiersOf(*list) : outcome(error));
       });
     }
   }
   Events eventsOf(const std::string& request, const DonationValues& values = {}) {
     send(request, values);
-    run();
-    return takeTrace();
+    return eventsSoFar();
   }
-  std::string replyTo(const std::string& request) {
-    for (const std::string& event : eventsOf(request)) {
+  std::string replyTo(const std::string& request, const DonationValues& values = {}) {
+    for (const std::string& event : eventsOf(request, values)) {
       if (const auto found = event.find(": reply "); found != std::string::npos) {
         return event.substr(found + 8);
       }
@@ -91,6 +102,8 @@ class AgentFixture : public EnvironmentTest {
   const std::shared_ptr<FakeCuratedInfoProvider> curated =
       std::make_shared<FakeCuratedInfoProvider>();
   std::shared_ptr<Corvel> agent = std::make_shared<Corvel>(environment, persistence, curated);
+  std::shared_ptr<CorvelProtocol> gate;
+  int openAtReply = 0;
 };
 
 }  // namespace quenlet
