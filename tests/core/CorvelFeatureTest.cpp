@@ -33,8 +33,7 @@ class CorvelFeatureTest : public AgentFixture {
     agent = std::make_shared<Corvel>(environment, persistence, curated);
     agent->restorePersistedState();
     agent->start();
-    run();
-    static_cast<void>(takeTrace());
+    eventsSoFar();
   }
 };
 
@@ -80,17 +79,13 @@ TEST_F(CorvelFeatureTest, FollowsThePreference) {
 
 TEST_F(CorvelFeatureTest, SaysNothingToOthersWhenItIsToldWhatToDo) {
   restart();
-  setEnabled(true);
-  EXPECT_EQ(takeTrace(), Events{"writer: featureWillEnable"});
+  EXPECT_EQ(setEnabled(true), Events{"writer: featureWillEnable"});
   agent->disableDonations();
-  run();
-  EXPECT_EQ(takeTrace(), (Events{"writer: featureDidDisable", "io: store "}));
+  EXPECT_EQ(eventsSoFar(), (Events{"writer: featureDidDisable", "io: store "}));
   EXPECT_EQ(replyTo(CorvelSelector::list), "list ") << "still served";
-  setEnabled(false);
-  EXPECT_EQ(takeTrace(), Events{"writer: featureWillDisable"});
-  agent->lock()->performWriterBlock([this] { agent->reenableDonations(); });
-  run();
-  EXPECT_EQ(takeTrace(), Events{"writer: featureDidEnable"}) << "nothing is asked while disabled";
+  EXPECT_EQ(setEnabled(false), Events{"writer: featureWillDisable"});
+  EXPECT_EQ(eventsOfReenabling(), Events{"writer: featureDidEnable"})
+      << "nothing is asked while disabled";
   EXPECT_FALSE(agent->featureEnabled());
 }
 
@@ -98,10 +93,8 @@ TEST_F(CorvelFeatureTest, MakesTheCardAnewWhenTheCuratedFactsChange) {
   restart();
   setEnabled(true);
   curated->emailAddresses = {"a@x"};
-  static_cast<void>(takeTrace());
   curated->changeHandler();
-  run();
-  EXPECT_EQ(takeTrace(), Events{posted});
+  EXPECT_EQ(eventsSoFar(), Events{posted});
   EXPECT_EQ(replyTo(CorvelSelector::fetch), "card");
   agent->stop();
   const std::weak_ptr<Corvel> gone =
