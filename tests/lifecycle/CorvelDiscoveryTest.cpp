@@ -17,16 +17,9 @@ class CorvelDiscoveryTest : public AgentFixture {
     printed = testing::internal::GetCapturedStdout();
     return takeTrace();
   }
-  Events eventsOfAnotherTry() {
-    agent->lock()->performWriterBlock([this] { agent->reenableDonations(); });
-    run();
-    return takeTrace();
-  }
   Events eventsOfEnabling() {
     setEnabled(false);
-    static_cast<void>(takeTrace());
-    setEnabled(true);
-    return takeTrace();
+    return setEnabled(true);
   }
 
   std::string printed;
@@ -57,30 +50,26 @@ TEST_F(CorvelDiscoveryTest, AsksExtensionsThenAccountsThenSIMCardsWhenDonationsC
 TEST_F(CorvelDiscoveryTest, SolicitsAgainAfterADiscoveryThatFailed) {
   environment->donors.install("app");
   environment->donors.failure = makeError("discovery", 3);
-
   eventsOfEnabling();
   EXPECT_TRUE(agent->featureEnabled());
-  const Events failed = eventsOfAnotherTry();
+  const Events failed = eventsOfReenabling();
   EXPECT_EQ(failed.at(1), "writer: didFailToDiscoverExtensions: discovery 3");
   EXPECT_EQ(failed.at(2), "writer: redonate app 1");
   environment->donors.failure = nullptr;
-  EXPECT_EQ(eventsOfAnotherTry().at(1), "writer: didDiscoverExtensions");
-  EXPECT_EQ(eventsOfAnotherTry(), Events{"writer: featureDidEnable"}) << "nothing is asked";
-}
-
-TEST_F(CorvelDiscoveryTest, StaysDisabledWhenThatComesWhileADiscoveryFails) {
-  environment->donors.failure = makeError("discovery", 3);
-  environment->donors.whileDiscovering = [this] {
-    agent->lock()->performWriterBlock([this] { agent->setFeatureEnabled(false); });
-  };
-  eventsOfEnabling();
-  EXPECT_FALSE(agent->featureEnabled());
-  EXPECT_EQ(eventsOfAnotherTry(), Events{"writer: featureDidEnable"}) << "nothing is asked";
+  EXPECT_EQ(eventsOfReenabling().at(1), "writer: didDiscoverExtensions");
+  EXPECT_EQ(eventsOfReenabling(), Events{"writer: featureDidEnable"}) << "nothing is asked";
 }
 
 TEST_F(CorvelDiscoveryTest, DonatesAccountsAgainUnlessTheirVersionIsNoted) {
-  const std::string noted = "caller: store versions other=9 ovaro.quenlet.accounts=3";
   const std::string accounts = AccountsBundleIdentifier;
+  const auto expectDiscovery = [this](bool donates, bool notes) {
+    const Events events = eventsOfDiscovery();
+    EXPECT_EQ(events.front(), "caller: willLoadExtensionVersions");
+    EXPECT_EQ(std::ranges::count(events, "caller: donating: email:A1"), donates);
+    const std::string noted = "caller: store versions other=9 ovaro.quenlet.accounts=3";
+    EXPECT_EQ(std::ranges::count(events, noted), notes);
+    EXPECT_EQ(events.size() == 1, !donates);
+  };
   // The table, and whether the accounts are donated again.
   const std::pair<ExtensionVersions, bool> rows[] = {{{{"other", 9}}, true},
                                                      {{{accounts, 2}, {"other", 9}}, true},
@@ -89,26 +78,20 @@ TEST_F(CorvelDiscoveryTest, DonatesAccountsAgainUnlessTheirVersionIsNoted) {
   for (const auto& [versions, again] : rows) {
     agent = std::make_shared<Corvel>(environment, persistence, curated);
     persistence->versions = versions;
-    const Events events = eventsOfDiscovery();
-    ASSERT_EQ(events.size(), again ? 9U : 1U);
-    EXPECT_EQ(events[0], "caller: willLoadExtensionVersions");
-    if (again) {
-      EXPECT_EQ(events[1], "caller: donating: email:A1");
-      EXPECT_EQ(events[4], "caller: willSaveExtensionVersions");
-      EXPECT_EQ(events[5], noted);
-    }
+    expectDiscovery(again, again);
     EXPECT_EQ(eventsOfDiscovery(), Events{}) << "the table is loaded, and says so";
   }
   agent = std::make_shared<Corvel>(environment, persistence, curated);
   persistence->failure = makeError("disk", 5);
-  for (int round = 0; round < 2; ++round) {
-    const Events events = eventsOfDiscovery();
-    EXPECT_EQ(events.at(1), "caller: donating: email:A1") << "there is no table";
-    EXPECT_EQ(std::count(events.begin(), events.end(), noted), 0);
-  }
+  for (int round = 0; round < 2; ++round) expectDiscovery(true, false);  // there is no table
 }
 
 TEST_F(CorvelDiscoveryTest, PrintsWhatIsInstalledAndEndsAfterTenThousandSeconds) {
+  setEnabled(false);
+  EXPECT_EQ(eventsOfDiscovery(), Events{})
+      << "not even versions are loaded while donations are off";
+  EXPECT_EQ(printed, "");
+  setEnabled(true);
   persistence->versions = {{AccountsBundleIdentifier, 3}};
   environment->donors.install("app1");
   environment->donors.installed["app2"] = std::make_shared<FakeDonorObject>();
@@ -127,13 +110,6 @@ TEST_F(CorvelDiscoveryTest, PrintsWhatIsInstalledAndEndsAfterTenThousandSeconds)
   environment->donors.failure = makeError("discovery", 3, "why");
   eventsOfDiscovery();
   EXPECT_EQ(printed, found + "Discovery failed: discovery 3: why\n");
-}
-
-TEST_F(CorvelDiscoveryTest, DoesNotEvenLoadVersionsWhileDonationsAreOff) {
-  setEnabled(false);
-  static_cast<void>(takeTrace());
-  EXPECT_EQ(eventsOfDiscovery(), Events{});
-  EXPECT_EQ(printed, "");
 }
 
 }  // namespace

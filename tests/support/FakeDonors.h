@@ -40,14 +40,13 @@ class FakeExtension final : public DonorExtension {
 };
 
 // What is installed, by bundle identifier, in the order of these. Loading is noted as "load
-// <bundle>", the end of a subscription as "cancel discovery". Discovery calls `whileDiscovering`
-// and fails after its results when there is a `failure`.
+// <bundle>", the end of a subscription as "cancel discovery". Discovery fails after its results
+// when there is a `failure`.
 class FakeDonors final : public DonorLoader, public Observable<DonorObjectPtr> {
  public:
   explicit FakeDonors(Trace& shared) : trace(shared) {}
   std::map<std::string, DonorObjectPtr> installed;
   ErrorPtr failure;
-  std::function<void()> whileDiscovering;
 
   std::shared_ptr<FakeExtension> install(const std::string& bundleIdentifier) {
     auto extension = std::make_shared<FakeExtension>(trace, bundleIdentifier);
@@ -71,7 +70,6 @@ class FakeDonors final : public DonorLoader, public Observable<DonorObjectPtr> {
 
   std::shared_ptr<Cancelable> subscribe(Observer<DonorObjectPtr> observer) override {
     for (const auto& [bundle, donor] : installed) observer.resultBlock(donor);
-    if (whileDiscovering) whileDiscovering();
     failure ? observer.failureBlock(failure) : observer.completionBlock();
     return std::make_shared<CancelBlock>([this] { trace.note("cancel discovery"); });
   }
