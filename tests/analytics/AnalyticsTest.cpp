@@ -53,14 +53,6 @@ class ReportSink final : public SystemLog, public CounterStore {
   }
 };
 
-PhoneNumber number(const std::string& text) { return *PhoneNumber::withStringValue(text); }
-
-template <typename T>
-void append(LabeledValues<T>& entries, T value) {
-  entries.append(std::make_shared<const LabeledValue<T>>(
-      LabeledValue<T>{"home", std::move(value), StoreInfo{}}));
-}
-
 class MetricsAttemptTest : public testing::Test {
  protected:
   MetricsAttemptTest() {
@@ -130,16 +122,14 @@ class MetricsAttemptTest : public testing::Test {
 TEST_F(MetricsAttemptTest, ReportsBothCardsAndLastsUntilTheDonatedOneIsThere) {
   ContactFields curated, donated;
   curated.familyName = "Lee";
-  append<std::string>(curated.emailAddresses, "own@x");
-  append<std::string>(curated.emailAddresses, "0@x");
-  for (int i = 0; i < 3; ++i) append<std::string>(donated.emailAddresses, std::to_string(i) + "@x");
+  curated.emailAddresses = {email("own@x")->emailEntry(), email("0@x")->emailEntry()};
   for (int i = 0; i < 7; ++i) {
-    const PhoneNumber line = number("+49 30 231250" + std::to_string(i));
-    if (i < 3) append(curated.phoneNumbers, line);
-    append(donated.phoneNumbers, line);
-  }
-  for (int i = 0; i < 5; ++i) {
-    append<PostalAddress>(donated.postalAddresses, {.city = "a", .country = std::to_string(i)});
+    const std::string digit = std::to_string(i);
+    const auto line = phone("+49 30 231250" + digit)->phoneEntry();
+    if (i < 3) curated.phoneNumbers.append(line);
+    donated.phoneNumbers.append(line);
+    if (i < 3) donated.emailAddresses.append(email(digit + "@x")->emailEntry());
+    if (i < 5) donated.postalAddresses.append(postal({.country = digit})->postalEntry());
   }
   haveCard(curated);
   agent->contact = std::make_shared<const Contact>(donated);
@@ -162,8 +152,7 @@ TEST_F(MetricsAttemptTest, ReportsBothCardsAndLastsUntilTheDonatedOneIsThere) {
 TEST_F(MetricsAttemptTest, ReportsTheFieldsOfACardWithoutADonatedOne) {
   ContactFields named, phoneOnly;
   named.givenName = "Ann";
-  append(named.phoneNumbers, number("112"));
-  append(phoneOnly.phoneNumbers, number("112"));
+  named.phoneNumbers = phoneOnly.phoneNumbers = {phone("112")->phoneEntry()};
   agent->setError(makeError(DonationErrorDomain, 1));
   for (const auto& [card, has] : {std::pair(named, std::array{true, false, true, false}),
                                   std::pair(phoneOnly, std::array{false, false, true, false})}) {
@@ -246,7 +235,8 @@ TEST(AugmentationBucketTest, TellsWhatIsOnBothCardsAndWhatWasOnlyDonated) {
       {{"c+1 212 555 0143", "c+1 202 555 0143", "d555 0143", "d+1 212 555 0143"},
        "common=(555 0143) uniqueToCurated=(+1 202 555 0143) uniqueToDonated=()"},
   };
-  for (const auto& [values, lists] : numbers) EXPECT_EQ(sorted(values, &number), lists);
+  const auto number = [](const std::string& text) { return *PhoneNumber::withStringValue(text); };
+  for (const auto& [values, lists] : numbers) EXPECT_EQ(sorted<PhoneNumber>(values, number), lists);
 }
 
 TEST(AugmentationBucketTest, ComparesAllFieldsOfPostalAddresses) {
