@@ -13,8 +13,7 @@ class CorvelAccountsTest : public AgentFixture {
     return std::make_shared<const Account>(std::move(account));
   }
   Events eventsSoFar() {
-    run();
-    Events events = takeTrace();
+    Events events = AgentFixture::eventsSoFar();
     std::erase_if(events, [](const std::string& event) {
       return event.find("HandleRequest") != event.npos || event.find("accepting") != event.npos;
     });
@@ -38,7 +37,6 @@ class CorvelAccountsTest : public AgentFixture {
 
 TEST_F(CorvelAccountsTest, FollowsTheChangesOfAnAccount) {
   setEnabled(true);
-  static_cast<void>(takeTrace());
   const AccountPtr both = account("a@x.org", "Ann");
   const AccountPtr nameOnly = account("nobody", "Ann");
   const AccountPtr another = account("b@x.org", "", "A2");
@@ -65,14 +63,12 @@ TEST_F(CorvelAccountsTest, RefusesChangesWhileDonationsAreOffAndNotBefore) {
                         "io: store email:A1"};
   EXPECT_EQ(eventsOfChange(nullptr, added), taken) << "nobody has decided yet";
   setEnabled(false);
-  static_cast<void>(takeTrace());
   EXPECT_EQ(eventsOfChange(nullptr, added),
             (Events{taken.front(),
                     "caller: featureNotEnabled: changeFromAccount:toAccount:completionHandler:",
                     reply + "ovaro.quenlet.donation-error 1"}));
   environment->donors.failure = makeError("discovery", 3);
   setEnabled(true);
-  static_cast<void>(takeTrace());
   EXPECT_EQ(eventsOfChange(nullptr, added), taken) << "on, with a discovery that failed";
 }
 
@@ -112,7 +108,7 @@ TEST_F(CorvelAccountsTest, ReloadsAllAccountsAndSavesWhatIsLeft) {
 
   persistence->versions = {{AccountsBundleIdentifier, 2}, {"other", 9}};
   agent->loadExtensionVersions();
-  static_cast<void>(takeTrace());
+  takeTrace();
   environment->accounts->held.clear();
   EXPECT_EQ(eventsOfReload(), (Events{saving, noted, posted, "io: store b"})) << "some are dropped";
   EXPECT_EQ(eventsOfReload(), (Events{saving, noted})) << "none is dropped";

@@ -25,6 +25,7 @@ class SIMCardMonitorTest : public AgentFixture {
   std::string outputOf(const SIMCardItems& items) {
     testing::internal::CaptureStdout();
     for (const auto& handler : std::list(cards->handlers)) handler(items);
+    run();
     return testing::internal::GetCapturedStdout();
   }
 
@@ -36,15 +37,12 @@ TEST_F(SIMCardMonitorTest, DonatesEachNumberForEverUntilNoneIsLeft) {
   setEnabled(true);
   SIMCardMonitor monitor(agent, cards);
   monitor.start();
-  EXPECT_EQ(outputOf({number, {"sim2", "no\nnumber\u0085"}, {"sim3", "112"}}),
-            "Could not convert phone number no number \n");
-  run();
+  EXPECT_EQ(outputOf({number, {"sim3", "112"}}), "");
   ASSERT_EQ(identifiersOf(persistence->kept), "sim1 sim3");
   DonationOrigin origin = from(SIMCardBundleIdentifier, "sim1");
   origin.donationDate = environment->schedulers.now();
   EXPECT_EQ(*persistence->kept[0], *phone(number.value, origin, "device"));
   EXPECT_EQ(outputOf({}), "");
-  run();
   EXPECT_EQ(identifiersOf(persistence->kept), "");
 }
 
@@ -58,8 +56,8 @@ TEST_F(SIMCardMonitorTest, ListensOnceBetweenStartAndStopAndPrintsFailures) {
     monitor.start();
     const std::string failure = "Error donating device phone number: domain 7: two lines\n";
     testing::internal::CaptureStderr();
-    EXPECT_EQ(outputOf({number, {"sim2", "1"}, {"\x01", "112"}, {"sim3", "112"}}),
-              failure + "Could not convert phone number 1\n" + failure);
+    EXPECT_EQ(outputOf({number, {"sim2", "no\nnumber\u0085"}, {"\x01", "112"}, {"sim3", "112"}}),
+              failure + "Could not convert phone number no number \n" + failure);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "quenlet: donation  : left out, since it cannot be serialised\n");
     EXPECT_EQ(receiver->takeCalls(), "donate 1;donate 1;") << "a request for each";
