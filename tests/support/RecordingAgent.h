@@ -44,14 +44,12 @@ class RecordingAgent final : public CorvelProtocol {
 
   // Answers the fetch whose reply it has held, and keeps the handler, as an agent may.
   void answerHeldFetch() {
-    ContactReply reply;
-    ErrorPtr failure;
+    std::function<void()> answer;
     {
       MutexLock lock(mutex);
-      reply = heldFetch;
-      failure = error;
+      answer = held.front();
     }
-    reply(failure ? nullptr : contact, failure);
+    answer();
   }
 
   // Calls all ten operations of `way`, which leads to this agent, and tells `replied` of each reply
@@ -85,10 +83,7 @@ class RecordingAgent final : public CorvelProtocol {
 
   void donateMeCardValues(DonationValues values, ErrorReply reply) override {
     const ErrorPtr failure = note("donate " + std::to_string(values.size()));
-    if (!holdsReplies) return reply(failure);
-    MutexLock lock(mutex);
-    held.push_back(std::move(reply));
-    changed.notifyAll();
+    answerOrHold([reply, failure] { reply(failure); });
   }
   void removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
                                                SuccessReply reply) override {
@@ -102,9 +97,7 @@ class RecordingAgent final : public CorvelProtocol {
   }
   void fetchDonatedMeCard(ContactReply reply) override {
     const ErrorPtr failure = note("fetch");
-    if (!holdsReplies) return reply(failure ? nullptr : contact, failure);
-    MutexLock lock(mutex);
-    heldFetch = std::move(reply);
+    answerOrHold([this, reply, failure] { reply(failure ? nullptr : contact, failure); });
   }
   void synchronousDonatedMeCard(EitherContactReply reply) override {
     const ErrorPtr failure = note("synchronous");
@@ -133,6 +126,12 @@ class RecordingAgent final : public CorvelProtocol {
     calls += call + ";";
     return error;
   }
+  void answerOrHold(std::function<void()> answer) {
+    if (!holdsReplies) return answer();
+    MutexLock lock(mutex);
+    held.push_back(std::move(answer));
+    changed.notifyAll();
+  }
   void succeed(const std::string& call, const SuccessReply& reply) {
     const ErrorPtr failure = note(call);
     reply(!failure, failure);
@@ -142,8 +141,7 @@ class RecordingAgent final : public CorvelProtocol {
   ConditionVariable changed;
   std::string calls GUARDED_BY(mutex);
   ErrorPtr error GUARDED_BY(mutex);
-  std::vector<ErrorReply> held GUARDED_BY(mutex);
-  ContactReply heldFetch GUARDED_BY(mutex);
+  std::vector<std::function<void()>> held GUARDED_BY(mutex);
 };
 
 }  // namespace quenlet

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <regex>
+
 #include "platform/logging/StructuredLog.h"
 #include "tests/support/Trace.h"
 
@@ -13,37 +15,21 @@ class RecordingLog final : public LogSink {
 
   void write(const std::string& line) override {
     lines.push_back(line);
-    std::string noted = between(line, "\"event\":\"", "\"");
-    const std::string before = "\"arguments\":[";
-    if (const std::size_t found = line.find(before); found != std::string::npos) {
-      std::string arguments = line.substr(found + before.size());
-      arguments.resize(arguments.size() - 2);  // "]}"
-      noted += " " + withIdentifiersForValues(std::move(arguments));
+    const std::string before = "\",\"arguments\":[";
+    std::string noted = line.substr(line.find("\"event\":\"") + 9);
+    noted.resize(noted.size() - 2);  // "\"}" or "]}"
+    if (const std::size_t found = noted.find(before); found != noted.npos) {
+      noted.replace(found, before.size(), " ");
     }
+    static const std::regex value("\\{\"kind\":[^}]*\"donationIdentifier\":([^}]*)\\}");
+    noted = std::regex_replace(noted, value, "$1");
+    std::erase(noted, '"');
     trace.note(noted);
   }
 
   std::vector<std::string> lines;
 
  private:
-  static std::string withIdentifiersForValues(std::string arguments) {
-    std::erase(arguments, '"');
-    for (auto start = arguments.find("{kind:"); start != std::string::npos;
-         start = arguments.find("{kind:", start)) {
-      const std::size_t size = arguments.find('}', start) + 1 - start;
-      arguments.replace(start, size,
-                        between(arguments.substr(start, size), "donationIdentifier:", "}"));
-    }
-    return arguments;
-  }
-  static std::string between(const std::string& line, const std::string& before,
-                             const std::string& after) {
-    const std::size_t found = line.find(before);
-    if (found == std::string::npos) return {};
-    const std::size_t start = found + before.size();
-    return line.substr(start, line.find(after, start) - start);
-  }
-
   Trace& trace;
 };
 
