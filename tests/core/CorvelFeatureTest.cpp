@@ -61,7 +61,7 @@ TEST_F(CorvelFeatureTest, FollowsThePreference) {
       {"off +30 on", {off, deletion, onAgain}, "list "},
       {"start on stop on start off", {onBefore, off}, "error 1"},
       {"off +30 on off on", {off, deletion, onAgain, off, onAgain}, "list "},
-      {"on off +10 stop +60 on", {onBefore, off}, "error 1"},
+      {"on off +10 stop start +60", {onBefore, off}, "error 1"},
       {"off fail on", {off, onInVain}, "list a"},
       {"off fail on heal on", {off, onInVain, onBefore}, "list a"},
       {"off fail on heal off on", {off, onInVain, off, onAgain}, "list a"},
@@ -75,6 +75,14 @@ TEST_F(CorvelFeatureTest, FollowsThePreference) {
     EXPECT_EQ(takeTrace(), expected);
     EXPECT_EQ(replyTo(CorvelSelector::list), held);
   }
+}
+
+TEST_F(CorvelFeatureTest, MonitorNeedsNobodyToTell) {
+  const auto monitor = std::make_shared<DonationPreferencesMonitor>(environment->preferences,
+                                                                    nullptr, environment->provider);
+  monitor->startMonitoring();
+  follow("on off +30");
+  EXPECT_EQ(takeTrace(), Events{});
 }
 
 TEST_F(CorvelFeatureTest, SaysNothingToOthersWhenItIsToldWhatToDo) {
