@@ -12,11 +12,9 @@ bool standsForItself(char c) {
   return byte >= 0x20 && byte < 0x7F && c != '"' && c != '\\';
 }
 
-// What a terminal, a line reader or an old script engine could take for more than text: controls,
-// separators of lines, and whatever turns the direction of the text that follows.
+// What a terminal, a line reader or an old script engine could take for more than text.
 bool needsEscape(char32_t character) {
-  return character <= 0x9F || (character >= 0x2028 && character <= 0x202E) ||
-         (character >= 0x2066 && character <= 0x2069);
+  return character <= 0x7F || isControlOrLineBreak(character) || isDirectional(character);
 }
 
 void appendEscape(std::string& output, char32_t character) {

@@ -33,6 +33,14 @@ void appendCharacter(std::string& output, char32_t character);
 [[nodiscard]] std::string onOneLine(std::string_view text,
                                     std::size_t maximumSizeInBytes = std::string::npos);
 
+// Whether a character turns the direction of the text around it: marks, embeddings, overrides and
+// isolates. A name that holds one can be shown as another name.
+[[nodiscard]] constexpr bool isDirectional(char32_t character) {
+  return (character >= 0x202A && character <= 0x202E) ||
+         (character >= 0x2066 && character <= 0x2069) || character == 0x200E ||
+         character == 0x200F || character == 0x061C;
+}
+
 // A text that two texts share exactly when they are canonically equivalent (they differ at most in
 // the composition of characters), so that equivalence becomes a comparison of bytes. Text that is
 // composed already (NFC), as most is, is its own key. So is text that nobody writes and that would

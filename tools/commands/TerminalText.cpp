@@ -10,17 +10,8 @@ namespace {
 
 constexpr char32_t replacementCharacter = 0xFFFD;
 
-bool isBetween(char32_t character, char32_t first, char32_t last) {
-  return character >= first && character <= last;
-}
-
 bool isSafe(char32_t character) {
-  const bool isControl = character < 0x20 || isBetween(character, 0x7F, 0x9F);
-  // Line and paragraph separator, embeddings and overrides; isolates; marks.
-  const bool isDirectional = isBetween(character, 0x2028, 0x202E) ||
-                             isBetween(character, 0x2066, 0x2069) ||
-                             isBetween(character, 0x200E, 0x200F) || character == 0x061C;
-  return !isControl && !isDirectional;
+  return !isControlOrLineBreak(character) && !isDirectional(character);
 }
 
 }  // namespace
