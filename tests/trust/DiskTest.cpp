@@ -56,6 +56,15 @@ class DiskTest : public TrustTest {
       client.removeDonatedMeCardValuesForIdentifiers({identifier}, std::move(reply));
     }));
   }
+  // Lets users go about their business, each on a thread of its own, with a chance of its own.
+  template <typename Use>
+  std::vector<std::jthread> startUsers(std::size_t number, const Use& use) {
+    std::vector<std::jthread> threads;
+    for (std::size_t user = 0; user < number; ++user) {
+      threads.emplace_back([use, user, chance = std::mt19937(random())] { use(user, chance); });
+    }
+    return threads;
+  }
   static Table tableOf(const DonationValues& values) {
     Table table;
     for (const auto& value : values) {
@@ -82,8 +91,7 @@ class DiskTest : public TrustTest {
 class KillTest : public DiskTest {
  protected:
   // Donates, replaces and takes back until the agent is gone.
-  void useAgent(std::size_t user, unsigned long seedOfUser) {
-    std::mt19937 chance(seedOfUser);
+  void useAgent(std::size_t user, std::mt19937 chance) {
     CorvelProxy proxy;
     for (ErrorPtr error; !error;) {
       const std::size_t slot = user * 4 + chance() % 4;
@@ -119,10 +127,7 @@ TEST_F(KillTest, KeepsWhatWasAcknowledgedAndLeavesNothingElse) {
       possible[slot] = {address};
     }
     if (cycle % 3 == 1) strike(FileCallPlan::kills, 1 + cycle / 3 % 60);
-    std::vector<std::jthread> users;
-    for (std::size_t user = 0; user < 3; ++user) {
-      users.emplace_back([this, user, chance = random()] { useAgent(user, chance); });
-    }
+    auto users = startUsers(3, [this](auto user, auto chance) { useAgent(user, chance); });
     std::this_thread::sleep_for(std::chrono::microseconds(random() % 40'000));
     agent.reset();
     users.clear();
@@ -137,15 +142,14 @@ class OrderlyEndTest : public DiskTest {
   static constexpr std::size_t users = 5;
 
   // Donates an address and takes it back, in one user's way, until the agent takes no more.
-  void useAgent(std::size_t user, unsigned long seedOfUser) {
-    std::mt19937 chance(seedOfUser);
+  void useAgent(std::size_t user, std::mt19937 chance) {
     CorvelProxy proxy;
     std::string& address = acknowledged[user];
     const std::string name = "user" + std::to_string(user);
     for (ErrorPtr error; !error;) {
       const std::string next =
           address.empty() ? name + "-" + std::to_string(chance()) + "@example.org" : "";
-      error = address.empty() ? donate(proxy, user, name, next) : takeBack(proxy, user, name);
+      error = changeInWayOf(user, proxy, name, next);
       EXPECT_TRUE(!error || error->domain() == ServiceErrorDomain) << error->description();
       if (!error) address = next;
       changes += !error;
@@ -159,29 +163,27 @@ class OrderlyEndTest : public DiskTest {
   std::atomic<int> changes = 0;
 
  private:
-  static ErrorPtr fetch(CorvelProxy& proxy) {
-    return std::get<1>(waitForReply<ContactPtr, ErrorPtr>(
-        [&](ContactReply reply) { proxy.fetchDonatedMeCard(std::move(reply)); }));
-  }
-  static AccountPtr account(const std::string& name, const std::string& address) {
-    return std::make_shared<Account>(
-        Account{.identifier = name, .username = address, .enabledDataclasses = {"mail"}});
-  }
-  static ErrorPtr donate(CorvelProxy& proxy, std::size_t user, const std::string& name,
-                         const std::string& address) {
-    if (user != 0) return donateTo(proxy, {email(address, from(name, name, name))});
-    return std::get<0>(waitForReply<ErrorPtr>([&](ErrorReply reply) {
-      proxy.changeFromAccount(nullptr, account(name, address), std::move(reply));
-    }));
-  }
-  static ErrorPtr takeBack(CorvelProxy& proxy, std::size_t user, const std::string& name) {
+  // Donates the address; takes the one donated back when it is empty.
+  static ErrorPtr changeInWayOf(std::size_t user, CorvelProxy& proxy, const std::string& name,
+                                const std::string& address) {
+    const bool donates = !address.empty();
     return std::get<0>(waitForReply<ErrorPtr>([&](const ErrorReply& reply) {
       const SuccessReply success = [reply](bool, const ErrorPtr& error) { reply(error); };
-      if (user == 0) proxy.changeFromAccount(account(name, ""), nullptr, reply);
-      if (user == 1) proxy.removeDonatedMeCardValuesForIdentifiers({name}, success);
-      if (user == 2) proxy.removeDonatedMeCardValuesWithBundleIdentifier(name, success);
-      if (user == 3) proxy.rejectValueWithDonationIdentifier(name, reply);
-      if (user == 4) proxy.rejectValuesWithClusterIdentifier(name, reply);
+      const auto account = std::make_shared<Account>(
+          Account{.identifier = name, .username = address, .enabledDataclasses = {"mail"}});
+      if (user == 0) {
+        proxy.changeFromAccount(donates ? nullptr : account, donates ? account : nullptr, reply);
+      } else if (donates) {
+        proxy.donateMeCardValues({email(address, from(name, name, name))}, reply);
+      } else if (user == 1) {
+        proxy.removeDonatedMeCardValuesForIdentifiers({name}, success);
+      } else if (user == 2) {
+        proxy.removeDonatedMeCardValuesWithBundleIdentifier(name, success);
+      } else if (user == 3) {
+        proxy.rejectValueWithDonationIdentifier(name, reply);
+      } else {
+        proxy.rejectValuesWithClusterIdentifier(name, reply);
+      }
     }));
   }
 };
@@ -200,10 +202,7 @@ TEST_F(OrderlyEndTest, AnswersAndSavesWhatItTookAndNothingElse) {
   for (; cycle < count(10, 300) && !HasFailure(); ++cycle) {
     SCOPED_TRACE("cycle " + std::to_string(cycle));
     ASSERT_TRUE(startAndList());
-    std::vector<std::jthread> threads;
-    for (std::size_t user = 0; user < users; ++user) {
-      threads.emplace_back([this, user, chance = random()] { useAgent(user, chance); });
-    }
+    auto threads = startUsers(users, [this](auto user, auto chance) { useAgent(user, chance); });
     std::this_thread::sleep_for(std::chrono::milliseconds(random() % 400));
     EXPECT_EQ(stopAgent(), 0);
     threads.clear();

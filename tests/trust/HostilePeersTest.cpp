@@ -105,8 +105,6 @@ class HostilePeersTest : public TrustTest {
                   recovered <= 5 * std::max({idle, laterWakeUp, 1.0});
       EXPECT_TRUE(eventually([&] { return agent->openDescriptors() == descriptors; }));
       EXPECT_TRUE(eventually([&] { return memoryInMiB() <= memory + 8; }));
-      std::cout << "p99 in ms: fetch attacked " << attacked << " (wake-up " << wakeUp
-                << "), afterwards " << recovered << " (wake-up " << laterWakeUp << ")\n";
       RecordProperty("p99 of a fetch in us, idle", static_cast<int>(idle * 1000));
       RecordProperty("p99 of a fetch in us, attacked", static_cast<int>(attacked * 1000));
       RecordProperty("p99 of a fetch in us, afterwards", static_cast<int>(recovered * 1000));
@@ -250,17 +248,14 @@ TEST_F(HostilePeersTest, HaveNothingCheckedForThemWithoutEntitlement) {
 TEST_F(HostilePeersTest, LeaveNoWorkBehindWhenTheyAskForListsAndGo) {
   startSilentAgent();
   CorvelProxy client;
-  for (int request = 0; request < 20; ++request) {
-    DonationValues values;
-    for (int i = 0; i < 500; ++i) {
-      const std::string name = "n" + std::to_string(request * 500 + i);
-      values.push_back(email(name + "@example.org", from("app", name)));
-    }
-    ASSERT_EQ(donateTo(client, values), nullptr);
+  DonationValues values;
+  while (values.size() < 10'000) {
+    const std::string name = "n" + std::to_string(values.size());
+    values.push_back(email(name + "@example.org", from("app", name)));
   }
-  const std::string& list = valid[4];
+  ASSERT_EQ(donateTo(client, values), nullptr);
   std::string lists;
-  for (int i = 0; i < 120; ++i) lists += list;
+  for (int i = 0; i < 120; ++i) lists += valid[4];
   // The best of three, as other programs can delay a donation as well.
   double best = 1e9;
   for (int attempt = 0; attempt < 3 && best >= 1000; ++attempt) {

@@ -25,7 +25,7 @@ class TrustTest : public ProcessTest {
     files.rlim_cur = files.rlim_max;
     ::setrlimit(RLIMIT_NOFILE, &files);
     std::cout << "seed " << seed << std::endl;
-    remarks = {""};  // any
+    mayRemark = true;
   }
 
   static int count(int inShortForm, int inLongForm) {
@@ -34,9 +34,7 @@ class TrustTest : public ProcessTest {
   }
   // Its log would fill the disk.
   void startSilentAgent() {
-    agent = start({"/bin/sh", "-c", "exec \"$0\" 2>/dev/null", bin / "quenlet-agent"});
-    ASSERT_TRUE(eventually([this] { return !agent->isRunning() || countDonations() >= 0; }));
-    ASSERT_TRUE(agent->isRunning());
+    startAgent({"/bin/sh", "-c", "exec \"$0\" 2>/dev/null", bin / "quenlet-agent"});
   }
   // PSS but for mapped files, whose pages count for more whenever another program that shares them
   // ends.
@@ -48,10 +46,13 @@ class TrustTest : public ProcessTest {
     ADD_FAILURE() << "the agent's memory cannot be seen";
     return 0;
   }
+  static ErrorPtr fetch(CorvelProtocol& client) {
+    return std::get<1>(waitForReply<ContactPtr, ErrorPtr>(
+        [&](ContactReply reply) { client.fetchDonatedMeCard(std::move(reply)); }));
+  }
   static ErrorPtr donateTo(CorvelProtocol& client, const DonationValues& values) {
-    const auto [error] = waitForReply<ErrorPtr>(
-        [&](ErrorReply reply) { client.donateMeCardValues(values, std::move(reply)); });
-    return error;
+    return std::get<0>(waitForReply<ErrorPtr>(
+        [&](ErrorReply reply) { client.donateMeCardValues(values, std::move(reply)); }));
   }
 
   const unsigned seed = std::getenv("QUENLET_TRUST_SEED") != nullptr
