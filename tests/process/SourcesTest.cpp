@@ -1,6 +1,8 @@
-#include <ctime>
+#include <set>
 #include <span>
 
+#include "platform/foundation/Date.h"
+#include "tests/platform/extensions/DonorScript.h"
 #include "tests/process/ProcessTest.h"
 
 namespace quenlet {
@@ -10,23 +12,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-// What a donor's program begins with: requests and answers as they are on the wire.
-constexpr char prelude[] =
-    "#!/usr/bin/env python3\n"
-    "import os, socket, struct, sys, time\n"
-    "agent = socket.socket(fileno=0)\n"
-    "def take(count):\n"
-    "    data = b''\n"
-    "    while len(data) < count: data += agent.recv(count - len(data)) or sys.exit()\n"
-    "    return data\n"
-    "def request():\n"
-    "    length, kind, identifier = struct.unpack('<IBQ', take(13))\n"
-    "    take(length - 9)\n"
-    "    return identifier\n"
-    "def answer(identifier, body):\n"
-    "    agent.sendall(struct.pack('<IBQ', len(body) + 9, 1, identifier) + body)\n"
-    "later = b'\\x04' + struct.pack('<d', 4e9) + b'\\x00'\n";
-
 class SourcesTest : public ProcessTest {
  protected:
   int account(std::vector<std::string> words) {
@@ -34,19 +19,25 @@ class SourcesTest : public ProcessTest {
     return quenlet(std::move(words)).code;
   }
   void install(const std::string& bundle, const std::string& program) {
-    writeFile(extensions / bundle, prelude + program, 0700);
+    writeFile(extensions / bundle, donorScript(program), 0700);
     installManifest(bundle);
+  }
+  void setNumbers(const std::vector<std::string>& numbers) {
+    std::string list;
+    for (const std::string& number : numbers) {
+      list += "<dict><key>identifier</key><string>" + std::to_string(list.size()) +
+              "</string><key>value</key><string>" + number + "</string></dict>";
+    }
+    writeFile(telephony / "new", plist("<array>" + list + "</array>"));
+    std::filesystem::rename(telephony / "new", telephony / "sim.plist");
   }
   static int occurrences(const std::string& text, const std::string& part) {
     int count = 0;
     for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
     return count;
   }
-  static std::string dayFromNow(int days) {
-    const std::time_t when = std::time(nullptr) + days * 86400;
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%d", std::gmtime(&when));
-    return text;
+  static std::string dayInAMonth() {
+    return Date::now().addingSeconds(30 * 86400).iso8601().substr(0, 10);
   }
 };
 
@@ -65,16 +56,10 @@ TEST_F(SourcesTest, KeepAccountsInStepWithTheCardAndCatchUpWithWhatChangedWithou
   EXPECT_EQ(account({"remove", "--id", "work"}), 0);
   EXPECT_TRUE(eventually([this] { return card() == "The card is empty.\n"; }));
   EXPECT_TRUE(eventually([this] { return !fileHas("example.org"); })) << "saved a while later";
-  for (const char* event : {"accountAdded:", "accountChanged:", "accountRemoved:"}) {
-    EXPECT_TRUE(eventually([&] { return agent->says(event); })) << event;
-  }
   EXPECT_EQ(stopAgent(), 0);
   EXPECT_EQ(account({"add", "--id", "home", "--username", "anna@example.org"}), 0);
-  writeFile(home / "Library/Accounts/broken.plist", "<plist");
-  remarks = {"broken.plist"};
   startAgent();
   EXPECT_TRUE(eventually([this] { return cardHas("anna@example.org"); }));
-  EXPECT_TRUE(eventually([this] { return agent->says("broken.plist"); }));
   EXPECT_EQ(stopAgent(), 0);
   EXPECT_EQ(account({"remove", "--id", "home"}), 0);
   startAgent();
@@ -83,7 +68,8 @@ TEST_F(SourcesTest, KeepAccountsInStepWithTheCardAndCatchUpWithWhatChangedWithou
 }
 
 TEST_F(SourcesTest, FollowTheNumbersOfTheSIMCards) {
-  setDeviceClass(1);
+  writeFile(telephony / "device.plist",
+            plist("<dict><key>DeviceClassNumber</key><integer>1</integer></dict>"));
   setNumbers({"+49 30 1234567", "not a number"});
   startAgent();
   ASSERT_TRUE(eventually([this] { return cardHas("+49 30 1234567"); }));
@@ -121,15 +107,15 @@ TEST_F(SourcesTest, RenewsWithdrawsAndBringsBackTheCardsOfADirectory) {
       "entry['origin']['expirationDate'] = time.time() + "
       "(-3600 if ':past' in entry['origin']['donationIdentifier'] else 2 * 86400)");
   writeFile(cards / "edited.vcf", cardText("Anna Berg", {}));
-  const std::string soonest = dayFromNow(30);
+  const std::string soonest = dayInAMonth();
   startAgent();
   EXPECT_TRUE(eventually([&] {
     const std::string list = quenlet({"list", "--json"}).out;
-    const std::string latest = dayFromNow(30);
-    return countDonations() == 5 &&
-           occurrences(list, '"' + soonest) +
-                   (latest == soonest ? 0 : occurrences(list, '"' + latest)) ==
-               5;
+    int renewed = 0;
+    for (const std::string& day : std::set{soonest, dayInAMonth()}) {
+      renewed += occurrences(list, '"' + day);
+    }
+    return countDonations() == 5 && renewed == 5;
   })) << quenlet({"list"}).out;
 
   EXPECT_EQ(stopAgent(), 0);
@@ -146,9 +132,9 @@ TEST_F(SourcesTest, HoldNobodyUpWhileTheyHangAndEndWithTheAgent) {
   const std::pair<std::string, std::string> rows[] = {
       {"open('" + file.string() + "', 'w').write(str(os.getpid()))\nwhile True: time.sleep(1)",
        "extension-error 4"},
-      {"while True: answer(99, later)", "extension-error 5"},
+      {"while True: answer(99)", "extension-error 5"},
       {"sys.exit()", "extension-error 3"},
-      {"answer(request(), later); request()", "\"didRenewValue:"},
+      {"answer(request(), date(4e9) + b'\\0'); request()", "\"didRenewValue:"},
   };
   const auto bundle = [](std::size_t row) { return "com.example.donor" + std::to_string(row); };
   for (std::size_t row = 0; row < std::size(rows); ++row) install(bundle(row), rows[row].first);

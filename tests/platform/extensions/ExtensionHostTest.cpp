@@ -4,42 +4,22 @@
 
 #include <algorithm>
 
+#include "tests/platform/extensions/DonorScript.h"
 #include "tests/platform/extensions/HostFixture.h"
 #include "tests/support/ManualSchedulers.h"
 
 namespace quenlet {
 namespace {
 
-constexpr char preamble[] = R"(#!/usr/bin/env -S python3 -IS
-import os, signal, socket, struct, sys, time
-s = socket.socket(fileno=0)
-def take(n):
-    b = b''
-    while len(b) < n:
-        c = s.recv(n - len(b))
-        if not c: sys.exit()
-        b += c
-    return b
-def request():
-    n, kind, i = struct.unpack('<IBQ', take(13))
-    take(n - 9)
-    return i
-def frame(kind, i, body): return struct.pack('<IBQ', 9 + len(body), kind, i) + body
-def date(t): return b'\4' + struct.pack('<d', t)
-def size(n): return bytes([n]) if n < 128 else bytes([n & 127 | 128]) + size(n >> 7)
-def text(t): return b'\5' + size(len(t)) + t
-def error(t): return (b'\x09\x05Error\x08\3\5\6domain\5\1d\5\4code\2' + struct.pack('<q', 3) +
-                      b'\5\x08userInfo\x08\1\5\x10DebugDescription' + text(t))
-def answer(i, body=date(7) + b'\0', kind=1): s.sendall(frame(kind, i, body))
-def serve():
-    while True: answer(request())
-)";
-
 class ExtensionHostTest : public HostFixture {
  protected:
   void installScript(const std::string& bundle, const std::string& script) {
-    write("programs/" + bundle, preamble + script, 0755);
+    write("programs/" + bundle, donorScript(script), 0755);
     install(bundle, "../programs/" + bundle);
+  }
+  // Time enough for all that was posted, and for what a program does without being asked.
+  void turnLoop() {
+    runUntil([turns = 0]() mutable { return ++turns > 10; });
   }
   DonorPtr loadScript(const std::string& script, ExtensionLimits limits = {}) {
     installScript("script", script);
@@ -47,71 +27,68 @@ class ExtensionHostTest : public HostFixture {
     return load("script");
   }
   static constexpr ExtensionLimits quick{.idleSeconds = 0.1, .endSeconds = 0.2};
+  ManualSchedulerProvider time;  // for those that put it in the place of the loop's
 };
 
-struct Misbehaviour final {
-  const char* name;
-  const char* script;
-  // Of two renewals that are asked at once.
-  const char* notes;
-  double answerSeconds = 30;
-};
-
-class MisbehavingExtensionTest : public ExtensionHostTest,
-                                 public testing::WithParamInterface<Misbehaviour> {};
-
-TEST_P(MisbehavingExtensionTest, GetsEachRequestAnsweredOnceAndLeavesNothing) {
-  ExtensionLimits limits = quick;
-  limits.answerSeconds = GetParam().answerSeconds;
-  const DonorPtr donor = loadScript(GetParam().script, limits);
-  ASSERT_TRUE(donor);
-  renew(donor);
-  renew(donor);
-  EXPECT_EQ(takeNotes(), GetParam().notes);
-  notes.resize(2);  // for an answer that comes too late
-  expectNothingLeft();
-  EXPECT_EQ(notes, std::vector<std::string>(2));
+TEST_F(ExtensionHostTest, AnswersEachRequestToMisbehavingProgramsOnceAndKeepsNothingOfThem) {
+  // What it does, its script, and the notes of two renewals that are asked at once.
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      {"None", "serve()", "7 7"},
+      {"NeverReads", "time.sleep(60)", "!4 !4"},
+      {"AnswersTooLate", "i = request(); time.sleep(1); answer(i)", "!4 !4"},
+      {"AnswersNothing", "answer(request(), b'\\0\\0')\nserve()", "nothing 7"},
+      {"AnswersWithText", "answer(request(), b'\\5\\1a\\0')\nserve()", "!5 7"},
+      {"AnswersAnother", "answer(request() + 9); time.sleep(60)", "!5 !5"},
+      {"SendsNoFrame", "s.sendall(b'no frame at all'); time.sleep(60)", "!5 !5"},
+      {"EndsAtOnce", "sys.exit()", "!3 !3"},
+      {"EndsWithinAHeader", "s.sendall(b'\\x20\\0'); request()", "!3 !3"},
+      {"AnswersTwice", "i = request(); answer(i); answer(i); time.sleep(60)", "7 !5"},
+      {"AsksBack", "answer(request(), kind=0); time.sleep(60)", "!5 !5"},
+      {"AnswersWithNoFiniteDate", "answer(request(), date(float('inf')) + b'\\0')\nserve()",
+       "!5 7"},
+      {"GivesErrors", "answer(request(), b'\\0' + error(b'e')); answer(request(), error(b'e'), 2)",
+       "d:3 d:3"},
+      {"EndsBeforeTheBody", "s.sendall(frame(1, request(), date(7))[:13])", "!3 !3"},
+      {"EndsAfterAnAnswer", "answer(request())", "7 !3"},
+      {"KillsItself", "request(); os.kill(0, signal.SIGKILL)", "!3 !3"},
+      {"Floods", "while True: s.sendall(b'\\0' * 65536)", "!5 !5"},
+      {"FloodsOneMessage",
+       "s.sendall(struct.pack('<IBQ', 2**25, 1, 9))\n"
+       "while True: s.sendall(b'\\0' * 65536)",
+       "!5 !5"},
+      {"ClosesItsSocketAndLivesOn", "s.close(); time.sleep(60)", "!3 !3"},
+      {"LeavesItsSocketToAChild", "if os.fork() == 0: time.sleep(60)", "!3 !3"},
+      {"LeavesItsSocketToAFugitive", "if os.fork() == 0:\n    os.setsid()\n    time.sleep(1)",
+       "!3 !3"},
+      {"IgnoresItsEnd",
+       "for i in (1, 2, 15): signal.signal(i, signal.SIG_IGN)\n"
+       "answer(request()); answer(request()); time.sleep(60)",
+       "7 7"},
+  };
+  for (const auto& [name, script, expected] : rows) installScript(name, script);
+  for (const bool inTime : {false, true}) {
+    ExtensionLimits limits = quick;
+    limits.programs = std::size(rows);
+    limits.answerSeconds = inTime ? 30 : 0.3;
+    makeHost(limits);
+    std::vector<std::pair<const char*, const char*>> asked;
+    for (const auto& [name, script, expected] : rows) {
+      if (inTime == (std::string_view(expected) == "!4 !4")) continue;
+      const DonorPtr donor = load(name);
+      ASSERT_TRUE(donor) << name;
+      renew(donor);
+      renew(donor);
+      asked.emplace_back(name, expected);
+    }
+    runUntil([this] { return std::count(notes.begin(), notes.end(), "") == 0; });
+    expectNothingLeft();  // and no answer comes too late
+    for (auto note = notes.cbegin(); const auto& [name, expected] : asked) {
+      EXPECT_EQ(*note + " " + *std::next(note), expected) << name;
+      note += 2;
+    }
+    notes.clear();
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    All, MisbehavingExtensionTest,
-    testing::Values(
-        Misbehaviour{"None", "serve()", "7 7"},
-
-        Misbehaviour{"NeverReads", "time.sleep(60)", "!4 !4", 0.3},
-        Misbehaviour{"NeverAnswers", "while True: request()", "!4 !4", 0.3},
-        Misbehaviour{"AnswersTooLate", "i = request(); time.sleep(1); answer(i)", "!4 !4", 0.3},
-        Misbehaviour{"AnswersNothing", "answer(request(), b'\\0\\0')\nserve()", "nothing 7"},
-        Misbehaviour{"AnswersWithText", "answer(request(), b'\\5\\1a\\0')\nserve()", "!5 7"},
-        Misbehaviour{"AnswersAnother", "answer(request() + 9); time.sleep(60)", "!5 !5"},
-        Misbehaviour{"SendsNoFrame", "s.sendall(b'no frame at all'); time.sleep(60)", "!5 !5"},
-        Misbehaviour{"EndsAtOnce", "sys.exit()", "!3 !3"},
-        Misbehaviour{"EndsWithinAHeader", "s.sendall(b'\\x20\\0'); request()", "!3 !3"},
-        Misbehaviour{"AnswersOnceOnly", "answer(request()); time.sleep(60)", "7 !4", 4},
-        Misbehaviour{"AnswersTwice", "i = request(); answer(i); answer(i); time.sleep(60)", "7 !5"},
-        Misbehaviour{"AsksBack", "answer(request(), kind=0); time.sleep(60)", "!5 !5"},
-        Misbehaviour{"AnswersWithNoFiniteDate",
-                     "answer(request(), date(float('inf')) + b'\\0')\nserve()", "!5 7"},
-        Misbehaviour{"GivesErrors",
-                     "answer(request(), b'\\0' + error(b'e')); answer(request(), error(b'e'), 2)",
-                     "d:3 d:3"},
-        Misbehaviour{"EndsBeforeTheBody", "s.sendall(frame(1, request(), date(7))[:13])", "!3 !3"},
-        Misbehaviour{"EndsAfterAnAnswer", "answer(request())", "7 !3"},
-        Misbehaviour{"KillsItself", "request(); os.kill(0, signal.SIGKILL)", "!3 !3"},
-        Misbehaviour{"Floods", "while True: s.sendall(b'\\0' * 65536)", "!5 !5"},
-        Misbehaviour{"FloodsOneMessage",
-                     "s.sendall(struct.pack('<IBQ', 2**25, 1, 9))\n"
-                     "while True: s.sendall(b'\\0' * 65536)",
-                     "!5 !5"},
-        Misbehaviour{"ClosesItsSocketAndLivesOn", "s.close(); time.sleep(60)", "!3 !3"},
-        Misbehaviour{"LeavesItsSocketToAChild", "if os.fork() == 0: time.sleep(60)", "!3 !3"},
-        Misbehaviour{"LeavesItsSocketToAFugitive",
-                     "if os.fork() == 0:\n    os.setsid()\n    time.sleep(1)", "!3 !3"},
-        Misbehaviour{"IgnoresItsEnd",
-                     "for i in (1, 2, 15): signal.signal(i, signal.SIG_IGN)\n"
-                     "answer(request()); answer(request()); time.sleep(60)",
-                     "7 7"}),
-    [](const auto& instance) { return std::string(instance.param.name); });
 
 TEST_F(ExtensionHostTest, SaysWhyAnExtensionCannotBeLoaded) {
   write("programs/plain", "#!/bin/sh\n", 0644);
@@ -176,32 +153,24 @@ while True:
   EXPECT_EQ(takeNotes(), "3 3 3 2 2");
 }
 
-TEST_F(ExtensionHostTest, EndsARunThatTakesTooLong) {
-  ExtensionLimits limits = quick;
-  limits.runSeconds = 4;
-  const DonorPtr donor = loadScript("while True: time.sleep(0.1); answer(request())", limits);
-  for (int i = 0; i < 50; ++i) renew(donor);
-  const std::string all = takeNotes();
-  EXPECT_EQ(all.substr(0, 2), "7 ");
-  EXPECT_EQ(all.substr(all.size() - 5), "!4 !4");
-  expectNothingLeft();
-}
-
-TEST_F(ExtensionHostTest, WaitsTenSecondsForAnAnswer) {
-  ManualSchedulerProvider time;
+TEST_F(ExtensionHostTest, WaitsTenSecondsForEachAnswerAndTwoMinutesForAll) {
   onLoop = time.mainThreadScheduler();
-  const DonorPtr donor = loadScript("while True: request()");
-  renew(donor);
-  runUntil([turns = 0]() mutable { return ++turns > 2; });
-  time.advance(9.75);
-  EXPECT_EQ(notes.back(), "");
-  time.advance(0.25);
-  EXPECT_EQ(takeNotes(), "!4");
-  expectNothingLeft();
+  for (const auto& [answerSeconds, end] : {std::pair(10.0, 10.0), {500.0, 120.0}}) {
+    const DonorPtr donor =
+        loadScript("answer(request())\nwhile True: request()", {.answerSeconds = answerSeconds});
+    renew(donor);
+    EXPECT_EQ(takeNotes(), "7");
+    renew(donor);
+    turnLoop();
+    time.advance(end - 0.25);
+    EXPECT_EQ(notes.back(), "") << end;
+    time.advance(0.25);
+    EXPECT_EQ(takeNotes(), "!4") << end;
+    expectNothingLeft();
+  }
 }
 
 TEST_F(ExtensionHostTest, LetsNoRequestJoinARunInTheSecondHalfOfItsTime) {
-  ManualSchedulerProvider time;
   onLoop = time.mainThreadScheduler();
   const DonorPtr donor = loadScript("while True: answer(request(), date(os.getpid()) + b'\\0')",
                                     {.runSeconds = 120, .idleSeconds = 59.875});
@@ -216,7 +185,7 @@ TEST_F(ExtensionHostTest, LetsNoRequestJoinARunInTheSecondHalfOfItsTime) {
   EXPECT_EQ(answer(), first);
   time.advance(0.25);
   renew(donor);
-  runUntil([turns = 0]() mutable { return ++turns > 20; });
+  turnLoop();
   EXPECT_EQ(notes.back(), "") << "it waits until the run has ended by itself";
   time.advance(59.625);
   EXPECT_NE(answer(), first);
@@ -225,29 +194,26 @@ TEST_F(ExtensionHostTest, LetsNoRequestJoinARunInTheSecondHalfOfItsTime) {
 }
 
 TEST_F(ExtensionHostTest, LetsExtensionsWaitInLineForAsLongAsItTakes) {
-  ExtensionLimits limits = quick;
-  limits.programs = 2;
-  limits.answerSeconds = 4;
-  for (const char* name : {"a", "b", "c", "d"}) {
-    installScript(name, "while True:\n    i = request(); time.sleep(0.5); answer(i)");
-  }
-  makeHost(limits);
-  const std::vector<DonorPtr> donors = discover();
-  for (const DonorPtr& donor : donors) renew(donor);
-  // The first two are at work for longer than an answer may take.
-  for (int i = 0; i < 16; ++i) renew(donors[i % 2]);
-  std::ptrdiff_t mostDescriptors = 0;
-  runUntil([&] {
-    mostDescriptors = std::max(mostDescriptors, countDescriptors() - descriptorsBefore);
-    return std::count(notes.begin(), notes.end(), "7") == 20;
-  });
-  EXPECT_EQ(mostDescriptors, 2 * 2);  // of each program
+  onLoop = time.mainThreadScheduler();
+  for (const char* name : {"a", "b", "c", "d"}) installScript(name, "serve()");
+  makeHost({.idleSeconds = 50, .programs = 2});
+  for (const DonorPtr& donor : discover()) renew(donor);
+  const auto areAnswered = [this](std::ptrdiff_t count) {
+    return [this, count] { return std::count(notes.begin(), notes.end(), "7") == count; };
+  };
+  runUntil(areAnswered(2));
+  time.advance(49.75);  // longer than an answer may take
+  turnLoop();
+  EXPECT_EQ(notes, std::vector<std::string>({"7", "7", "", ""}));
+  EXPECT_EQ(countDescriptors() - descriptorsBefore, 2 * 2) << "of each program";
+  time.advance(0.25);
+  runUntil(areAnswered(4));
+  time.advance(50);
   expectNothingLeft();
 }
 
 TEST_F(ExtensionHostTest, TellsOnceInTheBackgroundOfRedonationsThatBroughtNothing) {
-  ManualSchedulerProvider aside;
-  background = aside.backgroundScheduler();
+  background = time.backgroundScheduler();
   testing::internal::CaptureStderr();
   const DonorPtr donor = loadScript(
       "answer(request(), b'\\0\\0')\nanswer(request(), b'\\0\\0')\n"
@@ -257,7 +223,7 @@ TEST_F(ExtensionHostTest, TellsOnceInTheBackgroundOfRedonationsThatBroughtNothin
   expectNothingLeft();
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "neither is read nor told on the loop";
   testing::internal::CaptureStderr();
-  aside.runUntilIdle();
+  time.runUntilIdle();
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "quenlet: extension script: there is neither a list of values nor an error\n"
             "quenlet: extension script: why\n"
@@ -266,18 +232,16 @@ TEST_F(ExtensionHostTest, TellsOnceInTheBackgroundOfRedonationsThatBroughtNothin
 }
 
 TEST_F(ExtensionHostTest, FailsWhatIsAskedWhenItGoes) {
-  ExtensionLimits limits;
-  limits.programs = 1;
-  const DonorPtr running = loadScript("time.sleep(60)", limits);
+  const DonorPtr running = loadScript("time.sleep(60)", {.programs = 1});
   installScript("waiting", "serve()");
   const DonorPtr waiting = discover().back();
   renew(running);
   renew(waiting);
-  runUntil([turns = 0]() mutable { return ++turns > 2; });
+  turnLoop();
   renew(running);  // not seen by the loop yet
   host.reset();
   renew(running);
-  while (!notes[2].starts_with('!')) runUntil([turns = 0]() mutable { return ++turns > 1; });
+  while (!notes[2].starts_with('!')) turnLoop();
   EXPECT_EQ(takeNotes(), "!6 !6 !6 !6");
   expectNothingLeft();
 }
