@@ -206,15 +206,15 @@ TEST(DetachedStreamsTest, WaitForNobodyAndCountWhatTheyDrop) {
   int dropped = 0;
   std::istringstream lines(text);
   for (std::string line; std::getline(lines, line) && line != "last";) {
-    if (line.starts_with("quenlet: dropped ")) {
-      std::erase(line, ',');
-      const int missing = std::stoi(line.substr(17));
-      EXPECT_EQ(line, "quenlet: dropped " + std::to_string(missing) + " lines");
-      dropped += missing;
-      next += missing;
-    } else {
+    if (!line.starts_with("quenlet: dropped ")) {
       ASSERT_EQ(std::stoi(line), next++);
+      continue;
     }
+    std::erase(line, ',');
+    const int missing = std::stoi(line.substr(17));
+    EXPECT_EQ(line, "quenlet: dropped " + std::to_string(missing) + " lines");
+    dropped += missing;
+    next += missing;
   }
   EXPECT_EQ(next, count + 1);
   EXPECT_TRUE(dropped > 5'000 && dropped < 21'000) << dropped;
