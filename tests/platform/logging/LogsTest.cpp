@@ -3,6 +3,8 @@
 
 #include <functional>
 #include <future>
+#include <latch>
+#include <semaphore>
 
 #include "platform/logging/StructuredLoggerProvider.h"
 #include "platform/logging/SyslogSystemLog.h"
@@ -104,19 +106,16 @@ TEST_F(StructuredLogTest, SaysLessWhereALineWouldBeTooLong) {
 }
 
 // In the place of syslog(3), with a daemon that takes no line before it goes on.
-std::promise<void> goesOn;
-std::promise<void> isFull;
+std::latch goesOn(1);
+std::counting_semaphore<> taken(0);
 std::promise<void> hasEnded;
 std::string told;
 int mask = LOG_UPTO(LOG_WARNING);
 
 void write(int priority, const char* line) {
-  static const std::shared_future<void> going = goesOn.get_future().share();
-  going.wait();
+  goesOn.wait();
   told += std::to_string(priority) + " " + line + "\n";
-  if (std::count(told.begin(), told.end(), '\n') == 1 + DetachedLineWriter::mostLinesWaiting) {
-    isFull.set_value();
-  }
+  taken.release();
   if (line == std::string_view("other: end")) hasEnded.set_value();
 }
 
@@ -131,8 +130,8 @@ TEST(SyslogSystemLogTest, WritesNoticesInTheirOrderAndWaitsForNoDaemon) {
   EXPECT_TRUE(log.isDefaultLevelEnabled());
   log.write("100%s %n");
   for (int line = 0; line < 1000; ++line) other.write("");
-  goesOn.set_value();
-  isFull.get_future().wait();
+  goesOn.count_down();
+  for (std::size_t line = 0; line < DetachedLineWriter::mostLinesWaiting; ++line) taken.acquire();
   other.write("end");
   hasEnded.get_future().wait();
   EXPECT_TRUE(told.starts_with("ovaro.quenlet\n5 analytics: 100%s %n\n5 other: \n")) << told;

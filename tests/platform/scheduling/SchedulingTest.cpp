@@ -225,20 +225,18 @@ class EventLoopTest : public testing::Test {
   int calls = 0;
 };
 
-TEST_F(EventLoopTest, RunsBlocksPostedBeforeTheStopInOrderAndKeepsLaterOnes) {
+TEST_F(EventLoopTest, RunsWhatWasPostedBeforeItStopsAndKeepsTheRest) {
   std::vector<int> ran;
-  std::thread poster([&] {
-    for (int i = 0; i < 1000; ++i) loop.post([&, i] { ran.push_back(i); });
-    loop.stop();
+  loop.post([&] {
+    ran.push_back(1);
+    loop.post([&] { ran.push_back(3); });
   });
-  loop.run();
-  poster.join();
-  ASSERT_EQ(ran.size(), 1000U);
-  EXPECT_TRUE(std::is_sorted(ran.begin(), ran.end()));
   loop.stop();
-  loop.post([&] { ran.clear(); });
+  loop.post([&] { ran.push_back(2); });
   loop.run();
-  EXPECT_TRUE(ran.empty());
+  EXPECT_EQ(ran, std::vector({1, 2}));
+  EXPECT_EQ(callsIn(1), 0);
+  EXPECT_EQ(ran, std::vector({1, 2, 3}));
 }
 
 TEST_F(EventLoopTest, ReportsReadinessUntilPausedAndAgainAfterwards) {
@@ -303,29 +301,16 @@ class RunLoopTest : public testing::Test {
   std::vector<std::string> events;
 };
 
-TEST_F(RunLoopTest, HangUpsRunTheirHandlersAndTerminationEndsTheRun) {
-  const auto hangUp = note(SIGHUP, "hang-up");
-  const auto cancelled = note(SIGHUP, "cancelled");
-  const auto terminate = note(SIGTERM, "terminate");
-  cancelled->cancel();
-  perform([] { ::raise(SIGHUP); });
-  const auto later = runLoop->mainThreadScheduler()->afterDelay(0.001, [&] {
-    events.emplace_back("delayed");
-    ::raise(SIGTERM);
-  });
-  runLoop->run();
-  EXPECT_EQ(events, std::vector<std::string>({"hang-up", "delayed", "terminate"}));
-}
-
-TEST_F(RunLoopTest, KeepsAHangUpThatCameBeforeItsHandler) {
+TEST_F(RunLoopTest, KeepsAHangUpThatCameBeforeItsHandlerAndCallsNoCancelledOne) {
   ::raise(SIGHUP);
   std::shared_ptr<Cancelable> hangUp;
   const auto later = runLoop->mainThreadScheduler()->afterDelay(0.001, [&] {
     hangUp = note(SIGHUP, "hang-up");
-    perform([&] { runLoop->stop(); });
+    note(SIGHUP, "cancelled")->cancel();
+    for (const int signal : {SIGHUP, SIGTERM}) ::raise(signal);
   });
   runLoop->run();
-  EXPECT_EQ(events, std::vector<std::string>({"hang-up"}));
+  EXPECT_EQ(events, std::vector<std::string>({"hang-up", "hang-up"}));
 }
 
 TEST_F(RunLoopTest, WaitsForWhatHoldsTerminationEvenOnOtherThreads) {
