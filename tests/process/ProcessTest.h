@@ -183,9 +183,6 @@ class ProcessTest : public testing::Test {
 
   std::string card() { return quenlet({"card"}).out; }
   bool cardHas(const std::string& text) { return card().find(text) != std::string::npos; }
-  bool fileHas(const std::string& text) {
-    return readFile(donationsFile).find(text) != std::string::npos;
-  }
   // How many donations the agent has; -1 when it does not tell.
   int countDonations() {
     const Ran ran = quenlet({"list"});

@@ -42,27 +42,22 @@ class Bystander final {
   }
 
  private:
-  void timed(std::vector<double>& times, const std::function<void()>& block) {
-    const auto begun = std::chrono::steady_clock::now();
-    block();
-    const std::chrono::duration<double, std::milli> passed =
-        std::chrono::steady_clock::now() - begun;
-    MutexLock lock(mutex);
-    times.push_back(passed.count());
-  }
   void run() {
     auto [ours, theirs] = makePair();
     std::thread other([socket = theirs.get()] {
       for (char byte = 0; ::recv(socket, &byte, 1, 0) == 1;) ::send(socket, &byte, 1, 0);
     });
+    using Milliseconds = std::chrono::duration<double, std::milli>;
     char byte = 0;
     for (CorvelProxy client; !stopping; std::this_thread::sleep_for(2ms)) {
-      timed(wakeUps, [&, socket = ours.get()] {
-        EXPECT_EQ(::send(socket, &byte, 1, 0) + ::recv(socket, &byte, 1, 0), 2);
-      });
-      timed(fetches, [&client] {
-        client.synchronousDonatedMeCard([](const auto& card) { EXPECT_TRUE(card.isLeft()); });
-      });
+      const auto begun = std::chrono::steady_clock::now();
+      EXPECT_EQ(::send(ours.get(), &byte, 1, 0) + ::recv(ours.get(), &byte, 1, 0), 2);
+      const auto woken = std::chrono::steady_clock::now();
+      client.synchronousDonatedMeCard([](const auto& card) { EXPECT_TRUE(card.isLeft()); });
+      const auto fetched = std::chrono::steady_clock::now();
+      MutexLock lock(mutex);
+      wakeUps.push_back(Milliseconds(woken - begun).count());
+      fetches.push_back(Milliseconds(fetched - woken).count());
     }
     ours.reset();
     other.join();
@@ -110,7 +105,6 @@ class HostilePeersTest : public TrustTest {
       RecordProperty("p99 of a fetch in us, afterwards", static_cast<int>(recovered * 1000));
       RecordProperty("KiB in use before", static_cast<int>(memory * 1024));
       RecordProperty("KiB in use afterwards", static_cast<int>(memoryInMiB() * 1024));
-      RecordProperty("attacks", attempt + 1);
     }
     EXPECT_TRUE(wasServed);
   }
@@ -258,16 +252,14 @@ TEST_F(HostilePeersTest, LeaveNoWorkBehindWhenTheyAskForListsAndGo) {
   for (int i = 0; i < 120; ++i) lists += valid[4];
   // The best of three, as other programs can delay a donation as well.
   double best = 1e9;
-  for (int attempt = 0; attempt < 3 && best >= 1000; ++attempt) {
+  for (int attempt = 0; attempt < 3 && best >= 1; ++attempt) {
     for (int i = 0; i < 40; ++i) connect().send(lists);
     const auto begun = std::chrono::steady_clock::now();
     ASSERT_EQ(donateTo(client, {email("after@example.org")}), nullptr);
-    const std::chrono::duration<double, std::milli> passed =
-        std::chrono::steady_clock::now() - begun;
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begun;
     best = std::min(best, passed.count());
   }
-  RecordProperty("ms of a donation after 4,800 lists", static_cast<int>(best));
-  EXPECT_LT(best, 1000);
+  EXPECT_LT(best, 1) << "seconds";
 }
 
 TEST_F(HostilePeersTest, LetTheAgentRestOnceALateReaderHasTakenAll) {
