@@ -206,15 +206,10 @@ TEST(VCardReaderTest, ReadsEveryCardThatHasAnEndAndNamesTheOthersByTheirLine) {
   EXPECT_EQ(cards[0].formattedName, "Ann Lee");
   EXPECT_EQ(cards[1].place, 4U);
   EXPECT_EQ(cards[3].place, 8U);
-}
-
-TEST(VCardReaderTest, RefusesATextWithoutACard) {
-  for (const auto& [text, expected] : std::vector<std::pair<std::string, std::string>>{
-           {"", "2: line 0: the last line, and no card"},
-           {"FN:secret\n\nBEGIN:VCALENDAR", "2: line 3: the last line, and no card"},
-           {std::string(maximumVCardSizeInBytes + 1, '\n'), "2: the text is larger than 32 MiB"}}) {
-    EXPECT_EQ(read(text), expected);
-  }
+  EXPECT_EQ(read(""), "2: line 0: the last line, and no card");
+  EXPECT_EQ(read("FN:secret\n\nBEGIN:VCALENDAR"), "2: line 3: the last line, and no card");
+  EXPECT_EQ(read(std::string(maximumVCardSizeInBytes + 1, '\n')),
+            "2: the text is larger than 32 MiB");
 }
 
 // Each of these runs into the time limit when a step of it is not linear.

@@ -1,4 +1,3 @@
-
 #include "platform/files/PosixDataProxy.h"
 #include "platform/telephony/PropertyListDeviceInfo.h"
 #include "platform/telephony/PropertyListPhoneNumberMonitor.h"
