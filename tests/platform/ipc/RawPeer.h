@@ -15,6 +15,13 @@
 
 namespace quenlet {
 
+// Two ends of one connection.
+inline std::pair<FileDescriptor, FileDescriptor> connectedPair() {
+  std::array<int, 2> ends{};
+  EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
+
 // The other end of a service's or client's socket, free to say anything. Blocks, for half a minute.
 class RawPeer final {
  public:

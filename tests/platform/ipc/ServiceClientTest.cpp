@@ -42,6 +42,13 @@ class ServiceClientTest : public EchoTest {
     return promise->get_future();
   }
 
+  // A client of a service that says what the test likes.
+  RawPeer connectToPeer(std::chrono::milliseconds limit = ServiceClient::standardTimeLimit) {
+    auto [ours, theirs] = connectedPair();
+    client = ServiceClient::withConnectedSocket(std::move(ours), EchoService::interface(), limit);
+    return RawPeer(std::move(theirs));
+  }
+
   std::shared_ptr<ServiceClient> client;
 };
 
@@ -98,18 +105,7 @@ TEST_F(ServiceClientTest, RepliesWithTheReasonWhenItCannotHaveAThread) {
   EXPECT_EQ(callLater("echo", "b").get(), "b");
 }
 
-TEST_F(ServiceClientTest, EndsWhatIsUnderWayWhenTheServiceGoes) {
-  std::future<std::string> asynchronous = callLater("later", "x");
-  auto synchronous = std::async(std::launch::async, [this] { return call("later", "y"); });
-  service->waitForRequests(2);
-  listener.reset();
-  EXPECT_EQ(asynchronous.get(), "!2");
-  EXPECT_EQ(synchronous.get(), "!2");
-  EXPECT_EQ(call("echo", "x"), "!2");
-  EXPECT_EQ(callLater("echo", "x").get(), "!2");
-}
-
-TEST(ServiceClientPeerTest, TrustsNothingThatAServiceSays) {
+TEST_F(ServiceClientTest, TrustsNothingThatAServiceSays) {
   const auto frame = RawPeer::frame;
   WireEncoder error;
   ErrorWire::encode(error, makeError("other", 42));
@@ -133,32 +129,18 @@ TEST(ServiceClientPeerTest, TrustsNothingThatAServiceSays) {
       {"half a reply", frame(FrameKind::reply, 1, "\5\1x").substr(0, 14), "!2", "!2"},
   };
   for (const auto& [name, answer, first, second] : rows) {
-    int ends[2];
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-    RawPeer peer{FileDescriptor(ends[1])};
-    const auto client =
-        ServiceClient::withConnectedSocket(FileDescriptor(ends[0]), EchoService::interface());
-    ASSERT_TRUE(peer.send(answer));
-    peer.close();
-    EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), first) << name;
-    EXPECT_EQ(outcome(client->callSynchronously("echo", text("x"))), second) << name;
+    ASSERT_TRUE(connectToPeer().send(answer));
+    EXPECT_EQ(call("echo", "x"), first) << name;
+    EXPECT_EQ(call("echo", "x"), second) << name;
+    EXPECT_EQ(callLater("echo", "x").get(), second) << name;
   }
 }
 
-TEST(ServiceClientPeerTest, WaitsNoLongerThanItsTimeLimitAndDropsWhatComesLater) {
-  int ends[2];
-  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-  RawPeer peer{FileDescriptor(ends[1])};
-  const auto client = ServiceClient::withConnectedSocket(
-      FileDescriptor(ends[0]), EchoService::interface(), std::chrono::milliseconds(20));
-  const auto call = [&](const std::string& content) {
-    return outcome(client->callSynchronously("echo", text(content)));
-  };
-  std::promise<std::string> asynchronous;
-  client->call("echo", text("1"),
-               [&](const auto& reply) { asynchronous.set_value(outcome(reply)); });
-  EXPECT_EQ(call("2"), "!11") << "while the other one reads";
-  EXPECT_EQ(asynchronous.get_future().get(), "!11");
+TEST_F(ServiceClientTest, WaitsNoLongerThanItsTimeLimitAndDropsWhatComesLater) {
+  RawPeer peer = connectToPeer(std::chrono::milliseconds(20));
+  std::future<std::string> asynchronous = callLater("echo", "1");
+  EXPECT_EQ(call("echo", "2"), "!11") << "while the other one reads";
+  EXPECT_EQ(asynchronous.get(), "!11");
   const Result<std::string> late = client->callSynchronously("echo", text("3"));
   EXPECT_EQ(late.right()->debugDescription(), "the service did not answer within 0.02 seconds");
   ASSERT_TRUE(peer.send(RawPeer::frame(FrameKind::partOfReply, 3, "\5")));
@@ -166,31 +148,27 @@ TEST(ServiceClientPeerTest, WaitsNoLongerThanItsTimeLimitAndDropsWhatComesLater)
     ASSERT_TRUE(
         peer.send(RawPeer::frame(FrameKind::reply, identifier, text(std::to_string(identifier)))));
   }
-  EXPECT_EQ(call("4"), "4");
+  EXPECT_EQ(call("echo", "4"), "4");
   ASSERT_TRUE(peer.send(RawPeer::frame(FrameKind::reply, 1, text("again"))));
-  EXPECT_EQ(call("5"), "!5") << "dropped once only";
+  EXPECT_EQ(call("echo", "5"), "!5") << "dropped once only";
 }
 
 // A service that stopped before it took all of a request, and one that accepts nobody any more.
-TEST(ServiceClientPeerTest, GivesAServiceUpThatTakesNothing) {
-  int ends[2];
-  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-  const FileDescriptor silent(ends[1]);
+TEST_F(ServiceClientTest, GivesAServiceUpThatTakesNothing) {
   constexpr std::chrono::milliseconds limit(20);
-  const auto client =
-      ServiceClient::withConnectedSocket(FileDescriptor(ends[0]), EchoService::interface(), limit);
-  EXPECT_EQ(outcome(client->callSynchronously("echo", text(std::string(4 << 20, 'x')))), "!11");
+  const RawPeer silent = connectToPeer(limit);
+  EXPECT_EQ(call("echo", std::string(4 << 20, 'x')), "!11");
   EXPECT_TRUE(client->isBroken());
 
-  const TemporaryDirectory runtime;
-  ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
-  const auto address = ServiceAddress::forService("test.echo").left();
+  const auto address = ServiceAddress::forService("test.deaf").left();
   const FileDescriptor listening(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  ASSERT_EQ(address.bind(listening.get()), 0);
-  ASSERT_EQ(::listen(listening.get(), 0), 0);
-  const RawPeer waiting(address.socketPath());
-  const auto connected = ServiceClient::connect("test.echo", EchoService::interface(), limit);
-  EXPECT_EQ(connected.isLeft() ? 0 : connected.right()->code(), 11);
+  ASSERT_EQ(address.bind(listening.get()) + ::listen(listening.get(), 0), 0);
+  const auto connect = [&] {
+    return ServiceClient::connect("test.deaf", EchoService::interface(), limit);
+  };
+  const auto waiting = connect();
+  EXPECT_TRUE(waiting.isLeft());
+  EXPECT_EQ(connect().right()->code(), 11);
 }
 
 }  // namespace
