@@ -51,7 +51,6 @@ class EchoService final : public ExportedObject,
     if (selector == "long") return reply(std::make_shared<const Pieces>(*this, pieces, values));
     MutexLock lock(mutex);
     waiting.emplace_back(std::move(reply), std::move(values));
-    mostWaiting = std::max(mostWaiting, waiting.size());
     changed.notifyAll();
   }
 
@@ -91,11 +90,6 @@ class EchoService final : public ExportedObject,
     return waiting.front().first.isWanted();
   }
 
-  std::size_t mostWaitingAtOnce() {
-    MutexLock lock(mutex);
-    return mostWaiting;
-  }
-
  private:
   // One text in pieces, the first of which has the text's head as well.
   class Pieces final : public EncodedReply {
@@ -126,7 +120,6 @@ class EchoService final : public ExportedObject,
   Mutex mutex;
   ConditionVariable changed;
   std::deque<std::pair<WireReply, std::string>> waiting GUARDED_BY(mutex);
-  std::size_t mostWaiting GUARDED_BY(mutex) = 0;
   std::string performed GUARDED_BY(mutex);
 };
 
