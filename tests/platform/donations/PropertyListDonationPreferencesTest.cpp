@@ -19,7 +19,6 @@ class PropertyListDonationPreferencesTest : public FileFixture {
       std::make_shared<FakeNotificationCenter>(trace);
   std::shared_ptr<PropertyListDonationPreferences> preferences = newPreferences();
   Values delivered;
-  std::function<void()> atDelivery = [] {};
   std::shared_ptr<Cancelable> token;
 
   ~PropertyListDonationPreferencesTest() override {
@@ -28,11 +27,11 @@ class PropertyListDonationPreferencesTest : public FileFixture {
   std::shared_ptr<PropertyListDonationPreferences> newPreferences() {
     return std::make_shared<PropertyListDonationPreferences>(file, dataProxy, loop, center);
   }
-  void subscribe() {
+  void subscribe(std::function<void()> atFirst = [] {}) {
     token = preferences->observableWithPreferences(center, nullptr)
-                ->subscribe(Observer<bool>::observerWithResultBlock([this](const bool& value) {
+                ->subscribe(Observer<bool>::observerWithResultBlock([=, this](const bool& value) {
                   delivered.push_back(value);
-                  std::exchange(atDelivery, [] {})();
+                  if (delivered.size() == 1) atFirst();
                 }));
   }
   Values deliveredAfterRun() {
@@ -83,8 +82,7 @@ TEST_F(PropertyListDonationPreferencesTest, DeliversTheValueAtOnceAndThenRealCha
 }
 
 TEST_F(PropertyListDonationPreferencesTest, DoesNotMissAChangeMadeDuringTheFirstDelivery) {
-  atDelivery = [this] { writeEntries({{"donations-enabled", false}}); };
-  subscribe();
+  subscribe([this] { writeEntries({{"donations-enabled", false}}); });
   EXPECT_EQ(deliveredAfterRun(), (Values{true, false}));
 }
 
@@ -110,7 +108,7 @@ using PropertyListUserDefaultsTest = FileFixture;
 // Each writer has a file layer of its own, as processes do.
 TEST_F(PropertyListUserDefaultsTest, LosesNoKeyToAnotherWriter) {
   constexpr int keys = 20;
-  std::vector<std::thread> writers;
+  std::vector<std::jthread> writers;
   for (const std::string writer : {"a", "b", "c"}) {
     writers.emplace_back([this, writer] {
       PropertyListUserDefaults own(file, std::make_shared<PosixDataProxy>(),
@@ -120,7 +118,7 @@ TEST_F(PropertyListUserDefaultsTest, LosesNoKeyToAnotherWriter) {
       }
     });
   }
-  for (std::thread& writer : writers) writer.join();
+  writers.clear();
   PropertyListUserDefaults defaults(file, dataProxy);
   EXPECT_EQ(entries().size(), std::size_t{3 * keys});
   EXPECT_EQ(defaults.objectForKey("c7"), PropertyList(Date(7)));
@@ -129,10 +127,11 @@ TEST_F(PropertyListUserDefaultsTest, LosesNoKeyToAnotherWriter) {
 
 // It shares the file with the owner's word on donations, of which nothing would be left.
 TEST_F(PropertyListUserDefaultsTest, LeavesAFileThatIsDamagedOrAtWorkAsItIs) {
-  writeBytes("<plist><dict><key>donations-enabled</key><false/>");
+  const std::string damage = "<plist><dict><key>donations-enabled</key><false/>";
+  writeBytes(damage);
   PropertyListUserDefaults defaults(file, dataProxy, std::chrono::milliseconds(0));
   EXPECT_EQ(defaults.setObject(Date(1), "a")->domain(), PropertyListErrorDomain);
-  EXPECT_EQ(readFile(file), "<plist><dict><key>donations-enabled</key><false/>");
+  EXPECT_EQ(readFile(file), damage);
   EXPECT_EQ(damagedCopies(), std::vector<std::string>());
   const auto lock = LockFile::tryLock(file.string() + ".lock").left();
   EXPECT_EQ(defaults.setObject(Date(1), "a")->code(), EWOULDBLOCK);

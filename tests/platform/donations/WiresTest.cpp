@@ -15,11 +15,6 @@ constexpr auto invalid = static_cast<std::int64_t>(ServiceErrorCode::invalidArgu
 
 using Entries = PropertyListDictionary;
 
-std::shared_ptr<const Contact> decodedContact(const WireEncoder& encoder) {
-  WireReader reader(encoder.bytes());
-  return ContactWire::decode(reader);
-}
-
 TEST(DonationWireTest, CarriesRecordsAndRefusesOthers) {
   const DonationValues values = {email("a@x", from("app", "1", "c")), image("\xff")};
   WireEncoder good;
@@ -74,26 +69,26 @@ TEST(ContactWireTest, CarriesAContactAndRefusesOthers) {
   fields.phoneNumbers = {phone("+49 30 1")->phoneEntry()};
   fields.postalAddresses = {postal({.city = "B"})->postalEntry(), postal({})->postalEntry()};
   fields.imageData = std::make_shared<const std::string>("\xff");
+  const auto decoded = [](const WireEncoder& encoder) {
+    WireReader reader(encoder.bytes());
+    return ContactWire::decode(reader);
+  };
   for (const Contact& contact : {Contact(), Contact(fields)}) {
     WireEncoder encoder;
     ContactWire::encode(encoder, contact);
-    const auto read = decodedContact(encoder);
+    const auto read = decoded(encoder);
     EXPECT_TRUE(read && *read == contact);
   }
   const auto addresses = [](const Entries& entry) {
     return Entries{{"emailAddresses", PropertyListArray{entry}}};
   };
-  const auto origin = [](double date) {
-    return Entries{{"bundleIdentifier", "app"},
-                   {"donationIdentifier", "1"},
-                   {"donationDate", date},
-                   {"expirationDate", 1.0}};
-  };
+  Entries never = *findDictionary(email("a@x")->propertyListRepresentation(), "origin");
+  never.insert_or_assign("donationDate", std::nan(""));
   const Entries number{{"label", "h"}, {"value", "none"}};
   for (const Entries& bad :
        {Entries{{"phoneNumbers", PropertyListArray{number}}}, addresses({{"value", "a@x"}}),
         addresses({{"label", "h"}, {"value", "a@x"}, {"valueOrigin", Entries{}}}),
-        addresses({{"label", "h"}, {"value", "a@x"}, {"valueOrigin", origin(std::nan(""))}}),
+        addresses({{"label", "h"}, {"value", "a@x"}, {"valueOrigin", never}}),
         Entries{{"emailAddresses", "a@x"}}, Entries{{"givenName", 1}}}) {
     const WireEncoder encoder = WireEncoder().object("Contact").propertyList(bad).boolean(true);
     WireReader reader(encoder.bytes());
@@ -101,7 +96,7 @@ TEST(ContactWireTest, CarriesAContactAndRefusesOthers) {
     EXPECT_EQ(reader.boolean(), true) << "nothing but the contact was read";
   }
   const Entries later{{"aaa", addresses({})}, {"givenName", "Ann"}, {"zzz", 1}};
-  const auto read = decodedContact(WireEncoder().object("Contact").propertyList(later));
+  const auto read = decoded(WireEncoder().object("Contact").propertyList(later));
   EXPECT_TRUE(read && read->givenName() == "Ann") << "what is not known is passed over";
 }
 
