@@ -37,16 +37,12 @@ struct Exporter final : ServiceListenerDelegate {
   }
 };
 
+// Replies with the same bytes to everything; with none it keeps the reply handlers.
 struct FixedReply final : ExportedObject {
   std::string bytes;
-  void perform(const std::string&, WireReader, WireReply reply) override { reply(bytes); }
-};
-
-// Keeps the reply handlers.
-struct Silence final : ExportedObject {
   std::vector<WireReply> held;
   void perform(const std::string&, WireReader, WireReply reply) override {
-    held.push_back(std::move(reply));
+    bytes.empty() ? held.push_back(std::move(reply)) : reply(bytes);
   }
 };
 
@@ -55,7 +51,7 @@ class CorvelProxyTest : public EnvironmentTest {
   CorvelProxyTest() { ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1); }
 
   void serve(std::shared_ptr<ExportedObject> object) {
-    stopServing();
+    listener.reset();
     exporter->exported = std::move(object);
     listener = std::make_unique<UnixServiceListener>(CorvelServiceName, nullptr);
     listener->setDelegate(exporter);
@@ -65,7 +61,6 @@ class CorvelProxyTest : public EnvironmentTest {
     serve(std::make_shared<CorvelDispatcher>(
         agent, [] { return true; }, std::make_shared<DonationListReplies>()));
   }
-  void stopServing() { listener.reset(); }
 
   // The error that each of the ten operations was replied to with; the synchronous one must have
   // been on this thread.
@@ -110,11 +105,9 @@ TEST_F(CorvelProxyTest, CarriesAllOperationsAndRepliesOnceAsSoonAsThereIsAnAgent
 }
 
 TEST_F(CorvelProxyTest, WaitsForNoReplyLongerThanItWasMadeTo) {
-  const auto silence = std::make_shared<Silence>();
-  serve(silence);
+  serve(std::make_shared<FixedReply>());
   CorvelProxy impatient(std::chrono::milliseconds(20));
   EXPECT_EQ(repliesOfAll(impatient), Errors(10, timedOut));
-  stopServing();
 }
 
 TEST_F(CorvelProxyTest, RepliesToWhatIsUnderWayWhenTheAgentGoesAndConnectsAnew) {
@@ -123,7 +116,7 @@ TEST_F(CorvelProxyTest, RepliesToWhatIsUnderWayWhenTheAgentGoesAndConnectsAnew) 
   const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
     proxy.donateMeCardValues({agent->value}, std::move(reply));
     agent->waitForHeldReply();
-    stopServing();
+    listener.reset();
   });
   EXPECT_EQ(described(error), connectionBroken);
 
@@ -135,23 +128,18 @@ TEST_F(CorvelProxyTest, RepliesToWhatIsUnderWayWhenTheAgentGoesAndConnectsAnew) 
 }
 
 TEST_F(CorvelProxyTest, TakesNoSenselessReplyForAnAnswer) {
-  const std::string null = std::move(WireEncoder().null()).take();
-  const auto badObject = [&](WireEncoder encoder, const char* className) {
-    return std::move(encoder.object(className).integer(1)).take() + null;
-  };
-  const std::tuple<const char*, std::string, int> rows[] = {
-      {"no card and no error", null + null, 4},
-      {"a card that is none", badObject({}, "Contact"), 4},
-      {"no list and no error", null + null, 6},
-      {"a donation that is none", badObject(WireEncoder().list(1), "DonationValue"), 6},
+  const WireEncoder donation = WireEncoder().list(1).object("DonationValue").integer(1).null();
+  const std::tuple<const char*, WireEncoder, int> rows[] = {
+      {"no card and no error", WireEncoder().null().null(), 4},
+      {"a card that is none", WireEncoder().object("Contact").integer(1).null(), 4},
+      {"no list and no error", WireEncoder().null().null(), 6},
+      {"a donation that is none", donation, 6},
   };
   for (const auto& [name, reply, operation] : rows) {
-    SCOPED_TRACE(name);
-
     const auto fixed = std::make_shared<FixedReply>();
-    fixed->bytes = reply;
+    fixed->bytes = reply.bytes();
     serve(fixed);
-    EXPECT_EQ(repliesOfAll(proxy).at(operation - 1), malformedMessage);
+    EXPECT_EQ(repliesOfAll(proxy).at(operation - 1), malformedMessage) << name;
   }
 }
 
@@ -161,7 +149,7 @@ TEST_F(CorvelProxyTest, ServesManyThreadsWhileTheAgentIsRestarted) {
   std::atomic<int> replies = 0;
   std::atomic<int> threadsLeft = 2;
   auto shared = std::make_unique<CorvelProxy>();  // its end replies to what is under way
-  std::vector<std::thread> threads;
+  std::vector<std::jthread> threads;
   for (int i = 0; i < 2; ++i) {
     threads.emplace_back([&] {
       for (int n = 0; n < calls; ++n) {
@@ -173,7 +161,7 @@ TEST_F(CorvelProxyTest, ServesManyThreadsWhileTheAgentIsRestarted) {
     });
   }
   while (threadsLeft > 0) serveAgent();
-  for (std::thread& thread : threads) thread.join();
+  threads.clear();
   shared.reset();
   EXPECT_EQ(replies, 2 * 2 * calls);
 }

@@ -1,5 +1,4 @@
 #include <stdlib.h>
-#include <sys/socket.h>
 #include <time.h>
 
 #include <cmath>
@@ -11,6 +10,7 @@
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/ServiceClient.h"
 #include "tests/platform/extensions/HostFixture.h"
+#include "tests/platform/ipc/RawPeer.h"
 #include "tests/support/DonationFactory.h"
 
 namespace quenlet {
@@ -37,11 +37,10 @@ class ObedientDonor final : public ExtensionDonor {
 class DonorExtensionMainTest : public testing::Test {
  protected:
   DonorExtensionMainTest() {
-    int ends[2];
-    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-    client =
-        ServiceClient::withConnectedSocket(FileDescriptor(ends[0]), makeDonorExtensionInterface());
-    extension = std::thread([this, end = ends[1]] { serveDonor(donor, FileDescriptor(end)); });
+    auto [ours, theirs] = connectedPair();
+    client = ServiceClient::withConnectedSocket(std::move(ours), makeDonorExtensionInterface());
+    extension = std::thread(
+        [this, end = std::move(theirs)]() mutable { serveDonor(donor, std::move(end)); });
   }
   ~DonorExtensionMainTest() override {
     client.reset();
@@ -85,46 +84,33 @@ TEST_F(DonorExtensionMainTest, PutsRequestsToTheDonorAndTurnsExceptionsIntoError
       "ovaro.quenlet.service-error 4: the value is no valid donation");
 }
 
-// The programs that were built, started by a host. HOME is the test's directory.
-class VCardExtensionTest : public HostFixture {
- protected:
-  VCardExtensionTest() { ::setenv("HOME", root.c_str(), 1); }
+using BuiltExtensionTest = HostFixture;
 
-  // Installs a copy that nobody else can write, whatever the builder's umask.
-  void installProgram(const std::string& bundle, const std::string& name) {
-    const auto built = std::filesystem::read_symlink("/proc/self/exe").parent_path() / name;
-    std::filesystem::copy_file(built, root / name);
-    std::filesystem::permissions(root / name, std::filesystem::perms(0755));
-    install(bundle, root / name);
-    makeHost({.idleSeconds = 0.1});
-  }
-  std::string redonated(const DonorPtr& asked) {
-    testing::internal::CaptureStderr();
-    asked->redonateAllValuesWithReason(1);
-    runUntil([turn = 0]() mutable { return ++turn > 1; });
-    notes.clear();
-    renew(asked);  // answered after the re-donation
-    takeNotes();
-    return testing::internal::GetCapturedStderr() + agent->takeCalls();
-  }
-};
-
-TEST_F(VCardExtensionTest, DonatesNothingForAnotherBundleThanItsOwn) {
-  installProgram("org.example.other", "quenlet-vcard-extension");
-
+// The programs as they were built, each installed under a bundle; the first donates for its own
+// alone. HOME is the test's directory.
+TEST_F(BuiltExtensionTest, DonatesForNoOtherBundleAndDoesWhatTheGuideSays) {
+  ::setenv("HOME", root.c_str(), 1);
   write("Library/Contacts/Cards/ann.vcf", "BEGIN:VCARD\nVERSION:4.0\nFN:Ann Berg\nEND:VCARD\n");
-  EXPECT_EQ(redonated(load("org.example.other")),
-            "quenlet: extension org.example.other: it donates for another bundle than its own\n");
-}
-
-TEST_F(VCardExtensionTest, RunsTheExtensionOfTheGuide) {
-  installProgram("com.example.mail", "guide-extension");
-
-  const DonorPtr donor = load("com.example.mail");
-  ASSERT_TRUE(donor);
-  EXPECT_EQ(redonated(donor), "");
-  renew(donor);
-  EXPECT_LT(::atol(takeNotes().c_str()), ::time(nullptr)) << "withdrawn";
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      {"org.example.other", "quenlet-vcard-extension",
+       "quenlet: extension org.example.other: it donates for another bundle than its own\n"},
+      {"com.example.mail", "guide-extension", ""},
+  };
+  for (const auto& [bundle, program, said] : rows) {
+    // A copy that nobody else can write, whatever the builder's umask.
+    const auto bin = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+    write(program, readFile(bin / program), 0755);
+    install(bundle, root / program);
+    makeHost({.idleSeconds = 0.1});
+    const DonorPtr donor = load(bundle);
+    ASSERT_TRUE(donor) << bundle;
+    testing::internal::CaptureStderr();
+    donor->redonateAllValuesWithReason(1);
+    runUntil([turn = 0]() mutable { return ++turn > 1; });
+    renew(donor);  // answered after the re-donation
+    EXPECT_LT(::atol(takeNotes().c_str()), ::time(nullptr)) << "withdrawn";
+    EXPECT_EQ(testing::internal::GetCapturedStderr() + agent->takeCalls(), said);
+  }
 }
 
 }  // namespace
