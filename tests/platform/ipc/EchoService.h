@@ -37,18 +37,19 @@ class EchoService final : public ExportedObject,
   }
 
   void perform(const std::string& selector, WireReader arguments, WireReply reply) override {
+    const std::string_view text = WireReader(arguments).string().value_or("");
+    std::string values(arguments.skip());
     {
       MutexLock lock(mutex);
-      performed += WireReader(arguments).string().value_or("");
+      performed += text;
     }
-    std::string values(arguments.skip());
     if (selector == "hold") {
       held.release();
       released.acquire();
     }
     if (selector == "echo" || selector == "hold") return reply(std::move(values));
     if (selector == "drop") return;
-    if (selector == "long") return reply(std::make_shared<const Pieces>(*this, pieces, values));
+    if (selector == "long") return reply(std::make_shared<const Pieces>(*this, text));
     MutexLock lock(mutex);
     waiting.emplace_back(std::move(reply), std::move(values));
     changed.notifyAll();
@@ -94,25 +95,23 @@ class EchoService final : public ExportedObject,
   // One text in pieces, the first of which has the text's head as well.
   class Pieces final : public EncodedReply {
    public:
-    Pieces(EchoService& owner, std::size_t count, const std::string& argument)
-        : service(owner),
-          number(count),
-          text(*WireReader(argument).string()),
-          head(WireEncoder().string(std::string(count * text.size(), 'x')).bytes()) {
-      head.resize(head.size() - count * text.size());
+    Pieces(EchoService& owner, std::string_view text)
+        : service(owner), count(owner.pieces), other(std::make_shared<const std::string>(text)) {
+      std::string whole = WireEncoder().string(std::string(count * text.size(), 'x')).bytes();
+      whole.resize(whole.size() - count * text.size());
+      first = std::make_shared<const std::string>(whole.append(text));
     }
-    std::size_t sizeInBytes() const override { return head.size() + number * text.size(); }
-    std::size_t pieceCount() const override { return number; }
+    std::size_t sizeInBytes() const override { return first->size() + (count - 1) * other->size(); }
+    std::size_t pieceCount() const override { return count; }
     std::shared_ptr<const std::string> piece(std::size_t index) const override {
       ++service.piecesMade;
-      return std::make_shared<const std::string>(index == 0 ? head + text : text);
+      return index == 0 ? first : other;
     }
 
    private:
     EchoService& service;
-    const std::size_t number;
-    const std::string text;
-    std::string head;
+    const std::size_t count;
+    std::shared_ptr<const std::string> first, other;
   };
 
   std::binary_semaphore held{0};

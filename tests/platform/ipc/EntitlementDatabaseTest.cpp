@@ -69,7 +69,7 @@ TEST_F(EntitlementDatabaseTest, TakesTrustedFilesAndNamesTheOthers) {
   EXPECT_EQ(report.find("secret"), std::string::npos);
 }
 
-TEST_F(EntitlementDatabaseTest, TrustsNoDirectoryBelowThePrefixThatOthersCanWrite) {
+TEST_F(EntitlementDatabaseTest, TrustsNoFileAndEntitlesNoProgramThatOthersCanReplace) {
   const auto a = program("bin/a");
   writeFile(files / "a.plist", grant(a, "<true/>"));
   for (const char* directory : {"share", "share/quenlet", "share/quenlet/entitlements"}) {
@@ -77,12 +77,6 @@ TEST_F(EntitlementDatabaseTest, TrustsNoDirectoryBelowThePrefixThatOthersCanWrit
     EXPECT_EQ(card(EntitlementDatabase(prefix), a), std::nullopt) << directory;
     ASSERT_EQ(::chmod((prefix / directory).c_str(), 0755), 0);
   }
-  EXPECT_EQ(card(EntitlementDatabase(prefix), a), PropertyList(true));
-}
-
-TEST_F(EntitlementDatabaseTest, EntitlesNoProgramThatOthersCanReplace) {
-  const auto a = program("bin/a");
-  writeFile(files / "a.plist", grant(a, "<true/>"));
   const EntitlementDatabase database(prefix);
   const std::tuple<const char*, std::filesystem::path, mode_t> rows[] = {
       {"its group writes it", a, 0775},
