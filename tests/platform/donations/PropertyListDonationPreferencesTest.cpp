@@ -100,7 +100,7 @@ TEST_F(PropertyListDonationPreferencesTest, TakesADamagedFileForNoAnswerAndKeeps
   EXPECT_EQ(deliveredAfterRun(), (Values{false}));
   EXPECT_EQ(preferences->setDonationsEnabled(true), nullptr);
   EXPECT_EQ(deliveredAfterRun(), (Values{false, true}));
-  EXPECT_EQ(damagedCopies(), std::vector<std::string>{"<plist ver"});
+  EXPECT_EQ(damagedCopy(), "<plist ver");
 }
 
 using PropertyListUserDefaultsTest = FileFixture;
@@ -132,7 +132,7 @@ TEST_F(PropertyListUserDefaultsTest, LeavesAFileThatIsDamagedOrAtWorkAsItIs) {
   PropertyListUserDefaults defaults(file, dataProxy, std::chrono::milliseconds(0));
   EXPECT_EQ(defaults.setObject(Date(1), "a")->domain(), PropertyListErrorDomain);
   EXPECT_EQ(readFile(file), damage);
-  EXPECT_EQ(damagedCopies(), std::vector<std::string>());
+  EXPECT_EQ(damagedCopy(), "");
   const auto lock = LockFile::tryLock(file.string() + ".lock").left();
   EXPECT_EQ(defaults.setObject(Date(1), "a")->code(), EWOULDBLOCK);
 }

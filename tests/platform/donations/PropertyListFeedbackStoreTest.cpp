@@ -161,7 +161,7 @@ TEST_F(PropertyListFeedbackStoreTest, ReplacesNoFileThatItCannotReadAndTellsOnce
     EXPECT_EQ(changesSeen(), 0) << "its own additions are news to nobody";
     EXPECT_TRUE(knows(ann) && knows(bob) && knows(eve));
   }
-  EXPECT_EQ(damagedCopies(), std::vector<std::string>());
+  EXPECT_EQ(damagedCopy(), "");
 }
 
 TEST_F(PropertyListFeedbackStoreTest, KeepsAsideAFileWhereAContactHasNoList) {
@@ -169,7 +169,7 @@ TEST_F(PropertyListFeedbackStoreTest, KeepsAsideAFileWhereAContactHasNoList) {
   writeBytes(damage);
   EXPECT_FALSE(knows(ann));
   EXPECT_EQ(reject({ann})->error, nullptr);
-  EXPECT_EQ(damagedCopies(), std::vector{damage});
+  EXPECT_EQ(damagedCopy(), damage);
 }
 
 TEST_F(PropertyListFeedbackStoreTest, ReadsAgainLaterWhatTheSystemCouldNotRead) {

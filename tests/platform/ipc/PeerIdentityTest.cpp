@@ -19,9 +19,7 @@ class PeerIdentityTest : public testing::Test {
  protected:
   PeerIdentityTest() {
     for (const auto& copy : {program, other}) std::filesystem::copy_file("/bin/sleep", copy);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    socketPath.native().copy(address.sun_path, sizeof(address.sun_path) - 1);
+    const sockaddr_un address = RawPeer::address(socketPath);
     EXPECT_EQ(::bind(listening.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) +
                   ::listen(listening.get(), 1),
               0);
@@ -29,24 +27,21 @@ class PeerIdentityTest : public testing::Test {
   // The path that is known of a child which prepares itself, connects and runs `program`; "refused"
   // when the system does not let it prepare itself.
   std::string executableAfter(const std::function<bool()>& prepare) {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    auto [ours, theirs] = connectedPair();
     const pid_t child = ::fork();
     if (child == 0) {
       const int socket = ::dup(RawPeer(socketPath).release());
       if (socket >= 0 && prepare()) ::execl(program.c_str(), program.c_str(), "60", nullptr);
-      ::_exit(::write(ends[1], "!", 1) == 1 ? 1 : 2);
+      ::_exit(::write(theirs.get(), "!", 1) == 1 ? 1 : 2);
     }
-    ::close(ends[1]);
+    theirs.reset();
     char refusal = 0;
-    const bool isRefused = ::read(ends[0], &refusal, 1) == 1;  // closed by the program's start
-    ::close(ends[0]);
+    const bool isRefused = ::read(ours.get(), &refusal, 1) == 1;  // closed by the program's start
     const FileDescriptor accepted(::accept(listening.get(), nullptr, nullptr));
     const Result<PeerIdentity> peer = PeerIdentity::ofSocket(accepted.get());
     ::kill(child, SIGKILL);
     EXPECT_EQ(::waitpid(child, nullptr, 0), child);
-    if (isRefused) return "refused";
-    return peer.left().executable.value_or("nothing");
+    return isRefused ? "refused" : peer.left().executable.value_or("nothing").string();
   }
 
   TemporaryDirectory directory;

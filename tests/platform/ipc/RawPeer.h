@@ -32,12 +32,15 @@ class RawPeer final {
   explicit RawPeer(FileDescriptor connected) : socket(std::move(connected)) {}
   explicit RawPeer(const std::filesystem::path& path) : RawPeer() { connect(path); }
 
-  void connect(const std::filesystem::path& path) {
+  static sockaddr_un address(const std::filesystem::path& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     path.native().copy(address.sun_path, sizeof(address.sun_path) - 1);
-    EXPECT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)),
-              0);
+    return address;
+  }
+  void connect(const std::filesystem::path& path) {
+    const sockaddr_un at = address(path);
+    EXPECT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&at), sizeof at), 0);
   }
 
   static std::string frame(FrameKind kind, std::uint64_t identifier, std::string_view body) {
