@@ -107,6 +107,9 @@ TEST_F(PropertyListFeedbackStoreTest, AnswersOnlyOnceTheRejectionIsDurable) {
   EXPECT_EQ(second->calls, 0);
   dataProxy->releaseWrites();
   EXPECT_TRUE(second->calls == 1 && third->calls == 1 && !second->error && !third->error);
+  dataProxy->failsReads = true;
+  EXPECT_TRUE(knows(bob)) << "what it cannot read it does not forget";
+  dataProxy->failsReads = false;
   EXPECT_EQ(dataProxy->writes, 3) << "those that wait for one write share the next";
   startAnew();
   EXPECT_TRUE(knows(ann) && knows(bob) && knows(ann, them) && !knows(eve));
