@@ -129,23 +129,25 @@ TEST_F(MetricsAttemptTest, ReportsBothCardsAndLastsUntilTheDonatedOneIsThere) {
     if (i < 3) curated.phoneNumbers.append(line);
     donated.phoneNumbers.append(line);
     if (i < 3) donated.emailAddresses.append(email(digit + "@x")->emailEntry());
-    if (i < 5) donated.postalAddresses.append(postal({.country = digit})->postalEntry());
+    const auto address = postal({.country = digit})->postalEntry();
+    if (i < 2) curated.postalAddresses.append(address);
+    if (i < 5) donated.postalAddresses.append(address);
   }
   haveCard(curated);
   agent->contact = std::make_shared<const Contact>(donated);
   agent->holdsReplies = true;
-  EXPECT_EQ(attempt(), eventsOfCard({true, true, true, false}));
+  EXPECT_EQ(attempt(), eventsOfCard({true, true, true, true}));
   EXPECT_EQ(defaults->lastAttempt, PropertyList(now));
   agent->answerHeldFetch();
   EXPECT_EQ(take(), (Events{"Number of donated email addresses : 3 (1 matched, 2 unmatched)",
                             "Number of donated phone numbers   : 7 (3 matched, 4 unmatched)",
-                            "Number of donated postal addresses: 5 (0 matched, 5 unmatched)",
+                            "Number of donated postal addresses: 5 (2 matched, 3 unmatched)",
                             "ovaro.quenlet.augmentation.email-address.matched-count + 1",
                             "ovaro.quenlet.augmentation.email-address.unmatched-count + 2",
                             "ovaro.quenlet.augmentation.phone-number.matched-count + 3",
                             "ovaro.quenlet.augmentation.phone-number.unmatched-count + 4",
-                            "ovaro.quenlet.augmentation.postal-address.matched-count + 0",
-                            "ovaro.quenlet.augmentation.postal-address.unmatched-count + 5",
+                            "ovaro.quenlet.augmentation.postal-address.matched-count + 2",
+                            "ovaro.quenlet.augmentation.postal-address.unmatched-count + 3",
                             "didReportAnalytics", "end"}));
 }
 
@@ -155,7 +157,8 @@ TEST_F(MetricsAttemptTest, ReportsTheFieldsOfACardWithoutADonatedOne) {
   named.phoneNumbers = phoneOnly.phoneNumbers = {phone("112")->phoneEntry()};
   agent->setError(makeError(DonationErrorDomain, 1));
   for (const auto& [card, has] : {std::pair(named, std::array{true, false, true, false}),
-                                  std::pair(phoneOnly, std::array{false, false, true, false})}) {
+                                  std::pair(phoneOnly, std::array{false, false, true, false}),
+                                  std::pair(ContactFields(), std::array<bool, 4>())}) {
     defaults->lastAttempt.reset();
     haveCard(card);
     Events expected = eventsOfCard(has);

@@ -35,7 +35,9 @@ class AgentFixture : public EnvironmentTest {
   }
 
   [[nodiscard]] std::string outcome(const ErrorPtr& error) const {
-    return error ? "error " + std::to_string(error->code()) : "no error";
+    if (!error) return "no error";
+    const bool isOurs = error->domain() == DonationErrorDomain;
+    return "error " + (isOurs ? "" : error->domain() + " ") + std::to_string(error->code());
   }
   void noteReply(const std::string& what) {
     environment->trace.note("reply " + what);

@@ -26,17 +26,21 @@ TEST_F(BundleLimitTest, ChangesOnlyWhatIsUnderItsBundles) {
       {"a donation under another bundle",
        donate,
        {d, email("e@x", from("other", "e"))},
-       {"caller: reply error 12"}},
+       {"caller: reply error ovaro.quenlet.service-error 12"}},
       {"a donation in the place of another bundle's",
        donate,
        {d, email("e@x", from("mine", "b"))},
-       {will + donate, "caller: acceptingDonations: [d,b]", "background: reply error 12",
-        did + donate}},
+       {will + donate, "caller: acceptingDonations: [d,b]",
+        "background: reply error ovaro.quenlet.service-error 12", did + donate}},
       {"a removal of another bundle's",
        removeIdentifiers,
        {a, b},
-       {will + removeIdentifiers, "background: reply false error 12", did + removeIdentifiers}},
-      {"a removal of another bundle", removeBundle, {b}, {"caller: reply false error 12"}},
+       {will + removeIdentifiers, "background: reply false error ovaro.quenlet.service-error 12",
+        did + removeIdentifiers}},
+      {"a removal of another bundle",
+       removeBundle,
+       {b},
+       {"caller: reply false error ovaro.quenlet.service-error 12"}},
   };
   for (const auto& [name, request, values, events] : rows) {
     EXPECT_EQ(eventsOf(request, values), events) << name;
@@ -56,7 +60,7 @@ TEST_F(BundleLimitTest, RejectsNothingAndReadsAll) {
   gate->rejectValuesWithClusterIdentifier("c", errorReply());
   gate->removeAllRejectionsWithCompletionHandler(errorReply());
   gate->changeFromAccount(nullptr, nullptr, errorReply());
-  EXPECT_EQ(eventsSoFar(), Events(4, "caller: reply error 12"));
+  EXPECT_EQ(eventsSoFar(), Events(4, "caller: reply error ovaro.quenlet.service-error 12"));
   EXPECT_EQ(replyTo(fetch), "card b@x");
 }
 

@@ -60,6 +60,8 @@ TEST_F(CorvelFeatureTest, FollowsThePreference) {
       {"off +20 off +29.99 off +30 +60 on", {off, off, off, deletion, onAgain}, "list "},
       {"off +30 on", {off, deletion, onAgain}, "list "},
       {"start on stop on start off", {onBefore, off}, "error 1"},
+      {"start on start off +29.99 on", {onBefore, off, onAgain}, "list a"},
+      {"start off +10 stop start on", {off, onAgain, {enabled}}, "list a"},
       {"off +30 on off on", {off, deletion, onAgain, off, onAgain}, "list "},
       {"on off +10 stop start +60", {onBefore, off}, "error 1"},
       {"off fail on", {off, onInVain}, "list a"},
@@ -74,6 +76,8 @@ TEST_F(CorvelFeatureTest, FollowsThePreference) {
     for (const auto& part : parts) expected.insert(expected.end(), part.begin(), part.end());
     EXPECT_EQ(takeTrace(), expected);
     EXPECT_EQ(replyTo(CorvelSelector::list), held);
+    const std::string card = held == std::string("list a") ? "card a@x" : "card";
+    EXPECT_EQ(replyTo(CorvelSelector::fetch), held[0] == 'e' ? held : card);
   }
 }
 
@@ -91,6 +95,7 @@ TEST_F(CorvelFeatureTest, SaysNothingToOthersWhenItIsToldWhatToDo) {
   agent->disableDonations();
   EXPECT_EQ(eventsSoFar(), (Events{"writer: featureDidDisable", "io: store "}));
   EXPECT_EQ(replyTo(CorvelSelector::list), "list ") << "still served";
+  EXPECT_EQ(replyTo(CorvelSelector::fetch), "card");
   EXPECT_EQ(setEnabled(false), Events{"writer: featureWillDisable"});
   EXPECT_EQ(eventsOfReenabling(), Events{"writer: featureDidEnable"})
       << "nothing is asked while disabled";
@@ -101,6 +106,7 @@ TEST_F(CorvelFeatureTest, MakesTheCardAnewWhenTheCuratedFactsChange) {
   restart();
   setEnabled(true);
   curated->emailAddresses = {"a@x"};
+  EXPECT_EQ(replyTo(CorvelSelector::fetch), "card a@x") << "made when something changes";
   curated->changeHandler();
   EXPECT_EQ(eventsSoFar(), Events{posted});
   EXPECT_EQ(replyTo(CorvelSelector::fetch), "card");

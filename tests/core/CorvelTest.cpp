@@ -116,6 +116,7 @@ TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
   const std::string done = "background: reply no error";
   const std::string removed = "background: reply true no error";
   hold({a.front(), email("b@x", from("other", "b"))});
+  environment->feedback->rejectedDonations = {"rejected"};
   const std::tuple<std::string, DonationValues, Events> rows[] = {
       // At this very moment; each row takes two seconds.
       {donate,
@@ -123,11 +124,12 @@ TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
        thenRenewals({will, accepting + "[b]", posted, "io: store a b", done, did}, "b", "other")},
       {donate, a,
        thenRenewals({will, accepting + "[a]", posted, "io: store a b", done, did}, "a", "app")},
+      // Of all values, those that are not held included.
       {donate,
-       {expiring("other", "b", -1)},
-       thenRenewals({will, accepting + "[b]", posted, "io: store a b", done, did,
-                     "background: preExpiredDonations: [b]"},
-                    "b", "other", 2)},
+       {expiring("other", "b", -1), expiring("other", "rejected", -1)},
+       thenRenewals({will, accepting + "[b,rejected]", posted, "io: store a b", done, did,
+                     "background: preExpiredDonations: [b,rejected]"},
+                    "b,rejected", "other", 2)},
       {donate, {}, {will, accepting + "[]", done, did}},
       {list, {}, {will, "reader: did", "background: reply list a b"}},
       {fetch, {}, {will, "caller: reply card a@x b@x", "caller: did"}},
@@ -145,14 +147,14 @@ TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
 
 TEST_F(CorvelRequestsTest, KeepsTheChangeWhenItsSaveFails) {
   hold({email("a@x", from("app", "a"))});
-  persistence->failure = makeError("disk", 501);
+  persistence->failure = makeError("disk", 28);
   EXPECT_EQ(eventsWithRenewals(donate, {expiring("other", "b", -1)}),
             thenRenewals({"caller: will", "caller: acceptingDonations: [b]", posted,
-                          "io: store a b", "background: reply error 501", "background: did",
+                          "io: store a b", "background: reply error disk 28", "background: did",
                           "background: preExpiredDonations: [b]"},
                          "b", "other"));
   EXPECT_EQ(eventsFor(removeIdentifiers, {email("a@x", from("app", "a"))}),
-            (Events{"caller: will", posted, "io: store b", "background: reply false error 501",
+            (Events{"caller: will", posted, "io: store b", "background: reply false error disk 28",
                     "background: did"}));
   EXPECT_EQ(replyTo(list), "list b");
 }
@@ -191,17 +193,19 @@ TEST_F(CorvelRequestsTest, RestoresWhatIsStillGood) {
                        expiring("app", "week", 604800, "4@x"),
                        expiring("app", "rejected", 1, "5@x"),
                        expiring("app", "twice", 1e9, "6@x"),
+                       expiring("app", "twice", -1, "9@x"),
                        expiring(AccountsBundleIdentifier, "own", 604799, "7@x")};
   agent->restorePersistedState();
-  EXPECT_EQ(eventsWithRenewals(donate, {email("8@x", from("app", "new"))}),
-            (Events{"caller: will", "caller: acceptingDonations: [new]",
-                    "writer: beginRestorePersistedState", "writer: endRestorePersistedState",
-                    posted, "io: store twice soon week own new", "background: reply no error",
-                    "background: did", "background: make loader",
-                    "background: willRenewValues:withDonor: [expired,soon],app",
-                    "background: load app", "background: renew expired", "background: renew soon",
-                    "background: make loader", "background: willRenewValues:withDonor: [new],app",
-                    "background: load app", "background: renew new"}));
+  EXPECT_EQ(
+      eventsWithRenewals(donate, {email("8@x", from("app", "new"))}),
+      (Events{
+          "caller: will", "caller: acceptingDonations: [new]", "writer: beginRestorePersistedState",
+          "writer: endRestorePersistedState", posted, "io: store twice soon week own new",
+          "background: reply no error", "background: did", "background: make loader",
+          "background: willRenewValues:withDonor: [expired,soon,twice],app", "background: load app",
+          "background: renew expired", "background: renew soon", "background: renew twice",
+          "background: make loader", "background: willRenewValues:withDonor: [new],app",
+          "background: load app", "background: renew new"}));
   setEnabled(true);
   EXPECT_EQ(replyTo(list), "list twice soon week own new");
   EXPECT_EQ(replyTo(fetch), "card 6@x 3@x 4@x 7@x 8@x");

@@ -84,6 +84,17 @@ TEST_F(CorvelDiscoveryTest, DonatesAccountsAgainUnlessTheirVersionIsNoted) {
   agent = std::make_shared<Corvel>(environment, persistence, curated);
   persistence->failure = makeError("disk", 5);
   for (int round = 0; round < 2; ++round) expectDiscovery(true, false);  // there is no table
+  persistence->failure = nullptr;
+  persistence->versions = rows[0].first;
+  agent->loadExtensionVersions();
+  persistence->failure = makeError("disk", 5);
+  agent->loadExtensionVersions();
+  takeTrace();
+  agent->reloadAllAccounts();
+  const Events events = eventsSoFar();
+  EXPECT_EQ(std::ranges::count(events, "caller: store versions other=9 ovaro.quenlet.accounts=3"),
+            1)
+      << "what was loaded stays";
 }
 
 TEST_F(CorvelDiscoveryTest, PrintsWhatIsInstalledAndEndsAfterTenThousandSeconds) {

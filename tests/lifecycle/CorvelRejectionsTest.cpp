@@ -16,7 +16,7 @@ class CorvelRejectionsTest : public AgentFixture {
     return eventsSoFar();
   }
   static std::string reported(const std::string& identifiers) {
-    return "background: reject " + identifiers + " for " + MeCardContactIdentifier;
+    return "background: reject " + identifiers + " for ovaro.quenlet.me-card";
   }
 
   const std::string next = "writer: next";
@@ -78,12 +78,12 @@ TEST_F(CorvelRejectionsTest, ReportAfterAFailedSaveAndPutNothingBack) {
       eventsOfRejecting(cluster, "c"),
       (Events{"caller: willRejectClusterIdentifier: c", posted, next, "io: store 3", reported("2"),
               "background: couldNotRejectClusterIdentifier:error: c,feedback 7",
-              "background: reply error 7"}));
+              "background: reply error feedback 7"}));
   EXPECT_EQ(
       eventsOfRejecting(value, "3"),
       (Events{"caller: willRejectDonationIdentifier: 3", posted, next, "io: store ", reported("3"),
               "background: couldNotRejectDonationIdentifier:error: 3,feedback 7",
-              "background: reply error 7"}));
+              "background: reply error feedback 7"}));
 }
 
 }  // namespace

@@ -111,6 +111,7 @@ TEST(ContactBuilderTest, MergesEachKindByItsRule) {
       postal({.country = "DE"}, from("a", "9")),
       postal({.country = "DE"}, from("a", "10")),
       email("allee 1", from("a", "11")),
+      email("+49301234", from("a", "14")),
       image("first"),
       image("last"),
   });

@@ -64,6 +64,7 @@ TEST(ValueTest, TakesTheFirstReadableKindOfADictionary) {
       {"phone with a label that is no text", {phone, {"label", 1}}, {}},
       {"postal without label", {city, {"style", 1}}, postalWithoutLabel},
       {"postal not all text", {badCity}, {}},
+      {"postal without a known key", {{"postalAddress", Entries{{"x", "y"}}}, label}, {}},
       {"image", {{"imageData", Data{"bytes"}}}, {}},
   };
   for (const auto& [row, entries, expected] : rows) {

@@ -166,6 +166,8 @@ TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
       {"a bad record", Entries{{"donations", PropertyListArray{a, Entries{}, b}}}, "a b", true},
       {"an element of another type", Entries{{"donations", PropertyListArray{a, 1}}}, "", true},
       {"a list on top", PropertyListArray{a}, "", true},
+      {"no list", Entries{{"donations", Entries{{"a", a}}}}, "", true},
+      {"another key", Entries{{"donation", PropertyListArray{a}}}, "", true},
   };
   for (const auto& [name, contents, expected, kept] : rows) {
     SCOPED_TRACE(name);

@@ -24,7 +24,7 @@ class FakePreferences final : public DonationPreferences, public Observable<bool
   bool isDonationsEnabled() override { return enabled; }
   ErrorPtr setDonationsEnabled(bool value) override {
     enabled = value;
-    if (const auto present = observer) present->resultBlock(value);
+    for (const Observer<bool>& observer : std::list(observers)) observer.resultBlock(value);
     return nullptr;
   }
   std::shared_ptr<Observable<bool>> observableWithPreferences(
@@ -32,12 +32,12 @@ class FakePreferences final : public DonationPreferences, public Observable<bool
     return {shared_from_this(), this};
   }
   std::shared_ptr<Cancelable> subscribe(Observer<bool> subscribed) override {
-    observer = std::move(subscribed);
-    return std::make_shared<CancelBlock>([this] { observer.reset(); });
+    const auto place = observers.insert(observers.end(), std::move(subscribed));
+    return std::make_shared<CancelBlock>([this, place] { observers.erase(place); });
   }
 
  private:
-  std::optional<Observer<bool>> observer;
+  std::list<Observer<bool>> observers;
 };
 
 // Notes posts as "post <name>" and delivers them at once, if asked for to a new observer, too.
@@ -148,8 +148,10 @@ class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
   }
 };
 
-// Reads what it holds, or `error` when there is one; calls `whenRead` after each reading.
-class FakeAccountStore final : public AccountStore {
+// Reads what it holds, or `error` when there is one, as accounts of its own; calls `whenRead` after
+// each reading.
+class FakeAccountStore final : public AccountStore,
+                               public std::enable_shared_from_this<FakeAccountStore> {
  public:
   std::vector<AccountPtr> held;
   ErrorPtr error;
@@ -157,9 +159,14 @@ class FakeAccountStore final : public AccountStore {
 
   Result<std::vector<AccountPtr>> accounts() override {
     using Accounts = Result<std::vector<AccountPtr>>;
-    Accounts read = error ? Accounts::right(error) : Accounts::left(held);
+    std::vector<AccountPtr> read;
+    for (const AccountPtr& account : held) {
+      Account copy = *account;
+      copy.accountStore = weak_from_this();
+      read.push_back(std::make_shared<const Account>(std::move(copy)));
+    }
     if (const std::function<void()> call = whenRead) call();
-    return read;
+    return error ? Accounts::right(error) : Accounts::left(std::move(read));
   }
 };
 

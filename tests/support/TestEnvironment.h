@@ -54,7 +54,7 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
       return borrowedDonors();
     };
     services.currentExtensionsObservable = [this](const auto&) { return borrowedDonors(); };
-    services.makeAccountStore = [this] { return accounts; };
+    services.makeAccountStore = [this] { return std::make_shared<FakeAccountStore>(*accounts); };
     services.deviceInfo = [this] { return device; };
     services.makeProcessTransaction = [open = openTransactions](const std::string&) {
       ++*open;

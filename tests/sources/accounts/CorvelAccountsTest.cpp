@@ -96,15 +96,19 @@ TEST_F(CorvelAccountsTest, ReloadsAllAccountsAndSavesWhatIsLeft) {
   EXPECT_EQ(replyTo(CorvelSelector::list), "list email:A0 b");
 
   environment->accounts->error = nullptr;
+  const Account unused{.identifier = "A4", .username = "d@x.org"};
   environment->accounts->held = {account("a@x.org"), account("nobody", "", "A2"),
-                                 account("c@x.org", "", "A3")};
+                                 account("c@x.org", "", "A3"),
+                                 std::make_shared<const Account>(unused)};
   // What is told while it reads makes it read no second time.
   environment->accounts->whenRead = [this] {
     agent->changeFromAccount(nullptr, nullptr, [](const ErrorPtr&) {});
   };
+  testing::internal::CaptureStdout();
   EXPECT_EQ(eventsOfReload(),
             (Events{donating + "email:A1", donating + "email:A3", saving, posted, posted,
                     "io: store b email:A1", "io: store b email:A1 email:A3"}));
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "") << "the store lives as long as they do";
 
   persistence->versions = {{AccountsBundleIdentifier, 2}, {"other", 9}};
   agent->loadExtensionVersions();
