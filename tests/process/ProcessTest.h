@@ -127,8 +127,8 @@ class ProcessTest : public testing::Test {
     ASSERT_TRUE(eventually([this] { return !agent->isRunning() || countDonations() >= 0; }));
     ASSERT_TRUE(agent->isRunning()) << agent->err();
   }
-  int stopAgent() {
-    agent->signal(SIGTERM);
+  int stopAgent(int signal = SIGTERM) {
+    agent->signal(signal);
     return agent->wait().value_or(-1);
   }
   void disableDonations() {

@@ -191,7 +191,7 @@ class OrderlyEndTest : public DiskTest {
 // Some thousand donations make each save long enough to be hit.
 TEST_F(OrderlyEndTest, AnswersAndSavesWhatItTookAndNothingElse) {
   DonationValues others;
-  for (int number = 0; number < 3'000; ++number) {
+  for (int number = 0; number < count(3'000, 60'000); ++number) {
     others.push_back(email("a@x", from("other", std::to_string(number))));
   }
   EXPECT_TRUE(persistence.storeWithAllValues(others).result().isLeft());
@@ -204,7 +204,7 @@ TEST_F(OrderlyEndTest, AnswersAndSavesWhatItTookAndNothingElse) {
     ASSERT_TRUE(startAndList());
     auto threads = startUsers(users, [this](auto user, auto chance) { useAgent(user, chance); });
     std::this_thread::sleep_for(std::chrono::milliseconds(random() % 400));
-    EXPECT_EQ(stopAgent(), 0);
+    EXPECT_EQ(stopAgent(cycle % 2 == 0 ? SIGTERM : SIGINT), 0);
     threads.clear();
     std::multiset<std::string> saved;
     for (const auto& [identifier, address] : onDisk()) {
@@ -259,10 +259,17 @@ TEST_F(FileFaultTest, TellsTheClientThatASaveFailedAndSavesAllWithTheNext) {
   });
 }
 
-TEST_F(FileFaultTest, KeepsBesideTheNextSaveWhatAStartCouldNotRead) {
+TEST_F(FileFaultTest, KeepsBesideTheNextSaveWhatAStartCouldNotReadAndWhatWasRejected) {
+  ASSERT_TRUE(startAndList());
+  EXPECT_EQ(change(client, "no", "no@"), nullptr);
+  EXPECT_EQ(quenlet({"reject", "no"}).code, 0);
+  const auto feedback = home / "Library/Contacts/Feedback/feedback.plist";
+  const std::string rejections = readFile(feedback);
+  agent.reset();
   forEachFault("faults in a start", [&] {
     std::filesystem::remove_all(home / "Library");
     EXPECT_TRUE(persistence.storeWithAllValues({email("old@")}).result().isLeft());
+    writeFile(feedback, rejections);
     startPlannedAgent();
     ErrorPtr error;
     EXPECT_TRUE(eventually([&] {
@@ -273,6 +280,8 @@ TEST_F(FileFaultTest, KeepsBesideTheNextSaveWhatAStartCouldNotRead) {
     if (agent->isRunning()) {
       EXPECT_EQ(change(client, "b", "next@"), nullptr);
       EXPECT_EQ(onDisk().at("b"), "next@");
+      EXPECT_EQ(change(client, "another", "no@"), nullptr);
+      EXPECT_FALSE(onDisk().contains("another"));
     } else {
       EXPECT_THAT(agent->err(), HasSubstr("quenlet-agent: "));
     }

@@ -71,7 +71,9 @@ TEST_F(HeavyUseTest, StoppedReaderOfTheLogHoldsUpNeitherRequestsNorTheEnd) {
   EXPECT_EQ(donateTo(client, DonationValues(5'000, email("a@x"))), nullptr);
   const auto begun = std::chrono::steady_clock::now();
   EXPECT_EQ(stopAgent(), 0);
-  EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(5));
+  const std::chrono::duration<double> ending = std::chrono::steady_clock::now() - begun;
+  RecordProperty("milliseconds from SIGTERM to the end", static_cast<int>(ending.count() * 1000));
+  EXPECT_LT(ending.count(), 5);
 }
 
 TEST_F(HeavyUseTest, SoakTakesNoMoreMemoryInTheEndThanOnceWarm) {

@@ -4,7 +4,9 @@
 #include <poll.h>
 #include <sched.h>
 
+#include <array>
 #include <atomic>
+#include <functional>
 
 #include "platform/donations/CorvelInterface.h"
 #include "tests/platform/ipc/RawPeer.h"
@@ -15,13 +17,6 @@ namespace quenlet {
 namespace {
 
 using namespace std::chrono_literals;
-
-// Two ends of a connection of its own.
-std::pair<FileDescriptor, FileDescriptor> makePair() {
-  std::array<int, 2> ends{};
-  EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
-  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
-}
 
 // Fetches the card some hundred times a second, on a thread of its own. Before each fetch it wakes
 // another thread and waits to be woken, which takes as long as the machine is busy.
@@ -43,7 +38,7 @@ class Bystander final {
 
  private:
   void run() {
-    auto [ours, theirs] = makePair();
+    auto [ours, theirs] = connectedPair();
     std::thread other([socket = theirs.get()] {
       for (char byte = 0; ::recv(socket, &byte, 1, 0) == 1;) ::send(socket, &byte, 1, 0);
     });
@@ -125,7 +120,7 @@ class HostilePeersTest : public TrustTest {
   static std::vector<std::string> messages() {
     std::vector<std::string> found;
     while (found.size() < numberOfOperations - 1) {
-      auto [theirs, ours] = makePair();
+      auto [theirs, ours] = connectedPair();
       CorvelProxy client([socket = std::make_shared<FileDescriptor>(std::move(theirs))] {
         return Result<std::shared_ptr<ServiceClient>>::left(
             ServiceClient::withConnectedSocket(std::move(*socket), makeCorvelInterface()));
@@ -259,7 +254,51 @@ TEST_F(HostilePeersTest, LeaveNoWorkBehindWhenTheyAskForListsAndGo) {
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begun;
     best = std::min(best, passed.count());
   }
+  RecordProperty("milliseconds of a donation afterwards", static_cast<int>(best * 1000));
   EXPECT_LT(best, 1) << "seconds";
+}
+
+TEST_F(HostilePeersTest, CannotChooseIdentifiersThatAreSlowToFind) {
+  // Texts of two words for which the standard library's hash has one value.
+  constexpr std::uint64_t factor = 0xc6a4a7935bd1e995, inverse = 0x5f7a0ea7e59b19bd;
+  static_assert(factor * inverse == 1);
+  const auto scrambled = [](std::uint64_t word) {
+    word *= factor;
+    return (word ^ (word >> 47)) * factor;
+  };
+  std::vector<std::string> chosen;
+  while (chosen.size() < 20'000) {
+    const std::uint64_t digits = random() | std::uint64_t{random()} << 32;
+    std::array<std::uint64_t, 2> words{(digits & 0x0f0f0f0f0f0f0f0f) | 0x6060606060606060};
+    const std::uint64_t first = (0xc70f6907 ^ (16 * factor) ^ scrambled(words[0])) * factor;
+    const std::uint64_t wanted = first * inverse;
+    words[1] = (wanted ^ (wanted >> 47)) * inverse;
+    // Whether each byte is an ASCII character that can be seen.
+    if (((words[1] | (words[1] - 0x2020202020202020)) & 0x8080808080808080) != 0) continue;
+    chosen.emplace_back(reinterpret_cast<const char*>(words.data()), sizeof words);
+  }
+  ASSERT_EQ(std::hash<std::string>()(chosen.front()), std::hash<std::string>()(chosen.back()));
+  startSilentAgent();
+  CorvelProxy client;
+  const auto millisecondsFor = [&](const std::vector<std::string>& identifiers) {
+    DonationValues values;
+    for (const auto& text : identifiers) values.push_back(email("a@x", from("app", text)));
+    const auto begun = std::chrono::steady_clock::now();
+    EXPECT_EQ(donateTo(client, values), nullptr);
+    EXPECT_EQ(std::get<1>(waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
+                client.removeDonatedMeCardValuesForIdentifiers(identifiers, std::move(reply));
+              })),
+              nullptr);
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begun)
+        .count();
+  };
+  std::vector<std::string> usual;
+  while (usual.size() < chosen.size()) usual.push_back(std::to_string(usual.size()) + "-usual");
+  const double usually = millisecondsFor(usual);
+  const double attacked = millisecondsFor(chosen);
+  RecordProperty("milliseconds to donate and remove 20,000 values", static_cast<int>(usually));
+  RecordProperty("milliseconds with chosen identifiers", static_cast<int>(attacked));
+  EXPECT_LT(attacked, 3 * usually);
 }
 
 TEST_F(HostilePeersTest, LetTheAgentRestOnceALateReaderHasTakenAll) {
@@ -289,7 +328,7 @@ TEST_F(HostilePeersTest, CannotLeaveDescriptorsBehind) {
   withstand([&] {
     for (int i = repetitions(20'000, 200'000); i > 0; --i) {
       const RawPeer peer = connect();
-      auto [ours, theirs] = makePair();
+      auto [ours, theirs] = connectedPair();
       static_cast<void>(peer.pass(theirs.get()));
       theirs.reset();
       pollfd look{ours.get(), POLLIN, 0};
