@@ -61,8 +61,10 @@ TEST_F(SourcesTest, FollowTheNumbersOfTheSIMCards) {
   writeFile(telephony / "device.plist",
             plist("<dict><key>DeviceClassNumber</key><integer>1</integer></dict>"));
   setNumbers({"+49 30 1234567", "not a number"});
+  const auto launch = std::chrono::steady_clock::now();
   startAgent();
   ASSERT_TRUE(eventually([this] { return cardHas("+49 30 1234567"); }));
+  EXPECT_GE(std::chrono::steady_clock::now() - launch, std::chrono::seconds(5));
   EXPECT_THAT(card(), AllOf(HasSubstr("device"), HasSubstr("from ovaro.quenlet.sim-card")));
   EXPECT_TRUE(
       eventually([this] { return agent->says("Could not convert phone number not a number\n"); }));
