@@ -10,15 +10,11 @@
 
 namespace {
 
-int complain(const std::string& problem, int exitStatus = EXIT_FAILURE) {
-  std::fprintf(stderr, "quenlet-agent: %s\n", problem.c_str());
-  return exitStatus;
-}
-
-// What is wrong with a file may pass, or somebody sees to it: the service manager tries again.
-int complainOfFile(const quenlet::Error& error) {
-  const bool isOfSystem = error.domain() == quenlet::PosixErrorDomain;
-  return complain(error.description(), isOfSystem ? EX_TEMPFAIL : EXIT_FAILURE);
+// A shortage or an unreadable file may pass, or somebody sees to it: the service manager tries
+// again. An agent that is one too many is not started again.
+int complain(const quenlet::Error& error) {
+  std::fprintf(stderr, "quenlet-agent: %s\n", error.description().c_str());
+  return error.domain() == quenlet::PosixErrorDomain ? EX_TEMPFAIL : EXIT_FAILURE;
 }
 
 // Values are not to lie about in files that no deletion reaches.
@@ -41,26 +37,26 @@ int runAgent() {
   openStandardDescriptors();
   forbidCoreFiles();
   auto opened = quenlet::LinuxPlatform::open();
-  if (!opened.isLeft()) return complain(opened.right()->description());
+  if (!opened.isLeft()) return complain(*opened.right());
   // Kept until the process exits: the agent's parts hold each other for good, and blocks that are
   // still queued when the run loop ends use the platform.
   quenlet::LinuxPlatform& platform = *std::move(opened).takeLeft().release();
   auto& process = *new quenlet::AgentProcess(platform.mainRunLoop());
   // The name first: an agent that has to give way leaves nothing in its home.
-  if (const quenlet::ErrorPtr error = process.claimName()) return complain(error->description());
-  if (const quenlet::ErrorPtr error = platform.examineFiles()) return complainOfFile(*error);
-  if (const quenlet::ErrorPtr error = platform.claimDonations()) return complainOfFile(*error);
+  if (const quenlet::ErrorPtr error = process.claimName()) return complain(*error);
+  if (const quenlet::ErrorPtr error = platform.examineFiles()) return complain(*error);
+  if (const quenlet::ErrorPtr error = platform.claimDonations()) return complain(*error);
   const quenlet::ErrorPtr error = process.start();
   if (!error) process.run();
   platform.finish();
-  return error ? complain(error->description()) : EXIT_SUCCESS;
+  return error ? complain(*error) : EXIT_SUCCESS;
 }
 
 }  // namespace
 
 int main(int argc, char*[]) {
   if (argc > 1) {
-    complain("takes no arguments");
+    std::fputs("quenlet-agent: takes no arguments\n", stderr);
     return 2;
   }
   // Whatever other threads are at, what was acknowledged is on the disk: nothing is to be torn down
