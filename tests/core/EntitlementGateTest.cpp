@@ -1,6 +1,7 @@
 
 #include <future>
 #include <latch>
+#include <thread>
 
 #include "core/CorvelEntitlementDecorator.h"
 #include "core/DonationListenerDelegate.h"
@@ -86,11 +87,16 @@ TEST_F(EntitlementGateTest, PassesAllOperationsOfAnEntitledClientThrough) {
 TEST_F(EntitlementGateTest, ChecksOnceWhenManyFirstCallsArriveTogether) {
   constexpr int callers = 4;
   std::latch start(callers);
+  CorvelEntitlementDecorator slowGate(*environment, agent, [this] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // for the others to come
+    ++lookUps;
+    return connection;
+  });
   std::vector<std::future<bool>> admissions;
   while (admissions.size() < callers) {
     admissions.push_back(std::async(std::launch::async, [&] {
       start.arrive_and_wait();
-      return gate.admitsClient();
+      return slowGate.admitsClient();
     }));
   }
   for (auto& admission : admissions) EXPECT_FALSE(admission.get());

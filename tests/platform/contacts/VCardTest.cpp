@@ -118,8 +118,8 @@ TEST(VCardReaderTest, ReadsTheFirstPhotoThatDecodesAndCountsTheOthers) {
       {"PHOTO:data:,h%65llo%00%fF", " P(hello" + std::string("\0\xFF", 2) + ")"},
       {"PHOTO;VALUE=uri:http://example.com/a.png\nPHOTO:data:,x\nPHOTO:data:,y", " P(x)"},
       {"PHOTO;ENCODING=b:aGVs*bG8=\nPHOTO;ENCODING=b:aGVsb\nPHOTO:data:image/png;base64\n"
-       "PHOTO:data:,%4\nPHOTO:data:,x",
-       " P(x) skipped 4"},
+       "PHOTO:data:,%4\nPHOTO:data:,%4G\nPHOTO:data:,x",
+       " P(x) skipped 5"},
   });
 }
 

@@ -83,6 +83,7 @@ TEST(PropertyListDeviceInfoTest, BelievesTheOwnersFileBeforeTheSystems) {
       {"", "# a phone\n\n  CHASSIS=\"hand\\set\"  # mine\nDEPLOYMENT=x\n", 1},
       {"", "CHASSIS='handset'\t# mine", 1},
       {"", "CHASSIS='hand\\set'", -1},
+      {"", "CHASSIS=hand\\\"set\\\"", -1},
       {"", "CHASSIS=handset\nCHASSIS=laptop", -1},
       {"", "#CHASSIS=handset\nXCHASSIS=handset\nCHASSIS = handset\nCHASSIS=\"handset", -1},
       {key + "<integer>3</integer>", "CHASSIS=handset", 3},

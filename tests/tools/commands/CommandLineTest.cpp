@@ -136,6 +136,7 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
     EXPECT_EQ(run(words), 2) << words;
     EXPECT_THAT(err.str(), StartsWith("quenlet: usage 2: "));
   }
+  EXPECT_EQ(run("donate --help"), 0);
   EXPECT_EQ(run("donate " + file("bad.vcf", "VERSION:5.0\n")), 1);
   EXPECT_THAT(err.str(), HasSubstr("bad.vcf: line 3: "));
   // Endless, and so too large.
