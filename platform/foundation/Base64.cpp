@@ -56,6 +56,7 @@ std::optional<std::string> decodedBase64(std::string_view text, Base64Padding pa
     if (value == blank) continue;
     if (value == foreign || (paddings > 0 && value != filler)) return std::nullopt;
     if (value == filler && ++paddings > 2) return std::nullopt;
+    // Padding is read as zero bits; the bytes made of it are cut off at the end.
     group = group << 6 | (value == filler ? 0U : value);
     if (++digits % 4 != 0) continue;
     appendGroup(bytes, group);

@@ -12,8 +12,8 @@ void appendBase64(std::string& output, std::string_view bytes);
 
 enum class Base64Padding { required, optional };
 
-// The bytes of `text`. Blanks (space, tab, CR, LF) may stand anywhere; nothing for any other
-// foreign character, for misplaced padding, and for missing padding that is required.
+// The bytes of `text`. Blanks (space, tab, CR, LF) are allowed anywhere. Nothing for any other
+// character outside the alphabet, for misplaced padding, or for missing padding that is required.
 [[nodiscard]] std::optional<std::string> decodedBase64(
     std::string_view text, Base64Padding padding = Base64Padding::required);
 

@@ -13,8 +13,8 @@ namespace quenlet {
 class Cancelable {
  public:
   virtual ~Cancelable() = default;
-  // Calls it off. What has not started by then never starts; what has finished is not affected.
-  // Cancelling twice is cancelling once.
+  // Whatever has not started by then never starts; whatever has finished is not affected. A second
+  // call has no effect.
   virtual void cancel() = 0;
 };
 

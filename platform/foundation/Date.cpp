@@ -79,6 +79,7 @@ std::optional<Date> Date::fromISO8601(std::string_view text) {
 
 std::string Date::iso8601() const {
   const double finite = std::isnan(seconds) ? earliestSeconds : seconds;
+  // Clamped before the cast below, which is undefined for doubles beyond the integer range.
   const double whole = std::floor(std::clamp(finite, earliestSeconds, latestSeconds));
   const std::chrono::sys_seconds instant{std::chrono::seconds(static_cast<long long>(whole))};
   const auto day = std::chrono::floor<std::chrono::days>(instant);

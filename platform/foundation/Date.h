@@ -17,8 +17,8 @@ class Date final {
   [[nodiscard]] static Date now();
   // The latest representable date, 4001-01-01 00:00:00 UTC: "never".
   [[nodiscard]] static constexpr Date distantFuture() { return Date(64092211200.0); }
-  // Reads "2026-05-01T12:00:00Z", with or without a fraction of a second; nothing for other text
-  // and for what is no date. Years 0001 to 9999.
+  // Reads "2026-05-01T12:00:00Z", with or without a fraction of a second; nothing for any other
+  // text, or a date that does not exist. Years 0001 to 9999.
   [[nodiscard]] static std::optional<Date> fromISO8601(std::string_view text);
 
   [[nodiscard]] constexpr double secondsSince1970() const { return seconds; }
@@ -29,8 +29,8 @@ class Date final {
   [[nodiscard]] constexpr Date addingSeconds(double interval) const {
     return Date(seconds + interval);
   }
-  // "2026-05-01T12:00:00Z"; the fraction of a second is left out. Years 0001 to 9999; dates beyond
-  // are written as the nearest of these, one that is no number as the first.
+  // "2026-05-01T12:00:00Z"; the fraction of a second is dropped. Dates outside the years 0001 to
+  // 9999 are clamped to them; NaN becomes the earliest.
   [[nodiscard]] std::string iso8601() const;
 
   friend constexpr bool operator==(Date, Date) = default;

@@ -55,13 +55,15 @@ void DetachedStreams::append(std::deque<Piece>& pieces, int descriptor, std::str
 void DetachedStreams::work() {
   while (true) {
     for (const Piece& piece : takeWaiting()) writeWhole(piece.descriptor, piece.text);
-    // Whoever writes now need not wake this thread.
+    // Lines that come during this pause need not wake the thread, and share the next write.
     std::this_thread::sleep_for(gatheringTime);
   }
 }
 
 std::deque<DetachedStreams::Piece> DetachedStreams::takeWaiting() {
   MutexLock lock(mutex);
+  // Idle means that all lines are written, not just taken: drain() waits for that, and writeLine()
+  // need only wake an idle thread.
   isIdle = waiting.empty();
   if (isIdle) changed.notifyAll();
   while (waiting.empty()) changed.wait(mutex);
@@ -81,6 +83,8 @@ void DetachedStreams::writeWhole(int descriptor, std::string_view text) {
       text.remove_prefix(static_cast<std::size_t>(written));
       continue;
     }
+    // A process that shares the descriptor may have made it non-blocking: wait instead of losing
+    // lines.
     pollfd writable{descriptor, POLLOUT, 0};
     const bool mayTryAgain =
         written < 0 &&

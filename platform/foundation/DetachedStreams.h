@@ -13,27 +13,28 @@
 
 namespace quenlet {
 
-// Writes lines to file descriptors on a thread of its own, so that nobody waits for whoever reads
-// there, or does not. Thread-safe.
+// Writes lines to file descriptors on its own thread, so that a slow or absent reader blocks
+// nobody. Thread-safe.
 //
-// Lines of all descriptors go out in the order in which they came. Up to 1 MiB waits; what comes
-// beyond is dropped and counted, and when there is room again one line says how many are missing.
-// Those that come within a few milliseconds of each other share a write, so that a line costs next
-// to nothing when there are most of them, and nothing wakes up while there are none.
+// Lines of all descriptors go out in the order in which they came. Up to 1 MiB waits; lines beyond
+// that are dropped and counted, and once there is room again a line on each descriptor says how
+// many are missing. Lines that come within a few milliseconds of each other share a write, which
+// keeps a burst cheap. The thread sleeps while there is nothing to write.
 class DetachedStreams final : public std::enable_shared_from_this<DetachedStreams> {
  public:
   static constexpr std::size_t mostBytesWaiting = std::size_t{1} << 20;
 
-  // Throws std::system_error when no thread is to be had. The thread lives until the process ends.
+  // Throws std::system_error when the thread cannot be started. The thread lives until the process
+  // ends.
   [[nodiscard]] static std::shared_ptr<DetachedStreams> make();
 
   // `line` comes without its line break. Returns at once.
   void writeLine(int descriptor, std::string_view line) EXCLUDES(mutex);
-  // Waits until all lines so far are written, `patience` at most. False when some are not.
+  // Waits until no line is left to write, for `patience` at most. False when some are left.
   bool drain(std::chrono::milliseconds patience) EXCLUDES(mutex);
 
-  // Writes a text in full on the calling thread, for as long as it takes; what the descriptor
-  // refuses for good is dropped.
+  // Writes all of `text` on the calling thread, however long that takes. Gives up on an error that
+  // a retry cannot cure.
   static void writeWhole(int descriptor, std::string_view text);
 
  private:

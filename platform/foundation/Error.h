@@ -12,11 +12,11 @@ inline constexpr char DonationErrorDomain[] = "ovaro.quenlet.donation-error";
 inline constexpr char GeneralErrorDomain[] = "ovaro.general-error";
 // Failed system calls; the code is errno.
 inline constexpr char PosixErrorDomain[] = "posix-error";
-// The user-info key of a sentence for whoever reads a log or a terminal.
+// The user-info key of a sentence for people who read a log or a terminal.
 inline constexpr char DebugDescriptionKey[] = "DebugDescription";
 
-// A failure that is passed on: a domain, a code in it, and texts that explain. Immutable.
-// Handled as ErrorPtr, null for none, and passed on unchanged.
+// A failure: a domain, a code within it, and texts that explain it. Immutable. Held as an ErrorPtr,
+// which is null when there is no error, and passed on unchanged.
 class Error final {
  public:
   using UserInfo = std::map<std::string, std::string>;
@@ -42,7 +42,7 @@ class Error final {
 
 using ErrorPtr = std::shared_ptr<const Error>;
 
-// An error with the given sentence under DebugDescriptionKey; with an empty one, no user info.
+// An error with the given sentence under DebugDescriptionKey; without user info when that is empty.
 [[nodiscard]] ErrorPtr makeError(std::string domain, std::int64_t code,
                                  std::string debugDescription = {});
 // The error of a failed system call: `action` ("open donations.plist") and the text of

@@ -2,8 +2,8 @@
 
 namespace quenlet {
 
-// Gives memory that was freed back to the system, which the C library otherwise keeps for later:
-// for the end of work that needed much more than what it leaves. Thread-safe.
+// Returns freed memory to the system, which the C library would keep for later. Call it at the end
+// of work that needed far more memory than it leaves in use. Thread-safe.
 void returnFreedMemory();
 
 }  // namespace quenlet

@@ -11,11 +11,11 @@
 
 namespace quenlet {
 
-// A result that may still be under way. Thread-safe; copies share the one result, which never
-// changes once it is there. A Future whose Promise is dropped without an answer never completes.
+// A result that may still be under way. Thread-safe. Copies share one result, which never changes
+// once it is set. A Future whose Promise is dropped without an answer never completes.
 //
 // Blocks given to onCompletion(), flatMap() and recover() run on the thread that completes the
-// future, or at once on the calling thread when it is complete already; no lock is held.
+// future, or at once on the calling thread when it is already complete; no lock is held.
 template <typename T>
 class Future final {
  public:
@@ -29,14 +29,14 @@ class Future final {
     return completed(Result<T>::right(std::move(error)));
   }
 
-  // Waits until the future is complete. Do not call it on a thread that has to complete it.
+  // Waits until the future is complete. Deadlocks on a thread that has to complete it.
   [[nodiscard]] const Result<T>& result() const& {
     State& shared = *state;
     MutexLock lock(shared.mutex);
     while (!shared.outcome) shared.changed.wait(shared.mutex);
     return *shared.outcome;
   }
-  // A future that nobody keeps may be the last owner of its result, so that one gives a copy.
+  // A temporary may be the last owner of its result, so it returns a copy.
   [[nodiscard]] Result<T> result() && { return std::as_const(*this).result(); }
 
   void onCompletion(CompletionBlock block) const {
@@ -46,11 +46,11 @@ class Future final {
     block(shared->settled());
   }
 
-  // On success the future that `next` (const T& -> Future<U>) gives; a failure is passed on.
+  // On success, the future returned by `next` (const T& -> Future<U>); a failure is passed on.
   template <typename Next>
   [[nodiscard]] auto flatMap(Next next) const -> decltype(next(std::declval<const T&>()));
 
-  // On failure the future that `replacement` (const ErrorPtr& -> Future<T>) gives.
+  // On failure, the future returned by `replacement` (const ErrorPtr& -> Future<T>).
   [[nodiscard]] Future recover(std::function<Future(const ErrorPtr&)> replacement) const;
 
  private:
@@ -65,7 +65,7 @@ class Future final {
     std::optional<Result<T>> outcome GUARDED_BY(mutex);
     std::vector<CompletionBlock> waiting GUARDED_BY(mutex);
 
-    // Takes `block` for later, unless the outcome is there already.
+    // Keeps `block` for later; false, leaving it alone, when the outcome is already there.
     bool addWaiting(CompletionBlock& block) {
       MutexLock lock(mutex);
       if (outcome) return false;
@@ -85,7 +85,7 @@ class Future final {
       for (const CompletionBlock& block : blocks) block(settled());
     }
 
-    // Once there, the outcome never changes, so that reading it needs no lock.
+    // Once set, the outcome never changes, so reading it needs no lock.
     const Result<T>& settled() const QUENLET_ATTRIBUTE(no_thread_safety_analysis) {
       return *outcome;
     }
@@ -102,8 +102,7 @@ class Future final {
   std::shared_ptr<State> state;
 };
 
-// The side of a Future that completes it. Thread-safe; the first completion counts, later ones
-// have no effect.
+// The side of a Future that completes it. Thread-safe; only the first completion has an effect.
 template <typename T>
 class Promise final {
  public:

@@ -12,7 +12,8 @@ bool standsForItself(char c) {
   return byte >= 0x20 && byte < 0x7F && c != '"' && c != '\\';
 }
 
-// What a terminal, a line reader or an old script engine could take for more than text.
+// Characters that a terminal, a line reader or an old script engine may not treat as plain text.
+// All of them are below U+10000, so one \u escape is enough.
 bool needsEscape(char32_t character) {
   return character <= 0x7F || isControlOrLineBreak(character) || isDirectional(character);
 }

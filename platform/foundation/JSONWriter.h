@@ -9,14 +9,13 @@
 namespace quenlet {
 
 // Builds one JSON text, front to back. The caller opens and closes containers in pairs and, inside
-// an object, gives a key before each value; commas are put in by themselves. Text that is not valid
-// UTF-8 has its bad bytes replaced by U+FFFD, so that the result is always valid JSON. Control
-// characters, C1 and DEL included, line separators and bidirectional controls are escaped, so that
-// the text does nothing to the terminal that shows it.
-// One thread at a time.
+// an object, gives a key before each value; commas are added automatically. Bytes that are not
+// valid UTF-8 become U+FFFD, so the result is always valid JSON. Control characters (C1 and DEL
+// included), line separators and bidirectional controls are escaped: the text cannot affect the
+// terminal that shows it. One thread at a time.
 class JSONWriter final {
  public:
-  // Makes room for a text of about that size, so that it need not grow.
+  // Reserves room for a text of about that size.
   explicit JSONWriter(std::size_t expectedSizeInBytes = 0) { output.reserve(expectedSizeInBytes); }
 
   JSONWriter& beginObject();
@@ -28,7 +27,7 @@ class JSONWriter final {
   JSONWriter& value(const char* text) { return value(std::string_view(text)); }
   JSONWriter& value(std::int64_t number);
   JSONWriter& value(int number) { return value(std::int64_t{number}); }
-  // Non-finite numbers become null, as JSON has no form for them.
+  // Non-finite numbers become null, which is the closest that JSON has.
   JSONWriter& value(double number);
   JSONWriter& value(bool flag);
   JSONWriter& null();
@@ -40,7 +39,7 @@ class JSONWriter final {
   void separate();
 
   std::string output;
-  // One entry an open container: whether it holds something already.
+  // One entry per open container: whether it already holds something.
   std::vector<bool> filled{false};
   bool afterKey = false;
 };

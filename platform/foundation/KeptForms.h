@@ -8,9 +8,9 @@
 
 namespace quenlet {
 
-// Encoded forms of an immutable object that others ask for again and again. They are made when they
-// are first asked for and go with the object, of which this is a member; a copy of the object makes
-// its own. Thread-safe. A form of more than 1 MiB is made anew each time.
+// A cache of encoded forms, as a member of the immutable object that they encode. Each form is made
+// on first use and kept as long as the object; a copy of the object starts with an empty cache.
+// Thread-safe. A form of more than 1 MiB is not kept but made again each time.
 class KeptForms final {
  public:
   enum Form : std::size_t { fetchReply, synchronousFetchReply };
@@ -23,7 +23,8 @@ class KeptForms final {
     return *this;
   }
 
-  // What `make` gives for `form`, or gave before. Several threads may make it at the same time.
+  // The kept form, else the result of make(), which is then kept. Runs make() without the lock, so
+  // several threads may make the same form at the same time.
   template <typename Make>
   [[nodiscard]] std::string get(Form form, Make make) const EXCLUDES(mutex) {
     constexpr std::size_t mostKeptBytes = std::size_t{1} << 20;
@@ -37,7 +38,7 @@ class KeptForms final {
     return made;
   }
 
-  // What is kept is no part of the object's value.
+  // The cache is not part of the object's value.
   friend bool operator==(const KeptForms&, const KeptForms&) { return true; }
 
  private:

@@ -1,5 +1,6 @@
-// SipHash as its authors describe it: four words of state, mixed by rounds of additions, rotations
-// and exclusive ors, into which the text goes eight bytes at a time.
+// SipHash: four words of state, mixed by rounds of additions, rotations and exclusive ors. The text
+// goes in eight bytes at a time; the last word holds the bytes left over and, in its top byte, the
+// length, which tells a text from the same text with zeros behind it.
 
 #include "platform/foundation/KeyedHash.h"
 
@@ -52,6 +53,7 @@ KeyedHash withRandomKey() {
 template <int CompressionRounds, int FinalRounds>
 std::uint64_t KeyedHash::hash(std::string_view text) const {
   constexpr std::size_t wordSize = sizeof(std::uint64_t);
+  // The constants are the algorithm's own: "somepseudorandomlygeneratedbytes".
   SipState state{first ^ 0x736f6d6570736575, second ^ 0x646f72616e646f6d,
                  first ^ 0x6c7967656e657261, second ^ 0x7465646279746573};
   const auto take = [&state](std::uint64_t word) {
@@ -74,7 +76,7 @@ template std::uint64_t KeyedHash::hash<2, 4>(std::string_view) const;
 
 std::uint64_t KeyedHash::of(std::string_view text) {
   static const KeyedHash ofProcess = withRandomKey();
-  // The fewer rounds are enough where nobody sees the hashes.
+  // Fewer rounds suffice because nobody outside ever sees the hashes.
   return ofProcess.hash<1, 3>(text);
 }
 

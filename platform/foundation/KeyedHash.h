@@ -6,18 +6,19 @@
 
 namespace quenlet {
 
-// A hash of texts under a secret key (SipHash), for tables whose texts others choose: who does not
-// know the key cannot choose many texts with one hash, which would make each look-up a scan.
+// A hash of texts under a secret key (SipHash), for tables whose keys come from outside. Without
+// the secret key nobody can choose texts that collide, which would turn each look-up into a scan.
 // Immutable.
 class KeyedHash final {
  public:
   KeyedHash(std::uint64_t firstHalfOfKey, std::uint64_t secondHalfOfKey)
       : first(firstHalfOfKey), second(secondHalfOfKey) {}
 
-  // Under a random key that this process keeps for its life. Not to be stored.
+  // Under a random key that this process chooses at its first call. Differs from process to
+  // process: do not store it.
   [[nodiscard]] static std::uint64_t of(std::string_view text);
 
-  // With so many rounds for each eight bytes and at the end.
+  // The template arguments are the rounds for each eight bytes and those at the end.
   template <int CompressionRounds, int FinalRounds>
   [[nodiscard]] std::uint64_t hash(std::string_view text) const;
 

@@ -3,7 +3,7 @@
 #include <condition_variable>
 #include <mutex>
 
-// Clang's thread-safety attributes; nothing under other compilers.
+// Clang's thread-safety attributes; empty under other compilers.
 #if defined(__clang__)
 #define QUENLET_ATTRIBUTE(x) __attribute__((x))
 #else
@@ -20,7 +20,7 @@
 
 namespace quenlet {
 
-// A mutual-exclusion lock that the compiler's thread-safety analysis knows. Not recursive.
+// A mutual-exclusion lock that the compiler's thread-safety analysis understands. Not recursive.
 class CAPABILITY("mutex") Mutex final {
  public:
   Mutex() = default;
@@ -29,7 +29,7 @@ class CAPABILITY("mutex") Mutex final {
 
   void lock() ACQUIRE() { mutex.lock(); }
   void unlock() RELEASE() { mutex.unlock(); }
-  // Tells the analysis, inside a lambda that runs under the lock, that it is held.
+  // Tells the analysis that the lock is held, inside a lambda that runs under it.
   void assertHeld() const ASSERT_CAPABILITY(this) {}
 
  private:
@@ -49,7 +49,7 @@ class SCOPED_CAPABILITY MutexLock final {
   Mutex& mutex;
 };
 
-// A condition variable for Mutex. Waiting can wake without a reason: test the condition in a loop.
+// A condition variable for Mutex. Wakes can be spurious: test the condition in a loop.
 class ConditionVariable final {
  public:
   ConditionVariable() = default;
@@ -62,7 +62,7 @@ class ConditionVariable final {
     lock.release();
   }
 
-  // Waits until woken or `deadline`, whichever comes first. Answers false at the deadline.
+  // Waits until woken or until `deadline`, whichever comes first; false at the deadline.
   template <typename TimePoint>
   [[nodiscard]] bool waitUntil(Mutex& mutex, const TimePoint& deadline) REQUIRES(mutex) {
     std::unique_lock<std::mutex> lock(mutex.mutex, std::adopt_lock);

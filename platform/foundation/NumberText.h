@@ -6,8 +6,8 @@
 
 namespace quenlet {
 
-// Appends the decimal form of `number`, for a floating-point number the shortest that reads back to
-// the same bits. Independent of any locale.
+// Appends the decimal form of `number`; a floating-point number gets the shortest form that reads
+// back to the same bits. Independent of any locale.
 template <typename Number>
 void appendNumber(std::string& output, Number number) {
   std::array<char, 32> digits{};

@@ -9,7 +9,7 @@
 
 namespace quenlet {
 
-// What a subscriber of an Observable wants to hear. An absent block is not called.
+// A subscriber's callbacks. An absent block is not called.
 template <typename T>
 struct Observer final {
   std::function<void(const T&)> resultBlock;
@@ -26,9 +26,9 @@ struct Observer final {
   }
 };
 
-// A sequence of values that is delivered to whoever subscribes: any number of results, then at
-// most one completion or failure. Each implementation says on which thread it delivers, and
-// whether it delivers during subscribe().
+// A sequence of values for its subscribers: any number of results, then at most one completion or
+// failure. Each implementation states the thread on which it delivers, and whether it delivers
+// during subscribe().
 template <typename T>
 class Observable {
  public:

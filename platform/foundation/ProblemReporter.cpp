@@ -15,6 +15,7 @@ void ProblemReporter::setProblem(const ErrorPtr& problem) {
     last = problem;
     if (!problem || isKnown) return;
   }
+  // Without the lock: the write may wait for a reader.
   StandardStreams::writeError("quenlet: " + subject + ": " +
                               onOneLine(problem->debugDescription()));
 }

@@ -8,16 +8,15 @@
 
 namespace quenlet {
 
-// Tells whoever reads the process's standard error what is wrong with one thing, a line when it
-// begins and not again while it lasts. Control characters and line breaks in it become blanks.
-// Thread-safe.
+// Reports what is wrong with one thing on standard error: a line when a problem begins or changes,
+// and none while it lasts. Control characters and line breaks in it become blanks. Thread-safe.
 class ProblemReporter final {
  public:
   // `subject` begins each line: the name of a file, say.
   explicit ProblemReporter(std::string_view subject);
 
-  // The problem that there is now, null for none. Its sentence is written, so it must not hold
-  // personal values.
+  // The current problem, null for none. Its sentence is written, so it must not hold personal
+  // values.
   void setProblem(const ErrorPtr& problem) EXCLUDES(mutex);
 
  private:

@@ -18,7 +18,7 @@ using PropertyListArray = std::vector<PropertyList>;
 // Iterates in ascending byte order of its keys.
 using PropertyListDictionary = std::map<std::string, PropertyList, std::less<>>;
 
-// The bytes of a property list's data element, kept apart from text by its type.
+// The bytes of a property list's data element: a type of its own, to tell them from text.
 struct Data final {
   std::string bytes;
   friend bool operator==(const Data&, const Data&) = default;
@@ -31,7 +31,7 @@ class PropertyList final {
   using Storage = std::variant<bool, std::int64_t, double, std::string, Data, Date,
                                PropertyListArray, PropertyListDictionary>;
 
-  // Implicit, so that a literal tree reads as what it stands for.
+  // Implicit, so that a tree can be written as a literal.
   PropertyList(bool value) : storage(value) {}
   PropertyList(int value) : storage(std::int64_t{value}) {}
   PropertyList(std::int64_t value) : storage(value) {}
@@ -64,7 +64,8 @@ class PropertyList final {
   Storage storage;
 };
 
-// The entry under `key`, or null. The text and dictionary forms answer null for another type, too.
+// The entry under `key`, or null. findString() and findDictionary() also return null for an entry
+// of another type.
 [[nodiscard]] const PropertyList* findEntry(const PropertyListDictionary& entries,
                                             std::string_view key);
 [[nodiscard]] const std::string* findString(const PropertyListDictionary& entries,

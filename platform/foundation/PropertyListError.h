@@ -11,23 +11,23 @@ inline constexpr char PropertyListErrorDomain[] = "ovaro.quenlet.property-list-e
 
 // The codes of PropertyListErrorDomain.
 enum class PropertyListErrorCode {
-  // Bytes that are no UTF-8, or characters that XML cannot hold.
+  // Bytes that are not UTF-8, or characters that XML cannot hold.
   invalidText = 1,
   // A number or date that is not finite.
   nonFiniteNumber = 2,
-  // More containers within each other than the limit.
+  // Containers nested more deeply than the limit.
   nestingTooDeep = 3,
   tooLarge = 4,
-  // Another encoding than UTF-8, by its first bytes or by declaration.
+  // An encoding other than UTF-8, by the first bytes or by declaration.
   unsupportedEncoding = 5,
-  // A document type that declares something.
+  // A document type with declarations.
   documentTypeWithContent = 6,
   malformedMarkup = 7,
-  // An entity that XML itself does not define, or a reference to no character.
+  // An entity that XML itself does not define, or a character reference that names none.
   invalidReference = 8,
-  // Elements, attributes or text where the form has none.
+  // Elements, attributes or text where the format has none.
   unexpectedContent = 9,
-  // The content of a number, date, data or boolean element is none.
+  // The content of a number, date, data or boolean element is malformed.
   invalidValue = 10,
 };
 

@@ -13,9 +13,14 @@
 #include "platform/foundation/XMLGuard.h"
 #include "platform/foundation/XMLText.h"
 
-// The division of labour: XMLGuard bounds what the bytes can cost, the XML library makes a tree of
-// the markup, and this class gives the tree its meaning. References are replaced here and not by
-// the library, which leaves those that it does not know as they are.
+// Three passes, each of which trusts only what the one before it has checked:
+//
+//   bytes ── XMLGuard ──> bounded bytes ── XML library ──> tree ── this class ──> PropertyList
+//            UTF-8, nesting,               well-formed             elements, keys, numbers,
+//            memory                        markup                  references
+//
+// References are replaced here and not by the library, which leaves unknown ones in the text
+// silently. Comments and processing instructions never reach the tree.
 
 namespace quenlet {
 
@@ -27,18 +32,19 @@ constexpr unsigned int parseOptions = pugi::parse_cdata | pugi::parse_eol |
                                       pugi::parse_embed_pcdata | pugi::parse_declaration |
                                       pugi::parse_doctype | pugi::parse_fragment;
 
-// Every blank counts in a text. Where no text is cut into pieces, one of blanks is its element's
-// only child, and the blanks between elements need no nodes, which would be half of them.
+// Blanks within a text count. When no text is cut into pieces, a text of blanks is the only child
+// of its element; then the blanks between elements, which would be half of all nodes, need not be
+// kept.
 unsigned int blanksKeptIn(std::string_view text) {
   return XMLGuard::cutsText(text) ? pugi::parse_ws_pcdata : pugi::parse_ws_pcdata_single;
 }
 
-// Of elements: the root, the containers, and a scalar in the innermost.
+// The limit counts containers; the root and a scalar in the innermost container are elements too.
 constexpr int maximumElementNesting = PropertyListSerializer::maximumNesting + 2;
 
 bool isBlank(std::string_view content) { return trimmed(content).empty(); }
 
-// A sign is taken off here, since std::from_chars knows the minus only.
+// std::from_chars accepts a minus but no plus. "+-1" stays as it is, and fails.
 std::string_view withoutPlus(std::string_view digits) {
   const bool signs = digits.starts_with("+") && !digits.starts_with("+-");
   return signs ? digits.substr(1) : digits;
@@ -121,7 +127,7 @@ ErrorPtr PropertyListReader::parse() {
   return makePropertyListError(code, parsed.description(), static_cast<std::size_t>(parsed.offset));
 }
 
-// Around the root may stand one declaration, at the very start, and one document type, before it.
+// Beside the root, only one declaration, at the very start, and one document type, before the root.
 ErrorPtr PropertyListReader::checkProlog() const {
   bool hasDocumentType = false;
   bool hasRoot = false;
@@ -129,7 +135,7 @@ ErrorPtr PropertyListReader::checkProlog() const {
     bool fits = false;
     if (node.type() == pugi::node_declaration) {
       if (ErrorPtr failure = checkDeclaration(node)) return failure;
-      // The tree lacks blanks before it.
+      // The tree does not show blanks before it, which XML forbids.
       fits = node == document.first_child() && !isBlank(text.substr(0, 1));
     } else if (node.type() == pugi::node_doctype) {
       fits = !std::exchange(hasDocumentType, true) && !hasRoot;
@@ -252,7 +258,8 @@ Result<std::string> PropertyListReader::readText(pugi::xml_node element) const {
   return Result<std::string>::left(std::move(content));
 }
 
-// `node` is an element with its embedded text, or a piece of the text within an element.
+// `node` is an element, whose first text the library keeps in the element itself, or a further
+// piece of text within one.
 ErrorPtr PropertyListReader::appendText(std::string& output, pugi::xml_node node) const {
   if (node.type() == pugi::node_cdata) {
     output += node.value();

@@ -11,13 +11,13 @@
 
 namespace quenlet {
 
-// Reads one property list out of XML text from an unknown hand. Trusts nothing: each element must
-// be one that the form knows, with just the content that it may have. One thread at a time.
+// Reads one property list from XML text of unknown origin. Trusts nothing: each element must be one
+// that the format knows, with exactly the content that it may have. One thread at a time.
 class PropertyListReader final {
  public:
   explicit PropertyListReader(std::string_view document) : text(document) {}
 
-  // The object, or the first offence (PropertyListErrorDomain), which never quotes the content.
+  // The object, or the first error found (PropertyListErrorDomain), which never quotes the content.
   [[nodiscard]] Result<PropertyList> read();
 
  private:
@@ -28,16 +28,17 @@ class PropertyListReader final {
   [[nodiscard]] ErrorPtr checkDeclaration(pugi::xml_node declaration) const;
   [[nodiscard]] ErrorPtr checkRoot(pugi::xml_node root) const;
 
-  // Each reads an element. `nesting` counts the containers around it.
+  // Each reads one element; `nesting` counts the containers around it.
   [[nodiscard]] Outcome readObject(pugi::xml_node element, int nesting) const;
   [[nodiscard]] Outcome readDictionary(pugi::xml_node element, int nesting) const;
   [[nodiscard]] Outcome readArray(pugi::xml_node element, int nesting) const;
   [[nodiscard]] Outcome readScalar(pugi::xml_node element) const;
 
-  // The text of an element that holds nothing else.
+  // The text of an element without child elements.
   [[nodiscard]] Result<std::string> readText(pugi::xml_node element) const;
   [[nodiscard]] ErrorPtr appendText(std::string& output, pugi::xml_node node) const;
-  // The element at `node` or after it. Null when none is left; fails on text other than blanks.
+  // The element at `node` or after it. Null when there are no more; an error for text other than
+  // blanks on the way.
   [[nodiscard]] Result<pugi::xml_node> elementFrom(pugi::xml_node node) const;
   [[nodiscard]] Result<pugi::xml_node> firstElement(pugi::xml_node container) const;
   [[nodiscard]] Result<pugi::xml_node> nextElement(pugi::xml_node element) const;

@@ -10,12 +10,13 @@
 
 namespace quenlet {
 
-// Builds the XML text form of a property list front to back, without a tree: either a document,
-// from beginDocument() to endDocument(), or a fragment without the two. The caller opens and closes
-// containers in pairs and gives a key before each value of a dictionary. Lines are not indented, so
-// that a fragment reads the same at every depth. One thread at a time.
+// Builds the XML text of a property list front to back, without a tree: either a document, from
+// beginDocument() to endDocument(), or a fragment without the two. The caller opens and closes
+// containers in pairs and gives a key before each value of a dictionary. Lines are not indented: a
+// fragment is the same text at every depth. One thread at a time.
 //
-// The first value that the form cannot hold makes the whole text fail; what follows has no effect.
+// The first value that the format cannot hold makes the whole text fail; later calls have no
+// effect.
 class PropertyListWriter final {
  public:
   PropertyListWriter() = default;
@@ -36,11 +37,11 @@ class PropertyListWriter final {
   // Written in the shortest form that reads back bit for bit. Must be finite.
   void real(double value);
   void data(std::string_view bytes);
-  // Loses the fraction of a second. Must be finite.
+  // Drops the fraction of a second. Must be finite.
   void date(Date value);
   void value(const PropertyList& object);
 
-  // What has been written, or the first error. The writer is spent afterwards.
+  // The text written, or the first error. Leaves the writer unusable.
   [[nodiscard]] Result<std::string> takeText() &&;
 
  private:

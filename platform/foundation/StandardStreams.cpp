@@ -11,14 +11,14 @@
 namespace quenlet {
 namespace {
 
-// Null while lines are written at once. The streams are the process's, and so is this.
+// Null while lines are written at once. Global, because the two streams belong to the process.
 std::atomic<DetachedStreams*> detached = nullptr;
 
 void writeLine(int descriptor, std::string_view line) {
   if (DetachedStreams* const streams = detached) {
     streams->writeLine(descriptor, line);
   } else {
-    // In one call, so that the line stays in one piece.
+    // One write for text and line break: other threads cannot come in between.
     DetachedStreams::writeWhole(descriptor, std::string(line) + '\n');
   }
 }
@@ -30,7 +30,7 @@ void StandardStreams::writeOutput(std::string_view line) { writeLine(STDOUT_FILE
 void StandardStreams::writeError(std::string_view line) { writeLine(STDERR_FILENO, line); }
 
 void StandardStreams::detach() {
-  // Its thread keeps it to the end of the process.
+  // Its thread keeps the object alive until the process ends.
   if (!detached) detached = DetachedStreams::make().get();
 }
 

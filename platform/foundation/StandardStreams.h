@@ -5,11 +5,12 @@
 
 namespace quenlet {
 
-// The lines that this process writes to its standard output and standard error. Those of several
-// threads do not mix; `line` comes without its line break. Thread-safe.
+// Writes lines to this process's standard output and standard error. Lines of different threads do
+// not mix; `line` comes without its line break. Thread-safe.
 //
-// A program that ends by itself writes them at once, and waits until they are taken. A service
-// detaches its streams, so that none of its threads ever waits for a reader (see DetachedStreams).
+// By default a line is written at once, and the caller waits until the reader takes it: right for a
+// program that ends by itself. A service calls detach(), so that none of its threads ever waits for
+// a reader (see DetachedStreams).
 class StandardStreams final {
  public:
   StandardStreams() = delete;
@@ -17,10 +18,10 @@ class StandardStreams final {
   static void writeOutput(std::string_view line);
   static void writeError(std::string_view line);
 
-  // From now on lines go out on a thread of their own. Once in a process. Throws std::system_error
-  // when no thread is to be had.
+  // From now on lines go out on a separate thread. Further calls have no effect. Throws
+  // std::system_error when the thread cannot be started.
   static void detach();
-  // Gives what is detached `patience` to go out, before the process ends.
+  // Before the process ends: gives detached lines up to `patience` to go out.
   static void drain(std::chrono::milliseconds patience);
 };
 

@@ -24,7 +24,7 @@ std::size_t lengthOfASCIIPrefix(std::string_view text) {
   return length;
 }
 
-// Whether the Unicode library can take `text`, as text and by its size.
+// Whether the Unicode library can take `text`: its sizes are 32-bit.
 bool isUnicodeText(std::string_view text) {
   return text.size() <= std::numeric_limits<std::int32_t>::max() && isValidUTF8(text);
 }
@@ -33,8 +33,8 @@ icu::StringPiece piece(std::string_view text) {
   return icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size()));
 }
 
-// Whether `text` can be brought into its composed form in time that is in proportion to its size:
-// composing sorts the marks behind a letter, however many there are.
+// Whether `text` can be composed in time proportional to its size. Composing sorts the marks behind
+// a letter, which takes the square of their number.
 bool isCheapToCompose(std::string_view text) {
   constexpr std::size_t mostBytes = 4096;
   constexpr int mostMarksInARow = 30;

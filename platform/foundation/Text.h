@@ -6,16 +6,16 @@
 #include <string_view>
 
 // Unicode operations on UTF-8 text. All are pure functions of their arguments, independent of any
-// locale, and leave ASCII text to a fast path that does not touch the Unicode library.
-// Text that is not valid UTF-8 is taken as bytes: it equals only the same bytes and has no case.
-// So is text beyond 2 GiB, which the Unicode library cannot address.
+// locale; ASCII text takes a fast path that does without the Unicode library. Text that is not
+// valid UTF-8 is treated as bytes: it equals only the same bytes and has no case. The same goes for
+// text beyond 2 GiB, which the Unicode library cannot address.
 namespace quenlet {
 
 [[nodiscard]] bool isValidUTF8(std::string_view text);
 [[nodiscard]] bool isASCII(std::string_view text);
 
-// Takes the first character off the front of `text`, which must not be empty. Nothing, with the
-// offending bytes taken off, when `text` does not begin with a valid character.
+// Takes the first character off the front of `text`, which must not be empty. When `text` does not
+// begin with a valid character, the invalid bytes are taken off and the result is nothing.
 [[nodiscard]] std::optional<char32_t> takeCharacter(std::string_view& text);
 
 // Appends the UTF-8 form of `character`, a Unicode scalar value (no surrogate, at most U+10FFFF).
@@ -28,27 +28,29 @@ void appendCharacter(std::string& output, char32_t character);
          character == 0x2029;
 }
 
-// `text` for a line of output: a blank stands for each such character and each invalid piece. Of
-// more than `maximumSizeInBytes` only the first whole characters that fit.
+// `text` for a line of output, with a blank for each such character and each invalid piece. Cut at
+// the last whole character that fits into `maximumSizeInBytes`.
 [[nodiscard]] std::string onOneLine(std::string_view text,
                                     std::size_t maximumSizeInBytes = std::string::npos);
 
-// Whether a character turns the direction of the text around it: marks, embeddings, overrides and
-// isolates. A name that holds one can be shown as another name.
+// Whether a character changes the direction of the text around it: marks, embeddings, overrides and
+// isolates. With one of them, a name can be displayed as another name.
 [[nodiscard]] constexpr bool isDirectional(char32_t character) {
   return (character >= 0x202A && character <= 0x202E) ||
          (character >= 0x2066 && character <= 0x2069) || character == 0x200E ||
          character == 0x200F || character == 0x061C;
 }
 
-// A text that two texts share exactly when they are canonically equivalent (they differ at most in
-// the composition of characters), so that equivalence becomes a comparison of bytes. Text that is
-// composed already (NFC), as most is, is its own key. So is text that nobody writes and that would
-// take the square of its size: over 4 KiB, or with more than 30 combining marks in a row. It shares
-// its key at most with a text that is equivalent, so that equality of keys stays an equivalence.
+// A text's composed form (NFC): two texts have the same key exactly when they are canonically
+// equivalent, that is, differ at most in the composition of characters. This turns equivalence into
+// a comparison of bytes. Most text is composed already and is its own key.
+//
+// Text over 4 KiB or with more than 30 combining marks in a row is also its own key: nobody writes
+// it, and composing it could take quadratic time. Such a text may miss an equivalent one, but equal
+// keys always mean equivalent texts.
 [[nodiscard]] std::string canonicalKey(std::string_view text);
 
-// Whether two texts have the same canonical key.
+// Whether two texts have the same canonicalKey().
 [[nodiscard]] bool canonicallyEqual(std::string_view a, std::string_view b);
 
 // The full default lower-case mapping ("İ" to "i̇", final sigma included).

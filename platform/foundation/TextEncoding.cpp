@@ -8,7 +8,7 @@ namespace quenlet {
 
 std::optional<std::string> utf8Text(std::string_view bytes, const std::string& charset) {
   constexpr std::size_t mostBytes = std::size_t{1} << 30;
-  // The library takes an empty name for the encoding of the locale.
+  // To the library, an empty name means the locale's encoding.
   if (bytes.size() > mostBytes || charset.empty()) return std::nullopt;
   UErrorCode status = U_ZERO_ERROR;
   const std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(

@@ -13,12 +13,12 @@ using enum PropertyListErrorCode;
 namespace {
 constexpr std::size_t nowhere = std::string_view::npos;
 
-// What the library's tree takes for a node and for an attribute, and what the object that is made
-// of an element takes, in a dictionary at most.
+// Memory that the library takes for a node and for an attribute, and the most that the object made
+// from an element takes, as an entry of a dictionary.
 constexpr std::size_t bytesOfNode = 64;
 constexpr std::size_t bytesOfAttribute = 40;
 constexpr std::size_t bytesOfObject = 120;
-// The text and the library's copy of it make it eight.
+// Eight with the text itself and the library's copy of it.
 constexpr std::size_t mostBytesForAByte = 6;
 constexpr std::size_t bytesForAnyText = std::size_t{4} << 20;
 }  // namespace
@@ -35,7 +35,7 @@ ErrorPtr XMLGuard::check() {
   return makePropertyListError(malformedMarkup, "an element is not closed");
 }
 
-// The two-byte encodings show in the first bytes: by their mark, or by the zero beside the "<".
+// UTF-16 and UTF-32 show in the first bytes: a byte order mark, or a zero beside the "<".
 ErrorPtr XMLGuard::checkEncoding() const {
   using std::literals::string_view_literals::operator""sv;
   for (const std::string_view start : {"\xFF\xFE"sv, "\xFE\xFF"sv, "<\0"sv, "\0<"sv, "\0\0"sv}) {
@@ -50,7 +50,7 @@ ErrorPtr XMLGuard::passMarkup() {
   const std::string_view rest = document.substr(position);
   if (rest.starts_with(commentStart)) return passTo("-->", commentStart.size());
   if (rest.starts_with(sectionStart)) {
-    // With the text on both sides.
+    // The section and the pieces of text on both sides.
     if (ErrorPtr error = charge(3 * bytesOfNode)) return error;
     return passTo("]]>", sectionStart.size());
   }
@@ -91,7 +91,7 @@ ErrorPtr XMLGuard::passTag() {
   return nullptr;
 }
 
-// Where the first of `characters` stands that is not within a quoted value.
+// The position of the first of `characters` outside quoted values.
 std::size_t XMLGuard::findOutsideQuotes(std::string_view characters, std::size_t from) const {
   const std::string stops = std::string(characters) + "\"'";
   while (true) {
@@ -103,7 +103,7 @@ std::size_t XMLGuard::findOutsideQuotes(std::string_view characters, std::size_t
   }
 }
 
-// The element of a tag with its attributes, and its object.
+// Counts every "=", including those in values: at worst, too much is charged.
 std::size_t XMLGuard::bytesOfTag(std::size_t begin, std::size_t end) const {
   const std::string_view tag = document.substr(begin, end - begin);
   const auto attributes = static_cast<std::size_t>(std::count(tag.begin(), tag.end(), '='));

@@ -7,12 +7,17 @@
 
 namespace quenlet {
 
-// Looks through the bytes of an XML document from an unknown hand, in one pass without allocating,
-// before the XML library builds a tree of them. It refuses what the library lets through or would
-// pay dearly for: other encodings, forbidden characters, a document type with declarations,
-// elements nested deeper than a limit, elements left open, and so many elements that the tree would
-// take more than eight times the memory of a text of some size. Well-formedness is otherwise the
-// library's task. One thread at a time.
+// Scans the bytes of an untrusted XML document before the XML library builds a tree of them, in
+// linear time and without allocating. It refuses what the library accepts or pays dearly for:
+//
+//   - encodings other than UTF-8, and characters that XML forbids
+//   - a document type with declarations
+//   - elements nested more deeply than a limit, and elements left open
+//   - too many elements for the size of the text: "<a/>" takes 4 bytes there and 184 in memory
+//
+// Each element is charged for its nodes in the tree and for the object made from it. A document may
+// cost 4 MiB and, with the text and the library's copy of it, eight times its size. Other syntax
+// errors are left to the library. One thread at a time.
 class XMLGuard final {
  public:
   XMLGuard(std::string_view text, int maximumElementNesting)
@@ -20,9 +25,9 @@ class XMLGuard final {
         maximumDepth(maximumElementNesting),
         nodesOfElement(cutsText(text) ? 3 : 1) {}
 
-  // The first offence (PropertyListErrorDomain), null when there is none.
+  // The first error found (PropertyListErrorDomain), null when there is none.
   [[nodiscard]] ErrorPtr check();
-  // Whether a text may stand in several pieces, with sections or comments between them.
+  // Whether some text may be cut into pieces, by CDATA sections or comments.
   [[nodiscard]] static bool cutsText(std::string_view text) {
     return text.find(sectionStart) != std::string_view::npos ||
            text.find(commentStart) != std::string_view::npos;
@@ -44,7 +49,7 @@ class XMLGuard final {
 
   std::string_view document;
   int maximumDepth;
-  // The element, and where blanks are kept, those before its tags.
+  // The element and, where blanks are kept, the blanks before each of its two tags.
   std::size_t nodesOfElement;
   std::size_t position = 0;
   int depth = 0;

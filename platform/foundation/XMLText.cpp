@@ -12,12 +12,13 @@ namespace {
 
 constexpr std::uint64_t everyByte(std::uint8_t byte) { return 0x0101010101010101U * byte; }
 
-// Marks the bytes below `limit` by their high bit; only the first mark can be relied on.
+// Eight bytes at a time: sets the high bit of each byte below `limit`. Only the lowest mark is
+// reliable, since the subtraction borrows from the bytes above it.
 constexpr std::uint64_t bytesBelow(std::uint64_t word, std::uint8_t limit) {
   return (word - everyByte(limit)) & ~word & everyByte(0x80);
 }
 
-// Marks, in the same way, the bytes that are not ASCII which stands for itself in a document.
+// Marks, in the same way, the bytes that need a closer look: not ASCII, control characters, markup.
 constexpr std::uint64_t markedBytes(std::uint64_t word) {
   static_assert(('<' | 2) == '>');  // one comparison finds both brackets
   return (word & everyByte(0x80)) | bytesBelow(word, 0x20) | bytesBelow(word ^ everyByte('&'), 1) |
@@ -30,6 +31,8 @@ constexpr bool isPlain(char c) {
 }
 
 std::size_t lengthOfPlainASCIIPrefix(std::string_view text) {
+  // On a big-endian machine the lowest mark is the last byte's; there the loop below finds the
+  // place.
   constexpr bool marksTellPlace = std::endian::native == std::endian::little;
   std::size_t length = 0;
   for (std::uint64_t word = 0; length + sizeof word <= text.size(); length += sizeof word) {
@@ -39,7 +42,8 @@ std::size_t lengthOfPlainASCIIPrefix(std::string_view text) {
       break;
     }
   }
-  // Goes on behind tabs and line feeds, and at the end of the text.
+  // Byte by byte from there: over tabs and line feeds, which are marked too, and the last few
+  // bytes.
   while (length < text.size() && isPlain(text[length])) ++length;
   return length;
 }
@@ -50,7 +54,7 @@ bool isAllowed(char32_t character) {
          (character > 0xFFFF && character <= 0x10FFFF);
 }
 
-// Empty for a character that has no escape.
+// Empty when there is no escape for it.
 std::string_view escapeOf(char c) {
   switch (c) {
     case '&':
@@ -133,7 +137,8 @@ bool appendUnescapedXML(std::string& output, std::string_view content) {
     output.append(content.substr(0, ampersand));
     if (ampersand == std::string_view::npos) return true;
     content.remove_prefix(ampersand + 1);
-    // A reference is short; a far semicolon is not looked for again and again.
+    // Stopping at the next "&" keeps the time linear: no semicolon far away is searched for again
+    // and again.
     const std::size_t semicolon = content.find_first_of(";&");
     if (semicolon == std::string_view::npos || content[semicolon] == '&') return false;
     const auto character = referredCharacter(content.substr(0, semicolon));
