@@ -7,7 +7,8 @@
 namespace quenlet {
 namespace {
 
-// The shortest numbers of whole countries; those within an area of larger ones have seven.
+// Some countries have numbers of five digits; local numbers within the area of a larger one have
+// seven.
 constexpr std::uint32_t fewestDigits = 5;
 constexpr std::size_t fewestDialledDigits = 7;
 constexpr std::size_t mostNationalDigits = 17;
@@ -32,6 +33,7 @@ ComparableNumber::ComparableNumber(std::string_view text)
     : digits(withoutZeros(withoutPlus(text))),
       zeros(static_cast<std::uint32_t>(withoutPlus(text).size() - digits.size())),
       hasPlus(text.starts_with('+')),
+      // A country code follows the plus at once, or exactly two zeros.
       country(zeros == (hasPlus ? 0 : 2) ? Country::notAsked : Country::none) {}
 
 std::string ComparableNumber::key(std::string_view text) {
@@ -41,6 +43,7 @@ std::string ComparableNumber::key(std::string_view text) {
 
 bool ComparableNumber::isLike(const ComparableNumber& other) const {
   if (hasSameDigits(other)) return true;
+  // Rules out almost every pair before the library has to be asked.
   if (!digits.endsAlike(other.digits, fewestDigits)) return false;
   if (namesCountry() && other.namesCountry()) {
     return countryCode == other.countryCode && endAlike(nationalNumber, other.nationalNumber);
@@ -71,7 +74,7 @@ bool ComparableNumber::askForCountry() const {
   if (!number) return false;
   nationalNumber = PackedDigits(std::to_string(number->nationalNumber));
   dialledAtHome = PackedDigits(std::to_string(number->dialledAtHome));
-  // Whatever the library makes of the front: numbers that are alike share their ends.
+  // A form that ends differently is useless: numbers that are alike must have the same key().
   if (!nationalNumber.endsAlike(digits, fewestDigits)) nationalNumber = PackedDigits();
   if (!dialledAtHome.endsAlike(digits, fewestDigits)) dialledAtHome = PackedDigits();
   countryCode = number->countryCode;

@@ -8,24 +8,27 @@
 
 namespace quenlet {
 
-// A phone number's digits, made ready to be compared with those of many others. A comparison costs
-// a few steps; the telephone library is asked once a number, when a number that names its country
-// first meets one that ends as it does. Copyable; one thread at a time.
+// A phone number's digits, prepared for comparison with many others, which takes a few steps each.
+// The telephone library is asked at most once per number: when a number that names its country
+// first meets one with the same last digits. Copyable; one thread at a time.
 //
-//   both name their country    → it is the same, and one national number ends with the other
-//   one of them does           → its national number, or what is dialled for it at home, ends with
-//                                the other number or is its end
-//   neither                    → one ends with the other
+//   country    alike when                                          example
+//   both       it is the same, and one national number ends        +49 30 1234567, 0049 30 1234567
+//              with the other
+//   one        its national number, or the form dialled within     +49 30 1234567, 030 1234567
+//              the country, ends with the other number or is       +7 495 1234567, 8 495 1234567
+//              its end
+//   neither    one ends with the other                             030 1234567, 1234567
 //
-// A country is named by '+', or by "00" where the library knows what follows. Zeros at the front
-// are not compared. Numbers that are compared by their ends have five digits or more, seven when no
-// country is named, and no more than numbers can have. Equal digits are alike whatever they are.
+// A country is named by '+', or by "00" where the library knows the number that follows. Leading
+// zeros are ignored. Ends are compared only from five digits on, from seven (zeros included) when
+// no country is named, and only up to the length of real numbers. Equal digits are always alike.
 class ComparableNumber final {
  public:
   // At most 20 ASCII digits, with or without a leading '+'.
   explicit ComparableNumber(std::string_view digits);
 
-  // The last five digits, or all when there are fewer: the same for all numbers that are alike.
+  // The last five digits, or all when there are fewer. Numbers that are alike have the same key.
   [[nodiscard]] static std::string key(std::string_view digits);
 
   // Symmetric, not transitive.

@@ -10,7 +10,7 @@
 
 namespace quenlet {
 
-// The fields of one contact record. Text fields that are not set are empty; so is an image.
+// The fields of one contact record. Text fields that are not set are empty.
 struct ContactFields final {
   std::string namePrefix;
   std::string givenName;
@@ -21,14 +21,14 @@ struct ContactFields final {
   LabeledValues<std::string> emailAddresses;
   LabeledValues<PhoneNumber> phoneNumbers;
   LabeledValues<PostalAddress> postalAddresses;
-  // Shared, since an image can be large; null for none.
+  // Shared, since an image can be large; null when there is none.
   std::shared_ptr<const std::string> imageData;
 
   // Compares entries by content.
   friend bool operator==(const ContactFields& a, const ContactFields& b);
 };
 
-// A contact record. Immutable; made from a MutableContact or from fields.
+// A contact record. Immutable.
 class Contact {
  public:
   Contact() = default;
@@ -53,7 +53,7 @@ class Contact {
     return fields.imageData;
   }
 
-  // For whoever sends the contact again and again.
+  // A cache for senders that encode the same contact again and again.
   [[nodiscard]] const KeptForms& keptForms() const { return forms; }
 
   friend bool operator==(const Contact&, const Contact&) = default;
@@ -65,8 +65,8 @@ class Contact {
   KeptForms forms;
 };
 
-// A contact under construction, by one thread at a time. Slicing it to a Contact ends the
-// construction: `Contact done = std::move(mutableContact).contact()`.
+// A contact under construction, by one thread at a time: `std::move(mutableContact).contact()` is
+// the finished one.
 class MutableContact final : public Contact {
  public:
   using Contact::Contact;

@@ -17,7 +17,7 @@ inline constexpr char ContactErrorDomain[] = "ovaro.quenlet.contact-error";
 enum class ContactErrorCode {
   noMeContact = 1,
   invalidCard = 2,
-  // A card of a version that is not read.
+  // A card of an unknown version.
   unsupportedVersion = 3,
   // The card of an organisation, a group or a place.
   notAPerson = 4,
@@ -27,8 +27,8 @@ enum class ContactErrorCode {
 class ContactStore {
  public:
   virtual ~ContactStore() = default;
-  // The me contact with just the asked-for fields filled in, read at the time of the call on the
-  // calling thread; or an error: there is none, or it cannot be read.
+  // The me contact with only the requested fields, read now, on the calling thread. An error when
+  // there is none, or it cannot be read.
   [[nodiscard]] virtual Result<std::shared_ptr<const Contact>>
   _crossPlatformUnifiedMeContactWithKeysToFetch(const std::vector<KeyDescriptor>& keys) = 0;
 };

@@ -8,8 +8,7 @@
 namespace quenlet {
 namespace {
 
-// Domains of one provider that deliver to the same mailbox. A row per provider; a place that a row
-// does not need is empty.
+// Domains that deliver to the same mailbox, one row per provider. Unused places are empty.
 using AliasedDomains = std::array<std::string_view, 6>;
 constexpr std::array<AliasedDomains, 3> aliasTable = {{
     {"gmail.com", "googlemail.com"},
@@ -27,7 +26,7 @@ std::string_view withoutScheme(std::string_view address) {
 
 std::string EmailAddressNormalize(std::string_view address) {
   std::string_view rest = trimmed(address);
-  // Repeated, so that the normal form of a normal form is itself.
+  // Repeated ("mailto: mailto:ann@…"), so that normalizing twice changes nothing.
   for (std::string_view shorter = trimmed(withoutScheme(rest)); shorter.size() < rest.size();
        shorter = trimmed(withoutScheme(rest))) {
     rest = shorter;

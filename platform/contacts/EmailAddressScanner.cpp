@@ -6,9 +6,17 @@
 
 #include "platform/foundation/Text.h"
 
-// Every "@" is looked at once, from left to right. What may stand before it is bounded by the
-// length of a local part, and what stands behind it never reaches beyond the next "@": that makes
-// the time linear.
+// Each "@" is tried once, from left to right, until one has an address around it:
+//
+//     Write to (ann.lee@mail.example.org).
+//               ^^^^^^^ ^^^^^^^^^^^^^^^^
+//        2. local part, 1. domain,
+//        read backward  read forward
+//
+// The domain comes first, because it decides whether the local part may have letters of a script
+// without blanks. An "@" in the authority of a URL is different: there only the user before it can
+// be an address. The time is linear, since a local part has at most 64 bytes and a domain never
+// reaches beyond the next "@".
 namespace quenlet {
 namespace {
 
@@ -17,7 +25,7 @@ constexpr std::size_t longestLabel = 63;
 constexpr std::size_t longestDomain = 253;
 constexpr std::string_view localPunctuation = "!#$%&'*+-^_~.";
 constexpr std::string_view marksAroundAddresses = "!#$%&'*-^~.";
-// Of a local part that stands alone, with nothing around it to be told apart from.
+// For a local part with nothing around it that could be mistaken for a part of it.
 constexpr std::string_view plainPunctuation = "!#$%&'*+-/=?^_`{|}~.";
 constexpr std::string_view fullWidthAt = "\uFF20";
 
@@ -39,7 +47,7 @@ bool isWithin(const std::array<CharacterRange, Size>& ranges, char32_t character
   });
 }
 
-// Beyond ASCII: punctuation, symbols and emoji, blanks, private use.
+// Beyond ASCII: punctuation, symbols and emoji, blanks, private use. All else counts as a letter.
 constexpr std::array<CharacterRange, 17> separators = {{
     {0x80, 0xA9},
     {0xAB, 0xB4},
@@ -81,8 +89,8 @@ bool isLetter(char32_t character) {
 
 bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
-// The first character of `text` with its size; '\0', which is part of no address, at the end and
-// for bytes that are no character.
+// The first character of `text` with its size. At the end and for invalid bytes it is '\0', which
+// no address contains.
 struct Character final {
   char32_t value = 0;
   std::size_t size = 1;
@@ -100,7 +108,7 @@ class DomainReader final {
  public:
   explicit DomainReader(std::string_view textBehindAt) : text(textBehindAt) {}
 
-  // The domain at the beginning of the text; empty when there is none.
+  // The domain at the start of the text; empty when there is none.
   [[nodiscard]] std::string_view read() {
     std::size_t labels = 0;
     std::size_t end = 0;
@@ -115,11 +123,13 @@ class DomainReader final {
     return text.substr(0, end);
   }
 
-  // Whether it has letters of a script without blanks, so that the local part may have them too.
+  // Whether the domain has letters of a script without blanks; then the local part may have them
+  // too.
   [[nodiscard]] bool isOfUnspacedScript() const { return hasUnspaced; }
 
  private:
-  // Sets labelEnd to the end of the label at `begin`, without hyphens at its end.
+  // Sets labelEnd to the end of the label at `begin`, without trailing hyphens. False when there is
+  // none.
   bool readLabel(std::size_t begin) {
     labelEnd = begin;
     std::size_t length = 0;
@@ -145,7 +155,7 @@ class DomainReader final {
     return labelEnd > begin;
   }
 
-  // "a@example.sub_domain.org" is no address, and neither is the beginning of it.
+  // "a@example.sub_domain.org" is not an address, and its beginning must not pass for one.
   [[nodiscard]] bool isCutOff(std::size_t end) const {
     if (end + 1 >= text.size() || text[end] != '_') return false;
     const char32_t next = Character(text.substr(end + 1)).value;
@@ -165,14 +175,15 @@ bool isLocalByte(char byte) {
          localPunctuation.find(byte) != std::string_view::npos;
 }
 
-// The end of the text as a local part without quotes; empty when there is none.
+// The local part without quotes at the end of `text`; empty when there is none.
 std::string_view plainLocalPart(std::string_view text, bool mayBeUnspaced) {
   std::size_t begin = text.size();
   while (begin > 0 && text.size() - begin < longestLocalPart && isLocalByte(text[begin - 1])) {
     --begin;
   }
-  // Then it is too long, unless something that separates comes up.
+  // If the limit ended the search, the part is too long, unless a separator turns up within it.
   bool isComplete = begin == 0 || (!isLocalByte(text[begin - 1]) && text[begin - 1] != '@');
+  // The limit may have cut a character in two.
   while (begin < text.size() && isContinuationByte(text[begin])) ++begin;
   for (std::size_t position = begin; position < text.size();) {
     const Character character(text.substr(position));
@@ -180,6 +191,7 @@ std::string_view plainLocalPart(std::string_view text, bool mayBeUnspaced) {
     const bool isPlain = character.value < 0x80 && character.value != 0;
     const bool isPart =
         isPlain || (isLetter(character.value) && (mayBeUnspaced || !isUnspaced(character.value)));
+    // In "see...ann@example.org" the address begins behind the dots.
     const bool isEllipsis = text.substr(0, position).ends_with("...");
     if (isPart && !isEllipsis) continue;
     begin = position;
@@ -191,13 +203,14 @@ std::string_view plainLocalPart(std::string_view text, bool mayBeUnspaced) {
   return first == std::string_view::npos ? std::string_view() : part.substr(first);
 }
 
-// The same for one in double quotes, which the text ends with.
+// The same for a local part in double quotes; `text` ends with the closing one.
 std::string_view quotedLocalPart(std::string_view text) {
   const std::size_t limit = std::min(text.size(), longestLocalPart);
   for (std::size_t size = 2; size <= limit; ++size) {
     const std::size_t begin = text.size() - size;
     if (static_cast<unsigned char>(text[begin]) < 0x20) return {};
     if (text[begin] != '"') continue;
+    // A quote behind an odd number of backslashes is escaped and does not open the part.
     const std::size_t before = text.substr(0, begin).find_last_not_of('\\');
     const std::size_t escapes = begin - (before == std::string_view::npos ? 0 : before + 1);
     if (escapes % 2 == 0) return size > 2 ? text.substr(begin) : std::string_view();
@@ -227,7 +240,7 @@ bool isAddressAlone(std::string_view text) {
          !domain.empty();
 }
 
-// What "%40" and the like stand for; an escape that is none stays.
+// Replaces "%40" and the like; a malformed escape stays as it is.
 std::string percentDecoded(std::string_view text) {
   std::string decoded;
   for (; !text.empty(); text.remove_prefix(1)) {
@@ -241,8 +254,8 @@ std::string percentDecoded(std::string_view text) {
   return decoded;
 }
 
-// Follows a text from left to right and knows where it is in the authority of a URL: behind "://",
-// and before what ends that. There, user and password stand before an "@", the host behind.
+// Moves through a text from left to right and knows when it is in the authority of a URL: behind
+// "://", up to the path. There, user and password stand before an "@" and the host behind it.
 class AuthorityFollower final {
  public:
   explicit AuthorityFollower(std::string_view wholeText) : text(wholeText) {}
@@ -259,9 +272,9 @@ class AuthorityFollower final {
     }
   }
   [[nodiscard]] bool isInside() const { return begin != npos; }
-  // The user before the position, if that is an address.
+  // The user before the position, if it is an address.
   [[nodiscard]] std::optional<std::string> userAddress() const {
-    // Escapes make it three times as long at most.
+    // Escapes can make it three times as long.
     constexpr std::size_t longest = 3 * (longestLocalPart + 1 + longestDomain);
     if (position - begin > longest) return std::nullopt;
     const std::string_view information = text.substr(begin, position - begin);
@@ -296,7 +309,7 @@ std::optional<std::string> EmailAddressScanner::firstEmailAddressInString(
   const std::string_view text = plain;
   if (!isCut && isAddressAlone(trimmed(text))) return std::string(trimmed(text));
   AuthorityFollower authority(text);
-  // Behind the last "@" of a URL, which a quoted local part must not reach back over.
+  // Behind the last "@" of a URL; a quoted local part must not reach back over that.
   std::size_t begin = 0;
   for (std::size_t at = text.find('@'); at != std::string_view::npos; at = text.find('@', at + 1)) {
     authority.moveTo(at);
@@ -307,6 +320,7 @@ std::optional<std::string> EmailAddressScanner::firstEmailAddressInString(
     }
     DomainReader reader(text.substr(at + 1));
     const std::string_view domain = reader.read();
+    // A domain at the end of a text that was cut may go on there.
     const bool isWhole = !isCut || at + 1 + domain.size() < text.size();
     if (domain.empty() || !isWhole) continue;
     const std::string_view local = localPart(text.substr(0, at), reader.isOfUnspacedScript());

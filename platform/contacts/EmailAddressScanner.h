@@ -8,27 +8,30 @@
 namespace quenlet {
 
 // Finds an e-mail address in free text: "Ann <ann@example.org>", "mailto:ann@example.org?cc=bob".
-// Takes time in proportion to the text, whatever it holds, and looks at the first 64 KiB only.
-// Stateless; any thread.
+// Looks at the first 64 KiB only, in time proportional to the text, whatever it holds. Stateless;
+// any thread.
 //
 //   address   local "@" label ("." label)+
-//   local     up to 64 bytes: letters, digits and most of "!#$%&'*+-^_~", with single dots between;
-//             or the like in double quotes, with blanks and escapes
-//   label     up to 63 letters, digits and hyphens; the last one does not begin with a digit
+//   local     up to 64 bytes: letters, digits and "!#$%&'*+-^_~", with single dots between; begins
+//             with a letter, a digit, "+" or "_". Or the like in double quotes, with blanks and
+//             escapes
+//   label     up to 63 letters, digits and hyphens; the last label does not begin with a digit
 //
-// Letters are those of any script. In scripts that set no blanks between words, an address in Latin
-// letters ends where the other script begins, as in "邮箱是ann@example.org谢谢".
-// What wraps an address in texts is no part of it, even where the grammar of mail would let it be:
-// quotes, brackets, a "to=", a path, the full stop of a sentence. A text that is an address and
-// nothing else is taken as it is, be it "a/b@example.org" or "a=b@example.org".
-// What stands before the host of a URL is a user, who may be an address ("imap://ann%40example.org@
-// imap.example.org"), and a password, which together with the host is none. Domains without a dot,
-// numeric ones and address literals are left out: nobody is reached there by what we donate.
+// Letters are those of any script. In a script without blanks between words, an address in Latin
+// letters ends where that script begins: "邮箱是ann@example.org谢谢".
+//
+// Whatever wraps an address in running text is left out, even where the grammar of mail would allow
+// it: quotes, brackets, a "to=", a path, the full stop of a sentence. A text that consists of one
+// address is taken as it is, even "a/b@example.org" or "a=b@example.org".
+//
+// The user of a URL can be an address ("imap://ann%40example.org@imap.example.org"); a password and
+// the host are not one together. Domains without a dot, numeric ones and address literals are
+// ignored: as donated values, such addresses would reach nobody.
 class EmailAddressScanner final {
  public:
   static constexpr std::size_t longestTextInBytes = std::size_t{1} << 16;
 
-  // The first address, as it is written there, but for a full-width "@".
+  // The first address as written, except that a full-width "@" becomes a plain one.
   [[nodiscard]] std::optional<std::string> firstEmailAddressInString(std::string_view text) const;
 };
 

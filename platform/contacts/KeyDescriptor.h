@@ -4,7 +4,7 @@
 
 namespace quenlet {
 
-// Names one field of a contact that a fetch is asked for.
+// A field of a contact that a fetch can ask for.
 enum class KeyDescriptor {
   namePrefix,
   givenName,

@@ -9,10 +9,10 @@
 
 namespace quenlet {
 
-// The key under which an entry's store info holds where the entry comes from.
+// The key of an entry's origin in its store info.
 inline constexpr char ValueOriginKey[] = "valueOrigin";
 
-// What is known of an entry besides its label and value. Entries that nobody donated have none.
+// Facts about an entry besides its label and value. Only donated entries have an origin.
 struct StoreInfo final {
   std::shared_ptr<const ValueOrigin> valueOrigin;
 
@@ -22,15 +22,15 @@ struct StoreInfo final {
   }
 };
 
-// One entry of a contact's list: a label ("home"), a value and its store info. A value type, shared
-// as an immutable object between contacts.
+// One entry of a contact's list: a label ("home"), a value and its store info. A value type;
+// contacts share entries as immutable objects.
 template <typename T>
 struct LabeledValue final {
   std::string label;
   T value;
   StoreInfo storeInfo;
 
-  // Labels, and values that are texts, by canonical equivalence.
+  // Compares labels, and values that are texts, by canonical equivalence.
   friend bool operator==(const LabeledValue& a, const LabeledValue& b) {
     if constexpr (std::is_same_v<T, std::string>) {
       if (!canonicallyEqual(a.value, b.value)) return false;

@@ -11,8 +11,8 @@
 
 namespace quenlet {
 
-// Entries that are made when somebody looks at them, for a list that is kept longer than it is
-// read. Implementations are immutable and thread-safe.
+// Entries that are made only when they are read, for lists that are kept for long and seldom read.
+// Implementations are immutable and thread-safe.
 template <typename T>
 class EntriesOnDemand {
  public:
@@ -22,9 +22,9 @@ class EntriesOnDemand {
   [[nodiscard]] virtual std::shared_ptr<const LabeledValue<T>> entryAt(std::size_t place) const = 0;
 };
 
-// The entries of one list of a contact, in order: either held, as shared objects that never change,
-// or made on demand, which is for the reader the same. An entry that iteration gives is good as
-// long as it is kept. A value type.
+// The entries of one list of a contact, in order: either held, as shared immutable objects, or made
+// on demand; a reader sees no difference. An entry from an iterator stays valid as long as the
+// caller holds it. A value type.
 template <typename T>
 class LabeledValues final {
  public:
@@ -65,7 +65,7 @@ class LabeledValues final {
   [[nodiscard]] Iterator begin() const { return {*this, 0}; }
   [[nodiscard]] Iterator end() const { return {*this, size()}; }
 
-  // Both only for a list that holds its entries.
+  // Both are only for a list that holds its entries.
   void reserve(std::size_t count) { held.reserve(count); }
   void append(Entry entry) { held.push_back(std::move(entry)); }
 

@@ -8,12 +8,16 @@
 
 #include "platform/foundation/Text.h"
 
-// A name is first cut into words. The nickname is taken out, then the rest falls into parts at its
-// commas. One word before the first comma, or a particle and one, make the name "Family, Given";
-// what follows more words is a suffix, whatever its letters mean. What remains loses its prefixes
-// at the front and its suffixes at the back, always down to one word at least, so that "Major" or
-// "Jr." alone stays a name. A name without a comma then has its family name at the end, or in front
-// when it is written in Chinese, Japanese or Korean characters.
+// The nickname is cut out first, then the rest is split at its commas and into words:
+//
+//   Dr.     Anna   Maria   van der Berg ,  PhD
+//   prefix  given  middle  family          suffix
+//
+// One word before the first comma, or particles and one, makes the form "Family, Given"; behind
+// more words than that, a comma begins a suffix, whatever it says. Then prefixes are taken off the
+// front and suffixes off the back, but never the last word: "Major" or "Jr." alone stays a name. In
+// a name without a comma the family name is at the end, or in front when it is written in Chinese,
+// Japanese or Korean characters.
 namespace quenlet {
 namespace {
 
@@ -33,7 +37,7 @@ std::string plainForm(const std::string& word) {
 }
 
 bool isPrefix(const std::string& word) {
-  // "Dr.-Ing." and "Univ.-Prof." are one word of two titles.
+  // "Dr.-Ing." and "Univ.-Prof.": two titles in one word.
   if (const std::size_t hyphen = word.find(".-"); hyphen != std::string::npos) {
     return isPrefix(word.substr(0, hyphen + 1)) || isPrefix(word.substr(hyphen + 2));
   }
@@ -46,13 +50,13 @@ bool isPrefix(const std::string& word) {
                "sra",  "srta", "señor", "dra",  "dott", "dhr",  "shri", "señora",    "madame"})) {
     return true;
   }
-  // Names or words of names as well, unless shortened with a dot.
+  // These are also names, or parts of names, unless a dot marks them as abbreviations.
   return word.ends_with('.') &&
          isOneOf(plain, {"fr", "hon", "col", "gen", "lt", "maj", "sgt", "capt", "ing", "mag", "mgr",
                          "sr", "bc", "doc", "dipl"});
 }
 
-// What goes on after a title: "Dr. med. h.c. mult.".
+// Whether a word continues a title: "Dr. med. h.c. mult.".
 bool continuesPrefix(const std::string& word) {
   return isPrefix(word) || (word.ends_with('.') && word.front() >= 'a' && word.front() <= 'z');
 }
@@ -74,7 +78,7 @@ bool isParticle(const std::string& word) {
        "uí",   "af",  "av",  "graf", "freiherr", "freifrau", "gräfin"});
 }
 
-// "op", "und": a short word in small letters, unless all of the name is.
+// A short word in small letters: "op", "und".
 bool isInSmallLetters(const std::string& word) {
   constexpr std::size_t longest = 3;
   return word.size() <= longest && word.front() >= 'a' && word.front() <= 'z';
@@ -117,7 +121,7 @@ std::optional<std::string> presentUnlessEmpty(std::string text) {
   return text;
 }
 
-// Replaces every blank of another script, and the dot between words in katakana, by a space.
+// Replaces the blanks of other scripts, and the dot between words in katakana, by spaces.
 std::string withPlainBlanks(std::string_view text) {
   std::string plain(text);
   for (const std::string_view blank : {"\u00A0", "\u2009", "\u202F", "\u3000", "\u30FB"}) {
@@ -133,7 +137,7 @@ std::string withPlainBlanks(std::string_view text) {
   return plain;
 }
 
-// Without the address of "Anna Berg <anna@example.org>".
+// Drops the address from "Anna Berg <anna@example.org>".
 std::string_view withoutAddress(std::string_view text) {
   const std::size_t begin = text.find('<');
   return begin != text.npos && text.find('>', begin) != text.npos ? text.substr(0, begin) : text;
@@ -142,7 +146,7 @@ std::string_view withoutAddress(std::string_view text) {
 constexpr std::pair<std::string_view, std::string_view> quotes[] = {
     {"\"", "\""}, {"“", "”"}, {"„", "“"}, {"«", "»"}, {" '", "' "}, {" ‘", "’ "}};
 
-// Without quotes around the whole; `text` begins and ends with a blank.
+// Drops quotes around the whole; `text` begins and ends with a blank.
 std::string_view withoutQuotes(std::string_view text) {
   for (const auto& [opening, closing] : quotes) {
     const std::string_view whole = opening.front() == ' ' ? text : trimmed(text);
@@ -154,7 +158,7 @@ std::string_view withoutQuotes(std::string_view text) {
   return text;
 }
 
-// Cuts the first text in quotes out of `name`.
+// Cuts the first quoted text out of `name`.
 std::optional<std::string> takeNickname(std::string& name) {
   for (const auto& [opening, closing] : quotes) {
     const std::size_t begin = name.find(opening);
@@ -169,9 +173,8 @@ std::optional<std::string> takeNickname(std::string& name) {
   return std::nullopt;
 }
 
-// Cuts what stands in brackets out of `name`: a nickname, unless there is one already or nothing of
-// the name stands behind it, else a remark ("Ann Lee (Sales)"). Answers whether there were
-// brackets.
+// Cuts a text in brackets out of `name`. It is the nickname if there is none yet and the name goes
+// on at both sides ("Ann (Annie) Lee"), else a remark ("Ann Lee (Sales)"). False without brackets.
 bool takeBracketed(std::string& name, std::optional<std::string>& nickname) {
   const std::size_t begin = name.find('(');
   const std::size_t end = begin == std::string::npos ? begin : name.find(')', begin);
@@ -197,7 +200,7 @@ Words wordsOf(std::string_view text) {
   return words;
 }
 
-// One name on its way to its components.
+// A name that is being split into its components.
 class Parts final {
  public:
   Words prefixes;
@@ -230,7 +233,7 @@ class Parts final {
     words.erase(lastName, words.end());
   }
 
-  // Whether what stands before a comma is a family name: one word, or particles and one.
+  // Whether the words before a comma are a family name: one word, or particles and one.
   static bool isFamilyAlone(Words words) {
     Parts honorifics;
     honorifics.setAsideHonorifics(words);
@@ -257,14 +260,16 @@ class Parts final {
   }
 
  private:
-  // Names from elsewhere, written by their sound in katakana, keep their order.
+  // Foreign names, spelled in katakana by their sound, keep their own order.
   [[nodiscard]] bool hasFamilyInFront() const {
     return given.size() > 1 && std::all_of(given.begin(), given.end(), isEastAsian) &&
            !std::all_of(given.begin(), given.end(), isKatakana);
   }
 
-  // The last word, with its particles and an "and" between two.
+  // The last word with the particles before it; two words when an "and" joins them ("Ortega y
+  // Gasset").
   [[nodiscard]] Words::iterator beginOfFamilyAtEnd() {
+    // In a name written entirely in small letters they say nothing.
     const bool smallLettersTell = given.back().front() < 'a' || given.back().front() > 'z';
     auto start = given.end() - 1;
     if (start - given.begin() >= 3 && isOneOf(*(start - 1), {"y", "i", "e"})) start -= 2;

@@ -8,8 +8,8 @@
 
 namespace quenlet {
 
-// Up to 20 decimal digits, four bits each with the last one lowest, so that the ends of two numbers
-// compare in one go. A value type.
+// Up to 20 decimal digits, four bits each, the last digit lowest: comparing the ends of two numbers
+// takes an exclusive or and a mask. A value type.
 class PackedDigits final {
  public:
   PackedDigits() = default;
@@ -22,13 +22,13 @@ class PackedDigits final {
   }
 
   [[nodiscard]] std::size_t size() const { return count; }
-  // Whether one ends with all digits of the other.
+  // Whether one number ends with all digits of the other.
   [[nodiscard]] bool endsAlike(const PackedDigits& other) const {
     const std::uint32_t shared = std::min(count, other.count);
     return ((low ^ other.low) & mask(shared)) == 0 &&
            (shared <= digitsInLow || ((high ^ other.high) & mask(shared - digitsInLow)) == 0);
   }
-  // Whether the last `digits` are the same, 15 at most.
+  // Whether the last `digits` digits, at most 15, are the same.
   [[nodiscard]] bool endsAlike(const PackedDigits& other, std::uint32_t digits) const {
     return std::min(count, other.count) >= digits && ((low ^ other.low) & mask(digits)) == 0;
   }

@@ -16,7 +16,8 @@ inline constexpr char NicknameKey[] = "nickname";
 
 class Contact;
 
-// A person's name in its components; each may be absent, which differs from empty. A value type.
+// A person's name in its components; each may be absent, which is not the same as empty. A value
+// type.
 struct PersonNameComponents final {
   std::optional<std::string> namePrefix = {};
   std::optional<std::string> givenName = {};
@@ -33,7 +34,7 @@ struct PersonNameComponents final {
   // The six name fields of `contact`; a field that is empty or was not fetched is absent.
   [[nodiscard]] static PersonNameComponents componentsForContact(const Contact& contact);
 
-  // All six components by canonical equivalence; an absent one equals only an absent one.
+  // Compares by canonical equivalence; an absent component equals only an absent one.
   friend bool operator==(const PersonNameComponents& a, const PersonNameComponents& b);
 };
 

@@ -5,7 +5,7 @@
 namespace quenlet {
 namespace {
 
-// Whether the text is a number of just digits, blanks and dashes, as most are.
+// Fast path: whether the text is a number of digits, blanks and dashes alone, as most are.
 bool isPlainNumber(std::string_view text) {
   constexpr int leastDigits = 2;
   constexpr int mostDigits = 20;

@@ -20,7 +20,7 @@ std::filesystem::path moduleOfRunningProgram() {
 }  // namespace
 
 PhoneNumberLibrary::PhoneNumberLibrary(const std::filesystem::path& module) {
-  // A relative path would be looked for in the working directory.
+  // A relative path would load a file from the working directory.
   void* loaded = module.is_absolute()
                      ? ::dlopen(module.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE)
                      : nullptr;

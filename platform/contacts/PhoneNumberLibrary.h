@@ -8,18 +8,19 @@
 
 namespace quenlet {
 
-// Asks the telephone library, which stands in a module that is loaded into the process and stays
-// there. Immutable, thread-safe.
+// Access to the telephone library, in a module that is loaded into the process and stays there.
+// Immutable; thread-safe.
 class PhoneNumberLibrary final {
  public:
-  // Loads the module; when it cannot be loaded, says so in one line on standard error.
+  // Loads the module. Failure is one line on standard error; read() then gives nothing.
   explicit PhoneNumberLibrary(const std::filesystem::path& module);
 
-  // The process's own: of the module in the running program's prefix, loaded at the first call.
+  // The instance of the process, for the module in the running program's prefix; loaded at the
+  // first call.
   [[nodiscard]] static const PhoneNumberLibrary& shared();
 
-  // Takes '+' and ASCII digits apart; nothing when that is no number of any country, and without
-  // the module.
+  // Splits '+' and ASCII digits into country code and national number. Nothing when it is not a
+  // number of any country, or the module is missing.
   [[nodiscard]] std::optional<QuenletInternationalNumber> read(const std::string& text) const;
 
  private:

@@ -44,7 +44,7 @@ bool isSeparator(char32_t character) {
          punctuation.find(character) != std::u32string_view::npos;
 }
 
-// What phones wait at before they dial on.
+// Characters at which phones pause before they dial on.
 constexpr std::string_view pauses = ",;pPwW";
 
 bool isPlus(char32_t character) { return character == '+' || character == 0xFF0B; }
@@ -76,7 +76,7 @@ std::optional<std::string> PhoneNumberScanner::scan() {
   return number;
 }
 
-// Takes one character of the number proper; false at the first that is none.
+// Takes one character of the number proper; false at the first that does not belong to it.
 bool PhoneNumberScanner::scanCharacter(char32_t character, std::string& number) {
   if (const auto digit = asciiDigit(character)) {
     number += *digit;
@@ -92,7 +92,7 @@ bool PhoneNumberScanner::scanCharacter(char32_t character, std::string& number) 
   return true;
 }
 
-// What follows the number proper, to the end of the text.
+// Takes everything behind the number proper, to the end of the text.
 bool PhoneNumberScanner::scanExtension() {
   if (text[position] == ';' && scanLinkParameters()) return true;
   if (pauses.find(text[position]) != pauses.npos) return scanDialledAfterPause();
@@ -149,7 +149,7 @@ std::optional<char32_t> PhoneNumberScanner::peek() {
   return character;
 }
 
-// "(private)": words in brackets, without a digit, behind the number.
+// "(private)": words in brackets without a digit. The number may go on behind them.
 bool PhoneNumberScanner::skipRemark() {
   if (text[position] != '(') return false;
   std::string_view rest = text.substr(position + 1);

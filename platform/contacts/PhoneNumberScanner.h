@@ -11,21 +11,21 @@ namespace quenlet {
 //
 //   [tel:] [+] digits and separators [remark] [extension]
 //
-// Digits are those of any script. Separators are blanks, dashes, dots, slashes, brackets and the
+// Digits may be of any script. Separators are blanks, dashes, dots, slashes, brackets and the
 // invisible direction marks that come with copied text. A remark is words in brackets
 // ("(private)"). An extension is "x", "ext", "extn" or the like and digits, the parameters of a
-// link (";ext=12") or what is dialled after a pause (",,12#", "p12", "w12"). Everything else,
-// letters above all, makes the text no phone number. Lives for one scan of one text that outlives
-// it.
+// link (";ext=12") or the digits dialled after a pause (",,12#", "p12", "w12"). Anything else, such
+// as a letter, means that the text is not a phone number. For one scan of one text, which outlives
+// the scanner.
 class PhoneNumberScanner final {
  public:
   explicit PhoneNumberScanner(std::string_view source) : text(source) {}
 
   // The number's digits as ASCII, with a leading '+' kept, without the extension; nothing when the
-  // text is no plausible number (2 to 20 digits). In "+49 (0)30" the bracketed 0, which is
-  // dialled at home only, is left out.
+  // text is not a plausible number (2 to 20 digits). The bracketed 0 of "+49 (0)30", which is
+  // dialled only within the country, is left out.
   [[nodiscard]] std::optional<std::string> scan();
-  // After a scan: the ASCII digits of the extension, or of what is dialled after a pause.
+  // After a scan: the ASCII digits of the extension, or those dialled after a pause.
   [[nodiscard]] const std::string& extension() const { return extensionDigits; }
 
  private:

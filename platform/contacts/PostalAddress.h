@@ -28,14 +28,14 @@ struct PostalAddress final {
   // The non-empty fields, each under the key of its name ("street", "isoCountryCode").
   [[nodiscard]] PropertyListDictionary dictionaryRepresentation() const;
   // `postalAddressWithDictionaryRepresentation:`. Unknown keys are ignored. Nothing when a known
-  // key holds anything but a string, or when no known key is there.
+  // key holds anything but a string, or no known key is present.
   [[nodiscard]] static std::optional<PostalAddress> postalAddressWithDictionaryRepresentation(
       const PropertyListDictionary& entries);
 
-  // The field that the dictionary has under `key`; null when there is none.
+  // The field under `key` in the dictionary form; null for an unknown key.
   [[nodiscard]] static Field fieldForKey(std::string_view key);
 
-  // All fields, by canonical equivalence.
+  // Compares all fields by canonical equivalence.
   friend bool operator==(const PostalAddress& a, const PostalAddress& b);
 };
 

@@ -35,7 +35,7 @@ std::optional<std::string> PostalAddressFormatter::singleLineStringFromPostalAdd
   }
   if (addCountryName == CountryName::included) appendLines(line, address.country);
   if (line.empty()) return std::nullopt;
-  // Equal addresses may differ in the composition of their characters.
+  // Addresses that compare equal may differ in the composition of their characters.
   return canonicalKey(line);
 }
 

@@ -13,7 +13,7 @@ enum class CountryName { included, leftOut };
 class PostalAddressFormatter final {
  public:
   // The address on one line: street lines, sub-locality, city, sub-administrative area, state and
-  // postal code, then the country when asked for, parted by ", ". Blanks around parts are dropped.
+  // postal code, then the country if requested, separated by ", ". Blanks around parts are dropped.
   // Nothing when no part is left. Equal addresses give equal text.
   [[nodiscard]] static std::optional<std::string> singleLineStringFromPostalAddress(
       const PostalAddress& address, CountryName addCountryName);

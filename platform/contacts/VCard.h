@@ -15,20 +15,20 @@ namespace quenlet {
 struct VCard final {
   std::string uid = {};            // empty when the card has none
   std::string formattedName = {};  // FN, empty when the card has none
-  Contact contact = {};            // N (else FN taken apart), NICKNAME, EMAIL, TEL, ADR, PHOTO
-  std::size_t place = 1;  // among the cards of its text, those that cannot be read included
-  // Entries passed over because they hold no usable value: a TEL without a plausible number, an
-  // EMAIL without an address, a PHOTO that does not decode, text of an unknown encoding, what is
-  // larger than a value may be, entries beyond a thousand of a kind, lines that are no property.
-  // Empty properties do not count.
+  Contact contact = {};            // N (else FN, split), NICKNAME, EMAIL, TEL, ADR, PHOTO
+  std::size_t place = 1;           // among all cards of its text, unreadable ones included
+  // Entries skipped for want of a usable value: a TEL without a plausible number, an EMAIL without
+  // an address, a PHOTO that does not decode, text in an unknown encoding, values that are too
+  // large, entries beyond a thousand of a kind, lines that are not a property. Empty properties do
+  // not count.
   std::size_t skippedEntries = 0;
 };
 
 struct VCards final {
   std::vector<VCard> cards;
-  // One for each card that cannot be read, or one when the text holds no card
-  // (ContactErrorDomain). The sentence names the line on which the card begins and the offence and
-  // never quotes the content.
+  // One for each card that cannot be read, or one when the text holds no card (ContactErrorDomain).
+  // The sentence says what is wrong and on which line the card begins, and never quotes the
+  // content.
   std::vector<ErrorPtr> failures;
 };
 
@@ -37,26 +37,27 @@ inline constexpr std::size_t maximumVCardSizeInBytes = std::size_t{32} << 20;
 // Reads every card of `text`, vCard 2.1, 3.0 or 4.0: folded lines, groups, parameters with and
 // without names, quoted and multiple values, escapes, lists, quoted-printable text in any charset,
 // base64 and data-URI photos; LF, CRLF or CR, UTF-8 or UTF-16. Syntax and encoding are checked only
-// of the properties that are read. Unknown properties, empty ones, cards within a card and photos
-// that are elsewhere (http:) are passed over. Entries with PREF (or TYPE=pref) come first in their
-// list, by ascending preference. An entry's label is the X-ABLabel of its group, else the
+// in the properties that are read. Unknown properties, empty ones, cards within a card and photos
+// that are only linked (http:) are skipped. Entries with PREF (or TYPE=pref) come first in their
+// list, the most preferred one in front. An entry's label is the X-ABLabel of its group, else the
 // lower-cased TYPE that says where ("home", "work", "cell"...), else empty. An FN that is an e-mail
-// address, a phone number or DERIVED tells no name.
-// A card that has no END, is of another version (unsupportedVersion) or is no person's (notAPerson)
-// cannot be read; others are. A text over the size is no card (invalidCard). Time and memory grow
-// with the text's size.
+// address, a phone number or DERIVED is not taken for a name.
+//
+// A card cannot be read when it has no END (invalidCard), has another version (unsupportedVersion),
+// or is not of a person (notAPerson); the other cards are read all the same. A text over the
+// maximum size is invalidCard. Time and memory grow with the size of the text.
 [[nodiscard]] VCards parseVCards(std::string_view text);
 
-// The first card of `text`; reading ends at its END. Of the lists and the image only those in
-// `keys` are read.
+// The first card of `text`; reading stops at its END. Lists and image are read only if `keys` names
+// them.
 [[nodiscard]] Result<VCard> parseFirstVCard(std::string_view text,
                                             const std::vector<KeyDescriptor>& keys);
 
 // The contact as one vCard 4.0 with CRLF line ends, folded at 75 bytes, which parseVCards reads
-// back equal, except for blanks at the ends of a text, a "mailto:" or "tel:" before an entry, what
-// is no e-mail address or country code, and what no card can hold (text that is not UTF-8, control
-// characters other than tab and line end; CR and CRLF become LF).
-// Store info is not written.
+// back equal, with these exceptions: blanks at the ends of a text, a "mailto:" or "tel:" before an
+// entry, entries that are not an e-mail address or country code, and text that no card can hold
+// (invalid UTF-8, control characters other than tab and line end; CR and CRLF become LF). Store
+// info is not written.
 [[nodiscard]] std::string writeVCard(const Contact& contact);
 
 }  // namespace quenlet

@@ -17,7 +17,7 @@
 namespace quenlet {
 namespace {
 
-// An entry takes many times the memory of the shortest line that makes one.
+// Bounds the memory: an entry takes many times that of the shortest line for one.
 constexpr std::size_t mostEntriesOfAKind = 1000;
 constexpr std::size_t mostGroups = 3 * mostEntriesOfAKind;
 
@@ -30,20 +30,20 @@ bool startsWithScheme(std::string_view text, std::string_view scheme) {
   return lowercased(text.substr(0, scheme.size())) == scheme;
 }
 
-// The address of a "mailto:" link, or `text` when it is none.
+// The address of a "mailto:" link, or `text` when it is not a link.
 std::string addressOfLink(std::string text) {
   constexpr std::string_view scheme = "mailto:";
   if (!startsWithScheme(text, scheme)) return text;
   text.erase(0, scheme.size());
   text.resize(std::min(text.find('?'), text.size()));
   const std::optional<std::string> decoded = decodedDataURI("," + text);
-  // Percents must not bring in what a line may not hold.
+  // Percent escapes must not smuggle in characters that a line must not hold.
   const bool usable = decoded && isValidUTF8(*decoded) && !holdsControlCharacter(*decoded);
   return std::string(trimmed(usable ? *decoded : text));
 }
 
-// The address in the text of an EMAIL: all of it when it looks like one, be it of a host without a
-// dot, else the one in "Ann <ann@example.com>".
+// The address in the text of an EMAIL: all of it when it looks like one (a host without a dot will
+// do), else the one in "Ann <ann@example.com>".
 std::optional<std::string> addressIn(std::string text) {
   const std::size_t at = text.find('@');
   const bool isAddress = at != std::string::npos && at > 0 && at + 1 < text.size() &&
@@ -110,6 +110,7 @@ bool VCardBuilder::take(const Reading& reading, std::string_view line) {
   std::optional<VCardProperty> property = parseVCardProperty(line);
   if (!property) return false;
   if (trimmed(property->value).empty()) return true;
+  // A photo can be megabytes: it is neither checked as text nor bounded like one.
   if (reading.onlyFor == KeyDescriptor::imageData) return (this->*reading.handler)(*property);
   std::string buffer;
   const auto text = vCardValueAsText(*property, currentSyntax, buffer);
@@ -144,7 +145,7 @@ bool VCardBuilder::addKind(const VCardProperty& property) {
   return true;
 }
 
-// The first photo whose bytes are in the card. A link to one elsewhere is passed over.
+// The first photo whose bytes are in the card. A mere link to a photo is skipped.
 bool VCardBuilder::addPhoto(const VCardProperty& property) {
   if (fields.imageData) return true;
   const std::string encoding = lowercased(property.parameterValue("ENCODING"));
@@ -233,6 +234,7 @@ bool VCardBuilder::append(Entries<T>& entries, const VCardProperty& property, T 
 
 template <typename T>
 LabeledValues<T> VCardBuilder::finished(Entries<T> entries) const {
+  // Stable: entries of the same preference keep their order in the card.
   std::stable_sort(entries.begin(), entries.end(), [](const Entry<T>& a, const Entry<T>& b) {
     return a.preference < b.preference;
   });
@@ -246,7 +248,7 @@ LabeledValues<T> VCardBuilder::finished(Entries<T> entries) const {
   return list;
 }
 
-// Programs that know no name show the first other thing that they know.
+// Programs without a name to write put the first other thing they know into FN.
 bool VCardBuilder::formattedNameIsAName() const {
   const std::string name = addressOfLink(card.formattedName);
   const bool isAddress = name.find('@') != std::string::npos && name.find(' ') == std::string::npos;
@@ -270,6 +272,7 @@ Result<VCard> VCardBuilder::build() && {
   for (Entry<PostalAddress>& entry : postalAddresses) {
     const auto code = countryCodesByGroup.find(entry.group);
     if (entry.group.empty() || code == countryCodesByGroup.end()) continue;
+    // The CC parameter of the address itself takes precedence.
     std::string& isoCountryCode = entry.labeledValue.value.isoCountryCode;
     if (isoCountryCode.empty()) isoCountryCode = code->second;
   }

@@ -12,20 +12,21 @@
 
 namespace quenlet {
 
-// Makes one card of its lines, in order, between BEGIN and END. Labels and country codes of groups
-// may come after what they belong to, hence the lists are put together at the end. For one thread.
+// Builds one card from its lines between BEGIN and END, in order. The label or country code of a
+// group may come after the entry that it belongs to, so the lists are put together at the end. For
+// one thread.
 class VCardBuilder final {
  public:
-  // For the card that begins on line `beginLine`, the `place`th of its text. `keys` outlives the
-  // builder.
+  // For the card that begins on line `beginLine` and is number `place` in its text. `keys` outlives
+  // the builder.
   VCardBuilder(const std::vector<KeyDescriptor>& keys, std::size_t beginLine, std::size_t place);
 
-  // Takes one line. What is wrong with it is counted, or found when the card is built.
+  // Takes one line. An unusable line is counted, or makes build() fail.
   void add(std::string_view line, std::size_t lineNumber);
-  // By the VERSION so far.
+  // According to the VERSION seen so far.
   [[nodiscard]] VCardSyntax syntax() const { return currentSyntax; }
   [[nodiscard]] std::size_t beginsOnLine() const { return firstLine; }
-  // The card, or what makes all of it unusable.
+  // The card, or the error that makes all of it unusable.
   [[nodiscard]] Result<VCard> build() &&;
 
  private:
@@ -39,7 +40,7 @@ class VCardBuilder final {
   using Entries = std::vector<Entry<T>>;
   using TextsByGroup = std::map<std::string, std::string, std::less<>>;
 
-  // Each takes a property whose value is there; false when it is not usable.
+  // Each takes a property whose value is not empty; false when the value is unusable.
   using Handler = bool (VCardBuilder::*)(const VCardProperty&);
   struct Reading final {
     Handler handler;

@@ -38,7 +38,8 @@ class OpenFile final {
   const int descriptor;
 };
 
-// At most one byte more than a card may have, so that a file which grows is seen to be too large.
+// Reads at most one byte more than a card may have, which is enough to see that a growing file is
+// too large.
 ReadResult readBounded(int descriptor, std::size_t expectedBytes) {
   constexpr std::size_t mostBytes = maximumVCardSizeInBytes + 1;
   std::string bytes;

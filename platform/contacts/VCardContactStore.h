@@ -10,18 +10,18 @@
 namespace quenlet {
 
 // The contact database as a vCard file that people edit with any address book: its first card is
-// the me contact. Keeps no contact between fetches. Thread-safe. Does not watch the file.
+// the me contact. Reads the file anew for each fetch and does not watch it. Thread-safe.
 //
-// An error other than a missing file is also said on standard error, once while it lasts.
+// An error other than a missing file is also reported on standard error, once while it lasts.
 class VCardContactStore final : public ContactStore {
  public:
   explicit VCardContactStore(std::filesystem::path pathOfCard)
       : path(std::move(pathOfCard)), problems(path.filename().string()) {}
 
   // Reads the file on the calling thread. A missing file is noMeContact; a file that cannot be
-  // opened or read is a POSIX error; what is no regular file or is larger than a card may be is
+  // opened or read is a POSIX error; a file that is not regular, or larger than a card may be, is
   // invalidCard; a first card that cannot be read is invalidCard, unsupportedVersion or notAPerson.
-  // What follows that card is not looked at. Never waits for a writer of a FIFO.
+  // Anything behind that card is ignored. Never waits for the writer of a FIFO.
   [[nodiscard]] Result<std::shared_ptr<const Contact>>
   _crossPlatformUnifiedMeContactWithKeysToFetch(const std::vector<KeyDescriptor>& keys) override;
 

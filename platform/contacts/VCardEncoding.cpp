@@ -18,7 +18,7 @@ std::optional<std::string> textInCharset(std::string_view bytes, const std::stri
   return utf8Text(bytes, charset);
 }
 
-// Line ends, and in the old syntax commas, as the current syntax writes them.
+// Escapes line ends, and in the old syntax commas, as the current syntax does.
 std::string inCurrentSyntax(std::string_view text, VCardSyntax syntax) {
   std::string current;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -55,6 +55,7 @@ std::optional<std::string_view> vCardValueAsText(const VCardProperty& property, 
 std::optional<std::string> vCardsFromUTF16(std::string_view text) {
   using std::literals::string_view_literals::operator""sv;
   if (text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF")) return utf8Text(text, "UTF-16");
+  // Without a byte order mark, the zero beside the "B" of BEGIN tells.
   if (text.starts_with("B\0"sv)) return utf8Text(text, "UTF-16LE");
   if (text.starts_with("\0B"sv)) return utf8Text(text, "UTF-16BE");
   return std::nullopt;

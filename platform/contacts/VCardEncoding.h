@@ -9,20 +9,20 @@
 namespace quenlet {
 
 enum class VCardSyntax {
-  // 2.1: commas part nothing, and what is no UTF-8 is of the old Western encoding.
+  // 2.1: commas do not separate values, and text that is not UTF-8 is in the old Western encoding.
   old,
   // 3.0 and 4.0.
   current,
 };
 
-// The value of a property as UTF-8 text with the escapes of the current syntax, quoted-printable
-// and CHARSET undone; nothing when it is no text or holds control characters. What has to be
-// changed for that is put into `buffer`, which the result may look into.
+// The value of a property as UTF-8 text with the escapes of the current syntax; quoted-printable
+// and CHARSET are decoded. Nothing when it is not text or holds control characters. The result may
+// be a view into `buffer`, which takes a value that had to be changed.
 [[nodiscard]] std::optional<std::string_view> vCardValueAsText(const VCardProperty& property,
                                                                VCardSyntax syntax,
                                                                std::string& buffer);
 
-// A text of cards in UTF-16, by its first bytes, as UTF-8; nothing for any other.
+// If the first bytes of `text` say that it is UTF-16, the text in UTF-8; else nothing.
 [[nodiscard]] std::optional<std::string> vCardsFromUTF16(std::string_view text);
 
 }  // namespace quenlet

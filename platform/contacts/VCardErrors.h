@@ -8,7 +8,7 @@
 
 namespace quenlet {
 
-// The error of a card at a line. `offence` is a fixed sentence, never what the line holds.
+// An error of a card, with its line. `offence` is a fixed sentence and never quotes the line.
 [[nodiscard]] inline ErrorPtr makeVCardError(ContactErrorCode code, std::size_t lineNumber,
                                              const char* offence) {
   return makeError(ContactErrorDomain, static_cast<int>(code),

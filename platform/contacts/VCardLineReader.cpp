@@ -57,6 +57,7 @@ std::string_view VCardLineReader::takeRawLine() {
 bool VCardLineReader::isFolded() const { return rest.starts_with(' ') || rest.starts_with('\t'); }
 
 bool VCardLineReader::endsSoftly(std::string_view line) {
+  // A stray "=" on the last property must not swallow the END of the card.
   return line.ends_with('=') && formOf(line) == Form::quotedPrintable &&
          !isEndOfCard(peekRawLine());
 }
@@ -70,7 +71,7 @@ bool VCardLineReader::continues(std::string_view line) {
 std::string_view VCardLineReader::joined(std::string_view first) {
   joinedLine = first;
   while (continues(joinedLine)) {
-    // A blank behind a soft line break is one of the text.
+    // A blank behind a soft line break belongs to the text.
     const bool isSoft = endsSoftly(joinedLine);
     if (isSoft) joinedLine.pop_back();
     const bool dropsBlank = isFolded() && !isSoft && !blanksOfFoldsCount;
@@ -79,9 +80,10 @@ std::string_view VCardLineReader::joined(std::string_view first) {
   return joinedLine;
 }
 
-// Told by the parameters, as soon as they are there.
+// Decided by the parameters, once the line is known up to its colon.
 VCardLineReader::Form VCardLineReader::formOf(std::string_view line) {
   if (form != Form::unknown) return form;
+  // Only in what the last fold has added: searching from the start would take quadratic time.
   const std::size_t colon = line.find(':', searchedBytes);
   searchedBytes = line.size();
   if (colon == std::string_view::npos) return form;

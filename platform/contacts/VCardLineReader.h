@@ -7,12 +7,15 @@
 
 namespace quenlet {
 
-// Gives out the content lines of a vCard text one by one, in one piece, without line ends, blank
-// lines passed over. A line ends with LF, CRLF or, in a text without LF, with CR. It goes on in the
-// next one when that begins with a blank, when it is quoted-printable and ends with "=", and when
-// it is base64 and the next is as well, as old programs write it. A fold may stand between any two
-// bytes, so that UTF-8 is to be checked on what `next` gives. Copies only what is in pieces. For
-// one thread.
+// Gives out the content lines of a vCard text one by one, unfolded, without line ends; skips blank
+// lines. A line ends with LF, CRLF or, in a text without LF, CR. It continues in the next one if
+//
+//   - the next one begins with a blank, or
+//   - it is quoted-printable and ends with "=", or
+//   - both are base64, as old programs write it.
+//
+// A fold may come between any two bytes, even of one character: check UTF-8 in the result of
+// next(). Copies only lines that are in pieces. For one thread.
 class VCardLineReader final {
  public:
   struct Line final {
@@ -23,8 +26,8 @@ class VCardLineReader final {
   // `source` outlives the reader.
   explicit VCardLineReader(std::string_view source);
 
-  // Whether the blank that a continued line begins with is a part of the text, as in vCard 2.1,
-  // which folds between words only. Not so at first.
+  // Whether the blank at the start of a continuation belongs to the text, as in vCard 2.1, which
+  // folds only between words. False at first.
   void setBlanksOfFoldsCount(bool count) { blanksOfFoldsCount = count; }
   [[nodiscard]] std::optional<Line> next();
   // The number of the last line given out, 0 before the first.
@@ -36,7 +39,7 @@ class VCardLineReader final {
   [[nodiscard]] std::string_view peekRawLine() const;
   [[nodiscard]] std::string_view takeRawLine();
   [[nodiscard]] bool isFolded() const;
-  // Whether `line`, which is quoted-printable, goes on behind its "=".
+  // Whether `line` is quoted-printable and ends with a soft line break ("=").
   [[nodiscard]] bool endsSoftly(std::string_view line);
   // Whether the next raw line belongs to `line`.
   [[nodiscard]] bool continues(std::string_view line);

@@ -22,7 +22,7 @@ std::string upperCased(std::string_view name) {
   return upper;
 }
 
-// "^n", "^^" and "^'" stand for a line end, a caret and a double quote.
+// "^n", "^^" and "^'" stand for a line end, a caret and a double quote (RFC 6868).
 std::string withoutCarets(std::string_view escaped) {
   std::string value;
   for (std::size_t i = 0; i < escaped.size(); ++i) {
@@ -82,6 +82,7 @@ bool takeParameter(std::string_view& rest, const Visit& visit) {
   if (rest.starts_with('=')) {
     rest.remove_prefix(1);
   } else {
+    // A bare value, as in ";HOME": it only looked like a name.
     rest = fromName;
     name = {};
   }

@@ -8,8 +8,8 @@
 
 namespace quenlet {
 
-// One content line taken apart. The views are into the line. Parameters are decoded when they are
-// asked for, so that a property is small whatever its line holds.
+// One content line, split. The views are into the line. Parameters are decoded on request, which
+// keeps a property small whatever its line holds.
 struct VCardProperty final {
   std::string group;            // lower case, empty for none
   std::string name;             // upper case
@@ -17,17 +17,18 @@ struct VCardProperty final {
   std::string_view value;       // still escaped
 
   using ValueVisitor = std::function<void(std::string_view value)>;
-  // Every value of the parameters of this name (upper case), in order, RFC 6868 escapes undone. A
-  // parameter without a name (";HOME;BASE64") is a TYPE, or the ENCODING when it is a word for one.
+  // Visits every value of the parameters of this name (upper case), in order, with RFC 6868 escapes
+  // decoded. A parameter without a name (";HOME;BASE64") is a TYPE, or the ENCODING when it is a
+  // word for one.
   void visitParameterValues(std::string_view parameterName, const ValueVisitor& visit) const;
-  // The first of them, empty for none.
+  // The first such value, empty for none.
   [[nodiscard]] std::string parameterValue(std::string_view parameterName) const;
 };
 
-// The name of the property on a line, in upper case, without its group; empty when there is none.
+// The name of the property on a line, in upper case, without its group; empty for none.
 [[nodiscard]] std::string nameOfVCardLine(std::string_view line);
 
-// Takes one line apart; nothing when it is no property. Does not look at what the bytes mean.
+// Splits one line; nothing when it is not a property. Does not interpret the bytes.
 [[nodiscard]] std::optional<VCardProperty> parseVCardProperty(std::string_view line);
 
 }  // namespace quenlet

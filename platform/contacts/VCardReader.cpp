@@ -54,6 +54,7 @@ VCardReader::Outcome VCardReader::take(std::string_view line) {
     return begin();
   } else if (builder && agentDepth == 0) {
     builder->add(line, lines.lineNumber());
+    // The line may have been the VERSION, which decides how the following ones are unfolded.
     lines.setBlanksOfFoldsCount(builder->syntax() == VCardSyntax::old);
   }
   return std::nullopt;
@@ -89,6 +90,7 @@ VCardReader::Outcome VCardReader::atEnd() {
     hasGivenOut = true;
     return failure;
   }
+  // Silence would hide that the text is not a vCard at all.
   if (std::exchange(hasGivenOut, true)) return std::nullopt;
   return fail(lines.lineNumber(), "the last line, and no card");
 }

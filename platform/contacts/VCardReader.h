@@ -13,23 +13,24 @@
 
 namespace quenlet {
 
-// Gives out the cards of a text one by one: keeps together what stands between BEGIN and END. For
-// one thread.
+// Gives out the cards of a text one by one, from BEGIN to END. For one thread.
 //
-//   state     BEGIN              END                 another line
-//   outside   → inside           error               passed over
-//   inside    → within an AGENT, if the line before was an empty one;
-//             else error, → inside the next card
-//                                → outside, a card   a property of the card
-//   within    the same           → inside            passed over
+//   state     BEGIN                            END                  another line
+//   outside   → inside                         error                skipped
+//   inside    behind an empty AGENT → agent,   a card, → outside    property of the card
+//             else an error, → inside
+//   agent     as inside                        → inside             skipped
+//
+// "agent" is inside a card within the card, and cards can nest further. Any other BEGIN means that
+// the END of the card is missing: that card is an error, and the next one begins.
 class VCardReader final {
  public:
   // `source` outlives the reader. Lists and images are read for the `keys` only.
   VCardReader(std::string_view source, std::vector<KeyDescriptor> keys)
       : wantedKeys(std::move(keys)), lines(source) {}
 
-  // The next card, or why one cannot be read; nothing behind the last. A text without a card gives
-  // one error.
+  // The next card, or the error of one that cannot be read; nothing after the last. A text without
+  // a card gives one error.
   [[nodiscard]] std::optional<Result<VCard>> next();
 
  private:

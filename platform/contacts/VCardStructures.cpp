@@ -24,7 +24,7 @@ enum AddressPlace : std::size_t {
   addressPlaces = 18,
 };
 
-// The first components of a structured value, still escaped; missing ones are empty.
+// The first `Count` components of a structured value, still escaped; missing ones are empty.
 template <std::size_t Count>
 std::array<std::string_view, Count> componentsOf(std::string_view escaped) {
   std::array<std::string_view, Count> components;
@@ -40,7 +40,7 @@ void append(std::string& text, std::string_view part, std::string_view joiner) {
   text += part;
 }
 
-// The values of one component as one text.
+// Joins the values of one component into one text.
 std::string joinedList(std::string_view escaped, std::string_view joiner) {
   std::string text;
   std::optional<std::string_view> rest = escaped;

@@ -6,19 +6,19 @@
 #include "platform/contacts/Contact.h"
 #include "platform/contacts/PostalAddress.h"
 
-// The structured values of a card, N and ADR, from and to their escaped text. Pure functions.
+// The structured values N and ADR of a card, from and to their escaped text. Pure functions.
 namespace quenlet {
 
-// Fills the five name fields from an N value; several values of one component are parted by spaces.
-// Answers whether any was there.
+// Fills the five name fields from an N value; several values of one component are joined by spaces.
+// False when all are empty.
 bool readVCardName(std::string_view escaped, ContactFields& into);
 [[nodiscard]] std::string vCardNameText(const Contact& contact);
 
-// The address of an ADR value. Post office box, extended address and street are the lines of the
-// street, as are several values of the street. The two finest parts of a city and its district are
-// read from where RFC 9554 puts them.
+// The address in an ADR value. Post office box, extended address and street become the lines of the
+// street; each of several values is a line. Sub-locality and sub-administrative area come from the
+// places that RFC 9554 gives to subdistrict and district.
 [[nodiscard]] PostalAddress readVCardAddress(std::string_view escaped);
-// Without the ISO country code, for which the value has no place.
+// Leaves out the ISO country code, for which the value has no place.
 [[nodiscard]] std::string vCardAddressText(const PostalAddress& address);
 
 }  // namespace quenlet

@@ -13,7 +13,7 @@ int hexValue(char c) {
   return -1;
 }
 
-// The byte that two hexadecimal digits at the beginning of `text` stand for.
+// The byte given by two hexadecimal digits at the start of `text`.
 std::optional<char> byteOfHex(std::string_view text) {
   if (text.size() < 2) return std::nullopt;
   const int high = hexValue(text[0]);
@@ -37,7 +37,7 @@ std::optional<std::string> decodedPercents(std::string_view encoded) {
   return bytes;
 }
 
-// How many bytes the control character at the beginning of UTF-8 text has; 0 when there is none.
+// The size in bytes of a control character at the start of UTF-8 text; 0 when there is none.
 std::size_t controlCharacterSize(std::string_view text) {
   const auto first = static_cast<unsigned char>(text[0]);
   if ((first < 0x20 && first != '\t') || first == 0x7F) return 1;
@@ -124,7 +124,7 @@ std::optional<std::string> decodedDataURI(std::string_view uri) {
   const std::size_t comma = uri.find(',');
   if (comma == std::string_view::npos) return std::nullopt;
   std::string_view mediaType = uri.substr(0, comma);
-  // Some programs escape the comma as if the URI were text.
+  // Some programs escape the comma, as in text.
   if (mediaType.ends_with('\\')) mediaType.remove_suffix(1);
   const std::string_view content = uri.substr(comma + 1);
   if (lowercased(mediaType).ends_with(";base64")) {

@@ -7,20 +7,20 @@
 // The text forms of vCard values. Pure functions; time and memory grow with the argument's size.
 namespace quenlet {
 
-// Whether UTF-8 text holds what no card may: control characters (C0, DEL and C1) other than tab.
+// Whether UTF-8 text holds control characters (C0, DEL, C1) other than tab, which no card may.
 [[nodiscard]] bool holdsControlCharacter(std::string_view text);
 
-// `\n`, `\,`, `\;` and `\\` undone; a backslash before anything else stays.
+// Decodes `\n`, `\,`, `\;` and `\\`; a backslash before anything else stays.
 [[nodiscard]] std::string unescapedVCardText(std::string_view escaped);
-// The reverse; CR and CRLF become one `\n`. Control characters other than tab are left out; text
-// that is not UTF-8 is empty.
+// The reverse; CR and CRLF become one `\n`. Drops control characters other than tab. Empty for text
+// that is not UTF-8.
 [[nodiscard]] std::string escapedVCardText(std::string_view text);
 
-// Takes the text before the first unescaped `separator` off `rest`, which must be there, and the
-// separator with it; what is taken is still escaped. After the last text `rest` is nothing.
+// Takes the text up to the first unescaped `separator`, still escaped, off `rest`, and drops the
+// separator. After the last text `rest` is nothing; it must not be nothing before.
 [[nodiscard]] std::string_view takeVCardText(std::optional<std::string_view>& rest, char separator);
 
-// What stands in quoted-printable text; what is malformed in it stays as it is.
+// Decodes quoted-printable text; malformed escapes stay as they are.
 [[nodiscard]] std::string decodedQuotedPrintable(std::string_view encoded);
 
 // The bytes of a "data:" URI, base64 (with or without its padding) or percent-encoded; nothing when

@@ -20,8 +20,8 @@ std::string_view mediaTypeOf(std::string_view image) {
   return "application/octet-stream";
 }
 
-// Writes the lines of one card. An entry whose label is no plain TYPE, or which has a country code,
-// becomes a group: "item1.EMAIL:..." and "item1.X-ABLabel:...".
+// Writes the lines of one card. An entry whose label is not a plain TYPE, or which has a country
+// code, becomes a group: "item1.EMAIL:..." and "item1.X-ABLabel:...".
 class VCardWriter final {
  public:
   std::string write(const Contact& contact) && {
@@ -45,8 +45,8 @@ class VCardWriter final {
   }
 
  private:
-  // What a list of cards shows for this one: its name, else the first thing it tells, which does
-  // not become a name when the card is read.
+  // FN is what programs show in a list of cards: the name, else the first other thing there is.
+  // DERIVED then keeps that from being read back as a name.
   void addFormattedName(const Contact& contact) {
     const std::string name = fullName(contact);
     if (!name.empty()) return addLine("FN:" + escapedVCardText(name));
@@ -94,7 +94,7 @@ class VCardWriter final {
     addLine(line);
   }
 
-  // A line of more bytes goes on in the next one, behind a space, and no character is split.
+  // Folds a line that is too long, never within a character.
   void addLine(std::string_view line) {
     std::size_t room = mostBytesInLine;
     while (line.size() > room) {

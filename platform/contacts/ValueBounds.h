@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-// How large a value may be that comes from a card, a file or a message. What is larger is refused
-// at the border, so that nothing behind it has to ask.
+// The largest values accepted from a card, a file or a message. Larger ones are refused at the
+// border, so the code behind it need not check.
 namespace quenlet {
 
 inline constexpr std::size_t mostBytesInText = std::size_t{64} << 10;

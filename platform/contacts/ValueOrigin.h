@@ -11,7 +11,7 @@ namespace quenlet {
 // Where a value comes from: the donor, its donation, an optional cluster of donations that belong
 // together, and the span for which it is good. A value type.
 struct ValueOrigin final {
-  // Of its dictionary.
+  // The dictionary's keys.
   static constexpr char bundleIdentifierKey[] = "bundleIdentifier";
   static constexpr char donationIdentifierKey[] = "donationIdentifier";
   static constexpr char clusterIdentifierKey[] = "clusterIdentifier";
@@ -35,11 +35,11 @@ struct ValueOrigin final {
   Date donationDate;
   Date expirationDate;
 
-  // Keys named as the fields; no cluster identifier when there is none. Dates are reals, seconds
-  // since 1970, since a property list's own dates have no fractions.
+  // The keys are named as the fields; the cluster identifier may be missing. Dates are reals
+  // (seconds since 1970), because the dates of a property list have no fractions.
   [[nodiscard]] PropertyListDictionary dictionaryRepresentation() const;
-  // Nothing when an identifier is missing or empty, or a date is missing or not finite. Dates may
-  // be reals, integers or dates.
+  // Nothing when the bundle or donation identifier is missing or empty, the cluster identifier is
+  // not a string, or a date is missing or not finite. Dates may be reals, integers or dates.
   [[nodiscard]] static std::optional<ValueOrigin> originWithDictionary(
       const PropertyListDictionary& entries);
 

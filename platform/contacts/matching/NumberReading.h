@@ -2,19 +2,19 @@
 
 #include <cstdint>
 
-// What the module with the telephone library exports. The module is loaded when it is first needed,
-// so that programs neither link the library nor pay for its tables.
+// The interface of the module with the telephone library. The module is loaded when first needed,
+// so programs need not link the library or pay for its tables.
 extern "C" {
 
-// A number with its country, taken apart. Leading zeros of the texts are left out.
+// An international number, split. Leading zeros are dropped.
 struct QuenletInternationalNumber final {
   std::int32_t countryCode;
   std::uint64_t nationalNumber;
-  // The digits that reach it from within its country; 0 when they are too many.
+  // The digits dialled for it within its country; 0 when they do not fit.
   std::uint64_t dialledAtHome;
 };
 
-// Reads '+' and ASCII digits; 1 when the library takes that for a number of some country, else 0.
+// Reads '+' and ASCII digits; 1 when the library accepts them as a number of some country, else 0.
 // Thread-safe.
 using QuenletReadNumber = int(const char* text, QuenletInternationalNumber* number);
 QuenletReadNumber quenletReadNumber;
