@@ -8,8 +8,8 @@
 
 namespace quenlet {
 
-// Runs blocks on the pool's threads, several together; they start in submission order and end in
-// any. Thread-safe. Pending blocks still run when the scheduler goes.
+// Runs blocks on the pool's threads, several at a time; they start in submission order and end in
+// any order. Thread-safe. Pending blocks still run after the scheduler is destroyed.
 class BackgroundScheduler final : public Scheduler {
  public:
   explicit BackgroundScheduler(PoolServices shared) : services(std::move(shared)) {}

@@ -8,14 +8,13 @@
 
 namespace quenlet {
 
-// A block that waits for its turn and can be called off until it starts. Thread-safe; the block
-// runs at most once and is freed as soon as it has run or is cancelled, however long the token is
-// kept.
+// A block that waits for its turn and can be cancelled until it starts. Thread-safe. The block runs
+// at most once, and is freed once it has run or is cancelled, however long the token is kept.
 class CancelableBlock final : public Cancelable {
  public:
   explicit CancelableBlock(Block waiting) : block(std::move(waiting)) {}
 
-  // Runs the block on the calling thread, unless it has run or is cancelled.
+  // Runs the block on the calling thread, unless it has started before or is cancelled.
   void run() {
     if (const Block taken = take()) taken();
   }

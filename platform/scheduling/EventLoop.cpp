@@ -20,8 +20,15 @@
 namespace quenlet {
 namespace {
 
-// Events carry the watch's number and not its descriptor: an event that was fetched before a watch
-// was cancelled cannot reach another watch on a descriptor that has since got the same number.
+// run() repeats two steps; handlers and blocks always run without the lock:
+//
+//   post(), stop() ──> posted ──> run the batch; if a stop was requested, return
+//        │
+//        └─ eventfd ─┐
+//   descriptors ─────┴─> epoll_wait ──> number of a watch ──> its entry, if still there ──> handler
+//
+// Events carry the number of the watch and not the descriptor: the event of a watch that has been
+// cancelled since cannot reach a new watch on a descriptor with the same value.
 constexpr std::uint64_t wakeupIdentifier = 0;
 
 FileDescriptor opened(int descriptor, const char* action) {
@@ -54,7 +61,7 @@ struct EventLoop::State {
     return ::epoll_ctl(epoll.get(), operation, descriptor, &event) == 0;
   }
 
-  // An eventfd refuses a write only when it is signalled already.
+  // An eventfd refuses a write only when it is signalled already, so failure does not matter.
   void wake() const {
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = ::write(wakeup.get(), &one, sizeof one);
@@ -68,10 +75,12 @@ struct EventLoop::State {
   void postBlock(Block block) EXCLUDES(mutex) {
     MutexLock lock(mutex);
     posted.push_back(std::move(block));
+    // Later blocks join this one: the loop takes all of them after it has cleared the wake-up.
     if (posted.size() == 1) wake();
   }
 
-  // A refusal (no memory, too many watches) is told to the handler as an error of its descriptor.
+  // Reports a refusal of the kernel (no memory, too many watches) as an error of the descriptor.
+  // Posted, since the caller of watch() or setEvents() may hold locks that the handler takes.
   static void reportRefusal(const std::shared_ptr<State>& state, std::uint64_t identifier) {
     state->postBlock([weak = std::weak_ptr<State>(state), identifier] {
       if (const auto held = weak.lock()) held->deliver(identifier, EPOLLERR);
@@ -90,7 +99,7 @@ struct EventLoop::State {
   }
 
   void remove(std::uint64_t identifier) EXCLUDES(mutex) {
-    std::shared_ptr<const Handler> dropped;  // outlives the lock: its end may call back in here
+    std::shared_ptr<const Handler> dropped;  // outlives the lock: its destructor may call back
     MutexLock lock(mutex);
     const auto found = entries.find(identifier);
     if (found == entries.end()) return;
@@ -106,6 +115,7 @@ struct EventLoop::State {
     {
       MutexLock lock(mutex);
       const auto found = entries.find(identifier);
+      // An earlier handler of the same turn may have cancelled, paused or changed this watch.
       if (found == entries.end() || found->second.events == 0) return;
       ready &= found->second.events | EPOLLERR | EPOLLHUP;
       if (ready != 0) handler = found->second.handler;
@@ -113,7 +123,7 @@ struct EventLoop::State {
     if (handler) runGuarded(*handler, ready);
   }
 
-  // Runs the blocks posted so far; answers whether a stop was asked for by then.
+  // Runs the blocks posted so far; true when a stop was requested by then.
   bool runPostedBlocks() EXCLUDES(mutex) {
     std::vector<Block> batch;
     bool stopping = false;
@@ -168,7 +178,8 @@ EventLoop::EventLoop() : state(std::make_shared<State>()) {
 }
 
 EventLoop::~EventLoop() {
-  // Handlers and blocks go here, without the lock, as they may own watches of this loop.
+  // Declared before the lock, so destroyed after it is released: handlers and blocks may own
+  // watches of this loop, whose end takes the lock.
   std::map<std::uint64_t, State::Entry> entries;
   std::vector<Block> posted;
   MutexLock lock(state->mutex);

@@ -10,20 +10,21 @@
 namespace quenlet {
 
 // Waits on file descriptors and runs their handlers and posted blocks on the one thread that calls
-// run(). Level-triggered; epoll underneath. All operations are thread-safe but run(). What a
-// handler or block throws ends that call alone (see runGuarded.h); a handler that cannot do its
-// part should cancel its watch, or it is called again. What has not run when the loop goes is
-// dropped. Watches may outlive the loop.
+// run(). Level-triggered; epoll underneath. All operations but run() are thread-safe. An exception
+// ends only the handler or block that throws it (see runGuarded.h); a handler that cannot do its
+// part should cancel its watch, or it is called again. Destroying the loop drops blocks that have
+// not run. Watches may outlive the loop.
 class EventLoop final {
  public:
   // Called with the epoll events that are ready (EPOLLIN, EPOLLHUP...).
   using Handler = std::function<void(std::uint32_t readyEvents)>;
 
-  // One watched descriptor. The descriptor stays the owner's; cancel the watch before closing it.
+  // One watched descriptor. The caller keeps the descriptor and cancels the watch before closing
+  // it.
   class Watch : public Cancelable {
    public:
-    // Replaces the set of epoll events that are waited for. 0 pauses the watch: then not even
-    // EPOLLERR and EPOLLHUP are reported. No effect after cancel().
+    // Replaces the set of awaited epoll events. 0 pauses the watch: then not even EPOLLERR and
+    // EPOLLHUP are reported. No effect after cancel().
     virtual void setEvents(std::uint32_t events) = 0;
   };
 
@@ -33,16 +34,16 @@ class EventLoop final {
   EventLoop(const EventLoop&) = delete;
   EventLoop& operator=(const EventLoop&) = delete;
 
-  // Calls `handler` on the loop's thread whenever `descriptor` has one of `events`. A handler that
-  // is cancelled on the loop's thread is not called any more after cancel() returns; cancelled on
-  // another thread, a call may be under way. A descriptor that the kernel cannot watch is reported
-  // to the handler as EPOLLERR, once. Dropping the token leaves the watch in place.
+  // Calls `handler` on the loop's thread whenever `descriptor` has one of `events`. After cancel()
+  // on the loop's thread the handler is not called again; after cancel() on another thread, a call
+  // may still be running. If the kernel refuses to watch the descriptor, the handler gets EPOLLERR,
+  // once. Dropping the token leaves the watch in place.
   [[nodiscard]] std::shared_ptr<Watch> watch(int descriptor, std::uint32_t events, Handler handler);
   // Runs `block` on the loop's thread, after those posted before.
   void post(Block block);
   // Runs handlers and blocks until stop(); blocks posted before the stop still run.
   void run();
-  // Makes run() return soon; a stop before run() makes that run() return at once.
+  // Makes run() return soon. Before run(), makes the next run() return at once.
   void stop();
   [[nodiscard]] bool isLoopThread() const;
 

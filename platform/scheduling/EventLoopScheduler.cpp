@@ -18,7 +18,7 @@ namespace quenlet {
 
 using std::chrono::steady_clock;
 
-// The delayed blocks and the timerfd that rings for the first of them.
+// The delayed blocks and the timerfd that rings for the earliest of them.
 struct EventLoopScheduler::Timers {
   Timers() : timer(::timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC | TFD_NONBLOCK)) {
     if (!timer.isOpen()) throw std::system_error(errno, std::generic_category(), "make a timer");
@@ -31,7 +31,7 @@ struct EventLoopScheduler::Timers {
     return key;
   }
 
-  // The timer is left as it is: at worst it rings once for nothing.
+  // Leaves the timer as it is: at worst it rings once for nothing.
   void remove(const TimerQueue::Key& key) EXCLUDES(mutex) {
     Block dropped;  // outlives the lock
     MutexLock lock(mutex);
@@ -43,7 +43,8 @@ struct EventLoopScheduler::Timers {
     return queue.takeDue(now);
   }
 
-  // Runs what is due at the moment of the call; a block that adds one without delay waits its turn.
+  // Runs the blocks that are due now. A block that they add without delay comes in the next turn of
+  // the loop, so others are not starved.
   void ring() EXCLUDES(mutex) {
     const auto now = steady_clock::now();
     while (const Block block = takeDue(now)) runGuarded(block);
@@ -51,7 +52,8 @@ struct EventLoopScheduler::Timers {
     arm();
   }
 
-  // The steady clock is CLOCK_MONOTONIC; an instant in the past rings at once.
+  // The steady clock is CLOCK_MONOTONIC; an instant in the past rings at once. Setting the timer
+  // also clears its readiness, so the timerfd need not be read.
   void arm() REQUIRES(mutex) {
     itimerspec setting{};  // all zero switches the timer off
     if (const auto due = queue.earliest()) {

@@ -7,10 +7,10 @@
 
 namespace quenlet {
 
-// Runs blocks one by one, in submission order, on the thread that runs an event loop, and delayed
-// blocks there when they are due (a timerfd: nothing wakes while nothing is due). Thread-safe. A
-// block is never run inside performBlock(), not even on the loop's own thread. The loop outlives
-// the scheduler; when the scheduler goes, delayed blocks are dropped and submitted ones still run.
+// Runs blocks one by one, in submission order, on the thread that runs an event loop; delayed
+// blocks run there when they are due (a timerfd, so nothing wakes before that). Thread-safe.
+// performBlock() never runs the block itself, not even on the loop's own thread. The loop outlives
+// the scheduler. Destroying the scheduler drops delayed blocks; submitted ones still run.
 class EventLoopScheduler final : public Scheduler {
  public:
   // Throws std::system_error when the system has no descriptor left.

@@ -6,8 +6,8 @@
 
 namespace quenlet {
 
-// Owns one open file descriptor and closes it at the end. Movable; not thread-safe. An error of the
-// closing is not seen here: whoever writes a file through it asks for its durability beforehand.
+// Owns one open file descriptor and closes it at the end. Movable; not thread-safe. Ignores errors
+// of close(): a writer that needs its bytes durable calls fsync() first.
 class FileDescriptor final {
  public:
   FileDescriptor() = default;

@@ -8,7 +8,7 @@
 namespace quenlet {
 
 // Runs a block within performBlock(), on the caller's thread; nested calls nest. Thread-safe. A
-// delayed block has no caller to run on when it is due: it runs on the scheduler given for these.
+// delayed block, which has no caller when it is due, runs on another scheduler.
 class ImmediateScheduler final : public Scheduler {
  public:
   explicit ImmediateScheduler(std::shared_ptr<Scheduler> delayed) : later(std::move(delayed)) {}

@@ -9,11 +9,11 @@ namespace quenlet {
 struct PatientThread::State final {
   Mutex mutex;
   ConditionVariable changed;
-  // The first one is under way.
+  // The first one is running.
   std::deque<Block> blocks GUARDED_BY(mutex);
   bool ending GUARDED_BY(mutex) = false;
 
-  // Null once there is nothing left to be done.
+  // Null when nothing is left to do and the owner is gone.
   Block* next() EXCLUDES(mutex) {
     MutexLock lock(mutex);
     while (blocks.empty() && !ending) changed.wait(mutex);
@@ -21,7 +21,8 @@ struct PatientThread::State final {
   }
 
   void run() EXCLUDES(mutex) {
-    // Additions at the end leave the first element where it is.
+    // push_back() leaves the first element where it is, so the block can run without the lock. It
+    // is removed only afterwards, so that pendingBlocks() counts it.
     while (Block* const block = next()) {
       std::exchange(*block, nullptr)();
       MutexLock lock(mutex);

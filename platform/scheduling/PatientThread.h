@@ -9,10 +9,9 @@
 
 namespace quenlet {
 
-// A thread for what may have to wait as long as somebody else likes, such as the end of descriptors
-// that a peer attached to a message. Thread-safe. Runs blocks one by one, in order; they do not
-// throw. When this goes, nobody waits for what is under way: blocks that are left still run, and
-// own what they need.
+// A thread for calls that a peer can block for as long as it likes, such as closing descriptors
+// that it attached to a message. Thread-safe. Runs blocks one by one, in order; they must not
+// throw. The destructor does not wait: remaining blocks still run, so they own what they need.
 class PatientThread final {
  public:
   // Throws std::system_error when the thread cannot be started.
@@ -22,9 +21,9 @@ class PatientThread final {
   PatientThread& operator=(const PatientThread&) = delete;
 
   void perform(Block block);
-  // Closes it, and with it what its unread messages hold.
+  // Closes the descriptor and, with it, any descriptors attached to unread messages.
   void close(FileDescriptor descriptor);
-  // How many blocks wait or are under way.
+  // The number of blocks that wait or are running.
   [[nodiscard]] std::size_t pendingBlocks() const;
 
  private:

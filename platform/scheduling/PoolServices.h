@@ -9,9 +9,9 @@
 
 namespace quenlet {
 
-// What the schedulers of one provider run on. A scheduler that outlives its provider finds both
-// shut down and drops what it is given. The timers are held weakly, as they hold delayed blocks,
-// and with them schedulers.
+// The threads that the schedulers of one provider share. A scheduler that outlives its provider
+// finds both shut down and drops new blocks. The timers are held weakly: their delayed blocks own
+// schedulers, which would close a cycle.
 struct PoolServices final {
   std::shared_ptr<WorkerPool> pool;
   std::weak_ptr<TimerThread> timers;

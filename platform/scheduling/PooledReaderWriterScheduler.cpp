@@ -22,8 +22,15 @@ struct Job {
 
 }  // namespace
 
-// Jobs wait in `waiting` until their turn, then in `ready` until a thread is free. Each job that
-// gets ready brings one runReady() into the pool; it finds none when a waiting reader took the job.
+// The life of a job:
+//
+//   submit() ──> waiting ──admit()──> ready ──runReady(), on the pool────────> runs ──> finish()
+//                   ^                     └──run(), by a synchronous reader──────^         │
+//                   └──────────────────── admits those whose turn it is now ───────────────┘
+//
+// `activeReaders` and `writerActive` count a job from its admission on, not from its start:
+// whatever is in `ready` may run at the same time. Each job in `ready` has posted one runReady(),
+// which finds nothing when a synchronous reader has taken a job meanwhile.
 struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> {
   explicit State(std::shared_ptr<WorkerPool> workers) : pool(std::move(workers)) {}
 
@@ -54,6 +61,7 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
   }
 
   void waitForTurn() EXCLUDES(mutex) {
+    // Safe on this stack: the wait ends only after admit() has set it.
     bool turnHasCome = false;
     {
       MutexLock lock(mutex);
@@ -64,7 +72,7 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
     while (const std::optional<Job> job = nextBefore(turnHasCome)) run(*job, Caller::submitter);
   }
 
-  // A job that a synchronous reader can run while it waits; none when its own turn has come.
+  // A job for a synchronous reader to run while it waits; nothing once its own turn has come.
   std::optional<Job> nextBefore(const bool& turnHasCome) EXCLUDES(mutex) {
     MutexLock lock(mutex);
     while (!turnHasCome && ready.empty()) changed.wait(mutex);
@@ -94,7 +102,8 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
     return job;
   }
 
-  // Without memory to let the next ones in, the process ends: they would wait for ever.
+  // Without the memory to admit the next jobs they would wait forever, so the process ends
+  // (noexcept).
   void finish(Access access, Caller caller) noexcept EXCLUDES(mutex) {
     MutexLock lock(mutex);
     if (access == Access::writer) {
@@ -124,7 +133,8 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
       } else {
         ready.push_back(std::move(job));
         const auto next = [self = shared_from_this()] { self->runReady(); };
-        // The thread whose block ends runs one of them itself.
+        // The pool thread whose job ends takes the first of them itself. A synchronous reader
+        // cannot: its thread goes back to its caller.
         if (std::exchange(caller, Caller::submitter) == Caller::endingBlock) {
           pool->postLast(next);
         } else {
@@ -133,6 +143,7 @@ struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> 
       }
       anyone = true;
     }
+    // Their turn may have come, or there is a job to run while they wait.
     if (anyone && synchronousReaders > 0) changed.notifyAll();
   }
 

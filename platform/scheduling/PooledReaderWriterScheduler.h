@@ -8,16 +8,18 @@
 
 namespace quenlet {
 
-// Readers and writers on the pool's threads. A block's turn comes when every writer submitted
-// before it has ended and, for a writer, every reader too; readers between two writers run
-// together, and a waiting writer is not overtaken by later readers. Thread-safe. A block may submit
-// further ones.
+// Readers and writers in one queue, on the pool's threads:
 //
-// Whoever waits in performSynchronousReaderBlock() runs, until its own turn has come, blocks of
-// this scheduler that are ready before it, so that it gets there even when all of the pool's
-// threads are waiting in the same way. Pending blocks still run when the scheduler goes. What a
-// block throws ends that block and its turn alone (see runGuarded.h); what a synchronous one throws
-// reaches its caller.
+//   submitted   R1 R2 W3 R4 R5 W6
+//   run         R1 R2 │ W3 │ R4 R5 │ W6        │ waits for everything to its left
+//
+// Readers between two writers run together. R4 does not overtake the waiting W3, so writers never
+// starve. Thread-safe. A block may submit further ones.
+//
+// A thread that waits in performSynchronousReaderBlock() runs blocks that are ready before its own,
+// so its turn comes even when all threads of the pool wait in the same way. Pending blocks still
+// run after the scheduler is destroyed. An exception ends only the block that throws it, and its
+// turn (see runGuarded.h); one from a synchronous block reaches the caller.
 class PooledReaderWriterScheduler final : public ReaderWriterScheduler {
  public:
   PooledReaderWriterScheduler(std::shared_ptr<WorkerPool> pool, std::string debugName);

@@ -7,11 +7,11 @@
 
 namespace quenlet {
 
-// A piece of work that the process is not to be ended in the middle of: while the object exists, an
-// orderly end waits for it. Thread-safe.
+// Marks work that the end of the process must not interrupt: an orderly end waits while the object
+// exists. Thread-safe.
 class ProcessTransaction final {
  public:
-  // `hold` keeps the process from its end until it is cancelled.
+  // `hold` delays the end of the process until it is cancelled.
   explicit ProcessTransaction(std::shared_ptr<Cancelable> hold) : held(std::move(hold)) {}
   ~ProcessTransaction() { held->cancel(); }
   ProcessTransaction(const ProcessTransaction&) = delete;

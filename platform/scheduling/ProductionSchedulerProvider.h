@@ -9,15 +9,14 @@
 
 namespace quenlet {
 
-// The process's schedulers: a pool of a few threads and a timer thread, all started here, and the
-// main thread's scheduler, which the run loop carries. Thread-safe.
+// The schedulers of the process: over a pool of a few threads and a timer thread, all started here,
+// and the main thread's, which comes from the run loop. Thread-safe.
 class ProductionSchedulerProvider final : public SchedulerProvider {
  public:
   explicit ProductionSchedulerProvider(std::shared_ptr<Scheduler> mainThreadScheduler,
                                        std::size_t threadCount = WorkerPool::usualThreadCount());
-  // Drops delayed blocks that are not due, runs all others with what they submit, and ends the
-  // threads. Not to be destroyed on one of them. Its schedulers drop what they are given
-  // afterwards.
+  // Drops delayed blocks that are not due, runs all others and whatever they submit, and ends the
+  // threads. Do not destroy it on one of them. Its schedulers drop blocks that come later.
   ~ProductionSchedulerProvider() override;
 
   [[nodiscard]] std::shared_ptr<Scheduler> backgroundScheduler() override { return background; }

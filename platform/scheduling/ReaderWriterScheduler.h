@@ -7,8 +7,8 @@
 namespace quenlet {
 
 // Runs writer blocks alone and reader blocks together. Blocks start in submission order: a block
-// sees the effect of every writer submitted before it, and of none submitted after it.
-// Thread-safe. Pending blocks still run when the last reference goes.
+// sees the effect of every writer submitted before it, and of none submitted after it. Thread-safe.
+// Pending blocks still run after the last reference is dropped.
 class ReaderWriterScheduler {
  public:
   virtual ~ReaderWriterScheduler() = default;

@@ -33,7 +33,7 @@ FileDescriptor takeOverSignals() {
   return FileDescriptor(descriptor);
 }
 
-// Knows by name what holds termination. Shared with the tokens, which may outlive the loop.
+// The current holds, by name. Shared with their tokens, which may outlive the loop.
 class TerminationHolds final : public std::enable_shared_from_this<TerminationHolds> {
  public:
   explicit TerminationHolds(Block end) : stop(std::move(end)) {}
@@ -45,7 +45,7 @@ class TerminationHolds final : public std::enable_shared_from_this<TerminationHo
         [self = shared_from_this(), name] { self->release(name); });
   }
 
-  // Stops the loop now or, when something holds, with the last release. Answers whether it did now.
+  // Stops the loop now (true) or, when there are holds, with the last release.
   bool terminate() EXCLUDES(mutex) {
     MutexLock lock(mutex);
     terminating = true;
@@ -53,7 +53,7 @@ class TerminationHolds final : public std::enable_shared_from_this<TerminationHo
     return counts.empty();
   }
 
-  // What holds now: "request (3), save".
+  // The current holds: "request (3), save".
   std::string description() EXCLUDES(mutex) {
     MutexLock lock(mutex);
     std::string all;
@@ -64,7 +64,7 @@ class TerminationHolds final : public std::enable_shared_from_this<TerminationHo
     return all;
   }
 
-  // The loop goes: later releases find nothing to stop.
+  // For the end of the loop: later releases find nothing to stop.
   void forgetLoop() EXCLUDES(mutex) {
     MutexLock lock(mutex);
     stop = nullptr;
@@ -75,7 +75,8 @@ class TerminationHolds final : public std::enable_shared_from_this<TerminationHo
     MutexLock lock(mutex);
     const auto held = counts.find(name);
     if (--held->second == 0) counts.erase(held);
-    // Stopping takes the event loop's lock only; under this one, as the loop must not go meanwhile.
+    // Under the lock, so that the loop is not destroyed meanwhile. stop() takes only the event
+    // loop's own lock.
     if (counts.empty() && terminating && stop) stop();
   }
 

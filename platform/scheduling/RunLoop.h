@@ -10,10 +10,11 @@ namespace quenlet {
 
 // The main thread's loop: carries the main-thread scheduler, watched descriptors and signals
 // (through a signalfd). SIGTERM and SIGINT make run() return once nothing holds termination any
-// more, 5 s later at the latest; what is open then is named on standard error. Make it on the main
-// thread before any other thread exists: from then on SIGHUP, SIGTERM and SIGINT are blocked in
-// every thread and SIGPIPE and SIGXFSZ are ignored, and in child processes too, unless these set it
-// right. Use on the main thread only, but for what says otherwise.
+// more, or after 5 s; the holds that are left then are named on standard error.
+//
+// Create it on the main thread before any other thread exists: from then on SIGHUP, SIGTERM and
+// SIGINT are blocked in every thread, and SIGPIPE and SIGXFSZ are ignored. Child processes inherit
+// this unless they reset it. Main thread only, except where noted.
 class RunLoop final {
  public:
   static constexpr double terminationGraceSeconds = 5.0;
@@ -25,20 +26,20 @@ class RunLoop final {
   RunLoop& operator=(const RunLoop&) = delete;
 
   [[nodiscard]] EventLoop& eventLoop();
-  // Not to be used once the run loop is gone. Thread-safe.
+  // Do not use it after the run loop is destroyed. Thread-safe.
   [[nodiscard]] std::shared_ptr<Scheduler> mainThreadScheduler();
-  // Calls `handler` on the main thread, while it is in run(), for each `signal` (SIGHUP, SIGTERM or
-  // SIGINT) that the process gets. The kernel keeps one signal of a kind until it is read: two in a
-  // row can come as one. Signals from before the call are kept and given to the first handler. A
-  // handler for SIGTERM or SIGINT runs before the end. The token is not to be used once the loop is
-  // gone.
+  // Calls `handler` on the main thread, within run(), for each `signal` (SIGHUP, SIGTERM or SIGINT)
+  // that the process gets. The kernel merges signals of one kind that have not been read, so two in
+  // a row can come as one. Signals from before the call are kept for the first handler. A handler
+  // for SIGTERM or SIGINT runs before run() returns. Do not use the token after the loop is
+  // destroyed.
   [[nodiscard]] std::shared_ptr<Cancelable> addSignalSource(int signal, Block handler);
-  // Holds back the end on SIGTERM until the token is cancelled. The name, which holds may share,
-  // says what for: "save". Thread-safe.
+  // Delays the end on SIGTERM and SIGINT until the token is cancelled. The name says what for
+  // ("save"); holds may share one. Thread-safe.
   [[nodiscard]] std::shared_ptr<Cancelable> holdTermination(const std::string& name);
   // Runs until a terminating signal or stop().
   void run();
-  // Makes run() return soon, whatever holds termination. Thread-safe.
+  // Makes run() return soon, despite any holds. Thread-safe.
   void stop();
 
  private:

@@ -20,7 +20,8 @@ struct SerialScheduler::State : std::enable_shared_from_this<State> {
     handOver([this] { pool->post([self = shared_from_this()] { self->runNext(); }); });
   }
 
-  // Without memory to hand the turn on, the process ends: the scheduler would stand still for ever.
+  // Without the memory to pass the turn on, the scheduler would stand still forever, so the process
+  // ends (noexcept).
   template <typename Act>
   static void handOver(const Act& act) noexcept {
     act();
@@ -34,7 +35,7 @@ struct SerialScheduler::State : std::enable_shared_from_this<State> {
       blocks.pop_front();
     }
     runGuarded(block);
-    block = nullptr;  // its end is part of the turn
+    block = nullptr;  // its destructors are part of the turn
     {
       MutexLock lock(mutex);
       active = !blocks.empty();

@@ -9,10 +9,10 @@
 namespace quenlet {
 
 // Runs blocks one by one, in submission order, on the pool's threads: not always the same thread,
-// but each block sees what those before it did. Thread-safe. A block may submit further ones; they
-// run after it. Several serial schedulers take turns block by block. Pending blocks, delayed ones
-// too, still run when the scheduler goes. What a
-// block throws ends that block alone (see runGuarded.h).
+// but each block sees the effects of those before it. Thread-safe. A block may submit further ones;
+// they run after it. Several serial schedulers take turns block by block. Pending blocks, delayed
+// ones too, still run after the scheduler is destroyed. An exception ends only the block that
+// throws it (see runGuarded.h).
 class SerialScheduler final : public Scheduler {
  public:
   SerialScheduler(PoolServices shared, std::string debugName);

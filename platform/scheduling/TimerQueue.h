@@ -12,8 +12,8 @@
 
 namespace quenlet {
 
-// Blocks by the instant when they are due; of one instant, in the order they were added. A removed
-// block leaves nothing behind. Not thread-safe. Knows no clock: the instants are its owner's.
+// Blocks ordered by the instant when they are due, then by the order of their addition. Removal
+// leaves nothing behind. Not thread-safe. Has no clock of its own: the owner supplies all instants.
 class TimerQueue final {
  public:
   using Instant = std::chrono::steady_clock::time_point;
@@ -25,8 +25,8 @@ class TimerQueue final {
     return key;
   }
 
-  // The block that is called off, so that the owner can free it outside its lock; null when there
-  // is none any more.
+  // Removes and returns the block, so that the owner can free it outside its lock; null when it has
+  // already been taken.
   [[nodiscard]] Block remove(const Key& key) {
     auto node = blocks.extract(key);
     return node.empty() ? Block() : std::move(node.mapped());
@@ -37,7 +37,7 @@ class TimerQueue final {
     return blocks.begin()->first.first;
   }
 
-  // Takes out the block that is due first, if it is due at `now`; null otherwise.
+  // Removes and returns the earliest block if it is due at `now`; null otherwise.
   [[nodiscard]] Block takeDue(Instant now) {
     if (blocks.empty() || blocks.begin()->first.first > now) return nullptr;
     return std::move(blocks.extract(blocks.begin()).mapped());
@@ -45,8 +45,8 @@ class TimerQueue final {
 
   [[nodiscard]] std::size_t count() const { return blocks.size(); }
 
-  // A delay as a duration. Negative ones and NaN are zero; what is beyond 30 years is 30 years, as
-  // the clock cannot hold every double.
+  // A delay as a duration. Negative delays and NaN become zero; delays over 30 years become 30
+  // years, since the clock cannot hold every double.
   [[nodiscard]] static std::chrono::nanoseconds duration(double delaySeconds) {
     constexpr double longest = 30 * 365.25 * 86400;
     if (!(delaySeconds > 0)) return std::chrono::nanoseconds::zero();

@@ -19,8 +19,8 @@ void TimerThread::shutDown() {
 std::shared_ptr<Cancelable> TimerThread::afterDelay(double delaySeconds,
                                                     std::function<void(Block)> submit,
                                                     Block block) {
-  // Between the hand-over and the start the block waits in its scheduler: cancelling has to reach
-  // it there as well as here.
+  // After the hand-over the block still waits in its scheduler; cancelling must reach it there,
+  // too.
   const auto waiting = std::make_shared<CancelableBlock>(std::move(block));
   const auto timer = timers.afterDelay(delaySeconds, [submit = std::move(submit), waiting] {
     submit([waiting] { waiting->run(); });

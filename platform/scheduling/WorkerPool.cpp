@@ -10,10 +10,10 @@
 namespace quenlet {
 namespace {
 
-// Whose thread this is; null for all others.
+// The pool that this thread belongs to; null for other threads.
 thread_local const WorkerPool* poolOfThisThread = nullptr;
 
-// So many blocks may have kept much memory together; looking for it costs less than they do.
+// After so many blocks much memory may be free, and returning it costs little beside running them.
 constexpr std::size_t manyBlocks = 256;
 
 }  // namespace
@@ -42,6 +42,7 @@ void WorkerPool::post(Block block) {
 
 void WorkerPool::postLast(Block block) {
   if (poolOfThisThread != this) return post(std::move(block));
+  // No test for `ended`: this thread is busy, and the pool ends only when none is.
   MutexLock lock(mutex);
   blocks.push_back(std::move(block));
 }
@@ -56,7 +57,7 @@ void WorkerPool::shutDown() {
   threads.clear();
 }
 
-// A thread ends only when no other one is busy: a busy one may still post.
+// A thread ends only when no other one is busy, because a busy one may still post.
 void WorkerPool::work() {
   poolOfThisThread = this;
   while (true) {
@@ -78,7 +79,7 @@ void WorkerPool::work() {
   }
 }
 
-// Ends a block; answers whether it was the last one of many.
+// Counts the end of a block; true when the pool is now idle after many.
 bool WorkerPool::restsAfterMany() {
   MutexLock lock(mutex);
   --busyThreads;

@@ -11,16 +11,16 @@
 namespace quenlet {
 
 // A fixed number of threads that run blocks, the oldest first. Thread-safe. All threads are started
-// at construction. Blocks should not wait for other blocks of the pool; what one throws ends that
-// block alone (see runGuarded.h). Once many have run and none is left, what they have freed goes
-// back to the system.
+// at construction. Blocks should not wait for other blocks of the pool. An exception ends only the
+// block that throws it (see runGuarded.h). When the pool becomes idle after many blocks, freed
+// memory is returned to the system.
 class WorkerPool final {
  public:
-  // From 2 to 4, by the machine's processors.
+  // One per processor, but at least 2 and at most 4.
   [[nodiscard]] static std::size_t usualThreadCount();
 
-  // With fewer threads when the system does not start so many; throws std::system_error when it
-  // starts none.
+  // Makes do with fewer threads when the system refuses some; throws std::system_error when it
+  // refuses all.
   explicit WorkerPool(std::size_t threadCount);
   ~WorkerPool();
   WorkerPool(const WorkerPool&) = delete;
@@ -28,11 +28,11 @@ class WorkerPool final {
 
   // After shutDown() the block is dropped.
   void post(Block block) EXCLUDES(mutex);
-  // As post(), for the last act of a block: a caller that is one of the pool's threads looks for
-  // work next, so that no other thread is woken for it.
+  // Like post(), as the last act of a block: no other thread is woken, because the calling pool
+  // thread looks for work next. On a thread outside the pool, the same as post().
   void postLast(Block block) EXCLUDES(mutex);
-  // Runs what is queued, and what those blocks post in turn, then ends the threads. Not to be
-  // called on one of them.
+  // Runs all queued blocks, and those that they post in turn, then ends the threads. Do not call it
+  // on one of them.
   void shutDown() EXCLUDES(mutex);
 
  private:

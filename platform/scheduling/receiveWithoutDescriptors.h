@@ -8,11 +8,10 @@
 
 namespace quenlet {
 
-// Receives from a Unix socket like recv(), without waiting, unless file descriptors are attached to
-// what has come and has room: then nothing is taken, and the result is -1 with errno EBADMSG. The
-// kernel drops descriptors that nobody asked for, but in the thread that takes the message, which
-// the end of a lingering connection can hold up for as long as its owner likes. Costs a second look
-// at each message; needed only where refuseDescriptors() has no effect.
+// Like recv() on a Unix socket, without waiting. But when file descriptors are attached to the data
+// that would be read, takes nothing and fails with EBADMSG. The kernel would close such descriptors
+// in the thread that reads, and closing a lingering connection can take as long as its owner likes.
+// Costs a second system call per message; needed only where refuseDescriptors() has no effect.
 [[nodiscard]] inline ssize_t receiveWithoutDescriptors(int socket, std::span<char> room) {
   iovec part{room.data(), room.size()};
   msghdr message{};
@@ -24,7 +23,7 @@ namespace quenlet {
     errno = EBADMSG;
     return -1;
   }
-  // No more than was seen: what has come since may be another matter.
+  // No more than was seen: data that has come since may carry descriptors.
   return ::recv(socket, room.data(), static_cast<std::size_t>(seen), MSG_DONTWAIT);
 }
 

@@ -8,10 +8,10 @@
 
 namespace quenlet {
 
-// Lets nobody attach file descriptors to what they send to this Unix socket, or to one that it
-// accepts. The kernel would drop ours unread, but in the thread that reads: the end of a lingering
-// connection can hold that up for as long as its owner likes. Answers whether the kernel can do
-// that; before Linux 6.16 it cannot, and receiveWithoutDescriptors() is there for that.
+// Keeps senders from attaching file descriptors to data for this Unix socket, or for one that it
+// accepts. Otherwise the kernel closes them in the thread that reads, and closing a lingering
+// connection can take as long as its owner likes. False before Linux 6.16, which cannot do this:
+// there, use receiveWithoutDescriptors().
 inline bool refuseDescriptors(int socket) {
   const int refused = 0;
   return ::setsockopt(socket, SOL_SOCKET, SO_PASSRIGHTS, &refused, sizeof(refused)) == 0;

@@ -7,9 +7,10 @@
 
 namespace quenlet {
 
-// Runs what somebody else gave a scheduler or a loop. What it throws, as when memory is short, ends
-// that block alone: it is said on standard error, what the block held goes, and its scheduler goes
-// on. A client whose request the block held so hears that it is not answered.
+// Runs a block that was given to a scheduler or a loop. An exception, such as from a lack of
+// memory, ends that block alone: it is reported on standard error, and the scheduler goes on. The
+// block is destroyed with everything it holds; that is how a client whose request it held learns
+// that no answer will come.
 template <typename Callable, typename... Arguments>
 void runGuarded(const Callable& block, const Arguments&... arguments) noexcept {
   try {
