@@ -14,24 +14,24 @@ class DataProxy {
  public:
   virtual ~DataProxy() = default;
 
-  // All bytes of a file. Read on the calling thread: the future is complete when it returns.
+  // All bytes of a file. Reads on the calling thread: the returned future is complete.
   [[nodiscard]] virtual Future<std::string> dataWithContentsOfURL(
       const std::filesystem::path& url) = 0;
 
-  // Writes `data` as the whole content of a file. With WritingOptions::atomic a reader, and the
-  // next start after a crash or power failure, sees the old file or the new one and never a part.
-  // Missing directories are created (0700), the file has mode 0600. When the future
-  // succeeds, the bytes are durable; when it fails, the old file is as it was. Completes on the
-  // layer's writer thread with true.
+  // Writes `data` as the whole content of a file. With WritingOptions::atomic, a reader, and the
+  // next start after a crash or power failure, sees the old file or the new one, never a part.
+  // Missing directories are created (0700); the file has mode 0600. The future succeeds with true
+  // once the bytes are durable. On failure the old file is unchanged, unless only the last step,
+  // making the replacement durable, failed. It completes on the implementation's writer thread.
   [[nodiscard]] virtual Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
                                                WritingOptions options) = 0;
 
-  // Keeps a damaged or unreadable file beside its name, as "<name>.damaged-<n>", before something
-  // new takes its place. On the calling thread. False when it could not be kept.
+  // Keeps a copy of a damaged or unreadable file beside it, as "<name>.damaged-<n>", before it is
+  // replaced. On the calling thread. False when that fails.
   virtual bool keepDamagedFile(const std::filesystem::path& url) = 0;
 
-  // Has the next write of a file that could not be read, and may be sound, keep it in that way
-  // first, and fail when it cannot be kept. Thread-safe, at once.
+  // For a file that could not be read but may be sound: the next write first keeps it in the same
+  // way, and fails if it cannot. Thread-safe; returns at once.
   virtual void keepUnreadFile(const std::filesystem::path& url) = 0;
 
   // Marks a directory as excluded from backups. On the calling thread.

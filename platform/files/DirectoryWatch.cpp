@@ -27,21 +27,25 @@ using std::filesystem::path;
 constexpr std::uint32_t entryEvents =
     IN_CREATE | IN_CLOSE_WRITE | IN_ATTRIB | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
 constexpr std::uint32_t directoryEvents = IN_DELETE_SELF | IN_MOVE_SELF;
-// Those two, and what the kernel adds when it has dropped the watch itself.
+// Those two, and the events that the kernel sends after it has dropped the watch itself.
 constexpr std::uint32_t lossEvents = directoryEvents | IN_IGNORED | IN_UNMOUNT;
 
-// What one read of the inotify descriptor says, merged.
+// The events of one read from the inotify descriptor, merged.
 struct Changes {
   std::set<std::string> names;
   bool anything = false;
   bool directoryLost = false;
 };
 
-// Whether a missing directory is ours to make.
+// Whether a missing directory is ours to create.
 enum class Ownership { own, foreign };
 
-// Kept alive by the loop's watch and the pending retry. start() runs before either exists, all else
-// but cancel() on the loop's thread.
+// Kept alive by the loop's watch and the pending retry. The first start() runs before either
+// exists, everything else on the loop's thread; only cancel() may run on any thread.
+//
+//   start ──> establish ──ok──> watch inotify ──event──> handleChanges ──> handler
+//               ^  └──failure──> retryLater ──> retry           │
+//               └────────── the directory was lost ─────────────┘
 class WatchState final : public std::enable_shared_from_this<WatchState> {
  public:
   WatchState(EventLoop& eventLoop, path watched, Ownership whose,
@@ -76,7 +80,7 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
   static constexpr std::size_t watchToken = 0;
   static constexpr std::size_t retryToken = 1;
 
-  // Puts a token where cancel() finds it; cancels it at once when that has been called already.
+  // Puts a token where cancel() finds it; cancels it at once if cancel() has already run.
   void keep(std::size_t place, std::shared_ptr<Cancelable> token) EXCLUDES(mutex) {
     {
       MutexLock lock(mutex);
@@ -109,8 +113,9 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
     return watchDescriptor < 0 ? errno : 0;
   }
 
-  // Watches the directory or, while it is missing, the nearest one above it for the next part of
-  // the way. What comes into being meanwhile is looked for once that is watched.
+  // Watches the directory or, while it is missing, the nearest existing one above it, for the
+  // appearance of the next part of the path. That part may have appeared just before the watch was
+  // in place, so it is looked for once more afterwards.
   [[nodiscard]] int establishNearest() {
     path present = directory;
     awaitedName.clear();
@@ -151,7 +156,7 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
     if (!awaitedName.empty()) {
       const bool concernsUs = changes.anything || changes.names.contains(awaitedName);
       if (!concernsUs && !changes.directoryLost) return;
-      changes.directoryLost = true;  // as another one is to be watched now
+      changes.directoryLost = true;  // another directory must be watched now
     }
     if (changes.directoryLost) {
       ::inotify_rm_watch(inotify.get(), watchDescriptor);  // a moved directory is still watched
@@ -177,8 +182,9 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
       std::memcpy(&event, next, sizeof event);
       const char* name = next + sizeof event;
       next = name + event.len;
+      // An overflow belongs to no watch (wd is -1), so it is tested first.
       if ((event.mask & IN_Q_OVERFLOW) != 0) changes.anything = true;
-      if (event.wd != watchDescriptor) continue;  // the rest of a watch that is given up
+      if (event.wd != watchDescriptor) continue;  // from a watch that was given up
       if ((event.mask & lossEvents) != 0) changes.directoryLost = true;
       if ((event.mask & entryEvents) != 0) changes.names.emplace(name, ::strnlen(name, event.len));
     }
@@ -190,7 +196,7 @@ class WatchState final : public std::enable_shared_from_this<WatchState> {
   const Ownership ownership;
   const DirectoryWatch::Handler handler;
   const double retrySeconds;
-  // The entry that the directory above is watched for; empty while the directory itself is watched.
+  // The entry for which a directory above is watched; empty while the directory itself is watched.
   std::string awaitedName;
   EventLoopScheduler retries;
   FileDescriptor inotify;

@@ -19,9 +19,9 @@ path DurableDirectory::of(const path& file) {
 
 int DurableDirectory::ensure(FileOperations& operations, const path& directory) {
   if (!directory.empty() && !directory.has_filename() && directory != directory.root_path()) {
-    return ensure(operations, directory.parent_path());  // a slash at the end
+    return ensure(operations, directory.parent_path());  // a trailing slash
   }
-  std::error_code unknown;  // whatever cannot be looked at shows itself when it is created
+  std::error_code unknown;  // an error here shows again in mkdir()
   if (std::filesystem::is_directory(directory, unknown)) return 0;
   const path parent = of(directory);
   if (parent != directory) {

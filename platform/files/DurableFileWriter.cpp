@@ -37,7 +37,7 @@ path temporaryFor(const path& target) {
   return DurableDirectory::of(target) / (temporaryPrefix(target) + suffix);
 }
 
-// A file of the caller's making that goes again unless keep() is called.
+// A newly created file, which is removed at the end unless keep() is called.
 class NewFile final {
  public:
   NewFile(FileOperations& fileOperations, path file)
@@ -55,18 +55,19 @@ class NewFile final {
   [[nodiscard]] const path& location() const { return name; }
   void keep() { kept = true; }
 
-  // Locks the file until this object goes; 0 or an errno value. EAGAIN when another process took it
-  // for a leftover between its creation and this. Where files cannot be locked it stays unlocked.
+  // Locks the file until this object is destroyed. 0 or an errno value; EAGAIN when another process
+  // has taken the file for a leftover since its creation: it holds the lock or has unlinked the
+  // file. Goes on without the lock where the file system has none.
   [[nodiscard]] int claim() {
     struct stat status {};
-    lock.reset(::fcntl(get(), F_DUPFD_CLOEXEC, 0));  // shares the lock and survives close()
+    lock.reset(::fcntl(get(), F_DUPFD_CLOEXEC, 0));  // shares the lock, which then survives close()
     if (!lock.isOpen()) return errno;
     if (::flock(get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) return EAGAIN;
     if (::fstat(get(), &status) != 0) return errno;
     return status.st_nlink > 0 ? 0 : EAGAIN;
   }
 
-  // A close that a signal interrupts has closed all the same.
+  // After EINTR the descriptor is closed all the same. Any other error may be a failed write.
   [[nodiscard]] int close() {
     return operations.close(descriptor.release()) == 0 || errno == EINTR ? 0 : errno;
   }
@@ -89,7 +90,8 @@ Result<path> resolved(const path& target) {
       makePosixError(failure.value(), "resolve the link " + target.filename().string()));
 }
 
-// The temporaries in `directory` whose names begin so. What cannot be listed or opened stays.
+// Removes temporaries in `directory` whose names begin with `prefix`. Those that cannot be listed
+// or opened stay.
 void removeUnlocked(const path& directory, const std::string& prefix) {
   std::error_code failure;
   std::filesystem::directory_iterator entries(directory, failure);
@@ -100,6 +102,7 @@ void removeUnlocked(const path& directory, const std::string& prefix) {
     if (name.compare(name.size() - suffixSize, suffixMark.size(), suffixMark) != 0) continue;
     const FileDescriptor leftover(
         ::open(entry.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    // Unlinked while locked: a writer that has just created it then sees its link count at 0.
     if (leftover.isOpen() && ::flock(leftover.get(), LOCK_EX | LOCK_NB) == 0) {
       ::unlink(entry.c_str());
     }
@@ -124,7 +127,8 @@ int DurableFileWriter::replaceResolved(const path& target, std::string_view data
   NewFile temporary(operations, temporaryFor(target));
   if (!temporary.isOpen()) return errno;
   const int claimed = temporary.claim();
-  if (claimed == EAGAIN) return replaceResolved(target, data);  // each process clears up just once
+  // Taken for a leftover: try again. That ends, as each process cleans up only once per target.
+  if (claimed == EAGAIN) return replaceResolved(target, data);
   if (claimed != 0) return claimed;
   if (const int failure = fill(temporary.get(), data)) return failure;
   if (const int failure = temporary.close()) return failure;
@@ -157,6 +161,8 @@ int DurableFileWriter::fill(int descriptor, std::string_view data) {
       return errno;
     }
   }
+  // No other error is retried: the kernel may have dropped the unwritten pages, and a second call
+  // would succeed without them.
   while (operations.fsync(descriptor) != 0) {
     if (errno != EINTR) return errno;
   }

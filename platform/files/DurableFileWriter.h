@@ -11,29 +11,33 @@
 
 namespace quenlet {
 
-// Writes whole files so that a crash or a power failure at any moment leaves the old content or the
-// new one, and so that what it reported as written stays. Thread-safe.
+// Writes whole files so that a crash or a power failure at any moment leaves either the old content
+// or the new one, and never undoes a write that was reported as done. Thread-safe.
 //
-// The bytes go into a temporary beside the target, ".<name>.quenlet-<random>", which is locked
-// (flock) until it has taken the target's place: a temporary that nobody has locked is a crash's
-// leftover and is removed at the first write of its target by this writer.
+//   step                                               a crash after it leaves
+//   1. create ".<name>.quenlet-<random>", flock it     old file, temporary
+//   2. write, fsync, close the temporary               old file, temporary
+//   3. rename it over the target                       new file; after a power failure perhaps old
+//   4. fsync the directory, then report success        new file
+//
+// The lock is held until the end. A temporary that nobody has locked is therefore the leftover of a
+// crash; a writer removes those of a target before it first writes that target.
 class DurableFileWriter final {
  public:
   explicit DurableFileWriter(FileOperations& fileOperations) : operations(fileOperations) {}
 
   // Replaces `target`, with mode 0600; missing directories are created (0700). When `target` is a
-  // symbolic link, the file it leads to is replaced and the link stays; a link that leads nowhere
-  // is itself replaced. On failure no temporary stays and the old file is untouched, but for the
-  // very last step: a directory that cannot be made durable is reported with the new bytes in
-  // place.
+  // symbolic link, the file it points to is replaced and the link stays; a dangling link is itself
+  // replaced. On failure the temporary is removed and the old file is untouched, except in step 4:
+  // when the directory cannot be synced, the error comes with the new bytes in place.
   [[nodiscard]] ErrorPtr replace(const std::filesystem::path& target, std::string_view data)
       EXCLUDES(mutex);
 
-  // Creates `file` durably with mode 0600. An error with code EEXIST when it is there already; no
-  // part of a file that could not be finished stays. Its directory has to exist.
+  // Creates `file` durably with mode 0600. An error with code EEXIST when it already exists. On
+  // failure no partial file stays. The directory must exist.
   [[nodiscard]] ErrorPtr create(const std::filesystem::path& file, std::string_view data);
 
-  // Removes what crashes left in `directory`, whatever its target was. Best effort.
+  // Removes the leftovers of crashes in `directory`, for any target. Best effort.
   static void removeLeftovers(const std::filesystem::path& directory);
 
  private:

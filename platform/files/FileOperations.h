@@ -8,8 +8,8 @@
 
 namespace quenlet {
 
-// The system calls that change files: what a disk that is full, broken or read-only makes fail.
-// Each answers as the call of its name does, with errno. Thread-safe.
+// The system calls that a full, broken or read-only disk makes fail. Each returns what the call of
+// that name returns, and sets errno. Thread-safe.
 class FileOperations {
  public:
   virtual ~FileOperations() = default;
@@ -21,8 +21,8 @@ class FileOperations {
   [[nodiscard]] virtual int rename(const std::filesystem::path& from,
                                    const std::filesystem::path& to) = 0;
   [[nodiscard]] virtual int mkdir(const std::filesystem::path& directory, mode_t mode) = 0;
-  // Gives the file that `from` names or leads to a second name. Not every file system can: then,
-  // as here, it fails with EOPNOTSUPP or another error, and callers have to do without.
+  // Gives the file `from`, or the one that it links to, a second name. Not every file system can:
+  // then, as here, it fails with EOPNOTSUPP or another error, and callers must do without.
   [[nodiscard]] virtual int link(const std::filesystem::path& /*from*/,
                                  const std::filesystem::path& /*to*/) {
     errno = EOPNOTSUPP;

@@ -27,7 +27,7 @@ Result<std::string> readFileOfAtMost(std::uintmax_t maximumSizeInBytes,
   const std::uintmax_t size = std::filesystem::file_size(file, unknown);
   if (!unknown && size > maximumSizeInBytes) return tooLarge();
   Result<std::string> bytes = dataProxy.dataWithContentsOfURL(file).result();
-  // It may have grown.
+  // It may have grown since.
   if (bytes.isLeft() && bytes.left().size() > maximumSizeInBytes) return tooLarge();
   return bytes;
 }

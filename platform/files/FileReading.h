@@ -10,18 +10,17 @@
 
 namespace quenlet {
 
-// Whether a file could not be read because there is none.
+// Whether a file could not be read because it does not exist.
 [[nodiscard]] bool isMissingFile(const Error& error);
 
-// All bytes of a file of up to `maximumSizeInBytes`, on the calling thread; EFBIG for a larger one,
-// which is not read.
+// All bytes of a file of up to `maximumSizeInBytes`, on the calling thread; EFBIG for a larger one.
 [[nodiscard]] Result<std::string> readFileOfAtMost(std::uintmax_t maximumSizeInBytes,
                                                    const std::filesystem::path& file,
                                                    DataProxy& dataProxy);
 
-// Why the bytes of `file` cannot be read; null when they can, and when there is no such file. When
-// the system is short of what others give back (descriptors, memory), `waitAWhile` is called, on
-// the calling thread, and the file tried again for as long as it answers true.
+// Why the bytes of `file` cannot be read; null when they can, or when the file does not exist. In a
+// passing shortage (of descriptors or memory), calls `waitAWhile` on the calling thread and tries
+// again for as long as it returns true.
 [[nodiscard]] ErrorPtr whyUnreadable(const std::filesystem::path& file, DataProxy& dataProxy,
                                      const std::function<bool()>& waitAWhile);
 

@@ -18,7 +18,7 @@
 namespace quenlet {
 namespace {
 
-// Not blocking, so that a FIFO put in the file's place is an error and not a hang.
+// O_NONBLOCK: a FIFO in the file's place must not hang the caller.
 int openRetrying(const std::filesystem::path& file) {
   constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
   int descriptor = -1;
@@ -34,11 +34,11 @@ int flockRetrying(int descriptor, int operation) {
   return outcome;
 }
 
-// Who holds a file's lock, in words. A line of /proc/locks that tells of an flock:
+// The holder of a file's lock, in words. A line of /proc/locks for an flock:
 //
 //   7: FLOCK  ADVISORY  WRITE 2718 fe:01:131090 0 EOF
 //
-// Those that only wait for one have "->" before "FLOCK".
+// Lines of those that only wait for it have "->" before "FLOCK".
 std::string holderOf(const std::filesystem::path& file) {
   struct stat status {};
   if (::stat(file.c_str(), &status) != 0) return "another process";
@@ -73,6 +73,7 @@ Result<std::shared_ptr<LockFile>> LockFile::tryLock(const std::filesystem::path&
 
 Result<std::shared_ptr<LockFile>> LockFile::lock(const std::filesystem::path& file,
                                                  std::chrono::milliseconds patience) {
+  // Polls, because flock() has no time limit.
   constexpr std::chrono::milliseconds pause(10);
   const auto deadline = std::chrono::steady_clock::now() + patience;
   auto locked = tryLock(file);

@@ -9,20 +9,20 @@
 
 namespace quenlet {
 
-// Holds a file's exclusive lock for as long as it lives; the kernel lets go when the process ends
-// in any way. The lock counts between open files, so two LockFiles of one process exclude each
-// other too. Immutable. The file is created when missing (0600; its directory is not) and left in
-// place: removing it would let two holders lock two files of the same name.
+// Holds the exclusive lock of a file for the object's lifetime; the kernel releases it when the
+// process ends in any way. Two LockFiles in one process exclude each other, too. Immutable. The
+// file is created when missing (0600; its directory is not) and never removed: otherwise two
+// holders could lock two files of the same name.
 class LockFile final {
  public:
-  // For locks that others hold for the time of one small write.
+  // For locks that others hold only during one small write.
   static constexpr std::chrono::milliseconds usualPatience = std::chrono::seconds(2);
 
-  // An error with code EWOULDBLOCK when somebody else holds the lock; another one when the file
-  // cannot be opened.
+  // An error with code EWOULDBLOCK when somebody else holds the lock; another error when the file
+  // cannot be opened or locked.
   [[nodiscard]] static Result<std::shared_ptr<LockFile>> tryLock(const std::filesystem::path& file);
-  // Waits for the current holder, no longer than `patience`, and then fails as tryLock() does; the
-  // sentence then says which process holds the lock, as far as the kernel tells.
+  // Waits up to `patience` for the current holder, then fails like tryLock(), with a sentence that
+  // names the process that holds the lock if the kernel tells.
   [[nodiscard]] static Result<std::shared_ptr<LockFile>> lock(
       const std::filesystem::path& file, std::chrono::milliseconds patience = usualPatience);
 

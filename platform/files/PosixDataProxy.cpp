@@ -34,7 +34,7 @@ FileOperations& systemOperations() {
   return operations;
 }
 
-// Without waiting, as a FIFO would let nobody through until somebody writes to it.
+// O_NONBLOCK: opening a FIFO would wait for somebody to write to it.
 int openToRead(FileOperations& operations, const path& file) {
   int descriptor = -1;
   do descriptor = operations.open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0);
@@ -42,7 +42,7 @@ int openToRead(FileOperations& operations, const path& file) {
   return descriptor;
 }
 
-// 0 or an errno value. The size that the file claims is not trusted: it may grow meanwhile.
+// 0 or an errno value. Does not trust the size of the file, which may grow meanwhile.
 int readAll(FileOperations& operations, int descriptor, std::string& content) {
   std::array<char, 65536> buffer;
   while (true) {
@@ -126,12 +126,13 @@ Result<std::string> PosixDataProxy::readFile(const path& file) const try {
   if (const int failure = readAll(operations, descriptor.get(), content)) return failed(failure);
   return Content::left(std::move(content));
 } catch (const std::bad_alloc&) {
-  // A file larger than the memory is not one of ours: unreadable, and no reason to end the process.
+  // A file larger than the memory is not ours: an error, but no reason to end the process.
   return Result<std::string>::right(makePosixError(ENOMEM, "read a file"));
 }
 
 Future<bool> PosixDataProxy::writeData(std::string data, const path& toURL, WritingOptions) {
-  // Taken before the write can happen, and outside the lock; one too many is given back.
+  // Called without the lock, so before it is known whether a write for the file is waiting already;
+  // a surplus hold is cancelled.
   std::shared_ptr<Cancelable> hold = holdTermination ? holdTermination() : nullptr;
   Write write{toURL.lexically_normal(), std::move(data), {Promise<bool>()}, std::move(hold)};
   return enqueue(std::move(write));
@@ -175,6 +176,7 @@ void PosixDataProxy::work() {
 void PosixDataProxy::perform(Write write) {
   ErrorPtr error = keepWhatIsUnkept(write.target);
   if (!error) error = writer.replace(write.target, write.data);
+  // Completion blocks may run for long; the bytes need not stay that long.
   write.data = std::string();
   for (const Promise<bool>& promise : write.promises) {
     if (error) {
@@ -203,13 +205,14 @@ void PosixDataProxy::keepUnreadFile(const path& url) {
   unkeptFiles.insert(url.lexically_normal());
 }
 
-// So that a disk that failed for a while costs nothing: the file may be sound.
+// The file may be sound, unreadable only while the disk failed: overwriting it would lose it.
 ErrorPtr PosixDataProxy::keepWhatIsUnkept(const path& target) {
   {
     MutexLock lock(mutex);
     if (!unkeptFiles.contains(target)) return nullptr;
   }
   ErrorPtr error = keep(target);
+  // A file that is gone needs no keeping.
   if (error && !isMissingFile(*error)) return error;
   MutexLock lock(mutex);
   unkeptFiles.erase(target);
@@ -219,13 +222,14 @@ ErrorPtr PosixDataProxy::keepWhatIsUnkept(const path& target) {
 ErrorPtr PosixDataProxy::keep(const path& url) {
   const std::uintmax_t newest = newestDamagedCopy(url);
   std::error_code unknown;
+  // The newest copy may be a link to this very file, from an attempt before this one.
   const bool isKept = std::filesystem::equivalent(url, damagedCopy(url, newest), unknown);
   if (!isKept && linkDamagedFile(url, newest + 1) != 0) return copyDamagedFile(url, newest);
   const int failure = DurableDirectory::synchronize(operations, DurableDirectory::of(url));
   return failure == 0 ? nullptr : makePosixError(failure, "keep " + url.filename().string());
 }
 
-// Under the first free number from `number` on. 0 or an errno value.
+// Links under the first free number from `number` on. 0 or an errno value.
 int PosixDataProxy::linkDamagedFile(const path& url, std::uintmax_t number) const {
   while (operations.link(url, damagedCopy(url, number)) != 0) {
     if (errno != EEXIST) return errno;
@@ -234,7 +238,7 @@ int PosixDataProxy::linkDamagedFile(const path& url, std::uintmax_t number) cons
   return 0;
 }
 
-// Under the first free number after `number`, whose copy is the newest.
+// Copies under the first free number after `number`, which is that of the newest copy.
 ErrorPtr PosixDataProxy::copyDamagedFile(const path& url, std::uintmax_t number) {
   const Result<std::string> content = readFile(url);
   if (!content.isLeft()) return content.right();
@@ -254,7 +258,7 @@ PosixDataProxy::FileStamp PosixDataProxy::stampOf(const path& file) {
 
 ErrorPtr PosixDataProxy::setExcludedFromBackups(const path& directory) {
   const path tag = directory / cacheTagName;
-  // Asked after each save: one that was read before, and has not changed, is not read again.
+  // Called after each save, so a tag that was good and has not changed is not read again.
   const FileStamp stamp = stampOf(tag);
   {
     MutexLock lock(mutex);

@@ -20,44 +20,47 @@
 
 namespace quenlet {
 
-// Files of a POSIX file system. Thread-safe. Writes run one by one on a thread of its own. A file's
-// writes take effect in their order, but while a file waits for the thread, newer bytes for it take
-// the place of the older ones, whose future then completes with the newer write's outcome: many
-// changes in a row share one write, and no more than one content a file waits in memory.
+// Files of a POSIX file system. Thread-safe. Writes run one by one on a separate thread, those of a
+// file in their order. While a file waits for that thread, newer bytes replace the older ones: many
+// changes in a row share one write, and at most one content per file waits in memory.
 //
-// Every write is atomic and durable, with WritingOptions::none too. Error texts name the file, not
-// its directory. Waits for what is left to write when it goes; so it is not to be destroyed on its
-// own thread, that is, in a completion block.
+//   called while the writer is busy   writeData(a, 1), writeData(b, 2), writeData(a, 3)
+//   then waiting                      a = 3 (completes the futures of 1 and 3), b = 2
+//
+// Every write is atomic and durable, with WritingOptions::none, too. Error texts name the file, not
+// its directory. The destructor waits for the remaining writes; do not run it on the writer thread,
+// that is, in a completion block.
 class PosixDataProxy final : public DataProxy {
  public:
   static constexpr std::uintmax_t maximumFileSizeInBytes = std::uintmax_t{1} << 30;
 
-  // Gives a token that holds back the process's end until it is cancelled.
+  // Returns a token that delays the end of the process until it is cancelled.
   using TerminationHold = std::function<std::shared_ptr<Cancelable>()>;
 
-  // `holdTermination` (none for null) is called for each file that starts waiting, and its token
-  // cancelled once the futures of that write are complete. Starts the writer thread.
+  // `holdTermination`, which may be null, is called once for each call of writeData(). The token is
+  // cancelled once the futures of the write are complete, or at once when the bytes join a waiting
+  // write. Starts the writer thread.
   explicit PosixDataProxy(TerminationHold holdTermination = nullptr);
-  // The same over other system calls; they outlive the object.
+  // The same, over other system calls, which outlive the object.
   PosixDataProxy(TerminationHold holdTermination, FileOperations& fileOperations);
   ~PosixDataProxy() override;
   PosixDataProxy(const PosixDataProxy&) = delete;
   PosixDataProxy& operator=(const PosixDataProxy&) = delete;
 
-  // Only regular files are read: anything else is an error, even where reading it would wait. So is
-  // a file above `maximumFileSizeInBytes` (EFBIG).
+  // Reads regular files only; anything else, such as a FIFO, is an error and never blocks. So is a
+  // file over `maximumFileSizeInBytes` (EFBIG).
   [[nodiscard]] Future<std::string> dataWithContentsOfURL(
       const std::filesystem::path& url) override;
   [[nodiscard]] Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
                                        WritingOptions options) override EXCLUDES(mutex);
-  // By a hard link, which takes no room on the disk and needs no permission to read; every write
-  // replaces the file by another one, so that the link keeps it as it is now. Where no link can be
-  // made, by a copy. They are numbered from 1 on; what the newest one holds already is not kept
-  // again. What cannot be kept is reported on standard error; until it could be, writes of the file
-  // try that first and fail with the same error.
+  // Makes a hard link, which takes no room on the disk and needs no permission to read. It keeps
+  // the present content, because every write replaces the file by another one. Where links are
+  // impossible, makes a copy. Numbers start at 1; content that the newest one already holds is not
+  // kept again. Failure is reported on standard error; later writes of the file then try again
+  // first, and fail with the same error until it works.
   bool keepDamagedFile(const std::filesystem::path& url) override EXCLUDES(mutex);
   void keepUnreadFile(const std::filesystem::path& url) override EXCLUDES(mutex);
-  // By a CACHEDIR.TAG file, which backup programs honour.
+  // Writes a CACHEDIR.TAG file, which backup programs honour.
   [[nodiscard]] ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override
       EXCLUDES(mutex);
 
@@ -69,7 +72,7 @@ class PosixDataProxy final : public DataProxy {
     std::shared_ptr<Cancelable> hold;
   };
 
-  // A file as it was at one moment; all zero when it was not there.
+  // The identity and time of change of a file; all zero when it does not exist.
   struct FileStamp {
     dev_t device = 0;
     ino_t number = 0;
@@ -92,10 +95,10 @@ class PosixDataProxy final : public DataProxy {
   FileOperations& operations;
   DurableFileWriter writer;
   Mutex mutex;
-  // The tags that exclude their directories from backups, as they were when they were read.
+  // Tags that were read and found good, as they were then.
   std::map<std::filesystem::path, FileStamp> goodTags GUARDED_BY(mutex);
   ConditionVariable changed;
-  std::deque<Write> writes GUARDED_BY(mutex);  // at most one a target
+  std::deque<Write> writes GUARDED_BY(mutex);  // at most one per target
   std::set<std::filesystem::path> unkeptFiles GUARDED_BY(mutex);
   bool ending GUARDED_BY(mutex) = false;
   std::thread thread;

@@ -4,7 +4,7 @@
 
 namespace quenlet {
 
-// The kernel's own calls.
+// The real system calls.
 class PosixFileOperations final : public FileOperations {
  public:
   [[nodiscard]] int open(const std::filesystem::path& file, int flags, mode_t mode) override;

@@ -12,7 +12,7 @@
 namespace quenlet {
 namespace {
 
-// What keeps a file or directory from being trusted; null when nothing does.
+// Why a file or directory cannot be trusted; null when it can.
 ErrorPtr mistrust(const struct stat& status) {
   const char* reason = nullptr;
   if (status.st_uid != 0 && status.st_uid != ::geteuid()) {
@@ -30,7 +30,7 @@ ErrorPtr mistrustFile(const struct stat& status) {
 
 Result<std::string> refuse(ErrorPtr error) { return Result<std::string>::right(std::move(error)); }
 
-// At most `size` bytes: what is appended meanwhile is left for the next time.
+// At most `size` bytes, even if the file grows meanwhile.
 Result<std::string> readBytes(const FileDescriptor& file, std::size_t size) {
   std::string bytes(size, '\0');
   std::size_t held = 0;
@@ -72,7 +72,7 @@ Result<TrustedDirectory> TrustedDirectory::openIn(int parent, const std::string&
 
 Result<std::vector<std::string>> TrustedDirectory::names() const {
   using Names = Result<std::vector<std::string>>;
-  // Of its own: a duplicate would share the position in the list.
+  // Opened anew: a duplicate would share the position in the list.
   FileDescriptor listed(::openat(descriptor.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(listed.get()), &::closedir);
   if (!entries) return Names::right(makePosixError(errno, "list"));
@@ -87,7 +87,7 @@ Result<std::vector<std::string>> TrustedDirectory::names() const {
 
 Result<std::string> TrustedDirectory::readFile(const std::string& name,
                                                std::size_t maximumSizeInBytes, Links links) const {
-  // O_NONBLOCK: a pipe of that name must not hold the reader up.
+  // O_NONBLOCK: a FIFO of that name must not block the reader.
   int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
   if (links == Links::refused) flags |= O_NOFOLLOW;
   const FileDescriptor file(::openat(descriptor.get(), name.c_str(), flags));

@@ -12,31 +12,31 @@
 
 namespace quenlet {
 
-// An open directory that nobody but root and the own user can have written, and so were those on
-// the way to it. Everything is reached through the descriptor of the directory above, so that what
-// was checked is what is read, even if somebody puts another directory in its place meanwhile.
-// For one thread. Says nothing of what lies above the first directory.
+// An open directory that only root and the process's user can have written to, like those through
+// which it was opened. Files and subdirectories are reached through its descriptor, so the
+// directory that was checked is the one that is read, even if somebody puts another in its place
+// meanwhile. Says nothing about the directories above the first one. For one thread.
 class TrustedDirectory final {
  public:
   static constexpr std::size_t maximumFileSizeInBytes = std::size_t{1} << 20;
-  // What becomes of a file that is a link to another one.
+  // How to treat a file that is a symbolic link.
   enum class Links { followed, refused };
 
-  // An error when there is no such directory (ENOENT), or it belongs to another user than root and
-  // the own one, or its group or others can write it (EACCES).
+  // An error when the directory does not exist (ENOENT), or when it belongs to a user other than
+  // root and the process's own, or its group or others can write to it (EACCES).
   [[nodiscard]] static Result<TrustedDirectory> open(const std::filesystem::path& path);
-  // The same of a directory in this one.
+  // The same for a directory in this one.
   [[nodiscard]] Result<TrustedDirectory> subdirectory(const std::string& name) const;
 
   [[nodiscard]] const std::filesystem::path& path() const { return location; }
   // The names in it, sorted.
   [[nodiscard]] Result<std::vector<std::string>> names() const;
-  // The bytes of a regular file in it that has such an owner and mode too, and no more than
+  // The bytes of a regular file in it, with the same demands on owner and mode, and of at most
   // `maximumSizeInBytes`. Never waits.
   [[nodiscard]] Result<std::string> readFile(
       const std::string& name, std::size_t maximumSizeInBytes = maximumFileSizeInBytes,
       Links links = Links::followed) const;
-  // What keeps a file in it from being such a regular file; null when nothing does.
+  // Why readFile() would refuse the owner, mode or type of a file in it; null when it would not.
   [[nodiscard]] ErrorPtr examineFile(const std::string& name) const;
 
  private:

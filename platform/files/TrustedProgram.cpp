@@ -17,7 +17,7 @@ namespace {
 
 constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
 
-// What keeps a directory or program from being trusted; null when nothing does.
+// Why a directory or program cannot be trusted; null when it can.
 const char* mistrust(const struct stat& status) {
   if (status.st_uid != 0 && status.st_uid != ::geteuid()) return "it belongs to another user";
   const bool isDirectory = S_ISDIR(status.st_mode);
@@ -51,7 +51,8 @@ Result<std::filesystem::path> trustedProgram(const std::filesystem::path& execut
   std::filesystem::path soFar;
   for (const std::filesystem::path& part : program) {
     soFar /= part;
-    // What has become a link since is looked at as the link that it is, and refused.
+    // Step by step from the descriptor above; the first part is "/", which needs none. A part that
+    // has become a link since is opened as that link, and refused.
     FileDescriptor next(::openat(reached.get(), part.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     if (!next.isOpen() || ::fstat(next.get(), &status) != 0) {

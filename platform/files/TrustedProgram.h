@@ -6,14 +6,14 @@
 
 namespace quenlet {
 
-// The program at a path, with links followed, if nobody but root and the own user can put another
-// one in its place: each directory from the root down to it, and the program itself, belongs to one
-// of the two, and no group or others can write it. A directory that everybody can write is good
-// enough when it is root's and sticky, as there nobody can touch what is others'. A program that
-// takes on the rights of another user or group is refused.
+// The program at a path, with links resolved, if only root and the process's user can put another
+// one in its place: each directory from the root down, and the program itself, belongs to one of
+// the two and is not writable for group or others. A directory of root's that everybody can write
+// to will do if it is sticky, because nobody can touch the files of others there. Set-user-ID and
+// set-group-ID programs are refused.
 //
-// What lies above `chosenBase` is up to whoever chose that directory, and is not looked at for a
-// program below it; the base itself is.
+// For a program below `chosenBase`, the directories above that base are not checked: they are the
+// business of whoever chose it. The base itself is checked.
 [[nodiscard]] Result<std::filesystem::path> trustedProgram(
     const std::filesystem::path& executable, const std::filesystem::path& chosenBase = {});
 

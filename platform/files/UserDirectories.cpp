@@ -20,7 +20,7 @@ std::optional<path> absolutePathInEnvironment(const char* variable) {
   return path(text);
 }
 
-// The entry's texts lie in a buffer of the caller's, whose size nothing bounds beforehand.
+// The entry's texts go into the caller's buffer; there is no upper bound for its size.
 Result<path> homeInPasswordDatabase() {
   std::vector<char> buffer(1024);
   passwd entry{};
@@ -77,7 +77,7 @@ ErrorPtr UserDirectories::ensurePrivateDirectory(const path& directory, const st
   if (::mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST) {
     return makePosixError(errno, "create " + name);
   }
-  // lstat, as a link that somebody else planted must not lead into a directory of the user's.
+  // lstat: a link planted by somebody else must not lead into another directory of the user's.
   struct stat status {};
   if (::lstat(directory.c_str(), &status) != 0) return makePosixError(errno, "inspect " + name);
   if (!S_ISDIR(status.st_mode)) return makePosixError(ENOTDIR, "use " + name);

@@ -14,8 +14,8 @@ class UserDirectories final {
  public:
   UserDirectories() = delete;
 
-  // HOME when it is an absolute path, else the password database's entry of the process's user.
-  // An error when neither is there.
+  // HOME when it is an absolute path, else the entry of the process's user in the password
+  // database. An error when there is neither.
   [[nodiscard]] static Result<std::filesystem::path> homeDirectory();
 
   // XDG_CONFIG_HOME when it is an absolute path. Without one it is `defaultConfiguration` below the
@@ -24,16 +24,16 @@ class UserDirectories final {
   static constexpr char defaultConfiguration[] = ".config";
 
   // XDG_RUNTIME_DIR when it is an absolute path, else "quenlet-<uid>" in the system's directory for
-  // temporary files, which is created when missing. An error when the directory is not one of the
-  // user's own with mode 0700: whoever could write there could speak in the agent's name.
+  // temporary files. Either is created when missing. An error when it does not belong to the user,
+  // or lets group or others in: anyone who can write there could pose as the agent.
   [[nodiscard]] static Result<std::filesystem::path> runtimeDirectory();
 
   // `path` with a leading "~" or "~/" replaced by the home directory; other paths as they are.
   [[nodiscard]] static Result<std::filesystem::path> expandTilde(const std::string& path);
 
   // Creates `directory` with mode 0700 unless it is there; its parent is not created. An error when
-  // what stands there is no directory, is another user's, or lets group or others in. `name` stands
-  // for the directory in the error's text.
+  // something other than a directory is there, or it belongs to another user, or lets group or
+  // others in. The error's text calls the directory `name`.
   [[nodiscard]] static ErrorPtr ensurePrivateDirectory(const std::filesystem::path& directory,
                                                        const std::string& name);
 };
