@@ -9,9 +9,9 @@
 
 namespace quenlet {
 
-// The agent's structured event log: one operation an event. A request name is an operation's full
-// keyword form, such as "fetchDonatedMeCard:". Thread-safe; logging never fails and never blocks on
-// anything but the log's own sink.
+// The agent's structured event log, with one operation per event. A request name is an operation's
+// full keyword form, such as "fetchDonatedMeCard:". Thread-safe; logging never fails and blocks on
+// nothing but the log's own sink.
 class AgentLogger {
  public:
   virtual ~AgentLogger() = default;
@@ -47,7 +47,7 @@ class AgentLogger {
   virtual void contactsChangedNotificationFoundName(bool found, bool nameChanged) = 0;
   virtual void contactsChangedNotificationEmailAddressesChanged(bool changed) = 0;
 
-  // An extension or another object that discovery delivered is given by its description.
+  // Extensions and other objects from discovery are logged by their description.
   virtual void willDiscoverExtensions() = 0;
   virtual void didDiscoverExtension(const std::string& extension) = 0;
   virtual void didDiscoverUnexpectedExtensionType(const std::string& object) = 0;

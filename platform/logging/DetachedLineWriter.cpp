@@ -24,7 +24,7 @@ void DetachedLineWriter::startThread() {
   try {
     std::thread([self = shared_from_this()] { self->writeWaiting(); }).detach();
   } catch (const std::system_error&) {
-    // No thread is to be had now: the lines wait for the next one that is written.
+    // No thread now: the lines wait until the next write() tries again.
     MutexLock lock(mutex);
     hasThread = false;
   }
@@ -36,6 +36,7 @@ void DetachedLineWriter::writeWaiting() {
     {
       MutexLock lock(mutex);
       if (waiting.empty()) {
+        // Under the same lock as the test: the next write() starts a new thread.
         hasThread = false;
         return;
       }

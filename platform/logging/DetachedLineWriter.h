@@ -10,12 +10,11 @@
 
 namespace quenlet {
 
-// Hands lines to a function that may take its time, so that nobody waits for it: neither who writes
-// a line nor the end of the process. Thread-safe; held by a shared pointer.
+// Passes lines to a function that may block. Neither the caller of write() nor the end of the
+// process waits for it. Thread-safe; owned by shared pointers.
 //
-// The lines are handed over in their order, one at a time, on a thread that exists only while there
-// are any. Of lines that come while too many wait, and of those left when the process ends, nothing
-// is told.
+// Lines are passed on in order, one at a time, on a thread that exists only while there are any.
+// Lines beyond `mostLinesWaiting`, and those unwritten when the process ends, are dropped silently.
 class DetachedLineWriter final : public std::enable_shared_from_this<DetachedLineWriter> {
  public:
   static constexpr std::size_t mostLinesWaiting = 256;

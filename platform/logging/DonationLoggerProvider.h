@@ -8,8 +8,7 @@
 
 namespace quenlet {
 
-// Where the structured loggers come from. The default provider is the platform's (see
-// PlatformServices). Thread-safe.
+// Provides the structured loggers; PlatformServices names the default implementation. Thread-safe.
 class DonationLoggerProvider {
  public:
   virtual ~DonationLoggerProvider() = default;

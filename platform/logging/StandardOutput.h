@@ -4,8 +4,8 @@
 
 namespace quenlet {
 
-// Writes one line to standard output, in its order with those on standard error. An agent does not
-// wait for whoever reads along (see StandardStreams).
+// Writes one line to standard output, in order with those on standard error. In an agent it does
+// not wait for the reader (see StandardStreams).
 void printLine(std::string_view line);
 
 }  // namespace quenlet

@@ -5,8 +5,8 @@
 
 namespace quenlet {
 
-// Writes account events to a structured log, each under its full keyword name; an account by its
-// identifier and type. Thread-safe.
+// Writes account events to a structured log, each under its full keyword name. An account is
+// written as its identifier and type. Thread-safe.
 class StructuredAccountLogger final : public AccountLogger {
  public:
   explicit StructuredAccountLogger(StructuredLog structuredLog) : log(std::move(structuredLog)) {}

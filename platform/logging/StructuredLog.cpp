@@ -72,7 +72,7 @@ struct ArgumentWriter final {
   }
 };
 
-// Whether it is worth trying: nobody is to pay for megabytes that no line can hold.
+// False for an argument that cannot fit into a line, so that no megabytes are written for nothing.
 struct MayFit final {
   bool operator()(std::string_view text) const {
     return text.size() < StructuredLog::maximumLineSizeInBytes;
@@ -106,6 +106,7 @@ std::string lineOf(const std::string& time, std::string_view event,
 
 void StructuredLog::record(std::string_view event,
                            std::initializer_list<LogArgument> arguments) const {
+  // Whether a line fits shows only once it is written: escapes can make a text six times as long.
   const std::string time = now().iso8601();
   std::string line;
   if (std::all_of(arguments.begin(), arguments.end(),

@@ -12,22 +12,21 @@
 
 namespace quenlet {
 
-// Takes finished log lines, without their line end. Thread-safe.
+// Receives finished log lines, without their line end. Thread-safe.
 class LogSink {
  public:
   virtual ~LogSink() = default;
   virtual void write(const std::string& line) = 0;
 };
 
-// One argument of an event. A donated value is written by its kind, bundle and donation identifier,
-// never by its content.
+// One argument of an event. A donated value is written as its kind, bundle and donation identifier,
+// never with its content.
 using LogArgument = std::variant<bool, std::int64_t, std::string_view, Date, ErrorPtr,
                                  DonationValuePtr, std::reference_wrapper<const DonationValues>>;
 
-// Writes events as JSON objects, one a line, with the keys "time" (ISO 8601, UTC), "event" and
+// Writes events as JSON objects, one per line, with the keys "time" (ISO 8601, UTC), "event" and
 // "arguments" (a list, left out when empty). A line that would be too long, or list too many
-// values, says less: long texts are cut, and of values it says how many there are of each kind.
-// Thread-safe.
+// values, is shortened: long texts are cut, and values become counts by kind. Thread-safe.
 class StructuredLog final {
  public:
   static constexpr std::size_t maximumLineSizeInBytes = 8192;  // with its line break

@@ -18,11 +18,12 @@ SyslogConnection::SyslogConnection(std::string name, Functions functions)
       writer(DetachedLineWriter::make(
           [write = functions.write](const std::string& line) { write(level, line.c_str()); })) {
   functions.openLog(ident.c_str(), LOG_PID, LOG_USER);
+  // A mask of 0 asks for the present one without changing it.
   levelEnabled = (functions.setLogMask(0) & LOG_MASK(level)) != 0;
 }
 
 const std::shared_ptr<SyslogConnection>& SyslogConnection::shared(const std::string& ident) {
-  // Kept to the end of the process: a line may be on its way until then.
+  // Never destroyed: a line may be on its way until the process ends.
   static const auto& connection =
       *new std::shared_ptr<SyslogConnection>(std::make_shared<SyslogConnection>(
           ident, Functions{&::openlog, &::setlogmask, &writeToSyslog}));

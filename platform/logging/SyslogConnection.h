@@ -7,11 +7,11 @@
 
 namespace quenlet {
 
-// A process's use of syslog(3) under one name, for the facility of user processes at the level
-// "notice". Thread-safe.
+// The process's use of syslog(3), under one name, with facility "user" and level "notice".
+// Thread-safe.
 //
-// Nobody waits for a syslog daemon: one that has stalled gets the lines when it goes on, up to a
-// few hundred. Where none listens, a line is dropped: it goes neither to the console nor to
+// Never waits for the syslog daemon: when a stalled one goes on, it gets the lines kept until then,
+// up to a few hundred. Without a daemon a line is dropped; it goes neither to the console nor to
 // standard error.
 class SyslogConnection final {
  public:
@@ -21,16 +21,16 @@ class SyslogConnection final {
     void (*write)(int priority, const char* line);
   };
 
-  // syslog(3) keeps the pointer to the name: while anything is written through `functions`, this
-  // object lives.
+  // syslog(3) keeps the pointer to the name, so this object must outlive all writing through
+  // `functions`.
   SyslogConnection(std::string ident, Functions functions);
   SyslogConnection(const SyslogConnection&) = delete;
   SyslogConnection& operator=(const SyslogConnection&) = delete;
 
-  // The process's own, over the C library, under the name that the first call gives.
+  // The process's connection, over the C library, under the name given by the first call.
   [[nodiscard]] static const std::shared_ptr<SyslogConnection>& shared(const std::string& ident);
 
-  // As setlogmask(3) said at the beginning: the C library lets nobody ask while a line is stuck.
+  // As setlogmask(3) said at construction: the C library blocks the question while a line is stuck.
   [[nodiscard]] bool isLevelEnabled() const { return levelEnabled; }
   void write(std::string line) { writer->write(std::move(line)); }
 

@@ -8,12 +8,13 @@
 
 namespace quenlet {
 
-// Writes to syslog, each line after its category: "analytics: User has 1 me cards". Thread-safe.
+// Writes to syslog, with the category in front of each line: "analytics: User has 1 me cards".
+// Thread-safe.
 class SyslogSystemLog final : public SystemLog {
  public:
   SyslogSystemLog(std::shared_ptr<SyslogConnection> openConnection, std::string categoryOfLines)
       : connection(std::move(openConnection)), category(std::move(categoryOfLines)) {}
-  // Over the process's own connection, whose name is the subsystem of the first handle.
+  // Over the process's connection, which is named after the subsystem of the first handle.
   SyslogSystemLog(const std::string& subsystem, std::string categoryOfLines)
       : SyslogSystemLog(SyslogConnection::shared(subsystem), std::move(categoryOfLines)) {}
 

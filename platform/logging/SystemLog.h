@@ -9,7 +9,7 @@ namespace quenlet {
 class SystemLog {
  public:
   virtual ~SystemLog() = default;
-  // Whether lines of the default level are kept at all.
+  // Whether the log keeps lines of the default level at all.
   [[nodiscard]] virtual bool isDefaultLevelEnabled() const = 0;
   // Writes a line at the default level.
   virtual void write(const std::string& line) = 0;
