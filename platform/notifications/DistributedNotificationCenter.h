@@ -13,16 +13,16 @@ inline constexpr char MeCardValuesDidChangeNotification[] =
 inline constexpr char MeCardChangeDistributedNotification[] =
     "PellanMeCardChangeDistributedNotification";
 
-// Notifications by name, without content, between all processes of the user. Best effort: a post
-// to a process that does not keep up is merged with the ones that it has not read. Thread-safe.
+// Notifications by name, without content, between all processes of the user. Best effort: for a
+// process that does not keep up, a post is merged with those that it has not read. Thread-safe.
 class DistributedNotificationCenter {
  public:
   virtual ~DistributedNotificationCenter() = default;
   // Calls `callback` for each notification of that name, from any sender, this process included,
-  // until the token is cancelled. Each implementation says on which thread.
+  // until the token is cancelled. Each implementation states the thread.
   [[nodiscard]] virtual std::shared_ptr<Cancelable> addObserver(const std::string& name,
                                                                 std::function<void()> callback) = 0;
-  // Posts a notification with no object. Does not wait for receivers.
+  // Does not wait for receivers.
   virtual void post(const std::string& name) = 0;
 };
 

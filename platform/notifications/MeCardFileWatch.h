@@ -8,9 +8,9 @@
 
 namespace quenlet {
 
-// Posts MeCardChangeDistributedNotification whenever the file of the owner's own card is written,
-// replaced, moved or deleted, for as long as it lives. Posts on the event loop's thread. Immutable.
-// Does not look into the file: whoever observes asks whether the card differs.
+// While it exists, posts MeCardChangeDistributedNotification on the event loop's thread whenever
+// the file of the owner's own card is written, replaced, moved or deleted. Immutable. Does not read
+// the file: observers find out whether the card differs.
 class MeCardFileWatch final {
  public:
   MeCardFileWatch(EventLoop& eventLoop, const std::filesystem::path& cardFile,

@@ -20,6 +20,8 @@ namespace {
 using SystemCall = int (*)(int descriptor, const sockaddr* address, socklen_t length);
 
 std::optional<sockaddr_un> addressInDirectory(int directory, const std::string& name) {
+  // There is no bindat(): this path goes through the descriptor, and is short however deep the
+  // directory is.
   const std::string path = "/proc/self/fd/" + std::to_string(directory) + "/" + name;
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -28,7 +30,7 @@ std::optional<sockaddr_un> addressInDirectory(int directory, const std::string& 
   return address;
 }
 
-// A new socket on which `call`, bind or connect, has succeeded for that name.
+// A new socket, bound or connected to `name` by `call`.
 Result<FileDescriptor> openSocket(int directory, const std::string& name, SystemCall call,
                                   const char* action) {
   const std::optional<sockaddr_un> address = addressInDirectory(directory, name);
@@ -73,7 +75,7 @@ bool NotificationDirectory::isPrivateAt(const std::filesystem::path& path) const
 
 std::vector<std::string> NotificationDirectory::socketNames() const {
   std::vector<std::string> names;
-  // A descriptor of its own, as reading moves a position that copies of a descriptor share.
+  // Opened anew: reading moves a position that a duplicate would share.
   FileDescriptor listing(::openat(directory.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!listing.isOpen()) return names;
   const std::unique_ptr<DIR, int (*)(DIR*)> stream(::fdopendir(listing.get()), ::closedir);

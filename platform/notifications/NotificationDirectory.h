@@ -9,26 +9,26 @@
 
 namespace quenlet {
 
-// The directory that holds one datagram socket for each observing process of the user. That it is
-// the user's own and closed to everybody else is what tells a notification's sender: it is checked
-// when the directory is opened, and everything then goes by the open descriptor, which also frees
-// paths from the length that socket addresses have. Immutable, movable.
+// The directory with one datagram socket for each observing process of the user. It belongs to the
+// user and is closed to everybody else, which is the only proof that a notification comes from the
+// user's processes. This is checked when the directory is opened; everything then goes through the
+// open descriptor, which also avoids the length limit of socket addresses. Immutable, movable.
 class NotificationDirectory final {
  public:
   // Creates the directory and its parent (0700) when missing. An error when either is not private
   // to the user.
   [[nodiscard]] static Result<NotificationDirectory> open(const std::filesystem::path& path);
 
-  // Whether the directory is still what `path` leads to, and the user's own.
+  // Whether `path` still leads to this directory, and it is still private to the user.
   [[nodiscard]] bool isPrivateAt(const std::filesystem::path& path) const;
-  // The names of the sockets there, living or stale.
+  // The names of the sockets in it, live or stale.
   [[nodiscard]] std::vector<std::string> socketNames() const;
-  // A non-blocking socket that receives under a new name.
+  // A non-blocking socket that receives under `name`, which must be new.
   [[nodiscard]] Result<FileDescriptor> bindSocket(const std::string& name) const;
-  // A non-blocking socket that sends to that name. An error with code ECONNREFUSED when nobody
-  // receives there any more.
+  // A non-blocking socket that sends to `name`. An error with code ECONNREFUSED when its receiver
+  // is gone.
   [[nodiscard]] Result<FileDescriptor> connectSocket(const std::string& name) const;
-  // Without effect when it is gone already.
+  // No effect when it is already gone.
   void removeSocket(const std::string& name) const;
 
  private:

@@ -29,7 +29,7 @@
 namespace quenlet {
 namespace {
 
-constexpr int datagramsPerTurn = 64;  // then the loop's other handlers have their turn
+constexpr int datagramsPerTurn = 64;  // then other handlers of the loop get a turn
 
 struct NotificationObserver final {
   std::string name;
@@ -43,8 +43,8 @@ bool isNotificationName(std::string_view text) {
          isValidUTF8(text);
 }
 
-// The process identifier is for people who look into the directory; the random part keeps a name
-// from ever being used twice, so that removing a stale socket cannot hit a new one.
+// The process identifier is for people who look into the directory. Thanks to the random part no
+// name is used twice, so removing a stale socket cannot hit a new one.
 Result<std::string> newSocketName() {
   std::array<std::uint8_t, 16> random{};
   if (::getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
@@ -74,7 +74,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     std::shared_ptr<const FileDescriptor> socket;
     std::shared_ptr<EventLoop::Watch> watch;
   };
-  // What another process's full queue had no room for.
+  // Names that did not fit into the full queue of another process.
   struct Backlog {
     FileDescriptor socket;
     std::set<std::string> names;
@@ -91,11 +91,12 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   std::optional<Receiver> receiver GUARDED_BY(mutex);
   std::multimap<std::string, ObserverPtr, std::less<>> observers GUARDED_BY(mutex);
   std::map<std::string, Backlog> backlogs GUARDED_BY(mutex);  // by the receiver's socket name
-  // Takes the messages that descriptors are attached to, where the kernel lets others attach them.
+  // Takes messages with descriptors attached, if the kernel cannot refuse them (see
+  // refuseDescriptors).
   std::optional<PatientThread> patient GUARDED_BY(mutex);
   PatientThread sender;
   ConditionVariable changed;
-  std::vector<std::string> posted GUARDED_BY(mutex);  // and not sent yet, each name once
+  std::vector<std::string> posted GUARDED_BY(mutex);  // not sent yet, each name once
   bool isSending GUARDED_BY(mutex) = false;
   bool isClosed GUARDED_BY(mutex) = false;
 
@@ -139,9 +140,9 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     }
   }
 
-  // One datagram; nothing when there is none to be had.
+  // One datagram; nothing when none can be had now.
   std::optional<std::string> receiveDatagram() EXCLUDES(mutex) {
-    std::array<char, maximumNameSizeInBytes + 1> buffer;  // a byte more, to see what is too long
+    std::array<char, maximumNameSizeInBytes + 1> buffer;  // one more, to notice longer names
     MutexLock lock(mutex);
     if (!receiver) return std::nullopt;
     const int socket = receiver->socket->get();
@@ -154,7 +155,8 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     return std::string(buffer.data(), static_cast<std::size_t>(size));
   }
 
-  // Has a datagram with descriptors taken where it may take its time; the rest waits until then.
+  // Has another thread take the datagram with descriptors, as that may block. The socket is paused
+  // until then.
   void dropPatiently() REQUIRES(mutex) {
     receiver->watch->setEvents(0);
     patient->perform([socket = receiver->socket, watch = receiver->watch] {
@@ -179,6 +181,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
       const auto [begin, end] = observers.equal_range(name);
       for (auto entry = begin; entry != end; ++entry) called.push_back(entry->second);
     }
+    // Without the lock. A callback may cancel the observers that come after it.
     for (const ObserverPtr& observer : called) {
       if (!observer->cancelled) observer->callback();
     }
@@ -212,12 +215,13 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
 
   ErrorPtr sendToAll(const std::string& name) EXCLUDES(mutex) {
     std::shared_ptr<const NotificationDirectory> directory;
-    std::string withoutObserver;  // what nobody here observes need not wake this process
+    std::string withoutObserver;  // this process, if nobody here observes the name
     {
       MutexLock lock(mutex);
       if (receiver) directory = receiver->directory;
       if (receiver && !observers.contains(name)) withoutObserver = receiver->name;
     }
+    // Another directory may have taken its place since, with the sockets of later processes.
     if (!directory || !directory->isPrivateAt(directoryPath)) {
       Result<NotificationDirectory> opened = NotificationDirectory::open(directoryPath);
       if (!opened.isLeft()) return opened.right();
@@ -237,8 +241,8 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     return true;
   }
 
-  // Each datagram has a sending socket of its own: the kernel counts unread datagrams against their
-  // sender, and one lazy receiver must not use up what the others need.
+  // Each datagram gets its own sending socket: the kernel charges unread datagrams to the sender's
+  // buffer, and one slow receiver must not use up the room for all others.
   void sendToOne(const NotificationDirectory& directory, const std::string& socketName,
                  const std::string& name) EXCLUDES(mutex) {
     if (addToBacklog(socketName, name)) return;
@@ -259,7 +263,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     Backlog& backlog = backlogs[socketName];
     backlog.socket = std::move(socket);
     backlog.names = {name};
-    // A connected datagram socket is writable when its receiver has room, or is gone.
+    // A connected datagram socket becomes writable when its receiver has room or is gone.
     backlog.watch = eventLoop.watch(backlog.socket.get(), EPOLLOUT,
                                     [weak = weak_from_this(), socketName](std::uint32_t) {
                                       if (const auto state = weak.lock()) state->flush(socketName);
@@ -286,6 +290,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     const auto deadline = std::chrono::steady_clock::now() + patience;
     MutexLock lock(mutex);
     isClosed = true;
+    // Since isClosed, post() adds nothing, so this wait is for the posts so far.
     while (isSending && changed.waitUntil(mutex, deadline)) {
     }
     for (auto& [socketName, backlog] : backlogs) backlog.watch->cancel();
@@ -293,7 +298,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     if (!receiver) return;
     receiver->watch->cancel();
     receiver->directory->removeSocket(receiver->name);
-    // What is attached to unread datagrams ends with the socket.
+    // Closes descriptors attached to unread datagrams along with the socket, which may block.
     if (patient) patient->perform([socket = std::move(receiver->socket)] {});
     receiver.reset();
   }

@@ -12,26 +12,30 @@
 namespace quenlet {
 
 // Notifications over datagram sockets in a private directory, one socket for each observing
-// process; a datagram is a notification's name. Thread-safe. Callbacks run on the event loop's
-// thread and never within post(), for the poster's own process included; a token that is cancelled
-// there stops its callback at once.
+// process; a datagram is the name of a notification. Thread-safe. Callbacks run on the event loop's
+// thread and never within post(), even in the poster's own process; cancelling a token there stops
+// its callback at once.
 //
-// Posts are sent on a thread of their own, so that nobody waits for a directory full of receivers;
-// a name that is posted again before it was sent is sent once. A receiver's queue is short. What
-// does not fit is kept here, once a name, and sent when the receiver has read some; that needs the
-// loop to run, so that a process that posts and ends at once can lose what a busy receiver had no
-// room for. It is kept for 32 receivers at a time, as each takes a descriptor; others that do not
-// read miss it. A socket whose process is gone is removed. Descriptors that somebody attaches to a
-// datagram are dropped where their end holds nobody up.
-// The first failure to open the directory or the socket is told on standard error; the next
-// operation tries again.
+//   post() ──> posted ──sender thread──> socket of each process ──its loop──> callbacks
+//                              │ its queue is full    ^
+//                              └───────> backlog ─────┘ this loop, when it has room
+//
+// post() never waits, however many receivers there are; a name that is posted again before it was
+// sent is sent once. The backlog holds each name once, for up to 32 receivers at a time, as each
+// takes a descriptor; others that do not read miss the notification. Sending the backlog needs the
+// loop to run: when a process posts and ends at once, a busy receiver can miss it, too. The socket
+// of a process that is gone is removed. Descriptors that somebody attaches to a datagram are closed
+// on a thread that may block.
+//
+// The first failure to open the directory or the socket is reported on standard error; the next
+// post() or addObserver() tries again.
 class SocketNotificationCenter final : public DistributedNotificationCenter {
  public:
   // Longer names, empty ones and names that are not UTF-8 are neither posted nor received.
   static constexpr std::size_t maximumNameSizeInBytes = 255;
   static constexpr std::size_t maximumBacklogs = 32;
 
-  // Throws std::system_error when no thread is to be had.
+  // Throws std::system_error when the thread cannot be started.
   SocketNotificationCenter(EventLoop& eventLoop, std::filesystem::path directory);
   // As finish().
   ~SocketNotificationCenter() override;
@@ -41,8 +45,8 @@ class SocketNotificationCenter final : public DistributedNotificationCenter {
   [[nodiscard]] std::shared_ptr<Cancelable> addObserver(const std::string& name,
                                                         std::function<void()> callback) override;
   void post(const std::string& name) override;
-  // Sends what was posted, waiting a second at most, removes this process's socket, and takes part
-  // no more. For a process that ends without this object's end.
+  // Waits up to a second until the posts so far are sent, removes this process's socket, and stops
+  // taking part. For a process that ends without destroying this object.
   void finish();
 
  private:
