@@ -11,14 +11,14 @@
 
 namespace quenlet {
 
-// Under which bundles a client may donate, replace and remove: the value of its entitlement
-// "org.quenlet.bundles". A value type.
+// The bundles under which a client may donate, replace and remove, as its entitlement
+// "org.quenlet.bundles" lists them. A value type.
 class BundleLimit final {
  public:
   static constexpr char entitlement[] = "org.quenlet.bundles";
 
-  // Nothing for a client without the entitlement, who has no limit. A value that is not a list of
-  // texts allows nothing.
+  // Nothing without the entitlement: such a client has no limit. A value that is not a list of
+  // texts allows no bundle.
   [[nodiscard]] static std::optional<BundleLimit> ofEntitlement(
       const std::optional<PropertyList>& value);
 
@@ -26,13 +26,13 @@ class BundleLimit final {
   [[nodiscard]] bool allows(const DonationValue& value) const {
     return allowsKey(value.bundleKey().text);
   }
-  // What a client is told that asks for more (ServiceErrorCode, bundleNotAllowed).
+  // The error for a request beyond the limit (ServiceErrorCode, bundleNotAllowed).
   [[nodiscard]] static ErrorPtr refusal();
 
  private:
   [[nodiscard]] bool allowsKey(std::string_view key) const { return keys.contains(key); }
 
-  // Identifiers in the form in which they are compared.
+  // Canonical forms of the identifiers.
   std::set<std::string, std::less<>> keys;
 };
 

@@ -7,14 +7,13 @@
 
 namespace quenlet {
 
-// The agent for a client who may change the donations of some bundles only. Donations and removals
-// under other bundles are refused before the agent sees them; those that would replace or remove
-// what is held under another bundle are refused by the agent, in the block that would have made the
-// change. Either way nothing of the request is done.
+// Serves a client that may change the donations of some bundles only. Donations and removals under
+// other bundles are refused here, before the agent sees them. A change that would replace or remove
+// a value held under another bundle is refused by the agent, in the block that would have made it.
+// Either way, nothing of the request is done.
 //
-// Rejections drop whatever is alike, whoever donated it: they are refused. Changes of accounts are
-// let through when the agent's own bundle for accounts is allowed. What only reads is let through.
-// Immutable.
+// Rejections are always refused, since they drop matching values whoever donated them. Account
+// changes pass if the agent's own bundle for accounts is allowed. Reads pass. Immutable.
 class BundleLimitDecorator final : public CorvelProtocol {
  public:
   BundleLimitDecorator(std::shared_ptr<Corvel> agent, BundleLimit limit);

@@ -1,4 +1,4 @@
-// The store: what is held, how it is restored, changed, saved and turned into the donated me card.
+// The store: restores, changes and saves the table, and rebuilds the donated me card from it.
 
 #include "core/Corvel.h"
 
@@ -24,7 +24,7 @@ std::shared_ptr<DonationPersistenceProtocol> persistenceOrDefault(
   return std::make_shared<DonationPersistence>(environment.dataProxy());
 }
 
-// Held by what a change has still to do, so that an orderly end of the process waits for it.
+// Held by each pending step of a change, so that an orderly exit waits for it.
 std::shared_ptr<ProcessTransaction> beginChange() {
   return PlatformServices::current().makeProcessTransaction("ovaro.quenlet-agent.change");
 }
@@ -95,7 +95,7 @@ void Corvel::restore() {
   logger->beginRestorePersistedState();
   if (!restoreTable()) return;
   rebuildMeCard();
-  // The file and what was made on the way are gone by now.
+  // The file's bytes and all temporaries have been freed by now.
   returnFreedMemory();
   logger->endRestorePersistedState();
 }
@@ -110,11 +110,12 @@ bool Corvel::restoreTable() {
   DonationTable restored;
   restored.insertAll(valuesSatisfying(candidates, notYetExpired));
   donations = std::move(restored);
+  // Includes values that have expired: their donors may still stand for them.
   renewWithDonations(valuesSatisfying(candidates, readyForRenewal));
   return true;
 }
 
-// A clock that is far ahead expires what is good, and the next save would drop it for ever.
+// Under a clock that is far ahead, good values look expired, and the next save would lose them.
 void Corvel::keepStoredIfMostExpired(const DonationValues& loaded) {
   constexpr std::size_t handful = 5;
   const std::size_t expired = loaded.size() - valuesSatisfying(loaded, notYetExpired).size();
@@ -140,13 +141,14 @@ bool Corvel::isConfirmedOrRejected(const DonationValue& value) const {
 void Corvel::dropConfirmedOrRejected() {
   const std::size_t before = donations.snapshot()->size();
   donations.removeIf([this](const DonationValue& value) { return isConfirmedOrRejected(value); });
-  // Nobody waits for the save; should it fail, the next start drops them anew.
+  // No caller waits for this save. Should it fail, the next start drops the values again.
   if (donations.snapshot()->size() != before) commitTable([](const SaveResponse&) {});
 }
 
 void Corvel::submitChange(ChangeType change, SaveReply saveReply, ChangeLimit within) {
   submitWriterBlock([change = std::move(change), saveReply = std::move(saveReply),
                      within = std::move(within)](Corvel& agent) mutable {
+    // Only here is it certain which values the change will touch.
     if (!within.limit || agent.isWithin(*within.limit, change)) {
       return agent.applyChange(change, std::move(saveReply));
     }
@@ -172,6 +174,7 @@ bool Corvel::isWithin(const BundleLimit& limit, const ChangeType& change) const 
 }
 
 void Corvel::changeTable(const std::function<void()>& step) {
+  // Cheap: rows are shared, so the copy holds just the index. The step throws when memory is short.
   DonationTable formerTable(donations);
   ContactPtr formerContact = contact;
   try {
@@ -188,7 +191,7 @@ void Corvel::applyChange(const ChangeType& change, SaveReply saveReply) {
     replyScheduler->performBlock(
         [saveReply = std::move(saveReply), response] { saveReply(response); });
   };
-  // Nothing to do is done at once; the caller still waits for an answer.
+  // Nothing to save; the caller still expects its answer on the reply scheduler.
   if (std::visit(IsEmptyChange{}, change)) return replyAtOnce(SaveResponse::success());
   ErrorPtr refused;
   changeTable([&] {

@@ -26,13 +26,19 @@ namespace quenlet {
 // The agent's central object: holds the donations and the donated me card, serves the clients'
 // operations, and follows the donations-enabled preference and the curated card.
 //
-// Thread-safe. All that is held is read and changed in blocks of one reader/writer scheduler, in
-// submission order; the feature state is read when a request arrives, before its block is queued.
-// Saves run in order on a serial scheduler, replies after saves on the background scheduler. An
-// operation keeps the object alive until it has replied.
+//   change  caller ─▶ writer block: table, card ─▶ disk: save ─▶ background: reply
+//                       └─▶ notification, before the save is done
+//   fetch   caller ─▶ reader block: the last card ─▶ caller: reply
+//   list    caller ─▶ reader block: a snapshot    ─▶ background: reply
+//
+// Thread-safe. State is read and changed only in blocks of one reader/writer scheduler, in
+// submission order. The feature state decides on a request when it arrives, before its block is
+// queued. Saves run in order on a serial scheduler, replies after saves on the background
+// scheduler. An operation keeps the object alive until it has replied.
 class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<Corvel> {
  public:
-  // A value that expires sooner than in so many seconds is offered to its donor for renewal.
+  // At the restore, values that expire within this many seconds are offered to their donors for
+  // renewal.
   static constexpr double renewalDeadline = 604800.0;
 
   struct InsertOrModifyValues final {
@@ -74,29 +80,30 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
     ErrorPtr error = nullptr;
   };
 
-  // With no persistence, one of its own over the environment's data proxy. Nothing runs yet.
+  // A null `persistence` stands for a DonationPersistence over the environment's data proxy. Starts
+  // nothing.
   Corvel(std::shared_ptr<AgentEnvironmentProtocol> environment,
          std::shared_ptr<DonationPersistenceProtocol> persistence,
          std::shared_ptr<CuratedInfoProviderProtocol> curatedInfoProvider);
 
-  // Submits the restore of what was stored. Submit it before anything else. From then on values
-  // that turn out to be confirmed or rejected, as their feedback can be read only later, are
-  // dropped.
+  // Submits the restore of the stored donations; call it before any other operation. From then on,
+  // a change of the feedback drops the values that it confirms or rejects: feedback may become
+  // readable only later.
   void restorePersistedState();
 
   // Follows the preference, then the curated card.
   void start();
   void startMonitoringPreferences();
-  // Stops following the preference; a pending deletion is called off. Until then the agent
-  // and its monitor hold each other.
+  // Stops following the preference and calls off a pending deletion. Until then the agent and its
+  // monitor hold each other.
   void stop();
 
   [[nodiscard]] bool featureEnabled() const;
-  // Changes the state where it is called: call it in a writer block.
+  // Changes the state at once: call it in a writer block.
   void setFeatureEnabled(bool enabled);
-  // Submits the deletion of all donations; the feature state stays.
+  // Submits the deletion of all donations; leaves the feature state alone.
   void disableDonations();
-  // Runs the enable routine where it is called: call it in a writer block.
+  // Runs the enable routine at once: call it in a writer block.
   void reenableDonations();
 
   void donateMeCardValues(DonationValues values, ErrorReply completionHandler) override;
@@ -104,8 +111,8 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
                                                SuccessReply completionHandler) override;
   void removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIdentifier,
                                                      SuccessReply completionHandler) override;
-  // The same for a client with a limit: the whole change is refused when it would replace or remove
-  // a value that is held under a bundle beyond it.
+  // The same for a client with a limit: a change that would replace or remove a value held under
+  // any other bundle is refused as a whole.
   void donateMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit, DonationValues values,
                                 ErrorReply completionHandler);
   void removeDonatedMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit,
@@ -113,8 +120,8 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
                                        SuccessReply completionHandler);
   void fetchDonatedMeCard(ContactReply reply) override;
   void synchronousDonatedMeCard(EitherContactReply reply) override;
-  // The fetch behind both operations: `sel` is the request's name in the log, a refusal is replied
-  // on `replyScheduler`, a contact on the calling thread.
+  // The fetch behind both operations. `sel` names the request in the log. A refusal is replied on
+  // `replyScheduler`, a contact on the calling thread.
   void getDonatedMeCardWithSel(const std::string& sel,
                                const std::shared_ptr<Scheduler>& replyScheduler,
                                const EitherContactReply& reply);
@@ -127,7 +134,7 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
                                          ErrorReply completionHandler) override;
   void removeAllRejectionsWithCompletionHandler(ErrorReply completionHandler) override;
 
-  // Submits the removal of one bundle's donations from memory alone: the next change writes it.
+  // Submits the removal of one bundle's donations from memory only; the next save writes it.
   void deleteDonationsWithBundleID(const std::string& bundleIdentifier);
 
   // The reader/writer scheduler "ovaro.quenlet.agent.state".
@@ -135,44 +142,45 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
     return stateScheduler;
   }
 
-  // Asks the donors of these values, 2 s later, until when they hold, and takes over what they
-  // answer. Values of the agent's own sources are left alone.
+  // Two seconds later, asks the donors of these values until when they hold, and applies the
+  // answers. Skips values of the agent's own sources.
   void renewWithDonations(const DonationValues& values);
-  // Asks the donor of one bundle to renew a placeholder, and prints what becomes of it. Nothing is
-  // stored.
+  // Asks the donor of one bundle to renew a placeholder, and prints the answer. Stores nothing.
   void discoverExtensionWithIdentifier(const std::string& bundleIdentifier);
 
-  // Fill the table of source versions from its file, and write it. Loading waits for the file.
+  // Load and save the table of source versions. Loading waits for the file.
   void loadExtensionVersions();
   void saveExtensionVersions();
-  // Prints which donors are installed, for 10,000 s; donates all accounts again first, unless the
-  // versions say that this parser of theirs has done so. Does nothing while donations are off.
+  // Prints the installed donors, for 10,000 s. First donates all accounts again, unless the table
+  // of versions says that this version of their parser has read them. Does nothing while donations
+  // are off.
   void discoverAllExtensions();
 
-  // Brings the donations of one account, null for none, in step with its new state, null for none.
+  // Updates the donations of one account to its new state. `oldAccount` is null for an added
+  // account, `to` for a removed one.
   void donateAccountChangesFrom(const AccountPtr& oldAccount, const AccountPtr& to);
-  // Drops the donations of all accounts, donates those of the present ones, and notes the parser's
+  // Replaces the donations of all accounts by those of the present ones, and notes the parser's
   // version. Does nothing when the account store cannot be read.
   void reloadAllAccounts();
 
-  // Takes the donations and removals that come from accounts; the agent itself when there is none.
-  // Set it before the agent starts.
+  // Takes the donations and removals that come from accounts; null stands for the agent itself. Set
+  // it before the agent starts.
   std::shared_ptr<CorvelProtocol> accountDonationReceiver;
-  // Replaceable, so that every caller uses the same pair.
+  // Replaceable; all callers use this pair.
   std::function<bool(const DonationValue&)> notYetExpired;
   std::function<bool(const DonationValue&)> readyForRenewal;
 
  private:
   struct RejectionEvents;
-  // What a client asked to reject, and how it hears of the outcome.
+  // A client's request to reject, with its reply.
   struct Rejection final {
     const RejectionEvents& events;
     std::string identifier;
     ErrorReply reply;
   };
 
-  // What a change has to fulfil when its turn has come. None of it is made when `limit`, null for
-  // none, does not allow it; `refused` is called on the reply scheduler then.
+  // Checked when the change's turn comes: if `limit` (null for none) forbids any part of the
+  // change, none of it is made, and `refused` is called on the reply scheduler.
   struct ChangeLimit final {
     std::shared_ptr<const BundleLimit> limit;
     std::function<void(const ErrorPtr&)> refused;
@@ -187,13 +195,14 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void keepStoredIfMostExpired(const DonationValues& loaded);
   void dropConfirmedOrRejected();
   void rebuildMeCard();
-  // An error, with nothing put in, when no file could hold the table afterwards.
+  // Inserts the values that the owner has neither confirmed nor rejected. Inserts nothing and
+  // returns an error when the table would outgrow its file.
   [[nodiscard]] ErrorPtr insert(const DonationValues& values);
   void applyChange(const ChangeType& change, SaveReply saveReply);
   [[nodiscard]] bool isWithin(const BundleLimit& limit, const ChangeType& change) const;
-  // Runs a step that changes the table and the card; when it fails, both are as they were.
+  // Runs a step that changes the table and the card; restores both if it throws.
   void changeTable(const std::function<void()>& step);
-  // What follows each change of the table: the card is rebuilt, the table saved, the change posted.
+  // Completes a change of the table: rebuilds the card, saves, posts the change.
   void commitTable(SaveReply saveReply);
   void save(SaveReply saveReply);
   void deleteAllDonations();
@@ -204,8 +213,7 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   void solicitDonations();
   void applySuppression(bool suppress);
 
-  // Runs anywhere. An orderly end of the process waits for the block, and for the save that it asks
-  // for until that is answered.
+  // Any thread. An orderly exit waits for the block, and for the answer to a save that it starts.
   void submitWriterBlock(std::function<void(Corvel&)> block);
   void submitChange(ChangeType change, SaveReply saveReply, ChangeLimit within = {});
   void removeValues(const std::string& requestName, ChangeType change, SuccessReply reply,
@@ -219,7 +227,7 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
   [[nodiscard]] bool accountsNeedReload() EXCLUDES(versionsMutex);
   void postValuesDidChange() const;
   [[nodiscard]] bool isConfirmedOrRejected(const DonationValue& value) const;
-  // The refusal of a request by the feature state, logged; null when it may pass.
+  // The error for a request that the feature state refuses, logged; null when it may pass.
   [[nodiscard]] ErrorPtr refusal(const std::string& requestName,
                                  WhileUndetermined undetermined) const;
 

@@ -51,7 +51,7 @@ std::string encodeSynchronous(const ContactPtr& contact) {
 
 constexpr std::size_t maximumIdentifiersInRemoval = 100'000;
 
-// The next argument, which the interface has as text.
+// The next argument, which the interface declares as a string.
 std::string textArgument(WireReader& arguments) {
   return std::string(arguments.string().value_or(std::string_view()));
 }
@@ -60,7 +60,7 @@ Result<std::vector<std::string>> textListArgument(WireReader& arguments) {
   using Outcome = Result<std::vector<std::string>>;
   std::vector<std::string> texts;
   const std::size_t count = arguments.list().value_or(0);
-  // Before anything is built: an empty text takes two bytes of a message, and many more here.
+  // Checked before anything is built: an empty text is 2 bytes of a message, but many in memory.
   if (count > maximumIdentifiersInRemoval) {
     return Outcome::right(makeServiceError(
         ServiceErrorCode::invalidArguments,
@@ -94,8 +94,8 @@ void CorvelDispatcher::perform(const std::string& selector, WireReader arguments
       {CorvelSelector::rejectCluster, &CorvelDispatcher::rejectCluster},
       {CorvelSelector::removeRejections, &CorvelDispatcher::removeRejections},
   };
-  // The connection has checked the selector against the same interface.
-  // When it fails, the reply goes uncalled, and so the client hears that there is none.
+  // The connection has checked the selector against the same interface, so at() finds it. If the
+  // operation throws, its reply is destroyed uncalled, and the client hears that there is none.
   runGuarded([&] { (this->*operations.at(selector))(arguments, std::move(reply)); });
 }
 
@@ -165,7 +165,7 @@ void CorvelDispatcher::list(WireReader, WireReply reply) const {
 }
 
 void CorvelDispatcher::changeAccount(WireReader arguments, WireReply reply) const {
-  // The accounts are of the store that the agent reads, too, while the request is handled.
+  // Accounts refer to their store weakly, and count as dead once it is gone.
   const auto store = gateAdmitsClient() ? PlatformServices::current().makeAccountStore() : nullptr;
   const auto account = [&store, &arguments] {
     return store ? AccountWire::decode(arguments, store) : Result<AccountPtr>::left(nullptr);

@@ -10,15 +10,15 @@
 
 namespace quenlet {
 
-// Turns the requests of one connection into calls of the gate before the agent, and its answers
-// into replies. Arguments that are of the right types, but no valid values, are answered with an
-// error and do not reach the agent; those of a client that the gate refuses are not even looked at.
-// What fails for want of memory is dropped without a reply, which the client is told.
-// Immutable; called on the listener's threads.
+// Decodes the requests of one connection into calls of its gate, and encodes the answers. Arguments
+// of the right types that are not valid values are answered with an error and never reach the
+// agent; those of a client that the gate refuses are not even decoded. A request for which memory
+// is short is dropped without a reply, and its client is told so. Immutable; called on the
+// listener's threads.
 class CorvelDispatcher final : public ExportedObject {
  public:
-  // `admitsClient` tells whether `gate` lets the client's calls through. `replies` is for all
-  // connections together.
+  // `admitsClient` tells whether the gate lets the client's calls through. All connections share
+  // `replies`.
   CorvelDispatcher(std::shared_ptr<CorvelProtocol> connectionGate,
                    std::function<bool()> admitsClient, std::shared_ptr<DonationListReplies> replies)
       : gate(std::move(connectionGate)),

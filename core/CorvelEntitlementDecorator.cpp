@@ -7,7 +7,7 @@ constexpr char contactsEntitlement[] = "ovaro.private.contacts";
 constexpr char suggestionsEntitlement[] = "ovaro.private.suggestions.contacts";
 constexpr std::int64_t missingEntitlementCode = 4097;
 
-// Only a number grants something: booleans are numbers here, text and lists are not.
+// Only `true` or a number other than zero grants; text and lists never do.
 bool grants(const std::optional<PropertyList>& value) {
   if (!value) return false;
   if (const bool* flag = value->boolean()) return *flag;
@@ -48,7 +48,7 @@ ErrorPtr CorvelEntitlementDecorator::denial() {
     if (connectionHasEntitlement) return entitlementError;
     checking = true;
   }
-  // The check calls out, and so holds no lock.
+  // The check calls out, so it runs without the lock.
   try {
     const bool entitled = checkEntitlements();
     return endCheck(entitled, entitled ? nullptr

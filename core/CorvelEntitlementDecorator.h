@@ -11,11 +11,11 @@
 
 namespace quenlet {
 
-// Lets a client's call through to the agent only when the client holds the entitlement
+// Lets a client's calls through to the agent only if the client holds the entitlement
 // "ovaro.private.contacts" or "ovaro.private.suggestions.contacts". Any other client is answered at
-// once, with the same error every time. The check is made at the first call, while others that come
-// meanwhile wait for it, and holds for the decorator's life: there is one decorator a connection,
-// so that no client gets another's answer. Thread-safe.
+// once, always with the same error. The first call makes the check, while concurrent calls wait for
+// it; its result holds for the decorator's life. Each connection has its own decorator, so no
+// client gets another's answer. Thread-safe.
 class CorvelEntitlementDecorator final : public CorvelProtocol {
  public:
   // Gives the connection of the call that is served, or null. Must not call the decorator.
@@ -25,10 +25,10 @@ class CorvelEntitlementDecorator final : public CorvelProtocol {
                              std::shared_ptr<CorvelProtocol> agent,
                              ConnectionProvider connectionProvider);
 
-  // Whether the peer holds one of the two; asked before any call, and by the check.
+  // Whether the peer holds one of the two entitlements; used by the check and before any call.
   [[nodiscard]] static bool isEntitled(const ServiceConnection& connection);
 
-  // Whether calls reach the agent; makes the check unless it has been made.
+  // Whether calls reach the agent; makes the check if it has not been made.
   [[nodiscard]] bool admitsClient() { return denial() == nullptr; }
 
   void donateMeCardValues(DonationValues values, ErrorReply completionHandler) override;
@@ -51,7 +51,7 @@ class CorvelEntitlementDecorator final : public CorvelProtocol {
   // Null when the client may pass, else the missing-entitlement error.
   [[nodiscard]] ErrorPtr denial() EXCLUDES(mutex);
   [[nodiscard]] bool checkEntitlements() const;
-  // Publishes the answer, none for a check that failed, which the next call makes anew.
+  // Publishes the answer. Without one, since the check failed, the next call checks again.
   ErrorPtr endCheck(std::optional<bool> answer, ErrorPtr error) EXCLUDES(mutex);
 
   const std::shared_ptr<CorvelProtocol> agent;

@@ -1,4 +1,4 @@
-// What the donations-enabled preference and changes of the curated card do to the agent.
+// The agent's reactions to the donations-enabled preference and to changes of the curated card.
 
 #include "core/Corvel.h"
 
@@ -37,7 +37,7 @@ void Corvel::startMonitoringPreferences() {
 
 void Corvel::stop() {
   preferencesMonitor->stopMonitoring();
-  // They hold the agent, which holds the monitor.
+  // The callbacks hold the agent, which holds the monitor.
   preferencesMonitor->setOnSuppress(nullptr);
   preferencesMonitor->setOnEnable(nullptr);
 }
@@ -56,6 +56,7 @@ void Corvel::applySuppression(bool suppress) {
     return;
   }
   logger->featureWillEnable();
+  // Sources are asked only when donations come on again, not at launch.
   if (featureState == FeatureState::disabled) {
     featureState = FeatureState::newlyEnabled;
     runEnableRoutine();
@@ -81,7 +82,7 @@ void Corvel::disableDonations() {
 void Corvel::deleteAllDonations() {
   donations = DonationTable();
   rebuildMeCard();
-  // Deletion has nobody to tell of a failed save; the next change writes the table again.
+  // A failed save can be told to nobody; the next change writes the table again.
   save([](const SaveResponse&) {});
   logger->featureDidDisable();
 }

@@ -42,6 +42,7 @@ void Corvel::donateMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit,
   SaveReply saveReply = [self = shared_from_this(), values, requestName,
                          reply = std::move(completionHandler)](const SaveResponse& response) {
     reply(response.error());
+    // All values are offered, not only those near their end.
     if (response.isSuccess()) self->renewWithDonations(values);
     self->logger->agentDidHandleRequest(requestName);
     self->renewPreExpired(values);
@@ -123,6 +124,7 @@ void Corvel::getDonatedMeCardWithSel(const std::string& sel,
     refusalScheduler->performBlock([reply, error] { reply(Result<ContactPtr>::right(error)); });
   } else {
     ContactPtr current;
+    // Never computes: the last rebuild made the card.
     stateScheduler->performSynchronousReaderBlock([this, &current] { current = contact; });
     reply(Result<ContactPtr>::left(std::move(current)));
   }

@@ -15,7 +15,8 @@ DonationListenerDelegate::DonationListenerDelegate(
     : environment(std::move(gateEnvironment)),
       agent(std::move(exportedAgent)),
       limitedAgent(std::move(exportedLimitedAgent)) {
-  // Gates read it on the listener's thread, and the first read of all makes it.
+  // The environment makes the logger at the first read, which must not race: gates read it on the
+  // listener's thread.
   static_cast<void>(environment->logger());
 }
 
@@ -31,7 +32,7 @@ bool DonationListenerDelegate::shouldAcceptNewConnection(
       *environment, limit ? limitedAgent(*limit) : agent,
       // Weakly, since the connection owns the gate.
       [connection = std::weak_ptr<ServiceConnection>(newConnection)] { return connection.lock(); });
-  // So that nobody works for what the gate will refuse.
+  // Spares the connection work on requests that the gate will refuse.
   newConnection->setPeerTreatment(CorvelEntitlementDecorator::isEntitled(*newConnection)
                                       ? PeerTreatment::served
                                       : PeerTreatment::refused);

@@ -15,11 +15,11 @@ namespace quenlet {
 // entitlement gate of the connection's own. Immutable; called on the listener's thread.
 class DonationListenerDelegate final : public ServiceListenerDelegate {
  public:
-  // Gives the agent for a client who may change the donations of some bundles only.
+  // Makes the agent for a client that may change the donations of some bundles only.
   using LimitedAgent = std::function<std::shared_ptr<CorvelProtocol>(BundleLimit)>;
 
-  // `environment` is the gates' (they use its logger), `agent` is what they let clients through to,
-  // `limitedAgent` makes what they let those through to whose entitlements name bundles.
+  // The gates log to the logger of `environment`. They pass admitted clients on to `agent`, or to
+  // what `limitedAgent` makes for a client whose entitlements name bundles.
   DonationListenerDelegate(std::shared_ptr<AgentEnvironmentProtocol> environment,
                            std::shared_ptr<CorvelProtocol> agent, LimitedAgent limitedAgent);
 

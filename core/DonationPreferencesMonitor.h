@@ -45,7 +45,7 @@ class DonationPreferencesMonitor final
  private:
   void preferenceDelivered(bool enabled) EXCLUDES(mutex);
   void startDelay() EXCLUDES(mutex);
-  // Takes the place of the pending delay, which is cancelled. False when there was none.
+  // Cancels the pending delay and puts `next` in its place. False when none was pending.
   bool replaceDelay(std::shared_ptr<Cancelable> next) EXCLUDES(mutex);
 
   const std::shared_ptr<Observable<bool>> observable;

@@ -19,7 +19,8 @@ std::size_t textBytesOf(const DonationValues& values) {
 
 }  // namespace
 
-// Where the index has the row with that identifier, or where it would get it.
+// The slot of the row with that identifier, or the free one where it belongs. Ends, since the index
+// always has free slots.
 std::size_t DonationTable::positionFor(const DonationValues& held, const ComparisonKey& key) const {
   std::size_t position = key.hash & (index.size() - 1);
   while (true) {
@@ -67,8 +68,10 @@ void DonationTable::indexDonationByIdentifierReduction(DonationValues& held,
 bool DonationTable::hasRoomFor(const DonationValues& values, std::size_t capacityInBytes) {
   const std::size_t added = textBytesOf(values);
   if (mostTextBytes + added <= capacityInBytes) return true;
+  // The bound may be too high by values that have gone.
   mostTextBytes = textBytesOf(*rows);
   if (mostTextBytes + added <= capacityInBytes) return true;
+  // Values that would be replaced make room for the new ones.
   DonationTable changed(*this);
   changed.insertAll(values);
   return textBytesOf(*changed.rows) <= capacityInBytes;
@@ -80,6 +83,7 @@ void DonationTable::removeIf(const std::function<bool(const DonationValue&)>& un
   for (const DonationValuePtr& row : *rows) {
     if (!unwanted(*row)) changed->push_back(row);
   }
+  // A slot freed in place would cut the probes of others short.
   indexAll(*changed, changed->size());
   rows = std::move(changed);
 }

@@ -10,10 +10,18 @@
 
 namespace quenlet {
 
-// The donations that the agent holds, at most one an identifier, in the order in which their
-// identifiers first came. The rows are an immutable list that each change replaces, so that a
-// snapshot costs nothing and may go to any thread; a change costs a copy of the list's pointers.
-// Changes need a thread of their own.
+// The donations that the agent holds, one for each identifier, in the order in which the
+// identifiers first came. Each change replaces the immutable list of rows, so a snapshot costs
+// nothing and may go to any thread; a change costs a copy of the list's pointers. An index finds
+// rows by identifier:
+//
+//   index, at hash & (size - 1)      rows
+//   0  hash of "a:2", row 1 + 1  ─▶  1  "a:2", an address
+//   1  free
+//   2  hash of "a:1", row 0 + 1  ─▶  0  "a:1", a name
+//   3  free
+//
+// Not thread-safe: nothing may overlap with a change.
 class DonationTable final {
  public:
   DonationTable() = default;
@@ -21,17 +29,16 @@ class DonationTable final {
   DonationTable(DonationTable&&) = default;
   DonationTable& operator=(DonationTable&&) = default;
 
-  // Whether the texts of all values have no more than `capacityInBytes` together once `values` are
-  // put in. Looks at every value only when it is not clear from what was put in before.
+  // Whether all values' texts fit into `capacityInBytes` once `values` are inserted. Looks at every
+  // value only when the upper bound kept along the way does not settle it.
   [[nodiscard]] bool hasRoomFor(const DonationValues& values, std::size_t capacityInBytes);
-  // Puts each value under its donation identifier, in order; a value takes the place of the one
-  // that is held there.
+  // Inserts the values in order, each in place of the one held under its donation identifier.
   void insertAll(const DonationValues& values);
   // Drops every value for which `unwanted` is true.
   void removeIf(const std::function<bool(const DonationValue&)>& unwanted);
   // Drops the values under these identifiers; unknown ones are ignored.
   void removeIdentifiers(const std::vector<std::string>& donationIdentifiers);
-  // Drops the values whose origin has this bundle identifier; whether there were any.
+  // Drops the values of one bundle; false when there were none.
   bool removeBundle(const std::string& bundleIdentifier);
 
   // The value under an identifier, or null.
@@ -40,22 +47,22 @@ class DonationTable final {
   [[nodiscard]] const std::shared_ptr<const DonationValues>& snapshot() const { return rows; }
 
  private:
-  // A place in the index: of the row with this hash of its identifier, or free.
+  // One slot of the index.
   struct Slot final {
     std::uint32_t hash = 0;
     std::uint32_t rowAndOne = 0;  // 0 while free
   };
 
-  // Stores `value` in the list built so far under its identifier, in the place of what was there.
-  // The index has room for one more.
+  // Puts `value` into `held`, the list under construction, in place of the row with its identifier.
+  // The index must have room for one more.
   void indexDonationByIdentifierReduction(DonationValues& held, const DonationValuePtr& value);
   [[nodiscard]] std::size_t positionFor(const DonationValues& held, const ComparisonKey& key) const;
   void indexAll(const DonationValues& held, std::size_t capacity);
 
   std::shared_ptr<const DonationValues> rows = std::make_shared<const DonationValues>();
-  // Of the values' texts together, at most; values that were replaced or dropped may count.
+  // An upper bound of the size of all texts: values that were replaced or dropped may still count.
   std::size_t mostTextBytes = 0;
-  // Open-addressed by the hash; its size is a power of two and at most two thirds of it are taken.
+  // Open-addressed; its size is a power of two, and at most two thirds of it are taken.
   std::vector<Slot> index = std::vector<Slot>(4);
 };
 

@@ -2,7 +2,7 @@
 
 namespace quenlet {
 
-// Whether the agent serves requests, as the donations-enabled preference has it.
+// Whether the agent serves requests, following the donations-enabled preference.
 //
 //   state        | preference off | preference on                  | discovery fails
 //   undetermined | disabled       | enabled                        | –

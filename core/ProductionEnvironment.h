@@ -4,9 +4,9 @@
 
 namespace quenlet {
 
-// The environment of the real agent: each member is made from the platform on its first read and
-// kept; a setter puts another object in its place. The getters do not lock: read each member once
-// on one thread before others use the environment.
+// The environment of the real agent. Each member is made from the platform at its first read, then
+// kept; a setter replaces it. Getters do not lock: read each member once on one thread before
+// others use the environment.
 class ProductionEnvironment final : public AgentEnvironmentProtocol {
  public:
   std::shared_ptr<SchedulerProvider> schedulerProvider() override;

@@ -17,7 +17,7 @@ constexpr double discoveryDelaySeconds = 2.0;
 constexpr double simCardDelaySeconds = 5.0;
 constexpr double metricsDelaySeconds = 5.0;
 
-// Nothing calls a part of the start-up off.
+// The steps of a launch are never cancelled.
 void performLater(double delaySeconds, Block block) {
   static_cast<void>(PlatformServices::current().globalAsynchronousScheduler()->afterDelay(
       delaySeconds, std::move(block)));
@@ -49,7 +49,7 @@ ErrorPtr AgentProcess::start() {
 void AgentProcess::restoreAndMonitor() {
   agent = std::make_shared<Corvel>(std::make_shared<ProductionEnvironment>(), nullptr,
                                    std::make_shared<ProductionInfoProvider>());
-  // First of all blocks: every request waits behind it.
+  // The first block of all: every request waits behind it.
   agent->restorePersistedState();
   agent->start();
 }
@@ -79,7 +79,7 @@ void AgentProcess::installSignalHandlers() {
     printLine("Hup hup hup!!");
     agent->discoverAllExtensions();
   }));
-  // What is under way ends before the run loop does; it must not go on growing.
+  // The run loop ends after the work under way, to which no new request may add.
   for (const int signal : {SIGTERM, SIGINT}) {
     signalSources.push_back(
         runLoop.addSignalSource(signal, [weakListener = std::weak_ptr(donationListener)] {

@@ -19,15 +19,15 @@ class AgentProcess final {
   explicit AgentProcess(RunLoop& mainRunLoop);
   ~AgentProcess();
 
-  // Makes the service's name this process's own. An error when another agent serves it.
+  // Claims the service's name. An error when another agent serves it.
   [[nodiscard]] ErrorPtr claimName();
-  // Once the name is claimed. Starts all parts in their order: restores what was stored, follows
-  // the preference and the curated card, opens the service; then sets the clock for what can wait:
+  // Call it once the name is claimed. Starts all parts in order: restores the stored donations,
+  // follows the preference and the curated card, opens the service; then schedules what can wait:
   // the list of installed donors, the SIM cards, the daily report. An error when the service cannot
   // be opened.
   [[nodiscard]] ErrorPtr start();
-  // Serves until the run loop ends, then closes the service. A terminating signal ends only the
-  // taking of requests at once.
+  // Serves until the run loop ends, then closes the service. At a terminating signal the agent
+  // takes no further requests, but finishes those under way.
   void run();
 
  private:

@@ -10,14 +10,14 @@
 
 namespace {
 
-// A shortage or an unreadable file may pass, or somebody sees to it: the service manager tries
-// again. An agent that is one too many is not started again.
+// An error of the system, such as a shortage or an unreadable file, may pass or be repaired: the
+// service manager tries again. It does not restart an agent that is one too many.
 int complain(const quenlet::Error& error) {
   std::fprintf(stderr, "quenlet-agent: %s\n", error.description().c_str());
   return error.domain() == quenlet::PosixErrorDomain ? EX_TEMPFAIL : EXIT_FAILURE;
 }
 
-// Values are not to lie about in files that no deletion reaches.
+// A core file would keep donated values that deletion cannot reach.
 void forbidCoreFiles() {
   rlimit limit{};
   ::getrlimit(RLIMIT_CORE, &limit);
@@ -25,10 +25,10 @@ void forbidCoreFiles() {
   ::setrlimit(RLIMIT_CORE, &limit);
 }
 
-// A file that got the number of one of these would be written over with the log's lines.
+// A file that was opened under one of these numbers would be overwritten with log lines.
 void openStandardDescriptors() {
   for (int descriptor = 0; descriptor <= 2; ++descriptor) {
-    // The lowest number that is free.
+    // open() takes the lowest free number.
     if (::fcntl(descriptor, F_GETFD) < 0) static_cast<void>(::open("/dev/null", O_RDWR));
   }
 }
@@ -38,11 +38,11 @@ int runAgent() {
   forbidCoreFiles();
   auto opened = quenlet::LinuxPlatform::open();
   if (!opened.isLeft()) return complain(*opened.right());
-  // Kept until the process exits: the agent's parts hold each other for good, and blocks that are
-  // still queued when the run loop ends use the platform.
+  // Never destroyed: the agent's parts hold each other for good, and blocks that are still queued
+  // when the run loop ends use the platform.
   quenlet::LinuxPlatform& platform = *std::move(opened).takeLeft().release();
   auto& process = *new quenlet::AgentProcess(platform.mainRunLoop());
-  // The name first: an agent that has to give way leaves nothing in its home.
+  // The name comes first, so that an agent that has to give way leaves nothing in its home.
   if (const quenlet::ErrorPtr error = process.claimName()) return complain(*error);
   if (const quenlet::ErrorPtr error = platform.examineFiles()) return complain(*error);
   if (const quenlet::ErrorPtr error = platform.claimDonations()) return complain(*error);
@@ -59,7 +59,7 @@ int main(int argc, char*[]) {
     std::fputs("quenlet-agent: takes no arguments\n", stderr);
     return 2;
   }
-  // Whatever other threads are at, what was acknowledged is on the disk: nothing is to be torn down
+  // All that was acknowledged is on the disk. Other threads may still run, so nothing is torn down
   // under them.
   std::_Exit(runAgent());
 }

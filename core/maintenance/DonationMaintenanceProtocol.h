@@ -7,7 +7,7 @@
 
 namespace quenlet {
 
-// What a maintainer may ask. Implementations say on which thread.
+// The operations of the maintenance service. Implementations say on which thread they run.
 class DonationMaintenanceProtocol {
  public:
   virtual ~DonationMaintenanceProtocol() = default;

@@ -8,15 +8,15 @@
 
 namespace quenlet {
 
-// The named service for maintainers, apart from the agent's own. Every process of the user is
-// served; there is no gate. Nothing in the agent's program makes one: whoever wants it, does, and
-// serves from start() to the object's end. One thread at a time.
+// A named service for maintainers, apart from the agent's own. Serves every process of the user,
+// without a gate, from start() to its destruction. The agent's program does not create one. Use on
+// one thread at a time.
 class MaintenanceService final {
  public:
   // Accepts every connection and exports one agent on all of them. Defined in its own file.
   class ListenerDelegate;
 
-  // Over a listener and a logger of the current platform services. Nothing is started.
+  // Uses a listener and a logger of the current platform services. Starts nothing.
   MaintenanceService();
   ~MaintenanceService();
   MaintenanceService(const MaintenanceService&) = delete;
@@ -32,11 +32,11 @@ class MaintenanceService final {
   [[nodiscard]] const std::shared_ptr<ListenerDelegate>& listenerDelegate() const {
     return delegate;
   }
-  // Has it decide on all later connections.
+  // Lets `newDelegate` decide on all later connections.
   void setListenerDelegate(std::shared_ptr<ListenerDelegate> newDelegate);
 
-  // `listener:shouldAcceptNewConnection:`. As its listener delegate, which is what decides, would:
-  // always true, with the agent exported on the connection.
+  // `listener:shouldAcceptNewConnection:`. Exports the agent on the connection and returns true, as
+  // the listener delegate does.
   bool shouldAcceptNewConnection(ServiceListener& listener,
                                  const std::shared_ptr<ServiceConnection>& newConnection);
 
