@@ -1,5 +1,5 @@
-// Donors that are installed beside the agent: they are asked for all they have when donations come
-// on again, and listed at launch and on the hang-up signal.
+// Installed donor extensions: asked for all their values when donations come on again, and listed
+// at launch and on the hang-up signal.
 
 #include "core/Corvel.h"
 #include "lifecycle/ExtensionDonationSolicitor.h"
@@ -19,8 +19,8 @@ constexpr double discoverySeconds = 10000.0;
 void Corvel::solicitDonations() {
   std::vector<std::shared_ptr<DonationSolicitor>> solicitors;
   logger->willDiscoverExtensions();
-  // All is emitted before subscribe() returns, so within the writer block that runs this: nothing
-  // can have disabled donations in the meantime, and there is nothing left to call off.
+  // Everything is emitted before subscribe() returns, within this writer block: donations cannot be
+  // disabled in between, and the subscription needs no cancelling.
   static_cast<void>(
       PlatformServices::current()
           .currentExtensionsObservable(weak_from_this())
@@ -35,6 +35,7 @@ void Corvel::solicitDonations() {
               },
               [this] { logger->didDiscoverExtensions(); },
               [this](const ErrorPtr& error) {
+                // The next enable routine tries again.
                 featureState = FeatureState::newlyEnabled;
                 logger->didFailToDiscoverExtensions(error);
               })));
@@ -62,7 +63,7 @@ void Corvel::saveExtensionVersions() {
     MutexLock lock(versionsMutex);
     versions = bundleIDVersions;
   }
-  // Nobody waits: an entry that is lost means one more reload.
+  // No caller waits: a lost entry costs one more reload.
   if (versions) static_cast<void>(persistence->storeWithExtensionVersions(*versions));
 }
 

@@ -1,6 +1,6 @@
 // Rejections: the owner refuses one value or a cluster of values. The values leave the store at
-// once; what keeps them away afterwards is the feedback store, which hears of them once the change
-// is saved, or has failed to be: they are gone from memory in either case.
+// once; the feedback store keeps them away afterwards. It is told after the save of the removal,
+// even if that failed, as the values are gone from memory in either case.
 
 #include "core/Corvel.h"
 #include "platform/contacts/ContactStore.h"
@@ -13,7 +13,7 @@ using IdentifierEvent = void (AgentLogger::*)(const std::string&);
 
 }  // namespace
 
-// What is told of a rejection, by whether a donation or a cluster was named.
+// The log events of a rejection, of one donation or of a cluster.
 struct Corvel::RejectionEvents final {
   IdentifierEvent didReject;
   IdentifierEvent couldNotRejectUnknown;
@@ -39,6 +39,7 @@ void Corvel::rejectValueWithDonationIdentifier(std::string donationIdentifier,
                       std::move(completionHandler)};
   submitWriterBlock([rejection = std::move(rejection)](Corvel& agent) {
     const DonationValuePtr found = agent.donations.find(rejection.identifier);
+    // The unknown identifier is logged at once, in order with the changes before it.
     if (!found) {
       agent.logger->couldNotRejectUnknownDonationIdentifier(rejection.identifier);
       agent.replyScheduler->performBlock([self = agent.shared_from_this(), rejection] {
@@ -47,7 +48,7 @@ void Corvel::rejectValueWithDonationIdentifier(std::string donationIdentifier,
       });
       return;
     }
-    // An image equals nothing, not even itself: then nothing is selected.
+    // An image equals nothing, not even itself, and so matches no row.
     const Value unwanted = found->value();
     agent.rejectValues(agent.valuesWhere([&unwanted](const DonationValue& row) {
       return row.value() == unwanted;

@@ -1,5 +1,5 @@
-// Renewal: before a value ends, its donor is asked until when it holds. Nothing is kept between two
-// runs; what donors answer goes into the store as an ordinary change, whenever it comes.
+// Renewal: before a value expires, its donor is asked until when it holds. Nothing is kept between
+// two runs; a donor's answer is an ordinary change of the store, whenever it comes.
 
 #include <map>
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr double renewalDelaySeconds = 2.0;
 
-// A value that no donor has given, to see whether a donor answers at all.
+// A value that no donor has donated, to see whether a donor answers at all.
 DonationValuePtr placeholderValue() {
   return DonationValue::donationValueWithEmailAddress(
       "placeholder@example.invalid", "", DonationOrigin{"?", "placeholder", std::nullopt, {}, {}});
@@ -50,7 +50,7 @@ void Corvel::askDonorsToRenew(const DonationValues& values) {
   for (const auto& [key, group] : groups) {
     const std::string& bundleIdentifier = group.front()->origin().bundleIdentifier;
     logger->willRenewValues(group, bundleIdentifier);
-    // The loader is kept until it has answered.
+    // The capture keeps the loader until it has answered.
     loader->donorWithIdentifier(bundleIdentifier)
         .onCompletion([self = shared_from_this(), loader,
                        donated = group](const Result<DonorObjectPtr>& donor) {
