@@ -28,13 +28,13 @@ Result<std::filesystem::path> fileLocation(const char* name) {
   return Result<std::filesystem::path>::left(directory.left() / name);
 }
 
-// A result of which there is an empty one, which stands for what cannot be read.
+// A result whose empty state stands for a file that cannot be read.
 template <typename T>
 concept emptyInitializable = std::default_initializable<T> && requires(const T& result) {
   { result.empty() } -> std::convertible_to<bool>;
 };
 
-// What a file's dictionary says, and whether everything in it could be read.
+// The content of a file's dictionary, and whether all of it could be read.
 template <emptyInitializable T>
 struct Reading final {
   T result{};
@@ -44,7 +44,7 @@ struct Reading final {
 template <emptyInitializable T>
 using Interpretation = Reading<T> (*)(const PropertyListDictionary&);
 
-// What can be said of a file's bytes without the general reader; nothing if that has to be asked.
+// Reads a file's bytes without the general reader; nothing when that has to be asked.
 template <typename T>
 using Shortcut = std::optional<T> (*)(std::string_view);
 
@@ -62,8 +62,8 @@ Result<PropertyList> parseDictionary(const std::string& bytes) {
   return parsed;
 }
 
-// Reads one file. A missing file is empty; so is a damaged one, once it is kept, and one that
-// cannot be read, which is kept by the next write: nothing is known to be wrong with what it holds.
+// Reads one file. A missing file is empty. So is a damaged one, after it was kept, and one that the
+// system does not hand out: its bytes may be sound, so it stays until the next write keeps it.
 template <emptyInitializable T>
 Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
                Interpretation<T> interpret, Shortcut<T> shortcut = &noShortcut<T>) {
@@ -90,8 +90,8 @@ Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
       });
 }
 
-// The elements of the list of dictionaries under "donations", each read by `read`, which gives
-// something that is false for an element that it cannot read.
+// The dictionaries under "donations", each converted by `read`, whose result is false for an
+// element that it cannot read.
 template <typename T, typename Read>
 Reading<std::vector<T>> readElements(const PropertyListDictionary& contents, Read read) {
   Reading<std::vector<T>> reading;
@@ -139,7 +139,7 @@ Reading<ExtensionVersions> readVersions(const PropertyListDictionary& contents) 
   return reading;
 }
 
-// What stands before and behind the texts of the records in the donations file.
+// The text before and after the records in the donations file.
 struct Frame final {
   Frame() {
     constexpr std::string_view listTag = "<array>\n";
@@ -156,7 +156,7 @@ struct Frame final {
     tail = head.substr(sizeOfHead);
     head.resize(sizeOfHead);
   }
-  // Of the texts between them.
+  // The most bytes of record text that fit between them.
   [[nodiscard]] std::size_t capacityInBytes() const {
     return PropertyListSerializer::maximumSizeInBytes - head.size() - tail.size();
   }
@@ -165,7 +165,7 @@ struct Frame final {
   std::string tail;
 };
 
-// The size of all texts; nothing when a record has none.
+// The size of all texts; nothing when a record has no text.
 std::optional<std::size_t> sizeOfTexts(const DonationValues& values) {
   std::size_t size = 0;
   for (std::size_t place = 0; place < values.size(); ++place) {
@@ -177,7 +177,7 @@ std::optional<std::size_t> sizeOfTexts(const DonationValues& values) {
   return size;
 }
 
-// Appends the texts, those that stand one behind the other already in one go.
+// Appends the texts; neighbours in one block of memory are copied in one go.
 void appendTexts(std::string& output, const DonationValues& values) {
   std::string_view run;
   for (std::size_t place = 0; place < values.size(); ++place) {
@@ -193,7 +193,7 @@ void appendTexts(std::string& output, const DonationValues& values) {
   output.append(run);
 }
 
-// The text of the donations file, put together from those that the records keep.
+// The text of the donations file, assembled from the texts that the records keep.
 Result<std::string> textOf(const DonationValues& values) {
   const Frame frame;
   const std::optional<std::size_t> size = sizeOfTexts(values);
@@ -210,8 +210,8 @@ Result<std::string> textOf(const DonationValues& values) {
   return Result<std::string>::left(std::move(text));
 }
 
-// The donations of a file in the very form in which it is written here, without the general
-// reader's tree; nothing for any other file, whatever is the matter with it.
+// Reads a file in exactly the form that is written here, without building a tree. Nothing for any
+// other file, sound or not: then the general reader decides.
 std::optional<DonationValues> donationsOfWrittenText(std::string_view text) {
   const Frame frame;
   if (text.size() > PropertyListSerializer::maximumSizeInBytes || !text.starts_with(frame.head)) {
@@ -263,7 +263,8 @@ Future<bool> DonationPersistence::storeAsPlistWithUrl(const std::filesystem::pat
                                                       PropertyListDictionary value) {
   const Result<std::string> text = PropertyListSerializer::dataWithObject(std::move(value));
   if (text.isLeft()) return storeText(url, text);
-  // The same for all that the form cannot hold; what it was may be a name that others chose.
+  // One sentence for everything that the form cannot hold: the real one may quote a name that a
+  // donor chose.
   return Future<bool>::futureWithError(notSerializable("a value cannot be serialised"));
 }
 

@@ -12,33 +12,32 @@
 
 namespace quenlet {
 
-// Keeps donations, rejections and extension versions in property-list files in
-// "~/Library/Contacts/Donations/". Thread-safe: holds nothing but the data proxy.
+// Stores donations and extension versions as property lists in "~/Library/Contacts/Donations/".
+// Thread-safe: holds nothing but the data proxy.
 //
-// A file is always rewritten whole. A file that cannot be read as what it should be, in whole or in
-// part, counts as empty, or as what could be read of it. Its bytes are kept beside it, so that the
-// next store loses nothing: at once when they make no sense, by that store when the system does not
-// hand them out.
+// Each store replaces the whole file, and none loses bytes that could not be read. A damaged file
+// counts as empty, or as the part that could be read; it is kept beside the new one at once. A file
+// that the system does not hand out counts as empty; the next store keeps it first.
 class DonationPersistence final : public DonationPersistenceProtocol {
  public:
   explicit DonationPersistence(std::shared_ptr<DataProxy> proxy) : dataProxy(std::move(proxy)) {}
 
-  // Elements that are no valid record are skipped.
+  // Skips invalid records.
   Future<DonationValues> loadDonations() override;
-  // The values of "rejections.json", which the agent itself does not write. Elements that are no
-  // value dictionary are skipped.
+  // The values of "rejections.json", a file that the agent neither writes nor loads. Skips elements
+  // that are not value dictionaries.
   [[nodiscard]] Future<std::vector<DonationValue::Value>> loadRejections();
-  // Entries that are no integer are skipped.
+  // Skips entries that are not integers.
   Future<ExtensionVersions> loadExtensionVersions() override;
 
-  // Fails with notSerializable, when a value has no property-list text or all of them together are
-  // too large, or with the error of the write.
+  // Fails with notSerializable when a value has no property-list text or all texts together are too
+  // large; otherwise with the error of the write.
   Future<bool> storeWithAllValues(const DonationValues& values) override;
   Future<bool> storeWithExtensionVersions(const ExtensionVersions& versions) override;
   [[nodiscard]] std::size_t capacityInBytes() const override;
-  // As a damaged file is kept.
+  // Keeps the file as a damaged one is kept.
   void keepStoredDonations() override;
-  // Writes one file as a property list and then excludes the directory from backups.
+  // Writes one file as a property list, then excludes the directory from backups.
   [[nodiscard]] Future<bool> storeAsPlistWithUrl(const std::filesystem::path& url,
                                                  PropertyListDictionary value);
 

@@ -13,8 +13,8 @@ namespace quenlet {
 // Versions of donors' data, by bundle identifier.
 using ExtensionVersions = std::map<std::string, std::int64_t>;
 
-// Keeps the agent's state across restarts. Thread-safe. Loads never fail: what cannot be read is
-// empty.
+// Keeps the agent's state across restarts. Thread-safe. Loads never fail: a file that cannot be
+// read is empty.
 class DonationPersistenceProtocol {
  public:
   virtual ~DonationPersistenceProtocol() = default;
@@ -26,10 +26,10 @@ class DonationPersistenceProtocol {
   [[nodiscard]] virtual Future<bool> storeWithExtensionVersions(
       const ExtensionVersions& versions) = 0;
 
-  // How many bytes the property-list texts of stored donations may have together.
+  // The most bytes that the property-list texts of all stored donations may take together.
   [[nodiscard]] virtual std::size_t capacityInBytes() const = 0;
-  // Keeps a copy of the donations as they are stored, which the next store does not touch. What
-  // cannot be kept fails that store.
+  // Keeps a copy of the stored donations, which the next store leaves alone. If no copy can be
+  // made, that store fails.
   virtual void keepStoredDonations() = 0;
 };
 
