@@ -15,7 +15,7 @@ std::optional<std::string> foldedKey(const std::optional<std::string>& text) {
 NameKey NameKey::keyForName(const PersonNameComponents& name) {
   const std::optional<std::string> givenName = foldedKey(name.givenName);
   const std::optional<std::string> familyName = foldedKey(name.familyName);
-  // The size tells where one ends and the other begins.
+  // The size marks where one ends and the other begins.
   std::string key = givenName ? std::to_string(givenName->size()) + ":" + *givenName : "-";
   if (familyName) key += "+" + *familyName;
   return {std::move(key)};

@@ -10,8 +10,8 @@
 
 namespace quenlet {
 
-// A text in the form in which it is compared, with its hash, so that a look-up reads the text only
-// to confirm a find. Does not own the text. A value type.
+// A text in canonical form with its hash: a look-up reads the text only to confirm a hit. Does not
+// own the text. A value type.
 struct ComparisonKey final {
   std::string_view text;
   std::uint32_t hash = 0;
@@ -31,9 +31,8 @@ struct ComparisonKeyHash final {
   std::size_t operator()(const ComparisonKey& key) const { return key.hash; }
 };
 
-// What two names are compared by when it matters whether they are the same person's: one text of
-// given and family name, lower-cased, in canonical form. An absent name equals only an absent one.
-// A value type.
+// Decides whether two names are the same person's: given and family name, lower-cased and in
+// canonical form, as one text. An absent part equals only an absent one. A value type.
 struct NameKey final {
   std::string text;
 

@@ -9,17 +9,17 @@
 
 namespace quenlet {
 
-// What one donated record may hold to be taken in, whatever way it comes: one donor must neither
-// keep the others' values off the disk nor make every comparison slow. Stateless.
+// Limits of one donated record, whatever way it comes: no donor may keep the others' values off the
+// disk, or slow every comparison down. Stateless.
 class DonationBounds final {
  public:
   static constexpr std::size_t textSizeInBytes = mostBytesInText;
   static constexpr std::size_t imageSizeInBytes = mostBytesInImage;
 
-  // What keeps a record, given in its property-list form, from being taken in: a text field or an
-  // image beyond the bound, or an empty bundle or donation identifier, under which it could not be
-  // read back. A sentence that names the field and the bound and quotes no content; nothing when
-  // all is well. Keys that no record has are passed over.
+  // Why a record, given in its property-list form, must be refused: a text field or an image over
+  // its bound, or an empty bundle or donation identifier, under which it could not be read back.
+  // The sentence names field and bound and quotes no content. Nothing for a good record; unknown
+  // keys are ignored.
   [[nodiscard]] static std::optional<std::string> violation(const PropertyListDictionary& record);
 };
 

@@ -7,14 +7,14 @@
 namespace quenlet {
 namespace {
 
-// Marks the offset of a further key until its place is known.
+// Marks the offset of a further key until place() knows where the further keys begin.
 constexpr std::uint32_t furtherMark = std::uint32_t{1} << 31;
 constexpr std::size_t mostFurtherBytes = std::size_t{1} << 30;
 
 enum class LetterCase { kept, folded };
 
-// Whether a field is its own key: ASCII without a reference, and without capitals where case does
-// not count.
+// Whether a field of the text is its own key: ASCII without a reference, and without capitals where
+// case does not count. Then the key costs no bytes.
 bool isOwnKey(std::string_view field, LetterCase letterCase) {
   bool differs = false;
   for (const char c : field) {
@@ -33,7 +33,7 @@ std::string_view viewOf(const std::optional<std::string>& text) {
 }  // namespace
 
 TextSlice DigestMaker::furtherKey(const std::string& key) {
-  // Of keys beyond all bounds, which only the owner's own file could hold, the begin is compared.
+  // Only the owner's own file could hold keys beyond all bounds; just their beginning is compared.
   const std::string_view kept = std::string_view(key).substr(0, mostFurtherBytes - further.size());
   const TextSlice slice{narrowed(further.size()) | furtherMark, narrowed(kept.size())};
   further += kept;

@@ -8,14 +8,15 @@
 
 namespace quenlet {
 
-// A piece of the bytes that begin with a record's text.
+// A range of a record's bytes, counted from the start of its text.
 struct TextSlice final {
   std::uint32_t offset = 0;
   std::uint32_t length = 0;
 };
 
-// What is found out about a record once, when it is made, so that a search among many does not read
-// their texts. Keys are slices of the record's bytes. A value type.
+// The facts that searches need of a record, found once when it is made, so that a search among many
+// records reads no texts. Keys are slices of the record's bytes; DonationValue.h draws them. A
+// value type.
 struct DonationDigest final {
   DonationKind kind = DonationKind::name;
   bool hasEntry = false;
@@ -31,20 +32,19 @@ struct DonationDigest final {
   Date expirationDate;
 };
 
-// Makes the digests of records whose texts stand one behind the other. Keys that are no part of
-// their record's text go into one further text, which has to be put behind all of these. One thread
-// at a time.
+// Makes the digests of the records of one block. Keys that do not occur in their record's text are
+// collected in furtherKeys(), which goes behind the last text. One thread at a time.
 class DigestMaker final {
  public:
-  // `fieldsOfText` are views into the record's text. Slices of further keys are good only after
+  // `fieldsOfText` are views into the record's text. Slices of further keys become valid with
   // place().
   [[nodiscard]] DonationDigest digestOfText(const DonationFields& fieldsOfText,
                                             std::string_view text);
-  // The digest of a record without a text: all its keys are further ones.
+  // The digest of a record without text: all its keys are further ones.
   [[nodiscard]] DonationDigest digestOfDonation(const DecodedDonation& donation);
 
   [[nodiscard]] const std::string& furtherKeys() const { return further; }
-  // Says where the further keys stand, counted from the start of the digest's text.
+  // Tells the digest where the further keys stand, counted from the start of its record's text.
   static void place(DonationDigest& digest, std::uint32_t offsetOfFurtherKeys);
 
  private:
@@ -57,7 +57,7 @@ class DigestMaker final {
   void addNameKey(DonationDigest& digest, const PersonNameComponents& name);
   void addPostalKey(DonationDigest& digest, const PostalAddress& address);
 
-  // Null while the record at hand has none.
+  // Null for a record without text.
   const char* textOfRecord = nullptr;
   std::string further;
 };

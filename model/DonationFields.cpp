@@ -50,7 +50,7 @@ std::string unescapedField(std::string_view field) {
 bool DonationFields::areValid() const {
   if (!hasIdentifiers()) return false;
   if (kind == DonationKind::phoneNumber) return PhoneNumber::isNumber(unescapedField(content[0]));
-  // Base64 has no references; one of them would be a foreign character.
+  // No unescaping: base64 has no "&", so a reference makes the decoding fail.
   return kind != DonationKind::imageData || decodedBase64(content[0]).has_value();
 }
 
@@ -102,7 +102,7 @@ bool DonationTextReader::take(std::string_view expected) {
   return true;
 }
 
-// Takes the text up to the next tag, if it is one that the writer could have made.
+// Takes the text up to the next tag, if the writer could have written it.
 bool DonationTextReader::takeText(std::string_view& text) {
   std::size_t size = lengthOfPlainPrefix(rest);
   if (size < rest.size() && rest[size] == '&') {
@@ -173,7 +173,7 @@ bool DonationTextReader::takeDictionary(const Keys& ascendingKeys, DonationField
   return take("</dict>\n");
 }
 
-// Each kind is known by the key that stands first in its record.
+// The first key of a record tells its kind.
 bool DonationTextReader::takeContent(DonationFields& fields) {
   if (take("<key>emailAddress</key><string>")) {
     fields.kind = DonationKind::emailAddress;

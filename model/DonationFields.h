@@ -21,20 +21,20 @@ enum class DonationKind : std::uint8_t {
   imageData,
 };
 
-// A donated value with all its texts of its own.
+// A donated value that owns its texts.
 struct DecodedDonation final {
   Value::Cases content;
   DonationOrigin origin;
 };
 
-// The fields of one record as they stand in its property-list text, references and all. Views into
-// that text; a field that is absent has no data. A value type.
+// The fields of one record as its property-list text spells them, with entity references. Views
+// into that text; an absent field has no data. A value type.
 struct DonationFields final {
   static constexpr std::size_t maximumContentFields = 8;
 
   DonationKind kind = DonationKind::name;
-  // Name components and fields of postal addresses in ascending order of their keys; for the other
-  // kinds just one.
+  // Names and postal addresses have several fields, in ascending order of their keys; the other
+  // kinds have one.
   std::array<std::string_view, maximumContentFields> content;
   std::string_view label;
   std::string_view bundleIdentifier;
@@ -44,31 +44,31 @@ struct DonationFields final {
   Date donationDate;
   Date expirationDate;
 
-  // Whether a record may be made of them: the identifiers are not empty, a phone number is one and
+  // Whether they make a valid record: the identifiers are not empty, a phone number is one, and
   // image data is base64.
   [[nodiscard]] bool areValid() const;
   [[nodiscard]] bool hasIdentifiers() const {
     return !bundleIdentifier.empty() && !donationIdentifier.empty();
   }
 
-  // Need valid fields, but for the identifiers.
+  // Require valid fields; only the identifiers may be empty.
   [[nodiscard]] PersonNameComponents nameComponents() const;
   [[nodiscard]] PostalAddress postalAddress() const;
   [[nodiscard]] DonationOrigin origin() const;
   [[nodiscard]] DecodedDonation decoded() const;
 };
 
-// Reads records in the very form in which the agent writes them, straight from their text and
-// without a tree: no blanks but the line feeds behind each value, keys in ascending order, dates as
-// reals, no key that a record does not have. For any other form the caller has to ask the general
-// reader, which gives the same for this one. Does not own the text. One thread at a time.
+// Reads records in exactly the form that the agent writes, straight from their text: no blanks
+// except a line feed after each value, keys in ascending order, dates as reals, no unknown key. Any
+// other form is left to the general reader, which gives the same result for this one. Does not own
+// the text. One thread at a time.
 class DonationTextReader final {
  public:
   explicit DonationTextReader(std::string_view text) : rest(text) {}
 
-  // The record at the front of the text, which is taken off; nothing for any deviation.
+  // Takes the record off the front of the text; nothing for any deviation.
   [[nodiscard]] std::optional<DonationFields> takeRecord();
-  // What has not been taken.
+  // The text that is left.
   [[nodiscard]] std::string_view remainder() const { return rest; }
 
  private:
@@ -86,7 +86,7 @@ class DonationTextReader final {
   std::string_view rest;
 };
 
-// A field without its references.
+// The text of a field, with its references resolved.
 [[nodiscard]] std::string unescapedField(std::string_view field);
 
 }  // namespace quenlet

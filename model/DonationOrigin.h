@@ -4,12 +4,11 @@
 
 namespace quenlet {
 
-// The bundles of what the agent donates itself.
+// The bundles under which the agent itself donates.
 inline constexpr char AccountsBundleIdentifier[] = "ovaro.quenlet.accounts";
 inline constexpr char SIMCardBundleIdentifier[] = "ovaro.quenlet.sim-card";
 
-// The origin of a donation is the very record that the entries of the donated card carry, so that
-// a card shares it with the donations instead of copying it.
+// The origin of a donation has the type of the origins that entries of the donated card carry.
 using DonationOrigin = ValueOrigin;
 
 }  // namespace quenlet

@@ -7,9 +7,8 @@
 #include "platform/foundation/PropertyListWriter.h"
 #include "platform/foundation/Text.h"
 
-// A block holds the texts of its records, one behind the other, and then the keys that are no part
-// of a text. A save writes neighbouring records of a block in one go. A block lives as long as the
-// last of its records, so that it must not be large.
+// Blocks of records are drawn in the header. A save writes neighbouring records of a block in one
+// go. The last record left keeps the whole block alive, so blocks must not be large.
 
 namespace quenlet {
 namespace {
@@ -32,7 +31,7 @@ std::shared_ptr<const LabeledValue<T>> makeEntry(T value, std::string label,
                       {std::make_shared<const DonationOrigin>(std::move(origin))}});
 }
 
-// Each kind of content with the arguments of its visit.
+// Calls the visitor's operation for each kind of content.
 struct Visit final {
   const DonationValue& donation;
   DonationValueVisitor& visitor;
@@ -96,8 +95,9 @@ DonationValuePtr DonationValue::makeRecord(DecodedDonation donation) {
   writer.value(propertyListRepresentationOf(donation));
   const Result<std::string> written = std::move(writer).takeText();
   const std::string_view text = written.isLeft() ? std::string_view(written.left()) : "";
+  // Parsed back to learn where the fields stand in the text.
   std::optional<DonationFields> fields = DonationTextReader(text).takeRecord();
-  // It would not be read back.
+  // Without them, the text would not be read back.
   if (fields && !fields->hasIdentifiers()) fields.reset();
   digest = fields ? maker.digestOfText(*fields, text) : maker.digestOfDonation(donation);
   DigestMaker::place(digest, digest.textSize);
@@ -121,7 +121,7 @@ bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationV
     const std::optional<DonationFields> fields = reader.takeRecord();
     if (!fields || !fields->areValid()) return false;
     const std::size_t textSize = start.size() - reader.remainder().size();
-    // A large one gets a block of its own.
+    // A large record gets a block of its own.
     if (!digests.empty() && textSize > enoughForBlockInBytes) break;
     digests.push_back(maker.digestOfText(*fields, start.substr(0, textSize)));
     if (fields->kind == DonationKind::imageData) {
@@ -134,6 +134,7 @@ bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationV
   auto nextImage = images.begin();
   std::size_t offset = 0;
   for (DonationDigest& digest : digests) {
+    // Slices count from their own record's text.
     DigestMaker::place(digest, static_cast<std::uint32_t>(size - offset));
     const bool isImage = digest.kind == DonationKind::imageData;
     values.push_back(std::make_shared<const DonationValue>(

@@ -63,7 +63,7 @@ DonationValuePtr phoneRecord(const PropertyList& content, const std::string* lab
 DonationValuePtr postalRecord(const PropertyList& content, const std::string* label,
                               const PropertyList* style, DonationOrigin origin) {
   if (!content.dictionary() || !label || !style || !style->integer()) return nullptr;
-  // An address with no field is written as an empty dictionary and read back as what it was.
+  // An address without fields is written as an empty dictionary, and is read back as one.
   std::optional<PostalAddress> address;
   if (content.dictionary()->empty()) {
     address.emplace();

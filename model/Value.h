@@ -19,9 +19,8 @@ inline constexpr char DonationValueLabelKey[] = "label";
 
 // The content of a donation without its origin: one of five kinds. A value type.
 //
-// Two values are equal when they are of one kind and all their fields are, text by canonical
-// equivalence and nothing else: letter case, blanks and labels count. Images equal nothing, not
-// even themselves.
+// Two values are equal when their kinds and all their fields are. Text is compared by canonical
+// equivalence only: letter case, blanks and labels count. An image equals nothing, not even itself.
 class Value final {
  public:
   struct EmailAddress final {
