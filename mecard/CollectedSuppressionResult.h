@@ -8,12 +8,12 @@
 
 namespace quenlet {
 
-// Which donors are silenced, and whether donated names may be used at all. Collect every donation
-// first, in the order of the list, then ask keeps() for each. A value type; one thread at a time.
-// Does not own the donations, whose identifiers it holds.
+// Decides which donors are silenced, and whether donated names may be used at all. Collect every
+// donation first, in the order of the list, then ask keeps() for each. Does not own the donations,
+// whose identifiers it refers to. A value type; one thread at a time.
 //
-// A donor whose name contradicts the curated one talks about somebody else: all that comes from the
-// same cluster, or from the same app where the donation has no cluster, is left out.
+// A donor whose name contradicts the curated one talks about somebody else: everything from the
+// same cluster, or from the same app if the donation has no cluster, is left out.
 class CollectedSuppressionResult final {
  public:
   using Identifiers = std::unordered_set<ComparisonKey, ComparisonKeyHash>;
@@ -24,7 +24,7 @@ class CollectedSuppressionResult final {
   [[nodiscard]] bool keeps(const DonationValue& donation) const;
 
   [[nodiscard]] const NameSuppressionStatus& nameStatus() const { return status; }
-  // Identifiers in the form in which they are compared.
+  // Identifiers in canonical form.
   [[nodiscard]] const Identifiers& suppressedBundleIDs() const { return bundleIDs; }
   [[nodiscard]] const Identifiers& suppressedClusterIDs() const { return clusterIDs; }
 

@@ -9,14 +9,14 @@
 
 namespace quenlet {
 
-// Turns a list of donations into one contact: names component by component, the last one wins;
-// addresses and numbers without duplicates, the first one stays, each with its origin; the last
-// image. Lives for one rebuild; one thread at a time.
+// Merges a list of donations into one contact. The last value of each name component wins; of equal
+// addresses and numbers the first stays, with its origin; the last image wins. Lives for one
+// rebuild; one thread at a time.
 class ContactBuilder final {
  public:
   void addWithDonatedValue(DonationValuePtr value) { donations.push_back(std::move(value)); }
-  // The contact of all values added so far, in the order in which they were added. Each call builds
-  // anew. The contact shares the records.
+  // The contact of all values added so far, in the order in which they were added; built anew at
+  // each call. The contact shares the records.
   [[nodiscard]] Contact build() const;
 
   // The contact of the values at these places, without adding them to a builder. The contact shares

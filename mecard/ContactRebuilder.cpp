@@ -26,7 +26,7 @@ CollectedSuppressionResult ContactRebuilder::collectSuppression() const {
   return suppression;
 }
 
-// Both stages in one pass: what the first drops, the second need not see.
+// Both stages in one pass: what suppression drops need not be looked up among the addresses.
 void ContactRebuilder::dropContradictingAndRepeating() {
   const CollectedSuppressionResult suppression = collectSuppression();
   const EmailAddressCollector collector(emailAddresses);

@@ -6,6 +6,7 @@ namespace quenlet {
 namespace {
 
 void overwrite(std::string& field, const std::optional<std::string>& component) {
+  // The last donor of a component wins; one that leaves it out takes nothing away.
   if (component) field = *component;
 }
 
@@ -22,7 +23,7 @@ std::shared_ptr<const LabeledValue<PostalAddress>> entryOf(const DonationValue& 
   return donation.postalEntry();
 }
 
-// Entries of one kind, each read out of its donation.
+// Entries of one kind, each parsed from its donation when it is read.
 template <typename T>
 class DonatedEntries final : public EntriesOnDemand<T> {
  public:
@@ -55,6 +56,7 @@ VisitedKeys::VisitedKeys(std::size_t expectedKeys) : slots(std::bit_ceil(expecte
 bool VisitedKeys::add(const DonationValues& donations, std::uint32_t place) {
   const ComparisonKey key = *donations[place]->entryKey();
   std::size_t position = key.hash & (slots.size() - 1);
+  // Ends, as at least half of the slots stay free.
   while (slots[position].placeAndOne != 0) {
     const Slot& slot = slots[position];
     if (slot.hash == key.hash && donations[slot.placeAndOne - 1]->entryKey() == key) return false;

@@ -10,13 +10,12 @@
 namespace quenlet {
 
 // The keys of the entries that a card has so far: an open-addressed table of the places of their
-// donations, so that a look-up touches one record at most but for chance.
+// donations. A look-up touches at most one record, barring hash collisions.
 class VisitedKeys final {
  public:
   explicit VisitedKeys(std::size_t expectedKeys);
 
-  // Whether the donation at `place` of `donations`, which has an entry key, is the first with it
-  // that is added.
+  // Adds the key of the donation at `place`, which must have one; false when it was there already.
   [[nodiscard]] bool add(const DonationValues& donations, std::uint32_t place);
 
  private:
@@ -27,12 +26,11 @@ class VisitedKeys final {
   std::vector<Slot> slots;
 };
 
-// Fills one contact from donations, which it shares. Lives for one build of a contact; one thread
-// at a time.
+// Fills one contact from donations, which it shares. Lives for one build; one thread at a time.
 //
 // One set of keys finds duplicates among e-mail addresses, phone numbers and postal addresses
-// alike. Keys are the records' own, so that a visit makes no text; the contact's entries are made
-// when they are looked at.
+// alike. Comparing allocates no text, since keys are the records' own; the contact's entries are
+// made when they are read.
 class DonationVisitor final {
  public:
   DonationVisitor(std::shared_ptr<const DonationValues> donations, std::size_t expectedVisits);

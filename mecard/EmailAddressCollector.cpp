@@ -18,7 +18,7 @@ EmailAddressCollector::EmailAddressCollector(
 
 bool EmailAddressCollector::collects(const DonationValue& donation) const {
   if (donation.kind() != DonationKind::emailAddress || blacklist.empty()) return true;
-  // The address itself is read for few: an equal one has an equal key.
+  // Equal addresses have equal keys, so few addresses need parsing.
   const std::optional<ComparisonKey> key = donation.entryKey();
   if (!key || !foldedHashes.contains(key->hash)) return true;
   return !blacklist.contains(canonicalKey(donation.emailEntry()->value));

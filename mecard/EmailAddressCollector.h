@@ -12,18 +12,18 @@ namespace quenlet {
 // Finds the donations that repeat one of the owner's curated e-mail addresses. Lives for one
 // rebuild; one thread at a time.
 //
-// The curated addresses are taken under all aliases of their domains, in normal form; a donated
-// address is looked up as it was donated, so that another letter case of a curated address stays.
+// Curated addresses count in normal form and under all aliases of their domains. A donated address
+// is looked up as it was donated, so a curated address in another letter case stays.
 class EmailAddressCollector final {
  public:
   explicit EmailAddressCollector(const std::vector<std::string>& blacklistedEmailAddresses);
 
-  // Whether `donation` goes on: it is anything but a blacklisted address.
+  // Whether `donation` stays: it is anything but a blacklisted address.
   [[nodiscard]] bool collects(const DonationValue& donation) const;
 
  private:
   std::unordered_set<std::string, TextHash> blacklist;
-  // The blacklist as records have it in their keys, where letter case does not count.
+  // Hashes of the blacklist in the form of records' keys, which ignore letter case.
   std::unordered_set<std::uint32_t> foldedHashes;
 };
 

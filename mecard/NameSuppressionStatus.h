@@ -6,9 +6,9 @@
 
 namespace quenlet {
 
-// What one pass over the donations has found out about the owner's name. A value type. Names are
-// held as the keys by which they are equivalent, so two statuses are equal when they are the same
-// case with equivalent names.
+// What a pass over the donations has learned about the owner's name. A value type. Names are held
+// as the keys by which they are equivalent, so two statuses are equal when they are the same case
+// with equivalent names.
 //
 //   state              | a donated name that is equivalent | any other donated name
 //   none               | oneDonation, with that name       | –
@@ -17,7 +17,7 @@ namespace quenlet {
 //   curated            | curated                           | curated; the donor is silenced
 class NameSuppressionStatus final {
  public:
-  // The owner curates a name; donated names are measured against it.
+  // The owner curates a name; donated names must match it.
   struct Curated final {
     NameKey name;
     friend bool operator==(const Curated&, const Curated&) = default;

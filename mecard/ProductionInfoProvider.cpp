@@ -18,7 +18,7 @@ std::vector<std::string> normalizedAddresses(const Contact& contact) {
   for (const auto& entry : contact.emailAddresses()) {
     addresses.push_back(EmailAddressNormalize(entry->value));
   }
-  // The byte order of UTF-8 is the order of its code points.
+  // Byte order of UTF-8 is the order of code points.
   std::sort(addresses.begin(), addresses.end());
   addresses.erase(std::unique(addresses.begin(), addresses.end()), addresses.end());
   return addresses;
@@ -59,7 +59,7 @@ void ProductionInfoProvider::startMonitoring(std::shared_ptr<AgentEnvironmentPro
                                              std::function<void()> changeHandler) {
   const auto center = environment->distributedNotificationCenter();
   {
-    // Before the observer is there: a notification must find whom to tell.
+    // Set before observing: a notification needs the handler.
     MutexLock lock(factsMutex);
     agentEnvironment = std::move(environment);
     handler = std::move(changeHandler);
@@ -130,7 +130,7 @@ bool ProductionInfoProvider::updateCuratedEmailAddresses(
 void ProductionInfoProvider::meCardChanged() {
   std::function<void()> changeHandler;
   {
-    // Refreshes follow each other, so that the last one leaves what the card says last.
+    // Refreshes run one after another, so that the last one leaves the latest facts.
     MutexLock refresh(refreshMutex);
     const std::shared_ptr<const Contact> contact = fetchMeCard();
     const bool nameChanged = updateCuratedName(contact);
@@ -139,6 +139,7 @@ void ProductionInfoProvider::meCardChanged() {
     MutexLock facts(factsMutex);
     changeHandler = handler;
   }
+  // Called without a lock: it may ask for the facts.
   if (changeHandler) changeHandler();
 }
 

@@ -9,9 +9,9 @@ namespace quenlet {
 // Reads the curated facts from the contact store and keeps them up to date with the platform's
 // me-card notification. A card that cannot be read counts as no card.
 //
-// Thread-safe: a refresh runs under a lock of its own, which orders refreshes and under which only
-// the contact store and the logger are called; the facts have another, under which nothing is. Once
-// monitoring has started, it goes on for the provider's life.
+// Thread-safe. One lock orders refreshes; under it only the contact store and the logger are
+// called. Another guards the facts; under it nothing is called. Once started, monitoring goes on
+// for the provider's life.
 class ProductionInfoProvider final : public CuratedInfoProviderProtocol,
                                      public std::enable_shared_from_this<ProductionInfoProvider> {
  public:
@@ -21,7 +21,7 @@ class ProductionInfoProvider final : public CuratedInfoProviderProtocol,
   std::optional<PersonNameComponents> curatedName() const override EXCLUDES(factsMutex);
   void setCuratedName(std::optional<PersonNameComponents> name) EXCLUDES(factsMutex);
   std::vector<std::string> curatedEmailAddresses() const override EXCLUDES(factsMutex);
-  // Keeps the list as it is given.
+  // Takes the list as it is.
   void setCuratedEmailAddresses(std::vector<std::string> addresses) EXCLUDES(factsMutex);
 
   void startMonitoring(std::shared_ptr<AgentEnvironmentProtocol> environment,
@@ -29,7 +29,7 @@ class ProductionInfoProvider final : public CuratedInfoProviderProtocol,
 
   // The curated card, read now; null when there is none or it cannot be read.
   [[nodiscard]] std::shared_ptr<const Contact> curatedMeCard() EXCLUDES(refreshMutex);
-  // Takes the fact over from a card, or from there being none; whether it has changed.
+  // Takes the fact from a card, null for none; true when it has changed.
   bool updateCuratedName(const std::shared_ptr<const Contact>& contact) EXCLUDES(factsMutex);
   bool updateCuratedEmailAddresses(const std::shared_ptr<const Contact>& contact)
       EXCLUDES(factsMutex);

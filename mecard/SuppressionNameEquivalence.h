@@ -4,9 +4,9 @@
 
 namespace quenlet {
 
-// Decides whether two names can be the same person's: given and family names are the same but for
-// letter case; a name that is absent matches only one that is absent, too. Nothing else counts.
-// Symmetric. Stateless; any thread.
+// Decides whether two names can be the same person's: given and family names are equal in any
+// letter case, and an absent name equals only an absent one. Nothing else counts. Symmetric.
+// Stateless; any thread.
 class SuppressionNameEquivalence final {
  public:
   [[nodiscard]] static bool areEquivalent(const PersonNameComponents& a,
