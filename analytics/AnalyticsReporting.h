@@ -22,9 +22,8 @@ class AnalyticsReporting {
 
   // A new reporter to the system log, then to the counters.
   [[nodiscard]] static std::shared_ptr<AnalyticsReporting> makeStandardReporter();
-  // The one that the process shares, made at the first call. It keeps the log of the platform
-  // services that are current then, and writes to the counters of those that are current when it is
-  // used.
+  // The reporter that the process shares, made at the first call. It keeps the system log of the
+  // platform services current at that call, and counts in the counters current at each report.
   [[nodiscard]] static const std::shared_ptr<AnalyticsReporting>& standardReporter();
 };
 

@@ -17,10 +17,10 @@ namespace quenlet {
 
 // Sorts the values of one kind, curated and donated, by the cards that they are on. A donated value
 // that matches a curated one takes its place, in `common`; a value that matches one of its own side
-// or in `common` is dropped. Of several that match, the first listed counts.
+// or in `common` is dropped. If several match, the first listed counts.
 //
-// Which value goes where is as if each list were searched from its start; the search looks only at
-// the values that share the added one's key. One thread at a time.
+// The outcome is that of searching each list from its start, but only values with the added one's
+// key are looked at. One thread at a time.
 template <typename T>
 class AugmentationBucket final {
  public:
@@ -54,7 +54,7 @@ class AugmentationBucket final {
     List list;
     typename Values::iterator value;
   };
-  // Of the values that share a key, in the order in which they were appended to their lists.
+  // The places of all values with one key, in the order in which they were appended to their lists.
   using Places = std::vector<Place>;
 
   void add(const T& value, List own, List other) {

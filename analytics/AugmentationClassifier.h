@@ -9,8 +9,8 @@
 
 namespace quenlet {
 
-// Compares the owner's card with the donated one, kind by kind: what is on one of them alone, what
-// on both. Labels play no part. One thread at a time.
+// Compares the owner's card with the donated one, kind by kind: which values are on one of them
+// alone, which on both. Labels do not count. One thread at a time.
 class AugmentationClassifier final {
  public:
   template <typename T>

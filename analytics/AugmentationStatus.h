@@ -7,8 +7,8 @@ namespace quenlet {
 
 class AugmentationClassifier;
 
-// How far the donated card adds to the owner's own, in numbers: for each kind the donated values
-// that the own card has as well, and those that it has not. A value type.
+// How much the donated card adds to the owner's own, in numbers: for each kind, how many donated
+// values the own card also has (matched), and how many it lacks (unmatched). A value type.
 class AugmentationStatus final {
  public:
   AugmentationStatus(std::uint64_t matchedEmailAddressCount,

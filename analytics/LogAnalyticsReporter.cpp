@@ -10,7 +10,7 @@ std::string lineOfField(bool has, const std::string& field) {
   return "The me card " + std::string(has ? "has " : "does not have ") + field;
 }
 
-// `kind` with the blanks that put the colons of all kinds under each other.
+// `kind` is padded with blanks, so that the colons of all kinds line up.
 std::string lineOfCounts(const std::string& kind, std::uint64_t matched, std::uint64_t unmatched) {
   return "Number of donated " + kind + ": " + std::to_string(matched + unmatched) + " (" +
          std::to_string(matched) + " matched, " + std::to_string(unmatched) + " unmatched)";

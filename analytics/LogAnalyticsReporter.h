@@ -9,11 +9,11 @@
 
 namespace quenlet {
 
-// Writes reports as lines for people to the system log, under subsystem "ovaro.quenlet" and
+// Writes reports to the system log as lines for people, under subsystem "ovaro.quenlet" and
 // category "analytics". Lines hold numbers, never values. Immutable, thread-safe.
 class LogAnalyticsReporter final : public AnalyticsReporting {
  public:
-  // Takes its handle on the log from the current platform services, once.
+  // Opens the log of the current platform services.
   LogAnalyticsReporter();
 
   void reportNumberOfMeCards(std::uint64_t count) override;

@@ -11,7 +11,7 @@ namespace quenlet {
 // Reduces a card to the kinds of field that it carries. Stateless; any thread.
 class MeCardClassifier final {
  public:
-  // The fields that a card has to be fetched with.
+  // The fields to fetch the card with.
   [[nodiscard]] static const std::vector<KeyDescriptor>& descriptors();
 
   // Whether the given or the family name has text.

@@ -4,7 +4,7 @@
 
 namespace quenlet {
 
-// Tells the standard reporter what a card that is there carries. Stateless, thread-safe.
+// Reports the fields of an existing card to the standard reporter. Stateless, thread-safe.
 class MeCardReporter final {
  public:
   void report(MeCardFields fields) const;

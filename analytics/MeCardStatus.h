@@ -6,13 +6,13 @@
 
 namespace quenlet {
 
-// Whether there is a card, and then what it carries. A value type.
+// Whether there is a card, and if so, its fields. A value type.
 class MeCardStatus final {
  public:
   [[nodiscard]] static MeCardStatus present(MeCardFields fields) { return MeCardStatus(fields); }
   [[nodiscard]] static MeCardStatus none() { return MeCardStatus(std::nullopt); }
 
-  // What a present card carries; nothing when there is none.
+  // Nothing when there is no card.
   [[nodiscard]] const std::optional<MeCardFields>& fields() const { return carried; }
 
   friend bool operator==(const MeCardStatus&, const MeCardStatus&) = default;

@@ -28,9 +28,9 @@ std::optional<Date> dateOfLastAttempt() {
 }
 
 void writeDateOfAttempt(Date now) {
-  // Files keep whole seconds: rounded down, a day would be over up to a second early.
+  // Files keep whole seconds: rounded down, the day would end up to a second early.
   const Date date(std::ceil(now.secondsSince1970()));
-  // An attempt that cannot be noted is made all the same, and again at the next launch.
+  // An attempt whose date cannot be written is made all the same, and again at the next launch.
   ProblemReporter(LastMetricsAttemptKey)
       .setProblem(
           PlatformServices::current().userDefaults()->setObject(date, LastMetricsAttemptKey));
@@ -80,7 +80,7 @@ void MetricsAttempt::didFetch(const ContactPtr& donated) {
     logger->noDonatedMeCard();
   }
   logger->didReportAnalytics();
-  // Now, however long the agent keeps its handler.
+  // Released here, however long the agent keeps its handler.
   transaction.reset();
 }
 

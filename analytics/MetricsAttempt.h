@@ -8,8 +8,8 @@
 
 namespace quenlet {
 
-// One daily report: what the curated card has, and how far the donated one adds to it. Lives until
-// the agent has answered; from its decision to report until then it holds back the process's end.
+// One daily report: what the curated card has, and how much the donated one adds to it. Lives until
+// the agent has answered; from its decision to report until then, an orderly exit waits for it.
 //
 //   last attempt at most a day ago, or in the future → withinReportingInterval:
 //   no curated card                                   → noMeCard
@@ -22,8 +22,8 @@ class MetricsAttempt final {
  public:
   static constexpr double intervalSeconds = 86400.0;
 
-  // Makes one attempt with the platform's current services. Waits for files: call it on the global
-  // asynchronous scheduler. What follows the agent's answer runs where that comes.
+  // Makes one attempt with the current platform services. Waits for files: call it on the global
+  // asynchronous scheduler. The rest runs where the agent answers.
   static void runMetricsAttempt(const std::shared_ptr<CorvelProtocol>& agent);
 
  private:

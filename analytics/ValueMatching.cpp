@@ -15,7 +15,7 @@ Matching<ComparableNumber> matchingOf(const PhoneNumber& number) {
   return {key, candidate};
 }
 
-// All fields, each after its size, so that the key is one address's alone.
+// All fields, each after its size, so that different addresses never share a key.
 Matching<AnyCandidate> matchingOf(const PostalAddress& address) {
   std::string key;
   for (const std::string* field :

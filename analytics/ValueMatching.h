@@ -5,25 +5,25 @@
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/PostalAddress.h"
 
-// When two values of one kind are the same one. What matches shares a key, by which the candidates
-// are found without comparing all with all. Pure functions.
+// Decides when two values of one kind are the same. Values that match share a key, so that not all
+// have to be compared with all. Pure functions.
 namespace quenlet {
 
-// What decides whether a value matches others, made once for each.
+// A value made ready for matching, once.
 template <typename Candidate>
 struct Matching final {
   std::string key;
-  // Compared with those of other values that have the key.
+  // Compared with the candidates of other values with this key.
   Candidate candidate;
 };
 
-// Values of which all that share a key match.
+// For kinds where values with the same key always match.
 struct AnyCandidate final {
   [[nodiscard]] bool isLike(AnyCandidate) const { return true; }
 };
 
-// E-mail addresses and postal addresses match when they are equal, text by canonical equivalence,
-// letter case and all.
+// E-mail addresses and postal addresses match when they are canonically equivalent, letter case and
+// all.
 [[nodiscard]] Matching<AnyCandidate> matchingOf(const std::string& emailAddress);
 [[nodiscard]] Matching<AnyCandidate> matchingOf(const PostalAddress& address);
 // Phone numbers match when they are like each other.
