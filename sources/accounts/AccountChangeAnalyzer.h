@@ -11,8 +11,9 @@
 
 namespace quenlet {
 
-// Works out what one account's change means for its donations, and asks for it. Made for one
-// change; one thread. Run the three collecting steps in their order, then applyChanges().
+// Works out the donations and removals that follow from one account's change, and requests them.
+// Made for one change; one thread. Run the three collecting steps in their order, then
+// applyChanges().
 class AccountChangeAnalyzer final {
  public:
   // Types of accounts that count while they are active, whatever their data classes.
@@ -21,23 +22,24 @@ class AccountChangeAnalyzer final {
   // Types of accounts that never count.
   static constexpr std::array<std::string_view, 1> dataClassBlacklist = {"ovaro.account.SMTP"};
 
-  // Each may be null: no old account is an added one, no new account a removed one.
+  // `oldAccount` is null for an added account, `newAccount` for a removed one.
   AccountChangeAnalyzer(AccountPtr oldAccount, AccountPtr newAccount,
                         std::shared_ptr<CorvelProtocol> store,
                         std::shared_ptr<AccountLogger> logger);
 
   // Both identifiers of the old account, whether or not it had donations under them.
   void collectRemovals();
-  // What the new account says, if it counts. A value that cannot be stored is left out and told on
-  // standard error.
+  // The new account's values, if it counts. A value that cannot be stored is left out, with a line
+  // on standard error.
   void collectDonations();
-  // Leaves out of the removals what is donated again.
+  // Drops removals of identifiers that are donated again.
   void keepReDonatedIdentifiers();
-  // Sends the donations in one request, then the removals in another, and waits for neither. The
-  // logger, if any, hears of their failures.
+  // Sends the donations in one request, then the removals in another, and waits for neither.
+  // Failures go to the logger, if there is one.
   void applyChanges() const;
-  // Whether an account's values are donated: by its type where the lists above know that, else when
-  // it has a data class. Prints a line for an account that has neither that nor its store any more.
+  // Whether an account's values are donated: its type decides if the lists above have it; any other
+  // account needs a data class. Prints a line for an account that has neither a data class nor its
+  // store any more.
   [[nodiscard]] static bool isRelevantAccount(const Account& account);
 
   const AccountPtr oldAccount;

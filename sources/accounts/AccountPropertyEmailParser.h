@@ -9,8 +9,8 @@
 
 namespace quenlet {
 
-// Finds one e-mail address of the owner in an account. Stateless; any thread. A property of another
-// type than expected counts as absent.
+// Finds one e-mail address of the owner in an account. Stateless; any thread. A property of an
+// unexpected type counts as absent.
 class AccountPropertyEmailParser final {
  public:
   struct LabeledAddress final {
@@ -18,7 +18,7 @@ class AccountPropertyEmailParser final {
     std::string label;
   };
 
-  // Types of accounts whose user names look like e-mail addresses and are none.
+  // Types of accounts whose user names look like e-mail addresses but are not.
   static constexpr std::array<std::string_view, 1> blacklistedAccountTypes = {
       "ovaro.account.jabber"};
 

@@ -7,8 +7,8 @@
 
 namespace quenlet {
 
-// Finds the owner's name among an account's properties. Stateless; any thread. A property of
-// another type than expected counts as absent.
+// Finds the owner's name among an account's properties. Stateless; any thread. A property of an
+// unexpected type counts as absent.
 class AccountPropertyNameParser final {
  public:
   AccountPropertyNameParser() = delete;

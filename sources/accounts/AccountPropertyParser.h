@@ -8,13 +8,13 @@
 
 namespace quenlet {
 
-// Reads from an account what it says of its owner: a name and one e-mail address at most.
-// Immutable; any thread.
+// Reads from an account its owner's name and e-mail address, at most one each. Immutable; any
+// thread.
 class AccountPropertyParser final {
  public:
   static constexpr double defaultDonationTTLSeconds = 7776000.0;
   static constexpr const char* bundleIdentifier = AccountsBundleIdentifier;
-  // Goes up when accounts are read differently, so that all of them are read again.
+  // Increased when accounts are read differently, so that all are read again.
   static constexpr std::int64_t parserVersion = 3;
 
   AccountPropertyParser(Date donation, Date expiration)
@@ -27,10 +27,10 @@ class AccountPropertyParser final {
   [[nodiscard]] DonationValues parseWithAccount(const Account& account) const;
   [[nodiscard]] DonationOrigin makeOriginWithDonationIdentifier(
       std::string donationIdentifier, std::string clusterIdentifier) const;
-  // The identifiers under which an account's values are donated, whether it has them or not.
+  // The identifiers under which an account's values are donated, whether or not it has them.
   [[nodiscard]] static std::string nameIdentifierOf(const Account& account);
   [[nodiscard]] static std::string emailIdentifierOf(const Account& account);
-  // Whether both say the same of their owner; null equals null only.
+  // Whether both give the same values; null equals null only.
   [[nodiscard]] static bool isAccountEqualTo(const AccountPtr& account, const AccountPtr& equalTo);
 
   const Date donationDate;

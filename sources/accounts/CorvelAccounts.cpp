@@ -43,14 +43,14 @@ void Corvel::donateAccountChangesFrom(const AccountPtr& oldAccount, const Accoun
 }
 
 void Corvel::reloadAllAccounts() {
-  // Read before anything is dropped: a store that cannot be listed costs nothing.
-  // Held until the end, for accounts whose store has gone count as dead.
+  // Listed before anything is dropped: if that fails, nothing is lost. The store is held to the
+  // end, since accounts whose store is gone count as dead.
   const std::shared_ptr<AccountStore> store = PlatformServices::current().makeAccountStore();
   const Result<std::vector<AccountPtr>> accounts = store->accounts();
   if (!accounts.isLeft()) return;
   deleteDonationsWithBundleID(AccountPropertyParser::bundleIdentifier);
   for (const AccountPtr& account : accounts.left()) donateAccountChangesFrom(nullptr, account);
-  // Unless a donation has done so: write the table without the values that were dropped.
+  // If no donation has saved the table meanwhile, save it without the dropped values.
   submitWriterBlock([](Corvel& agent) {
     if (agent.hasUnsavedRemoval) agent.commitTable([](const SaveResponse&) {});
   });

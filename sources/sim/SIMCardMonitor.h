@@ -9,8 +9,8 @@
 namespace quenlet {
 
 // Donates the phone numbers of the device's SIM cards, and takes them back when none is left.
-// Failures are printed on standard output and not tried again. Call start() and stop() on one
-// thread at a time; the numbers come on the platform monitor's.
+// Prints failures on standard output and does not try again. Call start() and stop() on one thread
+// at a time; the numbers come on the platform monitor's thread.
 class SIMCardMonitor final {
  public:
   SIMCardMonitor(std::shared_ptr<CorvelProtocol> agent,
@@ -19,16 +19,17 @@ class SIMCardMonitor final {
   SIMCardMonitor(const SIMCardMonitor&) = delete;
   SIMCardMonitor& operator=(const SIMCardMonitor&) = delete;
 
-  // Whether the device is one with SIM cards.
+  // Whether the device is a phone (class 1).
   [[nodiscard]] static bool shouldMonitor();
 
   // Follows the cards until stop(); starting again starts anew.
   void start();
-  // What was donated stays.
+  // Donated numbers stay.
   void stop();
 
-  // Donates one number under the item's identifier, for ever. What is no phone number is printed
-  // and left out; so is, on standard error, what cannot be stored.
+  // Donates one number under the item's identifier, without an end. Text that is not a phone number
+  // is left out, with a line on standard output; so is a value that cannot be stored, with one on
+  // standard error.
   static void donateWithSimCardItem(const SIMCardItem& item, CorvelProtocol& agent);
 
  private:

@@ -8,7 +8,7 @@
 
 namespace quenlet {
 
-// What the lines about SIM cards say of lists and errors. Stateless.
+// Shows lists and errors in the lines about SIM cards. Stateless.
 class SIMCardText final {
  public:
   SIMCardText() = delete;
