@@ -1,7 +1,7 @@
-// What it costs to compare 3,000 curated values with 3,000 donated ones, half of them the same,
-// kind by kind, against building a hash set of the same texts: it has to grow with their number and
-// not with its square. Phone numbers that all end in the same digits, as a donor may choose them,
-// are compared with each other; of these each comparison has to be cheap.
+// The cost of comparing 3,000 curated values with 3,000 donated ones, half of them the same, kind
+// by kind, against building a hash set of the same texts: it must grow with their number, not with
+// its square. Phone numbers that all end in the same digits, as a donor may choose them, are
+// compared with each other, so each comparison must be cheap.
 
 #include <benchmark/benchmark.h>
 

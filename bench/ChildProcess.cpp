@@ -34,7 +34,7 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   return result;
 }
 
-// Without a copy of this process's memory, which would be a part of what a launch costs.
+// A fork would copy this process's page tables, which would count as part of a launch.
 pid_t spawn(std::vector<std::string> command, std::vector<std::string> environment) {
   for (char** variable = environ; *variable != nullptr; ++variable) {
     environment.emplace_back(*variable);

@@ -9,7 +9,7 @@
 
 namespace quenlet {
 
-// Ends the benchmarks with a message: a figure of something that does not run is none.
+// Ends the benchmarks with a message: figures without one of the parts would mislead.
 [[noreturn]] void failBenchmark(const std::string& problem);
 
 // A program that runs beside the benchmark, its output thrown away, until this object ends. Runs on
@@ -28,7 +28,7 @@ class ChildProcess final {
 
   // The proportional share of the memory it uses.
   [[nodiscard]] std::uint64_t pssInBytes() const;
-  // How often its threads were given a processor and gave it up again, since they began.
+  // The voluntary context switches of its threads, since they began.
   [[nodiscard]] std::uint64_t contextSwitches() const;
   [[nodiscard]] std::size_t threads() const;
 
@@ -36,8 +36,8 @@ class ChildProcess final {
   pid_t pid = -1;
 };
 
-// Keeps the calling thread, and what it starts, on one core for a scope: two processes that talk
-// are then measured without the placing of the system's scheduler.
+// Keeps the calling thread, and what it starts, on one core for a scope, so that the placing of two
+// communicating processes does not enter the figures.
 class OnOneCore final {
  public:
   OnOneCore();

@@ -116,7 +116,7 @@ class Database final {
   sqlite3_stmt* statement = nullptr;
 };
 
-// The threads wait for each other at the begin and at the end of the loop.
+// The threads wait for each other at the start and at the end of the loop.
 struct SharedDatabase final {
   AgentInstallation place;
   Mutex mutex;

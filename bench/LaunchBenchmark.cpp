@@ -18,7 +18,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t bareReplySize = 1024;
 
-// Beyond all that the agent does by itself after its start.
+// Longer than anything that the agent does by itself after its start.
 constexpr std::chrono::seconds untilIdle(8);
 constexpr std::chrono::seconds watched(5);
 

@@ -9,8 +9,7 @@
 
 namespace quenlet {
 
-// A client of a Unix socket that does nothing but send and receive, so that what is measured is the
-// other side.
+// A client of a Unix socket that only sends and receives, so that the figures are the other side's.
 class RawClient final {
  public:
   explicit RawClient(FileDescriptor connected) : socket(std::move(connected)) {}
@@ -24,7 +23,7 @@ class RawClient final {
   // Receives one message of the agent's; gives its kind, or nothing.
   [[nodiscard]] bool receiveMessage();
 
-  // What came last.
+  // The last message received.
   std::string received;
 
  private:

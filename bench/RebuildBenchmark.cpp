@@ -1,4 +1,4 @@
-// What one rebuild of the donated card costs, a donation: it has to be the same at any number.
+// The cost of one rebuild of the donated card, per donation: it must be the same at any number.
 
 #include <benchmark/benchmark.h>
 

@@ -50,7 +50,7 @@ AgentInstallation::AgentInstallation() : directory(makeDirectory()) {
 }
 
 AgentInstallation::~AgentInstallation() {
-  // Files that others are removing at the same time are none of its business.
+  // Another process may be removing some of the files.
   std::error_code ignored;
   std::filesystem::remove_all(directory, ignored);
 }
@@ -68,7 +68,7 @@ std::filesystem::path AgentInstallation::socket() const {
 RunningAgent::RunningAgent(const DonationValues& values) : process(installation.start()) {
   waitUntilServing();
   if (!values.empty()) donate(values);
-  // Without the thread that asynchronous calls have needed.
+  // A new client: the old one has a thread for its asynchronous calls.
   client = std::make_unique<CorvelProxy>();
 }
 

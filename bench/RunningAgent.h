@@ -22,7 +22,7 @@ class AgentInstallation final {
     return directory / "home/Library/Contacts/Donations/donations.plist";
   }
   [[nodiscard]] std::filesystem::path socket() const;
-  // A place for the sockets and files of what the agent is measured against.
+  // A place for the sockets and files of the peers that the agent is measured against.
   [[nodiscard]] std::filesystem::path scratch(const char* name) const { return directory / name; }
 
  private:

@@ -1,5 +1,5 @@
-// What the donations file costs at 10,000 donations: its text against a copy of the same bytes, and
-// the restore against the XML library's bare parse of the same file.
+// The cost of the donations file at 10,000 donations: its text against a copy of the same bytes,
+// and the restore against the XML library's bare parse of the same file.
 
 #include <benchmark/benchmark.h>
 
@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t heldDonations = 10'000;
 
-// Takes the place of the file system: what is stored is loaded again.
+// Stands in for the file system: loads give what was stored.
 class MemoryDataProxy final : public DataProxy {
  public:
   Future<std::string> dataWithContentsOfURL(const std::filesystem::path&) override {

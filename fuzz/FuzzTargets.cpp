@@ -22,7 +22,8 @@ void propertyList(std::string_view text) {
   assert(PropertyListSerializer::objectWithData(written.left()).left() == object.left());
 }
 
-// What was read reads back equal, but for blanks at the ends and "tel:" before an entry.
+// A card that was read is written and read back equal, except for blanks at the ends and "tel:"
+// before an entry.
 void vCard(std::string_view text) {
   for (const VCard& card : parseVCards(text).cards) {
     const std::string written = writeVCard(card.contact);
@@ -79,7 +80,7 @@ void phoneNumber(std::string_view text) {
 void emailAddress(std::string_view text) {
   const auto address = EmailAddressScanner().firstEmailAddressInString(text);
   if (!address) return;
-  // It is a part of the text, but for the escapes of a URL and a full-width "@".
+  // It is a part of the text, except for the escapes of a URL and a full-width "@".
   const bool isOther = text.find('%') != text.npos || text.find("\uFF20") != text.npos;
   assert(isOther || text.find(*address) != text.npos);
   assert(EmailAddressScanner().firstEmailAddressInString(*address) == address);

@@ -10,11 +10,10 @@
 
 namespace quenlet {
 
-// Donates the vCards (*.vcf) of a directory for 30 days, and renews what a card there still says
-// for 30 more. What no card says any more is taken back. A file that is no readable card is passed
-// over; while there is one, nothing is taken back, as the value may stand in it. Renewals go by the
-// cards as they were at the first of them, or at a re-donation since: a run of the program is
-// short. One thread.
+// Donates the vCards (*.vcf) of a directory for 30 days, and renews for 30 more each value that a
+// card there still has. Takes back values that no card has any more; but nothing while some file
+// cannot be read as cards, since that file may hold the value. Renewals go by the cards as read at
+// the first one or at a re-donation since: a run of the program is short. One thread.
 class CardDirectoryDonor final : public ExtensionDonor {
  public:
   static constexpr char bundleIdentifier[] = "org.quenlet.vcard-extension";
