@@ -9,6 +9,7 @@ namespace quenlet {
 
 ErrorPtr Corvel::refusal(const std::string& requestName, WhileUndetermined undetermined) const {
   const FeatureState state = featureState;
+  // Until the preference is known, it may be off: reads are refused, changes are taken.
   const bool refused =
       state == FeatureState::disabled ||
       (state == FeatureState::undetermined && undetermined == WhileUndetermined::refused);

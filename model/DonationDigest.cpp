@@ -75,10 +75,12 @@ void DigestMaker::addIdentifiers(DonationDigest& digest, std::string_view bundle
 
 void DigestMaker::addNameKey(DonationDigest& digest, const PersonNameComponents& name) {
   digest.hasEntry = true;
+  // Made of two fields, and so never a slice of the text.
   digest.entry = furtherKey(NameKey::keyForName(name).text);
 }
 
 void DigestMaker::addPostalKey(DonationDigest& digest, const PostalAddress& address) {
+  // Made of several fields, and so never a slice of the text.
   const std::optional<std::string> line =
       PostalAddressFormatter::singleLineStringFromPostalAddress(address, CountryName::leftOut);
   digest.hasEntry = line.has_value();

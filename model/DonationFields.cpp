@@ -102,7 +102,8 @@ bool DonationTextReader::take(std::string_view expected) {
   return true;
 }
 
-// Takes the text up to the next tag, if the writer could have written it.
+// Takes the text up to the next tag, if the writer could have written it. Saves copy accepted text
+// as it is, so nothing may pass that the general reader would refuse or change, such as a CR.
 bool DonationTextReader::takeText(std::string_view& text) {
   std::size_t size = lengthOfPlainPrefix(rest);
   if (size < rest.size() && rest[size] == '&') {
@@ -163,6 +164,7 @@ bool DonationTextReader::takeDictionary(const Keys& ascendingKeys, DonationField
   while (take("<key>")) {
     std::string_view key;
     if (!takeText(key) || key.empty()) return false;
+    // Only forward: a key that repeats or is out of order is not found.
     while (place < ascendingKeys.size() && ascendingKeys[place] != key) ++place;
     if (place == ascendingKeys.size() || !take("</key><string>") ||
         !takeText(fields.content[place]) || !take("</string>\n")) {
