@@ -8,8 +8,8 @@
 
 namespace quenlet {
 
-// Times single rounds of a benchmark, for the counters "p50" and "p99" in nanoseconds: the mean
-// that the benchmark library gives says nothing of what the slowest clients wait for.
+// Times single rounds of a benchmark, for the counters "p50" and "p99" in nanoseconds: the
+// benchmark library's mean does not show how long the slowest clients wait.
 class Latencies final {
  public:
   Latencies() { rounds.reserve(std::size_t{1} << 20); }

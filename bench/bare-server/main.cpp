@@ -1,5 +1,5 @@
 // The least that can answer over a Unix socket: one thread, epoll, replies of a fixed size to
-// requests of a fixed size. What the agent's launch, connections and memory are measured against.
+// requests of a fixed size. The floor for the agent's launch, connections and memory.
 
 #include <sys/epoll.h>
 #include <sys/socket.h>
