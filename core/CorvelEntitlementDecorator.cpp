@@ -44,6 +44,7 @@ bool CorvelEntitlementDecorator::checkEntitlements() const {
 ErrorPtr CorvelEntitlementDecorator::denial() {
   {
     MutexLock lock(mutex);
+    // One check at a time: a denial is logged once, however many calls there are.
     while (checking) checkEnded.wait(mutex);
     if (connectionHasEntitlement) return entitlementError;
     checking = true;

@@ -41,6 +41,7 @@ void DonationPreferencesMonitor::startMonitoring() {
     former.swap(notificationToken);
   }
   if (former) former->cancel();
+  // The first value comes before subscribe() returns, so the lock must be free.
   auto token = observable->subscribe(
       Observer<bool>::observerWithResultBlock([weakSelf = weak_from_this()](const bool& enabled) {
         if (const auto self = weakSelf.lock()) self->preferenceDelivered(enabled);

@@ -44,6 +44,7 @@ void Corvel::renewWithDonations(const DonationValues& values) {
 void Corvel::askDonorsToRenew(const DonationValues& values) {
   std::map<std::string, DonationValues> groups;
   for (const DonationValuePtr& value : values) {
+    // Grouped by canonical form; a donor is looked up by its identifier as donated.
     groups[std::string(value->bundleKey().text)].push_back(value);
   }
   const auto loader = PlatformServices::current().makeDonorLoader(weak_from_this());
@@ -90,6 +91,7 @@ void Corvel::renewalAcknowledged(const DonationValuePtr& value,
   }
   logger->didRenewValue(value, *newExpirationDate);
   const SaveReply nobodyWaits = [](const SaveResponse&) {};
+  // An ordinary change: it may bring back a value that was deleted while the donor was asked.
   if (newExpirationDate->timeIntervalSince(PlatformServices::current().now()) <= 0) {
     submitChange(RemoveValuesWithIdentifiers{{value->origin().donationIdentifier}}, nobodyWaits);
   } else {

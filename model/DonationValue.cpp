@@ -148,6 +148,7 @@ bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationV
 
 DecodedDonation DonationValue::decoded() const {
   if (kept) return *kept;
+  // Parsed before, when the record was made: it cannot fail.
   return DonationTextReader(text({0, digest.textSize})).takeRecord()->decoded();
 }
 
