@@ -9,9 +9,21 @@
 
 namespace quenlet {
 
+// Who reads. A thread that waits and finds `reading` false sets it, polls and reads without the
+// lock, settles every request whose reply came, its own or not, and clears it. `changed` wakes the
+// others, and one of them reads next. Three requests, with time to the right:
+//
+//   callAndWait()      sends 1 | reads ............... | gets 1, returns
+//   callAndWait()      sends 2 | waits ... gets 2, returns
+//   call()             sends 3, returns
+//   runCompletions()           | waits ............... | reads ... gets 3, calls its completion
+//
+// Who writes. Each sender, until its own request has gone out; `output` keeps messages whole and in
+// order, whichever sender's turn it is. Only completions run user code, and no lock is held then.
+
 namespace {
 
-// Of one reply in parts: more than the file that the service keeps its data in can have.
+// The limit for a reply in parts: as much as the largest file that the service could have read.
 constexpr std::size_t maximumReplySize = std::size_t{1} << 30;
 
 ErrorPtr connectionBroken() {
@@ -28,7 +40,7 @@ ErrorPtr decodeFailure(std::string_view body) {
   return ErrorWire::decode(values);
 }
 
-// `parts` came before the message.
+// `parts` are the body of the messages before `frame`; the last one has the rest.
 Result<std::string> decodeReply(const FrameReader::Frame& frame, std::string parts,
                                 const std::vector<WireParameter>& parameters) {
   if (frame.kind == FrameKind::failure) return failed(decodeFailure(frame.body));
@@ -56,6 +68,7 @@ void ClientChannel::call(const std::string& selector, std::string encodedArgumen
 
 Result<std::string> ClientChannel::callAndWait(const std::string& selector,
                                                std::string encodedArguments) {
+  // Set exactly once, by the thread that takes the request out of `requests`.
   std::optional<Reply> reply;
   MutexLock lock(mutex);
   if (ErrorPtr error = send(selector, std::move(encodedArguments), &reply, nullptr)) {
@@ -79,7 +92,7 @@ void ClientChannel::runCompletions() {
       batch.swap(completed);
       mutex.unlock();
       for (auto& [completion, reply] : batch) completion(std::move(reply));
-      // What the completions own goes before the lock is taken again.
+      // Destroyed without the lock: completions own objects of the caller's.
       batch.clear();
       mutex.lock();
     } else if (!reading && requestsWithCompletion > 0) {
@@ -95,7 +108,7 @@ bool ClientChannel::isBroken() {
     MutexLock lock(mutex);
     if (broken) return true;
   }
-  // Nobody reads while nothing is awaited, so that the end may still be unread.
+  // While no reply is due nobody reads, and a hang-up goes unnoticed: ask the socket.
   pollfd look{socket.get(), POLLRDHUP, 0};
   return ::poll(&look, 1, 0) > 0;
 }
@@ -124,6 +137,7 @@ ErrorPtr ClientChannel::send(const std::string& selector, std::string encodedArg
   if (completion) ++requestsWithCompletion;
   const TimeLimit::Instant deadline = limit.deadline();
   requests.emplace(identifier, Request{replyParameters, deadline, awaited, std::move(completion)});
+  // If writing breaks the connection, that settles the request, too.
   queuedBytes -= output.unsentBytes();
   output.append(FrameKind::request, identifier, start.bytes(), std::move(encodedArguments));
   queuedBytes += output.unsentBytes();
@@ -141,15 +155,15 @@ void ClientChannel::write(std::uint64_t end, TimeLimit::Instant deadline) {
         waitForRoom(deadline);
         break;
       case OutputQueue::Outcome::failed:
-        // The peer may have said why it went; whoever reads finds that, or the end.
+        // The service may have sent its reason before it closed. Reading finds that, or the end.
         output.clear();
         return;
     }
   }
 }
 
-// Reads meanwhile, unless somebody does already: a service that waits for its replies to be taken
-// does not take requests.
+// Reads meanwhile, unless another thread does: a service with too many unread replies stops reading
+// requests, and both sides would wait for ever.
 void ClientChannel::waitForRoom(TimeLimit::Instant deadline) {
   const bool takesReading = !reading;
   reading = true;
@@ -207,7 +221,7 @@ void ClientChannel::readOnce() {
   }
 }
 
-// Whether nobody waits any more for what a frame answers, which its last part ends.
+// Whether the frame answers a request that has timed out. The last message of the reply forgets it.
 bool ClientChannel::isOverdue(const FrameReader::Frame& frame) {
   if (frame.kind == FrameKind::partOfReply) return overdue.contains(frame.identifier);
   return frame.kind != FrameKind::request && overdue.erase(frame.identifier) > 0;
@@ -221,6 +235,7 @@ void ClientChannel::deliver(const FrameReader::Frame& frame) {
     if (frame.error) {
       breakConnection(frame.error);
     } else if (frame.kind == FrameKind::failure && frame.identifier == 0) {
+      // Concerns the whole connection: the service says why it will end it.
       breakConnection(decodeFailure(frame.body));
     } else if (isOverdue(frame)) {
       return;
@@ -235,7 +250,7 @@ void ClientChannel::deliver(const FrameReader::Frame& frame) {
     }
   }
   if (request.replyParameters == nullptr) return;
-  // Without the lock, as a large reply takes a while to check.
+  // Without the lock: a large reply takes a while to check.
   Reply reply = decodeReply(frame, std::move(request.parts), *request.replyParameters);
   MutexLock lock(mutex);
   settle(request, std::move(reply));
@@ -262,6 +277,7 @@ void ClientChannel::settle(Request& request, Reply reply) {
 void ClientChannel::breakConnection(ErrorPtr reason) {
   if (!broken) {
     broken = std::move(reason);
+    // Not closed, as other threads may be in poll() or recv(); they wake and find the end.
     ::shutdown(socket.get(), SHUT_RDWR);
     for (auto& entry : requests) settle(entry.second, failed(broken));
     requests.clear();

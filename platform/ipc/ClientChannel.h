@@ -21,13 +21,14 @@
 
 namespace quenlet {
 
-// The traffic of one client connection. Thread-safe, and without a thread of its own: whoever waits
-// for a reply while nobody reads takes the reading over and delivers the others' replies as well.
-// A request that the socket does not take at once is written while reading goes on, so that two
-// sides which both have much to say cannot block each other.
+// The traffic of one client connection. Thread-safe, without a thread of its own: a caller that
+// waits for a reply while nobody reads does the reading, and delivers other callers' replies too.
+// While the socket is full, a writer keeps reading: client and service cannot block each other by
+// both waiting to write.
 //
-// A request ends at its time limit, at whatever it waits for. Its late reply is dropped. A request
-// that could not be written by then ends the connection, as half a message cannot be taken back.
+// Every request ends at its time limit, in the timedOut error; a reply that comes later is dropped.
+// A request that is not fully written by then breaks the connection: half a message cannot be
+// taken back.
 class ClientChannel final {
  public:
   using Completion = std::function<void(Result<std::string> reply)>;
@@ -42,7 +43,7 @@ class ClientChannel final {
       EXCLUDES(mutex);
   [[nodiscard]] Result<std::string> callAndWait(const std::string& selector,
                                                 std::string encodedArguments) EXCLUDES(mutex);
-  // Calls completions until stop(), and reads while any is awaited. For one thread.
+  // Runs completions until stop(), and reads while one is due. Call it on one thread only.
   void runCompletions() EXCLUDES(mutex);
   // Whether the connection is broken, or the peer has closed its side.
   [[nodiscard]] bool isBroken() EXCLUDES(mutex);
@@ -54,19 +55,19 @@ class ClientChannel final {
   struct Request final {
     const std::vector<WireParameter>* replyParameters = nullptr;
     TimeLimit::Instant deadline;
-    // One of the two: where a waiting caller expects the reply, or what is called with it.
+    // Exactly one is set: where callAndWait() waits for the reply, or the completion of call().
     std::optional<Reply>* awaited = nullptr;
     Completion completion;
-    // What has come of a reply in parts.
+    // The parts received so far of a reply that is sent in several messages.
     std::string parts = {};
   };
 
   [[nodiscard]] ErrorPtr send(const std::string& selector, std::string encodedArguments,
                               std::optional<Reply>* awaited, Completion completion) REQUIRES(mutex);
-  // Until all that was queued up to `end`, counted from the first byte, has gone out.
+  // Returns once the first `end` bytes ever queued have gone out, or the connection is broken.
   void write(std::uint64_t end, TimeLimit::Instant deadline) REQUIRES(mutex);
   void waitForRoom(TimeLimit::Instant deadline) REQUIRES(mutex);
-  // Both return at the deadline of the oldest request at the latest, and end those that are due.
+  // Both return by the deadline of the oldest request, and end the requests that are overdue.
   void takeReadingOver() REQUIRES(mutex);
   void waitForChange() REQUIRES(mutex);
   void endOverdueRequests() REQUIRES(mutex);
@@ -81,25 +82,25 @@ class ClientChannel final {
   const TimeLimit limit;
   const std::size_t maximumMessageSize = ServiceLimits().messageSizeInBytes;
   const FileDescriptor socket;
-  // Belongs to whoever set `reading`.
+  // Used only by the thread that set `reading`.
   FrameReader reader{maximumMessageSize, FrameKind::partOfReply};
 
   Mutex mutex;
-  // Replies came, the reading became free, or the connection broke.
+  // Notified when a reply came, `reading` became free, or the connection broke.
   ConditionVariable changed;
   bool reading GUARDED_BY(mutex) = false;
   bool stopping GUARDED_BY(mutex) = false;
-  // Why the connection is broken; null while it is not.
+  // Why the connection broke; null while it works.
   ErrorPtr broken GUARDED_BY(mutex);
   std::uint64_t lastIdentifier GUARDED_BY(mutex) = 0;
-  // In the order of their deadlines.
+  // By identifier. The time limit is the same for all, so this is the order of deadlines too.
   std::map<std::uint64_t, Request> requests GUARDED_BY(mutex);
-  // Ended at their deadline; their replies may still come.
+  // Requests that ended at their deadline, whose replies may still come.
   std::set<std::uint64_t> overdue GUARDED_BY(mutex);
   std::size_t requestsWithCompletion GUARDED_BY(mutex) = 0;
   std::vector<std::pair<Completion, Reply>> completed GUARDED_BY(mutex);
   OutputQueue output GUARDED_BY(mutex);
-  // All that was ever put into `output`.
+  // The bytes ever put into `output`.
   std::uint64_t queuedBytes GUARDED_BY(mutex) = 0;
 };
 

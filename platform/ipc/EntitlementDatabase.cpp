@@ -39,6 +39,7 @@ std::shared_ptr<const PropertyListDictionary> EntitlementDatabase::entitlementsO
   }
   auto found = current->entitlementsOf(executable);
   if (!found) return nullptr;
+  // At each look-up, not once a table: the program may have been replaced since.
   const Result<std::filesystem::path> trusted = trustedProgram(executable, prefix);
   if (trusted.isLeft()) return found;
   reportUntrusted(executable, trusted.right()->debugDescription());

@@ -14,31 +14,31 @@
 
 namespace quenlet {
 
-// What programs are entitled to, as the property lists in <prefix>/share/quenlet/entitlements and
-// <configuration>/quenlet/entitlements have it; the latter count more. The files are read at the
-// start and at each reload(), into a table that takes the place of the former one in one step. See
-// EntitlementTable.h for which files count. Thread-safe.
+// The entitlements of programs, from the property lists in <prefix>/share/quenlet/entitlements and
+// <configuration>/quenlet/entitlements; the latter take precedence. The files are read on
+// construction and at each reload(), into a new table that replaces the former one atomically.
+// EntitlementTable.h says which files count. Thread-safe.
 class EntitlementDatabase final {
  public:
-  // Directories that do not exist entitle nobody. No configuration is looked for in an empty path.
+  // Directories that do not exist entitle nobody; an empty `configuration` is not searched.
   explicit EntitlementDatabase(std::filesystem::path prefix,
                                std::filesystem::path configuration = {});
 
-  // The directory above the one that holds the running program. Empty when that cannot be told.
+  // The parent of the running program's directory; empty when it is not known.
   [[nodiscard]] static std::filesystem::path prefixOfRunningProgram();
 
-  // The entitlements of a program, as they are now; null when it has none. A program that others
-  // than root and the own user could replace or write (see TrustedProgram.h) has none, which is
-  // said on standard error, once a table. Above the prefix nothing is looked at for a program below
-  // it.
+  // The current entitlements of a program; null when it has none. A program that others than root
+  // and the own user could replace or write (see TrustedProgram.h) has none; that is reported on
+  // standard error, once per table. For programs below the prefix, only the path from there is
+  // checked.
   [[nodiscard]] std::shared_ptr<const PropertyListDictionary> entitlementsOf(
       const std::filesystem::path& executable) const EXCLUDES(mutex);
 
-  // Reads the files anew. The former table stays when they cannot be read for now: no program loses
-  // its entitlements because the system is short of descriptors.
+  // Reads the files again. The former table stays when a file cannot be read for now: no program
+  // loses its entitlements because the system is short of descriptors.
   void reload() EXCLUDES(mutex);
-  // Reloads when something changes in one of the directories, or it appears or goes, until the
-  // token is cancelled. On the loop's thread; the loop and this object outlive the watch.
+  // Reloads, on the loop's thread, when one of the directories changes, appears or disappears,
+  // until the token is cancelled. The loop and this object must outlive the watch.
   [[nodiscard]] std::shared_ptr<Cancelable> reloadOnChanges(EventLoop& loop);
 
  private:

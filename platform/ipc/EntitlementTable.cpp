@@ -22,6 +22,7 @@ std::string canonicalPath(const std::filesystem::path& path) {
   return failure ? path.lexically_normal().native() : canonical.native();
 }
 
+// Errors that say nothing about the file: later it may be readable without a change.
 bool isPassing(const Error& error) {
   if (error.domain() != PosixErrorDomain) return false;
   for (const int code : {EMFILE, ENFILE, ENOMEM, EIO, EINTR, ESTALE}) {
@@ -74,7 +75,7 @@ void EntitlementTable::addFile(const TrustedDirectory& directory, const std::str
       reportIgnored(file, "the value of " + path + " is not a dictionary");
       continue;
     }
-    // An absolute path takes the prefix's place.
+    // operator/ drops the prefix when `path` is absolute.
     auto& known = entitlementsByExecutable[canonicalPath(prefix / path)];
     if (!known) known = std::make_shared<PropertyListDictionary>();
     for (const auto& [entitlement, value] : *entitlements.dictionary()) {

@@ -12,25 +12,25 @@ namespace quenlet {
 
 class TrustedDirectory;
 
-// What programs are entitled to, from property-list files as they were at one moment. Each maps
-// executable paths, absolute or relative to a prefix, to a dictionary of entitlement and value; of
-// two values for the same one, that of the file read later counts. Immutable once it is filled.
+// A snapshot of the entitlements in property-list files. Each file maps executable paths, absolute
+// or relative to a prefix, to a dictionary from entitlement to value; on conflict the file read
+// later wins. Immutable once it is filled.
 //
 // The directories, from the base down, and each file must belong to root or to the own user and be
-// writable for the owner only, and a file must not be a link; what is not so, or does not parse, is
-// left out with a line on standard error. What lies above the base is up to whoever chose it.
+// writable for the owner only, and a file must not be a link. Others, and files that do not parse,
+// are left out with a line on standard error. The directories above the base are trusted.
 class EntitlementTable final {
  public:
-  // Adds the files of `base`/`below` whose names end in ".plist", by their names, if there is such
-  // a directory.
+  // Adds the files of `base`/`below` that end in ".plist", in the order of their names. A missing
+  // directory adds none.
   void addDirectory(const std::filesystem::path& base, const std::filesystem::path& below,
                     const std::filesystem::path& prefix);
 
   // The entitlements of a program; null when it has none.
   [[nodiscard]] std::shared_ptr<const PropertyListDictionary> entitlementsOf(
       const std::filesystem::path& executable) const;
-  // Whether something was left out because the system was short of memory or descriptors, or a disk
-  // failed, which says nothing about the files.
+  // Whether a file was left out for a passing reason, such as a lack of memory or descriptors or a
+  // disk error, which says nothing about its content.
   [[nodiscard]] bool isIncomplete() const { return incomplete; }
 
  private:

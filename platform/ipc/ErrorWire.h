@@ -6,17 +6,17 @@
 
 namespace quenlet {
 
-// How an Error travels: an object of class "Error" whose content is a dictionary of "domain",
-// "code" and "userInfo" (texts by name); null stands for no error. Stateless.
+// An Error on the wire: an object of class "Error" whose content is a dictionary of "domain",
+// "code" and "userInfo" (texts by name); null means no error. Stateless.
 class ErrorWire final {
  public:
   static constexpr char className[] = "Error";
-  // A peer's error with more user-info entries than this keeps the first ones.
+  // Of a peer's error, decode() keeps this many user-info entries, the first ones.
   static constexpr std::size_t maximumUserInfoEntries = 64;
 
   static void encode(WireEncoder& encoder, const ErrorPtr& error);
-  // Reads one value. What is neither null nor a whole Error comes back as a malformedMessage error,
-  // so that it cannot pass for success.
+  // Reads one value. Anything but null or a complete Error becomes a malformedMessage error: it
+  // must not pass for success.
   [[nodiscard]] static ErrorPtr decode(WireReader& reader);
 };
 

@@ -6,15 +6,14 @@
 
 namespace quenlet {
 
-// A part of a reply has more of it behind it, up to the reply itself.
+// After a partOfReply more of the same reply follows; the last message of it is the `reply`.
 enum class FrameKind : std::uint8_t { request, reply, failure, partOfReply };
 
-// What stands in front of each message: how many bytes follow the length, what the message is, and
-// the identifier that ties an answer to its request. A value type. Whether the numbers make sense
-// is for FrameReader to judge.
+// The header of each message: the number of bytes after the length field, the kind of message, and
+// the identifier that ties an answer to its request. A value type. FrameReader checks the numbers.
 struct FrameHeader final {
   static constexpr std::size_t sizeInBytes = 13;
-  // Of the part that the length counts.
+  // The part of the header that `length` counts.
   static constexpr std::size_t countedBytes = 9;
 
   std::uint32_t length = countedBytes;
@@ -23,7 +22,7 @@ struct FrameHeader final {
 
   [[nodiscard]] static FrameHeader make(FrameKind kind, std::uint64_t identifier,
                                         std::size_t bodySize);
-  // `bytes` are at least sizeInBytes.
+  // `bytes` must hold at least sizeInBytes.
   [[nodiscard]] static FrameHeader decode(std::string_view bytes);
   [[nodiscard]] std::array<char, sizeInBytes> encode() const;
 };

@@ -10,7 +10,8 @@ namespace quenlet {
 namespace {
 
 constexpr std::size_t initialCapacity = std::size_t{16} << 10;
-// More than this is given back once its message has been taken.
+// A larger buffer is given back once it is empty: one large message should not cost an idle
+// connection its memory.
 constexpr std::size_t keptCapacity = std::size_t{64} << 10;
 
 ErrorPtr judge(const FrameHeader& header, std::size_t maximumSize, FrameKind lastKind) {
@@ -43,6 +44,11 @@ void FrameReader::giveBack() {
   capacity = 0;
 }
 
+//   0 ......... begin ............. end ......... capacity
+//   |  taken      |  not taken yet   |  room()      |
+//
+// A full buffer with half of it taken is compacted, else doubled. Either way a byte is copied a
+// constant number of times on average, even if a large message comes in many small reads.
 void FrameReader::makeRoom() {
   const std::size_t held = end - begin;
   if (capacity > 0 && begin >= capacity / 2) {
@@ -59,11 +65,12 @@ void FrameReader::makeRoom() {
 }
 
 std::optional<FrameReader::Frame> FrameReader::next() {
-  // Now, as the peer may not send anything for long.
+  // Here as well as in room(): the peer may not send anything for a long time.
   if (begin == end) giveBack();
   if (end - begin < FrameHeader::sizeInBytes) return std::nullopt;
   const std::string_view held(bytes.get() + begin, end - begin);
   const FrameHeader header = FrameHeader::decode(held);
+  // Before the body is waited for: a peer must not make us buffer a message that will be refused.
   if (ErrorPtr error = judge(header, maximumSize, lastKind)) {
     return Frame{static_cast<FrameKind>(header.kind), header.identifier,
                  held.substr(FrameHeader::sizeInBytes), std::move(error)};

@@ -11,8 +11,9 @@
 
 namespace quenlet {
 
-// Cuts a stream of bytes into messages. Memory is at most about twice the bytes that have come and
-// were not taken yet, whatever a header announces. One thread at a time.
+// Cuts a stream of bytes into messages. Memory grows with the bytes that have arrived, never with
+// the size that a header announces; a buffer over 64 KiB is freed when it is empty. One thread at a
+// time.
 class FrameReader final {
  public:
   struct Frame final {
@@ -20,29 +21,28 @@ class FrameReader final {
     std::uint64_t identifier = 0;
     // Into the reader's memory, good until the next room() or next().
     std::string_view body;
-    // When not null the header makes no sense, or announces too much, and nothing that follows can
-    // be understood. The body then is what has come of it.
+    // Set when the header is malformed or announces too large a message: the rest of the stream is
+    // unreadable. `body` then is what has arrived of the message.
     ErrorPtr error;
   };
 
-  // Messages of kinds behind `lastKnownKind` make no sense.
+  // Kinds after `lastKnownKind` are malformed.
   explicit FrameReader(std::size_t maximumMessageSize, FrameKind lastKnownKind = FrameKind::failure)
       : maximumSize(maximumMessageSize), lastKind(lastKnownKind) {}
 
-  // For messages that have not been taken yet.
+  // Applies to messages that have not been taken yet.
   void setMaximumMessageSize(std::size_t sizeInBytes) { maximumSize = sizeInBytes; }
 
-  // Where the stream's next bytes go; at least one byte.
+  // Where to put the next bytes of the stream; never empty.
   [[nodiscard]] std::span<char> room();
-  // The first `count` bytes of the room are filled.
+  // Tells that the first `count` bytes of room() have been filled.
   void added(std::size_t count) { end += count; }
   // The next whole message, or nothing when more bytes are needed.
   [[nodiscard]] std::optional<Frame> next();
-  // Lets next() give the message once more that it has just given.
+  // Makes next() return `message` again, the one it has just returned.
   void putBack(const Frame& message) { begin -= FrameHeader::sizeInBytes + message.body.size(); }
-  // Whether bytes have come that were not taken.
+  // Whether all bytes that arrived have been taken.
   [[nodiscard]] bool isEmpty() const { return begin == end; }
-  // How much memory it has now.
   [[nodiscard]] std::size_t capacityInBytes() const { return capacity; }
 
  private:
@@ -53,7 +53,7 @@ class FrameReader final {
   FrameKind lastKind;
   std::unique_ptr<char[]> bytes;
   std::size_t capacity = 0;
-  // The bytes not taken yet are [begin, end).
+  // The bytes in [begin, end) have not been taken yet.
   std::size_t begin = 0;
   std::size_t end = 0;
 };

@@ -10,12 +10,12 @@
 
 namespace quenlet {
 
-// How much memory the connections of one service hold together, in bytes. Thread-safe. Only counts:
-// what is to be done about it is up to the two handlers, which are called by whoever made the
-// change and must not wait for anybody.
+// Counts the bytes that the connections of one service hold together. Thread-safe. The two handlers
+// decide what to do about it. They run on the thread that made the change, which may hold a
+// connection's lock: they must not block.
 class HeldBytes final {
  public:
-  // One of the parts that make up the whole, or, of no whole, a mere number. One thread at a time.
+  // One connection's share of the total; with a null whole, just a number. One thread at a time.
   class Part final {
    public:
     explicit Part(std::shared_ptr<HeldBytes> ofWhole) : whole(std::move(ofWhole)) {}
@@ -34,8 +34,8 @@ class HeldBytes final {
     std::size_t bytes = 0;
   };
 
-  // `whenExceeded` is called for each addition beyond `maximumBytes`, `whenFallen` each time that
-  // no more than half of some megabytes is left.
+  // Calls `whenExceeded` at each addition beyond `maximumBytes`, and `whenFallen` when the total
+  // falls to half of a peak of 4 MiB or more.
   HeldBytes(std::size_t maximumBytes, std::function<void()> whenExceeded,
             std::function<void()> whenFallen)
       : maximum(maximumBytes), exceeded(std::move(whenExceeded)), fallen(std::move(whenFallen)) {}

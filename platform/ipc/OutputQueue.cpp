@@ -11,6 +11,7 @@ namespace quenlet {
 
 namespace {
 
+// A body that does not fit into a chunk of this size is queued without a copy.
 constexpr std::size_t sharedChunkSize = std::size_t{16} << 10;
 
 }  // namespace

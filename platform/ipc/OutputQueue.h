@@ -10,21 +10,21 @@
 
 namespace quenlet {
 
-// Messages that wait for a socket to take them, in order. Small ones share a buffer, so that many
-// go out with one system call. One thread at a time.
+// Messages waiting to be written to a socket, in order. Small ones share a buffer, and many go out
+// with one system call. One thread at a time.
 class OutputQueue final {
  public:
   enum class Outcome { drained, blocked, failed };
 
-  // Queues one message, its body being `bodyStart` and then `body`. The two are under 4 GiB
-  // together; the limit for messages is the caller's to enforce.
+  // Queues one message with the body `bodyStart` + `body`, under 4 GiB together. The caller checks
+  // the limit for messages.
   void append(FrameKind kind, std::uint64_t identifier, std::string_view bodyStart,
               std::string body);
-  // The same in two steps, for a body that is had in pieces.
+  // The same in steps, for a body in pieces: the header, then each piece.
   void appendHeader(FrameKind kind, std::uint64_t identifier, std::size_t bodySize);
   void append(std::shared_ptr<const std::string> piece);
-  // Hands the socket as much as it takes without waiting. After `failed` (errno says why) the
-  // connection is of no more use for writing.
+  // Writes as much as the socket takes without blocking. After `failed` (see errno) nothing more
+  // can be written to this connection.
   [[nodiscard]] Outcome writeTo(int socket);
   void clear();
   [[nodiscard]] bool empty() const { return unsent == 0; }
@@ -42,7 +42,7 @@ class OutputQueue final {
   void drop(std::size_t sentBytes);
 
   std::deque<Chunk> chunks;
-  // Of the first chunk, how much has gone out.
+  // The bytes of the first chunk that have been written.
   std::size_t sentOfFirst = 0;
   std::size_t unsent = 0;
 };

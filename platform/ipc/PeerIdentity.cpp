@@ -49,7 +49,7 @@ std::optional<std::filesystem::path> readExecutable(int socket, pid_t process) {
   const FileDescriptor pinned = pinPeer(socket, process);
   if (!pinned.isOpen()) return std::nullopt;
   const std::filesystem::path own = "/proc/" + std::to_string(process);
-  // As the owner of a user namespace of its own, a process can name any program as the one it runs.
+  // In a user namespace of its own a process may point its exe link at any file (PR_SET_MM).
   if (!isSameFile(own / "ns/user", "/proc/self/ns/user")) return std::nullopt;
   const std::filesystem::path link = own / "exe";
   std::error_code failure;

@@ -8,7 +8,7 @@ namespace quenlet {
 
 namespace {
 
-// A long reply that is in memory anyhow.
+// A reply that is larger than a message and already in memory.
 class WholeReply final : public EncodedReply {
  public:
   explicit WholeReply(std::string encodedValues)
@@ -32,6 +32,7 @@ std::string encoded(ServiceErrorCode code, const char* sentence) {
 }  // namespace
 
 UnixServiceConnection::PendingReply::~PendingReply() {
+  // A handler that forgot the reply must not leave the client waiting for its time limit.
   if (used.exchange(true)) return;
   try {
     connection->answer(

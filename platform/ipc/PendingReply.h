@@ -11,8 +11,7 @@
 
 namespace quenlet {
 
-// Answers one request of a connection, which it keeps; with noReply when it goes without having
-// been used. Thread-safe.
+// Answers one request, with noReply if destroyed unused. Keeps the connection alive. Thread-safe.
 class UnixServiceConnection::PendingReply final : public ReplyTarget {
  public:
   PendingReply(std::shared_ptr<UnixServiceConnection> asked, std::uint64_t request,

@@ -18,7 +18,7 @@ void ReplyQueue::append(std::uint64_t identifier, EncodedReplyPtr reply) {
   if (waiting.size() == 1) begin();
 }
 
-// Of the first one that waits.
+// Queues the header of the first answer, unless it takes several messages, each with its own.
 void ReplyQueue::begin() {
   const Answer& answer = waiting.front();
   const std::size_t size = answer.reply->sizeInBytes();
@@ -42,6 +42,7 @@ void ReplyQueue::addPiece(std::shared_ptr<const std::string> bytes) {
   if (answer.nextPiece < answer.reply->pieceCount()) return;
   --inPieces;
   waiting.pop_front();
+  // The whole answers behind it are due now, up to the next reply in pieces.
   while (!waiting.empty() && !waiting.front().reply) {
     Answer& next = waiting.front();
     waitingBytes -= next.body.size();
@@ -51,7 +52,7 @@ void ReplyQueue::addPiece(std::shared_ptr<const std::string> bytes) {
   if (!waiting.empty()) begin();
 }
 
-// A piece can itself be larger than a message may be.
+// A piece can be larger than the largest message, and is cut then.
 void ReplyQueue::addMessages(const Answer& answer,
                              const std::shared_ptr<const std::string>& bytes) {
   const std::size_t most = maximumSize - FrameHeader::countedBytes;

@@ -11,15 +11,22 @@
 
 namespace quenlet {
 
-// The answers of one connection, in the order in which they were given, on their way to its socket.
-// Of a reply in pieces only those are here that its owner has added, one at a time; what was
-// appended after it waits for its last one. It is one message when that is allowed to be as large,
-// else several. One thread at a time.
+// The answers of one connection on their way to its socket, in the order in which they were given.
+// A reply in pieces need not be here as a whole: its owner adds one piece at a time, and the
+// answers behind it wait for the last one. One thread at a time.
+//
+//   append() --> waiting: [A in pieces: 3 of 7 added] [B] [C]
+//                             | addPiece()              ^ whole answers, behind A's last piece
+//                             v
+//   append() --> output: header of A, pieces 1, 2, 3 ... --> socket
+//   (nothing waits)
+//
+// A reply in pieces goes out as one message if it is not too large for that, else as several.
 class ReplyQueue final {
  public:
   explicit ReplyQueue(std::size_t maximumMessageSize) : maximumSize(maximumMessageSize) {}
 
-  // The answer as one message. Its size is the caller's to check.
+  // Queues an answer as one message. The caller checks its size.
   void append(FrameKind kind, std::uint64_t identifier, std::string body);
   void append(std::uint64_t identifier, EncodedReplyPtr reply);
 
@@ -27,21 +34,21 @@ class ReplyQueue final {
     EncodedReplyPtr reply;
     std::size_t index = 0;
   };
-  // What to add next; nothing when no reply in pieces has begun, or when all are whole.
+  // The piece to add next; nothing when no reply in pieces is waiting.
   [[nodiscard]] std::optional<NextPiece> nextPiece() const;
   void addPiece(std::shared_ptr<const std::string> bytes);
-  // How many replies in pieces lack some.
+  // How many replies still lack pieces.
   [[nodiscard]] std::size_t repliesInPieces() const { return inPieces; }
 
   [[nodiscard]] OutputQueue::Outcome writeTo(int socket) { return output.writeTo(socket); }
   void clear();
-  // Whether the socket could be given some now.
+  // Whether there is something to write now.
   [[nodiscard]] bool hasBytes() const { return !output.empty(); }
-  // Of all that was appended, except for pieces that were not added.
+  // The bytes in the queue; pieces count once they are added.
   [[nodiscard]] std::size_t unsentBytes() const { return output.unsentBytes() + waitingBytes; }
 
  private:
-  // `reply` is null when the answer is `body`.
+  // `reply` is null for a whole answer, which is in `body`.
   struct Answer final {
     FrameKind kind;
     std::uint64_t identifier;
@@ -55,7 +62,7 @@ class ReplyQueue final {
 
   const std::size_t maximumSize;
   OutputQueue output;
-  // The first one is a reply in pieces that has begun.
+  // Unless it is empty, the first one is the reply whose pieces are being added.
   std::deque<Answer> waiting;
   std::size_t waitingBytes = 0;
   std::size_t inPieces = 0;

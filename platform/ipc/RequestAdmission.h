@@ -9,25 +9,25 @@
 
 namespace quenlet {
 
-// Whether a service still takes requests, and what keeps the process from its orderly end while
-// some that were taken are not answered. Shared by a service's connections. Thread-safe.
+// Tells the connections of one service whether to take more requests, and keeps the process from an
+// orderly exit while some are unanswered. Thread-safe.
 class RequestAdmission final {
  public:
   // Begins a transaction of the process.
   using Begin = std::function<std::shared_ptr<ProcessTransaction>()>;
 
-  // Without `begin`, the process's end does not wait.
+  // With a null `begin`, exit does not wait for answers.
   explicit RequestAdmission(Begin begin = nullptr) : beginTransaction(std::move(begin)) {}
   RequestAdmission(const RequestAdmission&) = delete;
   RequestAdmission& operator=(const RequestAdmission&) = delete;
 
-  // From here on no request is taken.
+  // From here on no more requests are taken.
   void suspend() { suspended = true; }
   [[nodiscard]] bool isSuspended() const { return suspended; }
 
-  // The transaction for requests that are about to be taken, null when the end does not wait. Ask
-  // isSuspended() after it: who suspends and then finds no transaction open can be sure that none
-  // is taken any more.
+  // A transaction for requests that are about to be taken; null when exit does not wait. Call it
+  // before isSuspended(): then, once suspend() has returned and no transaction is open, no request
+  // can be taken any more.
   [[nodiscard]] std::shared_ptr<ProcessTransaction> begin() const {
     return beginTransaction ? beginTransaction() : nullptr;
   }

@@ -13,7 +13,7 @@ namespace quenlet {
 
 namespace {
 
-// What a connecting socket waits for, room in the service's queue, is bounded like a send.
+// connect() blocks while the service's backlog is full; the send timeout bounds that wait.
 int limitWaiting(int socket, TimeLimit::Instant deadline) {
   const auto left = std::chrono::duration_cast<std::chrono::microseconds>(
       deadline - std::chrono::steady_clock::now());
@@ -39,6 +39,7 @@ int ServiceAddress::resolve(sockaddr_un& address, FileDescriptor& opened) const 
   address = {};
   address.sun_family = AF_UNIX;
   std::string path = socketPath().native();
+  // sun_path has 108 bytes. A descriptor of the directory gives a longer path a short name.
   if (path.size() >= sizeof(address.sun_path)) {
     opened = FileDescriptor(::open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
     if (!opened.isOpen()) return errno;

@@ -11,25 +11,25 @@
 
 namespace quenlet {
 
-// Where a named service of the user's is found: a socket in a directory that nobody else can enter,
-// and beside it the lock file that makes the name exclusive. Movable. One thread at a time.
+// The location of a user's named service: a socket in a directory that nobody else can enter, and
+// beside it the lock file that makes the name exclusive. Movable. One thread at a time.
 class ServiceAddress final {
  public:
-  // Creates the directory when it is missing; an error when it cannot be trusted.
+  // Creates the directory if needed; an error when it cannot be trusted.
   [[nodiscard]] static Result<ServiceAddress> forService(const std::string& serviceName);
 
   [[nodiscard]] std::filesystem::path socketPath() const { return directory / name; }
   [[nodiscard]] std::filesystem::path lockPath() const { return directory / (name + ".lock"); }
 
-  // As the system calls, for paths of any length: 0 or errno.
+  // Like the system calls, but for paths of any length. Returns 0 or errno.
   [[nodiscard]] int bind(int socket) const;
-  // Of a blocking socket; EAGAIN when the service has not had room for a connection by `deadline`.
+  // `socket` must block. EAGAIN when the service has no room for the connection until `deadline`.
   [[nodiscard]] int connect(int socket, TimeLimit::Instant deadline) const;
 
  private:
   ServiceAddress(std::filesystem::path privateDirectory, std::string serviceName)
       : directory(std::move(privateDirectory)), name(std::move(serviceName)) {}
-  // Fills `address`; through `opened` when the path does not fit into it.
+  // Fills `address`. Too long a path goes through `opened`, which must live until the system call.
   [[nodiscard]] int resolve(sockaddr_un& address, FileDescriptor& opened) const;
 
   std::filesystem::path directory;

@@ -22,7 +22,7 @@ Connected noService(const std::string& name) {
       makeServiceError(ServiceErrorCode::noService, "nobody listens under " + name));
 }
 
-// The directory admits the user alone; this is for one that was planted where it should be.
+// The directory is private to the user; this check is for one that somebody planted in its place.
 bool isTrusted(const FileDescriptor& socket) {
   ucred credentials{};
   socklen_t size = sizeof(credentials);
@@ -62,6 +62,8 @@ ServiceClient::~ServiceClient() {
   channel->stop();
   MutexLock lock(mutex);
   if (!thread.joinable()) return;
+  // A completion can drop the last reference. Its thread cannot join itself; it shares the channel
+  // and returns from runCompletions() by itself.
   if (thread.get_id() == std::this_thread::get_id()) {
     thread.detach();
   } else {

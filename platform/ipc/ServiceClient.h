@@ -15,14 +15,14 @@ namespace quenlet {
 
 class ClientChannel;
 
-// A client's connection to a named service of the same user. Thread-safe. When it breaks, every
-// request under way and every later one ends in the connectionBroken error, or in the one that the
-// service gave for ending it. Connecting and each reply have a time limit: what the service has not
-// done by then ends in the timedOut error, though it may still do it; a reply that comes later is
-// dropped. A service that does not even take a request by then is disconnected.
+// A client's connection to a named service of the same user. Thread-safe. When it breaks, pending
+// and later requests fail with connectionBroken, or with the error that the service gave for ending
+// it. Connecting and each request have a time limit, after which they fail with timedOut; the
+// service may still perform the request, but its late reply is dropped. If a request could not be
+// written in full by then, the connection breaks.
 //
-// A client that only calls synchronously has no thread: the caller writes and reads itself. The
-// first call() starts the client's own thread.
+// A client that only calls synchronously needs no thread: its callers write and read. The first
+// call() starts a thread.
 class ServiceClient final {
  public:
   // The encoded, validated reply values, or the error.
@@ -30,29 +30,29 @@ class ServiceClient final {
 
   static constexpr std::chrono::seconds standardTimeLimit{25};
 
-  // Connects; noService when nobody listens.
+  // The noService error when nobody listens.
   [[nodiscard]] static Result<std::shared_ptr<ServiceClient>> connect(
       const std::string& serviceName, ServiceInterface interface,
       std::chrono::milliseconds timeLimit = standardTimeLimit);
-  // Speaks to whoever holds the other end of a connected, blocking stream socket.
+  // Talks over a connected, blocking stream socket, without a look at the peer.
   [[nodiscard]] static std::shared_ptr<ServiceClient> withConnectedSocket(
       FileDescriptor socket, ServiceInterface interface,
       std::chrono::milliseconds timeLimit = standardTimeLimit);
-  // Breaks the connection; what is under way ends in connectionBroken before this returns, unless
-  // it is called by a completion.
+  // Breaks the connection. Pending requests fail with connectionBroken before this returns, except
+  // when a completion destroys the client.
   ~ServiceClient();
   ServiceClient(const ServiceClient&) = delete;
   ServiceClient& operator=(const ServiceClient&) = delete;
 
-  // Sends a request and returns as soon as the socket has taken it; `completion` is called once, on
-  // the client's own thread; when that cannot be started, with the reason on this one.
+  // Sends a request and returns once the socket has taken it. `completion` is called once, on the
+  // client's thread; if that cannot be started, on the calling thread with the error.
   void call(const std::string& selector, std::string encodedArguments, Completion completion)
       EXCLUDES(mutex);
-  // Sends a request and waits for its reply on the calling thread. A completion may call this.
+  // Sends a request and waits for the reply on the calling thread. Completions may call this.
   [[nodiscard]] Result<std::string> callSynchronously(const std::string& selector,
                                                       std::string encodedArguments);
 
-  // Whether a request made now could only fail: the service is gone or has ended the connection.
+  // Whether every further request would fail: the service is gone or has ended the connection.
   [[nodiscard]] bool isBroken() const;
 
  private:

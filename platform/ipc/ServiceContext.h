@@ -12,18 +12,18 @@
 
 namespace quenlet {
 
-// What the connections of one service share. Constant once there are any.
+// Shared by the connections of one service. Constant from the first connection on.
 struct ServiceContext final {
   std::shared_ptr<EventLoop> loop;
   ServiceLimits limits;
-  // Null when nobody is entitled to anything.
+  // Null: no program has entitlements.
   std::shared_ptr<const EntitlementDatabase> entitlements;
   std::shared_ptr<RequestAdmission> admission = std::make_shared<RequestAdmission>();
-  // Null when nobody counts.
+  // Null: memory is not counted.
   std::shared_ptr<HeldBytes> held;
-  // For what would hold other connections up. Null when it is all done on the loop.
+  // For work that would hold up other connections. Null: it is done on the loop.
   std::shared_ptr<WorkerPool> workers;
-  // Null when peers cannot attach descriptors.
+  // Closes sockets with unread descriptors. Null when the kernel keeps peers from attaching any.
   std::shared_ptr<PatientThread> patient;
 };
 

@@ -21,7 +21,7 @@ ErrorPtr invalid(const char* sentence) {
   return makeServiceError(ServiceErrorCode::invalidArguments, sentence);
 }
 
-// The containers that are open around the next value; a fixed array, so that a hostile message can
+// The containers around the next value. A fixed array instead of recursion: a hostile message can
 // neither overflow the stack nor make us allocate.
 class OpenContainers final {
  public:
@@ -30,7 +30,7 @@ class OpenContainers final {
   [[nodiscard]] bool expectKey() const {
     return depth > 0 && stack[depth - 1].pairs && stack[depth - 1].left % 2 == 0;
   }
-  // Counts a value that was read, and opens it when it is a head. False beyond the nesting limit.
+  // Counts a value, and opens it if it is a container's head. False beyond the nesting limit.
   [[nodiscard]] bool add(const WireToken& token) {
     if (depth > 0) --stack[depth - 1].left;
     if (token.isHead()) {

@@ -41,15 +41,15 @@ struct WireParameter final {
   std::set<std::string, std::less<>> classes = {};
 };
 
-// What a service exports: its operations by name, and for each argument what a peer may send.
-// A value type, configured before the connection is resumed, then constant; copies share what they
-// hold until one of them is changed.
+// The operations of a service by name, with the types and classes allowed in each argument. A value
+// type, configured before the connection is resumed, then constant. Copies share their content
+// until one of them is changed.
 class ServiceInterface final {
  public:
   ServiceInterface& addOperation(std::string selector, std::vector<WireParameter> arguments,
                                  std::vector<WireParameter> reply);
 
-  // Says that replies to an operation can be long, so that a connection has few of them under way.
+  // Marks an operation whose replies can be long; a connection may have only a few pending.
   ServiceInterface& expectLongReplies(std::string_view selector);
   [[nodiscard]] bool expectsLongReplies(std::string_view selector) const;
 
@@ -59,7 +59,7 @@ class ServiceInterface final {
   void setClasses(std::set<std::string, std::less<>> classes, std::string_view forSelector,
                   std::size_t argumentIndex, OfReply ofReply);
 
-  // The parameters of an operation, or null when there is none of that name.
+  // The parameters of an operation; null when it does not exist.
   [[nodiscard]] const std::vector<WireParameter>* parameters(std::string_view selector,
                                                              OfReply ofReply) const;
 
@@ -71,20 +71,20 @@ class ServiceInterface final {
   };
   using Operations = std::map<std::string, Operation, std::less<>>;
 
-  // This object's own operations, to be changed.
+  // For changes: copies the operations if they are shared.
   [[nodiscard]] Operations& ownOperations();
 
   std::shared_ptr<Operations> operations = std::make_shared<Operations>();
 };
 
-// How deep lists, dictionaries and objects may stand within each other.
+// How deep lists, dictionaries and objects may be nested.
 inline constexpr int maximumWireNesting = 64;
 
 // Checks that `bytes` are exactly one value for each parameter: well-formed, valid UTF-8, nested at
 // most `maximumWireNesting` deep, of the right types, with objects of the allowed classes only.
-// Dates must be finite, dictionary keys are texts. Null when all is well, else the error
-// (malformedMessage or invalidArguments), which quotes nothing. Neither recurses nor allocates, but
-// for the error.
+// Dates must be finite and dictionary keys texts. Returns null, or a malformedMessage or
+// invalidArguments error, whose text quotes nothing of the message. Does not recurse, and allocates
+// only the error.
 [[nodiscard]] ErrorPtr validateWireValues(std::string_view bytes,
                                           const std::vector<WireParameter>& parameters);
 

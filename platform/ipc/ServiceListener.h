@@ -12,8 +12,8 @@ class ServiceListener;
 class ServiceListenerDelegate {
  public:
   virtual ~ServiceListenerDelegate() = default;
-  // `listener:shouldAcceptNewConnection:`. Configures and resumes the connection and answers true,
-  // or answers false to close it. Runs on the listener's thread.
+  // `listener:shouldAcceptNewConnection:`. Configures and resumes the connection and returns true,
+  // or returns false to have it closed. Runs on the listener's thread.
   [[nodiscard]] virtual bool shouldAcceptNewConnection(
       ServiceListener& listener, const std::shared_ptr<ServiceConnection>& newConnection) = 0;
 };
@@ -24,14 +24,14 @@ class ServiceListener {
   virtual ~ServiceListener() = default;
   // Held weakly: the caller keeps the delegate.
   virtual void setDelegate(std::weak_ptr<ServiceListenerDelegate> delegate) = 0;
-  // Makes the name this process's own for the listener's life, before clients can connect. An error
-  // (nameTaken) when another process has it.
+  // Reserves the name for this process, for the listener's life, before clients can connect. A
+  // nameTaken error when another process has it.
   [[nodiscard]] virtual ErrorPtr claimName() = 0;
-  // From here on clients can connect. Claims the name unless that is done. An error when it is
-  // taken or cannot be opened.
+  // From here on clients can connect. Claims the name first if needed. An error when it is taken or
+  // the socket cannot be opened.
   [[nodiscard]] virtual ErrorPtr resume() = 0;
-  // From here on no connection and no further request is taken; what was taken is answered. For
-  // good; thread-safe, at once.
+  // Takes no further connections and requests, for good; requests already taken are answered.
+  // Thread-safe; does not wait.
   virtual void suspend() = 0;
 };
 

@@ -12,7 +12,7 @@ namespace quenlet {
 
 namespace {
 
-// As good as none, and far from where an instant overflows.
+// As good as unlimited, and far from where a time_point overflows.
 constexpr std::chrono::milliseconds longestLimit = std::chrono::hours(24 * 365);
 
 }  // namespace
@@ -30,6 +30,7 @@ ErrorPtr TimeLimit::passed() const {
 }
 
 int TimeLimit::readyEvents(int socket, int events, Instant deadline) {
+  // Rounded up: with 0 ms, callers would spin until the deadline.
   const auto left =
       std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
   pollfd look{socket, static_cast<short>(events), 0};

@@ -13,13 +13,13 @@ class TimeLimit final {
 
   explicit TimeLimit(std::chrono::milliseconds mostWaited);
 
-  // When what begins now will have taken too long.
+  // The deadline of a wait that begins now.
   [[nodiscard]] Instant deadline() const;
   // The timedOut error.
   [[nodiscard]] ErrorPtr passed() const;
 
-  // Waits until `socket` is ready for one of `events`, as poll(2) has them, or has failed; gives
-  // back those that it is ready for. None at the deadline, and when a signal interrupts the wait.
+  // Waits until `socket` is ready for one of `events`, those of poll(2), or has failed, and returns
+  // the events. Returns 0 at the deadline, and when a signal interrupts the wait.
   [[nodiscard]] static int readyEvents(int socket, int events, Instant deadline);
 
  private:

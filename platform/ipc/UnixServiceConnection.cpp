@@ -14,16 +14,33 @@
 
 namespace quenlet {
 
+// From a request to its reply; the replies are in UnixServiceConnectionReplies.cpp.
+//
+//   loop's thread                                   any thread
+//   recv -> Input (FrameReader)
+//        -> dispatchFrames() -- small --> dispatch() -> perform() -> ExportedObject
+//                            -- large --> a worker: dispatch() ...        | PendingReply
+//                                                                         v
+//   sendmsg <- flush() <- ReplyQueue <------------- answer(), answerInPieces()
+//                             ^-- sendPieces(), on a worker, as the peer reads
+//
+// mustWait() is the back-pressure: with too many requests unanswered, too many bytes unsent or a
+// large request open, `paused` stops reading, and continueSoon() resumes it. Whoever frees room, on
+// any thread, therefore calls continueSoon() before it lets go of the lock.
+//
+// The lock is not held while the exported object performs, or while it or a transaction is
+// destroyed: they call out. Locals declared before a MutexLock are destroyed after it.
+
 namespace {
 
-// The connection itself, with its interface and gate.
+// An estimate for the connection itself, with its interface and entitlement check.
 constexpr std::size_t ownBytes = std::size_t{8} << 10;
-// Ending whoever holds less of an unfinished message would not help.
+// Closing a connection with less of an unfinished message would free too little.
 constexpr std::size_t worthEndingBytes = std::size_t{64} << 10;
 
 }  // namespace
 
-// What has come and was not performed. Outlives its connection while a worker reads it.
+// The bytes received and not yet performed. Outlives its connection while a worker reads it.
 struct UnixServiceConnection::Input final {
   Input(std::size_t maximumMessageSize, const std::shared_ptr<HeldBytes>& heldBytesOfAll)
       : reader(maximumMessageSize), held(heldBytesOfAll) {
@@ -72,7 +89,7 @@ void UnixServiceConnection::setExportedInterface(ServiceInterface interface) {
 }
 
 void UnixServiceConnection::setExportedObject(std::shared_ptr<ExportedObject> object) {
-  // A replaced object goes after the lock, as its end is code of the service's.
+  // The former object is destroyed after the lock: its destructor is the service's code.
   MutexLock lock(mutex);
   exportedObject.swap(object);
 }
@@ -98,11 +115,12 @@ void UnixServiceConnection::start() {
         try {
           held->onReady(ready);
         } catch (...) {
-          // Not enough memory for its message: it would be tried again for ever.
+          // Out of memory for its message. If it stayed, the loop would try again for ever.
           held->closeByItself();
           throw;
         }
       });
+  // The wanted events may have changed since: without a watch, updateWatch() did nothing.
   MutexLock lock(mutex);
   watch = std::move(started);
   updateWatch();
@@ -137,11 +155,13 @@ void UnixServiceConnection::onReady(std::uint32_t events) {
     reading = resumed && !paused && !abandoned;
   }
   if (reading && (events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) return readOnce(socket);
-  // While it is not read, the socket is watched for nothing but the peer's end.
+  // While reading is paused, only the peer's hang-up matters.
   if ((events & (EPOLLHUP | EPOLLERR)) != 0) closeByItself();
 }
 
 void UnixServiceConnection::readOnce(int socket) {
+  // There is a patient thread only where the kernel lets peers attach descriptors to a message;
+  // receiving those would use up ours.
   const std::span<char> room = input->reader.room();
   const ssize_t count = context->patient ? receiveWithoutDescriptors(socket, room)
                                          : ::recv(socket, room.data(), room.size(), MSG_DONTWAIT);
@@ -164,7 +184,7 @@ void UnixServiceConnection::continueReading() {
   dispatchFrames();
 }
 
-// Answers whether another request may be dispatched; otherwise reading pauses.
+// Whether another request may be dispatched; if not, reading pauses.
 bool UnixServiceConnection::mayDispatch() {
   MutexLock lock(mutex);
   if (!descriptor.isOpen() || abandoned) return false;
@@ -176,7 +196,7 @@ bool UnixServiceConnection::mayDispatch() {
   return !paused;
 }
 
-// Whether the peer has to take answers first, or its large request to be performed.
+// Whether the peer must read answers first, or its large request must be performed.
 bool UnixServiceConnection::mustWait() const {
   return largeRequestOpen || unanswered >= limits.unansweredRequests ||
          output.unsentBytes() >= limits.unsentBytesAhead ||
@@ -195,7 +215,7 @@ void UnixServiceConnection::continueSoon() {
 void UnixServiceConnection::dispatchFrames() {
   bool understood = true;
   requestsInTurn = 0;
-  // Before mayDispatch() asks whether requests are still taken.
+  // Before mayDispatch() asks whether requests are still taken; see RequestAdmission::begin().
   std::shared_ptr<ProcessTransaction> begun = context->admission->begin();
   {
     MutexLock lock(mutex);
@@ -210,7 +230,7 @@ void UnixServiceConnection::dispatchFrames() {
       error = makeServiceError(ServiceErrorCode::malformedMessage, "a message is not a request");
     }
     if (!error && frame->identifier == 0) {
-      // Its answer would read as a failure of the whole connection.
+      // A failure with identifier 0 concerns the whole connection.
       error = makeServiceError(ServiceErrorCode::malformedMessage, "a request has no identifier");
     }
     understood = error == nullptr;
@@ -231,7 +251,7 @@ void UnixServiceConnection::dispatchFrames() {
 void UnixServiceConnection::noteUnfinishedMessage() {
   {
     MutexLock lock(mutex);
-    // Then it is as it was when it was read, until the worker changes it.
+    // A worker with a large request keeps this count itself; see performLargeRequest().
     if (!largeRequestOpen) input->held.set(ownBytes + input->reader.capacityInBytes());
   }
   if (!input->reader.isEmpty() && !unfinishedSince)
@@ -244,7 +264,8 @@ void UnixServiceConnection::failSenseless(const FrameReader::Frame& frame, const
   if (!isRefused || !isTooLarge || frame.kind != FrameKind::request || frame.identifier == 0) {
     return fail(frame.identifier, error);
   }
-  // A refused peer's message would be refused whatever its size; what has come of it may say how.
+  // A refused peer's request is refused whatever its size, by the exported object, which only needs
+  // the selector. That may have arrived.
   std::string_view rest = frame.body;
   const std::optional<WireToken> selector = WireToken::take(rest);
   if (selector && selector->type == WireType::string) {
@@ -263,7 +284,7 @@ void UnixServiceConnection::finishBatch() {
   if (!descriptor.isOpen()) return;
   flush();
   ended = endedTransaction();
-  // The turn was over, or an answer of another thread has made room since.
+  // Reading may have paused because the turn was over, or another thread has made room since.
   continueSoon();
   updateWatch();
 }
@@ -274,7 +295,7 @@ std::shared_ptr<ProcessTransaction> UnixServiceConnection::endedTransaction() {
   return std::exchange(transaction, nullptr);
 }
 
-// Whether the peer has to take its long replies first, which pauses reading.
+// Whether the peer must read its long replies before this request; if so, reading pauses.
 bool UnixServiceConnection::mustWaitWith(const FrameReader::Frame& frame) {
   std::string_view rest = frame.body;
   const std::optional<WireToken> selector = WireToken::take(rest);
@@ -285,8 +306,7 @@ bool UnixServiceConnection::mustWaitWith(const FrameReader::Frame& frame) {
   return paused;
 }
 
-// Answers whether a worker performs the request. Nothing more is read meanwhile, so that its bytes
-// stay where they are.
+// Whether a worker performs the request. Nothing is read meanwhile: its bytes are in the reader.
 bool UnixServiceConnection::leaveToWorker(const FrameReader::Frame& frame) {
   if (!context->workers || frame.body.size() <= limits.quickRequestBytes) return false;
   {
@@ -296,7 +316,7 @@ bool UnixServiceConnection::leaveToWorker(const FrameReader::Frame& frame) {
     largeRequestOpen = true;
     paused = true;
   }
-  // A connection that ends before its turn frees the request at once.
+  // Weak: a connection that ends before a worker is free releases the request at once.
   context->workers->post([weak = weak_from_this()] {
     if (const auto held = weak.lock()) held->performLargeRequest();
   });
@@ -309,7 +329,8 @@ void UnixServiceConnection::performLargeRequest() {
     MutexLock lock(mutex);
     request.swap(largeRequest);
     if (!request) return;
-    // Nobody's end would give it back sooner, and there are few workers.
+    // Closing the connection would not free these bytes any sooner, so they do not count against
+    // it. The number of workers limits them.
     request->input->held.set(0);
   }
   try {
@@ -385,16 +406,17 @@ void UnixServiceConnection::close() {
     output.clear();
     heldOutput.set(0);
   }
+  // In this order: once the descriptor is closed, its number may belong to another connection.
   if (ended) ended->cancel();
   closeWithoutWaiting(std::move(closing), context->patient.get());
-  // Requests that are not answered yet keep the connection, but need nothing of this.
+  // Frees the buffer now: unanswered requests keep the connection alive, but not its input.
   input = std::make_shared<Input>(limits.messageSizeInBytes, nullptr);
 }
 
 UnixServiceConnection::Standing UnixServiceConnection::standing() {
   using Instant = std::chrono::steady_clock::time_point;
   MutexLock lock(mutex);
-  // What a worker is at does not count any more.
+  // Bytes that a worker has taken would not be freed by closing.
   const bool isBeingPerformed = largeRequestOpen && !largeRequest;
   const std::size_t inputBytes = isBeingPerformed ? 0 : input->held.get();
   const bool holdsMuchUnfinished = unfinishedSince && inputBytes > worthEndingBytes;

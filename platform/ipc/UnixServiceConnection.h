@@ -21,17 +21,16 @@
 namespace quenlet {
 
 // The service's side of one connected Unix socket. Reads, checks and dispatches requests on an
-// event loop's thread; large requests are left to a worker, and nothing is read until it is done.
-// What is answered during the dispatch goes out in one piece after it; a later answer is written by
-// the thread that has it, a long one by workers, as the peer takes it. Thread-safe.
+// event loop's thread. A worker performs large requests; nothing is read until it is done. Answers
+// given during the dispatch are written together after it; a later answer is written by the thread
+// that gives it, and a long one by workers as the peer reads it. Thread-safe.
 //
-// A request that is wrong in itself is answered with a failure. A header that makes no sense, a
-// peer that goes, and one that leaves too much unread end the connection, after which replies to it
-// do nothing.
+// A bad request is answered with a failure. The connection ends on a malformed header, when the
+// peer hangs up, or when it leaves too much unread; later replies to it do nothing.
 class UnixServiceConnection final : public ServiceConnection,
                                     public std::enable_shared_from_this<UnixServiceConnection> {
  public:
-  // On the loop's thread, once, after the connection has ended by itself.
+  // Called on the loop's thread, once, when the connection has ended other than through close().
   using ClosedHandler = std::function<void(UnixServiceConnection&)>;
 
   UnixServiceConnection(std::shared_ptr<const ServiceContext> serviceContext,
@@ -51,15 +50,16 @@ class UnixServiceConnection final : public ServiceConnection,
   void setExportedObject(std::shared_ptr<ExportedObject> object) override EXCLUDES(mutex);
   void resume() override EXCLUDES(mutex);
 
-  // Waits for the peer to go, from now on; requests wait for resume(). Once.
+  // Starts to watch the socket for the peer's hang-up; requests wait for resume(). Call it once.
   void start() EXCLUDES(mutex);
-  // Takes what has come already, without a wait of the loop for it. On the loop's thread.
+  // Reads what has already arrived instead of waiting for the loop. On the loop's thread.
   void readAtOnce() EXCLUDES(mutex) { onReady(EPOLLIN); }
-  // Ends the connection without a word. On the loop's thread, or when the loop does not run.
+  // Ends the connection without telling the peer or the handler. On the loop's thread, or while the
+  // loop is not running.
   void close() EXCLUDES(mutex);
-  // How readily this connection is given up when memory is short: of two, the lesser one goes
-  // first. Refused peers do, then those with a message that has not ended, the oldest one first,
-  // then those that hold the most. On the loop's thread.
+  // Ranks connections for when memory is short; the least is closed first. Refused peers come
+  // first, then those with a large unfinished message, the oldest first, then those that hold the
+  // most. On the loop's thread.
   struct Standing final {
     bool isServed = false;
     std::chrono::steady_clock::time_point unfinishedSince;
@@ -87,11 +87,12 @@ class UnixServiceConnection final : public ServiceConnection,
                std::string_view arguments) EXCLUDES(mutex);
   [[nodiscard]] bool mayDispatch() EXCLUDES(mutex);
   void finishBatch() EXCLUDES(mutex);
-  // The transaction, once nothing is under way any more; it ends with the lock free.
+  // Returns the transaction once no request and no answer is pending, else null. The caller drops
+  // it after the lock: its end may call out.
   [[nodiscard]] std::shared_ptr<ProcessTransaction> endedTransaction() REQUIRES(mutex);
   [[nodiscard]] bool mustWait() const REQUIRES(mutex);
   void continueSoon() REQUIRES(mutex);
-  // Ends the connection from any thread, when memory is too short for an answer.
+  // Ends the connection when there is no memory for an answer. On any thread.
   void giveUp() EXCLUDES(mutex);
   void closeByItself() EXCLUDES(mutex);
   void answer(const PendingReply& pending, FrameKind kind, std::string body) EXCLUDES(mutex);
@@ -115,14 +116,14 @@ class UnixServiceConnection final : public ServiceConnection,
   const std::shared_ptr<const ServiceContext> context;
   const ServiceLimits& limits;
   const PeerIdentity peer;
-  // As they were when the connection was accepted; null for none.
+  // Those of the peer when the connection was accepted; null for none.
   const std::shared_ptr<const PropertyListDictionary> entitlements;
   const ClosedHandler onClosed;
-  // Set before the start.
+  // Set before start().
   bool isRefused = false;
   // On the loop's thread only.
   std::shared_ptr<Input> input;
-  // Since when the reader has a part of a message.
+  // Since when the reader holds part of a message.
   std::optional<std::chrono::steady_clock::time_point> unfinishedSince;
   std::size_t requestsInTurn = 0;
 
@@ -134,23 +135,24 @@ class UnixServiceConnection final : public ServiceConnection,
   ReplyQueue output GUARDED_BY(mutex);
   HeldBytes::Part heldOutput GUARDED_BY(mutex);
   std::size_t unanswered GUARDED_BY(mutex) = 0;
-  // Of them, those that expect a long reply; and whether the next request is one of these.
+  // The unanswered requests whose replies can be long, and whether the next request is such a one.
   std::size_t unansweredLong GUARDED_BY(mutex) = 0;
   bool nextIsLong GUARDED_BY(mutex) = false;
-  // A worker encodes pieces of replies.
+  // A worker is adding pieces of replies, or will soon.
   bool sendingPieces GUARDED_BY(mutex) = false;
-  // Left to a worker, which takes it from here; `largeRequestOpen` until it is done.
+  // The request for the next worker to take; `largeRequestOpen` stays true until it is performed.
   std::shared_ptr<const LargeRequest> largeRequest GUARDED_BY(mutex);
   bool largeRequestOpen GUARDED_BY(mutex) = false;
   bool resumed GUARDED_BY(mutex) = false;
-  // From the first request that is taken until no answer is due or unsent.
+  // Held from the first request taken until no answer is pending or unsent.
   std::shared_ptr<ProcessTransaction> transaction GUARDED_BY(mutex);
-  // A limit was reached, or the service takes no more; complete requests may wait in the reader.
+  // Reading is paused: a limit is reached, a worker has the reader's bytes, or the service takes no
+  // more. Complete requests may wait in the reader.
   bool paused GUARDED_BY(mutex) = false;
   bool continuationPosted GUARDED_BY(mutex) = false;
-  // The loop's thread is dispatching, and writes what it answered afterwards.
+  // The loop's thread is dispatching, and will write the answers afterwards.
   bool dispatching GUARDED_BY(mutex) = false;
-  // Nothing more can be written; the loop closes the socket soon.
+  // Nothing more can be written; the loop's thread will close the socket.
   bool abandoned GUARDED_BY(mutex) = false;
 };
 

@@ -1,4 +1,8 @@
-// What a connection says: answers, failures, and the pieces of long replies.
+// The writing half of a connection: answers, failures, and the pieces of long replies.
+//
+// A reply in pieces is encoded as its peer reads it. sendPieces() adds pieces while less than
+// `unsentBytesAhead` is unsent; flush(), which every writer calls, posts it again once there is
+// room. A peer that stops reading thus holds a few pieces in memory, not a whole reply.
 
 #include <sys/socket.h>
 
@@ -13,7 +17,7 @@ namespace quenlet {
 
 namespace {
 
-// Then other connections have theirs.
+// After these, other connections get their turn on the worker.
 constexpr int piecesInTurn = 4;
 
 }  // namespace
@@ -53,6 +57,7 @@ void UnixServiceConnection::countAnswer(const PendingReply& pending) {
 }
 
 std::shared_ptr<ProcessTransaction> UnixServiceConnection::finishAnswer() {
+  // Answers given during the dispatch are written together by finishBatch().
   if (!dispatching || !context->loop->isLoopThread()) {
     flush();
     if (output.hasBytes()) updateWatch();
@@ -67,11 +72,11 @@ void UnixServiceConnection::enqueue(FrameKind kind, std::uint64_t identifier, st
   heldOutput.set(output.unsentBytes());
 }
 
-// Whether the connection is open and its peer takes its answers.
+// Whether the connection is open and its peer reads its answers; if it does not, abandons it.
 bool UnixServiceConnection::mayEnqueue() {
   if (!descriptor.isOpen() || abandoned) return false;
   if (output.unsentBytes() <= limits.unsentBytes) return true;
-  // It may be that the socket has room and nobody has tried yet.
+  // The socket may have room that nobody has tried yet.
   flush();
   if (output.unsentBytes() > limits.unsentBytes) abandon();
   return !abandoned;
@@ -114,7 +119,7 @@ std::optional<ReplyQueue::NextPiece> UnixServiceConnection::takeNextPiece() {
 void UnixServiceConnection::addPiece(std::shared_ptr<const std::string> bytes) {
   std::shared_ptr<ProcessTransaction> ended;
   MutexLock lock(mutex);
-  // The connection may have ended meanwhile, and the reply with it.
+  // The lock was free while the piece was encoded; the connection may have ended, and its queue.
   if (!descriptor.isOpen() || abandoned) return;
   output.addPiece(std::move(bytes));
   flush();
@@ -129,11 +134,11 @@ void UnixServiceConnection::flush() {
     abandon();
   }
   heldOutput.set(output.unsentBytes());
-  // Whoever made room: nobody may come by once there is nothing to write.
+  // Here, since nobody may flush again once there is nothing left to write.
   sendPiecesSoon();
 }
 
-// Shutting the socket down makes it ready, so that the loop's thread closes it.
+// Only the loop's thread may close the socket. Shutting it down wakes that thread.
 void UnixServiceConnection::abandon() {
   abandoned = true;
   output.clear();

@@ -22,10 +22,10 @@ namespace quenlet {
 namespace {
 
 constexpr std::size_t workerCount = 2;
-// After the system has been short of what a connection needs.
+// After accept() failed for lack of memory or descriptors.
 constexpr double secondsToNextAttempt = 0.1;
 
-// The socket's own buffer takes so short a message, or the peer goes without it.
+// Best effort: the buffer of a new socket has room for so short a message.
 void sayTooManyConnections(const FileDescriptor& socket) {
   WireEncoder encoder;
   ErrorWire::encode(encoder, makeServiceError(ServiceErrorCode::tooManyConnections,
@@ -53,18 +53,22 @@ UnixServiceListener::UnixServiceListener(
   context->admission = std::make_shared<RequestAdmission>(std::move(beginTransaction));
   context->held = std::make_shared<HeldBytes>(
       serviceLimits.heldBytes,
+      // Both are called where a connection holds its lock, so they only post.
       [this, posting = loop] { posting->post([this] { relieveMemory(); }); },
-      // The allocator keeps what lies between things that are still in use.
+      // The allocator does not return freed memory by itself while some around it is in use.
       [posting = loop] { posting->post(returnFreedMemory); });
 }
 
 UnixServiceListener::~UnixServiceListener() {
+  // The loop first: then nothing else touches the connections. They close before the workers end,
+  // so that large requests still waiting for a worker are dropped.
   if (!thread.joinable()) return;
   loop->stop();
   thread.join();
   watch->cancel();
   for (const auto& entry : connections) entry.second->close();
   context->workers->shutDown();
+  // While the name is still locked: the socket could be a successor's otherwise.
   ::unlink(socketPath.c_str());
 }
 
@@ -106,9 +110,9 @@ ErrorPtr UnixServiceListener::resume() {
 ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   if (!socket.isOpen()) return makePosixError(errno, "create a socket");
-  // Under the lock, what stands there was left by a listener that is no more.
+  // We hold the name's lock, so a socket that is there was left by a listener that crashed.
   ::unlink(at.socketPath().c_str());
-  // The file takes the socket's mode when it is bound.
+  // bind() gives the file the socket's mode: it is never accessible to others, not even briefly.
   if (::fchmod(socket.get(), 0600) != 0) return makePosixError(errno, "protect a socket");
   if (const int failure = at.bind(socket.get()); failure != 0) {
     return makePosixError(failure, "bind the socket of " + name);
@@ -120,9 +124,9 @@ ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
   return nullptr;
 }
 
-// One at a time: the loop comes back while more of them wait, and has served the others meanwhile.
+// Accepts one at a time: the loop serves the other connections before it comes back for the next.
 void UnixServiceListener::acceptConnection() {
-  // Who still comes waits for the end of the socket.
+  // Clients that still connect stay in the backlog until the socket is closed.
   if (context->admission->isSuspended()) return watch->setEvents(0);
   FileDescriptor accepted = acceptOne(listeningSocket);
   if (accepted.isOpen()) {
@@ -132,7 +136,7 @@ void UnixServiceListener::acceptConnection() {
   }
 }
 
-// Without a descriptor for it, the waiting connection would keep the socket ready for ever.
+// A connection that cannot be accepted keeps the socket ready, and the loop would spin.
 void UnixServiceListener::refuseOne(int failure) {
   if (failure == EMFILE && spareDescriptor.isOpen()) {
     spareDescriptor.reset();
@@ -160,7 +164,7 @@ void UnixServiceListener::resumeAccepting() {
   watch->setEvents(EPOLLIN);
 }
 
-// A socket that is being closed takes a descriptor until that is done.
+// A socket that is still being closed occupies a descriptor.
 bool UnixServiceListener::isFull() const {
   const std::size_t closing = context->patient ? context->patient->pendingBlocks() : 0;
   return connections.size() + closing >= context->limits.connections;
@@ -169,6 +173,7 @@ bool UnixServiceListener::isFull() const {
 void UnixServiceListener::admit(FileDescriptor socket) {
   Result<PeerIdentity> peer = PeerIdentity::ofSocket(socket.get());
   const bool isOurs = peer.isLeft() && (peer.left().user == ::geteuid() || peer.left().user == 0);
+  // Before isFull(): other users are told nothing.
   if (!isOurs) return closeWithoutWaiting(std::move(socket), context->patient.get());
   if (isFull()) return refuse(std::move(socket));
   std::shared_ptr<ServiceListenerDelegate> asked;
@@ -183,7 +188,7 @@ void UnixServiceListener::admit(FileDescriptor socket) {
   connections.emplace(connection.get(), connection);
   if (asked->shouldAcceptNewConnection(*this, connection)) {
     connection->start();
-    // Most clients have sent their request by now.
+    // Most clients have sent a request by now; this saves them a round of the loop.
     connection->readAtOnce();
   } else {
     connection->close();
@@ -196,6 +201,7 @@ void UnixServiceListener::connectionClosed(UnixServiceConnection& connection) {
   resumeAccepting();
 }
 
+// Posted at every addition beyond the limit; most calls find nothing left to do.
 void UnixServiceListener::relieveMemory() {
   while (context->held->isExceeded() && !connections.empty()) {
     const auto first = std::min_element(

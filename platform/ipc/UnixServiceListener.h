@@ -17,17 +17,17 @@
 namespace quenlet {
 
 // Serves a name on a Unix socket in the user's runtime directory, with a thread of its own that
-// accepts, reads and dispatches. The name is exclusive: a lock file tells a living listener from
-// what a crashed one left. Thread-safe; resume() is for one call.
+// accepts, reads and dispatches. The name is exclusive: a lock file tells a running listener from
+// the socket that a crashed one left behind. Thread-safe; call resume() once.
 //
-// Peers of other users than root are disconnected at once; a connection beyond the limit is told so
-// first. When all hold too much memory, refused peers go first, then whoever has kept a message
-// unfinished for the longest time. The end of the listener ends all its connections; it is not for
-// its own thread.
+// Peers of other users, except root, are disconnected at once; a connection beyond the limit gets
+// an error first. When the connections hold too much memory, some are closed, in the order of
+// UnixServiceConnection::Standing. The destructor ends all connections; it must not run on the
+// listener's own thread.
 class UnixServiceListener final : public ServiceListener {
  public:
-  // `beginTransaction` (none for null) is called on the listener's thread when a connection's
-  // requests are taken; what it gives lives until their answers have left or the connection ends.
+  // `beginTransaction`, which may be null, is called on the listener's thread before a connection's
+  // requests are taken. The transaction ends once their answers are sent, or with the connection.
   UnixServiceListener(std::string serviceName,
                       std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
                       ServiceLimits serviceLimits = {},
@@ -60,12 +60,12 @@ class UnixServiceListener final : public ServiceListener {
   Mutex mutex;
   std::weak_ptr<ServiceListenerDelegate> delegate GUARDED_BY(mutex);
 
-  // Set by claimName() and resume(), then the thread's own until it has ended.
+  // Set by claimName() and resume(), then used by the listener's thread only until it has ended.
   std::optional<ServiceAddress> address;
   std::shared_ptr<LockFile> nameLock;
   std::filesystem::path socketPath;
   FileDescriptor listeningSocket;
-  // Given up for a moment to accept, and refuse, one when the process has no descriptor left.
+  // Without descriptors, closed for a moment to accept a connection and refuse it.
   FileDescriptor spareDescriptor;
   std::shared_ptr<EventLoop::Watch> watch;
   // Not null while accepting is paused.

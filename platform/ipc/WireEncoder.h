@@ -9,7 +9,7 @@
 
 namespace quenlet {
 
-// Appends values in the wire's form to a buffer, without a tree in between. Containers announce
+// Appends values in the wire format to a buffer, without building a tree first. Containers announce
 // their number of elements. See docs/wire-format.md. One thread at a time.
 class WireEncoder final {
  public:
@@ -28,7 +28,7 @@ class WireEncoder final {
   WireEncoder& object(std::string_view className);
   WireEncoder& propertyList(const PropertyList& value);
   WireEncoder& propertyList(const PropertyListDictionary& entries);
-  // Values that were encoded before.
+  // Appends values that are already encoded.
   WireEncoder& encoded(std::string_view bytes);
 
   [[nodiscard]] const std::string& bytes() const { return buffer; }

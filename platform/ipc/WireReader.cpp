@@ -67,8 +67,8 @@ std::optional<std::string_view> WireReader::object() {
 
 namespace {
 
-// Builds one tree. A part that has no place in a property list, or too many of them, make the whole
-// nothing; what is left is then passed over without being built.
+// Builds one tree. A value that a property list cannot hold, or one too many, makes the result
+// nothing; the rest is then skipped without being built.
 class TreeBuilder final {
  public:
   TreeBuilder(WireReader& source, std::size_t maximumValues)
@@ -103,7 +103,7 @@ class TreeBuilder final {
   }
 
  private:
-  // Nothing is built from now on.
+  // From now on values are skipped, not built.
   std::nullopt_t refuse() {
     left = 0;
     reader.skip();
@@ -145,6 +145,7 @@ std::optional<PropertyList> WireReader::propertyList(std::size_t maximumValues) 
 
 std::string_view WireReader::skip() {
   const std::string_view before = rest;
+  // Counts instead of recursing: a head adds the values that follow it.
   for (std::uint64_t pending = rest.empty() ? 0 : 1; pending > 0; --pending) {
     const std::optional<WireToken> token = WireToken::take(rest);
     if (!token) {

@@ -26,9 +26,9 @@ enum class WireType : std::uint8_t {
 
 struct WireToken;
 
-// Reads values in the wire's form, front to back, from bytes that validateWireValues() passed; a
-// value of another type than the one asked for is "nothing" and is skipped, and so is every read at
-// the end. Views are into the bytes. One thread at a time.
+// Reads values in the wire format, front to back, from bytes that validateWireValues() accepted. A
+// value of another type than the one asked for is skipped and read as nothing, as are reads at the
+// end. Views point into the bytes. One thread at a time.
 class WireReader final {
  public:
   explicit WireReader(std::string_view validatedBytes) : rest(validatedBytes) {}
@@ -42,23 +42,24 @@ class WireReader final {
   std::optional<Date> date();
   std::optional<std::string_view> string();
   std::optional<std::string_view> data();
-  // The number of elements, which are read next. A peer can announce as many as its message has
-  // bytes: let memory grow with the elements that are read, do not reserve for the number.
+  // The number of elements, which are read next. A peer can announce one for each byte of its
+  // message: do not reserve memory for that many, let it grow with the elements read.
   std::optional<std::size_t> list();
   // The number of pairs: read string(), then the value, for each.
   std::optional<std::size_t> dictionary();
   // The class name; the content is read next.
   std::optional<std::string_view> object();
   static constexpr std::size_t unbounded = std::numeric_limits<std::size_t>::max();
-  // A whole value as a property list; nothing when it is or holds a null or an object, or consists
-  // of more than `maximumValues` values, itself and those in containers: each takes some 50 times
-  // the two bytes that it has on the wire. Of equal keys in a dictionary the last one counts.
+  // A whole value as a property list. Nothing when it is or contains a null or an object, or has
+  // more than `maximumValues` values, counting itself and all in containers: in memory a value
+  // takes about 50 times its two bytes on the wire. Of equal keys in a dictionary the last one
+  // counts.
   std::optional<PropertyList> propertyList(std::size_t maximumValues = unbounded);
-  // The bytes of the next value, whatever it is; empty at the end.
+  // The bytes of the next value, of any type; empty at the end.
   std::string_view skip();
 
  private:
-  // The next token when it has that type; otherwise nothing, past the whole value.
+  // The next token if it has that type; otherwise nothing, and the whole value is skipped.
   std::optional<WireToken> take(WireType type);
 
   std::string_view rest;

@@ -26,7 +26,7 @@ std::optional<std::uint64_t> takeFixed(std::string_view& rest) {
   return number;
 }
 
-// Seven bits a byte, lowest first; only the shortest form of a number is accepted.
+// Seven bits a byte, lowest first. Only the shortest form of a number is accepted.
 std::optional<std::uint64_t> takeSize(std::string_view& rest) {
   std::uint64_t number = 0;
   for (int shift = 0; shift < 64; shift += 7) {

@@ -9,12 +9,12 @@
 
 namespace quenlet {
 
-// Closes a connected, non-blocking Unix socket. Descriptors may be attached to what it has not
-// read, and go with it, which takes as long as their sender likes; so a thread that may wait does
-// that, where there is one.
+// Closes a connected, non-blocking Unix socket. Unread messages may carry descriptors, which close
+// with it, and closing one can block for as long as its sender likes (a connection that lingers).
+// So `patient`, if not null, does that.
 inline void closeWithoutWaiting(FileDescriptor socket, PatientThread* patient) {
   if (patient == nullptr || !socket.isOpen()) return;
-  // From here on nothing is added to what is unread.
+  // From here on nothing more can arrive.
   ::shutdown(socket.get(), SHUT_RD);
   char byte = 0;
   if (::recv(socket.get(), &byte, 1, MSG_DONTWAIT | MSG_PEEK) > 0)
