@@ -9,16 +9,16 @@
 
 namespace quenlet {
 
-// How an account travels: an object of class "Account" with its property-list form as content, or
+// An account on the wire: an object of class "Account" with its property-list form as content, or
 // null for no account. Stateless.
 class AccountWire final {
  public:
   static constexpr char className[] = "Account";
 
   static void encode(WireEncoder& encoder, const AccountPtr& account);
-  // Reads one value; an invalidArguments error when it is neither null nor a whole account of at
-  // most Account::maximumValues, notSerializable for one that no property list can hold. The
-  // account is one of `accountStore`.
+  // Reads one value. Errors: invalidArguments when it is neither null nor a complete account of at
+  // most Account::maximumValues; notSerializable when a property list cannot hold it. The account
+  // gets `accountStore` as its store.
   [[nodiscard]] static Result<AccountPtr> decode(WireReader& reader,
                                                  std::weak_ptr<AccountStore> accountStore);
 };

@@ -45,8 +45,8 @@ void encodeEntries(WireEncoder& encoder, const char* key, const LabeledValues<T>
   }
 }
 
-// What follows reads one value and says whether it is what it has to be; if not, the place of the
-// reader is somewhere in that value. No trees are built: a client waits for this.
+// The read() functions below read one value and return whether it is valid; if not, the reader is
+// left somewhere inside that value. They build no trees: a client is waiting.
 
 bool read(WireReader& reader, std::string& text) {
   const std::optional<std::string_view> value = reader.string();
@@ -72,13 +72,13 @@ bool read(WireReader& reader, Date& date) {
   return seconds && std::isfinite(*seconds);
 }
 
-// What a later agent may say.
+// Skips the value of a key that this version does not know.
 bool passOver(WireReader& reader) {
   reader.skip();
   return true;
 }
 
-// A dictionary: calls `readEntry` with each key, to read what belongs to it.
+// Reads a dictionary; `readEntry` is called with each key and reads its value.
 template <typename ReadEntry>
 bool readDictionary(WireReader& reader, const ReadEntry& readEntry) {
   const std::optional<std::size_t> count = reader.dictionary();
@@ -163,7 +163,7 @@ bool read(WireReader& reader, ContactFields& fields) {
   });
 }
 
-// How many fields of the contact are written.
+// The number of fields that encode() writes.
 std::size_t countFields(const Contact& contact) {
   std::size_t count = 0;
   for (const std::string* text :
@@ -199,6 +199,7 @@ void ContactWire::encode(WireEncoder& encoder, const Contact& contact) {
 }
 
 std::shared_ptr<const Contact> ContactWire::decode(WireReader& reader) {
+  // On a copy: a failed read stops inside the value, and `reader` must move past all of it.
   WireReader content = reader;
   ContactFields fields;
   if (content.nextType() == WireType::object && content.object() == className &&

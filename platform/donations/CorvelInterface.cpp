@@ -17,7 +17,7 @@ ServiceInterface makeCorvelInterface() {
   const WireParameter text{WireType::string};
   const WireParameter list{WireType::list};
   const WireParameter flag{WireType::boolean};
-  // Its class is not part of the signature: the service says which objects it takes here.
+  // The signature leaves the class open; the service adds the classes that it accepts.
   const WireParameter anyObject{WireType::object, true};
   const WireParameter either{
       WireType::object,

@@ -2,8 +2,7 @@
 
 #include "platform/ipc/ServiceInterface.h"
 
-// The agent's named service as it stands on the wire: its name, the names of its operations and
-// what each of them takes and replies.
+// The agent's service on the wire: its name and its operations with their arguments and replies.
 namespace quenlet {
 
 inline constexpr char CorvelServiceName[] = "ovaro.quenlet.agent";
@@ -23,8 +22,8 @@ inline constexpr char rejectCluster[] = "rejectValuesWithClusterIdentifier:compl
 inline constexpr char removeRejections[] = "removeAllRejectionsWithCompletionHandler:";
 }  // namespace CorvelSelector
 
-// The interface as its signatures give it: replies have their classes, the elements of the donated
-// list and the accounts do not have theirs yet. The service adds these (configureDonate()).
+// The interface as far as the signatures determine it: the classes in replies are set. The service
+// adds those of the donated list's elements and of the accounts (configureDonate()).
 [[nodiscard]] ServiceInterface makeCorvelInterface();
 
 }  // namespace quenlet

@@ -23,8 +23,8 @@ using EitherContactReply = std::function<void(Result<ContactPtr> contactOrError)
 using DonationsReply =
     std::function<void(std::shared_ptr<const DonationValues> values, ErrorPtr error)>;
 
-// What clients ask of the agent. Nothing throws; each operation replies exactly once through its
-// handler. Implementations say on which thread.
+// The operations that the agent offers to clients. None throws; each replies exactly once through
+// its handler. Implementations say on which thread.
 class CorvelProtocol {
  public:
   virtual ~CorvelProtocol() = default;

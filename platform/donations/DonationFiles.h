@@ -1,6 +1,6 @@
 #pragma once
 
-// The files in which an agent keeps donations, and what other programs of the user share with it.
+// The files in which an agent keeps donations; it shares some with other programs of the user.
 namespace quenlet::DonationFiles {
 
 // Below the home directory.
@@ -10,7 +10,7 @@ inline constexpr char rejections[] = "rejections.json";
 inline constexpr char bundleVersions[] = "bundle_versions.plist";
 // The key of the table in that file.
 inline constexpr char versionsKey[] = "versions";
-// Locked by an agent for its life.
+// Held locked by an agent while it runs.
 inline constexpr char agentLock[] = "agent.lock";
 
 }  // namespace quenlet::DonationFiles

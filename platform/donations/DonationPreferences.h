@@ -13,13 +13,13 @@ namespace quenlet {
 class DonationPreferences : public std::enable_shared_from_this<DonationPreferences> {
  public:
   virtual ~DonationPreferences() = default;
-  // The donations-enabled preference; true when it was never set, false while it is unknown.
+  // The donations-enabled preference: true if it was never set, false while it is unknown.
   [[nodiscard]] virtual bool isDonationsEnabled() = 0;
-  // Durable when it returns; an error when it could not be written, and then nothing changed.
+  // Durable when it returns null. After an error nothing has changed.
   [[nodiscard]] virtual ErrorPtr setDonationsEnabled(bool enabled) = 0;
-  // The donations-enabled preference as it is at subscribe: (delivered during that call) and after
-  // each change, whichever process made it. Nothing is delivered while the preference is unknown:
-  // it has been set, but what was said cannot be read. Never completes.
+  // Delivers the donations-enabled preference during subscribe() and after each change by any
+  // process. Delivers nothing while the preference is unknown, that is, may have been set but
+  // cannot be read. Never completes.
   [[nodiscard]] virtual std::shared_ptr<Observable<bool>> observableWithPreferences(
       std::shared_ptr<DistributedNotificationCenter> notificationCenter,
       std::shared_ptr<SchedulerProvider> schedulerProvider) = 0;

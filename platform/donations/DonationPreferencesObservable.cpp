@@ -12,14 +12,15 @@
 namespace quenlet {
 namespace {
 
-// Whatever may have changed the preference leads to check(), which runs on the loop's thread alone,
-// so that values are delivered in the order in which they were read.
+// Every hint of a change leads to check(), which runs on the loop's thread only: values are
+// delivered in the order in which they were read. The exception is the first value, which start()
+// delivers on the subscriber's thread; check() does nothing before that is over.
 class Subscription final : public std::enable_shared_from_this<Subscription> {
  public:
   Subscription(DonationPreferencesObservable::Read readPreference, Observer<bool> told)
       : read(std::move(readPreference)), observer(std::move(told)) {}
 
-  // `registrations` are what calls check(); they end with the subscription.
+  // `registrations` call check(); they are cancelled with the subscription.
   void start(std::vector<std::shared_ptr<Cancelable>> registrations, EventLoop& eventLoop) {
     const std::optional<bool> value = read();
     if (value) deliver(*value);
@@ -29,7 +30,7 @@ class Subscription final : public std::enable_shared_from_this<Subscription> {
       delivered = value;
       started = true;
     }
-    // What was hinted at during the first delivery was left for now.
+    // Hints during the first delivery were ignored; this makes up for them.
     eventLoop.post([self = shared_from_this()] { self->check(); });
   }
 

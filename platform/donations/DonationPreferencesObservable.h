@@ -12,15 +12,16 @@
 namespace quenlet {
 
 // The donations-enabled preference over time: the value at subscribe(), delivered during that call
-// if it is known, then on the event loop's thread each value that differs from the one before.
+// if it is known, then each value that differs from the one before, on the event loop's thread.
 // Never completes. Thread-safe. A subscription keeps what it needs alive until its token is
-// cancelled; a token that is cancelled on the loop's thread stops delivery at once.
+// cancelled. Cancelled on the loop's thread, it delivers nothing more; on another thread, a
+// delivery may still be under way.
 class DonationPreferencesObservable final : public Observable<bool> {
  public:
-  // The preference as it is now; nothing while it is unknown. On any thread.
+  // Returns the current preference; nothing while it is unknown. Called on any thread.
   using Read = std::function<std::optional<bool>()>;
 
-  // `file` is where the preferences are kept; it is watched as long as somebody is subscribed.
+  // `file` holds the preferences. Each subscription watches it.
   DonationPreferencesObservable(Read read, std::filesystem::path file, EventLoop& eventLoop,
                                 std::shared_ptr<DistributedNotificationCenter> notificationCenter);
 

@@ -7,7 +7,7 @@
 namespace quenlet {
 namespace {
 
-// A record of ours has about twenty.
+// Records that donors make have about twenty.
 constexpr std::size_t maximumValuesInRecord = 1000;
 
 using DecodedList = Result<DonationValues>;
@@ -17,7 +17,7 @@ DecodedRecord notSerializable(const std::string& reason) {
   return DecodedRecord::right(makeDonationError(DonationErrorCode::notSerializable, reason));
 }
 
-// The content of one object of the class; nothing when that is not what comes next.
+// The content of the next value if it is an object of our class; nothing otherwise.
 std::optional<PropertyList> takeRecord(WireReader& reader) {
   const std::optional<std::string_view> name = reader.object();
   if (name == DonationWire::className) return reader.propertyList(maximumValuesInRecord);
@@ -25,7 +25,7 @@ std::optional<PropertyList> takeRecord(WireReader& reader) {
   return std::nullopt;
 }
 
-// The bounds come first: what is found out about a record costs more for large ones.
+// Checks the bounds first: everything else costs more the larger the record is.
 DecodedRecord decodeDonatedValue(WireReader& reader) {
   const std::optional<PropertyList> content = takeRecord(reader);
   const PropertyListDictionary* entries = content ? content->dictionary() : nullptr;
@@ -38,7 +38,7 @@ DecodedRecord decodeDonatedValue(WireReader& reader) {
   return DecodedRecord::left(std::move(value));
 }
 
-// Reads a list of what `decodeElement` reads; null elements and errors end it.
+// Reads a list, each element with `decodeElement`. Fails at the first error or null element.
 template <typename DecodeElement>
 DecodedList decodeList(WireReader& reader, const DecodeElement& decodeElement) {
   const std::optional<std::size_t> count = reader.list();

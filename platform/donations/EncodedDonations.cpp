@@ -9,14 +9,17 @@ namespace quenlet {
 
 namespace {
 
-// A piece is a little longer than this, or as long as its last donation.
+// A piece ends with the donation that takes it past this size.
 constexpr std::size_t pieceSizeInBytes = std::size_t{256} << 10;
+// The pieces of a list up to this size stay in memory; others only while a client holds them.
 constexpr std::size_t shortListInBytes = std::size_t{1} << 20;
 
 }  // namespace
 
 EncodedDonations::EncodedDonations(std::shared_ptr<const DonationValues> donations)
     : values(std::move(donations)) {
+  // Encodes everything once, a piece at a time: the header of the reply needs the size, and pieces
+  // must end at the same places each time.
   std::size_t end = 0;
   do {
     std::string bytes = encode(end);
@@ -38,7 +41,7 @@ std::string EncodedDonations::encode(std::size_t& begin) const {
   while (begin < values->size() && encoder.bytes().size() < pieceSizeInBytes) {
     DonationWire::encodeValue(encoder, *(*values)[begin++]);
   }
-  // After the list stands the error that there was not.
+  // The reply has two values: the list and, null here, the error.
   if (begin == values->size()) ErrorWire::encode(encoder, nullptr);
   return std::move(encoder).take();
 }
@@ -49,6 +52,7 @@ std::shared_ptr<const std::string> EncodedDonations::piece(std::size_t index) co
     MutexLock lock(mutex);
     if (auto held = shared.at(index).lock()) return held;
   }
+  // Encoded without the lock: two readers may do it at once, and the first to finish is shared.
   std::size_t begin = index == 0 ? 0 : ends[index - 1];
   auto made = std::make_shared<const std::string>(encode(begin));
   MutexLock lock(mutex);
@@ -59,7 +63,7 @@ std::shared_ptr<const std::string> EncodedDonations::piece(std::size_t index) co
 
 EncodedReplyPtr DonationListReplies::replyFor(
     const std::shared_ptr<const DonationValues>& donations) {
-  // Under the lock, so that of two who ask at once one has nothing to do.
+  // Under the lock, although it encodes the list once: a second caller then shares the result.
   MutexLock lock(mutex);
   auto reply = latest.lock();
   if (!reply || reply->donations() != donations) {

@@ -10,9 +10,9 @@
 
 namespace quenlet {
 
-// The reply that lists all donations. Those who read it at the same time share its pieces: each is
-// encoded when the first of them gets there, and kept while one of them holds it; those of a short
-// list are kept with the reply. Thread-safe.
+// The reply that lists all donations. Clients that read it at the same time share its pieces: a
+// piece is encoded when the first client gets there, and kept while a client holds it. The pieces
+// of a short list are kept with the reply. Thread-safe.
 class EncodedDonations final : public EncodedReply {
  public:
   // Encodes the list once, to find its size.
@@ -25,21 +25,20 @@ class EncodedDonations final : public EncodedReply {
       EXCLUDES(mutex);
 
  private:
-  // Of the values from `begin` on, until it is long enough; `begin` goes behind the last of them.
+  // Encodes values from `begin` on until the piece is long enough, and moves `begin` past them.
   [[nodiscard]] std::string encode(std::size_t& begin) const;
 
   const std::shared_ptr<const DonationValues> values;
   std::size_t size = 0;
-  // For each piece, the values before it and in it.
+  // For each piece, the number of values up to its end.
   std::vector<std::size_t> ends;
-  // The pieces of a short list.
+  // The pieces of a short list; empty for others.
   std::vector<std::shared_ptr<const std::string>> kept;
   mutable Mutex mutex;
   mutable std::vector<std::weak_ptr<const std::string>> shared GUARDED_BY(mutex);
 };
 
-// Gives those who ask for the same list the same reply, as long as one of them reads it.
-// Thread-safe.
+// Gives requests for the same list the same reply, while one of them still holds it. Thread-safe.
 class DonationListReplies final {
  public:
   [[nodiscard]] EncodedReplyPtr replyFor(const std::shared_ptr<const DonationValues>& donations)

@@ -11,8 +11,8 @@ namespace {
 
 constexpr char imageDataKey[] = "imageData";
 
-// Every key begins with a letter for the kind; fields carry their length, so that no two lists of
-// fields share a key. An absent field differs from an empty one.
+// A key is a letter for the kind, then the content. Fields are preceded by their length: otherwise
+// ("ab", "c") and ("a", "bc") would share a key. Absent differs from empty: "-" and "0:".
 void appendField(std::string& key, std::string_view text) {
   const std::string canonical = canonicalKey(text);
   key += std::to_string(canonical.size());

@@ -8,11 +8,11 @@
 
 namespace quenlet {
 
-// What the feedback store knows of one value: its content without label, style and origin, as the
-// entry that the file holds and as the text by which two contents are compared. A value type.
+// A donated value as the feedback store sees it: the content without label, style and origin, both
+// as an entry of the file and as a key to compare by. A value type.
 struct FeedbackContent final {
-  // Equal for two contents exactly when they are the same to the owner: e-mail addresses with the
-  // same normal form, phone numbers with the same digits, names and postal addresses with
+  // Two contents have the same key exactly when they are the same to the owner: e-mail addresses
+  // with the same normal form, phone numbers with the same digits, names and postal addresses with
   // canonically equivalent fields, images with the same bytes.
   std::string key;
   PropertyListDictionary entry;

@@ -11,7 +11,7 @@ constexpr char statusKey[] = "status";
 constexpr char rejectedStatus[] = "rejected";
 constexpr char confirmedStatus[] = "confirmed";
 
-// The key of one element of a contact's list, when that says what the owner thinks of a content.
+// The key of one element of a contact's list; nothing unless it has a known status and content.
 std::optional<std::string> keyOfElement(const PropertyList& element) {
   const PropertyListDictionary* entry = element.dictionary();
   const std::string* status = entry ? findString(*entry, statusKey) : nullptr;
@@ -65,6 +65,7 @@ bool FeedbackEntries::addRejected(const std::vector<FeedbackContent>& contents,
   }
   bool changed = false;
   for (const FeedbackContent& content : contents) {
+    // Additions are registered as well: a batch may contain the same content twice.
     const auto [found, isNew] = positions.emplace(content.key, list.size());
     if (isNew) {
       list.push_back(rejectedElement(content));

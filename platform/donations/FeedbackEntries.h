@@ -12,8 +12,8 @@
 
 namespace quenlet {
 
-// What stands in the feedback file: for each contact identifier a list of contents with their
-// status, "rejected" or "confirmed". What is not understood counts for nothing. Pure functions.
+// The content of the feedback file: for each contact identifier a list of contents with their
+// status, "rejected" or "confirmed". Unknown elements are ignored. Pure functions.
 class FeedbackEntries final {
  public:
   // The keys of all contents with a known status, by contact identifier.
@@ -24,10 +24,10 @@ class FeedbackEntries final {
   FeedbackEntries() = delete;
 
   [[nodiscard]] static KeySetsPtr keySetsOfFile(const PropertyListDictionary& contacts);
-  // Whether there are keys in `sets` that are not in `former`, null for no keys.
+  // Whether `sets` has keys that `former` lacks; a null `former` has none.
   [[nodiscard]] static bool hasMore(const KeySets& sets, const KeySetsPtr& former);
-  // Adds those contents to a contact's list that it does not hold as rejected; one that was
-  // confirmed before stays one entry, and becomes a rejected one. Whether the list changed.
+  // Adds to a contact's list the contents that it does not hold as rejected; a confirmed entry
+  // becomes a rejected one. Returns whether the list changed.
   static bool addRejected(const std::vector<FeedbackContent>& contents, PropertyListArray& list);
 };
 

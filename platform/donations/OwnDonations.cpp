@@ -7,7 +7,7 @@
 namespace quenlet {
 namespace {
 
-// Why a value is not stored; null when it is.
+// Why a value cannot be stored; null if it can.
 ErrorPtr problemOf(const DonationValue& value) {
   const auto leftOut = [](const std::string& reason) {
     return makeDonationError(DonationErrorCode::notSerializable,

@@ -43,7 +43,7 @@ ErrorPtr PropertyListDonationPreferences::setDonationsEnabled(bool enabled) {
     entries.insert_or_assign(donationsEnabledKey, enabled);
     return true;
   };
-  // The owner's own word replaces whatever the file said.
+  // The owner's decision must get through, so a damaged file is replaced; a copy of it is kept.
   const Future<bool> written = file.update(change, PropertyListFile::OnDamage::replaceFile);
   const Result<bool>& outcome = written.result();
   if (!outcome.isLeft()) return outcome.right();

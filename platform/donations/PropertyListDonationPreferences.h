@@ -16,28 +16,27 @@ namespace quenlet {
 inline constexpr char DonationPreferencesDidChangeNotification[] =
     "ovaro.quenlet.donation-preferences-did-change";
 
-// Preferences in a property-list file, which people may edit and other programs may write.
-// Thread-safe; held by a shared pointer. Other keys in the file survive each write.
+// Preferences in a property-list file that people may edit and other programs may write.
+// Thread-safe; must be held by a shared pointer. Other keys in the file survive each write.
 //
-// While the file cannot be read, the value read last counts, so that neither damage nor an editor
-// at work switches donations back on. Before the first value the preference is unknown, which is
-// said on standard error once: somebody may have switched donations off in there.
+// While the file cannot be read, the last value read counts: neither damage nor an editor at work
+// may switch donations back on. If no value was read yet, the preference is unknown, since the file
+// may say that donations are off; that is reported on standard error once.
 class PropertyListDonationPreferences final : public DonationPreferences {
  public:
-  // Changes of the file are heard on `eventLoop`; `notificationCenter` is where own changes are
-  // posted.
+  // `eventLoop` watches the file; changes by setDonationsEnabled() are posted to
+  // `notificationCenter`.
   PropertyListDonationPreferences(
       std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy, EventLoop& eventLoop,
       std::shared_ptr<DistributedNotificationCenter> notificationCenter);
 
-  // Anything but a boolean in the file counts as never set. False while the preference is unknown.
+  // A value that is not a boolean counts as never set. False while the preference is unknown.
   [[nodiscard]] bool isDonationsEnabled() override;
-  // Waits for the file layer's writer thread: do not call it there.
+  // Blocks until the file layer's writer thread has written: do not call it on that thread.
   [[nodiscard]] ErrorPtr setDonationsEnabled(bool enabled) override;
-  // Delivers the value that counts at the subscription, if it is known, on the subscriber's thread,
-  // and then values that differ from the one delivered before on the event loop's. Hears of changes
-  // by watching the file and by `notificationCenter`. A subscription keeps the preferences alive
-  // until cancelled.
+  // Delivers the current value, if it is known, on the subscriber's thread, then values that differ
+  // from the one delivered before on the event loop's. Notices changes by watching the file and
+  // through `notificationCenter`. A subscription keeps the preferences alive until it is cancelled.
   [[nodiscard]] std::shared_ptr<Observable<bool>> observableWithPreferences(
       std::shared_ptr<DistributedNotificationCenter> notificationCenter,
       std::shared_ptr<SchedulerProvider> schedulerProvider) override;

@@ -14,6 +14,20 @@
 #include "platform/foundation/PropertyListSerializer.h"
 
 namespace quenlet {
+
+// A cache of the file's keys, a queue of rejections, and the order between the two:
+//
+//   look-up ------> keySets(): not stale? `known`, without touching the file
+//                     | stale: read the file (no lock of ours or the file's is held)
+//                     +-- read ----> takeOver(): becomes `known` if nothing changed meanwhile
+//                     +-- failed --> keepKnown(): `known` stays; retryLater() if it may pass
+//   file watch ---> fileDidChange(): stale, next generation; reads soon if anybody ever asked
+//   rejection ----> submit() -> writeWaiting(): a batch, under the file's lock -> publish()
+//
+// `generation` counts the changes heard of. A reading that began under another generation than it
+// ends with, or during our own write, answers its own look-up but is not kept. The change handler
+// is called when keys appear that a look-up may have denied; our own rejections do not count.
+
 namespace {
 
 using KeySetsPtr = FeedbackEntries::KeySetsPtr;
@@ -24,8 +38,8 @@ struct Rejection final {
   std::function<void(ErrorPtr)> completionHandler;
 };
 
-// Whether the file can hold it, asked for each rejection alone, so that one which it cannot hold
-// does not fail those that share its write.
+// Checks that the file can hold the rejection. Each is checked alone: a bad one must not fail the
+// others of its batch.
 ErrorPtr serializationError(const Rejection& rejection) {
   PropertyListArray elements;
   FeedbackEntries::addRejected(rejection.contents, elements);
@@ -62,13 +76,13 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
       MutexLock lock(mutex);
       ++generation;
       isStale = true;
-      // What a write of ours changes is no news; what others change meanwhile is read after it.
+      // Our own write is not news. writeWaiting() later reads what others have changed meanwhile.
       if (!isAsked || isWriting) return;
     }
     worker->performBlock([self = shared_from_this()] { static_cast<void>(self->keySets()); });
   }
 
-  // Takes over what a write of ours left in the file. The next look-up still reads it, as another
+  // Called after our own write, with the keys before and after it. The file stays stale: another
   // program may have changed it right after.
   void publish(const KeySetsPtr& before, KeySetsPtr after) EXCLUDES(mutex) {
     std::function<void()> told;
@@ -76,14 +90,14 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
       MutexLock lock(mutex);
       ++generation;
       isStale = true;
-      // Our own additions are gone from wherever they were looked up.
+      // Compares the keys before our own additions: the callers that rejected those know already.
       if (isAsked && FeedbackEntries::hasMore(*before, known)) told = changeHandler;
       known = std::move(after);
     }
     if (told) told();
   }
 
-  // Null while nothing is known.
+  // The current keys, from the file if it has changed; null while nothing is known.
   KeySetsPtr keySets() EXCLUDES(mutex) {
     bool wasAsked = false;
     std::uint64_t readGeneration = 0;
@@ -100,8 +114,8 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
     return keepKnown(contacts.right(), readGeneration);
   }
 
-  // What was read while the file changed, or while we change it, is good for this look-up, but not
-  // for the next one.
+  // If the file has changed during the reading, or we are changing it, the sets are good enough for
+  // this look-up, but not to be kept.
   KeySetsPtr takeOver(KeySetsPtr sets, std::uint64_t readGeneration, bool wasAsked)
       EXCLUDES(mutex) {
     std::function<void()> told;
@@ -118,8 +132,8 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
   }
 
   KeySetsPtr keepKnown(const ErrorPtr& error, std::uint64_t readGeneration) EXCLUDES(mutex) {
-    // A file that makes no sense now is changed by the one who makes it whole, and the watch tells;
-    // what the system refuses may work next time without a change.
+    // Damage is repaired by changing the file, which the watch notices. An error of the system can
+    // pass without any change, so only a timer helps.
     if (error->domain() != PropertyListErrorDomain) retryLater();
     MutexLock lock(mutex);
     if (generation == readGeneration) isStale = false;
@@ -161,13 +175,14 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
     writeWaitingSoon();
   }
 
-  // Never on the thread that completes writes: others' donations go through it, and the file's lock
-  // can take a while.
+  // On the worker, never on the thread that completes writes: waiting for the file's lock there
+  // would hold up everyone's donations.
   void writeWaitingSoon() {
     worker->performBlock([self = shared_from_this()] { self->writeWaiting(); });
   }
 
-  // One at a time: the one that set isWriting, then the one after a write.
+  // Never runs twice at once: submit() posts it only when it sets isWriting, and each write posts
+  // it again on completion, until nothing is waiting.
   void writeWaiting() EXCLUDES(mutex) {
     auto batch = std::make_shared<std::vector<Rejection>>();
     bool mustLook = false;
@@ -204,8 +219,8 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
     });
   }
 
-  // Adds what the file does not hold yet; a content that was confirmed before stays one entry, and
-  // becomes a rejected one.
+  // Adds the rejection to the contact's list. An entry of another type than a list is replaced,
+  // after a copy of the file was kept.
   bool merge(const Rejection& rejection, PropertyListDictionary& contacts) const {
     PropertyListArray list;
     if (const PropertyList* present = findEntry(contacts, rejection.contactIdentifier)) {

@@ -13,13 +13,13 @@ namespace {
 
 bool isDamage(const ErrorPtr& error) { return error->domain() == PropertyListErrorDomain; }
 
-// The same error, for somebody who does not know which file it is about.
+// The same error with the name of the file, which the caller may not know.
 ErrorPtr damageNaming(const std::filesystem::path& file, const Error& damage) {
   return makeError(damage.domain(), damage.code(),
                    file.filename().string() + " is damaged: " + damage.debugDescription());
 }
 
-// The first write finds no directory yet, but its lock file has to lie there.
+// Creates the directory if needed: before the first write there is none for the lock file.
 Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file,
                                              std::chrono::milliseconds patience) {
   PosixFileOperations operations;
@@ -74,8 +74,10 @@ Future<bool> PropertyListFile::update(const Change& change, OnDamage onDamage) c
 
   const Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(entries));
   if (!bytes.isLeft()) return Future<bool>::futureWithError(bytes.right());
+  // Not earlier: if nothing is written in its place, the damaged file stays and needs no copy.
   if (damaged) keepDamagedFile();
   const Promise<bool> promise;
+  // Frees the lock before the future completes: a handler may start the next change at once.
   dataProxy->writeData(bytes.left(), filePath, WritingOptions::atomic)
       .onCompletion([promise, lock = std::move(lock)](const Result<bool>& outcome) mutable {
         lock.reset();

@@ -21,7 +21,7 @@ ErrorPtr PropertyListUserDefaults::setObject(PropertyList object, const std::str
     entries.insert_or_assign(forKey, std::move(object));
     return true;
   };
-  // What cannot be read may hold a preference that must not be lost.
+  // A damaged file may hold a preference that must not be lost.
   const Future<bool> written = file.update(change, PropertyListFile::OnDamage::fail);
   const Result<bool>& outcome = written.result();
   return outcome.isLeft() ? nullptr : outcome.right();

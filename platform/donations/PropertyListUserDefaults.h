@@ -9,13 +9,13 @@
 
 namespace quenlet {
 
-// User defaults in a property-list file, one entry a key. Thread-safe. Other keys in the file,
-// known or not, survive each write; a file that cannot be read, damaged ones among them, fails it
-// and stays as it is. setObject() waits for the file layer's writer thread: do not call it there.
-// It waits for other programs at work on the file as well, but not for long.
+// User defaults in a property-list file, one entry per key. Thread-safe. Other keys in the file,
+// known or not, survive each write. If the file is damaged or cannot be read, the write fails and
+// the file stays as it is. setObject() blocks until the file layer's writer thread has written: do
+// not call it on that thread. It also waits for other programs that change the file.
 class PropertyListUserDefaults final : public UserDefaults {
  public:
-  // `lockPatience` is how long setObject() lets others have the file's lock.
+  // `lockPatience` is how long setObject() waits for the file's lock.
   PropertyListUserDefaults(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy,
                            std::chrono::milliseconds lockPatience = LockFile::usualPatience);
 

@@ -8,19 +8,18 @@
 
 namespace quenlet {
 
-// The file of a user's preferences and defaults, from the home directory.
+// The file of a user's preferences and defaults, relative to the home directory.
 inline constexpr char PreferencesPath[] = "Library/Preferences/ovaro.quenlet.plist";
-// Holds the date of the last daily report that did not come too soon.
+// Holds the date of the last daily report that was not too early.
 inline constexpr char LastMetricsAttemptKey[] = "last-metrics-attempt";
 
 // Small facts that outlive the process, by key. Thread-safe.
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
-  // The object last set for `key`, by whichever process; nothing when there is none or it cannot be
-  // read.
+  // The object last set for `key` by any process; nothing when there is none or it cannot be read.
   [[nodiscard]] virtual std::optional<PropertyList> objectForKey(const std::string& key) = 0;
-  // Durable when it returns; an error when it could not be written, and then nothing changed.
+  // Durable when it returns null. After an error nothing has changed.
   [[nodiscard]] virtual ErrorPtr setObject(PropertyList object, const std::string& forKey) = 0;
 };
 
