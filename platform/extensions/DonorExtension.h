@@ -12,29 +12,29 @@
 
 namespace quenlet {
 
-// What is installed under a donor's bundle identifier: a DonorExtension, or something else that
-// registered itself but cannot be asked for donations. Thread-safe.
+// An object installed under a bundle identifier: a DonorExtension, or a registration that cannot be
+// asked for donations. Thread-safe.
 class DonorObject {
  public:
   virtual ~DonorObject() = default;
-  // For a log or a terminal: what it is and its bundle identifier.
+  // For a log or a terminal: its kind and bundle identifier.
   [[nodiscard]] virtual std::string description() const = 0;
 };
 
 using DonorObjectPtr = std::shared_ptr<DonorObject>;
 
-// A donor that can be asked. Thread-safe; nothing waits for the donor.
+// A donor that can be asked. Thread-safe; no call waits for the donor.
 class DonorExtension : public DonorObject {
  public:
   // The new expiration date or nothing, and the donor's error or null. Called once, on any thread.
   using AcknowledgementHandler =
       std::function<void(std::optional<Date> newExpirationDate, ErrorPtr error)>;
 
-  // Asks until when the value holds; a date that has passed withdraws it. A donor that cannot be
-  // started, breaks, or is late is an error.
+  // Asks until when the value is valid; a date in the past withdraws it. An error when the donor
+  // cannot be started, breaks down, or is late.
   virtual void renewExpirationDateForDonatedValue(
       DonationValuePtr value, AcknowledgementHandler acknowledgementHandler) = 0;
-  // Asks for a donation of all that the donor has.
+  // Asks the donor to donate all its values.
   virtual void redonateAllValuesWithReason(std::uint64_t reason) = 0;
 };
 

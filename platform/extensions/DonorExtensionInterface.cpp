@@ -24,6 +24,7 @@ ServiceInterface makeDonorExtensionInterface() {
 
 ErrorPtr boundedDonorError(const ErrorPtr& error) {
   if (!error) return nullptr;
+  // At most a quarter for the domain: the sentence says more.
   std::string domain = onOneLine(error->domain(), maximumDonorErrorTextInBytes / 4);
   std::string sentence =
       onOneLine(error->debugDescription(), maximumDonorErrorTextInBytes - domain.size());

@@ -7,12 +7,12 @@
 
 namespace quenlet {
 
-// Loads what is installed for donors. Thread-safe.
+// Loads installed donors. Thread-safe.
 class DonorLoader {
  public:
   virtual ~DonorLoader() = default;
   // `donorWithIdentifier:`. Fails when nothing usable is installed for that bundle identifier, or
-  // it cannot be started. Completes on any thread, perhaps before it returns.
+  // the donor cannot be started. Completes on any thread, perhaps before it returns.
   [[nodiscard]] virtual Future<DonorObjectPtr> donorWithIdentifier(
       const std::string& bundleIdentifier) = 0;
 };

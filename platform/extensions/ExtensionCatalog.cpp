@@ -21,7 +21,7 @@ Result<TrustedDirectory> openParts(const ManifestDirectory& directory) {
 
 }  // namespace
 
-// One pass over the directories.
+// One reading of the directories.
 class ExtensionCatalog::Reading final {
  public:
   void addDirectory(const ManifestDirectory& directory) {
@@ -46,8 +46,8 @@ class ExtensionCatalog::Reading final {
   Problems problems;
 
  private:
-  // A directory that is there and was not opened because of who can write it, or a part on the way
-  // to it, is no error of the system's.
+  // An existing directory that is not trusted, because others can write it or a parent, is ignored:
+  // that is a problem to report. Any other failure means that manifests may be missing.
   void addFailure(const std::filesystem::path& path, const ErrorPtr& error) {
     std::error_code failure;
     const auto found = std::filesystem::status(path, failure).type();
@@ -89,6 +89,7 @@ ExtensionCatalog::ExtensionCatalog(std::vector<ManifestDirectory> manifestDirect
     : directories(std::move(manifestDirectories)) {}
 
 std::shared_ptr<const ExtensionCatalog::Content> ExtensionCatalog::read() const {
+  // The age counts from the start: files may change after they were read.
   const auto begin = std::chrono::steady_clock::now();
   Reading reading;
   for (const ManifestDirectory& directory : directories) reading.addDirectory(directory);
@@ -120,7 +121,7 @@ Result<ExtensionManifestPtr> ExtensionCatalog::Content::manifest(
 }
 
 void ExtensionCatalog::report(const Problems& problems) const {
-  // A subject without a problem is forgotten, so that the next one is told again.
+  // Forgets the reporters of problems that are over: if one comes back, it is reported again.
   std::map<std::string, std::shared_ptr<ProblemReporter>> current;
   {
     MutexLock lock(mutex);

@@ -14,38 +14,38 @@
 
 namespace quenlet {
 
-// The manifests (*.plist) in some directories. A manifest or directory that
-// somebody else can have written, or a manifest that is damaged, is passed over with a line on
-// standard error; not again while that lasts. Thread-safe.
+// The manifests (*.plist) in a list of directories. A manifest or directory that others can write,
+// or a damaged manifest, is skipped and reported on standard error once while that lasts.
+// Thread-safe.
 class ExtensionCatalog final {
  public:
-  // Looked at in one directory, good or bad.
+  // How many manifests are read in one directory, good or bad.
   static constexpr std::size_t maximumManifests = 1000;
 
   struct Content final {
-    // By the order of the directories, then by file name; the first one of each bundle identifier.
+    // By directory in their order, then by file name; the first one for each bundle identifier.
     std::vector<ExtensionManifestPtr> manifests;
-    // Not null when a directory is there but cannot be read: manifests may be missing.
+    // Set when a directory exists but cannot be read: manifests may be missing.
     ErrorPtr unreadable;
     // The same manifests by the canonical key of their bundle identifiers.
     std::map<std::string, ExtensionManifestPtr> byBundle;
 
-    // What is installed under `bundleIdentifier`, by canonical equivalence. Errors: notInstalled,
+    // The manifest for `bundleIdentifier`, compared by canonical equivalence. Errors: notInstalled,
     // manifestsUnreadable.
     [[nodiscard]] Result<ExtensionManifestPtr> manifest(const std::string& bundleIdentifier) const;
   };
 
-  // A directory that does not exist holds nothing.
+  // Directories that do not exist are ignored.
   explicit ExtensionCatalog(std::vector<ManifestDirectory> manifestDirectories);
 
   [[nodiscard]] std::shared_ptr<const Content> read() const EXCLUDES(mutex);
-  // What was read within the last second, or else now. Renewal asks 2 s after the donation that it
-  // is about, so that it misses nothing that was installed by then.
+  // The last content if it is at most a second old, else read(). Renewal asks 2 s after a donation,
+  // so it always sees the extensions that were installed by the time of the donation.
   [[nodiscard]] std::shared_ptr<const Content> recent() const EXCLUDES(mutex);
 
  private:
   class Reading;
-  // The subject (a path) and what is wrong with it.
+  // Pairs of a subject (a path) and the problem with it.
   using Problems = std::vector<std::pair<std::string, ErrorPtr>>;
   void report(const Problems& problems) const EXCLUDES(mutex);
 

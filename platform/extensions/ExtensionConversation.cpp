@@ -19,7 +19,7 @@ namespace quenlet {
 namespace {
 
 constexpr std::size_t maximumMessageSize = ServiceLimits().messageSizeInBytes;
-// Nothing more is encoded while this is not taken.
+// No further request is encoded while this much is unsent.
 constexpr std::size_t enoughUnsentBytes = std::size_t{1} << 20;
 
 ErrorPtr badAnswer(const std::string& sentence) {
@@ -48,8 +48,8 @@ void deliver(ExtensionRequest& request, FrameKind kind, std::string_view body) {
   }
 }
 
-// Whether reading the answer may hold its thread up. All of the re-donations are among them, which
-// keeps their order.
+// Whether decoding the answer could hold up the loop's thread. Re-donations always count as long:
+// on the serial background scheduler they keep their order.
 bool isLong(const std::string& operation, std::string_view body) {
   constexpr std::size_t shortAnswerInBytes = std::size_t{16} << 10;
   return operation == DonorExtensionSelector::redonate || body.size() > shortAnswerInBytes;
@@ -77,8 +77,8 @@ void ExtensionConversation::ask(ExtensionRequestPtr request) {
 
 void ExtensionConversation::takeLastAnswers() {
   sending = false;
-  // What is there now and, after that, the end: a child of the program may still hold the socket,
-  // and write to it.
+  // Reads the bytes that are there now, and then the end of the stream if it comes, but no more: a
+  // child of the program may still have the socket and keep writing.
   int left = 0;
   if (socket.isOpen()) ::ioctl(socket.get(), FIONREAD, &left);
   while (left >= 0 && socket.isOpen()) {
@@ -155,7 +155,7 @@ void ExtensionConversation::send() {
     waiting.pop_front();
     sendOne(request);
   }
-  // Of a peer that does not take it, the end will be read.
+  // If writing fails, the program has closed its end; reading will tell that, after its answers.
   if (output.writeTo(socket.get()) == OutputQueue::Outcome::failed) output.clear();
   watch->setEvents(output.empty() ? EPOLLIN : EPOLLIN | EPOLLOUT);
 }
@@ -164,6 +164,7 @@ void ExtensionConversation::sendOne(const ExtensionRequestPtr& request) {
   WireEncoder start;
   start.string(request->operation());
   std::string arguments = request->encodedArguments();
+  // Counts as answered, so that the clock of the run is set for the next request.
   if (FrameHeader::countedBytes + start.bytes().size() + arguments.size() > maximumMessageSize) {
     hasAnswered = true;
     request->fail(makeServiceError(ServiceErrorCode::messageTooLarge,
@@ -174,7 +175,7 @@ void ExtensionConversation::sendOne(const ExtensionRequestPtr& request) {
   output.append(FrameKind::request, lastIdentifier, start.bytes(), std::move(arguments));
 }
 
-// Last, as the owner may close the conversation.
+// Always called last: the handlers may close the conversation.
 void ExtensionConversation::reportOutcome() {
   if (std::exchange(hasAnswered, false)) handlers.answered();
   if (fault && socket.isOpen()) handlers.broken(fault);

@@ -16,17 +16,22 @@
 
 namespace quenlet {
 
-// The agent's side of the socket of a donor extension: sends requests in order, a bounded number
-// ahead of the answers, and never waits. An answer with wrong values fails its own request; what
-// nobody asked for, and a header that makes no sense, break the conversation. Knows no time limit.
-// On the loop's thread only. Requests complete from there; re-donations, long answers and failures
-// of what was not answered in the background.
+// The agent's side of a donor extension's socket: sends requests in order, a bounded number ahead
+// of the answers, and never blocks. An answer with invalid values fails its own request; an
+// unexpected answer or a malformed header breaks the conversation. Has no time limits; see
+// ExtensionRun. On the loop's thread only. Requests complete on that thread; re-donations, long
+// answers and the failures of unanswered requests in the background.
+//
+//   ask() -> waiting -> asked (up to `window`) -> answered: short ones on the loop's thread
+//                          |                                long ones in the background
+//                          +-- close(): all that are left fail, in the background
 class ExtensionConversation final {
  public:
   struct Events final {
     // Requests have been answered.
     std::function<void()> answered;
-    // The peer has gone (ended) or does not keep to the form (badAnswer). Once; close() follows.
+    // The program closed its end (`ended`) or violated the protocol (badAnswer). Called once; the
+    // owner must call close().
     std::function<void(ErrorPtr)> broken;
   };
 
@@ -39,14 +44,14 @@ class ExtensionConversation final {
   void ask(ExtensionRequestPtr request);
   // Whether everything asked has been answered.
   [[nodiscard]] bool isIdle() const { return waiting.empty() && asked.empty(); }
-  // Takes the answers that have come by now, and asks nothing more: the program has ended.
+  // For a program that has ended: reads the answers that it left, and sends nothing more.
   void takeLastAnswers();
-  // Ends the socket and fails what has not been answered. Not from a request's completion.
+  // Closes the socket and fails the unanswered requests. Not for a request's completion to call.
   void close(const ErrorPtr& reason);
 
  private:
   void onReady(std::uint32_t events);
-  // The number of bytes; 0 when there is nothing to read now, or not any more.
+  // Returns the number of bytes read; 0 when there is nothing to read, now or for ever.
   std::size_t readOnce();
   void takeAnswers();
   [[nodiscard]] ErrorPtr takeAnswer(const FrameReader::Frame& frame);
@@ -65,7 +70,7 @@ class ExtensionConversation final {
   std::map<std::uint64_t, ExtensionRequestPtr> asked;
   std::uint64_t lastIdentifier = 0;
   bool sending = true;
-  // What has happened and was not told yet.
+  // Events that the handlers have not been told yet.
   bool hasAnswered = false;
   ErrorPtr fault;
 };

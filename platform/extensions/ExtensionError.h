@@ -14,7 +14,7 @@ enum class ExtensionErrorCode {
   cannotStart = 2,          // the program is missing, cannot be trusted or cannot be executed
   ended = 3,                // the program ended, or closed its socket, before its answer
   timedOut = 4,             // no answer in time
-  badAnswer = 5,            // what the program sent makes no sense
+  badAnswer = 5,            // the program sent something invalid
   hostGone = 6,             // the agent ends
   manifestsUnreadable = 7,  // a manifest directory is there, but cannot be read
   foreignDonation = 8,      // a re-donation holds a value of another bundle

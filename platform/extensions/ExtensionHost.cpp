@@ -10,7 +10,7 @@
 namespace quenlet {
 namespace {
 
-// Where donors come from and what they need.
+// Makes donors from manifests.
 struct DonorSource final {
   std::shared_ptr<const ExtensionCatalog> catalog;
   std::weak_ptr<ExtensionSupervisor> supervisor;

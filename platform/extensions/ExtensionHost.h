@@ -15,35 +15,34 @@ namespace quenlet {
 class ExtensionCatalog;
 class ExtensionSupervisor;
 
-// The donor extensions that are installed, and the programs behind them, which run while something
-// is asked of them. Programs are spoken to on the event loop's thread; handlers are called there,
-// or in the background when there is much to read or to tell, and donations come from there.
-// Whatever a program does, each request ends in one call of its handler and the program is ended
-// and reaped. Thread-safe but for construction and destruction.
+// The installed donor extensions and their programs, which run while they have requests. Programs
+// are talked to on the event loop's thread. Handlers are called there or, when there is much to
+// decode or many to call, in the background; donations are made in the background. Whatever a
+// program does, each request ends in one call of its handler, and the program is ended and reaped.
+// Thread-safe except for construction and destruction.
 //
-// Manifests are read on the calling thread: by each loader once, when it is first used, and at each
-// subscription. Of several for one bundle identifier
-// the first counts, by the order of the directories and then by file name.
+// Manifests are read on the calling thread: once by each loader, at its first use, and at each
+// subscription. Of several for one bundle identifier the first counts, in the order of the
+// directories and then of file names.
 class ExtensionHost final {
  public:
   ExtensionHost(std::vector<ManifestDirectory> manifestDirectories, ExtensionSchedulers schedulers,
                 ExtensionLimits limits = {});
-  // Kills the programs and fails what is asked of them. On the loop's thread, or when the loop does
-  // not run. Loaders and donors may outlive the host: they answer with an error from then on.
+  // Kills the programs and fails their requests. On the loop's thread, or while the loop is not
+  // running. Loaders and donors may outlive the host; their requests then fail.
   ~ExtensionHost();
-  // The same without the end of the object, for a process that is not torn down: what is asked from
-  // then on fails, too.
+  // The same for a process that exits without destroying the host. Later requests fail.
   void shutDown();
   ExtensionHost(const ExtensionHost&) = delete;
   ExtensionHost& operator=(const ExtensionHost&) = delete;
 
-  // Loading a donor extension starts its program. What it donates goes to `donationReceiver`, while
-  // that lives. Errors are of ExtensionErrorDomain.
+  // Loading a donor extension starts its program. Its donations go to `donationReceiver` while that
+  // exists. Errors are in ExtensionErrorDomain.
   [[nodiscard]] std::shared_ptr<DonorLoader> makeLoader(
       std::weak_ptr<CorvelProtocol> donationReceiver) const;
-  // Emits the installed donors, in order, during subscribe() and then completes; the program of an
-  // emitted extension starts at its first request. Where a manifest directory is there but cannot
-  // be read, what the others hold is emitted and then it fails.
+  // Emits the installed donors, in order, during subscribe() and then completes. The program of an
+  // emitted extension starts at its first request. If a manifest directory exists but cannot be
+  // read, the donors in the others are emitted, then it fails.
   [[nodiscard]] std::shared_ptr<Observable<DonorObjectPtr>> currentExtensionsObservable(
       std::weak_ptr<CorvelProtocol> donationReceiver) const;
 

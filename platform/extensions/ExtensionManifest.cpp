@@ -20,7 +20,7 @@ Outcome refuse(std::string sentence) {
   return Outcome::right(makeError(PosixErrorDomain, EINVAL, std::move(sentence)));
 }
 
-// These texts come to terminals and logs.
+// These texts reach terminals and logs, where control characters could do harm.
 bool isPlainText(std::string_view text, std::size_t maximumSize) {
   if (text.empty() || text.size() > maximumSize) return false;
   while (!text.empty()) {
@@ -30,7 +30,7 @@ bool isPlainText(std::string_view text, std::size_t maximumSize) {
   return true;
 }
 
-// Empty when the entry is missing or no plain text.
+// Empty when the entry is missing or not a plain text.
 std::string plainText(const PropertyListDictionary& entries, std::string_view key,
                       std::size_t maximumSize = maximumTextSize) {
   const std::string* text = findString(entries, key);

@@ -9,7 +9,7 @@
 
 namespace quenlet {
 
-// What a donor's manifest says. Immutable once read.
+// A donor's manifest. Immutable once read.
 struct ExtensionManifest final {
   static constexpr char agentExtensionPoint[] = "ovaro.quenlet";
   static constexpr char agentExtensionVersion[] = "1.0";
@@ -18,14 +18,14 @@ struct ExtensionManifest final {
   std::string bundleIdentifier;
   std::string extensionPoint;
   std::string version;
-  // Absolute; empty only in manifests that are not for this agent.
+  // Absolute. Only manifests that are not for this agent may lack it.
   std::filesystem::path executable;
 
-  // Whether it registers for this agent's extension point in the version that the agent speaks.
+  // Whether it registers for this agent's extension point, in the version that the agent supports.
   [[nodiscard]] bool isDonorExtension() const;
 
-  // `directory` is the manifest's own, for a relative executable. The error's sentence says what is
-  // wrong with the manifest.
+  // `directory` is the one of the manifest; a relative executable is relative to it. The error says
+  // what is wrong with the manifest.
   [[nodiscard]] static Result<ExtensionManifest> read(std::string_view text,
                                                       const std::filesystem::path& directory);
 };

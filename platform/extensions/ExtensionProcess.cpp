@@ -22,7 +22,7 @@ namespace {
 
 using Started = Result<std::unique_ptr<ExtensionProcess>>;
 
-// How a program is started. Each step is skipped once one has failed.
+// Starts a program. After the first failed step the others are skipped.
 class SpawnSettings final {
  public:
   SpawnSettings() {
@@ -36,7 +36,7 @@ class SpawnSettings final {
   SpawnSettings(const SpawnSettings&) = delete;
   SpawnSettings& operator=(const SpawnSettings&) = delete;
 
-  // 0 or the number of the error.
+  // Returns 0 or the error number.
   int spawn(std::string path, int socket, pid_t& process) {
     setDescriptors(socket);
     setAttributes();
@@ -59,7 +59,7 @@ class SpawnSettings final {
     step(::posix_spawn_file_actions_addchdir_np, &actions, "/");
   }
 
-  // The agent blocks and ignores signals that a program expects to have.
+  // The agent blocks or ignores signals that programs rely on, and a child would inherit that.
   void setAttributes() {
     sigset_t none;
     sigset_t all;
@@ -67,7 +67,7 @@ class SpawnSettings final {
     ::sigfillset(&all);
     step(::posix_spawnattr_setsigmask, &attributes, &none);
     step(::posix_spawnattr_setsigdefault, &attributes, &all);
-    // The leader of a session cannot leave its process group.
+    // A session leader cannot leave its process group, so kill() always reaches it.
     step(::posix_spawnattr_setflags, &attributes,
          static_cast<short>(POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID));
   }
@@ -77,8 +77,8 @@ class SpawnSettings final {
   posix_spawnattr_t attributes;
 };
 
-// The agent has raised its own soft limit, which programs that use select() cannot live with. They
-// run for some instructions before they have theirs.
+// The agent has raised its own soft limit, which breaks programs that use select(). posix_spawn()
+// cannot set limits, so the program runs for an instant with the agent's.
 void setOpenFilesLimit(pid_t process, rlim_t openFiles) {
   rlimit limit{};
   if (openFiles == 0 || ::getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
@@ -108,7 +108,8 @@ ErrorPtr ExtensionProcess::watchEnd(EventLoop& eventLoop, Block onEnd) {
   pidDescriptor.reset(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
   if (!pidDescriptor.isOpen()) return makePosixError(errno, "watch the program");
   endHandler = std::move(onEnd);
-  // Should the descriptor not be watchable, that is told in the same way, and the program killed.
+  // If the loop cannot watch the descriptor, it reports an event too, and ended() kills the
+  // program.
   watch = eventLoop.watch(pidDescriptor.get(), EPOLLIN, [this](std::uint32_t) { ended(); });
   return nullptr;
 }
@@ -128,8 +129,9 @@ void ExtensionProcess::ended() {
   if (const Block handler = std::exchange(endHandler, nullptr)) handler();
 }
 
-// As long as the process is not waited for, nothing else can get its number or that of its group.
-// One that the kernel cannot end now, as it waits for a device, is left to whoever adopts it.
+// Until waitpid() has returned the process, its number and its group's cannot be reused: kill()
+// hits nobody else. A process in an uninterruptible wait is given up after a second, and reaped by
+// whichever process adopts it.
 void ExtensionProcess::reap() {
   if (process == 0) return;
   kill();

@@ -12,25 +12,25 @@
 
 namespace quenlet {
 
-// A running program of a donor. It has a session and process group of its own, a connected socket
-// as its standard input and nothing else of the agent's but the environment. It is reaped, unless
-// the kernel cannot end it within a second, and what is left of its process group dies with it. On
-// the loop's thread only.
+// A donor's running program. It has its own session and process group, a connected socket as its
+// standard input, and inherits nothing but the environment from the agent. It is reaped, unless the
+// kernel cannot end it within a second, and the rest of its process group is killed with it. On the
+// loop's thread only.
 class ExtensionProcess final {
  public:
   // Starts `executable` with `socket` as its standard input. `onEnd` is called once, when the
-  // program has ended by itself or by kill(); it may destroy this object. `openFiles` is the soft
-  // limit of its open files, 0 for the agent's. Fails when the program cannot be trusted (see
-  // TrustedProgram.h) or executed.
+  // program has ended by itself or by kill(); it may destroy this object. `openFiles` is the
+  // program's soft limit of open files, 0 to inherit the agent's. Fails when the program cannot be
+  // trusted (see TrustedProgram.h) or executed.
   [[nodiscard]] static Result<std::unique_ptr<ExtensionProcess>> start(
       const std::filesystem::path& executable, FileDescriptor socket, rlim_t openFiles,
       EventLoop& eventLoop, Block onEnd);
-  // Kills the program, unless it has ended, and waits for its end, a second at most.
+  // Kills the program if it still runs, and waits for its end for up to a second.
   ~ExtensionProcess();
   ExtensionProcess(const ExtensionProcess&) = delete;
   ExtensionProcess& operator=(const ExtensionProcess&) = delete;
 
-  // Ends the process group at once.
+  // Sends SIGKILL to the process group.
   void kill();
 
  private:

@@ -11,8 +11,8 @@
 
 namespace quenlet {
 
-// One thing that is asked of an extension, and who waits for the answer. Completes exactly once:
-// one that is dropped before fails with hostGone. One thread at a time.
+// One request to an extension, with its completion. Completes exactly once: if it is destroyed
+// before, it fails with hostGone. One thread at a time.
 class ExtensionRequest final {
  public:
   using Encode = std::function<void(WireEncoder& encoder)>;
@@ -21,7 +21,7 @@ class ExtensionRequest final {
 
   // `encodeArguments` is called when the request is sent.
   ExtensionRequest(std::string operation, Encode encodeArguments, Completion whenAnswered);
-  // Asks for nothing but that the program runs; the reply is empty.
+  // Only asks for the program to be started; the reply is empty.
   [[nodiscard]] static std::shared_ptr<ExtensionRequest> toStart(Completion whenStarted);
   ~ExtensionRequest();
   ExtensionRequest(const ExtensionRequest&) = delete;
@@ -31,10 +31,10 @@ class ExtensionRequest final {
   [[nodiscard]] const std::string& operation() const { return selector; }
   [[nodiscard]] std::string encodedArguments() const;
 
-  // The first call counts.
+  // Calls after the first one are ignored.
   void complete(Result<std::string> reply);
   void fail(ErrorPtr error);
-  // Fails all of them on `scheduler`, one after the other: there may be many.
+  // Fails all of them on `scheduler`, since there may be many.
   static void failAll(std::vector<std::shared_ptr<ExtensionRequest>> requests, ErrorPtr error,
                       Scheduler& scheduler);
 

@@ -10,6 +10,18 @@
 #include "platform/scheduling/refuseDescriptors.h"
 
 namespace quenlet {
+
+// Two clocks limit a program, both on the loop's thread:
+//
+//   runClock   start() ---- accepts requests ----> runSeconds/2 ---- answers the rest ----> kill
+//   clock      requests pending: answerSeconds, restarted by each answer -----------------> kill
+//              idle: idleSeconds ---> close the socket ---> endSeconds -------------------> kill
+//
+// A program thus ends by itself once its socket is closed, or else by force. Either way,
+// onProgramEnded() makes the run gone, and the supervisor starts the next one in line.
+//
+// Timers and handlers refer to the run weakly: the supervisor may have dropped it since.
+
 namespace {
 
 void cancel(std::shared_ptr<Cancelable>& timer) {
@@ -120,6 +132,7 @@ void ExtensionRun::endLate() {
 
 void ExtensionRun::onBroken(const ErrorPtr& fault) {
   end(fault);
+  // A program that violates the protocol gets no time to end by itself.
   if (fault->code() == static_cast<std::int64_t>(ExtensionErrorCode::badAnswer)) kill();
 }
 
@@ -137,6 +150,7 @@ void ExtensionRun::kill() {
 }
 
 void ExtensionRun::onProgramEnded() {
+  // A program may answer and exit at once: its end can be seen before its last answers are read.
   if (state == State::running) conversation->takeLastAnswers();
   becomeGone(ended());
   onGone(*this);

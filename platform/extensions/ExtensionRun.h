@@ -14,22 +14,22 @@
 
 namespace quenlet {
 
-// One run of a donor's program: from the place in line over its start, requests and time limits to
+// One run of a donor's program, from waiting in line through its start, requests and time limits to
 // its end. Every request that it accepted is completed. On the loop's thread only.
 //
 //   state   | event                               | next
 //   --------+-------------------------------------+------------------------------------------------
 //   waiting | start()                             | running, or gone when it cannot be started
-//   running | half of runSeconds has passed       | running, takes no more requests
-//   running | nothing to do for idleSeconds       | ending: the socket is closed
+//   running | half of runSeconds has passed       | running, accepts no more requests
+//   running | idle for idleSeconds                | ending: the socket is closed
 //   running | the program closes its socket       | ending
-//   running | a limit of time, a senseless answer | ending, killed at once
+//   running | a time limit passes, a bad answer   | ending, killed at once
 //   ending  | endSeconds pass                     | ending, killed
 //   running, ending | the program has ended       | gone
 //   any     | abort()                             | gone, killed
 class ExtensionRun final : public std::enable_shared_from_this<ExtensionRun> {
  public:
-  // Called once, when a started program has gone by itself.
+  // Called once, when a started program has ended other than through abort().
   using GoneHandler = std::function<void(const ExtensionRun&)>;
 
   ExtensionRun(ExtensionSchedulers hostSchedulers, const ExtensionLimits& extensionLimits,
@@ -40,15 +40,15 @@ class ExtensionRun final : public std::enable_shared_from_this<ExtensionRun> {
   [[nodiscard]] const ExtensionManifest& extension() const { return *manifest; }
   [[nodiscard]] bool isWaiting() const { return state == State::waiting; }
   [[nodiscard]] bool isGone() const { return state == State::gone; }
-  // Whether it takes requests. In the second half of its time it does not, so that a prompt donor
-  // that is asked again and again is not killed over it.
+  // Whether it accepts requests. In the second half of runSeconds it does not: a prompt donor that
+  // is asked again and again would otherwise be killed for running too long.
   [[nodiscard]] bool accepts() const {
     return isWaiting() || (state == State::running && isInFirstHalf);
   }
 
   void add(ExtensionRequestPtr request);
   void start();
-  // Kills the program, waits a second at most for its end, and fails what is left.
+  // Kills the program, waits up to a second for its end, and fails the pending requests.
   void abort(const ErrorPtr& reason);
 
  private:
@@ -78,7 +78,7 @@ class ExtensionRun final : public std::enable_shared_from_this<ExtensionRun> {
   std::vector<ExtensionRequestPtr> requestsBeforeStart;
   std::unique_ptr<ExtensionProcess> process;
   std::optional<ExtensionConversation> conversation;
-  // For the answer, the end of idleness, or the end of the program: one at a time.
+  // For the next answer, the end of idleness, or the end of the program; one at a time.
   std::shared_ptr<Cancelable> clock;
   std::shared_ptr<Cancelable> runClock;
 };

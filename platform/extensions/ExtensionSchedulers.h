@@ -7,14 +7,14 @@
 
 namespace quenlet {
 
-// Where the work with extensions is done. A value type.
+// The threads on which extensions are served. A value type.
 struct ExtensionSchedulers final {
-  // Carries the sockets and the ends of the programs.
+  // Watches the sockets and the ends of the programs.
   EventLoop& loop;
   // Runs its blocks on the thread of `loop`.
   std::shared_ptr<Scheduler> onLoop;
-  // For what may take long: the loop's thread has more to do than extensions. One block at a time,
-  // so that a donor's re-donations keep their order.
+  // Serial, for work that would hold up the loop's thread, which serves more than extensions. Being
+  // serial, it keeps a donor's re-donations in order.
   std::shared_ptr<Scheduler> background;
 };
 

@@ -20,7 +20,8 @@ ExtensionSupervisor::ExtensionSupervisor(ExtensionSchedulers hostSchedulers,
     : schedulers(std::move(hostSchedulers)), limits(extensionLimits) {}
 
 void ExtensionSupervisor::ask(ExtensionManifestPtr extension, ExtensionRequestPtr request) {
-  // A request that is not taken over fails as it goes, after the lock.
+  // Keeps the request beyond the lock: one that is not posted fails when it is destroyed, and its
+  // completion must not run under the lock.
   const ExtensionRequestPtr held = request;
   MutexLock lock(mutex);
   if (!isOpen) return;
@@ -73,6 +74,7 @@ std::shared_ptr<ExtensionRun> ExtensionSupervisor::makeRun(const ExtensionManife
 }
 
 void ExtensionSupervisor::startWaiting() {
+  // A run that cannot start is gone at once and frees its place for the next one.
   while (const auto run = nextToStart()) {
     run->start();
     if (run->isGone()) std::erase(runs, run);
@@ -83,7 +85,7 @@ std::shared_ptr<ExtensionRun> ExtensionSupervisor::nextToStart() const {
   const auto running = static_cast<std::size_t>(
       std::count_if(runs.begin(), runs.end(), [](const auto& run) { return !run->isWaiting(); }));
   if (running >= limits.programs) return nullptr;
-  // A program that is ending must have gone before the next run of the same extension.
+  // One program per extension at a time: one that is still ending must be gone first.
   const auto next = std::find_if(runs.begin(), runs.end(), [this](const auto& run) {
     return run->isWaiting() && !isRunning(run->extension());
   });

@@ -15,8 +15,8 @@
 
 namespace quenlet {
 
-// Runs the programs of donor extensions: one for each bundle, a bounded number at once, the others
-// in the order in which they were first asked. ask() and problemsOf() are thread-safe; all else
+// Runs the programs of donor extensions: one per bundle and a bounded number at once; the others
+// wait in the order of their first requests. ask() and problemsOf() are thread-safe; all else
 // happens on the loop's thread.
 class ExtensionSupervisor final : public std::enable_shared_from_this<ExtensionSupervisor> {
  public:
@@ -24,27 +24,27 @@ class ExtensionSupervisor final : public std::enable_shared_from_this<ExtensionS
   ExtensionSupervisor(const ExtensionSupervisor&) = delete;
   ExtensionSupervisor& operator=(const ExtensionSupervisor&) = delete;
 
-  // Gives the request to the extension's program, which is started unless it runs. Completes later,
-  // on the loop's thread or in the background; after shutDown() at once, on the calling one.
+  // Passes the request to the extension's program, and starts that if needed. Completes later, on
+  // the loop's thread or in the background; after shutDown() at once, on the calling thread.
   void ask(ExtensionManifestPtr extension, ExtensionRequestPtr request) EXCLUDES(mutex);
-  // Where problems of a bundle are told that nobody waits for.
+  // Reports a bundle's problems in requests that have no caller to tell.
   [[nodiscard]] std::shared_ptr<ProblemReporter> problemsOf(const std::string& bundleIdentifier)
       EXCLUDES(mutex);
-  // Ends all programs and fails their requests, for good. On the loop's thread, or when the loop
-  // does not run. Until then the loop must live; afterwards it is not used any more.
+  // Ends all programs and fails their requests, for good. On the loop's thread, or while the loop
+  // is not running. The loop must exist until then, and is not used afterwards.
   void shutDown() EXCLUDES(mutex);
 
  private:
   void enqueue(const ExtensionManifestPtr& extension, ExtensionRequestPtr request);
   [[nodiscard]] std::shared_ptr<ExtensionRun> makeRun(const ExtensionManifestPtr& extension);
-  // The first in line that may start; null for none.
+  // The first run in line that may start, or null.
   [[nodiscard]] std::shared_ptr<ExtensionRun> nextToStart() const;
   [[nodiscard]] bool isRunning(const ExtensionManifest& extension) const;
   void startWaiting();
 
   const ExtensionSchedulers schedulers;
   const ExtensionLimits limits;
-  // In line, running and ending, in the order of their first request.
+  // Waiting, running and ending, in the order of their first requests.
   std::vector<std::shared_ptr<ExtensionRun>> runs;
 
   Mutex mutex;

@@ -20,7 +20,7 @@ void readRenewal(const Result<std::string>& reply,
   handler(date, boundedDonorError(ErrorWire::decode(values)));
 }
 
-// The values of a re-donation, all of one bundle.
+// The values of a re-donation. An error unless all are of the donor's own bundle.
 Result<DonationValues> readRedonation(const Result<std::string>& reply,
                                       const std::string& bundleIdentifier) {
   using Donated = Result<DonationValues>;
@@ -89,7 +89,7 @@ void ProgramDonor::redonateAllValuesWithReason(std::uint64_t reason) {
 
 void ProgramDonor::ask(const char* selector, ExtensionRequest::Encode encode,
                        ExtensionRequest::Completion completion) const {
-  // Fails as it goes when there is nobody to take it.
+  // Without a supervisor, the request fails when it is destroyed here.
   auto request =
       std::make_shared<ExtensionRequest>(selector, std::move(encode), std::move(completion));
   if (const auto programs = supervisor.lock()) programs->ask(manifest, std::move(request));

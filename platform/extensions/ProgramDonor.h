@@ -11,11 +11,11 @@
 namespace quenlet {
 
 // A donor extension that is a program, started when it is asked. Handlers are called on the
-// supervisor's thread or in the background, or on the calling thread when the supervisor is gone.
+// supervisor's thread or in the background; on the calling thread when the supervisor is gone.
 // Thread-safe.
 //
-// What a re-donation brings goes to the receiver, if all of it is of the extension's own bundle.
-// Nobody waits for it, so that its problems are told on standard error.
+// The values of a re-donation go to the receiver if all are of the extension's own bundle. No
+// caller waits for them, so problems are reported on standard error.
 class ProgramDonor final : public DonorExtension {
  public:
   ProgramDonor(ExtensionManifestPtr installed, std::weak_ptr<ExtensionSupervisor> programs,
