@@ -12,7 +12,7 @@ constexpr char activeKey[] = "active";
 constexpr char dataClassesKey[] = "dataClasses";
 constexpr char propertiesKey[] = "properties";
 
-// Reads known keys of a record one after the other; an entry of another type spoils it.
+// Reads the known keys of a record. An entry of the wrong type spoils the whole record.
 class RecordReader final {
  public:
   explicit RecordReader(const PropertyListDictionary& record) : entries(record) {}

@@ -18,9 +18,10 @@ struct AccountType final {
   friend bool operator==(const AccountType&, const AccountType&) = default;
 };
 
-// One account of the owner's account store, as it stood when it was read. A value type.
+// One account of the owner's account store, as it was when it was read. A value type.
 struct Account final {
-  // More than any account has in its property-list form, containers and itself included.
+  // The limit for values in the property-list form, counting containers and the account itself. No
+  // real account comes near it.
   static constexpr std::size_t maximumValues = 100'000;
 
   std::string identifier = {};
@@ -29,17 +30,17 @@ struct Account final {
   bool isActive = false;
   std::set<std::string> enabledDataclasses = {};
   PropertyListDictionary properties = {};
-  // The store that the account belongs to, while that lives. No part of what the account is: two
-  // accounts are equal whatever their stores, and it does not travel.
+  // The store that the account came from, if it still exists. Not part of the account's value: it
+  // is neither compared nor sent.
   std::weak_ptr<AccountStore> accountStore = {};
 
-  // For a log or a terminal: identifier and type, nothing of the owner's.
+  // For a log or a terminal: identifier and type, no personal values.
   [[nodiscard]] std::string description() const;
 
   // Keys "identifier", "type", "username", "active", "dataClasses", "properties"; absent optionals
   // are left out.
   [[nodiscard]] PropertyListDictionary propertyListRepresentation() const;
-  // Nothing when the identifier is missing or empty, or a known key holds another type.
+  // Nothing when the identifier is missing or empty, or a known key has a value of the wrong type.
   [[nodiscard]] static std::optional<Account> initWithPropertyListRepresentation(
       const PropertyListDictionary& entries);
 

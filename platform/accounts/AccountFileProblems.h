@@ -10,12 +10,12 @@
 
 namespace quenlet {
 
-// Remembers for a whole process which account files cannot be read, so that each is said once on
-// standard error while that lasts, however many stores are made and read meanwhile. Thread-safe.
+// Remembers, for the whole process, which account files cannot be read. Each is reported once on
+// standard error while that lasts, however many stores read it. Thread-safe.
 class AccountFileProblems final {
  public:
-  // What one reading of the whole store found, by file name. What was wrong before and is not in
-  // `problems` is over.
+  // The problems that one reading of the whole store found, by file name. Earlier problems that are
+  // not among them are over.
   void setProblems(const std::map<std::string, ErrorPtr>& problems) EXCLUDES(mutex);
 
  private:

@@ -7,12 +7,12 @@
 
 namespace quenlet {
 
-// The owner's accounts as they stand now. Thread-safe.
+// The owner's current accounts. Thread-safe.
 class AccountStore {
  public:
   virtual ~AccountStore() = default;
-  // All accounts, in the store's order. An account that cannot be read is left out; an error means
-  // that it is not known which accounts there are.
+  // All accounts, in the store's order, without those that cannot be read. An error means that the
+  // set of accounts is unknown.
   [[nodiscard]] virtual Result<std::vector<AccountPtr>> accounts() = 0;
 };
 

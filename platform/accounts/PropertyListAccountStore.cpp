@@ -32,7 +32,7 @@ std::string identifierOf(const path& file) {
   return name;
 }
 
-// A link that leads nowhere is something wrong, a file that is gone by now is not.
+// A dangling link is a problem to report; a file that has just been removed is not.
 bool isLink(const path& file) {
   std::error_code failure;
   return std::filesystem::is_symlink(file, failure);
@@ -43,7 +43,7 @@ ErrorPtr unknownAccount() {
                           "there is no account with this identifier");
 }
 
-// How many values an object consists of, itself included.
+// The number of values in an object, counting itself.
 std::size_t countOfValues(const PropertyList& object) {
   std::size_t count = 1;
   if (const PropertyListArray* elements = object.array()) {
@@ -121,6 +121,7 @@ ErrorPtr PropertyListAccountStore::save(const Account& account) {
         AccountErrorCode::tooManyValues,
         "an account has " + std::to_string(Account::maximumValues) + " values at most");
   }
+  // merge() keeps the account's own entries where both have a key.
   entries.merge(foreignEntriesOf(file));
   Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(entries));
   if (!bytes.isLeft()) return bytes.right();
@@ -140,6 +141,7 @@ ErrorPtr PropertyListAccountStore::remove(const std::string& identifier) {
     if (errno == ENOENT) return unknownAccount();
     return makePosixError(errno, "remove " + file.filename().string());
   }
+  // Else a power failure could bring the account back.
   PosixFileOperations operations;
   const int failure = DurableDirectory::synchronize(operations, directory);
   return failure == 0 ? nullptr : makePosixError(failure, "remove " + file.filename().string());
@@ -195,7 +197,7 @@ PropertyListDictionary PropertyListAccountStore::foreignEntriesOf(const path& fi
 }
 
 Result<AccountPtr> PropertyListAccountStore::accountOfFile(const path& file) {
-  // Before any error's text can name the file.
+  // First: the other errors quote the file's name, which may be any bytes.
   if (ErrorPtr error = problemOfIdentifier(identifierOf(file))) {
     return Result<AccountPtr>::right(error);
   }
