@@ -10,7 +10,7 @@ inline constexpr char hasEmailAddress[] = "ovaro.quenlet.me-card.has-email-addre
 inline constexpr char hasPhoneNumber[] = "ovaro.quenlet.me-card.has-phone-number";
 inline constexpr char hasPostalAddress[] = "ovaro.quenlet.me-card.has-postal-address";
 
-// Distributions of one sample a report.
+// Distributions, with one sample per report.
 inline constexpr char matchedEmailAddresses[] =
     "ovaro.quenlet.augmentation.email-address.matched-count";
 inline constexpr char unmatchedEmailAddresses[] =

@@ -9,9 +9,9 @@
 
 namespace quenlet {
 
-// The samples of a distribution, summed up.
+// The number and the sum of a distribution's samples.
 struct CounterDistribution final {
-  // Programs that read counts take signed numbers.
+  // Programs that read the counts may use signed numbers.
   static constexpr std::uint64_t largestCount = std::numeric_limits<std::int64_t>::max();
 
   std::uint64_t count = 0;
@@ -20,7 +20,7 @@ struct CounterDistribution final {
   friend bool operator==(const CounterDistribution&, const CounterDistribution&) = default;
 };
 
-// What counters stand at, by key: the number of a scalar, or a distribution.
+// The values of the counters by key: the number of a scalar, or a distribution.
 using CounterValues =
     std::map<std::string, std::variant<std::int64_t, CounterDistribution>, std::less<>>;
 

@@ -9,7 +9,7 @@
 namespace quenlet {
 namespace {
 
-// Adds samples to those of a key; false, and nothing is added, when that cannot be told in numbers.
+// Adds samples to those of a key. False, and no change, if the result would not be finite.
 bool add(CounterDistribution samples, const std::string& key, CounterValues& values) {
   const auto found = values.find(key);
   if (found != values.end()) {
@@ -53,7 +53,8 @@ void PrometheusCounterStore::addSample(const std::string& key, double sample) {
   report(saving);
 }
 
-// The lock keeps the writes in the order of the counts; the file layer only queues them.
+// Queues the write under the lock, so that writes are in the order of the counts. That does not
+// block: the file layer writes on a thread of its own.
 PrometheusCounterStore::Saving PrometheusCounterStore::save() {
   Saving saving;
   if (!loaded) saving.problemOfReading = load();
@@ -72,8 +73,8 @@ void PrometheusCounterStore::report(const Saving& saving) {
   });
 }
 
-// Puts what was counted meanwhile on top of what the file says. Gives back what is wrong with the
-// file; after that it is not loaded when it has to stay.
+// Adds the counts made so far to those in the file. Returns the problem with the file, if any;
+// `loaded` then stays false if the file may not be replaced.
 ErrorPtr PrometheusCounterStore::load() {
   const Future<std::string> reading = dataProxy->dataWithContentsOfURL(path);
   const Result<std::string>& bytes = reading.result();

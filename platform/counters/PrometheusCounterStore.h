@@ -13,32 +13,31 @@
 
 namespace quenlet {
 
-// Where a user's counters are, from the home directory.
+// The file of a user's counters, relative to the home directory.
 inline constexpr char CountersPath[] = "Library/Logs/quenlet/counters.prom";
 
 // Keeps counters in a file in the Prometheus text format, over restarts. Thread-safe.
 //
-// The file is read at the first count and replaced whole after each; nobody waits for that, and the
-// file layer makes one write of what comes while another one is under way. A file that holds
-// anything else is kept aside, and counting starts from nothing. While the file can be neither read
-// nor kept aside it is left as it is: what is counted stays in memory, and each count tries again.
-// Problems are told on standard error, with no lock held, so that a count never waits until another
-// thread's line is written. What another process writes to the file meanwhile is lost.
+// The file is read at the first count and replaced after each. Callers do not wait for writes, and
+// the file layer combines those that come during another one. A file with other content is kept
+// aside, and counting starts at zero. While the file can be neither read nor kept aside, it stays:
+// counts stay in memory, and each count tries again. Problems are reported on standard error after
+// the lock, so a count never waits for another thread's line. Changes that another process makes to
+// the file are overwritten.
 class PrometheusCounterStore final : public CounterStore {
  public:
-  // Touches no file yet.
+  // Does not access the file yet.
   PrometheusCounterStore(std::filesystem::path path, std::shared_ptr<DataProxy> dataProxy);
 
   void setScalar(const std::string& key, std::int64_t value) override EXCLUDES(mutex);
-  // A sample that would make the sum anything but a number, or the count too large to be read back,
-  // is left out.
+  // Ignores a sample that would make the sum infinite or NaN, or the count too large to read back.
   void addSample(const std::string& key, double sample) override EXCLUDES(mutex);
 
  private:
-  // What there is to tell of one count.
+  // The outcome of one count, to be reported after the lock.
   struct Saving final {
     ErrorPtr problemOfReading;
-    // Absent when the file has to stay.
+    // Absent when the file must not be replaced.
     std::optional<Future<bool>> writing;
   };
 

@@ -66,12 +66,13 @@ struct Writer final {
   }
 };
 
-// Takes the lines off the front of a text, one by one.
+// Takes lines off the front of a text.
 struct LineReader final {
   std::string_view rest;
   std::int64_t number = 0;
 
-  // The next line, which has to end in a line feed, after `beginning`.
+  // The rest of the next line after `beginning`. Nothing when the line begins with something else,
+  // or does not end in a line feed.
   std::optional<std::string_view> take(std::string_view beginning) {
     ++number;
     const std::size_t end = rest.find('\n');
@@ -110,7 +111,8 @@ std::optional<CounterValue> readSummary(LineReader& lines, std::string_view key)
   return CounterValue(CounterDistribution{*count, *sum});
 }
 
-// Reads the lines of one counter into `values`; false at a line that is wrong.
+// Reads the lines of one counter into `values`; false at a wrong line. The name is computed from
+// the key and compared, so that only the form that write() makes is accepted.
 bool readCounter(LineReader& lines, CounterValues& values) {
   const auto help = lines.take("# HELP ");
   if (!help) return false;
@@ -132,7 +134,7 @@ bool readCounter(LineReader& lines, CounterValues& values) {
 std::string PrometheusText::write(const CounterValues& values) {
   std::string text;
   for (const auto& [key, value] : values) {
-    // Other keys could not be read back.
+    // A key with other characters could not be read back.
     if (isKey(key)) std::visit(Writer{text, key}, value);
   }
   return text;
