@@ -7,12 +7,13 @@
 namespace quenlet {
 namespace {
 
-// A value as it is written, up to its end; nothing when a quote is left open.
+// The value in front, without quotes and escapes; nothing when a quote is not closed.
 std::optional<std::string> unquoted(std::string_view written) {
   std::string value;
   char quote = '\0';
   for (std::size_t position = 0; position < written.size(); ++position) {
     const char c = written[position];
+    // As in a shell, a backslash in single quotes is an ordinary character.
     const bool escapes = c == '\\' && quote != '\'' && position + 1 < written.size();
     if (escapes) {
       value += written[++position];

@@ -6,14 +6,13 @@
 
 namespace quenlet {
 
-// A text of shell-like assignments, as /etc/machine-info and /etc/os-release are. Stateless.
+// Reads texts of shell-like assignments, such as /etc/machine-info and /etc/os-release. Stateless.
 class MachineInfo final {
  public:
   MachineInfo() = delete;
 
-  // The value of `variable`, without quotes and escapes; of several assignments the last one
-  // counts. Comments and lines that are no assignment are passed over. A value without quotes ends
-  // at a blank.
+  // The value of `variable`, without quotes and escapes; the last assignment counts. Comments and
+  // other lines are skipped. An unquoted value ends at a blank.
   [[nodiscard]] static std::optional<std::string> valueOf(std::string_view variable,
                                                           std::string_view text);
 };

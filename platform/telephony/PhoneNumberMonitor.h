@@ -13,7 +13,7 @@ namespace quenlet {
 
 using SIMCardItems = std::vector<SIMCardItem>;
 
-// Tells of the phone numbers on the device's SIM cards. Thread-safe.
+// Monitors the phone numbers on the device's SIM cards. Thread-safe.
 class PhoneNumberMonitor {
  public:
   using InfoChangeHandler = std::function<void(const SIMCardItems& items)>;
@@ -21,13 +21,12 @@ class PhoneNumberMonitor {
   using InfoCompletion = std::function<void(std::optional<SIMCardItems> items, ErrorPtr error)>;
 
   virtual ~PhoneNumberMonitor() = default;
-  // Calls `handler` with what the cards hold now, nothing included, so that numbers that went while
-  // nobody looked are noticed, and after every change, until the token is cancelled. On the
-  // platform's main thread, never within this call.
+  // Calls `handler` with the current numbers, and again after every change, until the token is
+  // cancelled. The first call comes even if there are no numbers: some may have gone while nobody
+  // watched. On the platform's main thread, never within this call.
   [[nodiscard]] virtual std::shared_ptr<Cancelable> addInfoChangeHandler(
       InfoChangeHandler handler) = 0;
-  // `infoWithCompletion:`. Calls `completion` once with what the cards hold now, perhaps within
-  // this call.
+  // `infoWithCompletion:`. Calls `completion` once with the current numbers, perhaps at once.
   virtual void infoWithCompletion(InfoCompletion completion) = 0;
 };
 

@@ -20,7 +20,7 @@ Result<PropertyListDictionary> entriesOf(DataProxy& dataProxy, const std::filesy
 }
 
 bool isHandset(DataProxy& dataProxy, const std::filesystem::path& machineInfoFile) {
-  // Systems without the file are ordinary, so that nothing is said of it.
+  // Many systems lack the file, so its absence is not reported.
   const Result<std::string> text = TelephonyFile::readBytes(dataProxy, machineInfoFile);
   return text.isLeft() && MachineInfo::valueOf("CHASSIS", text.left()) == "handset";
 }

@@ -9,15 +9,15 @@
 
 namespace quenlet {
 
-// Facts of the device from a property list that the owner may write, a dictionary of integers.
-// Where that does not say, the device's class is 1 when the system's machine-info file says
-// CHASSIS=handset. Thread-safe; the files are read at each question.
+// Facts about the device from a property list that the owner may write, a dictionary of integers.
+// If it does not give the device's class, that is 1 when the system's machine-info file has
+// CHASSIS=handset. Thread-safe; the files are read at each call.
 class PropertyListDeviceInfo final : public DeviceInfo {
  public:
   PropertyListDeviceInfo(std::filesystem::path deviceFile, std::filesystem::path machineInfoFile,
                          std::shared_ptr<DataProxy> dataProxy);
 
-  // A device file that cannot be read answers nothing, and is said on standard error.
+  // A device file that cannot be read is reported on standard error, and treated as empty.
   [[nodiscard]] std::int64_t integerAnswer(const std::string& key,
                                            std::int64_t defaultAnswer) override;
 

@@ -11,7 +11,7 @@
 namespace quenlet {
 namespace {
 
-// Nothing when there are too many elements, or one is not what it should be.
+// Nothing when there are too many elements, or one is malformed.
 std::optional<SIMCardItems> itemsOfArray(const PropertyListArray& elements) {
   if (elements.size() > PropertyListPhoneNumberMonitor::maximumItems) return std::nullopt;
   SIMCardItems items;
@@ -53,7 +53,7 @@ struct PropertyListPhoneNumberMonitor::CardFile final {
   ProblemReporter problems;
 };
 
-// All but `isCancelled` belongs to the loop's thread.
+// Used on the loop's thread only, except for `isCancelled`.
 struct PropertyListPhoneNumberMonitor::Registration final {
   void check() {
     if (isCancelled) return;
@@ -65,7 +65,7 @@ struct PropertyListPhoneNumberMonitor::Registration final {
 
   const std::shared_ptr<CardFile> cardFile;
   const InfoChangeHandler handler;
-  // Absent until the first reading: no numbers at all are news then, too.
+  // The items last given to the handler. Absent until then: even an empty list is news at first.
   std::optional<SIMCardItems> told = {};
   std::atomic<bool> isCancelled = false;
 };
@@ -84,7 +84,7 @@ std::shared_ptr<Cancelable> PropertyListPhoneNumberMonitor::addInfoChangeHandler
       [registration, name = cardFile->path.filename().string()](const std::string& changed) {
         if (changed.empty() || changed == name) registration->check();
       });
-  // After the watch has begun, so that no change falls between.
+  // After the watch has begun, so that no change is missed in between.
   eventLoop.post([registration] { registration->check(); });
   return std::make_shared<CancelBlock>([registration, watch = std::move(watch)] {
     registration->isCancelled = true;

@@ -10,14 +10,13 @@
 
 namespace quenlet {
 
-// The SIM cards' phone numbers from a property-list file, which is watched: an array of
+// The SIM cards' phone numbers from a watched property-list file: an array of up to `maximumItems`
 // dictionaries with "identifier" and "value". Thread-safe. Handlers run on the event loop's thread,
-// and only when the numbers differ from those that they were told last.
+// and only when the numbers differ from those of their last call.
 //
-// No file is no numbers. A file that cannot be read, or is not such an array, changes nothing for
-// the handlers, and is said once on standard error while it lasts, however many handlers there are:
-// one monitor does for a whole process. More than `maximumItems` numbers are no such array either.
-// The loop outlives the registrations.
+// A missing file means no numbers. A file that cannot be read or is malformed is ignored, and
+// reported on standard error once while that lasts, for all handlers together; use one monitor for
+// the whole process. The loop must outlive the registrations.
 class PropertyListPhoneNumberMonitor final : public PhoneNumberMonitor {
  public:
   static constexpr std::size_t maximumItems = 1000;
@@ -25,8 +24,8 @@ class PropertyListPhoneNumberMonitor final : public PhoneNumberMonitor {
   PropertyListPhoneNumberMonitor(std::filesystem::path file, std::shared_ptr<DataProxy> dataProxy,
                                  EventLoop& eventLoop);
 
-  // Outlives the monitor. Cancelled on the loop's thread, `handler` is not called any more; on
-  // another thread, a call may be under way.
+  // The registration may outlive the monitor. After a cancel on the loop's thread, `handler` is not
+  // called any more; after one on another thread, a call may still be under way.
   [[nodiscard]] std::shared_ptr<Cancelable> addInfoChangeHandler(
       InfoChangeHandler handler) override;
   // Reads the file and completes within this call.

@@ -4,11 +4,11 @@
 
 namespace quenlet {
 
-// One phone number of the device's SIM cards, as the card has it. A value type.
+// A phone number on one of the device's SIM cards. A value type.
 struct SIMCardItem final {
-  // The same for the same number on the same card, whenever it is read.
+  // Stays the same for the same number on the same card.
   std::string identifier;
-  // The number as text, which need not be one.
+  // The text stored on the card, which need not be a valid number.
   std::string value;
   friend bool operator==(const SIMCardItem&, const SIMCardItem&) = default;
 };

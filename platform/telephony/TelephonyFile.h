@@ -13,20 +13,20 @@ namespace quenlet {
 
 inline constexpr char TelephonyErrorDomain[] = "ovaro.quenlet.telephony-error";
 
-// Reads the small files that say what the device and its cards are. Stateless; any thread.
+// Reads the small files that describe the device and its SIM cards. Stateless; any thread.
 class TelephonyFile final {
  public:
   static constexpr std::uintmax_t maximumSizeInBytes = std::uintmax_t{1} << 20;
 
   TelephonyFile() = delete;
 
-  // All bytes of a regular file of up to the maximum size.
+  // The bytes of a regular file of up to the maximum size.
   [[nodiscard]] static Result<std::string> readBytes(DataProxy& dataProxy,
                                                      const std::filesystem::path& file);
   // The property list of a file; nothing when there is no file.
   [[nodiscard]] static Result<std::optional<PropertyList>> read(DataProxy& dataProxy,
                                                                 const std::filesystem::path& file);
-  // The error of a property list that holds something else than it should.
+  // The error for a property list with unexpected content.
   [[nodiscard]] static ErrorPtr damage(std::string sentence);
 };
 
