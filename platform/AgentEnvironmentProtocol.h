@@ -11,8 +11,8 @@
 
 namespace quenlet {
 
-// The collaborators of the agent that touch the platform, in one place, so that each can be
-// replaced. Read on the main thread during start-up, before other threads can reach it.
+// The agent's collaborators that touch the platform, in one place where a test can replace each.
+// Used on the main thread during start-up, before other threads have access.
 class AgentEnvironmentProtocol {
  public:
   virtual ~AgentEnvironmentProtocol() = default;

@@ -32,9 +32,9 @@
 namespace quenlet {
 namespace {
 
-// Distributions keep the soft limit at 1,024 for programs that use select(), which none of ours
-// does. Where it cannot be raised, the listeners admit fewer connections. The soft limit before; 0
-// when it is not known.
+// Distributions keep the soft limit at 1,024 for programs that use select(); the agent does not. If
+// the limit cannot be raised, the listeners accept fewer connections. Returns the former soft
+// limit, 0 if unknown.
 rlim_t raiseDescriptorLimit() {
   constexpr rlim_t enoughDescriptors = 65'536;
   rlimit limit{};
@@ -45,7 +45,7 @@ rlim_t raiseDescriptorLimit() {
   return before;
 }
 
-// The user's own manifests stand where confined programs cannot write, unlike what is in Library.
+// Under the configuration directory, since confined programs may be able to write in Library.
 ManifestDirectory userManifests(const std::filesystem::path& home) {
   const std::filesystem::path extensions = "quenlet/extensions";
   const auto chosen = UserDirectories::chosenConfigurationDirectory();
@@ -53,7 +53,7 @@ ManifestDirectory userManifests(const std::filesystem::path& home) {
   return {home, UserDirectories::defaultConfiguration / extensions};
 }
 
-// The same with the whole path, for whoever has to see to that file.
+// The same error with the whole path, for the person who has to repair the file.
 ErrorPtr errorAt(const std::filesystem::path& file, const Error& error) {
   return makeError(error.domain(), error.code(), file.string() + ": " + error.debugDescription());
 }
@@ -115,7 +115,7 @@ LinuxPlatform::~LinuxPlatform() {
 }
 
 void LinuxPlatform::finish() {
-  // A reader that is there takes no time; without one, nobody is to wait for longer.
+  // A reader that is there needs no time; without one, waiting longer would not help.
   constexpr std::chrono::seconds patience(1);
   extensionHost->shutDown();
   notificationCenter->finish();
@@ -123,7 +123,7 @@ void LinuxPlatform::finish() {
 }
 
 ErrorPtr LinuxPlatform::claimDonations() {
-  // Other programs hold it for the time of one small write.
+  // Other programs hold the lock for one small write at most.
   constexpr std::chrono::seconds patience(1);
   const std::filesystem::path directory = library.parent_path() / DonationFiles::directory;
   const std::filesystem::path lockPath = directory / DonationFiles::agentLock;
@@ -139,7 +139,7 @@ ErrorPtr LinuxPlatform::claimDonations() {
                             "another agent keeps this user's donations");
   }
   donationsLock = std::move(locked).takeLeft();
-  // They hold donations, perhaps ones that were taken back since.
+  // Temporary files of a crashed agent may contain donations that were removed since.
   DurableFileWriter::removeLeftovers(directory);
   return nullptr;
 }
@@ -178,15 +178,15 @@ PlatformServices LinuxPlatform::makeServices() {
   };
   services.defaultLoggerProvider = [this] { return loggerProvider; };
   services.defaultDistributedNotificationCenter = [this] { return notificationCenter; };
-  // All share the one writer thread.
+  // One for all callers, since it has the only writer thread.
   services.makeDataProxy = [this] { return dataProxy; };
   services.makeDonationPreferences = [this] {
     return std::make_shared<PropertyListDonationPreferences>(
         preferencesPath(), dataProxy, runLoop.eventLoop(), notificationCenter);
   };
-  // One for all: a second one on the same file would wait for the first one's lock, on the writer
-  // thread that has to finish the first one's write. Made when it is first asked for, since it
-  // makes its directory, to watch it, which an agent that has to give way must not do.
+  // One for all callers: a second store would wait for the first one's file lock, on the writer
+  // thread that must finish the first one's write. Created on first use: it creates its directory
+  // in order to watch it, which an agent that gives way to another must not do.
   services.makeDonationFeedbackStore = [this] {
     std::call_once(feedbackStoreMade, [this] {
       feedbackStore = std::make_shared<PropertyListFeedbackStore>(
@@ -221,7 +221,7 @@ void LinuxPlatform::addSources(PlatformServices& services) {
     return std::make_shared<PropertyListAccountStore>(library / "Accounts", dataProxy,
                                                       accountFileProblems);
   };
-  // One for all, so that a damaged file is said once.
+  // One for all callers, so that a damaged file is reported once.
   services.makePhoneNumberMonitor = [this] { return phoneNumberMonitor; };
   services.deviceInfo = [this] { return deviceInfo; };
 }

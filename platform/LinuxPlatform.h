@@ -18,37 +18,37 @@
 
 namespace quenlet {
 
-// The platform services of a Linux user, installed as the current ones for this object's life. Make
-// it first thing on the main thread: it starts the process's threads and blocks the signals that
-// the run loop reads. The process's output no longer waits for its readers. From the first contact
-// store on, it watches the owner's card and posts the notification of its changes.
+// The platform services of a Linux user, installed as the current ones for the lifetime of this
+// object. Create it first thing on the main thread: it starts the process's threads and blocks the
+// signals that the run loop reads. From then on, writing to standard output or error does not wait
+// for a slow reader. From the first contact store on, it watches the owner's card and posts the
+// notification of its changes.
 //
-// Its end waits for what its schedulers and its file layer still have to do.
+// The destructor waits for the pending work of its schedulers and its file layer.
 class LinuxPlatform final {
  public:
-  // An error when the user has no home or runtime directory, or the system no resources left.
-  // Raises the process's limit of open files as far as the system lets it, to 65,536 at most; donor
-  // extensions keep the limit from before.
+  // An error when the user has no home or runtime directory, or the system is out of resources.
+  // Raises the process's soft limit of open files as far as the system permits, up to 65,536; donor
+  // extensions get the former limit.
   [[nodiscard]] static Result<std::unique_ptr<LinuxPlatform>> open();
   ~LinuxPlatform();
   LinuxPlatform(const LinuxPlatform&) = delete;
   LinuxPlatform& operator=(const LinuxPlatform&) = delete;
 
-  // Makes this process the only one that keeps donations in this home, for this object's life: a
-  // session with another runtime directory has service names of its own, but the same files. An
-  // error when another process does so already (nameTaken), and a posix error when the lock cannot
-  // be had: without it two agents would undo each other's changes.
+  // Makes this process the only one to keep donations in this home, for the lifetime of this
+  // object. The service's name is not enough: a session with another runtime directory has its own
+  // names, but the same files, and two agents would undo each other's changes. A nameTaken error
+  // when another process has the lock, a POSIX error when it cannot be taken.
   [[nodiscard]] ErrorPtr claimDonations();
-  // Whether the donations, the feedback and the preferences of this home can be read, as far as
-  // they exist: a sound file that the system does not hand out must not be taken for an empty one
-  // and replaced. Waits up to 2 s for a system that is short of descriptors or memory. Changes
-  // nothing.
+  // Null if the donations, the feedback and the preferences of this home can be read or do not
+  // exist: a sound file that cannot be read must not be taken for an empty one and replaced. Waits
+  // up to 2 s while the system is short of descriptors or memory. Changes nothing.
   [[nodiscard]] ErrorPtr examineFiles();
 
   [[nodiscard]] RunLoop& mainRunLoop() { return runLoop; }
-  // Ends the donor extensions that run, takes this process's socket of notifications away and gives
-  // the log a second to go out, for a process that ends without this object's end. Once the run
-  // loop has returned.
+  // For a process that exits without destroying this object: ends the running donor extensions,
+  // removes this process's notification socket, and waits up to a second for the log to be written.
+  // Call it after the run loop has returned.
   void finish();
 
  private:
@@ -89,6 +89,7 @@ class LinuxPlatform final {
   const std::shared_ptr<CounterStore> counterStore;
   std::once_flag meCardWatchStarted;
   std::unique_ptr<MeCardFileWatch> meCardWatch;
+  // Last: installed once everything above exists, and removed first.
   const PlatformServices::Scope scope;
 };
 

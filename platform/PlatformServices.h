@@ -26,14 +26,13 @@
 
 namespace quenlet {
 
-// The one seam to the platform: a factory for each service that code takes from the platform
-// itself instead of being given it. Members named make… give an object for the caller to keep;
-// where two would get into each other's way (makeDataProxy, makeDonationFeedbackStore,
-// makePhoneNumberMonitor), all callers get the same. The others give the one that the process
-// shares.
+// The only seam to the platform: a factory for each service that code fetches itself instead of
+// being given it. Members named make… return an object for the caller to keep; where two objects
+// would interfere (makeDataProxy, makeDonationFeedbackStore, makePhoneNumberMonitor), all callers
+// get the same one. The others return the one that the process shares.
 //
-// There is one current set in a process. LinuxPlatform installs the real one for its life; a test
-// swaps in its own for a Scope.
+// A process has one current set. LinuxPlatform installs the real one for its lifetime; a test swaps
+// in its own with a Scope.
 struct PlatformServices final {
   std::function<Date()> now;
   std::function<std::shared_ptr<SchedulerProvider>()> defaultSchedulerProvider;
@@ -48,10 +47,10 @@ struct PlatformServices final {
   std::function<std::shared_ptr<ServiceListener>(const std::string& serviceName)>
       makeServiceListener;
 
-  // What an extension donates goes to `donationReceiver`, while that lives.
+  // Donations of the extensions go to `donationReceiver` while that exists.
   std::function<std::shared_ptr<DonorLoader>(std::weak_ptr<CorvelProtocol> donationReceiver)>
       makeDonorLoader;
-  // The installed donors, one by one, then completion or failure, all of it during subscribe().
+  // Emits the installed donors one by one, then completes or fails, all during subscribe().
   std::function<std::shared_ptr<Observable<DonorObjectPtr>>(
       std::weak_ptr<CorvelProtocol> donationReceiver)>
       currentExtensionsObservable;
@@ -67,11 +66,11 @@ struct PlatformServices final {
   std::function<std::shared_ptr<ProcessTransaction>(const std::string& name)>
       makeProcessTransaction;
 
-  // The current set. Requires that one is installed. Any thread.
+  // The current set; one must be installed. Any thread.
   [[nodiscard]] static const PlatformServices& current();
 
-  // Makes a set the current one from construction to destruction, then brings back the former one.
-  // Scopes end in reverse order, while no other thread uses the services.
+  // Installs a set from construction to destruction, then restores the former one. Scopes must end
+  // in reverse order, while no other thread uses the services.
   class Scope final {
    public:
     explicit Scope(PlatformServices services);
