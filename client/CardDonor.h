@@ -11,7 +11,7 @@
 
 namespace quenlet {
 
-// Turns cards into donations of one donor: the name with the nickname, e-mail addresses, phone
+// Turns cards into the donations of one donor: the name with the nickname, e-mail addresses, phone
 // numbers, postal addresses and the image. One thread.
 class CardDonor final {
  public:
@@ -24,10 +24,10 @@ class CardDonor final {
 
   explicit CardDonor(Terms donationTerms) : terms(std::move(donationTerms)) {}
 
-  // `fileName` names the cards that have no UID.
+  // `fileName` identifies cards without a UID.
   void addFile(const std::vector<VCard>& cards, const std::string& fileName);
   [[nodiscard]] const DonationValues& donations() const { return values; }
-  // Donations whose identifier an earlier one has too, which they will replace.
+  // The number of donations that will replace an earlier one with the same identifier.
   [[nodiscard]] std::size_t countRepeated() const;
 
  private:

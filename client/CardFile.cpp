@@ -13,7 +13,7 @@
 namespace quenlet {
 namespace {
 
-// Of a text that is too large for a card, somewhat more than a card may have.
+// Stops after somewhat more than a card may have; the parser then rejects the text as too large.
 Result<std::string> readAll(int descriptor, const std::string& path) {
   std::string text;
   std::array<char, 65536> block;

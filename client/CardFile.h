@@ -11,10 +11,9 @@ class CardFile final {
  public:
   CardFile() = delete;
 
-  // The name without its directories.
   [[nodiscard]] static std::string nameOf(const std::string& path);
-  // All cards that can be read, and why others cannot. An error when there is none or the file
-  // cannot be read. All errors name the file.
+  // The cards that can be read, and the errors for those that cannot. An error when there is no
+  // card or the file cannot be read. All errors name the file.
   [[nodiscard]] static Result<VCards> read(const std::string& path);
 };
 

@@ -62,13 +62,18 @@ CorvelProxy::ConnectionPtr CorvelProxy::livingConnection() {
   return current;
 }
 
-// A broken connection's end waits for its thread, which may be within a handler; so it is only
-// taken down once all its handlers have been called, and never under the lock.
+// Returns a working connection and counts the call. A broken one cannot be destroyed at once: its
+// destructor joins the thread that runs the handlers, and a handler may be calling this.
+//
+//   current --broken, at the next call--> retired --callsUnderWay is 0--> finished: destroyed here,
+//                                                                         after the lock
 Result<CorvelProxy::ConnectionPtr> CorvelProxy::takeConnection() {
   {
     MutexLock lock(mutex);
     if (ConnectionPtr living = livingConnection()) return Result<ConnectionPtr>::left(living);
   }
+  // Connecting can take as long as the time limit, so not under the lock. Another thread may have
+  // connected meanwhile; then ours is dropped unused.
   Result<std::shared_ptr<ServiceClient>> connected = connect();
   if (!connected.isLeft()) return Result<ConnectionPtr>::right(connected.right());
   std::vector<ConnectionPtr> finished;
@@ -92,7 +97,8 @@ void CorvelProxy::call(const char* selector, std::string encodedArguments,
     completion(Result<std::string>::right(connection.right()));
     return;
   }
-  // The connection outlives its completions.
+  // By reference: the connection lives until all its completions have returned, and a completion
+  // that owned it could destroy it on its own thread.
   Connection& used = *connection.left();
   used.client->call(selector, std::move(encodedArguments),
                     [&used, completion = std::move(completion)](Result<std::string> reply) {

@@ -13,8 +13,8 @@
 
 namespace quenlet {
 
-// The agent, as a program sees it that donates values or reads the donated me card. It asks the
-// user's running agent over its socket; the agent answers programs that are entitled.
+// The agent for programs that donate values or read the donated me card. Talks to the user's
+// running agent over its socket; the agent serves only entitled programs.
 //
 //   CorvelProxy agent;
 //   const Date now = Date::now();
@@ -26,29 +26,28 @@ namespace quenlet {
 //         if (error) std::cerr << error->description() << "\n";
 //       });
 //
-// A donation replaces the one that has the same donation identifier, whoever donated it: let
-// identifiers begin with the bundle identifier. To wait for a reply on the spot, see
-// client/waitForReply.h.
+// A donation replaces the one with the same donation identifier, even another donor's: begin
+// identifiers with the bundle identifier. To wait for a reply, see client/waitForReply.h.
 //
 // Thread-safe. Every operation calls its handler exactly once and never throws. Handlers run on a
-// thread of the proxy's, one at a time, or, when the agent cannot be reached or the operation is
-// synchronousDonatedMeCard(), on the calling thread before the operation returns. A handler may
-// call the proxy, but must not wait for another reply and must not destroy the proxy.
+// thread of the proxy's, one at a time. When the agent cannot be reached, and for
+// synchronousDonatedMeCard(), they run on the calling thread before the operation returns. A
+// handler may call the proxy, but must not wait for another reply and must not destroy the proxy.
 //
-// Besides the agent's own errors, which come unchanged, there are ServiceErrorDomain errors:
-// noService when no agent runs, connectionBroken when it ended before its reply, timedOut when it
-// did not reply within the time limit (whether it did what it was asked is then unknown; all
-// operations may be repeated), malformedMessage for a reply that makes no sense. The connection is
-// made at the first operation, and made anew at the next one after it broke.
+// The agent's own errors are passed on unchanged. The proxy adds ServiceErrorDomain errors:
+// noService when no agent runs; connectionBroken when it ended before its reply; timedOut when it
+// did not reply within the time limit (it may or may not have performed the operation, which may be
+// repeated); malformedMessage for an invalid reply. The proxy connects at the first operation, and
+// again at the next one after the connection broke.
 class CorvelProxy final : public CorvelProtocol {
  public:
   using Connect = std::function<Result<std::shared_ptr<ServiceClient>>()>;
 
-  // Speaks to the user's agent, and waits `timeLimit` at most to be connected to it, and for each
-  // reply; with `connectToAgent`, speaks to whoever that connects to.
+  // Connects to the user's agent, or with `connectToAgent`. `timeLimit` limits connecting and
+  // replies.
   explicit CorvelProxy(std::chrono::milliseconds timeLimit = ServiceClient::standardTimeLimit);
   explicit CorvelProxy(Connect connectToAgent);
-  // What is under way is replied to with connectionBroken before this returns.
+  // Pending operations fail with connectionBroken before this returns.
   ~CorvelProxy() override = default;
   CorvelProxy(const CorvelProxy&) = delete;
   CorvelProxy& operator=(const CorvelProxy&) = delete;
@@ -59,7 +58,7 @@ class CorvelProxy final : public CorvelProtocol {
   void removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIdentifier,
                                                      SuccessReply completionHandler) override;
   void fetchDonatedMeCard(ContactReply reply) override;
-  // Waits for the agent on the calling thread and needs no other one.
+  // Waits for the agent on the calling thread; needs no other thread.
   void synchronousDonatedMeCard(EitherContactReply reply) override;
   void meCardDonations(DonationsReply reply) override;
   void changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
@@ -71,16 +70,16 @@ class CorvelProxy final : public CorvelProtocol {
   void removeAllRejectionsWithCompletionHandler(ErrorReply completionHandler) override;
 
  private:
-  // One connection, and how many calls of it have not been replied to.
+  // A connection with the number of its calls that have not been replied to.
   struct Connection final {
     explicit Connection(std::shared_ptr<ServiceClient> connected) : client(std::move(connected)) {}
     std::atomic<int> callsUnderWay = 0;
-    // Goes first: its end replies to the calls under way.
+    // Destroyed first: its destructor runs the pending completions, which use callsUnderWay.
     std::shared_ptr<ServiceClient> client;
   };
   using ConnectionPtr = std::shared_ptr<Connection>;
 
-  // A living connection, whose calls under way are one more.
+  // Both return a working connection with one more call under way.
   [[nodiscard]] Result<ConnectionPtr> takeConnection() EXCLUDES(mutex);
   [[nodiscard]] ConnectionPtr livingConnection() REQUIRES(mutex);
   void call(const char* selector, std::string encodedArguments,
@@ -91,7 +90,7 @@ class CorvelProxy final : public CorvelProtocol {
   const Connect connect;
   Mutex mutex;
   ConnectionPtr current GUARDED_BY(mutex);
-  // Broken connections that still have replies to give.
+  // Broken connections whose handlers have not all returned.
   std::vector<ConnectionPtr> retired GUARDED_BY(mutex);
 };
 

@@ -5,7 +5,7 @@
 namespace quenlet {
 namespace {
 
-// What is no text becomes text as well, so that a file's name may be any bytes.
+// Bytes that are not UTF-8 are escaped too: a file name may be any bytes.
 std::string escaped(std::string_view part) {
   static constexpr char digits[] = "0123456789ABCDEF";
   const bool isText = isValidUTF8(part);

@@ -8,23 +8,22 @@
 
 namespace quenlet {
 
-// Names the donations of one card, the same way each time: "<bundle>:<UID>:email:2". A card without
-// UID is named by its file and its place there, counted from 1: "<bundle>:<file>:1:email:2".
+// Makes stable identifiers for the donations of one card: "<bundle>:<UID>:email:2". A card without
+// a UID is identified by its file and its place in it, counted from 1: "<bundle>:<file>:1:email:2".
 //
-// Entries go by their place among their kind and not by their content, so that an address that was
-// edited takes the place of the former one, and nothing of the content is in the name. Within a
-// part, "%", ":", blanks and control characters stand as "%" and two hexadecimal digits, so that
-// parts cannot run into each other: the donations of two bundles never have the same name.
-// Immutable.
+// Entries are numbered by their place among their kind: an edited address replaces the former one,
+// and no content appears in an identifier. Within a part, "%", ":", blanks and control characters
+// are written as "%" and two hexadecimal digits. Parts thus cannot run into each other, and two
+// bundles never have the same identifier. Immutable.
 class DonationIdentifier final {
  public:
-  // `fileName` is that of the card's file.
+  // `fileName` is the name of the card's file.
   DonationIdentifier(std::string_view bundleIdentifier, const VCard& card,
                      std::string_view fileName);
 
-  // Of what a card has once: "name", "image".
+  // For a property that a card has once: "name", "image".
   [[nodiscard]] std::string ofProperty(const char* kind) const;
-  // Of the entry that comes as the `position`th of its kind, counted from 1.
+  // For the `position`th entry of its kind, counted from 1.
   [[nodiscard]] std::string ofEntry(const char* kind, std::size_t position) const;
 
  private:

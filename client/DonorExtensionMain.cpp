@@ -20,12 +20,12 @@
 namespace quenlet {
 namespace {
 
-// What an exception says may quote values, so that it is not passed on.
+// An exception's text may quote personal values, so it is not passed on.
 ErrorPtr donorFailed() {
   return makeExtensionError(ExtensionErrorCode::donorFailed, "the donor threw an exception");
 }
 
-// Puts the agent's requests to the donor, on the thread that serves the socket.
+// Passes the agent's requests to the donor, on the thread that serves the socket.
 class DonorDispatcher final : public ExportedObject {
  public:
   explicit DonorDispatcher(ExtensionDonor& asked) : donor(asked) {}
@@ -85,7 +85,8 @@ bool isSocket(int descriptor) {
   return ::fstat(descriptor, &status) == 0 && S_ISSOCK(status.st_mode);
 }
 
-// The author's code may read the standard input, or start programs: neither is to reach the socket.
+// Moves the socket to another descriptor, close-on-exec: the author's code may read the standard
+// input, or start programs that do.
 FileDescriptor takeOverStandardInput() {
   FileDescriptor socket(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
   const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
@@ -99,7 +100,7 @@ void serveDonor(ExtensionDonor& donor, FileDescriptor socket) {
   const auto loop = std::make_shared<EventLoop>();
   const auto context = std::make_shared<ServiceContext>();
   context->loop = loop;
-  // The agent takes no more than one message for an answer.
+  // The agent accepts only answers in a single message.
   context->limits.repliesInParts = false;
   const auto connection = std::make_shared<UnixServiceConnection>(
       context, std::move(socket), PeerIdentity(),

@@ -5,14 +5,14 @@
 
 namespace quenlet {
 
-// The whole of a donor extension's main(): answers the agent, whose socket is the standard input,
-// until the agent closes it; meanwhile the standard input is empty. Returns the exit status: 0, or
-// 2 with a line on standard error when the program was not started by the agent. See
+// All that a donor extension's main() has to do: takes the agent's socket from the standard input,
+// which reads as empty from then on, and answers requests until the agent closes it. Returns the
+// exit status: 0, or 2 with a line on standard error when the agent did not start the program. See
 // docs/extensions.md.
 [[nodiscard]] int runDonorExtension(ExtensionDonor& donor);
 
-// The same over any connected stream socket; returns when the other side closes it, or sends what
-// makes no sense. Throws std::system_error when the system has no descriptor left.
+// The same over any connected stream socket. Returns when the other side closes it or sends a
+// malformed message. Throws std::system_error when the system is out of descriptors.
 void serveDonor(ExtensionDonor& donor, FileDescriptor socket);
 
 }  // namespace quenlet

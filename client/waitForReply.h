@@ -7,9 +7,9 @@
 
 namespace quenlet {
 
-// Calls `operation` with a reply handler, waits until the handler is called, and gives back what it
-// was called with, as a tuple of the types named. There is no time limit but the operation's own.
-// Not for a reply handler, which runs where the awaited reply would have to come.
+// Calls `operation` with a reply handler, waits until that is called, and returns its arguments as
+// a tuple of the given types. The only time limit is the operation's own. Never call it in a reply
+// handler: it would block the thread that delivers replies.
 //
 //   const auto [contact, error] = waitForReply<ContactPtr, ErrorPtr>(
 //       [&](ContactReply reply) { agent.fetchDonatedMeCard(std::move(reply)); });
