@@ -8,19 +8,18 @@
 
 namespace quenlet {
 
-// Has the next agent read all accounts anew, for one that changed while none was there to hear of
-// it: takes the accounts out of the table of what has been read, "bundle_versions.plist".
+// Makes the next agent read all accounts again, after one changed while no agent was running:
+// removes the accounts from the agent's table of what it has read, "bundle_versions.plist".
 //
-// The table is the agent's. It is changed under the lock that an agent holds for its whole life,
-// so that no agent can have the old table in its memory and write it back. An agent that is started
-// in that instant tries for the lock for a second, so it is held for one small write only. One
-// thread.
+// The table belongs to the agent. It is changed under the lock that an agent holds while it runs,
+// so no agent can have the old table in memory and write it back. An agent that starts at that
+// moment waits a second for the lock, which is held for one small write only. One thread.
 class AccountCatchUp final {
  public:
   AccountCatchUp(std::filesystem::path donationsDirectory, std::shared_ptr<DataProxy> dataProxy);
 
-  // Null once it is settled and durable. An error with code EWOULDBLOCK, and nothing has happened,
-  // while an agent runs, be it one that is starting or ending and does not answer.
+  // Null once the change is durable. An error with code EWOULDBLOCK, and no change, while an agent
+  // runs, even one that does not answer because it is starting or ending.
   [[nodiscard]] ErrorPtr schedule() const;
 
  private:

@@ -9,15 +9,14 @@
 
 namespace quenlet {
 
-// What the options of "account add" and "account change" say of an account. Declared once, applied
-// once.
+// The options of "account add" and "account change". Call addTo() and applyTo() once each.
 class AccountEdit final {
  public:
   enum class Options { ofNewAccount, ofPresentAccount };
 
   void addTo(CLI::App& word, Options options);
 
-  // Alters what was given and leaves the rest. An error when the file of properties cannot be read.
+  // Changes only what the options give. An error when the file of properties cannot be read.
   [[nodiscard]] ErrorPtr applyTo(Account& account) const;
 
   std::string identifier;

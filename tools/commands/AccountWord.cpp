@@ -15,7 +15,7 @@ namespace quenlet {
 namespace {
 
 constexpr char defaultDataClass[] = "mail";
-// For as long as an agent may take to start or to end.
+// About ten seconds in all, enough for an agent to start or to end.
 constexpr int mostAttempts = 100;
 constexpr std::chrono::milliseconds pauseBetweenAttempts(100);
 
@@ -42,8 +42,12 @@ ExitCode finishWithout(const Session& session) {
   return ExitCode::done;
 }
 
-// Tells the agent, or sees to it that the next one catches up. An agent that holds its files but
-// does not answer is starting or ending: soon it does the one or not the other.
+// Tells the agent, or makes the next one catch up.
+//
+//   agent answers              done, or its refusal
+//   no agent, the lock free    the next agent is made to read all accounts
+//   no agent, the lock held    one is starting or ending: tries again until it answers or is gone
+//   no agent, another error    fails with that error
 ExitCode tellAgent(Session& session, const UserAccounts& accounts, const AccountPtr& oldAccount,
                    const AccountPtr& newAccount) {
   for (int attempt = 1;; ++attempt) {
@@ -61,7 +65,7 @@ ExitCode tellAgent(Session& session, const UserAccounts& accounts, const Account
   }
 }
 
-// Writes the store, then has `oldAccount` followed by `account` at the agent.
+// Writes the store, then tells the agent that `account` replaces `oldAccount`.
 ExitCode saveAndTell(Session& session, UserAccounts& accounts, const AccountPtr& oldAccount,
                      Account account) {
   if (const ErrorPtr error = accounts.store().save(account)) return session.failWith(error);
@@ -166,8 +170,8 @@ ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
   const ErrorPtr error = accounts.store().remove(removedIdentifier);
   if (error && !isUnknown(*error)) return session.failWith(error);
   if (!error) session.out << "Removed account " << printable(removedIdentifier) << ".\n";
-  // Of an account that cannot be read, or whose file somebody removed, its identifier is enough to
-  // take back what it donated.
+  // The identifier alone is enough to remove an account's donations, if it cannot be read or its
+  // file is already gone.
   const AccountPtr oldAccount =
       present.isLeft() ? present.left()
                        : std::make_shared<const Account>(Account{.identifier = removedIdentifier});

@@ -8,11 +8,12 @@ namespace quenlet {
 
 class UserAccounts;
 
-// "account add", "change", "remove" and "list": write the account store and tell the agent what
-// became of the account, as a program that keeps accounts would. Declared once, run once.
+// "account add", "change", "remove" and "list": write the account store and tell the agent about
+// the change, as a program that keeps accounts would. Call addTo() once, then run at most one of
+// them.
 //
-// The store comes first, and stays written whatever the agent says. Programs that do this at the
-// same time wait for each other, so that the agent hears of changes in the store's order.
+// The store is written first, and stays so even if the agent refuses. Concurrent programs wait for
+// each other until the agent is told: it hears of changes in the order of the store.
 class AccountWord final {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen);

@@ -11,8 +11,7 @@ class CardPresenter final {
  public:
   CardPresenter() = delete;
 
-  // Sections for people; every entry with its label and where it comes from. A section without
-  // entries is left out.
+  // Sections for people; each entry with its label and origin. Empty sections are left out.
   static void writeText(std::ostream& out, const Contact& card);
   // An object with "name", "emailAddresses", "phoneNumbers", "postalAddresses", "imageBytes".
   static void writeJSON(std::ostream& out, const Contact& card);

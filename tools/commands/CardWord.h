@@ -6,7 +6,7 @@
 
 namespace quenlet {
 
-// "card": shows the donated me card. Declared once, run once.
+// "card": shows the donated me card. Call addTo() and the action once.
 class CardWord final {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen);

@@ -35,7 +35,7 @@ constexpr char footer[] =
     "there is no agent. Errors are written as \"quenlet: <domain> <code>: <sentence>\".\n"
     "\"quenlet WORD --help\" tells more about a word.";
 
-// Everything that can be said, and what was.
+// All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
   DonateWord donate;
@@ -70,7 +70,7 @@ ExitCode failWithUsage(const Session& session, const std::string& sentence) {
   return ExitCode::usage;
 }
 
-// Help was asked for, or the words make no sense.
+// For a request for help, and for wrong usage.
 ExitCode tellUsage(const Words& words, const CLI::ParseError& failure, const Session& session) {
   if (failure.get_exit_code() != 0) return failWithUsage(session, failure.what());
   words.app.exit(failure, session.out, session.err);
@@ -81,7 +81,7 @@ ExitCode tellUsage(const Words& words, const CLI::ParseError& failure, const Ses
 
 ExitCode CommandLine::run(std::vector<std::string> arguments, Session& session) {
   Words words;
-  // The parser takes them from the back.
+  // The parser expects the arguments in reverse order.
   std::reverse(arguments.begin(), arguments.end());
   try {
     words.app.parse(std::move(arguments));

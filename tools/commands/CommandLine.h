@@ -7,13 +7,13 @@
 
 namespace quenlet {
 
-// The program's words: reads them, does what they say. One thread.
+// Parses the program's arguments and runs the chosen action. One thread.
 class CommandLine final {
  public:
   CommandLine() = delete;
 
-  // `arguments` without the program's name. Wrong usage is told on the error stream, and so is a
-  // result that could not be written.
+  // `arguments` come without the program's name. Wrong usage, and a failure to write the result,
+  // are reported on the error stream.
   [[nodiscard]] static ExitCode run(std::vector<std::string> arguments, Session& session);
 };
 

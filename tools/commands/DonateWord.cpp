@@ -14,7 +14,7 @@ namespace quenlet {
 namespace {
 
 constexpr double secondsInADay = 86400;
-// Within some hundred years a date can be written and read back.
+// About 1,000 years: dates in that range can be written and read back.
 constexpr double mostDays = 365250;
 
 constexpr char footer[] =

@@ -8,14 +8,14 @@
 
 namespace quenlet {
 
-// "donate": donates the values of vCard files, all in one request. Declared once, run once.
+// "donate": donates the values of vCard files in one request. Call addTo() and the action once.
 class DonateWord final {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen);
 
  private:
   [[nodiscard]] ExitCode run(Session& session) const;
-  // Whether every card was read; an error when nothing of a file was.
+  // Whether every card was read; an error when a file had no readable card.
   [[nodiscard]] Result<bool> readFiles(CardDonor& donor, Session& session) const;
   [[nodiscard]] ExitCode donate(const CardDonor& donor, Session& session) const;
 

@@ -13,14 +13,13 @@ class DonationPresenter final {
  public:
   DonationPresenter() = delete;
 
-  // One line a donation under headings; nothing for an empty list.
+  // One line per donation, under headings; nothing for an empty list.
   static void writeTable(std::ostream& out, const DonationValues& values);
-  // An array with one object a donation: "kind", "value", "label" where there is one, "origin". The
-  // value of a name or postal address is an object, that of an image the number of its bytes.
+  // An array with one object per donation: "kind", "value", "label" if it has one, "origin". The
+  // value of a name or postal address is an object, that of an image its size in bytes.
   static void writeJSON(std::ostream& out, const DonationValues& values);
-  // The object that stands for an origin.
   static void writeOrigin(JSONWriter& json, const DonationOrigin& origin);
-  // The key "label" and the label, unless that is empty.
+  // The key "label" and the label; nothing for an empty label.
   static void writeLabel(JSONWriter& json, const std::string& label);
   // An object of the texts in a flat dictionary.
   static void writeTexts(JSONWriter& json, const PropertyListDictionary& texts);

@@ -2,7 +2,7 @@
 
 namespace quenlet {
 
-// What scripts learn from the program's end.
+// The program's exit status.
 enum class ExitCode : int {
   done = 0,
   refused = 1,  // the agent said no, or a file could not be read or written

@@ -4,7 +4,7 @@
 
 namespace quenlet {
 
-// "list": shows all donations, in the agent's order. Declared once, run once.
+// "list": shows all donations, in the agent's order. Call addTo() and the action once.
 class ListWord final {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen);

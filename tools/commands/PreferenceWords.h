@@ -4,7 +4,7 @@
 
 namespace quenlet {
 
-// "enable" and "disable": write the preference; an agent follows when there is one. Stateless.
+// "enable" and "disable": write the preference, which a running agent notices. Stateless.
 class PreferenceWords final {
  public:
   PreferenceWords() = delete;

@@ -7,7 +7,8 @@
 
 namespace quenlet {
 
-// "remove" and "forget": take donations back, by identifier or by donor. Declared once, run once.
+// "remove" and "forget": withdraw donations by identifier or by donor. Call addTo() and one
+// action once.
 class RemovalWords final {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen);

@@ -14,29 +14,29 @@ class App;
 
 namespace quenlet {
 
-// What a word works with. One thread.
+// The environment in which a word runs. One thread.
 struct Session final {
   std::ostream& out;
   std::ostream& err;
   CorvelProtocol& agent;
-  // The time of the call.
+  // The time at which the program was started.
   Date now;
-  // Waits on the calling thread.
+  // Blocks the calling thread.
   std::function<void(std::chrono::milliseconds)> pause;
 
-  // Tells `error` on the error stream as "quenlet: <domain> <code>: <sentence>"; gives back the
-  // exit code that stands for it: noAgent when no answer came, else refused.
+  // Writes `error` to the error stream as "quenlet: <domain> <code>: <sentence>" and returns its
+  // exit code: noAgent when no answer came, else refused.
   [[nodiscard]] ExitCode failWith(const ErrorPtr& error) const;
   // done for null, else as failWith().
   [[nodiscard]] ExitCode finishWith(const ErrorPtr& error) const;
 };
 
-// What is to be done once the words have been read; empty while none was.
+// The action of the word on the command line; empty until one was parsed.
 using ChosenAction = std::function<ExitCode(Session&)>;
 
-// Whether the error says that no agent is there, or none any more.
+// Whether the error means that no agent is running, or that it ended before it answered.
 [[nodiscard]] bool isNoAgent(const Error& error);
-// Whether the error says so, or that an agent is there and did not answer in time.
+// Whether isNoAgent(), or an agent is running but did not answer in time.
 [[nodiscard]] bool isNoAnswer(const Error& error);
 
 }  // namespace quenlet

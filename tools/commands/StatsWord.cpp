@@ -19,7 +19,7 @@ namespace {
 
 using Stats = StatsWord::Stats;
 
-// Errors of the system name the file already.
+// POSIX errors name the file already.
 ErrorPtr errorInFile(const char* path, const ErrorPtr& error) {
   if (error->domain() == PosixErrorDomain) return error;
   const std::string name = std::filesystem::path(path).filename();
@@ -49,7 +49,7 @@ Result<Stats> readStats() {
   return Result<Stats>::left(std::move(stats));
 }
 
-// What is still to be told; each part of the text takes out what it tells.
+// The counters not shown yet; each part of the text takes out those that it shows.
 struct Untold final {
   CounterValues counters;
 
@@ -109,7 +109,7 @@ void writeDonated(std::ostream& out, Untold& untold) {
   table.write(out, "  ");
 }
 
-// Other versions may have counters that this one has no words for.
+// Another version may have written counters that this one does not know.
 void writeOthers(std::ostream& out, const Untold& untold) {
   if (untold.counters.empty()) return;
   TextTable table;

@@ -7,8 +7,8 @@
 
 namespace quenlet {
 
-// "stats": when the agent last tried to report, and what its reports have counted. Reads the user's
-// files and asks no agent. Declared once, run once.
+// "stats": shows the time of the agent's last attempt to report, and the counters. Reads the user's
+// files; does not ask the agent. Call addTo() and the action once.
 class StatsWord final {
  public:
   struct Stats final {

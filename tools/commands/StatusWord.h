@@ -7,15 +7,15 @@
 
 namespace quenlet {
 
-// "status": the preference, and what an agent says when asked for its donations. Declared once, run
-// once.
+// "status": shows the preference, and whether an agent answers a request for its donations. Call
+// addTo() and the action once.
 class StatusWord final {
  public:
   struct Status final {
     bool donationsEnabled = true;
-    // Of an agent that answered with its donations.
+    // Set when an agent answered with its donations.
     std::optional<std::size_t> donationCount;
-    // Why there is no count: no agent, no answer of it in time, or its refusal.
+    // Why there is no count: no agent, no answer in time, or a refusal.
     ErrorPtr error;
 
     [[nodiscard]] bool agentAnswers() const;

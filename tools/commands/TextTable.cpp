@@ -10,7 +10,7 @@ namespace {
 
 using Cells = std::vector<std::string>;
 
-// The width of each column; 0 for one that is left out.
+// The width of each column; 0 for one without content.
 std::vector<std::size_t> columnWidths(const std::vector<Cells>& rows) {
   std::vector<std::size_t> widths(rows.empty() ? 0 : rows.front().size());
   for (const Cells& row : rows) {
@@ -26,7 +26,7 @@ std::string line(const Cells& cells, const std::vector<std::size_t>& widths) {
   std::size_t blanks = 0;
   for (std::size_t i = 0; i < widths.size(); ++i) {
     if (widths[i] == 0) continue;
-    // Blanks go before the next cell that holds something, so that no line ends in them.
+    // Written only before a cell with content: no line ends in blanks.
     if (!cells[i].empty()) text.append(std::exchange(blanks, 0), ' ').append(cells[i]);
     blanks += widths[i] - countCharacters(cells[i]) + 2;
   }

@@ -6,14 +6,14 @@
 
 namespace quenlet {
 
-// Rows of cells under each other, in columns as wide as their widest cell; a column whose cells
-// are all empty is left out. Cells are made safe for a terminal. One thread at a time.
+// A table with columns as wide as their widest cell. Columns whose cells are all empty are left
+// out. Cells are made safe for a terminal. One thread at a time.
 class TextTable final {
  public:
   // With a heading for each column, or without headings.
   explicit TextTable(std::vector<std::string> columnHeadings = {});
 
-  // As many cells in every row.
+  // Every row must have the same number of cells.
   void addRow(std::vector<std::string> cells);
   [[nodiscard]] bool empty() const { return rows.empty(); }
   // Writes the headings, if any, and the rows, each after `indentation`.

@@ -16,7 +16,7 @@ class UserAccounts final {
   [[nodiscard]] static Result<std::unique_ptr<UserAccounts>> open();
 
   [[nodiscard]] PropertyListAccountStore& store() { return *accountStore; }
-  // For changes that no agent heard of.
+  // For changes that no agent was told.
   [[nodiscard]] const AccountCatchUp& catchUp() const { return agentCatchUp; }
 
  private:

@@ -20,7 +20,7 @@ class UserPreferences final {
  private:
   UserPreferences(const std::filesystem::path& home, const std::filesystem::path& runtime);
 
-  // Nothing is waited for, so that it never runs.
+  // Never runs: the constructors need a loop, but nothing waits for its events.
   EventLoop eventLoop;
   const std::shared_ptr<DonationPreferences> donationPreferences;
 };

@@ -7,8 +7,7 @@
 #include "platform/contacts/PersonNameComponents.h"
 #include "platform/foundation/Date.h"
 
-// Donated values as people read them, each on one line; not yet safe for a terminal. Pure
-// functions.
+// Donated values as one-line texts for people; not made safe for a terminal. Pure functions.
 namespace quenlet {
 
 // "name", "emailAddress", "phoneNumber", "postalAddress" or "imageData".
@@ -17,7 +16,7 @@ namespace quenlet {
 [[nodiscard]] std::string labelOf(const Value& value);
 
 [[nodiscard]] std::string textOf(const Value& value);
-// As it is spoken, the nickname in quotes: "Dr. Ann Mae Berg PhD "Annie"".
+// In spoken order, with the nickname in quotes: Dr. Ann Mae Berg PhD "Annie".
 [[nodiscard]] std::string textOf(const PersonNameComponents& name);
 [[nodiscard]] std::string textOf(const PostalAddress& address);
 // "1234 bytes, JPEG".

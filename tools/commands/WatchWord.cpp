@@ -14,7 +14,7 @@
 namespace quenlet {
 namespace {
 
-// Whether what is written goes to somebody who may leave.
+// Whether standard output has a reader that may go away.
 bool hasReader() {
   struct stat status {};
   return ::fstat(STDOUT_FILENO, &status) == 0 &&

@@ -4,8 +4,8 @@
 
 namespace quenlet {
 
-// "watch": a line for each change of the donated card, until SIGINT or SIGTERM. Stateless. Run it
-// before the process has another thread.
+// "watch": writes a line for each change of the donated card, until SIGINT or SIGTERM. Stateless.
+// Run it before the process starts another thread.
 class WatchWord final {
  public:
   WatchWord() = delete;
