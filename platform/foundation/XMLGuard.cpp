@@ -48,13 +48,18 @@ ErrorPtr XMLGuard::checkEncoding() const {
 
 ErrorPtr XMLGuard::passMarkup() {
   const std::string_view rest = document.substr(position);
-  if (rest.starts_with(commentStart)) return passTo("-->", commentStart.size());
+  // Either cuts the text around it into pieces, and each piece is a node.
+  const bool isInstruction = rest.starts_with(instructionStart);
+  if (isInstruction || rest.starts_with(commentStart)) {
+    if (ErrorPtr error = charge(2 * bytesOfNode)) return error;
+    return isInstruction ? passTo("?>", instructionStart.size())
+                         : passTo("-->", commentStart.size());
+  }
   if (rest.starts_with(sectionStart)) {
     // The section and the pieces of text on both sides.
     if (ErrorPtr error = charge(3 * bytesOfNode)) return error;
     return passTo("]]>", sectionStart.size());
   }
-  if (rest.starts_with("<?")) return passTo("?>", 2);
   if (rest.starts_with("<!")) return passDocumentType();
   return passTag();
 }

@@ -27,15 +27,18 @@ class XMLGuard final {
 
   // The first error found (PropertyListErrorDomain), null when there is none.
   [[nodiscard]] ErrorPtr check();
-  // Whether some text may be cut into pieces, by CDATA sections or comments.
+  // Whether some text may be cut into pieces: by CDATA sections, comments or instructions.
   [[nodiscard]] static bool cutsText(std::string_view text) {
+    const std::size_t behindDeclaration = text.find('<') + 1;
     return text.find(sectionStart) != std::string_view::npos ||
-           text.find(commentStart) != std::string_view::npos;
+           text.find(commentStart) != std::string_view::npos ||
+           text.find(instructionStart, behindDeclaration) != std::string_view::npos;
   }
 
  private:
   static constexpr std::string_view sectionStart = "<![CDATA[";
   static constexpr std::string_view commentStart = "<!--";
+  static constexpr std::string_view instructionStart = "<?";
 
   [[nodiscard]] ErrorPtr checkEncoding() const;
   [[nodiscard]] ErrorPtr passMarkup();

@@ -102,6 +102,7 @@ TEST(PropertyListSerializerTest, ReadsWhatOthersWrite) {
       {document("<array> <string> </string>\n<string>\n<!-- x --> </string> </array>"),
        Array{" ", "\n "}},
       {document("<array> <string> <![CDATA[a]]> </string> </array>"), Array{" a "}},
+      {document("<string> <?pi?>x</string>"), " x"},
       {document("<array> <integer> +12 </integer><integer>0x1f</integer><integer>-0</integer>"
                 "<real> 1 </real><real>+1e+16</real><string/></array>"),
        Array{12, 31, 0, 1.0, 1e16, ""}},
@@ -137,7 +138,9 @@ TEST(PropertyListSerializerTest, RefusesBadInputWithoutQuotingIt) {
       {tooLarge,
        {"<array>" + repeated("<true/>", 60'000) + "</array>",
         "<dict>" + repeated("<key/><dict/>", 20'000) + "</dict>",
-        "<array>" + repeated("<string><![CDATA[]]></string>", 30'000) + "</array>"},
+        "<array>" + repeated("<string><![CDATA[]]></string>", 30'000) + "</array>",
+        "<string>" + repeated("x<?a?>", 200'000) + "</string>",
+        "<string>" + repeated("x<!---->", 200'000) + "</string>"},
        {"<plist" + repeated(" a=''", 1'000'000) + "></plist>"}},
       {invalidReference,
        {"<string>&secret;</string>", "<string>a & b</string>", "<string>&#0;</string>",
