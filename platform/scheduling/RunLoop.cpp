@@ -151,7 +151,9 @@ std::shared_ptr<Cancelable> RunLoop::addSignalSource(int signal, Block handler) 
   const auto held = std::make_shared<const Block>(std::move(handler));
   state->handlers.emplace(signal, held);
   for (int missed = std::exchange(state->unhandled[signal], 0); missed > 0; --missed) {
-    state->loop.post(*held);
+    state->loop.post([weak = std::weak_ptr(held)] {
+      if (const auto uncancelled = weak.lock()) (*uncancelled)();
+    });
   }
   return std::make_shared<CancelBlock>([owner = state.get(), held] { owner->remove(held); });
 }
