@@ -181,7 +181,7 @@ void UnixServiceListener::admit(FileDescriptor socket) {
     MutexLock lock(mutex);
     asked = delegate.lock();
   }
-  if (!asked) return;
+  if (!asked) return closeWithoutWaiting(std::move(socket), context->patient.get());
   auto connection = std::make_shared<UnixServiceConnection>(
       context, std::move(socket), std::move(peer).takeLeft(),
       [this](UnixServiceConnection& closed) { connectionClosed(closed); });
