@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -20,6 +21,25 @@ inline std::pair<FileDescriptor, FileDescriptor> connectedPair() {
   std::array<int, 2> ends{};
   EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
   return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+}
+
+// A connection whose first end waits when it is closed, for as long as the other side likes, for
+// bytes to be taken; not so once the second one went, with bytes unread.
+inline std::pair<FileDescriptor, FileDescriptor> lingeringConnection() {
+  FileDescriptor own(::socket(AF_INET, SOCK_STREAM, 0));
+  const FileDescriptor listening(::socket(AF_INET, SOCK_STREAM, 0));
+  sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+  socklen_t size = sizeof address;
+  auto* const any = reinterpret_cast<sockaddr*>(&address);
+  const linger wait{1, 1000};
+  EXPECT_EQ(::bind(listening.get(), any, size) + ::listen(listening.get(), 1) +
+                ::getsockname(listening.get(), any, &size) + ::connect(own.get(), any, size) +
+                ::setsockopt(own.get(), SOL_SOCKET, SO_LINGER, &wait, sizeof wait),
+            0);
+  FileDescriptor other(::accept4(listening.get(), nullptr, nullptr, 0));
+  const std::string bytes(1 << 16, 'x');
+  while (::send(own.get(), bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) continue;
+  return {std::move(own), std::move(other)};
 }
 
 // The other end of a service's or client's socket, free to say anything. Blocks, for half a minute.

@@ -1,7 +1,6 @@
 #include "platform/ipc/UnixServiceListener.h"
 
 #include <gmock/gmock.h>
-#include <netinet/in.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -268,25 +267,6 @@ TEST_F(UnixServiceListenerTest, DoesNotReadAPeerThatDoesNotReadUntilItDoes) {
   for (int i = 0; i < 50; ++i) EXPECT_EQ(echo(other, 3, "x"), "3 x");
   for (int i = 0; i < 50; ++i) EXPECT_EQ(peer.receive().size(), 100'002U);
   sender.join();
-}
-
-// A connection whose first end waits when it is closed, for as long as the other side likes, for
-// bytes to be taken; not so once the second one went, with bytes unread.
-std::pair<FileDescriptor, FileDescriptor> lingeringConnection() {
-  FileDescriptor own(::socket(AF_INET, SOCK_STREAM, 0));
-  const FileDescriptor listening(::socket(AF_INET, SOCK_STREAM, 0));
-  sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
-  socklen_t size = sizeof address;
-  auto* const any = reinterpret_cast<sockaddr*>(&address);
-  const linger wait{1, 1000};
-  EXPECT_EQ(::bind(listening.get(), any, size) + ::listen(listening.get(), 1) +
-                ::getsockname(listening.get(), any, &size) + ::connect(own.get(), any, size) +
-                ::setsockopt(own.get(), SOL_SOCKET, SO_LINGER, &wait, sizeof wait),
-            0);
-  FileDescriptor other(::accept4(listening.get(), nullptr, nullptr, 0));
-  const std::string bytes(1 << 16, 'x');
-  while (::send(own.get(), bytes.data(), bytes.size(), MSG_DONTWAIT) > 0) continue;
-  return {std::move(own), std::move(other)};
 }
 
 // The end of what they stand for could hold the service up.

@@ -8,6 +8,8 @@
 #include <thread>
 
 #include "platform/notifications/NotificationDirectory.h"
+#include "tests/platform/ipc/RawPeer.h"
+#include "tests/platform/ipc/SystemCalls.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -114,6 +116,25 @@ TEST_F(SocketNotificationCenterTest, IgnoresDatagramsThatAreNoNames) {
   center.post(longest);
   runUntilHandled(center);
   EXPECT_EQ(heard, Names{"longest"});
+}
+
+// Before Linux 6.16, which lets a socket refuse them.
+TEST_F(SocketNotificationCenterTest, DescriptorsHoldUpNobodyBesideTheirReceiver) {
+  SystemCalls::hidePassRights = true;
+  SocketNotificationCenter receiving(loop, directory);
+  observe(receiving, "change", "heard");
+  SystemCalls::hidePassRights = false;
+  auto [own, other] = lingeringConnection();
+  const NotificationDirectory opened = openDirectory();
+  const RawPeer sender(opened.connectSocket(opened.socketNames().at(0)).takeLeft());
+  ASSERT_TRUE(sender.pass(own.get()));
+  own.reset();
+  center.post("change");
+  runUntilHandled(center);
+  EXPECT_EQ(heard, Names{});
+  other.reset();
+  runUntilHandled(receiving);
+  EXPECT_EQ(heard, Names{"heard"});
 }
 
 TEST_F(SocketNotificationCenterTest, RemovesSocketsOfProcessesThatAreGoneAndNothingElse) {

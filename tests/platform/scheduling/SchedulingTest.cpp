@@ -313,6 +313,16 @@ TEST_F(RunLoopTest, KeepsAHangUpThatCameBeforeItsHandlerAndCallsNoCancelledOne) 
   EXPECT_EQ(events, std::vector<std::string>({"hang-up", "hang-up"}));
 }
 
+TEST_F(RunLoopTest, CallsNoCancelledHandlerForASignalThatCameBefore) {
+  ::raise(SIGHUP);
+  const auto later = runLoop->mainThreadScheduler()->afterDelay(0.001, [&] {
+    note(SIGHUP, "hang-up")->cancel();
+    ::raise(SIGTERM);
+  });
+  runLoop->run();
+  EXPECT_EQ(events, std::vector<std::string>());
+}
+
 TEST_F(RunLoopTest, WaitsForWhatHoldsTerminationEvenOnOtherThreads) {
   const auto first = runLoop->holdTermination("one");
   const auto second = runLoop->holdTermination("one");
