@@ -301,11 +301,13 @@ def is_idle(code, text, begin, kind):
 
 
 def is_wording(code, text, begin, line_begin, line_end):
-    """Whether a literal is the sentence of an error, which is free to be worded anew."""
+    """Whether a literal is a sentence of an error or of help, which is free to be worded anew."""
     if 'extern "' in text[line_begin:line_end]:
         return True
     if code[begin] != '"':
         return False
     literal_begin = text.rfind('"', 0, begin)
     statement_begin = max(code.rfind(";", 0, begin), code.rfind("{", 0, begin), 0)
-    return " " in text[literal_begin:begin] and "Error" in code[statement_begin:begin]
+    statement = code[statement_begin:begin]
+    return " " in text[literal_begin:begin] and bool(
+        re.search(r"Error|\badd_(?:option|flag|subcommand)", statement))
