@@ -128,6 +128,7 @@ TEST(TextTest, EqualityIsCanonicalEquivalence) {
       {"o\u0302" + marks(29), "\u00f4" + marks(29), true},
       {"o\u0302" + marks(30), "\u00f4" + marks(30), false},
       {"o" + marks(30) + "o\u0302", "o" + marks(30) + "\u00f4", true},
+      {marks(30) + "o\u0302", marks(30) + "\u00f4", true},
       {std::string(4093, 'x') + "e\u0308", std::string(4093, 'x') + "\u00eb", true},
       {std::string(4094, 'x') + "e\u0308", std::string(4094, 'x') + "\u00eb", false},
       // What grows over the bound by composing is equal to its form, which is compared as it
