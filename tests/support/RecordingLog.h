@@ -1,7 +1,5 @@
 #pragma once
 
-#include <regex>
-
 #include "platform/logging/StructuredLog.h"
 #include "tests/support/Trace.h"
 
@@ -21,8 +19,12 @@ class RecordingLog final : public LogSink {
     if (const std::size_t found = noted.find(before); found != noted.npos) {
       noted.replace(found, before.size(), " ");
     }
-    static const std::regex value("\\{\"kind\":[^}]*\"donationIdentifier\":([^}]*)\\}");
-    noted = std::regex_replace(noted, value, "$1");
+    const std::string identifier = "\"donationIdentifier\":";
+    for (std::size_t at = 0; (at = noted.find("{\"kind\":", at)) != noted.npos;) {
+      const std::size_t end = noted.find('}', at);
+      const std::size_t begin = noted.find(identifier, at) + identifier.size();
+      noted.replace(at, end + 1 - at, noted.substr(begin, end - begin));
+    }
     std::erase(noted, '"');
     trace.note(noted);
   }
