@@ -50,7 +50,7 @@ class DonorDispatcher final : public ExportedObject {
   [[nodiscard]] Result<Date> renewed(const DonationValuePtr& value) const try {
     if (value) return donor.renewExpirationDate(*value);
     return Result<Date>::right(
-        makeServiceError(ServiceErrorCode::invalidArguments, "the value is no valid donation"));
+        makeServiceError(ServiceErrorCode::invalidArguments, "the value is not a valid donation"));
   } catch (...) {
     return Result<Date>::right(donorFailed());
   }

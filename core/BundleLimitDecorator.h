@@ -12,7 +12,7 @@ namespace quenlet {
 // a value held under another bundle is refused by the agent, in the block that would have made it.
 // Either way, nothing of the request is done.
 //
-// Rejections are always refused, since they drop matching values whoever donated them. Account
+// Rejections are always refused, since they drop matching values of every donor. Account
 // changes pass if the agent's own bundle for accounts is allowed. Reads pass. Immutable.
 class BundleLimitDecorator final : public CorvelProtocol {
  public:

@@ -71,7 +71,7 @@ Result<std::vector<std::string>> textListArgument(WireReader& arguments) {
     const std::optional<std::string_view> text = arguments.string();
     if (!text) {
       return Outcome::right(makeServiceError(ServiceErrorCode::invalidArguments,
-                                             "element " + std::to_string(i) + " is no text"));
+                                             "element " + std::to_string(i) + " is not a text"));
     }
     texts.emplace_back(*text);
   }

@@ -68,7 +68,7 @@ ReadResult readCardFile(const std::filesystem::path& path) {
   }
   if (!S_ISREG(status.st_mode)) {
     return ReadResult::right(
-        makeCardError(ContactErrorCode::invalidCard, "the me card is no regular file"));
+        makeCardError(ContactErrorCode::invalidCard, "the me card is not a regular file"));
   }
   const auto size = static_cast<std::size_t>(status.st_size);
   return readBounded(file.descriptor, std::min(size, maximumVCardSizeInBytes));

@@ -147,7 +147,7 @@ Result<CounterValues> PrometheusText::read(std::string_view text) {
     if (!readCounter(lines, values)) {
       return Result<CounterValues>::right(
           makeError(CounterErrorDomain, lines.number,
-                    "line " + std::to_string(lines.number) + " is none of the counters' own"));
+                    "line " + std::to_string(lines.number) + " was not written by the counters"));
     }
   }
   return Result<CounterValues>::left(std::move(values));

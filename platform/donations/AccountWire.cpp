@@ -34,7 +34,7 @@ Result<AccountPtr> AccountWire::decode(WireReader& reader,
     }
   }
   return Outcome::right(
-      makeServiceError(ServiceErrorCode::invalidArguments, "an argument is no valid account"));
+      makeServiceError(ServiceErrorCode::invalidArguments, "an argument is not a valid account"));
 }
 
 }  // namespace quenlet

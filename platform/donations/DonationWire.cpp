@@ -56,7 +56,7 @@ DecodedList decodeList(WireReader& reader, const DecodeElement& decodeElement) {
     }
     if (!element.left()) {
       return DecodedList::right(
-          makeServiceError(ServiceErrorCode::invalidArguments, name + " is no valid donation"));
+          makeServiceError(ServiceErrorCode::invalidArguments, name + " is not a valid donation"));
     }
     values.push_back(std::move(element).takeLeft());
   }

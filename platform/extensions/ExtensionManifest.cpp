@@ -57,16 +57,16 @@ Outcome ExtensionManifest::read(std::string_view text, const std::filesystem::pa
   ExtensionManifest manifest{plainText(*entries, "bundleIdentifier"),
                              plainText(*entries, "extensionPoint"), plainText(*entries, "version"),
                              plainText(*entries, "executable", maximumPathSize)};
-  if (manifest.bundleIdentifier.empty()) return refuse("its bundleIdentifier is no plain text");
-  if (manifest.extensionPoint.empty()) return refuse("its extensionPoint is no plain text");
-  if (manifest.version.empty()) return refuse("its version is no plain text");
+  if (manifest.bundleIdentifier.empty()) return refuse("its bundleIdentifier is not plain text");
+  if (manifest.extensionPoint.empty()) return refuse("its extensionPoint is not plain text");
+  if (manifest.version.empty()) return refuse("its version is not plain text");
   if (isReserved(manifest.bundleIdentifier)) {
     return refuse("its bundleIdentifier is the agent's own");
   }
   if (!manifest.executable.empty()) {
     manifest.executable = (directory / manifest.executable).lexically_normal();
   } else if (manifest.isDonorExtension()) {
-    return refuse("its executable is no plain text");
+    return refuse("its executable is not plain text");
   }
   return Outcome::left(std::move(manifest));
 }

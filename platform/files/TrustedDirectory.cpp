@@ -24,7 +24,8 @@ ErrorPtr mistrust(const struct stat& status) {
 }
 
 ErrorPtr mistrustFile(const struct stat& status) {
-  if (!S_ISREG(status.st_mode)) return makeError(PosixErrorDomain, EINVAL, "it is no regular file");
+  if (!S_ISREG(status.st_mode))
+    return makeError(PosixErrorDomain, EINVAL, "it is not a regular file");
   return mistrust(status);
 }
 

@@ -25,7 +25,7 @@ const char* mistrust(const struct stat& status) {
   if ((status.st_mode & writableByOthers) != 0 && !isShared) {
     return "its group or others can write it";
   }
-  if (!isDirectory && !S_ISREG(status.st_mode)) return "it is no regular file";
+  if (!isDirectory && !S_ISREG(status.st_mode)) return "it is not a regular file";
   if (!isDirectory && (status.st_mode & (S_ISUID | S_ISGID)) != 0) {
     return "it takes on the rights of its owner or group";
   }
@@ -66,7 +66,7 @@ Result<std::filesystem::path> trustedProgram(const std::filesystem::path& execut
   }
   struct stat last {};
   if (::fstat(reached.get(), &last) != 0 || !S_ISREG(last.st_mode)) {
-    return Program::right(makeError(PosixErrorDomain, EINVAL, "the program is no regular file"));
+    return Program::right(makeError(PosixErrorDomain, EINVAL, "the program is not a regular file"));
   }
   return Program::left(std::move(program));
 }

@@ -13,7 +13,7 @@ namespace quenlet {
 // set-group-ID programs are refused.
 //
 // For a program below `chosenBase`, the directories above that base are not checked: they are the
-// business of whoever chose it. The base itself is checked.
+// business of the user who chose it. The base itself is checked.
 [[nodiscard]] Result<std::filesystem::path> trustedProgram(
     const std::filesystem::path& executable, const std::filesystem::path& chosenBase = {});
 

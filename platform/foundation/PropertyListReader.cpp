@@ -158,7 +158,7 @@ ErrorPtr PropertyListReader::checkDeclaration(pugi::xml_node declaration) const 
 
 ErrorPtr PropertyListReader::checkRoot(pugi::xml_node root) const {
   if (std::string_view(root.name()) != "plist") {
-    return error(unexpectedContent, "the root is no property list", root);
+    return error(unexpectedContent, "the root is not a property list", root);
   }
   for (const pugi::xml_attribute attribute : root.attributes()) {
     const bool isVersion = std::string_view(attribute.name()) == "version";

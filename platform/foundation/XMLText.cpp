@@ -54,7 +54,7 @@ bool isAllowed(char32_t character) {
          (character > 0xFFFF && character <= 0x10FFFF);
 }
 
-// Empty when there is no escape for it.
+// Empty when the character needs no escape.
 std::string_view escapeOf(char c) {
   switch (c) {
     case '&':

@@ -11,7 +11,7 @@ namespace quenlet {
 class ErrorWire final {
  public:
   static constexpr char className[] = "Error";
-  // Of a peer's error, decode() keeps this many user-info entries, the first ones.
+  // decode() keeps the first this many user-info entries of an error.
   static constexpr std::size_t maximumUserInfoEntries = 64;
 
   static void encode(WireEncoder& encoder, const ErrorPtr& error);

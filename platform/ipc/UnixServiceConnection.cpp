@@ -25,8 +25,8 @@ namespace quenlet {
 //                             ^-- sendPieces(), on a worker, as the peer reads
 //
 // mustWait() is the back-pressure: with too many requests unanswered, too many bytes unsent or a
-// large request open, `paused` stops reading, and continueSoon() resumes it. Whoever frees room, on
-// any thread, therefore calls continueSoon() before it lets go of the lock.
+// large request open, `paused` stops reading, and continueSoon() resumes it. Code that frees room,
+// on any thread, therefore calls continueSoon() before it lets go of the lock.
 //
 // The lock is not held while the exported object performs, or while it or a transaction is
 // destroyed: they call out. Locals declared before a MutexLock are destroyed after it.

@@ -92,7 +92,7 @@ class UnixServiceConnection final : public ServiceConnection,
   [[nodiscard]] std::shared_ptr<ProcessTransaction> endedTransaction() REQUIRES(mutex);
   [[nodiscard]] bool mustWait() const REQUIRES(mutex);
   void continueSoon() REQUIRES(mutex);
-  // Ends the connection when there is no memory for an answer. On any thread.
+  // Ends the connection when memory for an answer runs out. On any thread.
   void giveUp() EXCLUDES(mutex);
   void closeByItself() EXCLUDES(mutex);
   void answer(const PendingReply& pending, FrameKind kind, std::string body) EXCLUDES(mutex);

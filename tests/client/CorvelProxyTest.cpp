@@ -131,9 +131,9 @@ TEST_F(CorvelProxyTest, TakesNoSenselessReplyForAnAnswer) {
   const WireEncoder donation = WireEncoder().list(1).object("DonationValue").integer(1).null();
   const std::tuple<const char*, WireEncoder, int> rows[] = {
       {"no card and no error", WireEncoder().null().null(), 4},
-      {"a card that is none", WireEncoder().object("Contact").integer(1).null(), 4},
+      {"something else for a card", WireEncoder().object("Contact").integer(1).null(), 4},
       {"no list and no error", WireEncoder().null().null(), 6},
-      {"a donation that is none", donation, 6},
+      {"something else for a donation", donation, 6},
   };
   for (const auto& [name, reply, operation] : rows) {
     const auto fixed = std::make_shared<FixedReply>();

@@ -81,7 +81,7 @@ TEST_F(DonorExtensionMainTest, PutsRequestsToTheDonorAndTurnsExceptionsIntoError
   EXPECT_EQ(redonate(3), "ovaro.quenlet.service-error 4: the donor gave a null value");
   EXPECT_EQ(
       ask(DonorExtensionSelector::renew, WireEncoder().object(DonationWire::className).list(0)),
-      "ovaro.quenlet.service-error 4: the value is no valid donation");
+      "ovaro.quenlet.service-error 4: the value is not a valid donation");
 }
 
 using BuiltExtensionTest = HostFixture;

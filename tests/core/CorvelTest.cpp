@@ -124,7 +124,7 @@ TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
        thenRenewals({will, accepting + "[b]", posted, "io: store a b", done, did}, "b", "other")},
       {donate, a,
        thenRenewals({will, accepting + "[a]", posted, "io: store a b", done, did}, "a", "app")},
-      // Of all values, those that are not held included.
+      // All values are offered, also those that are not held.
       {donate,
        {expiring("other", "b", -1), expiring("other", "rejected", -1)},
        thenRenewals({will, accepting + "[b,rejected]", posted, "io: store a b", done, did,

@@ -61,7 +61,7 @@ TEST(ValueTest, TakesTheFirstReadableKindOfADictionary) {
       {"name not all text", {badName, mail, label}, Value::emailAddress("a@x", "h")},
       {"e-mail without label decides", {mail, city}, {}},
       {"no e-mail", {{"emailAddress", 1}, phone, label}, Value::phoneNumber("+12", "h")},
-      {"phone with a label that is no text", {phone, {"label", 1}}, {}},
+      {"phone with a label that is not a text", {phone, {"label", 1}}, {}},
       {"postal without label", {city, {"style", 1}}, postalWithoutLabel},
       {"postal not all text", {badCity}, {}},
       {"postal without a known key", {{"postalAddress", Entries{{"x", "y"}}}, label}, {}},
@@ -101,7 +101,7 @@ TEST(DonationValueTest, RefusesWhatIsNoRecord) {
   }
 }
 
-// Each text differs from one of a record in one place; most are none of a record any more.
+// Each text differs from one of a record in one place; most are no longer texts of a record.
 TEST(DonationValueTest, ReadsATextAsTheGeneralReaderDoesOrNotAtAll) {
   const DonationValues values = {
       named({.givenName = "\u00c9va", .familyName = "", .nickname = "<&\r"}, from("a", "1", "c")),

@@ -187,7 +187,7 @@ class ProcessTest : public testing::Test {
   int countDonations() {
     const Ran ran = quenlet({"list"});
     if (ran.code != 0) return -1;
-    // Of a table the first line is the headings, of an empty list a sentence.
+    // The first line of a table is its headings, that of an empty list a sentence.
     return static_cast<int>(std::count(ran.out.begin(), ran.out.end(), '\n')) - 1;
   }
 

@@ -12,7 +12,7 @@ namespace quenlet {
 
 // An agent that notes the operations with their arguments and replies at once: with the error it
 // was told to give, else with success, `contact` and `value`. It keeps the handlers of donations
-// and of a fetch to itself when it holds replies. Thread-safe, but for changes of `contact`.
+// and of a fetch to itself when it holds replies. Thread-safe, except for changes of `contact`.
 class RecordingAgent final : public CorvelProtocol {
  public:
   const DonationValuePtr value =

@@ -103,7 +103,7 @@ class HostilePeersTest : public TrustTest {
     }
     EXPECT_TRUE(wasServed);
   }
-  // Of the test's children that have ended.
+  // What the test's children that have ended used.
   static rusage used() {
     rusage children{};
     ::getrusage(RUSAGE_CHILDREN, &children);

@@ -36,7 +36,7 @@ class TrustTest : public ProcessTest {
   void startSilentAgent() {
     startAgent({"/bin/sh", "-c", "exec \"$0\" 2>/dev/null", bin / "quenlet-agent"});
   }
-  // PSS but for mapped files, whose pages count for more whenever another program that shares them
+  // PSS without mapped files, whose pages count for more whenever another program that shares them
   // ends.
   [[nodiscard]] double memoryInMiB() const {
     std::istringstream words(readFile(agent->processDirectory() / "smaps_rollup"));

@@ -8,7 +8,7 @@
 namespace quenlet {
 
 void RejectionWords::addTo(CLI::App& app, ChosenAction& chosen) {
-  addRejection(app, chosen, "reject", "Keep a value away, whoever donates it",
+  addRejection(app, chosen, "reject", "Keep a value away, also when it is donated again",
                &CorvelProtocol::rejectValueWithDonationIdentifier);
   addRejection(app, chosen, "reject-cluster", "Keep all values of a cluster away",
                &CorvelProtocol::rejectValuesWithClusterIdentifier);

@@ -15,7 +15,7 @@ class StatusWord final {
     bool donationsEnabled = true;
     // Set when an agent answered with its donations.
     std::optional<std::size_t> donationCount;
-    // Why there is no count: no agent, no answer in time, or a refusal.
+    // Why the count is missing: no agent, no answer in time, or a refusal.
     ErrorPtr error;
 
     [[nodiscard]] bool agentAnswers() const;

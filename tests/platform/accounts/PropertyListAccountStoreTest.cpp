@@ -117,7 +117,7 @@ TEST_F(PropertyListAccountStoreTest, LocksOthersOutWhileTheLockLasts) {
   const auto held = store()->lock();
   ASSERT_TRUE(held.isLeft()) << "which makes the directory";
   EXPECT_FALSE(LockFile::tryLock(files / "Accounts/.lock").isLeft());
-  EXPECT_EQ(identifiers() + complaints(), "") << "the lock is no account";
+  EXPECT_EQ(identifiers() + complaints(), "") << "the lock is not an account";
 }
 
 TEST(AccountTest, TakesOnlyWellFormedRecords) {

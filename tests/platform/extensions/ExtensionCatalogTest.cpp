@@ -40,11 +40,11 @@ TEST_F(ExtensionCatalogTest, TakesTheFirstManifestOfEachBundleAndLeavesOutTheBad
   const std::pair<std::string, std::string> bad[] = {
       {manifest("ovaro.quenlet.accounts", "x"), "its bundleIdentifier is the agent's own"},
       {manifest("org\u001b[1m", "x"), ""},
-      {manifest("org\u0085x", "x"), "its bundleIdentifier is no plain text"},
-      {manifest(std::string(256, 'b'), "x"), "its bundleIdentifier is no plain text"},
-      {manifest("", "x"), "its bundleIdentifier is no plain text"},
-      {manifest("org.bad", "x", ""), "its extensionPoint is no plain text"},
-      {manifest("org.bad", ""), "its executable is no plain text"},
+      {manifest("org\u0085x", "x"), "its bundleIdentifier is not plain text"},
+      {manifest(std::string(256, 'b'), "x"), "its bundleIdentifier is not plain text"},
+      {manifest("", "x"), "its bundleIdentifier is not plain text"},
+      {manifest("org.bad", "x", ""), "its extensionPoint is not plain text"},
+      {manifest("org.bad", ""), "its executable is not plain text"},
       {"<plist version=\"1.0\"><array/></plist>", "its top level is not a dictionary"},
       {"<plist version=\"1.0\"><dict>", ""},
       {manifest("org.large", "x") + std::string(65536, ' '), "it is larger than 64 KiB"}};

@@ -120,7 +120,7 @@ TEST(TextTest, EqualityIsCanonicalEquivalence) {
       {"a\u0323\u0302", "a\u0302\u0323", true},
       {"a\u0301\u0302", "a\u0302\u0301", false},  // marks of one class keep their order
       {"\uD55C", "\u1112\u1161\u11AB", true},
-      {"\uFB01", "fi", false},  // compatibility is no equivalence
+      {"\uFB01", "fi", false},  // compatibility is not equivalence
       {"e\u0308\xFF", "e\u0308\xFF", true},
       {"e\u0308\xFF", "\u00eb\xFF", false},
       {"\xFF", "\uFFFD", false},

@@ -75,9 +75,9 @@ class EchoService final : public ExportedObject,
   void waitUntilHeld() { held.acquire(); }
   void release() { released.release(); }
 
-  // Of connections that come.
+  // Treats every later connection as refused.
   std::atomic<bool> refusesPeers = false;
-  // Of a long reply, each as long as the request's text and with it, and how many were made.
+  // The number of pieces of a long reply, each holding the request's text, and how many were made.
   std::atomic<std::size_t> pieces = 3;
   std::atomic<std::size_t> piecesMade = 0;
   // The texts of all requests, in order.

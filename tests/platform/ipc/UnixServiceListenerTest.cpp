@@ -57,14 +57,14 @@ TEST_F(UnixServiceListenerTest, GoesOnAfterAWrongRequestAndEndsAfterASenselessHe
       {"too few arguments", request("\5\4echo"), "7 !4", "8 b", false},
       {"invalid UTF-8", request("\5\4echo\5\1\xff"), "7 !5", "8 b", false},
       {"no operation", request(""), "7 !5", "8 b", false},
-      {"an operation that is no text", request("\6\4echo\5\2hi"), "7 !5", "8 b", false},
+      {"an operation that is not a text", request("\6\4echo\5\2hi"), "7 !5", "8 b", false},
       {"dropped without an answer", request("\5\4drop\5\2hi"), "7 !9", "8 b", false},
       {"too large by one", "\1\0\0\2\0"s + seven, "7 !6", "end", false},
       {"as large as can be said", "\xff\xff\xff\xff\0"s + seven, "7 !6", "end", false},
       {"shorter than its header", "\x8\0\0\0\0"s + seven, "7 !5", "end", false},
       {"no identifier", RawPeer::request(0, "echo", "x"), "0 !5", "end", false},
       {"a reply", "\x9\0\0\0\1"s + seven, "7 !5", "end", false},
-      {"arguments that are none", request("\5\4echo\xff"), "7 ", "8 ", true},
+      {"senseless arguments", request("\5\4echo\xff"), "7 ", "8 ", true},
       {"unknown operation, refused", request("\5\3owl"), "7 !3", "8 ", true},
       {"as large as may be", ofLength(4096), "7 ", "8 ", true},
       {"larger by one", ofLength(4097), "7 ", "end", true},
@@ -289,7 +289,7 @@ TEST_F(UnixServiceListenerTest, LetsNobodySendDescriptors) {
     for (const RawPeer* peer : {&accepted, &last, &std::as_const(late)}) {
       FileDescriptor& own = lingering.emplace_back(lingeringConnection()).first;
       EXPECT_NE(peer->pass(own.get()), canRefuse);
-      if (!canRefuse) own.reset();  // whoever got it has the last word
+      if (!canRefuse) own.reset();  // now the receiver has the last word
     }
     service->release();
     EXPECT_EQ(honest.receive(), "2 c");

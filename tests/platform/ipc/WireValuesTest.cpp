@@ -37,7 +37,7 @@ TEST(WireValuesTest, RoundTripsPropertyListsAndSkipsWhatWasNotAskedFor) {
   encoder.propertyList(tree).object("Thing").list(1).null().string("end");
   WireReader reader(encoder.bytes());
   EXPECT_EQ(reader.propertyList(), tree);
-  EXPECT_EQ(WireReader(reader).propertyList(), std::nullopt) << "an object is no property list";
+  EXPECT_EQ(WireReader(reader).propertyList(), std::nullopt) << "an object is not a property list";
   EXPECT_EQ(reader.integer(), std::nullopt);
   EXPECT_EQ(reader.string(), "end");
   EXPECT_EQ(reader.string(), std::nullopt);
@@ -101,7 +101,7 @@ TEST(WireValuesTest, ChecksWhatAPeerSends) {
       {"size not in its shortest form", "\5\x81\0a"s, text, malformed},
       {"invalid UTF-8", "\5\2\xc3\x28"s, text, malformed},
       {"invalid UTF-8 in a key", "\x8\1\5\1\xff\0"s, entries, malformed},
-      {"key that is no text", "\x8\1\0\0"s, entries, malformed},
+      {"key that is not a text", "\x8\1\0\0"s, entries, malformed},
       {"date that is not a number", "\7\1\4\0\0\0\0\0\0\xf8\x7f"s, list, malformed},
   };
   for (const auto& [name, bytes, parameters, code] : rows) {

@@ -245,7 +245,7 @@ TEST_F(EventLoopTest, ReportsReadinessUntilPausedAndAgainAfterwards) {
   send();
   EXPECT_GE(callsIn(1), 1);
   watch->setEvents(0);
-  far.reset();  // a hang-up, which epoll reports to whoever is registered at all
+  far.reset();  // a hang-up, which epoll always reports
   EXPECT_EQ(callsIn(3), 0);
   watch->setEvents(EPOLLIN);
   EXPECT_GE(callsIn(1), 1);
