@@ -28,8 +28,10 @@ constexpr char timedOut[] = "ovaro.quenlet.service-error 11";
 // Exports one object to everybody, under the agent's name.
 struct Exporter final : ServiceListenerDelegate {
   std::shared_ptr<ExportedObject> exported;
+  std::atomic<int> connections = 0;
   bool shouldAcceptNewConnection(ServiceListener&,
                                  const std::shared_ptr<ServiceConnection>& connection) override {
+    ++connections;
     connection->setExportedInterface(DonationListenerDelegate::makeConfiguredInterface());
     connection->setExportedObject(exported);
     connection->resume();
@@ -102,6 +104,7 @@ TEST_F(CorvelProxyTest, CarriesAllOperationsAndRepliesOnceAsSoonAsThereIsAnAgent
   agent->setError(makeError("domain", 7, "no"));
 
   EXPECT_EQ(repliesOfAll(proxy), Errors(10, "domain 7"));
+  EXPECT_EQ(exporter->connections, 1);
 }
 
 TEST_F(CorvelProxyTest, WaitsForNoReplyLongerThanItWasMadeTo) {

@@ -51,6 +51,7 @@ emailAddress   ann@example.org                     b5      i5                 19
   out.str("");
   ContactFields fields;
   fields.namePrefix = "Dr.";
+  fields.nickname = "Annie";
   fields.emailAddresses = {values[4]->emailEntry()};
   fields.phoneNumbers = {values[1]->phoneEntry()};
   fields.postalAddresses = {values[2]->postalEntry()};
@@ -58,7 +59,7 @@ emailAddress   ann@example.org                     b5      i5                 19
   CardPresenter::writeText(out, Contact(fields));
   CardPresenter::writeJSON(out, Contact(fields));
   EXPECT_EQ(out.str(), R"(Name
-  Dr.
+  Dr. "Annie"
 
 E-mail
   ann@example.org  from b5  i5  until 1970-01-26
@@ -71,15 +72,19 @@ Address
 
 Image
   6 bytes, GIF
-{"name":{"namePrefix":"Dr."},"emailAddresses":[{)" +
+{"name":{"namePrefix":"Dr.","nickname":"Annie"},"emailAddresses":[{)" +
                            emailJSON + R"(],"phoneNumbers":[{)" + phoneJSON +
                            R"(],"postalAddresses":[{)" + postalJSON + R"(],"imageBytes":6})" +
                            "\n");
+  out.str("");
+  CardPresenter::writeJSON(out, Contact());
+  EXPECT_EQ(out.str(), R"({"name":{},"emailAddresses":[],"phoneNumbers":[],"postalAddresses":[],)"
+                       "\"imageBytes\":0}\n");
 }
 
 TEST(DonationPresenterTest, KeepsDonorsFromSteeringTheTerminal) {
   for (const std::string hostile : {"\x1B", "\x07", "\n", "\x7F", "\xC2\x9B", "\xFF",
-                                    "\xE2\x80\xAE", "\r", "\t", "\xE2\x81\xA6"}) {
+                                    "\xE2\x80\xAE", "\r", "\t", "\xE2\x81\xA6", "\xD8\x9C"}) {
     std::ostringstream out;
     DonationPresenter::writeTable(
         out, {email("a" + hostile + "b", from("b" + hostile, "id"), "x" + hostile)});
