@@ -310,4 +310,4 @@ def is_wording(code, text, begin, line_begin, line_end):
     statement_begin = max(code.rfind(";", 0, begin), code.rfind("{", 0, begin), 0)
     statement = code[statement_begin:begin]
     return " " in text[literal_begin:begin] and bool(
-        re.search(r"Error|\badd_(?:option|flag|subcommand)", statement))
+        re.search(r"Error|\badd(?:_option|_flag|_subcommand|Repeatable)", statement))

@@ -184,6 +184,14 @@ TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
   EXPECT_EQ(read("donations.plist.damaged-2"), "no property list");
 }
 
+TEST_F(DonationPersistenceTest, KeepsASoundFileBesideTheNextOneWhenAsked) {
+  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x", from("app", "a"))}).result().isLeft());
+  const std::string sound = read("donations.plist");
+  persistence.keepStoredDonations();
+  ASSERT_TRUE(persistence.storeWithAllValues({}).result().isLeft());
+  EXPECT_EQ(read("donations.plist.damaged-1"), sound);
+}
+
 TEST_F(DonationPersistenceTest, TakesAnUnreadableFileForNoDamagedOne) {
   ASSERT_TRUE(persistence.storeWithAllValues({email("a@x", from("app", "a"))}).result().isLeft());
   const std::string sound = read("donations.plist");

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
 
 #include "platform/files/PosixDataProxy.h"
@@ -26,6 +28,7 @@ class SteeredDataProxy final : public DataProxy {
   Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
                          WritingOptions options) override {
     ++writes;
+    EXPECT_EQ(options, WritingOptions::atomic);
     if (failsWrites) return Future<bool>::futureWithError(makePosixError(ENOSPC, "write"));
 
     // Complete when it is given back, so that all that follows a write is on the test's thread.

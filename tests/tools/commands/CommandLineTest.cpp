@@ -132,7 +132,7 @@ TEST_F(CommandLineTest, TellsThePreferenceAndWhetherAnAgentAnswers) {
 TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
   for (const char* words :
        {"", "unknown", "donate", "donate x --expires nan", "donate x --expires 1e9",
-        "donate x --bundle ''", "card --format xml", "remove"}) {
+        "donate x --bundle ''", "card --format xml", "remove", "list status"}) {
     EXPECT_EQ(run(words), 2) << words;
     EXPECT_THAT(err.str(), StartsWith("quenlet: usage 2: "));
   }
