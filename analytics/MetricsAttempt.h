@@ -3,8 +3,8 @@
 #include <memory>
 #include <utility>
 
-#include "platform/donations/CorvelProtocol.h"
 #include "platform/scheduling/ProcessTransaction.h"
+#include "protocol/CorvelProtocol.h"
 
 namespace quenlet {
 

@@ -5,10 +5,10 @@
 
 #include <cstring>
 
-#include "platform/donations/CorvelInterface.h"
-#include "platform/donations/DonationWire.h"
 #include "platform/ipc/FrameHeader.h"
 #include "platform/ipc/WireEncoder.h"
+#include "protocol/CorvelInterface.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 namespace {

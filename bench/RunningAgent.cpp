@@ -8,8 +8,8 @@
 #include <thread>
 
 #include "client/waitForReply.h"
-#include "platform/donations/CorvelInterface.h"
 #include "platform/foundation/PropertyListSerializer.h"
+#include "protocol/CorvelInterface.h"
 
 namespace quenlet {
 namespace {

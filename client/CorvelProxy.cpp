@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/donations/AccountWire.h"
-#include "platform/donations/ContactWire.h"
-#include "platform/donations/CorvelInterface.h"
-#include "platform/donations/DonationWire.h"
 #include "platform/ipc/ErrorWire.h"
+#include "protocol/AccountWire.h"
+#include "protocol/ContactWire.h"
+#include "protocol/CorvelInterface.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 namespace {

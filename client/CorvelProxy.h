@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/donations/CorvelProtocol.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/ServiceClient.h"
+#include "protocol/CorvelProtocol.h"
 
 namespace quenlet {
 

@@ -11,11 +11,11 @@
 #include <string>
 #include <utility>
 
-#include "platform/donations/DonationWire.h"
 #include "platform/extensions/DonorExtensionInterface.h"
 #include "platform/extensions/ExtensionError.h"
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/UnixServiceConnection.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 namespace {

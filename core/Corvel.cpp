@@ -5,8 +5,8 @@
 #include <algorithm>
 
 #include "mecard/ContactRebuilder.h"
+#include "model/DonationError.h"
 #include "platform/PlatformServices.h"
-#include "platform/donations/DonationError.h"
 #include "platform/foundation/FreedMemory.h"
 #include "platform/foundation/ProblemReporter.h"
 #include "storage/DonationPersistence.h"

@@ -11,15 +11,15 @@
 
 #include "core/BundleLimit.h"
 #include "core/DonationPreferencesMonitor.h"
-#include "core/DonationTable.h"
 #include "core/FeatureState.h"
 #include "mecard/CuratedInfoProviderProtocol.h"
 #include "platform/AgentEnvironmentProtocol.h"
-#include "platform/donations/CorvelProtocol.h"
 #include "platform/extensions/DonorLoader.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/logging/AccountLogger.h"
+#include "protocol/CorvelProtocol.h"
 #include "storage/DonationPersistenceProtocol.h"
+#include "storage/DonationTable.h"
 
 namespace quenlet {
 

@@ -4,12 +4,12 @@
 #include <string_view>
 
 #include "platform/PlatformServices.h"
-#include "platform/donations/AccountWire.h"
-#include "platform/donations/ContactWire.h"
-#include "platform/donations/CorvelInterface.h"
-#include "platform/donations/DonationWire.h"
 #include "platform/ipc/ErrorWire.h"
 #include "platform/scheduling/runGuarded.h"
+#include "protocol/AccountWire.h"
+#include "protocol/ContactWire.h"
+#include "protocol/CorvelInterface.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 namespace {

@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "platform/donations/CorvelProtocol.h"
-#include "platform/donations/EncodedDonations.h"
 #include "platform/ipc/ServiceConnection.h"
+#include "protocol/CorvelProtocol.h"
+#include "protocol/EncodedDonations.h"
 
 namespace quenlet {
 

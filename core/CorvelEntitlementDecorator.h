@@ -5,9 +5,9 @@
 #include <optional>
 
 #include "platform/AgentEnvironmentProtocol.h"
-#include "platform/donations/CorvelProtocol.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/ServiceConnection.h"
+#include "protocol/CorvelProtocol.h"
 
 namespace quenlet {
 

@@ -2,8 +2,8 @@
 // agentDidHandleRequest:; a refused change or list has no second event.
 
 #include "core/Corvel.h"
+#include "model/DonationError.h"
 #include "platform/PlatformServices.h"
-#include "platform/donations/DonationError.h"
 
 namespace quenlet {
 

@@ -3,9 +3,9 @@
 #include "core/CorvelDispatcher.h"
 #include "core/CorvelEntitlementDecorator.h"
 #include "platform/PlatformServices.h"
-#include "platform/donations/AccountWire.h"
-#include "platform/donations/CorvelInterface.h"
-#include "platform/donations/DonationWire.h"
+#include "protocol/AccountWire.h"
+#include "protocol/CorvelInterface.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 

@@ -5,9 +5,9 @@
 
 #include "core/BundleLimit.h"
 #include "platform/AgentEnvironmentProtocol.h"
-#include "platform/donations/CorvelProtocol.h"
-#include "platform/donations/EncodedDonations.h"
 #include "platform/ipc/ServiceListener.h"
+#include "protocol/CorvelProtocol.h"
+#include "protocol/EncodedDonations.h"
 
 namespace quenlet {
 

@@ -3,8 +3,8 @@
 #include <functional>
 #include <memory>
 
-#include "platform/donations/DonationPreferences.h"
 #include "platform/foundation/Mutex.h"
+#include "platform/preferences/DonationPreferences.h"
 #include "platform/scheduling/SchedulerProvider.h"
 
 namespace quenlet {

@@ -7,11 +7,11 @@
 #include "platform/contacts/NameComponentsTokenizer.h"
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/VCard.h"
-#include "platform/donations/ContactWire.h"
-#include "platform/donations/CorvelInterface.h"
-#include "platform/donations/DonationWire.h"
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/ipc/FrameReader.h"
+#include "protocol/ContactWire.h"
+#include "protocol/CorvelInterface.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 

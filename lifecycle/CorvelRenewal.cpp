@@ -4,8 +4,8 @@
 #include <map>
 
 #include "core/Corvel.h"
+#include "model/DonationError.h"
 #include "platform/PlatformServices.h"
-#include "platform/donations/DonationError.h"
 #include "platform/logging/StandardOutput.h"
 
 namespace quenlet {

@@ -3,8 +3,8 @@
 #include <memory>
 #include <utility>
 
-#include "core/DonationSolicitor.h"
 #include "platform/extensions/DonorExtension.h"
+#include "sources/DonationSolicitor.h"
 
 namespace quenlet {
 

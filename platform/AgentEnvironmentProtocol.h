@@ -2,11 +2,11 @@
 
 #include <memory>
 
-#include "platform/donations/DonationFeedbackStore.h"
-#include "platform/donations/DonationPreferences.h"
+#include "platform/feedback/DonationFeedbackStore.h"
 #include "platform/files/DataProxy.h"
 #include "platform/logging/AgentLogger.h"
 #include "platform/notifications/DistributedNotificationCenter.h"
+#include "platform/preferences/DonationPreferences.h"
 #include "platform/scheduling/SchedulerProvider.h"
 
 namespace quenlet {

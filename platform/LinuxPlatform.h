@@ -6,13 +6,13 @@
 
 #include "platform/PlatformServices.h"
 #include "platform/accounts/AccountFileProblems.h"
-#include "platform/donations/PropertyListDonationPreferences.h"
 #include "platform/extensions/ExtensionHost.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/ipc/EntitlementDatabase.h"
 #include "platform/notifications/MeCardFileWatch.h"
 #include "platform/notifications/SocketNotificationCenter.h"
+#include "platform/preferences/PropertyListDonationPreferences.h"
 #include "platform/scheduling/ProductionSchedulerProvider.h"
 #include "platform/scheduling/RunLoop.h"
 

@@ -7,11 +7,8 @@
 #include "platform/accounts/AccountStore.h"
 #include "platform/contacts/ContactStore.h"
 #include "platform/counters/CounterStore.h"
-#include "platform/donations/CorvelProtocol.h"
-#include "platform/donations/DonationFeedbackStore.h"
-#include "platform/donations/DonationPreferences.h"
-#include "platform/donations/UserDefaults.h"
 #include "platform/extensions/DonorLoader.h"
+#include "platform/feedback/DonationFeedbackStore.h"
 #include "platform/files/DataProxy.h"
 #include "platform/foundation/Date.h"
 #include "platform/foundation/Observable.h"
@@ -19,10 +16,13 @@
 #include "platform/logging/DonationLoggerProvider.h"
 #include "platform/logging/SystemLog.h"
 #include "platform/notifications/DistributedNotificationCenter.h"
+#include "platform/preferences/DonationPreferences.h"
+#include "platform/preferences/UserDefaults.h"
 #include "platform/scheduling/ProcessTransaction.h"
 #include "platform/scheduling/SchedulerProvider.h"
 #include "platform/telephony/DeviceInfo.h"
 #include "platform/telephony/PhoneNumberMonitor.h"
+#include "protocol/CorvelProtocol.h"
 
 namespace quenlet {
 

@@ -2,8 +2,8 @@
 
 #include <concepts>
 
-#include "platform/donations/DonationError.h"
-#include "platform/donations/DonationFiles.h"
+#include "model/DonationError.h"
+#include "platform/files/DonationFiles.h"
 #include "platform/files/FileReading.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/PropertyListSerializer.h"

@@ -3,9 +3,9 @@
 #include <string>
 #include <utility>
 
-#include "platform/donations/DonationWire.h"
 #include "platform/foundation/Text.h"
 #include "platform/ipc/ErrorWire.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 

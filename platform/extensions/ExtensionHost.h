@@ -3,12 +3,12 @@
 #include <memory>
 #include <vector>
 
-#include "platform/donations/CorvelProtocol.h"
 #include "platform/extensions/DonorLoader.h"
 #include "platform/extensions/ExtensionLimits.h"
 #include "platform/extensions/ExtensionSchedulers.h"
 #include "platform/extensions/ManifestDirectory.h"
 #include "platform/foundation/Observable.h"
+#include "protocol/CorvelProtocol.h"
 
 namespace quenlet {
 

@@ -3,11 +3,11 @@
 #include <bit>
 #include <utility>
 
-#include "platform/donations/DonationWire.h"
 #include "platform/extensions/DonorExtensionInterface.h"
 #include "platform/extensions/ExtensionError.h"
 #include "platform/foundation/Text.h"
 #include "platform/ipc/ErrorWire.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 namespace {

@@ -3,10 +3,10 @@
 #include <memory>
 #include <string>
 
-#include "platform/donations/CorvelProtocol.h"
 #include "platform/extensions/DonorExtension.h"
 #include "platform/extensions/ExtensionManifest.h"
 #include "platform/extensions/ExtensionSupervisor.h"
+#include "protocol/CorvelProtocol.h"
 
 namespace quenlet {
 

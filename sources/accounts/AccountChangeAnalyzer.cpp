@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/donations/OwnDonations.h"
 #include "platform/foundation/Text.h"
 #include "platform/logging/StandardOutput.h"
+#include "sources/OwnDonations.h"
 #include "sources/accounts/AccountPropertyParser.h"
 
 namespace quenlet {

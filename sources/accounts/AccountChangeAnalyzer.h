@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/donations/CorvelProtocol.h"
 #include "platform/logging/AccountLogger.h"
+#include "protocol/CorvelProtocol.h"
 
 namespace quenlet {
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "core/Corvel.h"
-#include "core/DonationSolicitor.h"
+#include "sources/DonationSolicitor.h"
 
 namespace quenlet {
 

@@ -2,9 +2,9 @@
 // as it changes, or all of them at once.
 
 #include "core/Corvel.h"
+#include "model/DonationError.h"
 #include "platform/PlatformServices.h"
-#include "platform/donations/CorvelInterface.h"
-#include "platform/donations/DonationError.h"
+#include "protocol/CorvelInterface.h"
 #include "sources/accounts/AccountChangeAnalyzer.h"
 #include "sources/accounts/AccountPropertyParser.h"
 

@@ -5,9 +5,9 @@
 #include "model/DonationOrigin.h"
 #include "platform/PlatformServices.h"
 #include "platform/contacts/ContactStore.h"
-#include "platform/donations/OwnDonations.h"
 #include "platform/foundation/Text.h"
 #include "platform/logging/StandardOutput.h"
+#include "sources/OwnDonations.h"
 #include "sources/sim/SIMCardText.h"
 
 namespace quenlet {

@@ -2,9 +2,9 @@
 
 #include <memory>
 
-#include "platform/donations/CorvelProtocol.h"
 #include "platform/foundation/Cancelable.h"
 #include "platform/telephony/PhoneNumberMonitor.h"
+#include "protocol/CorvelProtocol.h"
 
 namespace quenlet {
 

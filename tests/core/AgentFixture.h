@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/Corvel.h"
-#include "platform/donations/CorvelInterface.h"
+#include "protocol/CorvelInterface.h"
 #include "tests/support/TestEnvironment.h"
 
 namespace quenlet {

@@ -5,11 +5,11 @@
 
 #include "core/CorvelEntitlementDecorator.h"
 #include "core/DonationListenerDelegate.h"
-#include "platform/donations/AccountWire.h"
-#include "platform/donations/CorvelInterface.h"
-#include "platform/donations/DonationWire.h"
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/UnixServiceListener.h"
+#include "protocol/AccountWire.h"
+#include "protocol/CorvelInterface.h"
+#include "protocol/DonationWire.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TestEnvironment.h"
 

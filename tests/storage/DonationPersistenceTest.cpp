@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "platform/foundation/PropertyListSerializer.h"
-#include "tests/platform/donations/SteeredDataProxy.h"
 #include "tests/support/DonationFactory.h"
+#include "tests/support/SteeredDataProxy.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {

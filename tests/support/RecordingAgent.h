@@ -4,8 +4,8 @@
 
 #include <atomic>
 
-#include "platform/donations/CorvelProtocol.h"
 #include "platform/foundation/Mutex.h"
+#include "protocol/CorvelProtocol.h"
 #include "tests/support/DonationFactory.h"
 
 namespace quenlet {

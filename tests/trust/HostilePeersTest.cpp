@@ -8,7 +8,7 @@
 #include <atomic>
 #include <functional>
 
-#include "platform/donations/CorvelInterface.h"
+#include "protocol/CorvelInterface.h"
 #include "tests/platform/ipc/RawPeer.h"
 #include "tests/trust/Operations.h"
 #include "tests/trust/TrustTest.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/donations/CorvelProtocol.h"
+#include "protocol/CorvelProtocol.h"
 #include "tests/support/DonationFactory.h"
 
 namespace quenlet {

@@ -3,11 +3,11 @@
 #include <utility>
 
 #include "model/DonationOrigin.h"
-#include "platform/donations/DonationFiles.h"
-#include "platform/donations/PropertyListFile.h"
+#include "platform/files/DonationFiles.h"
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixFileOperations.h"
+#include "platform/files/PropertyListFile.h"
 
 namespace quenlet {
 namespace {

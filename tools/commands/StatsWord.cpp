@@ -6,12 +6,12 @@
 #include "platform/counters/CounterKeys.h"
 #include "platform/counters/PrometheusCounterStore.h"
 #include "platform/counters/PrometheusText.h"
-#include "platform/donations/PropertyListFile.h"
-#include "platform/donations/UserDefaults.h"
 #include "platform/files/FileReading.h"
 #include "platform/files/PosixDataProxy.h"
+#include "platform/files/PropertyListFile.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/JSONWriter.h"
+#include "platform/preferences/UserDefaults.h"
 #include "tools/commands/TextTable.h"
 
 namespace quenlet {

@@ -1,6 +1,6 @@
 #include "tools/commands/UserAccounts.h"
 
-#include "platform/donations/DonationFiles.h"
+#include "platform/files/DonationFiles.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
 

@@ -1,10 +1,10 @@
 #include "tools/commands/UserPreferences.h"
 
-#include "platform/donations/PropertyListDonationPreferences.h"
-#include "platform/donations/UserDefaults.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/notifications/SocketNotificationCenter.h"
+#include "platform/preferences/PropertyListDonationPreferences.h"
+#include "platform/preferences/UserDefaults.h"
 
 namespace quenlet {
 

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <memory>
 
-#include "platform/donations/DonationPreferences.h"
 #include "platform/foundation/Either.h"
+#include "platform/preferences/DonationPreferences.h"
 #include "platform/scheduling/EventLoop.h"
 
 namespace quenlet {

@@ -7,8 +7,8 @@
 #include <thread>
 
 #include "platform/files/PosixDataProxy.h"
-#include "tests/platform/donations/SteeredDataProxy.h"
 #include "tests/platform/files/SteeredFileOperations.h"
+#include "tests/support/SteeredDataProxy.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {

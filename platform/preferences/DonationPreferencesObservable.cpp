@@ -1,13 +1,13 @@
-#include "platform/donations/DonationPreferencesObservable.h"
+#include "platform/preferences/DonationPreferencesObservable.h"
 
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/donations/PropertyListDonationPreferences.h"
 #include "platform/files/DirectoryWatch.h"
 #include "platform/foundation/Mutex.h"
+#include "platform/preferences/PropertyListDonationPreferences.h"
 
 namespace quenlet {
 namespace {

@@ -1,8 +1,8 @@
-#include "platform/donations/CorvelInterface.h"
+#include "protocol/CorvelInterface.h"
 
-#include "platform/donations/ContactWire.h"
-#include "platform/donations/DonationWire.h"
 #include "platform/ipc/ErrorWire.h"
+#include "protocol/ContactWire.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 namespace {

@@ -1,14 +1,14 @@
-#include "platform/donations/PropertyListFeedbackStore.h"
+#include "platform/feedback/PropertyListFeedbackStore.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <utility>
 #include <vector>
 
-#include "platform/donations/FeedbackContent.h"
-#include "platform/donations/FeedbackEntries.h"
-#include "platform/donations/PropertyListFile.h"
+#include "platform/feedback/FeedbackContent.h"
+#include "platform/feedback/FeedbackEntries.h"
 #include "platform/files/DirectoryWatch.h"
+#include "platform/files/PropertyListFile.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/ProblemReporter.h"
 #include "platform/foundation/PropertyListSerializer.h"

@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/donations/DonationFeedbackStore.h"
+#include "platform/feedback/DonationFeedbackStore.h"
 #include "platform/files/DataProxy.h"
 #include "platform/scheduling/EventLoop.h"
 #include "platform/scheduling/Scheduler.h"

@@ -1,8 +1,8 @@
-#include "platform/donations/PropertyListFeedbackStore.h"
+#include "platform/feedback/PropertyListFeedbackStore.h"
 
 #include "platform/files/LockFile.h"
-#include "tests/platform/donations/FileFixture.h"
 #include "tests/support/DonationFactory.h"
+#include "tests/support/FileFixture.h"
 #include "tests/support/ManualSchedulers.h"
 
 namespace quenlet {

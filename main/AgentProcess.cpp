@@ -1,4 +1,4 @@
-#include "core/main/AgentProcess.h"
+#include "main/AgentProcess.h"
 
 #include <csignal>
 
@@ -7,8 +7,8 @@
 #include "core/ProductionEnvironment.h"
 #include "mecard/ProductionInfoProvider.h"
 #include "platform/PlatformServices.h"
-#include "platform/donations/CorvelInterface.h"
 #include "platform/logging/StandardOutput.h"
+#include "protocol/CorvelInterface.h"
 
 namespace quenlet {
 namespace {

@@ -1,4 +1,4 @@
-#include "core/DonationTable.h"
+#include "storage/DonationTable.h"
 
 #include <bit>
 #include <unordered_set>

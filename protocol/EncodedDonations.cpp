@@ -1,9 +1,9 @@
-#include "platform/donations/EncodedDonations.h"
+#include "protocol/EncodedDonations.h"
 
 #include <utility>
 
-#include "platform/donations/DonationWire.h"
 #include "platform/ipc/ErrorWire.h"
+#include "protocol/DonationWire.h"
 
 namespace quenlet {
 

@@ -1,4 +1,4 @@
-#include "platform/donations/FeedbackContent.h"
+#include "platform/feedback/FeedbackContent.h"
 
 #include <string_view>
 #include <utility>

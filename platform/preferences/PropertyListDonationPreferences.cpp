@@ -1,8 +1,8 @@
-#include "platform/donations/PropertyListDonationPreferences.h"
+#include "platform/preferences/PropertyListDonationPreferences.h"
 
 #include <utility>
 
-#include "platform/donations/DonationPreferencesObservable.h"
+#include "platform/preferences/DonationPreferencesObservable.h"
 
 namespace quenlet {
 namespace {

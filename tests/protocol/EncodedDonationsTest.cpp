@@ -1,9 +1,9 @@
-#include "platform/donations/EncodedDonations.h"
+#include "protocol/EncodedDonations.h"
 
 #include <gtest/gtest.h>
 
-#include "platform/donations/DonationWire.h"
 #include "platform/ipc/ErrorWire.h"
+#include "protocol/DonationWire.h"
 #include "tests/support/DonationFactory.h"
 
 namespace quenlet {

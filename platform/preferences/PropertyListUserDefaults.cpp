@@ -1,4 +1,4 @@
-#include "platform/donations/PropertyListUserDefaults.h"
+#include "platform/preferences/PropertyListUserDefaults.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
-#include "platform/donations/AccountWire.h"
+#include "protocol/AccountWire.h"
 
-#include "platform/donations/DonationError.h"
+#include "model/DonationError.h"
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/ipc/ServiceInterface.h"
 

@@ -1,7 +1,7 @@
-#include "platform/donations/OwnDonations.h"
+#include "sources/OwnDonations.h"
 
 #include "model/DonationBounds.h"
-#include "platform/donations/DonationError.h"
+#include "model/DonationError.h"
 #include "platform/foundation/ProblemReporter.h"
 
 namespace quenlet {

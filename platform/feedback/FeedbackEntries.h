@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "platform/donations/FeedbackContent.h"
+#include "platform/feedback/FeedbackContent.h"
 #include "platform/foundation/KeyedHash.h"
 #include "platform/foundation/PropertyList.h"
 

@@ -4,10 +4,10 @@
 #include <memory>
 #include <optional>
 
-#include "platform/donations/DonationPreferences.h"
-#include "platform/donations/PropertyListFile.h"
+#include "platform/files/PropertyListFile.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/ProblemReporter.h"
+#include "platform/preferences/DonationPreferences.h"
 #include "platform/scheduling/EventLoop.h"
 
 namespace quenlet {

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "core/main/AgentProcess.h"
+#include "main/AgentProcess.h"
 #include "platform/LinuxPlatform.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "platform/donations/ContactWire.h"
+#include "protocol/ContactWire.h"
 
 #include <array>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "platform/donations/PropertyListFile.h"
+#include "platform/files/PropertyListFile.h"
 
 #include <utility>
 

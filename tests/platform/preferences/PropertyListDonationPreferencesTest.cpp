@@ -1,11 +1,11 @@
-#include "platform/donations/PropertyListDonationPreferences.h"
+#include "platform/preferences/PropertyListDonationPreferences.h"
 
 #include <thread>
 
-#include "platform/donations/PropertyListUserDefaults.h"
 #include "platform/files/LockFile.h"
-#include "tests/platform/donations/FileFixture.h"
+#include "platform/preferences/PropertyListUserDefaults.h"
 #include "tests/support/FakeServices.h"
+#include "tests/support/FileFixture.h"
 
 namespace quenlet {
 namespace {

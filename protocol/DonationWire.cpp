@@ -1,7 +1,7 @@
-#include "platform/donations/DonationWire.h"
+#include "protocol/DonationWire.h"
 
 #include "model/DonationBounds.h"
-#include "platform/donations/DonationError.h"
+#include "model/DonationError.h"
 #include "platform/ipc/ServiceInterface.h"
 
 namespace quenlet {

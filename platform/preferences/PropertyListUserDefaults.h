@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <memory>
 
-#include "platform/donations/PropertyListFile.h"
-#include "platform/donations/UserDefaults.h"
+#include "platform/files/PropertyListFile.h"
+#include "platform/preferences/UserDefaults.h"
 
 namespace quenlet {
 

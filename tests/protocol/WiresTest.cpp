@@ -2,10 +2,10 @@
 
 #include <cmath>
 
-#include "platform/donations/AccountWire.h"
-#include "platform/donations/ContactWire.h"
-#include "platform/donations/DonationWire.h"
 #include "platform/ipc/ServiceInterface.h"
+#include "protocol/AccountWire.h"
+#include "protocol/ContactWire.h"
+#include "protocol/DonationWire.h"
 #include "tests/support/DonationFactory.h"
 
 namespace quenlet {

@@ -1,4 +1,4 @@
-#include "platform/donations/FeedbackEntries.h"
+#include "platform/feedback/FeedbackEntries.h"
 
 #include <algorithm>
 #include <optional>

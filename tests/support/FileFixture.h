@@ -4,7 +4,7 @@
 
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/scheduling/EventLoop.h"
-#include "tests/platform/donations/SteeredDataProxy.h"
+#include "tests/support/SteeredDataProxy.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
