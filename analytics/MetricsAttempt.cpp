@@ -40,7 +40,7 @@ ContactPtr fetchCuratedCard() {
   const auto fetched =
       PlatformServices::current().makeContactStore()->_crossPlatformUnifiedMeContactWithKeysToFetch(
           MeCardClassifier::descriptors());
-  return fetched.isLeft() ? fetched.left() : nullptr;
+  return fetched.ok() ? fetched.value() : nullptr;
 }
 
 }  // namespace

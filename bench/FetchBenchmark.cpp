@@ -106,7 +106,7 @@ void fetchCardThroughLibrary(benchmark::State& state) {
   for (auto _ : state) {
     latencies.measure([&] {
       card.agent.client->synchronousDonatedMeCard(
-          [&fetched](const Result<ContactPtr>& reply) { fetched += reply.isLeft() ? 1 : 0; });
+          [&fetched](const Result<ContactPtr>& reply) { fetched += reply.ok() ? 1 : 0; });
     });
   }
   if (fetched != static_cast<std::size_t>(state.iterations())) failBenchmark("no card");

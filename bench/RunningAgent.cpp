@@ -35,7 +35,7 @@ void installAgent(const std::filesystem::path& prefix) {
   PropertyListDictionary programs;
   programs.emplace(ownProgram().string(), std::move(values));
   const auto text = PropertyListSerializer::dataWithObject(std::move(programs));
-  std::ofstream(entitlements / "bench.plist") << text.left();
+  std::ofstream(entitlements / "bench.plist") << text.value();
 }
 
 }  // namespace
@@ -77,7 +77,7 @@ void RunningAgent::waitUntilServing() {
   for (int attempt = 0; attempt < attempts; ++attempt) {
     bool served = false;
     client->synchronousDonatedMeCard(
-        [&served](const Result<ContactPtr>& card) { served = card.isLeft(); });
+        [&served](const Result<ContactPtr>& card) { served = card.ok(); });
     if (served) return;
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }

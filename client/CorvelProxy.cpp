@@ -21,8 +21,8 @@ std::string encodedText(const std::string& text) {
 }
 
 void decodeContactReply(const Result<std::string>& outcome, const ContactReply& reply) {
-  if (!outcome.isLeft()) return reply(nullptr, outcome.right());
-  WireReader values(outcome.left());
+  if (!outcome.ok()) return reply(nullptr, outcome.error());
+  WireReader values(outcome.value());
   ContactPtr contact = ContactWire::decode(values);
   if (const ErrorPtr error = ErrorWire::decode(values)) return reply(nullptr, error);
   if (!contact) return reply(nullptr, malformedReply("the agent's card is not readable"));
@@ -30,20 +30,20 @@ void decodeContactReply(const Result<std::string>& outcome, const ContactReply& 
 }
 
 void decodeDonationsReply(const Result<std::string>& outcome, const DonationsReply& reply) {
-  if (!outcome.isLeft()) return reply(nullptr, outcome.right());
-  WireReader values(outcome.left());
+  if (!outcome.ok()) return reply(nullptr, outcome.error());
+  WireReader values(outcome.value());
   WireReader listValue(values.skip());
   if (const ErrorPtr error = ErrorWire::decode(values)) return reply(nullptr, error);
   Result<DonationValues> list = DonationWire::decode(listValue);
-  if (!list.isLeft()) {
+  if (!list.ok()) {
     return reply(nullptr, malformedReply("the agent's list of donations is not readable"));
   }
-  reply(std::make_shared<const DonationValues>(std::move(list).takeLeft()), nullptr);
+  reply(std::make_shared<const DonationValues>(std::move(list).takeValue()), nullptr);
 }
 
 Result<ContactPtr> decodeEitherReply(const Result<std::string>& outcome) {
-  if (!outcome.isLeft()) return Result<ContactPtr>::right(outcome.right());
-  WireReader values(outcome.left());
+  if (!outcome.ok()) return Result<ContactPtr>::failure(outcome.error());
+  WireReader values(outcome.value());
   return ContactWire::decodeEither(values);
 }
 
@@ -70,36 +70,36 @@ CorvelProxy::ConnectionPtr CorvelProxy::livingConnection() {
 Result<CorvelProxy::ConnectionPtr> CorvelProxy::takeConnection() {
   {
     MutexLock lock(mutex);
-    if (ConnectionPtr living = livingConnection()) return Result<ConnectionPtr>::left(living);
+    if (ConnectionPtr living = livingConnection()) return Result<ConnectionPtr>::success(living);
   }
   // Connecting can take as long as the time limit, so not under the lock. Another thread may have
   // connected meanwhile; then ours is dropped unused.
   Result<std::shared_ptr<ServiceClient>> connected = connect();
-  if (!connected.isLeft()) return Result<ConnectionPtr>::right(connected.right());
+  if (!connected.ok()) return Result<ConnectionPtr>::failure(connected.error());
   std::vector<ConnectionPtr> finished;
   MutexLock lock(mutex);
-  if (ConnectionPtr living = livingConnection()) return Result<ConnectionPtr>::left(living);
+  if (ConnectionPtr living = livingConnection()) return Result<ConnectionPtr>::success(living);
   if (current) retired.push_back(std::move(current));
   const auto busy = std::partition(retired.begin(), retired.end(), [](const ConnectionPtr& old) {
     return old->callsUnderWay == 0;
   });
   finished.assign(std::make_move_iterator(retired.begin()), std::make_move_iterator(busy));
   retired.erase(retired.begin(), busy);
-  current = std::make_shared<Connection>(connected.left());
+  current = std::make_shared<Connection>(connected.value());
   ++current->callsUnderWay;
-  return Result<ConnectionPtr>::left(current);
+  return Result<ConnectionPtr>::success(current);
 }
 
 void CorvelProxy::call(const char* selector, std::string encodedArguments,
                        ServiceClient::Completion completion) {
   const Result<ConnectionPtr> connection = takeConnection();
-  if (!connection.isLeft()) {
-    completion(Result<std::string>::right(connection.right()));
+  if (!connection.ok()) {
+    completion(Result<std::string>::failure(connection.error()));
     return;
   }
   // By reference: the connection lives until all its completions have returned, and a completion
   // that owned it could destroy it on its own thread.
-  Connection& used = *connection.left();
+  Connection& used = *connection.value();
   used.client->call(selector, std::move(encodedArguments),
                     [&used, completion = std::move(completion)](Result<std::string> reply) {
                       completion(std::move(reply));
@@ -111,8 +111,8 @@ void CorvelProxy::callForError(const char* selector, std::string encodedArgument
                                ErrorReply reply) {
   call(selector, std::move(encodedArguments),
        [reply = std::move(reply)](const Result<std::string>& outcome) {
-         if (!outcome.isLeft()) return reply(outcome.right());
-         WireReader values(outcome.left());
+         if (!outcome.ok()) return reply(outcome.error());
+         WireReader values(outcome.value());
          reply(ErrorWire::decode(values));
        });
 }
@@ -121,8 +121,8 @@ void CorvelProxy::callForSuccess(const char* selector, std::string encodedArgume
                                  SuccessReply reply) {
   call(selector, std::move(encodedArguments),
        [reply = std::move(reply)](const Result<std::string>& outcome) {
-         if (!outcome.isLeft()) return reply(false, outcome.right());
-         WireReader values(outcome.left());
+         if (!outcome.ok()) return reply(false, outcome.error());
+         WireReader values(outcome.value());
          const bool success = values.boolean().value_or(false);
          const ErrorPtr error = ErrorWire::decode(values);
          reply(success && !error, error);
@@ -158,10 +158,10 @@ void CorvelProxy::fetchDonatedMeCard(ContactReply reply) {
 
 void CorvelProxy::synchronousDonatedMeCard(EitherContactReply reply) {
   const Result<ConnectionPtr> connection = takeConnection();
-  if (!connection.isLeft()) return reply(Result<ContactPtr>::right(connection.right()));
+  if (!connection.ok()) return reply(Result<ContactPtr>::failure(connection.error()));
   const Result<std::string> outcome =
-      connection.left()->client->callSynchronously(CorvelSelector::synchronousFetch, {});
-  --connection.left()->callsUnderWay;
+      connection.value()->client->callSynchronously(CorvelSelector::synchronousFetch, {});
+  --connection.value()->callsUnderWay;
   reply(decodeEitherReply(outcome));
 }
 

@@ -43,38 +43,38 @@ class DonorDispatcher final : public ExportedObject {
  private:
   void renew(WireReader& arguments, WireEncoder& encoder) const {
     const Result<Date> date = renewed(DonationWire::decodeValue(arguments));
-    date.isLeft() ? encoder.date(date.left()) : encoder.null();
-    ErrorWire::encode(encoder, date.isLeft() ? nullptr : date.right());
+    date.ok() ? encoder.date(date.value()) : encoder.null();
+    ErrorWire::encode(encoder, date.ok() ? nullptr : date.error());
   }
 
   [[nodiscard]] Result<Date> renewed(const DonationValuePtr& value) const try {
     if (value) return donor.renewExpirationDate(*value);
-    return Result<Date>::right(
+    return Result<Date>::failure(
         makeServiceError(ServiceErrorCode::invalidArguments, "the value is not a valid donation"));
   } catch (...) {
-    return Result<Date>::right(donorFailed());
+    return Result<Date>::failure(donorFailed());
   }
 
   void redonate(WireReader& arguments, WireEncoder& encoder) const {
     const auto reason = std::bit_cast<std::uint64_t>(arguments.integer().value_or(0));
     const Result<DonationValues> values = allValues(reason);
-    if (values.isLeft()) {
-      DonationWire::encode(encoder, values.left());
+    if (values.ok()) {
+      DonationWire::encode(encoder, values.value());
     } else {
       encoder.null();
     }
-    ErrorWire::encode(encoder, values.isLeft() ? nullptr : values.right());
+    ErrorWire::encode(encoder, values.ok() ? nullptr : values.error());
   }
 
   [[nodiscard]] Result<DonationValues> allValues(std::uint64_t reason) const try {
     Result<DonationValues> values = donor.allValues(reason);
-    if (values.isLeft() && std::ranges::count(values.left(), nullptr) > 0) {
-      return Result<DonationValues>::right(
+    if (values.ok() && std::ranges::count(values.value(), nullptr) > 0) {
+      return Result<DonationValues>::failure(
           makeServiceError(ServiceErrorCode::invalidArguments, "the donor gave a null value"));
     }
     return values;
   } catch (...) {
-    return Result<DonationValues>::right(donorFailed());
+    return Result<DonationValues>::failure(donorFailed());
   }
 
   ExtensionDonor& donor;

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 #include "model/DonationValue.h"
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

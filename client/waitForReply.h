@@ -19,7 +19,7 @@ template <typename... Values, typename Operation>
   operation([promise](Values... values) {
     promise.succeed(std::tuple<Values...>(std::move(values)...));
   });
-  return promise.future().result().takeLeft();
+  return promise.future().result().takeValue();
 }
 
 }  // namespace quenlet

@@ -8,7 +8,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # Clang has no -Wshadow=local and reads it as an unknown warning.
   target_compile_options(quenlet_options INTERFACE -Wno-unknown-warning-option -Wthread-safety)
 endif()
-target_include_directories(quenlet_options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_include_directories(quenlet_options INTERFACE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
 
 function(_quenlet_target_name folder result)
   string(REPLACE "/" "_" name "${folder}")

@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "model/DonationValue.h"
-#include "platform/foundation/Error.h"
 #include "platform/foundation/PropertyList.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

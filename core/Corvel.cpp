@@ -103,10 +103,10 @@ void Corvel::restore() {
 bool Corvel::restoreTable() {
   const Future<DonationValues> load = persistence->loadDonations();
   const Result<DonationValues>& loaded = load.result();
-  if (!loaded.isLeft()) return false;
-  keepStoredIfMostExpired(loaded.left());
+  if (!loaded.ok()) return false;
+  keepStoredIfMostExpired(loaded.value());
   const DonationValues candidates = valuesSatisfying(
-      loaded.left(), [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
+      loaded.value(), [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
   DonationTable restored;
   restored.insertAll(valuesSatisfying(candidates, notYetExpired));
   donations = std::move(restored);
@@ -235,7 +235,7 @@ void Corvel::save(SaveReply saveReply) {
     self->persistence->storeWithAllValues(*values).onCompletion(
         [self, saveReply, transaction](const Result<bool>& stored) {
           const SaveResponse response =
-              stored.isLeft() ? SaveResponse::success() : SaveResponse::failure(stored.right());
+              stored.ok() ? SaveResponse::success() : SaveResponse::failure(stored.error());
           self->replyScheduler->performBlock(
               [saveReply, response, transaction] { saveReply(response); });
         });

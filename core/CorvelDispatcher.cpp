@@ -44,7 +44,7 @@ std::string encodeFetched(const Contact& contact) {
 std::string encodeSynchronous(const ContactPtr& contact) {
   return contact->keptForms().get(KeptForms::synchronousFetchReply, [&contact] {
     WireEncoder encoder;
-    ContactWire::encodeEither(encoder, Result<ContactPtr>::left(contact));
+    ContactWire::encodeEither(encoder, Result<ContactPtr>::success(contact));
     return std::move(encoder).take();
   });
 }
@@ -62,7 +62,7 @@ Result<std::vector<std::string>> textListArgument(WireReader& arguments) {
   const std::size_t count = arguments.list().value_or(0);
   // Checked before anything is built: an empty text is 2 bytes of a message, but many in memory.
   if (count > maximumIdentifiersInRemoval) {
-    return Outcome::right(makeServiceError(
+    return Outcome::failure(makeServiceError(
         ServiceErrorCode::invalidArguments,
         "a removal holds at most " + std::to_string(maximumIdentifiersInRemoval) + " identifiers"));
   }
@@ -70,12 +70,12 @@ Result<std::vector<std::string>> textListArgument(WireReader& arguments) {
   for (std::size_t i = 0; i < count; ++i) {
     const std::optional<std::string_view> text = arguments.string();
     if (!text) {
-      return Outcome::right(makeServiceError(ServiceErrorCode::invalidArguments,
-                                             "element " + std::to_string(i) + " is not a text"));
+      return Outcome::failure(makeServiceError(ServiceErrorCode::invalidArguments,
+                                               "element " + std::to_string(i) + " is not a text"));
     }
     texts.emplace_back(*text);
   }
-  return Outcome::left(std::move(texts));
+  return Outcome::success(std::move(texts));
 }
 
 }  // namespace
@@ -101,25 +101,25 @@ void CorvelDispatcher::perform(const std::string& selector, WireReader arguments
 
 void CorvelDispatcher::donate(WireReader arguments, WireReply reply) const {
   Result<DonationValues> values = gateAdmitsClient() ? DonationWire::decodeDonated(arguments)
-                                                     : Result<DonationValues>::left({});
+                                                     : Result<DonationValues>::success({});
   ErrorReply completionHandler = errorReply(std::move(reply));
-  if (!values.isLeft()) {
-    completionHandler(values.right());
+  if (!values.ok()) {
+    completionHandler(values.error());
     return;
   }
-  gate->donateMeCardValues(std::move(values).takeLeft(), std::move(completionHandler));
+  gate->donateMeCardValues(std::move(values).takeValue(), std::move(completionHandler));
 }
 
 void CorvelDispatcher::removeIdentifiers(WireReader arguments, WireReply reply) const {
   using Identifiers = Result<std::vector<std::string>>;
   Identifiers identifiers =
-      gateAdmitsClient() ? textListArgument(arguments) : Identifiers::left({});
+      gateAdmitsClient() ? textListArgument(arguments) : Identifiers::success({});
   SuccessReply completionHandler = successReply(std::move(reply));
-  if (!identifiers.isLeft()) {
-    completionHandler(false, identifiers.right());
+  if (!identifiers.ok()) {
+    completionHandler(false, identifiers.error());
     return;
   }
-  gate->removeDonatedMeCardValuesForIdentifiers(std::move(identifiers).takeLeft(),
+  gate->removeDonatedMeCardValuesForIdentifiers(std::move(identifiers).takeValue(),
                                                 std::move(completionHandler));
 }
 
@@ -144,7 +144,7 @@ void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
   gate->synchronousDonatedMeCard(
       [reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
         if (!reply.isWanted()) return;
-        if (contactOrError.isLeft()) return reply(encodeSynchronous(contactOrError.left()));
+        if (contactOrError.ok()) return reply(encodeSynchronous(contactOrError.value()));
         WireEncoder encoder;
         ContactWire::encodeEither(encoder, contactOrError);
         reply(std::move(encoder).take());
@@ -168,16 +168,16 @@ void CorvelDispatcher::changeAccount(WireReader arguments, WireReply reply) cons
   // Accounts refer to their store weakly, and count as dead once it is gone.
   const auto store = gateAdmitsClient() ? PlatformServices::current().makeAccountStore() : nullptr;
   const auto account = [&store, &arguments] {
-    return store ? AccountWire::decode(arguments, store) : Result<AccountPtr>::left(nullptr);
+    return store ? AccountWire::decode(arguments, store) : Result<AccountPtr>::success(nullptr);
   };
   const Result<AccountPtr> oldAccount = account();
   const Result<AccountPtr> newAccount = account();
   ErrorReply completionHandler = errorReply(std::move(reply));
-  if (!oldAccount.isLeft() || !newAccount.isLeft()) {
-    completionHandler(oldAccount.isLeft() ? newAccount.right() : oldAccount.right());
+  if (!oldAccount.ok() || !newAccount.ok()) {
+    completionHandler(oldAccount.ok() ? newAccount.error() : oldAccount.error());
     return;
   }
-  gate->changeFromAccount(oldAccount.left(), newAccount.left(), std::move(completionHandler));
+  gate->changeFromAccount(oldAccount.value(), newAccount.value(), std::move(completionHandler));
 }
 
 void CorvelDispatcher::rejectValue(WireReader arguments, WireReply reply) const {

@@ -109,7 +109,7 @@ void CorvelEntitlementDecorator::fetchDonatedMeCard(ContactReply reply) {
 
 void CorvelEntitlementDecorator::synchronousDonatedMeCard(EitherContactReply reply) {
   if (const ErrorPtr error = denial()) {
-    reply(Result<ContactPtr>::right(error));
+    reply(Result<ContactPtr>::failure(error));
   } else {
     agent->synchronousDonatedMeCard(std::move(reply));
   }

@@ -104,10 +104,10 @@ void Corvel::removeValues(const std::string& requestName, ChangeType change, Suc
 void Corvel::fetchDonatedMeCard(ContactReply reply) {
   getDonatedMeCardWithSel("fetchDonatedMeCard:", replyScheduler,
                           [reply = std::move(reply)](const Result<ContactPtr>& result) {
-                            if (result.isLeft()) {
-                              reply(result.left(), nullptr);
+                            if (result.ok()) {
+                              reply(result.value(), nullptr);
                             } else {
-                              reply(nullptr, result.right());
+                              reply(nullptr, result.error());
                             }
                           });
 }
@@ -122,12 +122,12 @@ void Corvel::getDonatedMeCardWithSel(const std::string& sel,
                                      const EitherContactReply& reply) {
   logger->agentWillHandleRequest(sel);
   if (const ErrorPtr error = refusal(sel, WhileUndetermined::refused)) {
-    refusalScheduler->performBlock([reply, error] { reply(Result<ContactPtr>::right(error)); });
+    refusalScheduler->performBlock([reply, error] { reply(Result<ContactPtr>::failure(error)); });
   } else {
     ContactPtr current;
     // Never computes: the last rebuild made the card.
     stateScheduler->performSynchronousReaderBlock([this, &current] { current = contact; });
-    reply(Result<ContactPtr>::left(std::move(current)));
+    reply(Result<ContactPtr>::success(std::move(current)));
   }
   logger->agentDidHandleRequest(sel);
 }

@@ -17,9 +17,9 @@ namespace quenlet {
 
 void propertyList(std::string_view text) {
   const auto object = PropertyListSerializer::objectWithData(text);
-  if (!object.isLeft()) return;
-  const auto written = PropertyListSerializer::dataWithObject(object.left());
-  assert(PropertyListSerializer::objectWithData(written.left()).left() == object.left());
+  if (!object.ok()) return;
+  const auto written = PropertyListSerializer::dataWithObject(object.value());
+  assert(PropertyListSerializer::objectWithData(written.value()).value() == object.value());
 }
 
 // A card that was read is written and read back equal, except for blanks at the ends and "tel:"
@@ -61,7 +61,7 @@ void wireMessage(std::string_view bytes) {
           frame->body,
           [](WireReader& values) {
             auto list = DonationWire::decodeDonated(values);
-            return list.isLeft() ? std::optional(std::move(list).takeLeft()) : std::nullopt;
+            return list.ok() ? std::optional(std::move(list).takeValue()) : std::nullopt;
           },
           &DonationWire::encode);
     }

@@ -51,9 +51,9 @@ void Corvel::loadExtensionVersions() {
   logger->willLoadExtensionVersions();
   const Future<ExtensionVersions> load = persistence->loadExtensionVersions();
   const Result<ExtensionVersions>& loaded = load.result();
-  if (!loaded.isLeft()) return;
+  if (!loaded.ok()) return;
   MutexLock lock(versionsMutex);
-  bundleIDVersions = loaded.left();
+  bundleIDVersions = loaded.value();
 }
 
 void Corvel::saveExtensionVersions() {

@@ -61,13 +61,13 @@ void Corvel::askDonorsToRenew(const DonationValues& values) {
 }
 
 void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor) {
-  if (!donor.isLeft()) {
-    logger->couldNotRenewBecauseLoadingError(donor.right());
+  if (!donor.ok()) {
+    logger->couldNotRenewBecauseLoadingError(donor.error());
     return;
   }
-  const auto extension = std::dynamic_pointer_cast<DonorExtension>(donor.left());
+  const auto extension = std::dynamic_pointer_cast<DonorExtension>(donor.value());
   if (!extension) {
-    logger->couldNotRenewBecauseNotADonorExtension(donor.left()->description());
+    logger->couldNotRenewBecauseNotADonorExtension(donor.value()->description());
     return;
   }
   for (const DonationValuePtr& value : values) {
@@ -104,9 +104,10 @@ void Corvel::discoverExtensionWithIdentifier(const std::string& bundleIdentifier
   const auto loader = PlatformServices::current().makeDonorLoader(weak_from_this());
   loader->donorWithIdentifier(bundleIdentifier)
       .onCompletion([loader](const Result<DonorObjectPtr>& donor) {
-        if (!donor.isLeft()) {
-          printLine("Could not discover extension: " + donor.right()->description());
-        } else if (const auto extension = std::dynamic_pointer_cast<DonorExtension>(donor.left())) {
+        if (!donor.ok()) {
+          printLine("Could not discover extension: " + donor.error()->description());
+        } else if (const auto extension =
+                       std::dynamic_pointer_cast<DonorExtension>(donor.value())) {
           extension->renewExpirationDateForDonatedValue(placeholderValue(), printRenewal);
         }
       });

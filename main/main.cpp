@@ -37,10 +37,10 @@ int runAgent() {
   openStandardDescriptors();
   forbidCoreFiles();
   auto opened = quenlet::LinuxPlatform::open();
-  if (!opened.isLeft()) return complain(*opened.right());
+  if (!opened.ok()) return complain(*opened.error());
   // Never destroyed: the agent's parts hold each other for good, and blocks that are still queued
   // when the run loop ends use the platform.
-  quenlet::LinuxPlatform& platform = *std::move(opened).takeLeft().release();
+  quenlet::LinuxPlatform& platform = *std::move(opened).takeValue().release();
   auto& process = *new quenlet::AgentProcess(platform.mainRunLoop());
   // The name comes first, so that an agent that has to give way leaves nothing in its home.
   if (const quenlet::ErrorPtr error = process.claimName()) return complain(*error);

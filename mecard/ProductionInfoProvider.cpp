@@ -86,7 +86,7 @@ std::shared_ptr<const Contact> ProductionInfoProvider::fetchMeCard() {
   keys.push_back(ContactEmailAddressesKey);
   if (!contactStore) contactStore = PlatformServices::current().makeContactStore();
   const auto contact = contactStore->_crossPlatformUnifiedMeContactWithKeysToFetch(keys);
-  return contact.isLeft() ? contact.left() : nullptr;
+  return contact.ok() ? contact.value() : nullptr;
 }
 
 std::shared_ptr<AgentLogger> ProductionInfoProvider::logger() const {

@@ -94,7 +94,7 @@ DonationValuePtr DonationValue::makeRecord(DecodedDonation donation) {
   PropertyListWriter writer;
   writer.value(propertyListRepresentationOf(donation));
   const Result<std::string> written = std::move(writer).takeText();
-  const std::string_view text = written.isLeft() ? std::string_view(written.left()) : "";
+  const std::string_view text = written.ok() ? std::string_view(written.value()) : "";
   // Parsed back to learn where the fields stand in the text.
   std::optional<DonationFields> fields = DonationTextReader(text).takeRecord();
   // Without them, the text would not be read back.

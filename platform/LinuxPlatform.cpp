@@ -63,15 +63,15 @@ ErrorPtr errorAt(const std::filesystem::path& file, const Error& error) {
 Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
   using Outcome = Result<std::unique_ptr<LinuxPlatform>>;
   const Result<std::filesystem::path> home = UserDirectories::homeDirectory();
-  if (!home.isLeft()) return Outcome::right(home.right());
+  if (!home.ok()) return Outcome::failure(home.error());
   const Result<std::filesystem::path> runtime = UserDirectories::runtimeDirectory();
-  if (!runtime.isLeft()) return Outcome::right(runtime.right());
+  if (!runtime.ok()) return Outcome::failure(runtime.error());
   const ExtensionLimits extensionLimits{.openFiles = raiseDescriptorLimit()};
   try {
-    return Outcome::left(std::unique_ptr<LinuxPlatform>(
-        new LinuxPlatform(home.left(), runtime.left(), extensionLimits)));
+    return Outcome::success(std::unique_ptr<LinuxPlatform>(
+        new LinuxPlatform(home.value(), runtime.value(), extensionLimits)));
   } catch (const std::system_error& failure) {
-    return Outcome::right(makePosixError(failure.code().value(), "start the platform layer"));
+    return Outcome::failure(makePosixError(failure.code().value(), "start the platform layer"));
   }
 }
 
@@ -132,13 +132,13 @@ ErrorPtr LinuxPlatform::claimDonations() {
     return errorAt(directory, *makePosixError(failure, "create the directory"));
   }
   auto locked = LockFile::lock(lockPath, patience);
-  if (!locked.isLeft()) {
-    const Error& error = *locked.right();
+  if (!locked.ok()) {
+    const Error& error = *locked.error();
     if (error.code() != EWOULDBLOCK) return errorAt(lockPath, error);
     return makeServiceError(ServiceErrorCode::nameTaken,
                             "another agent keeps this user's donations");
   }
-  donationsLock = std::move(locked).takeLeft();
+  donationsLock = std::move(locked).takeValue();
   // Temporary files of a crashed agent may contain donations that were removed since.
   DurableFileWriter::removeLeftovers(directory);
   return nullptr;

@@ -10,7 +10,6 @@
 #include "platform/extensions/DonorLoader.h"
 #include "platform/feedback/DonationFeedbackStore.h"
 #include "platform/files/DataProxy.h"
-#include "platform/foundation/Date.h"
 #include "platform/foundation/Observable.h"
 #include "platform/ipc/ServiceListener.h"
 #include "platform/logging/DonationLoggerProvider.h"
@@ -23,6 +22,7 @@
 #include "platform/telephony/DeviceInfo.h"
 #include "platform/telephony/PhoneNumberMonitor.h"
 #include "protocol/CorvelProtocol.h"
+#include "quenlet/Date.h"
 
 namespace quenlet {
 

@@ -19,21 +19,21 @@ Result<AccountPtr> AccountWire::decode(WireReader& reader,
   using Outcome = Result<AccountPtr>;
   if (reader.nextType() == WireType::null) {
     reader.skip();
-    return Outcome::left(nullptr);
+    return Outcome::success(nullptr);
   }
   const bool isAccount = reader.object() == className;
   const std::optional<PropertyList> content = reader.propertyList(Account::maximumValues);
   if (isAccount && content && content->dictionary()) {
-    if (!PropertyListSerializer::dataWithObject(*content).isLeft()) {
-      return Outcome::right(
+    if (!PropertyListSerializer::dataWithObject(*content).ok()) {
+      return Outcome::failure(
           makeDonationError(DonationErrorCode::notSerializable, "an account cannot be serialised"));
     }
     if (auto account = Account::initWithPropertyListRepresentation(*content->dictionary())) {
       account->accountStore = std::move(accountStore);
-      return Outcome::left(std::make_shared<const Account>(std::move(*account)));
+      return Outcome::success(std::make_shared<const Account>(std::move(*account)));
     }
   }
-  return Outcome::right(
+  return Outcome::failure(
       makeServiceError(ServiceErrorCode::invalidArguments, "an argument is not a valid account"));
 }
 

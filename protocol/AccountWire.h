@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "platform/accounts/Account.h"
-#include "platform/foundation/Either.h"
 #include "platform/ipc/WireEncoder.h"
 #include "platform/ipc/WireReader.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

@@ -214,10 +214,10 @@ std::shared_ptr<const Contact> ContactWire::decode(WireReader& reader) {
 void ContactWire::encodeEither(WireEncoder& encoder,
                                const Result<std::shared_ptr<const Contact>>& contactOrError) {
   encoder.object(eitherClassName);
-  if (contactOrError.isLeft()) {
-    encode(encoder, *contactOrError.left());
+  if (contactOrError.ok()) {
+    encode(encoder, *contactOrError.value());
   } else {
-    ErrorWire::encode(encoder, contactOrError.right());
+    ErrorWire::encode(encoder, contactOrError.error());
   }
 }
 
@@ -227,12 +227,12 @@ Result<std::shared_ptr<const Contact>> ContactWire::decodeEither(WireReader& rea
     return makeServiceError(ServiceErrorCode::malformedMessage, "no contact and no error");
   };
   if (reader.object() != eitherClassName || reader.nextType() != WireType::object) {
-    return Outcome::right(malformed());
+    return Outcome::failure(malformed());
   }
   WireReader content = reader;
-  if (auto contact = decode(reader)) return Outcome::left(std::move(contact));
+  if (auto contact = decode(reader)) return Outcome::success(std::move(contact));
   const ErrorPtr error = ErrorWire::decode(content);
-  return Outcome::right(error ? error : malformed());
+  return Outcome::failure(error ? error : malformed());
 }
 
 }  // namespace quenlet

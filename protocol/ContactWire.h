@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "platform/contacts/Contact.h"
-#include "platform/foundation/Either.h"
 #include "platform/ipc/WireEncoder.h"
 #include "platform/ipc/WireReader.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 
@@ -23,7 +23,7 @@ class ContactWire final {
 
   static void encodeEither(WireEncoder& encoder,
                            const Result<std::shared_ptr<const Contact>>& contactOrError);
-  // Reads one value; a malformedMessage error on the right when it is not such an Either.
+  // Reads one value; a malformedMessage error when it is not such an Either.
   [[nodiscard]] static Result<std::shared_ptr<const Contact>> decodeEither(WireReader& reader);
 };
 

@@ -8,7 +8,7 @@
 #include "model/DonationValue.h"
 #include "platform/accounts/Account.h"
 #include "platform/contacts/Contact.h"
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

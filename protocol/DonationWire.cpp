@@ -14,7 +14,7 @@ using DecodedList = Result<DonationValues>;
 using DecodedRecord = Result<DonationValuePtr>;
 
 DecodedRecord notSerializable(const std::string& reason) {
-  return DecodedRecord::right(makeDonationError(DonationErrorCode::notSerializable, reason));
+  return DecodedRecord::failure(makeDonationError(DonationErrorCode::notSerializable, reason));
 }
 
 // The content of the next value if it is an object of our class; nothing otherwise.
@@ -29,13 +29,13 @@ std::optional<PropertyList> takeRecord(WireReader& reader) {
 DecodedRecord decodeDonatedValue(WireReader& reader) {
   const std::optional<PropertyList> content = takeRecord(reader);
   const PropertyListDictionary* entries = content ? content->dictionary() : nullptr;
-  if (entries == nullptr) return DecodedRecord::left(nullptr);
+  if (entries == nullptr) return DecodedRecord::success(nullptr);
   if (const auto violation = DonationBounds::violation(*entries)) {
     return notSerializable("cannot be serialised: " + *violation);
   }
   DonationValuePtr value = DonationValue::initWithPropertyListRepresentation(*entries);
   if (value && !value->propertyListText()) return notSerializable("cannot be serialised");
-  return DecodedRecord::left(std::move(value));
+  return DecodedRecord::success(std::move(value));
 }
 
 // Reads a list, each element with `decodeElement`. Fails at the first error or null element.
@@ -43,24 +43,24 @@ template <typename DecodeElement>
 DecodedList decodeList(WireReader& reader, const DecodeElement& decodeElement) {
   const std::optional<std::size_t> count = reader.list();
   if (!count) {
-    return DecodedList::right(
+    return DecodedList::failure(
         makeServiceError(ServiceErrorCode::invalidArguments, "no list of donations"));
   }
   DonationValues values;
   for (std::size_t i = 0; i < *count; ++i) {
     DecodedRecord element = decodeElement(reader);
     const std::string name = "element " + std::to_string(i);
-    if (!element.isLeft()) {
-      return DecodedList::right(makeError(element.right()->domain(), element.right()->code(),
-                                          name + " " + element.right()->debugDescription()));
+    if (!element.ok()) {
+      return DecodedList::failure(makeError(element.error()->domain(), element.error()->code(),
+                                            name + " " + element.error()->debugDescription()));
     }
-    if (!element.left()) {
-      return DecodedList::right(
+    if (!element.value()) {
+      return DecodedList::failure(
           makeServiceError(ServiceErrorCode::invalidArguments, name + " is not a valid donation"));
     }
-    values.push_back(std::move(element).takeLeft());
+    values.push_back(std::move(element).takeValue());
   }
-  return DecodedList::left(std::move(values));
+  return DecodedList::success(std::move(values));
 }
 
 }  // namespace
@@ -82,7 +82,7 @@ void DonationWire::encode(WireEncoder& encoder, const DonationValues& values) {
 
 DecodedList DonationWire::decode(WireReader& reader) {
   return decodeList(reader, [](WireReader& element) {
-    return DecodedRecord::left(DonationWire::decodeValue(element));
+    return DecodedRecord::success(DonationWire::decodeValue(element));
   });
 }
 

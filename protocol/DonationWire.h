@@ -1,9 +1,9 @@
 #pragma once
 
 #include "model/DonationValue.h"
-#include "platform/foundation/Either.h"
 #include "platform/ipc/WireEncoder.h"
 #include "platform/ipc/WireReader.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

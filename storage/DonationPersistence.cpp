@@ -24,8 +24,8 @@ Result<std::filesystem::path> donationsDirectory() {
 
 Result<std::filesystem::path> fileLocation(const char* name) {
   Result<std::filesystem::path> directory = donationsDirectory();
-  if (!directory.isLeft()) return directory;
-  return Result<std::filesystem::path>::left(directory.left() / name);
+  if (!directory.ok()) return directory;
+  return Result<std::filesystem::path>::success(directory.value() / name);
 }
 
 // A result whose empty state stands for a file that cannot be read.
@@ -55,8 +55,8 @@ std::optional<T> noShortcut(std::string_view) {
 
 Result<PropertyList> parseDictionary(const std::string& bytes) {
   Result<PropertyList> parsed = PropertyListSerializer::objectWithData(bytes);
-  if (parsed.isLeft() && !parsed.left().dictionary()) {
-    return Result<PropertyList>::right(makeDonationError(
+  if (parsed.ok() && !parsed.value().dictionary()) {
+    return Result<PropertyList>::failure(makeDonationError(
         DonationErrorCode::topLevelNotADictionary, "the file's top level is not a dictionary"));
   }
   return parsed;
@@ -68,19 +68,19 @@ template <emptyInitializable T>
 Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
                Interpretation<T> interpret, Shortcut<T> shortcut = &noShortcut<T>) {
   const Result<std::filesystem::path> url = fileLocation(name);
-  if (!url.isLeft()) return Future<T>::futureWithResult(T{});
-  return dataProxy->dataWithContentsOfURL(url.left())
-      .flatMap([interpret, shortcut, dataProxy, path = url.left()](const std::string& bytes) {
+  if (!url.ok()) return Future<T>::futureWithResult(T{});
+  return dataProxy->dataWithContentsOfURL(url.value())
+      .flatMap([interpret, shortcut, dataProxy, path = url.value()](const std::string& bytes) {
         if (std::optional<T> result = shortcut(bytes)) {
           return Future<T>::futureWithResult(*std::move(result));
         }
         const Result<PropertyList> parsed = parseDictionary(bytes);
-        if (!parsed.isLeft()) return Future<T>::futureWithError(parsed.right());
-        Reading<T> reading = interpret(*parsed.left().dictionary());
+        if (!parsed.ok()) return Future<T>::futureWithError(parsed.error());
+        Reading<T> reading = interpret(*parsed.value().dictionary());
         if (!reading.complete) dataProxy->keepDamagedFile(path);
         return Future<T>::futureWithResult(std::move(reading.result));
       })
-      .recover([dataProxy, path = url.left()](const ErrorPtr& error) {
+      .recover([dataProxy, path = url.value()](const ErrorPtr& error) {
         if (error->domain() != PosixErrorDomain) {
           dataProxy->keepDamagedFile(path);
         } else if (!isMissingFile(*error)) {
@@ -151,7 +151,7 @@ struct Frame final {
     writer.endArray();
     writer.endDictionary();
     writer.endDocument();
-    head = std::move(writer).takeText().takeLeft();
+    head = std::move(writer).takeText().takeValue();
     const std::size_t sizeOfHead = head.find(listTag) + listTag.size();
     tail = head.substr(sizeOfHead);
     head.resize(sizeOfHead);
@@ -197,9 +197,9 @@ void appendTexts(std::string& output, const DonationValues& values) {
 Result<std::string> textOf(const DonationValues& values) {
   const Frame frame;
   const std::optional<std::size_t> size = sizeOfTexts(values);
-  if (!size) return Result<std::string>::right(notSerializable("a value cannot be serialised"));
+  if (!size) return Result<std::string>::failure(notSerializable("a value cannot be serialised"));
   if (*size > frame.capacityInBytes()) {
-    return Result<std::string>::right(
+    return Result<std::string>::failure(
         notSerializable("the donations together are larger than their file may be"));
   }
   std::string text;
@@ -207,7 +207,7 @@ Result<std::string> textOf(const DonationValues& values) {
   text += frame.head;
   appendTexts(text, values);
   text += frame.tail;
-  return Result<std::string>::left(std::move(text));
+  return Result<std::string>::success(std::move(text));
 }
 
 // Reads a file in exactly the form that is written here, without building a tree. Nothing for any
@@ -243,26 +243,26 @@ Future<ExtensionVersions> DonationPersistence::loadExtensionVersions() {
 
 Future<bool> DonationPersistence::storeWithAllValues(const DonationValues& values) {
   const Result<std::filesystem::path> url = fileLocation(DonationFiles::donations);
-  if (!url.isLeft()) return Future<bool>::futureWithError(url.right());
-  return storeText(url.left(), textOf(values));
+  if (!url.ok()) return Future<bool>::futureWithError(url.error());
+  return storeText(url.value(), textOf(values));
 }
 
 Future<bool> DonationPersistence::storeWithExtensionVersions(const ExtensionVersions& versions) {
   const Result<std::filesystem::path> url = fileLocation(DonationFiles::bundleVersions);
-  if (!url.isLeft()) return Future<bool>::futureWithError(url.right());
+  if (!url.ok()) return Future<bool>::futureWithError(url.error());
   PropertyListDictionary entries;
   for (const auto& [bundleIdentifier, version] : versions) {
     entries.emplace(bundleIdentifier, version);
   }
   PropertyListDictionary contents;
   contents.emplace(DonationFiles::versionsKey, std::move(entries));
-  return storeAsPlistWithUrl(url.left(), std::move(contents));
+  return storeAsPlistWithUrl(url.value(), std::move(contents));
 }
 
 Future<bool> DonationPersistence::storeAsPlistWithUrl(const std::filesystem::path& url,
                                                       PropertyListDictionary value) {
   const Result<std::string> text = PropertyListSerializer::dataWithObject(std::move(value));
-  if (text.isLeft()) return storeText(url, text);
+  if (text.ok()) return storeText(url, text);
   // One sentence for everything that the form cannot hold: the real one may quote a name that a
   // donor chose.
   return Future<bool>::futureWithError(notSerializable("a value cannot be serialised"));
@@ -272,13 +272,13 @@ std::size_t DonationPersistence::capacityInBytes() const { return Frame().capaci
 
 void DonationPersistence::keepStoredDonations() {
   const Result<std::filesystem::path> url = fileLocation(DonationFiles::donations);
-  if (url.isLeft()) dataProxy->keepDamagedFile(url.left());
+  if (url.ok()) dataProxy->keepDamagedFile(url.value());
 }
 
 Future<bool> DonationPersistence::storeText(const std::filesystem::path& url,
                                             Result<std::string> text) {
-  if (!text.isLeft()) return Future<bool>::futureWithError(text.right());
-  return dataProxy->writeData(std::move(text).takeLeft(), url, WritingOptions::atomic)
+  if (!text.ok()) return Future<bool>::futureWithError(text.error());
+  return dataProxy->writeData(std::move(text).takeValue(), url, WritingOptions::atomic)
       .flatMap([self = *this](bool) {
         self.excludeFromBackups();
         return Future<bool>::futureWithResult(true);
@@ -287,8 +287,8 @@ Future<bool> DonationPersistence::storeText(const std::filesystem::path& url,
 
 void DonationPersistence::excludeFromBackups() const {
   const Result<std::filesystem::path> directory = donationsDirectory();
-  if (directory.isLeft()) {
-    static_cast<void>(dataProxy->setExcludedFromBackups(directory.left()));
+  if (directory.ok()) {
+    static_cast<void>(dataProxy->setExcludedFromBackups(directory.value()));
   }
 }
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

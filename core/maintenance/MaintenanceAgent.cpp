@@ -3,7 +3,7 @@
 namespace quenlet {
 
 Result<std::vector<std::string>> MaintenanceAgent::extensionIdentifiers() {
-  return Result<std::vector<std::string>>::left({"hello", "world"});
+  return Result<std::vector<std::string>>::success({"hello", "world"});
 }
 
 }  // namespace quenlet

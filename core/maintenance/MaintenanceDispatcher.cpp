@@ -9,13 +9,13 @@ namespace quenlet {
 void MaintenanceDispatcher::perform(const std::string&, WireReader, WireReply reply) {
   const Result<std::vector<std::string>> identifiers = agent->extensionIdentifiers();
   WireEncoder encoder;
-  if (identifiers.isLeft()) {
-    encoder.list(identifiers.left().size());
-    for (const std::string& identifier : identifiers.left()) encoder.string(identifier);
+  if (identifiers.ok()) {
+    encoder.list(identifiers.value().size());
+    for (const std::string& identifier : identifiers.value()) encoder.string(identifier);
     ErrorWire::encode(encoder, nullptr);
   } else {
     encoder.null();
-    ErrorWire::encode(encoder, identifiers.right());
+    ErrorWire::encode(encoder, identifiers.error());
   }
   reply(std::move(encoder).take());
 }

@@ -26,10 +26,10 @@ Result<Paths> cardFiles(const std::filesystem::path& directory) {
     }
   }
   if (failure && failure != std::errc::no_such_file_or_directory) {
-    return Result<Paths>::right(makePosixError(failure.value(), "list the cards"));
+    return Result<Paths>::failure(makePosixError(failure.value(), "list the cards"));
   }
   std::sort(paths.begin(), paths.end());
-  return Result<Paths>::left(std::move(paths));
+  return Result<Paths>::success(std::move(paths));
 }
 
 bool isSameContent(const DonationValue& a, const DonationValue& b) {
@@ -48,33 +48,33 @@ CardDirectoryDonor::CardDirectoryDonor(std::filesystem::path cardDirectory,
 
 Result<Date> CardDirectoryDonor::renewExpirationDate(const DonationValue& value) {
   if (!known) {
-    if (ErrorPtr error = readCards()) return Result<Date>::right(std::move(error));
+    if (ErrorPtr error = readCards()) return Result<Date>::failure(std::move(error));
   }
   const auto [first, last] = known->byIdentifier.equal_range(value.origin().donationIdentifier);
   const bool stillThere = std::any_of(
       first, last, [&](const auto& current) { return isSameContent(*current.second, value); });
-  if (stillThere) return Result<Date>::left(now().addingSeconds(lifetimeSeconds));
-  if (known->areAll) return Result<Date>::left(now().addingSeconds(-1));
-  return Result<Date>::right(
+  if (stillThere) return Result<Date>::success(now().addingSeconds(lifetimeSeconds));
+  if (known->areAll) return Result<Date>::success(now().addingSeconds(-1));
+  return Result<Date>::failure(
       makeError(bundleIdentifier, 1, "a card cannot be read, and the value may be in it"));
 }
 
 Result<DonationValues> CardDirectoryDonor::allValues(std::uint64_t) {
-  if (ErrorPtr error = readCards()) return Result<DonationValues>::right(std::move(error));
-  return Result<DonationValues>::left(known->values);
+  if (ErrorPtr error = readCards()) return Result<DonationValues>::failure(std::move(error));
+  return Result<DonationValues>::success(known->values);
 }
 
 ErrorPtr CardDirectoryDonor::readCards() {
   known.reset();
   const Result<Paths> paths = cardFiles(directory);
-  if (!paths.isLeft()) return paths.right();
+  if (!paths.ok()) return paths.error();
   const Date today = now();
   CardDonor donor({bundleIdentifier, std::nullopt, today, today.addingSeconds(lifetimeSeconds)});
   Cards found;
-  for (const std::filesystem::path& path : paths.left()) {
+  for (const std::filesystem::path& path : paths.value()) {
     const Result<VCards> cards = CardFile::read(path.native());
-    if (cards.isLeft()) donor.addFile(cards.left().cards, CardFile::nameOf(path.native()));
-    found.areAll = found.areAll && cards.isLeft() && cards.left().failures.empty();
+    if (cards.ok()) donor.addFile(cards.value().cards, CardFile::nameOf(path.native()));
+    found.areAll = found.areAll && cards.ok() && cards.value().failures.empty();
   }
   found.values = donor.donations();
   for (const DonationValuePtr& value : found.values) {

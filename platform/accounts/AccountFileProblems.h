@@ -4,9 +4,9 @@
 #include <memory>
 #include <string>
 
-#include "platform/foundation/Error.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/ProblemReporter.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

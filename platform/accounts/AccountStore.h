@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "platform/accounts/Account.h"
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

@@ -63,12 +63,12 @@ Result<std::vector<path>> accountFilesIn(const path& directory) {
     if (isAccountFile(entries->path().filename().string())) files.push_back(entries->path());
   }
   if (failure && failure != std::errc::no_such_file_or_directory) {
-    return Result<std::vector<path>>::right(
+    return Result<std::vector<path>>::failure(
         makePosixError(failure.value(), "list " + directory.filename().string()));
   }
   std::sort(files.begin(), files.end(),
             [](const path& a, const path& b) { return a.native() < b.native(); });
-  return Result<std::vector<path>>::left(std::move(files));
+  return Result<std::vector<path>>::success(std::move(files));
 }
 
 }  // namespace
@@ -89,27 +89,27 @@ Result<std::vector<AccountPtr>> PropertyListAccountStore::accounts() {
   std::vector<AccountPtr> accounts;
   std::map<std::string, ErrorPtr> found;
   const Result<std::vector<path>> files = accountFilesIn(directory);
-  if (!files.isLeft()) {
-    problems->setProblems({{directory.filename().string(), files.right()}});
-    return Accounts::right(files.right());
+  if (!files.ok()) {
+    problems->setProblems({{directory.filename().string(), files.error()}});
+    return Accounts::failure(files.error());
   }
-  for (const path& file : files.left()) {
+  for (const path& file : files.value()) {
     const Result<AccountPtr> account = accountOfFile(file);
-    if (account.isLeft()) {
-      accounts.push_back(account.left());
-    } else if (!isMissingFile(*account.right()) || isLink(file)) {
-      found.emplace(file.filename().string(), account.right());
+    if (account.ok()) {
+      accounts.push_back(account.value());
+    } else if (!isMissingFile(*account.error()) || isLink(file)) {
+      found.emplace(file.filename().string(), account.error());
     }
   }
   problems->setProblems(found);
-  return Accounts::left(std::move(accounts));
+  return Accounts::success(std::move(accounts));
 }
 
 Result<AccountPtr> PropertyListAccountStore::accountWithIdentifier(const std::string& identifier) {
-  if (ErrorPtr error = problemOfIdentifier(identifier)) return Result<AccountPtr>::right(error);
+  if (ErrorPtr error = problemOfIdentifier(identifier)) return Result<AccountPtr>::failure(error);
   Result<AccountPtr> account = accountOfFile(fileOf(identifier));
-  if (account.isLeft() || !isMissingFile(*account.right())) return account;
-  return Result<AccountPtr>::right(unknownAccount());
+  if (account.ok() || !isMissingFile(*account.error())) return account;
+  return Result<AccountPtr>::failure(unknownAccount());
 }
 
 ErrorPtr PropertyListAccountStore::save(const Account& account) {
@@ -124,14 +124,14 @@ ErrorPtr PropertyListAccountStore::save(const Account& account) {
   // merge() keeps the account's own entries where both have a key.
   entries.merge(foreignEntriesOf(file));
   Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(entries));
-  if (!bytes.isLeft()) return bytes.right();
-  if (bytes.left().size() > maximumFileSizeInBytes) {
+  if (!bytes.ok()) return bytes.error();
+  if (bytes.value().size() > maximumFileSizeInBytes) {
     return makePosixError(EFBIG, "write " + file.filename().string());
   }
   const Future<bool> written =
-      dataProxy->writeData(std::move(bytes).takeLeft(), file, WritingOptions::atomic);
+      dataProxy->writeData(std::move(bytes).takeValue(), file, WritingOptions::atomic);
   const Result<bool>& outcome = written.result();
-  return outcome.isLeft() ? nullptr : outcome.right();
+  return outcome.ok() ? nullptr : outcome.error();
 }
 
 ErrorPtr PropertyListAccountStore::remove(const std::string& identifier) {
@@ -150,7 +150,7 @@ ErrorPtr PropertyListAccountStore::remove(const std::string& identifier) {
 Result<std::shared_ptr<LockFile>> PropertyListAccountStore::lock() {
   PosixFileOperations operations;
   if (const int failure = DurableDirectory::ensure(operations, directory)) {
-    return Result<std::shared_ptr<LockFile>>::right(
+    return Result<std::shared_ptr<LockFile>>::failure(
         makePosixError(failure, "create " + directory.filename().string()));
   }
   return LockFile::lock(directory / lockName);
@@ -176,44 +176,44 @@ path PropertyListAccountStore::fileOf(const std::string& identifier) const {
 Result<PropertyListDictionary> PropertyListAccountStore::entriesOf(const path& file) const {
   using Entries = Result<PropertyListDictionary>;
   const Result<std::string> bytes = readFileOfAtMost(maximumFileSizeInBytes, file, *dataProxy);
-  if (!bytes.isLeft()) return Entries::right(bytes.right());
-  const Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes.left());
-  if (!object.isLeft()) return Entries::right(object.right());
-  if (const auto* entries = object.left().dictionary()) return Entries::left(*entries);
-  return Entries::right(makeAccountError(AccountErrorCode::damagedAccount,
-                                         "the top level of the file is not a dictionary"));
+  if (!bytes.ok()) return Entries::failure(bytes.error());
+  const Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes.value());
+  if (!object.ok()) return Entries::failure(object.error());
+  if (const auto* entries = object.value().dictionary()) return Entries::success(*entries);
+  return Entries::failure(makeAccountError(AccountErrorCode::damagedAccount,
+                                           "the top level of the file is not a dictionary"));
 }
 
 PropertyListDictionary PropertyListAccountStore::foreignEntriesOf(const path& file) const {
   const Result<PropertyListDictionary> reading = entriesOf(file);
   PropertyListDictionary entries;
-  if (reading.isLeft()) entries = reading.left();
+  if (reading.ok()) entries = reading.value();
   if (const auto account = Account::initWithPropertyListRepresentation(entries)) {
     for (const auto& known : account->propertyListRepresentation()) entries.erase(known.first);
     return entries;
   }
-  if (reading.isLeft() || !isMissingFile(*reading.right())) dataProxy->keepDamagedFile(file);
+  if (reading.ok() || !isMissingFile(*reading.error())) dataProxy->keepDamagedFile(file);
   return {};
 }
 
 Result<AccountPtr> PropertyListAccountStore::accountOfFile(const path& file) {
   // First: the other errors quote the file's name, which may be any bytes.
   if (ErrorPtr error = problemOfIdentifier(identifierOf(file))) {
-    return Result<AccountPtr>::right(error);
+    return Result<AccountPtr>::failure(error);
   }
   const Result<PropertyListDictionary> entries = entriesOf(file);
-  if (!entries.isLeft()) return Result<AccountPtr>::right(entries.right());
-  auto account = Account::initWithPropertyListRepresentation(entries.left());
+  if (!entries.ok()) return Result<AccountPtr>::failure(entries.error());
+  auto account = Account::initWithPropertyListRepresentation(entries.value());
   if (!account) {
-    return Result<AccountPtr>::right(makeAccountError(
+    return Result<AccountPtr>::failure(makeAccountError(
         AccountErrorCode::damagedAccount, "a key of an account is missing or of another type"));
   }
   if (account->identifier != identifierOf(file)) {
-    return Result<AccountPtr>::right(makeAccountError(
+    return Result<AccountPtr>::failure(makeAccountError(
         AccountErrorCode::damagedAccount, "the identifier is not the name of the file"));
   }
   account->accountStore = weak_from_this();
-  return Result<AccountPtr>::left(std::make_shared<const Account>(*std::move(account)));
+  return Result<AccountPtr>::success(std::make_shared<const Account>(*std::move(account)));
 }
 
 }  // namespace quenlet

@@ -10,7 +10,7 @@
 #include "platform/accounts/AccountStore.h"
 #include "platform/files/DataProxy.h"
 #include "platform/files/LockFile.h"
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

@@ -7,7 +7,7 @@
 
 #include "platform/contacts/Contact.h"
 #include "platform/contacts/KeyDescriptor.h"
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

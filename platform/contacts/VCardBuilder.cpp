@@ -267,7 +267,7 @@ void VCardBuilder::takeNameFromFormattedName() {
 }
 
 Result<VCard> VCardBuilder::build() && {
-  if (failure) return Result<VCard>::right(failure);
+  if (failure) return Result<VCard>::failure(failure);
   if (!hasName && formattedNameIsAName()) takeNameFromFormattedName();
   for (Entry<PostalAddress>& entry : postalAddresses) {
     const auto code = countryCodesByGroup.find(entry.group);
@@ -280,7 +280,7 @@ Result<VCard> VCardBuilder::build() && {
   fields.phoneNumbers = finished(std::move(phoneNumbers));
   fields.postalAddresses = finished(std::move(postalAddresses));
   card.contact = Contact(std::move(fields));
-  return Result<VCard>::left(std::move(card));
+  return Result<VCard>::success(std::move(card));
 }
 
 }  // namespace quenlet

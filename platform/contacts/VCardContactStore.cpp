@@ -48,26 +48,26 @@ ReadResult readBounded(int descriptor, std::size_t expectedBytes) {
     bytes.resize(std::min(mostBytes, std::max(expectedBytes + 1, count + count / 2 + 1)));
     const ssize_t received = read(descriptor, bytes.data() + count, bytes.size() - count);
     if (received < 0 && errno == EINTR) continue;
-    if (received < 0) return ReadResult::right(makePosixError(errno, "read the me card"));
+    if (received < 0) return ReadResult::failure(makePosixError(errno, "read the me card"));
     if (received == 0) break;
     count += static_cast<std::size_t>(received);
   }
   bytes.resize(count);
-  return ReadResult::left(std::move(bytes));
+  return ReadResult::success(std::move(bytes));
 }
 
 ReadResult readCardFile(const std::filesystem::path& path) {
   const OpenFile file(path);
   if (file.descriptor < 0 && (errno == ENOENT || errno == ENOTDIR)) {
-    return ReadResult::right(
+    return ReadResult::failure(
         makeCardError(ContactErrorCode::noMeContact, "there is no me card file"));
   }
   struct stat status = {};
   if (file.descriptor < 0 || fstat(file.descriptor, &status) != 0) {
-    return ReadResult::right(makePosixError(errno, "open the me card"));
+    return ReadResult::failure(makePosixError(errno, "open the me card"));
   }
   if (!S_ISREG(status.st_mode)) {
-    return ReadResult::right(
+    return ReadResult::failure(
         makeCardError(ContactErrorCode::invalidCard, "the me card is not a regular file"));
   }
   const auto size = static_cast<std::size_t>(status.st_size);
@@ -113,10 +113,10 @@ void copyField(KeyDescriptor key, const Contact& contact, ContactFields& fields)
 
 Result<Contact> VCardContactStore::readCard(const std::vector<KeyDescriptor>& keys) const {
   const ReadResult text = readCardFile(path);
-  if (!text.isLeft()) return Result<Contact>::right(text.right());
-  const Result<VCard> card = parseFirstVCard(text.left(), keys);
-  if (!card.isLeft()) return Result<Contact>::right(card.right());
-  return Result<Contact>::left(card.left().contact);
+  if (!text.ok()) return Result<Contact>::failure(text.error());
+  const Result<VCard> card = parseFirstVCard(text.value(), keys);
+  if (!card.ok()) return Result<Contact>::failure(card.error());
+  return Result<Contact>::success(card.value().contact);
 }
 
 Result<std::shared_ptr<const Contact>>
@@ -124,14 +124,14 @@ VCardContactStore::_crossPlatformUnifiedMeContactWithKeysToFetch(
     const std::vector<KeyDescriptor>& keys) {
   using ContactResult = Result<std::shared_ptr<const Contact>>;
   const Result<Contact> card = readCard(keys);
-  if (!card.isLeft()) {
-    problems.setProblem(isMissingCard(*card.right()) ? nullptr : card.right());
-    return ContactResult::right(card.right());
+  if (!card.ok()) {
+    problems.setProblem(isMissingCard(*card.error()) ? nullptr : card.error());
+    return ContactResult::failure(card.error());
   }
   problems.setProblem(nullptr);
   ContactFields fields;
-  for (const KeyDescriptor key : keys) copyField(key, card.left(), fields);
-  return ContactResult::left(std::make_shared<const Contact>(std::move(fields)));
+  for (const KeyDescriptor key : keys) copyField(key, card.value(), fields);
+  return ContactResult::success(std::make_shared<const Contact>(std::move(fields)));
 }
 
 }  // namespace quenlet

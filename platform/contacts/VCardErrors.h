@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/contacts/ContactStore.h"
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

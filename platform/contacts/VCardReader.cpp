@@ -96,7 +96,7 @@ VCardReader::Outcome VCardReader::atEnd() {
 }
 
 VCardReader::Outcome VCardReader::fail(std::size_t lineNumber, const char* offence) {
-  return Result<VCard>::right(makeInvalidVCardError(lineNumber, offence));
+  return Result<VCard>::failure(makeInvalidVCardError(lineNumber, offence));
 }
 
 VCards parseVCards(std::string_view text) {
@@ -108,17 +108,17 @@ VCards parseVCards(std::string_view text) {
   const std::optional<std::string> converted = vCardsFromUTF16(text);
   VCardReader reader(converted ? *converted : text, allLists());
   while (auto card = reader.next()) {
-    if (card->isLeft()) {
-      result.cards.push_back(std::move(*card).takeLeft());
+    if (card->ok()) {
+      result.cards.push_back(std::move(*card).takeValue());
     } else {
-      result.failures.push_back(card->right());
+      result.failures.push_back(card->error());
     }
   }
   return result;
 }
 
 Result<VCard> parseFirstVCard(std::string_view text, const std::vector<KeyDescriptor>& keys) {
-  if (ErrorPtr error = sizeError(text)) return Result<VCard>::right(std::move(error));
+  if (ErrorPtr error = sizeError(text)) return Result<VCard>::failure(std::move(error));
   const std::optional<std::string> converted = vCardsFromUTF16(text);
   return *VCardReader(converted ? *converted : text, keys).next();
 }

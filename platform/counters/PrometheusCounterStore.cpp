@@ -69,7 +69,7 @@ void PrometheusCounterStore::report(const Saving& saving) {
   if (saving.problemOfReading) problems->setProblem(saving.problemOfReading);
   if (!saving.writing) return;
   saving.writing->onCompletion([reporter = problems](const Result<bool>& outcome) {
-    reporter->setProblem(outcome.isLeft() ? nullptr : outcome.right());
+    reporter->setProblem(outcome.ok() ? nullptr : outcome.error());
   });
 }
 
@@ -78,16 +78,16 @@ void PrometheusCounterStore::report(const Saving& saving) {
 ErrorPtr PrometheusCounterStore::load() {
   const Future<std::string> reading = dataProxy->dataWithContentsOfURL(path);
   const Result<std::string>& bytes = reading.result();
-  if (!bytes.isLeft()) {
-    loaded = isMissingFile(*bytes.right());
-    return loaded ? nullptr : bytes.right();
+  if (!bytes.ok()) {
+    loaded = isMissingFile(*bytes.error());
+    return loaded ? nullptr : bytes.error();
   }
-  Result<CounterValues> kept = PrometheusText::read(bytes.left());
-  if (!kept.isLeft()) {
+  Result<CounterValues> kept = PrometheusText::read(bytes.value());
+  if (!kept.ok()) {
     loaded = dataProxy->keepDamagedFile(path);
-    return kept.right();
+    return kept.error();
   }
-  const CounterValues counted = std::exchange(values, std::move(kept).takeLeft());
+  const CounterValues counted = std::exchange(values, std::move(kept).takeValue());
   for (const auto& [key, value] : counted) {
     if (const auto* samples = std::get_if<CounterDistribution>(&value)) {
       add(*samples, key, values);

@@ -145,12 +145,12 @@ Result<CounterValues> PrometheusText::read(std::string_view text) {
   LineReader lines{text};
   while (!lines.rest.empty()) {
     if (!readCounter(lines, values)) {
-      return Result<CounterValues>::right(
+      return Result<CounterValues>::failure(
           makeError(CounterErrorDomain, lines.number,
                     "line " + std::to_string(lines.number) + " was not written by the counters"));
     }
   }
-  return Result<CounterValues>::left(std::move(values));
+  return Result<CounterValues>::success(std::move(values));
 }
 
 }  // namespace quenlet

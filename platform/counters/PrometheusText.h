@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "platform/counters/CounterValues.h"
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

@@ -7,8 +7,8 @@
 #include <string>
 
 #include "model/DonationValue.h"
-#include "platform/foundation/Date.h"
-#include "platform/foundation/Error.h"
+#include "quenlet/Date.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

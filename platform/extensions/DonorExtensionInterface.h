@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-#include "platform/foundation/Error.h"
 #include "platform/ipc/ServiceInterface.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -13,8 +13,8 @@ namespace {
 Result<TrustedDirectory> openParts(const ManifestDirectory& directory) {
   Result<TrustedDirectory> opened = TrustedDirectory::open(directory.base);
   for (const std::filesystem::path& part : directory.below) {
-    if (!opened.isLeft()) break;
-    opened = opened.left().subdirectory(part.native());
+    if (!opened.ok()) break;
+    opened = opened.value().subdirectory(part.native());
   }
   return opened;
 }
@@ -27,18 +27,18 @@ class ExtensionCatalog::Reading final {
   void addDirectory(const ManifestDirectory& directory) {
     const std::filesystem::path path = directory.path();
     const Result<TrustedDirectory> opened = openParts(directory);
-    if (!opened.isLeft()) return addFailure(path, opened.right());
-    const Result<std::vector<std::string>> names = opened.left().names();
-    if (!names.isLeft()) return setUnreadable(path, names.right());
+    if (!opened.ok()) return addFailure(path, opened.error());
+    const Result<std::vector<std::string>> names = opened.value().names();
+    if (!names.ok()) return setUnreadable(path, names.error());
     std::size_t count = 0;
-    for (const std::string& name : names.left()) {
+    for (const std::string& name : names.value()) {
       if (std::filesystem::path(name).extension() != ".plist") continue;
       if (++count > maximumManifests) {
         problems.emplace_back(path.native(),
                               makeError(PosixErrorDomain, E2BIG, "there are too many manifests"));
         break;
       }
-      addFile(opened.left(), name);
+      addFile(opened.value(), name);
     }
   }
 
@@ -69,16 +69,16 @@ class ExtensionCatalog::Reading final {
     const std::filesystem::path file = directory.path() / name;
     const Result<std::string> text =
         directory.readFile(name, ExtensionManifest::maximumSizeInBytes);
-    if (!text.isLeft()) {
-      problems.emplace_back(file.native(), text.right());
+    if (!text.ok()) {
+      problems.emplace_back(file.native(), text.error());
       return;
     }
-    Result<ExtensionManifest> manifest = ExtensionManifest::read(text.left(), directory.path());
-    if (!manifest.isLeft()) {
-      problems.emplace_back(file.native(), manifest.right());
+    Result<ExtensionManifest> manifest = ExtensionManifest::read(text.value(), directory.path());
+    if (!manifest.ok()) {
+      problems.emplace_back(file.native(), manifest.error());
       return;
     }
-    const auto read = std::make_shared<const ExtensionManifest>(std::move(manifest).takeLeft());
+    const auto read = std::make_shared<const ExtensionManifest>(std::move(manifest).takeValue());
     if (content.byBundle.emplace(canonicalKey(read->bundleIdentifier), read).second) {
       content.manifests.push_back(read);
     }
@@ -114,10 +114,10 @@ Result<ExtensionManifestPtr> ExtensionCatalog::Content::manifest(
     const std::string& bundleIdentifier) const {
   using Found = Result<ExtensionManifestPtr>;
   const auto found = byBundle.find(canonicalKey(bundleIdentifier));
-  if (found != byBundle.end()) return Found::left(found->second);
-  if (unreadable) return Found::right(unreadable);
-  return Found::right(makeExtensionError(ExtensionErrorCode::notInstalled,
-                                         "no extension is installed for this bundle"));
+  if (found != byBundle.end()) return Found::success(found->second);
+  if (unreadable) return Found::failure(unreadable);
+  return Found::failure(makeExtensionError(ExtensionErrorCode::notInstalled,
+                                           "no extension is installed for this bundle"));
 }
 
 void ExtensionCatalog::report(const Problems& problems) const {

@@ -44,7 +44,7 @@ void deliver(ExtensionRequest& request, FrameKind kind, std::string_view body) {
                  body, *interface.parameters(request.operation(), OfReply::yes))) {
     request.fail(badAnswer(error->debugDescription()));
   } else {
-    request.complete(Result<std::string>::left(std::string(body)));
+    request.complete(Result<std::string>::success(std::string(body)));
   }
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -29,15 +29,15 @@ class ProgramDonorLoader final : public DonorLoader {
   Future<DonorObjectPtr> donorWithIdentifier(const std::string& bundleIdentifier) override {
     std::call_once(read, [this] { content = source.catalog->recent(); });
     const Result<ExtensionManifestPtr> installed = content->manifest(bundleIdentifier);
-    if (!installed.isLeft()) return Future<DonorObjectPtr>::futureWithError(installed.right());
-    const ExtensionManifestPtr& manifest = installed.left();
+    if (!installed.ok()) return Future<DonorObjectPtr>::futureWithError(installed.error());
+    const ExtensionManifestPtr& manifest = installed.value();
     DonorObjectPtr donor = source.donor(manifest);
     if (!manifest->isDonorExtension()) {
       return Future<DonorObjectPtr>::futureWithResult(std::move(donor));
     }
     const Promise<DonorObjectPtr> loaded;
     auto request = ExtensionRequest::toStart([loaded, donor](const Result<std::string>& started) {
-      started.isLeft() ? loaded.succeed(donor) : loaded.fail(started.right());
+      started.ok() ? loaded.succeed(donor) : loaded.fail(started.error());
     });
     if (const auto programs = source.supervisor.lock()) programs->ask(manifest, request);
     return loaded.future();

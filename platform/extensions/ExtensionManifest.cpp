@@ -17,7 +17,7 @@ constexpr std::size_t maximumTextSize = 255;
 constexpr std::size_t maximumPathSize = 4095;
 
 Outcome refuse(std::string sentence) {
-  return Outcome::right(makeError(PosixErrorDomain, EINVAL, std::move(sentence)));
+  return Outcome::failure(makeError(PosixErrorDomain, EINVAL, std::move(sentence)));
 }
 
 // These texts reach terminals and logs, where control characters could do harm.
@@ -51,8 +51,8 @@ bool ExtensionManifest::isDonorExtension() const {
 Outcome ExtensionManifest::read(std::string_view text, const std::filesystem::path& directory) {
   if (text.size() > maximumSizeInBytes) return refuse("it is larger than 64 KiB");
   const Result<PropertyList> content = PropertyListSerializer::objectWithData(text);
-  if (!content.isLeft()) return Outcome::right(content.right());
-  const PropertyListDictionary* entries = content.left().dictionary();
+  if (!content.ok()) return Outcome::failure(content.error());
+  const PropertyListDictionary* entries = content.value().dictionary();
   if (entries == nullptr) return refuse("its top level is not a dictionary");
   ExtensionManifest manifest{plainText(*entries, "bundleIdentifier"),
                              plainText(*entries, "extensionPoint"), plainText(*entries, "version"),
@@ -68,7 +68,7 @@ Outcome ExtensionManifest::read(std::string_view text, const std::filesystem::pa
   } else if (manifest.isDonorExtension()) {
     return refuse("its executable is not plain text");
   }
-  return Outcome::left(std::move(manifest));
+  return Outcome::success(std::move(manifest));
 }
 
 }  // namespace quenlet

@@ -91,17 +91,17 @@ void setOpenFilesLimit(pid_t process, rlim_t openFiles) {
 Started ExtensionProcess::start(const std::filesystem::path& executable, FileDescriptor socket,
                                 rlim_t openFiles, EventLoop& eventLoop, Block onEnd) {
   const Result<std::filesystem::path> program = trustedProgram(executable);
-  if (!program.isLeft()) return Started::right(program.right());
+  if (!program.ok()) return Started::failure(program.error());
   pid_t started = 0;
-  if (const int failure = SpawnSettings().spawn(program.left(), socket.get(), started)) {
-    return Started::right(makePosixError(failure, "start the program"));
+  if (const int failure = SpawnSettings().spawn(program.value(), socket.get(), started)) {
+    return Started::failure(makePosixError(failure, "start the program"));
   }
   setOpenFilesLimit(started, openFiles);
   std::unique_ptr<ExtensionProcess> process(new ExtensionProcess(started));
   if (ErrorPtr error = process->watchEnd(eventLoop, std::move(onEnd))) {
-    return Started::right(std::move(error));
+    return Started::failure(std::move(error));
   }
-  return Started::left(std::move(process));
+  return Started::success(std::move(process));
 }
 
 ErrorPtr ExtensionProcess::watchEnd(EventLoop& eventLoop, Block onEnd) {

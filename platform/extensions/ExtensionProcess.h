@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <memory>
 
-#include "platform/foundation/Either.h"
 #include "platform/scheduling/EventLoop.h"
 #include "platform/scheduling/FileDescriptor.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

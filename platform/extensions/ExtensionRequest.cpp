@@ -31,7 +31,7 @@ void ExtensionRequest::complete(Result<std::string> reply) {
 }
 
 void ExtensionRequest::fail(ErrorPtr error) {
-  complete(Result<std::string>::right(std::move(error)));
+  complete(Result<std::string>::failure(std::move(error)));
 }
 
 void ExtensionRequest::failAll(std::vector<std::shared_ptr<ExtensionRequest>> requests,

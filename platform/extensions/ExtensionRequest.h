@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Either.h"
 #include "platform/ipc/WireEncoder.h"
 #include "platform/scheduling/Scheduler.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

@@ -77,8 +77,8 @@ ErrorPtr ExtensionRun::startProgram() {
                                          schedulers.loop, [weak = weak_from_this()] {
                                            if (const auto run = weak.lock()) run->onProgramEnded();
                                          });
-  if (!started.isLeft()) return started.right();
-  process = std::move(started).takeLeft();
+  if (!started.ok()) return started.error();
+  process = std::move(started).takeValue();
   converse(std::move(ours));
   return nullptr;
 }
@@ -100,7 +100,7 @@ void ExtensionRun::converse(FileDescriptor socket) {
 
 void ExtensionRun::giveToProgram(ExtensionRequestPtr request) {
   if (request->isToStart()) {
-    request->complete(Result<std::string>::left({}));
+    request->complete(Result<std::string>::success({}));
   } else {
     conversation->ask(std::move(request));
   }

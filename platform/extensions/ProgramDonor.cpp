@@ -14,8 +14,8 @@ namespace {
 
 void readRenewal(const Result<std::string>& reply,
                  const DonorExtension::AcknowledgementHandler& handler) {
-  if (!reply.isLeft()) return handler(std::nullopt, reply.right());
-  WireReader values(reply.left());
+  if (!reply.ok()) return handler(std::nullopt, reply.error());
+  WireReader values(reply.value());
   const std::optional<Date> date = values.date();
   handler(date, boundedDonorError(ErrorWire::decode(values)));
 }
@@ -24,21 +24,21 @@ void readRenewal(const Result<std::string>& reply,
 Result<DonationValues> readRedonation(const Result<std::string>& reply,
                                       const std::string& bundleIdentifier) {
   using Donated = Result<DonationValues>;
-  if (!reply.isLeft()) return Donated::right(reply.right());
-  WireReader values(reply.left());
+  if (!reply.ok()) return Donated::failure(reply.error());
+  WireReader values(reply.value());
   const bool hasList = values.nextType() == WireType::list;
   WireReader list(values.skip());
-  if (ErrorPtr error = ErrorWire::decode(values)) return Donated::right(boundedDonorError(error));
+  if (ErrorPtr error = ErrorWire::decode(values)) return Donated::failure(boundedDonorError(error));
   if (!hasList) {
-    return Donated::right(makeExtensionError(ExtensionErrorCode::badAnswer,
-                                             "there is neither a list of values nor an error"));
+    return Donated::failure(makeExtensionError(ExtensionErrorCode::badAnswer,
+                                               "there is neither a list of values nor an error"));
   }
   Donated donated = DonationWire::decodeDonated(list);
-  if (!donated.isLeft()) return donated;
-  for (const DonationValuePtr& value : donated.left()) {
+  if (!donated.ok()) return donated;
+  for (const DonationValuePtr& value : donated.value()) {
     if (canonicallyEqual(value->origin().bundleIdentifier, bundleIdentifier)) continue;
-    return Donated::right(makeExtensionError(ExtensionErrorCode::foreignDonation,
-                                             "it donates for another bundle than its own"));
+    return Donated::failure(makeExtensionError(ExtensionErrorCode::foreignDonation,
+                                               "it donates for another bundle than its own"));
   }
   return donated;
 }
@@ -79,10 +79,10 @@ void ProgramDonor::redonateAllValuesWithReason(std::uint64_t reason) {
            programs->problemsOf(manifest->bundleIdentifier)](const Result<std::string>& reply) {
         Result<DonationValues> donated = readRedonation(reply, bundle);
         const auto living = agent.lock();
-        if (!donated.isLeft()) return problems->setProblem(donated.right());
-        if (donated.left().empty() || !living) return problems->setProblem(nullptr);
+        if (!donated.ok()) return problems->setProblem(donated.error());
+        if (donated.value().empty() || !living) return problems->setProblem(nullptr);
         living->donateMeCardValues(
-            std::move(donated).takeLeft(),
+            std::move(donated).takeValue(),
             [problems](const ErrorPtr& error) { problems->setProblem(error); });
       });
 }

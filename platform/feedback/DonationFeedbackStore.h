@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "model/DonationValue.h"
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

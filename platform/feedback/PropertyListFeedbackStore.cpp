@@ -45,7 +45,7 @@ ErrorPtr serializationError(const Rejection& rejection) {
   FeedbackEntries::addRejected(rejection.contents, elements);
   const auto outcome = PropertyListSerializer::dataWithObject(
       PropertyListDictionary{{rejection.contactIdentifier, std::move(elements)}});
-  return outcome.isLeft() ? nullptr : outcome.right();
+  return outcome.ok() ? nullptr : outcome.error();
 }
 
 }  // namespace
@@ -108,10 +108,10 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
       readGeneration = generation;
     }
     const Result<PropertyListDictionary> contacts = file.read();
-    problems.setProblem(contacts.isLeft() ? nullptr : contacts.right());
-    if (contacts.isLeft())
-      return takeOver(FeedbackEntries::keySetsOfFile(contacts.left()), readGeneration, wasAsked);
-    return keepKnown(contacts.right(), readGeneration);
+    problems.setProblem(contacts.ok() ? nullptr : contacts.error());
+    if (contacts.ok())
+      return takeOver(FeedbackEntries::keySetsOfFile(contacts.value()), readGeneration, wasAsked);
+    return keepKnown(contacts.error(), readGeneration);
   }
 
   // If the file has changed during the reading, or we are changing it, the sets are good enough for
@@ -211,9 +211,9 @@ struct PropertyListFeedbackStore::State final : std::enable_shared_from_this<Sta
         },
         PropertyListFile::OnDamage::fail);
     written.onCompletion([self = shared_from_this(), batch, sets](const Result<bool>& outcome) {
-      if (outcome.isLeft()) self->publish(sets->before, sets->after);
+      if (outcome.ok()) self->publish(sets->before, sets->after);
       for (const Rejection& rejection : *batch) {
-        rejection.completionHandler(outcome.isLeft() ? nullptr : outcome.right());
+        rejection.completionHandler(outcome.ok() ? nullptr : outcome.error());
       }
       self->writeWaitingSoon();
     });

@@ -13,11 +13,11 @@
 
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/PosixFileOperations.h"
-#include "platform/foundation/Error.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/StandardStreams.h"
 #include "platform/scheduling/EventLoopScheduler.h"
 #include "platform/scheduling/FileDescriptor.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 namespace {

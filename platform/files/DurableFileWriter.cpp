@@ -12,8 +12,8 @@
 #include <utility>
 
 #include "platform/files/DurableDirectory.h"
-#include "platform/foundation/Either.h"
 #include "platform/scheduling/FileDescriptor.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 namespace {
@@ -83,10 +83,10 @@ class NewFile final {
 
 Result<path> resolved(const path& target) {
   std::error_code failure;
-  if (!std::filesystem::is_symlink(target, failure)) return Result<path>::left(target);
+  if (!std::filesystem::is_symlink(target, failure)) return Result<path>::success(target);
   path real = std::filesystem::weakly_canonical(target, failure);
-  if (!failure) return Result<path>::left(std::move(real));
-  return Result<path>::right(
+  if (!failure) return Result<path>::success(std::move(real));
+  return Result<path>::failure(
       makePosixError(failure.value(), "resolve the link " + target.filename().string()));
 }
 
@@ -113,13 +113,14 @@ void removeUnlocked(const path& directory, const std::string& prefix) {
 
 ErrorPtr DurableFileWriter::replace(const path& target, std::string_view data) {
   const Result<path> real = resolved(target);
-  if (!real.isLeft()) return real.right();
+  if (!real.ok()) return real.error();
   const std::string name = target.filename().string();
-  if (const int failure = DurableDirectory::ensure(operations, DurableDirectory::of(real.left()))) {
+  if (const int failure =
+          DurableDirectory::ensure(operations, DurableDirectory::of(real.value()))) {
     return makePosixError(failure, "create the directory of " + name);
   }
-  removeLeftoversOnce(real.left());
-  const int failure = replaceResolved(real.left(), data);
+  removeLeftoversOnce(real.value());
+  const int failure = replaceResolved(real.value(), data);
   return failure == 0 ? nullptr : makePosixError(failure, "write " + name);
 }
 

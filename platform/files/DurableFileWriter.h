@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "platform/files/FileOperations.h"
-#include "platform/foundation/Error.h"
 #include "platform/foundation/Mutex.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -21,14 +21,14 @@ bool isMissingFile(const Error& error) {
 Result<std::string> readFileOfAtMost(std::uintmax_t maximumSizeInBytes,
                                      const std::filesystem::path& file, DataProxy& dataProxy) {
   const auto tooLarge = [&] {
-    return Result<std::string>::right(makePosixError(EFBIG, "read " + file.filename().string()));
+    return Result<std::string>::failure(makePosixError(EFBIG, "read " + file.filename().string()));
   };
   std::error_code unknown;
   const std::uintmax_t size = std::filesystem::file_size(file, unknown);
   if (!unknown && size > maximumSizeInBytes) return tooLarge();
   Result<std::string> bytes = dataProxy.dataWithContentsOfURL(file).result();
   // It may have grown since.
-  if (bytes.isLeft() && bytes.left().size() > maximumSizeInBytes) return tooLarge();
+  if (bytes.ok() && bytes.value().size() > maximumSizeInBytes) return tooLarge();
   return bytes;
 }
 
@@ -37,7 +37,7 @@ ErrorPtr whyUnreadable(const std::filesystem::path& file, DataProxy& dataProxy,
   ErrorPtr error;
   do {
     const Result<std::string> bytes = dataProxy.dataWithContentsOfURL(file).result();
-    error = bytes.isLeft() ? nullptr : bytes.right();
+    error = bytes.ok() ? nullptr : bytes.error();
   } while (error && isPassingShortage(*error) && waitAWhile());
   return error && isMissingFile(*error) ? nullptr : error;
 }

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "platform/files/DataProxy.h"
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

@@ -64,11 +64,11 @@ Result<std::shared_ptr<LockFile>> LockFile::tryLock(const std::filesystem::path&
   using Opened = Result<std::shared_ptr<LockFile>>;
   const std::string name = file.filename().string();
   FileDescriptor descriptor(openRetrying(file));
-  if (!descriptor.isOpen()) return Opened::right(makePosixError(errno, "open " + name));
+  if (!descriptor.isOpen()) return Opened::failure(makePosixError(errno, "open " + name));
   if (flockRetrying(descriptor.get(), LOCK_EX | LOCK_NB) != 0) {
-    return Opened::right(makePosixError(errno, "lock " + name));
+    return Opened::failure(makePosixError(errno, "lock " + name));
   }
-  return Opened::left(std::shared_ptr<LockFile>(new LockFile(std::move(descriptor))));
+  return Opened::success(std::shared_ptr<LockFile>(new LockFile(std::move(descriptor))));
 }
 
 Result<std::shared_ptr<LockFile>> LockFile::lock(const std::filesystem::path& file,
@@ -77,9 +77,9 @@ Result<std::shared_ptr<LockFile>> LockFile::lock(const std::filesystem::path& fi
   constexpr std::chrono::milliseconds pause(10);
   const auto deadline = std::chrono::steady_clock::now() + patience;
   auto locked = tryLock(file);
-  while (!locked.isLeft() && locked.right()->code() == EWOULDBLOCK) {
+  while (!locked.ok() && locked.error()->code() == EWOULDBLOCK) {
     if (std::chrono::steady_clock::now() >= deadline) {
-      return Result<std::shared_ptr<LockFile>>::right(makePosixError(
+      return Result<std::shared_ptr<LockFile>>::failure(makePosixError(
           EWOULDBLOCK, "lock " + file.filename().string() + ", held by " + holderOf(file)));
     }
     std::this_thread::sleep_for(pause);

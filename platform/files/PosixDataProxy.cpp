@@ -107,14 +107,14 @@ PosixDataProxy::~PosixDataProxy() {
 
 Future<std::string> PosixDataProxy::dataWithContentsOfURL(const path& url) {
   Result<std::string> content = readFile(url);
-  if (!content.isLeft()) return Future<std::string>::futureWithError(content.right());
-  return Future<std::string>::futureWithResult(std::move(content).takeLeft());
+  if (!content.ok()) return Future<std::string>::futureWithError(content.error());
+  return Future<std::string>::futureWithResult(std::move(content).takeValue());
 }
 
 Result<std::string> PosixDataProxy::readFile(const path& file) const try {
   using Content = Result<std::string>;
   const auto failed = [&](int failure) {
-    return Content::right(makePosixError(failure, "read " + file.filename().string()));
+    return Content::failure(makePosixError(failure, "read " + file.filename().string()));
   };
   const FileDescriptor descriptor(openToRead(operations, file));
   if (!descriptor.isOpen()) return failed(errno);
@@ -124,10 +124,10 @@ Result<std::string> PosixDataProxy::readFile(const path& file) const try {
   if (static_cast<std::uintmax_t>(status.st_size) > maximumFileSizeInBytes) return failed(EFBIG);
   std::string content;
   if (const int failure = readAll(operations, descriptor.get(), content)) return failed(failure);
-  return Content::left(std::move(content));
+  return Content::success(std::move(content));
 } catch (const std::bad_alloc&) {
   // A file larger than the memory is not ours: an error, but no reason to end the process.
-  return Result<std::string>::right(makePosixError(ENOMEM, "read a file"));
+  return Result<std::string>::failure(makePosixError(ENOMEM, "read a file"));
 }
 
 Future<bool> PosixDataProxy::writeData(std::string data, const path& toURL, WritingOptions) {
@@ -241,11 +241,11 @@ int PosixDataProxy::linkDamagedFile(const path& url, std::uintmax_t number) cons
 // Copies under the first free number after `number`, which is that of the newest copy.
 ErrorPtr PosixDataProxy::copyDamagedFile(const path& url, std::uintmax_t number) {
   const Result<std::string> content = readFile(url);
-  if (!content.isLeft()) return content.right();
+  if (!content.ok()) return content.error();
   const Result<std::string> newest = readFile(damagedCopy(url, number));
-  if (newest.isLeft() && newest.left() == content.left()) return nullptr;
+  if (newest.ok() && newest.value() == content.value()) return nullptr;
   ErrorPtr error;
-  do error = writer.create(damagedCopy(url, ++number), content.left());
+  do error = writer.create(damagedCopy(url, ++number), content.value());
   while (error && error->code() == EEXIST);
   return error;
 }
@@ -266,7 +266,7 @@ ErrorPtr PosixDataProxy::setExcludedFromBackups(const path& directory) {
     if (known != goodTags.end() && known->second == stamp && stamp != FileStamp()) return nullptr;
   }
   const Result<std::string> present = readFile(tag);
-  if (present.isLeft() && present.left().starts_with(cacheTagSignature)) {
+  if (present.ok() && present.value().starts_with(cacheTagSignature)) {
     MutexLock lock(mutex);
     goodTags[tag] = stamp;
     return nullptr;

@@ -24,7 +24,7 @@ Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file,
                                              std::chrono::milliseconds patience) {
   PosixFileOperations operations;
   if (const int failure = DurableDirectory::ensure(operations, DurableDirectory::of(file))) {
-    return Result<std::shared_ptr<LockFile>>::right(
+    return Result<std::shared_ptr<LockFile>>::failure(
         makePosixError(failure, "create the directory of " + file.filename().string()));
   }
   std::filesystem::path lockPath = file;
@@ -35,11 +35,11 @@ Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file,
 Result<PropertyListDictionary> dictionaryOfBytes(const std::string& bytes) {
   using Entries = Result<PropertyListDictionary>;
   const Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes);
-  if (!object.isLeft()) return Entries::right(object.right());
-  if (const PropertyListDictionary* entries = object.left().dictionary()) {
-    return Entries::left(*entries);
+  if (!object.ok()) return Entries::failure(object.error());
+  if (const PropertyListDictionary* entries = object.value().dictionary()) {
+    return Entries::success(*entries);
   }
-  return Entries::right(
+  return Entries::failure(
       makeError(PropertyListErrorDomain, 0, "the top level of the file is not a dictionary"));
 }
 
@@ -52,33 +52,33 @@ PropertyListFile::PropertyListFile(std::filesystem::path path, std::shared_ptr<D
 Result<PropertyListDictionary> PropertyListFile::read() const {
   const Future<std::string> reading = dataProxy->dataWithContentsOfURL(filePath);
   const Result<std::string>& bytes = reading.result();
-  if (bytes.isLeft()) return dictionaryOfBytes(bytes.left());
-  if (!isMissingFile(*bytes.right())) return Result<PropertyListDictionary>::right(bytes.right());
-  return Result<PropertyListDictionary>::left({});
+  if (bytes.ok()) return dictionaryOfBytes(bytes.value());
+  if (!isMissingFile(*bytes.error())) return Result<PropertyListDictionary>::failure(bytes.error());
+  return Result<PropertyListDictionary>::success({});
 }
 
 Future<bool> PropertyListFile::update(const Change& change, OnDamage onDamage) const {
   const Result<std::shared_ptr<LockFile>> locking = lockBeside(filePath, lockPatience);
-  if (!locking.isLeft()) return Future<bool>::futureWithError(locking.right());
-  std::shared_ptr<LockFile> lock = locking.left();
+  if (!locking.ok()) return Future<bool>::futureWithError(locking.error());
+  std::shared_ptr<LockFile> lock = locking.value();
 
   Result<PropertyListDictionary> current = read();
-  const bool damaged = !current.isLeft();
-  if (damaged && !isDamage(current.right())) return Future<bool>::futureWithError(current.right());
+  const bool damaged = !current.ok();
+  if (damaged && !isDamage(current.error())) return Future<bool>::futureWithError(current.error());
   if (damaged && onDamage == OnDamage::fail) {
-    return Future<bool>::futureWithError(damageNaming(filePath, *current.right()));
+    return Future<bool>::futureWithError(damageNaming(filePath, *current.error()));
   }
   PropertyListDictionary entries;
-  if (!damaged) entries = std::move(current).takeLeft();
+  if (!damaged) entries = std::move(current).takeValue();
   if (!change(entries)) return Future<bool>::futureWithResult(true);
 
   const Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(entries));
-  if (!bytes.isLeft()) return Future<bool>::futureWithError(bytes.right());
+  if (!bytes.ok()) return Future<bool>::futureWithError(bytes.error());
   // Not earlier: if nothing is written in its place, the damaged file stays and needs no copy.
   if (damaged) keepDamagedFile();
   const Promise<bool> promise;
   // Frees the lock before the future completes: a handler may start the next change at once.
-  dataProxy->writeData(bytes.left(), filePath, WritingOptions::atomic)
+  dataProxy->writeData(bytes.value(), filePath, WritingOptions::atomic)
       .onCompletion([promise, lock = std::move(lock)](const Result<bool>& outcome) mutable {
         lock.reset();
         promise.complete(outcome);

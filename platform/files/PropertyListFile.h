@@ -8,9 +8,9 @@
 
 #include "platform/files/DataProxy.h"
 #include "platform/files/LockFile.h"
-#include "platform/foundation/Either.h"
 #include "platform/foundation/Future.h"
 #include "platform/foundation/PropertyList.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

@@ -29,7 +29,9 @@ ErrorPtr mistrustFile(const struct stat& status) {
   return mistrust(status);
 }
 
-Result<std::string> refuse(ErrorPtr error) { return Result<std::string>::right(std::move(error)); }
+Result<std::string> refuse(ErrorPtr error) {
+  return Result<std::string>::failure(std::move(error));
+}
 
 // At most `size` bytes, even if the file grows meanwhile.
 Result<std::string> readBytes(const FileDescriptor& file, std::size_t size) {
@@ -43,7 +45,7 @@ Result<std::string> readBytes(const FileDescriptor& file, std::size_t size) {
     held += static_cast<std::size_t>(count);
   }
   bytes.resize(held);
-  return Result<std::string>::left(std::move(bytes));
+  return Result<std::string>::success(std::move(bytes));
 }
 
 }  // namespace
@@ -65,10 +67,10 @@ Result<TrustedDirectory> TrustedDirectory::openIn(int parent, const std::string&
   FileDescriptor opened(::openat(parent, name.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
   struct stat status {};
   if (!opened.isOpen() || ::fstat(opened.get(), &status) != 0) {
-    return Opened::right(makePosixError(errno, "open"));
+    return Opened::failure(makePosixError(errno, "open"));
   }
-  if (ErrorPtr error = mistrust(status)) return Opened::right(std::move(error));
-  return Opened::left(TrustedDirectory(std::move(path), std::move(opened)));
+  if (ErrorPtr error = mistrust(status)) return Opened::failure(std::move(error));
+  return Opened::success(TrustedDirectory(std::move(path), std::move(opened)));
 }
 
 Result<std::vector<std::string>> TrustedDirectory::names() const {
@@ -76,14 +78,14 @@ Result<std::vector<std::string>> TrustedDirectory::names() const {
   // Opened anew: a duplicate would share the position in the list.
   FileDescriptor listed(::openat(descriptor.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   const std::unique_ptr<DIR, int (*)(DIR*)> entries(::fdopendir(listed.get()), &::closedir);
-  if (!entries) return Names::right(makePosixError(errno, "list"));
+  if (!entries) return Names::failure(makePosixError(errno, "list"));
   static_cast<void>(listed.release());  // the list closes it
   std::vector<std::string> found;
   errno = 0;
   while (const dirent* entry = ::readdir(entries.get())) found.emplace_back(entry->d_name);
-  if (errno != 0) return Names::right(makePosixError(errno, "list"));
+  if (errno != 0) return Names::failure(makePosixError(errno, "list"));
   std::sort(found.begin(), found.end());
-  return Names::left(std::move(found));
+  return Names::success(std::move(found));
 }
 
 Result<std::string> TrustedDirectory::readFile(const std::string& name,

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Either.h"
-#include "platform/foundation/Error.h"
 #include "platform/scheduling/FileDescriptor.h"
+#include "quenlet/Error.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

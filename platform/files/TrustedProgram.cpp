@@ -46,7 +46,7 @@ Result<std::filesystem::path> trustedProgram(const std::filesystem::path& execut
   using Program = Result<std::filesystem::path>;
   std::error_code failure;
   std::filesystem::path program = std::filesystem::canonical(executable, failure);
-  if (failure) return Program::right(makePosixError(failure.value(), "find the program"));
+  if (failure) return Program::failure(makePosixError(failure.value(), "find the program"));
   FileDescriptor reached;
   std::filesystem::path soFar;
   for (const std::filesystem::path& part : program) {
@@ -56,19 +56,20 @@ Result<std::filesystem::path> trustedProgram(const std::filesystem::path& execut
     FileDescriptor next(::openat(reached.get(), part.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     struct stat status {};
     if (!next.isOpen() || ::fstat(next.get(), &status) != 0) {
-      return Program::right(makePosixError(errno, "open the program"));
+      return Program::failure(makePosixError(errno, "open the program"));
     }
     const bool isChosen = isAbove(soFar, chosenBase) && isAbove(chosenBase, program);
     if (const char* reason = isChosen ? nullptr : mistrust(status)) {
-      return Program::right(makeError(PosixErrorDomain, EACCES, soFar.native() + ": " + reason));
+      return Program::failure(makeError(PosixErrorDomain, EACCES, soFar.native() + ": " + reason));
     }
     reached = std::move(next);
   }
   struct stat last {};
   if (::fstat(reached.get(), &last) != 0 || !S_ISREG(last.st_mode)) {
-    return Program::right(makeError(PosixErrorDomain, EINVAL, "the program is not a regular file"));
+    return Program::failure(
+        makeError(PosixErrorDomain, EINVAL, "the program is not a regular file"));
   }
-  return Program::left(std::move(program));
+  return Program::success(std::move(program));
 }
 
 }  // namespace quenlet

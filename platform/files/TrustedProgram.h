@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

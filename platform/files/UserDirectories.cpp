@@ -30,17 +30,17 @@ Result<path> homeInPasswordDatabase() {
          ERANGE) {
     buffer.resize(buffer.size() * 2);
   }
-  if (failure != 0) return Result<path>::right(makePosixError(failure, "look up the user"));
+  if (failure != 0) return Result<path>::failure(makePosixError(failure, "look up the user"));
   if (found == nullptr || found->pw_dir == nullptr || *found->pw_dir != '/') {
-    return Result<path>::right(makePosixError(ENOENT, "find the home directory"));
+    return Result<path>::failure(makePosixError(ENOENT, "find the home directory"));
   }
-  return Result<path>::left(path(found->pw_dir));
+  return Result<path>::success(path(found->pw_dir));
 }
 
 }  // namespace
 
 Result<path> UserDirectories::homeDirectory() {
-  if (auto home = absolutePathInEnvironment("HOME")) return Result<path>::left(*std::move(home));
+  if (auto home = absolutePathInEnvironment("HOME")) return Result<path>::success(*std::move(home));
   return homeInPasswordDatabase();
 }
 
@@ -54,23 +54,23 @@ Result<path> UserDirectories::runtimeDirectory() {
     std::error_code failure;
     const path temporary = std::filesystem::temp_directory_path(failure);
     if (failure) {
-      return Result<path>::right(
+      return Result<path>::failure(
           makePosixError(failure.value(), "find the directory for temporary files"));
     }
     directory = temporary / ("quenlet-" + std::to_string(::getuid()));
   }
   if (ErrorPtr error = ensurePrivateDirectory(*directory, "the runtime directory")) {
-    return Result<path>::right(std::move(error));
+    return Result<path>::failure(std::move(error));
   }
-  return Result<path>::left(*std::move(directory));
+  return Result<path>::success(*std::move(directory));
 }
 
 Result<path> UserDirectories::expandTilde(const std::string& path) {
   using Expanded = Result<std::filesystem::path>;
-  if (path != "~" && !path.starts_with("~/")) return Expanded::left(path);
+  if (path != "~" && !path.starts_with("~/")) return Expanded::success(path);
   Expanded home = homeDirectory();
-  if (!home.isLeft() || path.size() <= 2) return home;
-  return Expanded::left(home.left() / path.substr(2));
+  if (!home.ok() || path.size() <= 2) return home;
+  return Expanded::success(home.value() / path.substr(2));
 }
 
 ErrorPtr UserDirectories::ensurePrivateDirectory(const path& directory, const std::string& name) {

@@ -1,4 +1,4 @@
-#include "platform/foundation/Date.h"
+#include "quenlet/Date.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 #include <system_error>
 

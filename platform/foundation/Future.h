@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/Either.h"
 #include "platform/foundation/Mutex.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 
@@ -23,10 +23,10 @@ class Future final {
   using CompletionBlock = std::function<void(const Result<T>&)>;
 
   [[nodiscard]] static Future futureWithResult(T result) {
-    return completed(Result<T>::left(std::move(result)));
+    return completed(Result<T>::success(std::move(result)));
   }
   [[nodiscard]] static Future futureWithError(ErrorPtr error) {
-    return completed(Result<T>::right(std::move(error)));
+    return completed(Result<T>::failure(std::move(error)));
   }
 
   // Waits until the future is complete. Deadlocks on a thread that has to complete it.
@@ -114,8 +114,8 @@ class Promise final {
     const std::shared_ptr<typename Future<T>::State> shared = state;
     shared->complete(std::move(result));
   }
-  void succeed(T result) const { complete(Result<T>::left(std::move(result))); }
-  void fail(ErrorPtr error) const { complete(Result<T>::right(std::move(error))); }
+  void succeed(T result) const { complete(Result<T>::success(std::move(result))); }
+  void fail(ErrorPtr error) const { complete(Result<T>::failure(std::move(error))); }
 
  private:
   std::shared_ptr<typename Future<T>::State> state;
@@ -127,11 +127,13 @@ auto Future<T>::flatMap(Next next) const -> decltype(next(std::declval<const T&>
   using Chained = decltype(next(std::declval<const T&>()));
   auto chained = std::make_shared<typename Chained::State>();
   onCompletion([chained, next = std::move(next)](const Result<T>& outcome) {
-    if (!outcome.isLeft()) {
-      chained->complete(Result<typename Chained::Value>::right(outcome.right()));
+    if (!outcome.ok()) {
+      chained->complete(Result<typename Chained::Value>::failure(outcome.error()));
       return;
     }
-    next(outcome.left()).onCompletion([chained](const auto& result) { chained->complete(result); });
+    next(outcome.value()).onCompletion([chained](const auto& result) {
+      chained->complete(result);
+    });
   });
   return Chained(chained);
 }
@@ -140,11 +142,11 @@ template <typename T>
 Future<T> Future<T>::recover(std::function<Future(const ErrorPtr&)> replacement) const {
   auto recovered = std::make_shared<State>();
   onCompletion([recovered, replacement = std::move(replacement)](const Result<T>& outcome) {
-    if (outcome.isLeft()) {
+    if (outcome.ok()) {
       recovered->complete(outcome);
       return;
     }
-    replacement(outcome.right()).onCompletion([recovered](const Result<T>& result) {
+    replacement(outcome.error()).onCompletion([recovered](const Result<T>& result) {
       recovered->complete(result);
     });
   });

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "platform/foundation/Cancelable.h"
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Error.h"
 #include "platform/foundation/Mutex.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

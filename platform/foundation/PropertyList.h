@@ -8,7 +8,7 @@
 #include <variant>
 #include <vector>
 
-#include "platform/foundation/Date.h"
+#include "quenlet/Date.h"
 
 namespace quenlet {
 

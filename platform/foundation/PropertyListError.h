@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

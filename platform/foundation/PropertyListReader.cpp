@@ -98,21 +98,21 @@ std::optional<PropertyList> parsedBoolean(std::string_view content, bool value) 
 }  // namespace
 
 Result<PropertyList> PropertyListReader::read() {
-  if (ErrorPtr failure = parse()) return Outcome::right(std::move(failure));
-  if (ErrorPtr failure = checkProlog()) return Outcome::right(std::move(failure));
+  if (ErrorPtr failure = parse()) return Outcome::failure(std::move(failure));
+  if (ErrorPtr failure = checkProlog()) return Outcome::failure(std::move(failure));
   const pugi::xml_node root = document.document_element();
-  if (ErrorPtr failure = checkRoot(root)) return Outcome::right(std::move(failure));
+  if (ErrorPtr failure = checkRoot(root)) return Outcome::failure(std::move(failure));
   const Result<pugi::xml_node> object = firstElement(root);
-  if (!object.isLeft()) return Outcome::right(object.right());
-  if (!object.left()) {
-    return Outcome::right(error(unexpectedContent, "the root is empty", root));
+  if (!object.ok()) return Outcome::failure(object.error());
+  if (!object.value()) {
+    return Outcome::failure(error(unexpectedContent, "the root is empty", root));
   }
-  const Result<pugi::xml_node> further = nextElement(object.left());
-  if (!further.isLeft()) return Outcome::right(further.right());
-  if (further.left()) {
-    return Outcome::right(error(unexpectedContent, "the root has two objects", further.left()));
+  const Result<pugi::xml_node> further = nextElement(object.value());
+  if (!further.ok()) return Outcome::failure(further.error());
+  if (further.value()) {
+    return Outcome::failure(error(unexpectedContent, "the root has two objects", further.value()));
   }
-  return readObject(object.left(), 0);
+  return readObject(object.value(), 0);
 }
 
 ErrorPtr PropertyListReader::parse() {
@@ -171,12 +171,12 @@ ErrorPtr PropertyListReader::checkRoot(pugi::xml_node root) const {
 
 Result<PropertyList> PropertyListReader::readObject(pugi::xml_node element, int nesting) const {
   if (element.first_attribute()) {
-    return Outcome::right(error(unexpectedContent, "an attribute", element));
+    return Outcome::failure(error(unexpectedContent, "an attribute", element));
   }
   const std::string_view name = element.name();
   if (name != "dict" && name != "array") return readScalar(element);
   if (nesting == PropertyListSerializer::maximumNesting) {
-    return Outcome::right(error(nestingTooDeep, "containers are nested too deeply", element));
+    return Outcome::failure(error(nestingTooDeep, "containers are nested too deeply", element));
   }
   return name == "dict" ? readDictionary(element, nesting + 1) : readArray(element, nesting + 1);
 }
@@ -184,46 +184,46 @@ Result<PropertyList> PropertyListReader::readObject(pugi::xml_node element, int 
 Result<PropertyList> PropertyListReader::readDictionary(pugi::xml_node element, int nesting) const {
   PropertyListDictionary entries;
   Result<pugi::xml_node> key = firstElement(element);
-  while (key.isLeft() && key.left()) {
-    const pugi::xml_node keyElement = key.left();
+  while (key.ok() && key.value()) {
+    const pugi::xml_node keyElement = key.value();
     if (std::string_view(keyElement.name()) != "key" || keyElement.first_attribute()) {
-      return Outcome::right(error(unexpectedContent, "no key where one is due", keyElement));
+      return Outcome::failure(error(unexpectedContent, "no key where one is due", keyElement));
     }
     Result<std::string> name = readText(keyElement);
-    if (!name.isLeft()) return Outcome::right(name.right());
+    if (!name.ok()) return Outcome::failure(name.error());
     const Result<pugi::xml_node> value = nextElement(keyElement);
-    if (!value.isLeft()) return Outcome::right(value.right());
-    if (!value.left()) {
-      return Outcome::right(error(unexpectedContent, "a key without a value", keyElement));
+    if (!value.ok()) return Outcome::failure(value.error());
+    if (!value.value()) {
+      return Outcome::failure(error(unexpectedContent, "a key without a value", keyElement));
     }
-    Outcome entry = readObject(value.left(), nesting);
-    if (!entry.isLeft()) return entry;
-    entries.insert_or_assign(std::move(name).takeLeft(), std::move(entry).takeLeft());
-    key = nextElement(value.left());
+    Outcome entry = readObject(value.value(), nesting);
+    if (!entry.ok()) return entry;
+    entries.insert_or_assign(std::move(name).takeValue(), std::move(entry).takeValue());
+    key = nextElement(value.value());
   }
-  if (!key.isLeft()) return Outcome::right(key.right());
-  return Outcome::left(std::move(entries));
+  if (!key.ok()) return Outcome::failure(key.error());
+  return Outcome::success(std::move(entries));
 }
 
 Result<PropertyList> PropertyListReader::readArray(pugi::xml_node element, int nesting) const {
   PropertyListArray array;
   array.reserve(static_cast<std::size_t>(std::distance(element.begin(), element.end())));
   Result<pugi::xml_node> entry = firstElement(element);
-  for (; entry.isLeft() && entry.left(); entry = nextElement(entry.left())) {
-    Outcome object = readObject(entry.left(), nesting);
-    if (!object.isLeft()) return object;
-    array.push_back(std::move(object).takeLeft());
+  for (; entry.ok() && entry.value(); entry = nextElement(entry.value())) {
+    Outcome object = readObject(entry.value(), nesting);
+    if (!object.ok()) return object;
+    array.push_back(std::move(object).takeValue());
   }
-  if (!entry.isLeft()) return Outcome::right(entry.right());
-  return Outcome::left(std::move(array));
+  if (!entry.ok()) return Outcome::failure(entry.error());
+  return Outcome::success(std::move(array));
 }
 
 Result<PropertyList> PropertyListReader::readScalar(pugi::xml_node element) const {
   Result<std::string> read = readText(element);
-  if (!read.isLeft()) return Outcome::right(read.right());
-  std::string content = std::move(read).takeLeft();
+  if (!read.ok()) return Outcome::failure(read.error());
+  std::string content = std::move(read).takeValue();
   const std::string_view name = element.name();
-  if (name == "string") return Outcome::left(std::move(content));
+  if (name == "string") return Outcome::success(std::move(content));
   std::optional<PropertyList> value;
   if (name == "integer") {
     value = parsedInteger(content);
@@ -236,26 +236,26 @@ Result<PropertyList> PropertyListReader::readScalar(pugi::xml_node element) cons
   } else if (name == "true" || name == "false") {
     value = parsedBoolean(content, name == "true");
   } else {
-    return Outcome::right(error(unexpectedContent, "an unknown element", element));
+    return Outcome::failure(error(unexpectedContent, "an unknown element", element));
   }
-  if (!value) return Outcome::right(error(invalidValue, "an invalid value", element));
-  return Outcome::left(std::move(*value));
+  if (!value) return Outcome::failure(error(invalidValue, "an invalid value", element));
+  return Outcome::success(std::move(*value));
 }
 
 Result<std::string> PropertyListReader::readText(pugi::xml_node element) const {
   std::string content;
   if (ErrorPtr failure = appendText(content, element)) {
-    return Result<std::string>::right(std::move(failure));
+    return Result<std::string>::failure(std::move(failure));
   }
   for (const pugi::xml_node node : element.children()) {
     if (node.type() == pugi::node_element) {
-      return Result<std::string>::right(error(unexpectedContent, "an element within text", node));
+      return Result<std::string>::failure(error(unexpectedContent, "an element within text", node));
     }
     if (ErrorPtr failure = appendText(content, node)) {
-      return Result<std::string>::right(std::move(failure));
+      return Result<std::string>::failure(std::move(failure));
     }
   }
-  return Result<std::string>::left(std::move(content));
+  return Result<std::string>::success(std::move(content));
 }
 
 // `node` is an element, whose first text the library keeps in the element itself, or a further
@@ -272,16 +272,17 @@ ErrorPtr PropertyListReader::appendText(std::string& output, pugi::xml_node node
 Result<pugi::xml_node> PropertyListReader::elementFrom(pugi::xml_node node) const {
   while (node && node.type() != pugi::node_element) {
     if (!isBlank(node.value())) {
-      return Result<pugi::xml_node>::right(error(unexpectedContent, "text between elements", node));
+      return Result<pugi::xml_node>::failure(
+          error(unexpectedContent, "text between elements", node));
     }
     node = node.next_sibling();
   }
-  return Result<pugi::xml_node>::left(node);
+  return Result<pugi::xml_node>::success(node);
 }
 
 Result<pugi::xml_node> PropertyListReader::firstElement(pugi::xml_node container) const {
   if (!isBlank(container.value())) {
-    return Result<pugi::xml_node>::right(
+    return Result<pugi::xml_node>::failure(
         error(unexpectedContent, "text between elements", container));
   }
   return elementFrom(container.first_child());

@@ -127,8 +127,8 @@ Result<std::string> PropertyListWriter::takeText() && {
   if (output.size() > PropertyListSerializer::maximumSizeInBytes) {
     fail(PropertyListErrorCode::tooLarge, "the property list is larger than what can be read");
   }
-  if (error) return Result<std::string>::right(error);
-  return Result<std::string>::left(std::move(output));
+  if (error) return Result<std::string>::failure(error);
+  return Result<std::string>::success(std::move(output));
 }
 
 }  // namespace quenlet

@@ -4,9 +4,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/foundation/Either.h"
 #include "platform/foundation/PropertyList.h"
 #include "platform/foundation/PropertyListError.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

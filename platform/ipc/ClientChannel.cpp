@@ -30,7 +30,9 @@ ErrorPtr connectionBroken() {
   return makeServiceError(ServiceErrorCode::connectionBroken, "the service ended the connection");
 }
 
-Result<std::string> failed(ErrorPtr error) { return Result<std::string>::right(std::move(error)); }
+Result<std::string> failed(ErrorPtr error) {
+  return Result<std::string>::failure(std::move(error));
+}
 
 ErrorPtr decodeFailure(std::string_view body) {
   static const std::vector<WireParameter> parameters{
@@ -46,7 +48,7 @@ Result<std::string> decodeReply(const FrameReader::Frame& frame, std::string par
   if (frame.kind == FrameKind::failure) return failed(decodeFailure(frame.body));
   std::string values = std::move(parts.append(frame.body));
   if (ErrorPtr error = validateWireValues(values, parameters)) return failed(std::move(error));
-  return Result<std::string>::left(std::move(values));
+  return Result<std::string>::success(std::move(values));
 }
 
 }  // namespace

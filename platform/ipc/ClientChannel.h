@@ -10,7 +10,6 @@
 #include <utility>
 #include <vector>
 
-#include "platform/foundation/Either.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/FrameReader.h"
 #include "platform/ipc/OutputQueue.h"
@@ -18,6 +17,7 @@
 #include "platform/ipc/ServiceLimits.h"
 #include "platform/ipc/TimeLimit.h"
 #include "platform/scheduling/FileDescriptor.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

@@ -41,8 +41,8 @@ std::shared_ptr<const PropertyListDictionary> EntitlementDatabase::entitlementsO
   if (!found) return nullptr;
   // At each look-up, not once a table: the program may have been replaced since.
   const Result<std::filesystem::path> trusted = trustedProgram(executable, prefix);
-  if (trusted.isLeft()) return found;
-  reportUntrusted(executable, trusted.right()->debugDescription());
+  if (trusted.ok()) return found;
+  reportUntrusted(executable, trusted.error()->debugDescription());
   return nullptr;
 }
 

@@ -44,19 +44,19 @@ void EntitlementTable::addDirectory(const std::filesystem::path& base,
   std::filesystem::path path = base;
   Result<TrustedDirectory> directory = TrustedDirectory::open(path);
   for (const std::filesystem::path& part : below) {
-    if (!directory.isLeft()) break;
+    if (!directory.ok()) break;
     path /= part;
-    directory = directory.left().subdirectory(part.native());
+    directory = directory.value().subdirectory(part.native());
   }
-  if (!directory.isLeft()) {
-    if (directory.right()->code() != ENOENT) leaveOut(path, *directory.right());
+  if (!directory.ok()) {
+    if (directory.error()->code() != ENOENT) leaveOut(path, *directory.error());
     return;
   }
-  const Result<std::vector<std::string>> names = directory.left().names();
-  if (!names.isLeft()) return leaveOut(path, *names.right());
-  for (const std::string& name : names.left()) {
+  const Result<std::vector<std::string>> names = directory.value().names();
+  if (!names.ok()) return leaveOut(path, *names.error());
+  for (const std::string& name : names.value()) {
     if (std::filesystem::path(name).extension() != ".plist") continue;
-    addFile(directory.left(), name, prefix);
+    addFile(directory.value(), name, prefix);
   }
 }
 
@@ -65,10 +65,10 @@ void EntitlementTable::addFile(const TrustedDirectory& directory, const std::str
   const std::filesystem::path file = directory.path() / name;
   const Result<std::string> text = directory.readFile(
       name, TrustedDirectory::maximumFileSizeInBytes, TrustedDirectory::Links::refused);
-  if (!text.isLeft()) return leaveOut(file, *text.right());
-  const Result<PropertyList> content = PropertyListSerializer::objectWithData(text.left());
-  if (!content.isLeft()) return leaveOut(file, *content.right());
-  const PropertyListDictionary* programs = content.left().dictionary();
+  if (!text.ok()) return leaveOut(file, *text.error());
+  const Result<PropertyList> content = PropertyListSerializer::objectWithData(text.value());
+  if (!content.ok()) return leaveOut(file, *content.error());
+  const PropertyListDictionary* programs = content.value().dictionary();
   if (programs == nullptr) return reportIgnored(file, "its top level is not a dictionary");
   for (const auto& [path, entitlements] : *programs) {
     if (entitlements.dictionary() == nullptr) {

@@ -5,8 +5,8 @@
 #include <memory>
 #include <string>
 
-#include "platform/foundation/Error.h"
 #include "platform/foundation/PropertyList.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/foundation/Error.h"
 #include "platform/ipc/WireEncoder.h"
 #include "platform/ipc/WireReader.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -6,8 +6,8 @@
 #include <span>
 #include <string_view>
 
-#include "platform/foundation/Error.h"
 #include "platform/ipc/FrameHeader.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -68,9 +68,9 @@ Result<PeerIdentity> PeerIdentity::ofSocket(int socket) {
   ucred credentials{};
   socklen_t size = sizeof(credentials);
   if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) {
-    return Result<PeerIdentity>::right(makePosixError(errno, "identify a peer"));
+    return Result<PeerIdentity>::failure(makePosixError(errno, "identify a peer"));
   }
-  return Result<PeerIdentity>::left(
+  return Result<PeerIdentity>::success(
       {credentials.uid, credentials.pid, readExecutable(socket, credentials.pid)});
 }
 

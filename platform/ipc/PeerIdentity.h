@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

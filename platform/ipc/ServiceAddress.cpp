@@ -26,13 +26,13 @@ int limitWaiting(int socket, TimeLimit::Instant deadline) {
 
 Result<ServiceAddress> ServiceAddress::forService(const std::string& serviceName) {
   const Result<std::filesystem::path> runtime = UserDirectories::runtimeDirectory();
-  if (!runtime.isLeft()) return Result<ServiceAddress>::right(runtime.right());
-  std::filesystem::path directory = runtime.left() / "quenlet";
+  if (!runtime.ok()) return Result<ServiceAddress>::failure(runtime.error());
+  std::filesystem::path directory = runtime.value() / "quenlet";
   if (ErrorPtr error =
           UserDirectories::ensurePrivateDirectory(directory, "the directory of the services")) {
-    return Result<ServiceAddress>::right(std::move(error));
+    return Result<ServiceAddress>::failure(std::move(error));
   }
-  return Result<ServiceAddress>::left(ServiceAddress(std::move(directory), serviceName));
+  return Result<ServiceAddress>::success(ServiceAddress(std::move(directory), serviceName));
 }
 
 int ServiceAddress::resolve(sockaddr_un& address, FileDescriptor& opened) const {

@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <string>
 
-#include "platform/foundation/Either.h"
 #include "platform/ipc/TimeLimit.h"
 #include "platform/scheduling/FileDescriptor.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

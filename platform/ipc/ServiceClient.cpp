@@ -18,7 +18,7 @@ namespace {
 using Connected = Result<std::shared_ptr<ServiceClient>>;
 
 Connected noService(const std::string& name) {
-  return Connected::right(
+  return Connected::failure(
       makeServiceError(ServiceErrorCode::noService, "nobody listens under " + name));
 }
 
@@ -35,18 +35,19 @@ bool isTrusted(const FileDescriptor& socket) {
 Connected ServiceClient::connect(const std::string& serviceName, ServiceInterface interface,
                                  std::chrono::milliseconds timeLimit) {
   const Result<ServiceAddress> address = ServiceAddress::forService(serviceName);
-  if (!address.isLeft()) return Connected::right(address.right());
+  if (!address.ok()) return Connected::failure(address.error());
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  if (!socket.isOpen()) return Connected::right(makePosixError(errno, "create a socket"));
+  if (!socket.isOpen()) return Connected::failure(makePosixError(errno, "create a socket"));
   const TimeLimit limit(timeLimit);
-  const int failure = address.left().connect(socket.get(), limit.deadline());
+  const int failure = address.value().connect(socket.get(), limit.deadline());
   if (failure == ENOENT || failure == ECONNREFUSED) return noService(serviceName);
-  if (failure == EAGAIN) return Connected::right(limit.passed());
+  if (failure == EAGAIN) return Connected::failure(limit.passed());
   if (failure != 0) {
-    return Connected::right(makePosixError(failure, "connect to " + serviceName));
+    return Connected::failure(makePosixError(failure, "connect to " + serviceName));
   }
   if (!isTrusted(socket)) return noService(serviceName);
-  return Connected::left(withConnectedSocket(std::move(socket), std::move(interface), timeLimit));
+  return Connected::success(
+      withConnectedSocket(std::move(socket), std::move(interface), timeLimit));
 }
 
 std::shared_ptr<ServiceClient> ServiceClient::withConnectedSocket(
@@ -77,7 +78,7 @@ void ServiceClient::call(const std::string& selector, std::string encodedArgumen
     MutexLock lock(mutex);
     if (!thread.joinable()) thread = std::thread([held = channel] { held->runCompletions(); });
   } catch (const std::system_error& failure) {
-    completion(Result<std::string>::right(
+    completion(Result<std::string>::failure(
         makePosixError(failure.code().value(), "start a thread for replies")));
     return;
   }

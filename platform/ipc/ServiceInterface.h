@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/foundation/Error.h"
 #include "platform/ipc/WireReader.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "platform/foundation/Error.h"
 #include "platform/ipc/ServiceConnection.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

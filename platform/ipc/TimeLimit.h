@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

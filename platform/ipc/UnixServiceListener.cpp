@@ -80,14 +80,14 @@ void UnixServiceListener::setDelegate(std::weak_ptr<ServiceListenerDelegate> new
 ErrorPtr UnixServiceListener::claimName() {
   if (nameLock) return nullptr;
   Result<ServiceAddress> found = ServiceAddress::forService(name);
-  if (!found.isLeft()) return found.right();
-  Result<std::shared_ptr<LockFile>> locked = LockFile::tryLock(found.left().lockPath());
-  if (!locked.isLeft()) {
-    if (locked.right()->code() != EWOULDBLOCK) return locked.right();
+  if (!found.ok()) return found.error();
+  Result<std::shared_ptr<LockFile>> locked = LockFile::tryLock(found.value().lockPath());
+  if (!locked.ok()) {
+    if (locked.error()->code() != EWOULDBLOCK) return locked.error();
     return makeServiceError(ServiceErrorCode::nameTaken, "another process serves " + name);
   }
-  address.emplace(std::move(found).takeLeft());
-  nameLock = std::move(locked).takeLeft();
+  address.emplace(std::move(found).takeValue());
+  nameLock = std::move(locked).takeValue();
   return nullptr;
 }
 
@@ -172,7 +172,7 @@ bool UnixServiceListener::isFull() const {
 
 void UnixServiceListener::admit(FileDescriptor socket) {
   Result<PeerIdentity> peer = PeerIdentity::ofSocket(socket.get());
-  const bool isOurs = peer.isLeft() && (peer.left().user == ::geteuid() || peer.left().user == 0);
+  const bool isOurs = peer.ok() && (peer.value().user == ::geteuid() || peer.value().user == 0);
   // Before isFull(): other users are told nothing.
   if (!isOurs) return closeWithoutWaiting(std::move(socket), context->patient.get());
   if (isFull()) return refuse(std::move(socket));
@@ -183,7 +183,7 @@ void UnixServiceListener::admit(FileDescriptor socket) {
   }
   if (!asked) return closeWithoutWaiting(std::move(socket), context->patient.get());
   auto connection = std::make_shared<UnixServiceConnection>(
-      context, std::move(socket), std::move(peer).takeLeft(),
+      context, std::move(socket), std::move(peer).takeValue(),
       [this](UnixServiceConnection& closed) { connectionClosed(closed); });
   connections.emplace(connection.get(), connection);
   if (asked->shouldAcceptNewConnection(*this, connection)) {

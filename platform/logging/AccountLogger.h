@@ -4,7 +4,7 @@
 
 #include "model/DonationValue.h"
 #include "platform/accounts/Account.h"
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "model/DonationValue.h"
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

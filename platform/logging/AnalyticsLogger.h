@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/foundation/Date.h"
+#include "quenlet/Date.h"
 
 namespace quenlet {
 

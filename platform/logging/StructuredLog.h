@@ -8,7 +8,7 @@
 #include <variant>
 
 #include "model/DonationValue.h"
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

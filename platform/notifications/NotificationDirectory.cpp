@@ -34,13 +34,13 @@ std::optional<sockaddr_un> addressInDirectory(int directory, const std::string& 
 Result<FileDescriptor> openSocket(int directory, const std::string& name, SystemCall call,
                                   const char* action) {
   const std::optional<sockaddr_un> address = addressInDirectory(directory, name);
-  if (!address) return Result<FileDescriptor>::right(makePosixError(ENAMETOOLONG, action));
+  if (!address) return Result<FileDescriptor>::failure(makePosixError(ENAMETOOLONG, action));
   FileDescriptor opened(::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
   if (!opened.isOpen() ||
       call(opened.get(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0) {
-    return Result<FileDescriptor>::right(makePosixError(errno, action));
+    return Result<FileDescriptor>::failure(makePosixError(errno, action));
   }
-  return Result<FileDescriptor>::left(std::move(opened));
+  return Result<FileDescriptor>::success(std::move(opened));
 }
 
 bool isSocket(int directory, const dirent& entry) {
@@ -57,12 +57,12 @@ Result<NotificationDirectory> NotificationDirectory::open(const std::filesystem:
   const std::string name = "the directory of notifications";
   for (const std::filesystem::path& directory : {path.parent_path(), path}) {
     if (ErrorPtr error = UserDirectories::ensurePrivateDirectory(directory, name)) {
-      return Opened::right(std::move(error));
+      return Opened::failure(std::move(error));
     }
   }
   FileDescriptor opened(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-  if (!opened.isOpen()) return Opened::right(makePosixError(errno, "open " + name));
-  return Opened::left(NotificationDirectory(std::move(opened)));
+  if (!opened.isOpen()) return Opened::failure(makePosixError(errno, "open " + name));
+  return Opened::success(NotificationDirectory(std::move(opened)));
 }
 
 bool NotificationDirectory::isPrivateAt(const std::filesystem::path& path) const {

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Either.h"
 #include "platform/scheduling/FileDescriptor.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

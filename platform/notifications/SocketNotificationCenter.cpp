@@ -48,14 +48,14 @@ bool isNotificationName(std::string_view text) {
 Result<std::string> newSocketName() {
   std::array<std::uint8_t, 16> random{};
   if (::getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
-    return Result<std::string>::right(makePosixError(errno, "get random bytes"));
+    return Result<std::string>::failure(makePosixError(errno, "get random bytes"));
   }
   std::string name = std::to_string(::getpid()) + "-";
   for (const std::uint8_t byte : random) {
     name += "0123456789abcdef"[byte >> 4];
     name += "0123456789abcdef"[byte & 15];
   }
-  return Result<std::string>::left(std::move(name));
+  return Result<std::string>::success(std::move(name));
 }
 
 // Zero, or errno.
@@ -107,15 +107,16 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
 
   ErrorPtr openReceiver() REQUIRES(mutex) {
     Result<NotificationDirectory> directory = NotificationDirectory::open(directoryPath);
-    if (!directory.isLeft()) return directory.right();
+    if (!directory.ok()) return directory.error();
     const Result<std::string> name = newSocketName();
-    if (!name.isLeft()) return name.right();
-    Result<FileDescriptor> socket = directory.left().bindSocket(name.left());
-    if (!socket.isLeft()) return socket.right();
-    if (!refuseDescriptors(socket.left().get())) patient.emplace();
-    receiver.emplace(Receiver{
-        std::make_shared<const NotificationDirectory>(std::move(directory).takeLeft()), name.left(),
-        std::make_shared<const FileDescriptor>(std::move(socket).takeLeft()), nullptr});
+    if (!name.ok()) return name.error();
+    Result<FileDescriptor> socket = directory.value().bindSocket(name.value());
+    if (!socket.ok()) return socket.error();
+    if (!refuseDescriptors(socket.value().get())) patient.emplace();
+    receiver.emplace(
+        Receiver{std::make_shared<const NotificationDirectory>(std::move(directory).takeValue()),
+                 name.value(),
+                 std::make_shared<const FileDescriptor>(std::move(socket).takeValue()), nullptr});
     receiver->watch =
         eventLoop.watch(receiver->socket->get(), EPOLLIN, [weak = weak_from_this()](std::uint32_t) {
           if (const auto state = weak.lock()) state->receive();
@@ -224,8 +225,8 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     // Another directory may have taken its place since, with the sockets of later processes.
     if (!directory || !directory->isPrivateAt(directoryPath)) {
       Result<NotificationDirectory> opened = NotificationDirectory::open(directoryPath);
-      if (!opened.isLeft()) return opened.right();
-      directory = std::make_shared<const NotificationDirectory>(std::move(opened).takeLeft());
+      if (!opened.ok()) return opened.error();
+      directory = std::make_shared<const NotificationDirectory>(std::move(opened).takeValue());
     }
     for (const std::string& socketName : directory->socketNames()) {
       if (socketName != withoutObserver) sendToOne(*directory, socketName, name);
@@ -247,12 +248,12 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
                  const std::string& name) EXCLUDES(mutex) {
     if (addToBacklog(socketName, name)) return;
     Result<FileDescriptor> socket = directory.connectSocket(socketName);
-    if (!socket.isLeft()) {
-      if (socket.right()->code() == ECONNREFUSED) directory.removeSocket(socketName);
+    if (!socket.ok()) {
+      if (socket.error()->code() == ECONNREFUSED) directory.removeSocket(socketName);
       return;
     }
-    if (sendName(socket.left(), name) == EAGAIN) {
-      startBacklog(socketName, std::move(socket).takeLeft(), name);
+    if (sendName(socket.value(), name) == EAGAIN) {
+      startBacklog(socketName, std::move(socket).takeValue(), name);
     }
   }
 

@@ -2,10 +2,10 @@
 
 #include <memory>
 
-#include "platform/foundation/Error.h"
 #include "platform/foundation/Observable.h"
 #include "platform/notifications/DistributedNotificationCenter.h"
 #include "platform/scheduling/SchedulerProvider.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

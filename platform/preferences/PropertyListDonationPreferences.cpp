@@ -28,13 +28,13 @@ std::optional<bool> PropertyListDonationPreferences::donationsEnabled() {
   std::optional<bool> value;
   {
     MutexLock lock(mutex);
-    if (entries.isLeft()) {
-      const PropertyList* object = findEntry(entries.left(), donationsEnabledKey);
+    if (entries.ok()) {
+      const PropertyList* object = findEntry(entries.value(), donationsEnabledKey);
       lastRead = object && object->boolean() ? *object->boolean() : true;
     }
     value = lastRead;
   }
-  problems.setProblem(value ? nullptr : entries.right());
+  problems.setProblem(value ? nullptr : entries.error());
   return value;
 }
 
@@ -46,7 +46,7 @@ ErrorPtr PropertyListDonationPreferences::setDonationsEnabled(bool enabled) {
   // The owner's decision must get through, so a damaged file is replaced; a copy of it is kept.
   const Future<bool> written = file.update(change, PropertyListFile::OnDamage::replaceFile);
   const Result<bool>& outcome = written.result();
-  if (!outcome.isLeft()) return outcome.right();
+  if (!outcome.ok()) return outcome.error();
   notificationCenter->post(DonationPreferencesDidChangeNotification);
   return nullptr;
 }

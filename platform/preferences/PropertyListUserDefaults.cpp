@@ -11,8 +11,8 @@ PropertyListUserDefaults::PropertyListUserDefaults(std::filesystem::path path,
 
 std::optional<PropertyList> PropertyListUserDefaults::objectForKey(const std::string& key) {
   const Result<PropertyListDictionary> entries = file.read();
-  if (!entries.isLeft()) return std::nullopt;
-  const PropertyList* object = findEntry(entries.left(), key);
+  if (!entries.ok()) return std::nullopt;
+  const PropertyList* object = findEntry(entries.value(), key);
   return object ? std::optional(*object) : std::nullopt;
 }
 
@@ -24,7 +24,7 @@ ErrorPtr PropertyListUserDefaults::setObject(PropertyList object, const std::str
   // A damaged file may hold a preference that must not be lost.
   const Future<bool> written = file.update(change, PropertyListFile::OnDamage::fail);
   const Result<bool>& outcome = written.result();
-  return outcome.isLeft() ? nullptr : outcome.right();
+  return outcome.ok() ? nullptr : outcome.error();
 }
 
 }  // namespace quenlet

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "platform/foundation/Cancelable.h"
-#include "platform/foundation/Error.h"
 #include "platform/telephony/SIMCardItem.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

@@ -13,16 +13,16 @@ constexpr std::int64_t handsetClass = 1;
 Result<PropertyListDictionary> entriesOf(DataProxy& dataProxy, const std::filesystem::path& file) {
   using Entries = Result<PropertyListDictionary>;
   const Result<std::optional<PropertyList>> object = TelephonyFile::read(dataProxy, file);
-  if (!object.isLeft()) return Entries::right(object.right());
-  if (!object.left()) return Entries::left({});
-  if (const auto* entries = object.left()->dictionary()) return Entries::left(*entries);
-  return Entries::right(TelephonyFile::damage("the top level of the file is not a dictionary"));
+  if (!object.ok()) return Entries::failure(object.error());
+  if (!object.value()) return Entries::success({});
+  if (const auto* entries = object.value()->dictionary()) return Entries::success(*entries);
+  return Entries::failure(TelephonyFile::damage("the top level of the file is not a dictionary"));
 }
 
 bool isHandset(DataProxy& dataProxy, const std::filesystem::path& machineInfoFile) {
   // Many systems lack the file, so its absence is not reported.
   const Result<std::string> text = TelephonyFile::readBytes(dataProxy, machineInfoFile);
-  return text.isLeft() && MachineInfo::valueOf("CHASSIS", text.left()) == "handset";
+  return text.ok() && MachineInfo::valueOf("CHASSIS", text.value()) == "handset";
 }
 
 }  // namespace
@@ -38,9 +38,9 @@ PropertyListDeviceInfo::PropertyListDeviceInfo(std::filesystem::path deviceFile,
 std::int64_t PropertyListDeviceInfo::integerAnswer(const std::string& key,
                                                    std::int64_t defaultAnswer) {
   const Result<PropertyListDictionary> entries = entriesOf(*dataProxy, deviceFile);
-  problems.setProblem(entries.isLeft() ? nullptr : entries.right());
-  if (entries.isLeft()) {
-    const PropertyList* answer = findEntry(entries.left(), key);
+  problems.setProblem(entries.ok() ? nullptr : entries.error());
+  if (entries.ok()) {
+    const PropertyList* answer = findEntry(entries.value(), key);
     if (answer && answer->integer()) return *answer->integer();
   }
   if (key == DeviceClassNumberKey && isHandset(*dataProxy, machineInfoFile)) return handsetClass;

@@ -26,11 +26,11 @@ std::optional<SIMCardItems> itemsOfArray(const PropertyListArray& elements) {
 }
 
 Result<SIMCardItems> itemsOfObject(const std::optional<PropertyList>& object) {
-  if (!object) return Result<SIMCardItems>::left({});
+  if (!object) return Result<SIMCardItems>::success({});
   const PropertyListArray* elements = object->array();
   std::optional<SIMCardItems> items = elements ? itemsOfArray(*elements) : std::nullopt;
-  if (items) return Result<SIMCardItems>::left(*std::move(items));
-  return Result<SIMCardItems>::right(TelephonyFile::damage(
+  if (items) return Result<SIMCardItems>::success(*std::move(items));
+  return Result<SIMCardItems>::failure(TelephonyFile::damage(
       "the file is not an array of up to 1,000 dictionaries with the texts identifier and value"));
 }
 
@@ -43,8 +43,8 @@ struct PropertyListPhoneNumberMonitor::CardFile final {
   [[nodiscard]] Result<SIMCardItems> read() {
     using Items = Result<SIMCardItems>;
     const auto object = TelephonyFile::read(*dataProxy, path);
-    Items items = object.isLeft() ? itemsOfObject(object.left()) : Items::right(object.right());
-    problems.setProblem(items.isLeft() ? nullptr : items.right());
+    Items items = object.ok() ? itemsOfObject(object.value()) : Items::failure(object.error());
+    problems.setProblem(items.ok() ? nullptr : items.error());
     return items;
   }
 
@@ -58,8 +58,8 @@ struct PropertyListPhoneNumberMonitor::Registration final {
   void check() {
     if (isCancelled) return;
     Result<SIMCardItems> items = cardFile->read();
-    if (!items.isLeft() || items.left() == told) return;
-    told = std::move(items).takeLeft();
+    if (!items.ok() || items.value() == told) return;
+    told = std::move(items).takeValue();
     handler(*told);
   }
 
@@ -94,10 +94,10 @@ std::shared_ptr<Cancelable> PropertyListPhoneNumberMonitor::addInfoChangeHandler
 
 void PropertyListPhoneNumberMonitor::infoWithCompletion(InfoCompletion completion) {
   Result<SIMCardItems> items = cardFile->read();
-  if (items.isLeft()) {
-    completion(std::move(items).takeLeft(), nullptr);
+  if (items.ok()) {
+    completion(std::move(items).takeValue(), nullptr);
   } else {
-    completion(std::nullopt, items.right());
+    completion(std::nullopt, items.error());
   }
 }
 

@@ -16,13 +16,13 @@ Result<std::optional<PropertyList>> TelephonyFile::read(DataProxy& dataProxy,
                                                         const std::filesystem::path& file) {
   using Object = Result<std::optional<PropertyList>>;
   const Result<std::string> bytes = readBytes(dataProxy, file);
-  if (!bytes.isLeft()) {
-    const ErrorPtr& error = bytes.right();
-    return isMissingFile(*error) ? Object::left(std::nullopt) : Object::right(error);
+  if (!bytes.ok()) {
+    const ErrorPtr& error = bytes.error();
+    return isMissingFile(*error) ? Object::success(std::nullopt) : Object::failure(error);
   }
-  Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes.left());
-  if (!object.isLeft()) return Object::right(object.right());
-  return Object::left(std::move(object).takeLeft());
+  Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes.value());
+  if (!object.ok()) return Object::failure(object.error());
+  return Object::success(std::move(object).takeValue());
 }
 
 ErrorPtr TelephonyFile::damage(std::string sentence) {

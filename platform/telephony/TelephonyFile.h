@@ -6,8 +6,8 @@
 #include <string>
 
 #include "platform/files/DataProxy.h"
-#include "platform/foundation/Either.h"
 #include "platform/foundation/PropertyList.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

@@ -47,9 +47,9 @@ void Corvel::reloadAllAccounts() {
   // end, since accounts whose store is gone count as dead.
   const std::shared_ptr<AccountStore> store = PlatformServices::current().makeAccountStore();
   const Result<std::vector<AccountPtr>> accounts = store->accounts();
-  if (!accounts.isLeft()) return;
+  if (!accounts.ok()) return;
   deleteDonationsWithBundleID(AccountPropertyParser::bundleIdentifier);
-  for (const AccountPtr& account : accounts.left()) donateAccountChangesFrom(nullptr, account);
+  for (const AccountPtr& account : accounts.value()) donateAccountChangesFrom(nullptr, account);
   // If no donation has saved the table meanwhile, save it without the dropped values.
   submitWriterBlock([](Corvel& agent) {
     if (agent.hasUnsavedRemoval) agent.commitTable([](const SaveResponse&) {});

@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "platform/foundation/Error.h"
 #include "platform/telephony/PhoneNumberMonitor.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

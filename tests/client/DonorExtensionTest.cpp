@@ -22,15 +22,15 @@ class ObedientDonor final : public ExtensionDonor {
     const std::string wish = value.emailEntry()->label;
     if (wish == "throw") throw std::logic_error("personal");
     if (wish == "throw 42") throw 42;
-    if (wish == "refuse") return Result<Date>::right(makeError("donor", 5, "no"));
-    if (wish == "never") return Result<Date>::left(Date(HUGE_VAL));
-    return Result<Date>::left(Date());
+    if (wish == "refuse") return Result<Date>::failure(makeError("donor", 5, "no"));
+    if (wish == "never") return Result<Date>::success(Date(HUGE_VAL));
+    return Result<Date>::success(Date());
   }
   Result<DonationValues> allValues(std::uint64_t reason) override {
     if (reason == 2) throw std::logic_error("personal");
-    if (reason == 3) return Result<DonationValues>::left({nullptr});
+    if (reason == 3) return Result<DonationValues>::success({nullptr});
     EXPECT_EQ(reason, ~std::uint64_t{0});
-    return Result<DonationValues>::left({});
+    return Result<DonationValues>::success({});
   }
 };
 
@@ -49,8 +49,8 @@ class DonorExtensionMainTest : public testing::Test {
 
   std::string ask(const char* selector, const WireEncoder& arguments) {
     const auto reply = client->callSynchronously(selector, arguments.bytes());
-    if (!reply.isLeft()) return "invalid";
-    WireReader values(reply.left());
+    if (!reply.ok()) return "invalid";
+    WireReader values(reply.value());
     values.skip();
     const ErrorPtr error = ErrorWire::decode(values);
     return error ? error->description() : "yes";

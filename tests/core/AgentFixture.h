@@ -77,7 +77,7 @@ class AgentFixture : public EnvironmentTest {
           [this](const auto& card, const auto& error) { noteCard(card, error); });
     } else if (request == CorvelSelector::synchronousFetch) {
       asked.synchronousDonatedMeCard([this](const Result<ContactPtr>& card) {
-        card.isLeft() ? noteCard(card.left(), nullptr) : noteCard(nullptr, card.right());
+        card.ok() ? noteCard(card.value(), nullptr) : noteCard(nullptr, card.error());
       });
     } else {
       asked.meCardDonations([this](const auto& list, const ErrorPtr& error) {

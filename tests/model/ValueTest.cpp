@@ -119,7 +119,7 @@ TEST(DonationValueTest, ReadsATextAsTheGeneralReaderDoesOrNotAtAll) {
         "<plist version=\"1.0\">" + text.substr(0, text.size() - rest.size()) + "</plist>";
     const auto general = PropertyListSerializer::objectWithData(document);
     const auto expected =
-        DonationValue::initWithPropertyListRepresentation(*general.left().dictionary());
+        DonationValue::initWithPropertyListRepresentation(*general.value().dictionary());
     EXPECT_TRUE(expected && *records[0] == *expected) << text;
     EXPECT_EQ(records[0]->entryKey(), expected->entryKey()) << text;
     return records[0];

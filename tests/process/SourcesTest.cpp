@@ -1,7 +1,7 @@
 #include <set>
 #include <span>
 
-#include "platform/foundation/Date.h"
+#include "quenlet/Date.h"
 #include "tests/platform/extensions/DonorScript.h"
 #include "tests/process/ProcessTest.h"
 

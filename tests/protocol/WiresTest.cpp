@@ -20,7 +20,7 @@ TEST(DonationWireTest, CarriesRecordsAndRefusesOthers) {
   WireEncoder good;
   DonationWire::encode(good, values);
   WireReader reader(good.bytes());
-  const DonationValues read = DonationWire::decode(reader).left();
+  const DonationValues read = DonationWire::decode(reader).value();
   ASSERT_EQ(read.size(), 2u);
   EXPECT_TRUE(*read[0] == *values[0] && *read[1] == *values[1]);
 
@@ -31,7 +31,7 @@ TEST(DonationWireTest, CarriesRecordsAndRefusesOthers) {
   WireEncoder held;
   held.list(1).object("DonationValue").propertyList(large);
   WireReader listed(held.bytes());
-  EXPECT_TRUE(DonationWire::decode(listed).isLeft()) << "older files may hold more";
+  EXPECT_TRUE(DonationWire::decode(listed).ok()) << "older files may hold more";
   const auto list = [](std::size_t count = 1) { return WireEncoder().list(count); };
   const std::tuple<const char*, WireEncoder, std::int64_t> rows[] = {
       {"no list", WireEncoder().string("x"), invalid},
@@ -45,8 +45,8 @@ TEST(DonationWireTest, CarriesRecordsAndRefusesOthers) {
   for (const auto& [name, encoder, code] : rows) {
     WireReader bad(encoder.bytes());
     const Result<DonationValues> result = DonationWire::decodeDonated(bad);
-    ASSERT_FALSE(result.isLeft()) << name;
-    EXPECT_EQ(result.right()->code(), code) << name;
+    ASSERT_FALSE(result.ok()) << name;
+    EXPECT_EQ(result.error()->code(), code) << name;
   }
 }
 
@@ -57,8 +57,8 @@ TEST(AccountWireTest, CarriesAccountsAndRefusesWhatNoFileHolds) {
     AccountWire::encode(encoder, account);
     WireReader reader(encoder.bytes());
     const Result<AccountPtr> read = AccountWire::decode(reader, {});
-    EXPECT_EQ(read.isLeft() ? 0 : read.right()->code(), code);
-    EXPECT_TRUE(!read.isLeft() || *read.left() == *account);
+    EXPECT_EQ(read.ok() ? 0 : read.error()->code(), code);
+    EXPECT_TRUE(!read.ok() || *read.value() == *account);
   }
 }
 
@@ -105,7 +105,7 @@ TEST(ContactWireTest, TakesNothingElseForAnOutcome) {
        {WireEncoder(), WireEncoder().null(), WireEncoder().object("Either").null(),
         WireEncoder().object("Contact").dictionary(0)}) {
     WireReader reader(bad.bytes());
-    EXPECT_EQ(ContactWire::decodeEither(reader).right()->code(),
+    EXPECT_EQ(ContactWire::decodeEither(reader).error()->code(),
               static_cast<std::int64_t>(ServiceErrorCode::malformedMessage));
   }
 }

@@ -19,11 +19,11 @@ class DonationPersistenceTest : public testing::Test {
   DonationPersistenceTest() { ::setenv("HOME", home.path().c_str(), 1); }
 
   void write(const char* name, const PropertyList& contents) const {
-    writeFile(directory / name, PropertyListSerializer::dataWithObject(contents).left());
+    writeFile(directory / name, PropertyListSerializer::dataWithObject(contents).value());
   }
   [[nodiscard]] std::string read(const char* name) const { return readFile(directory / name); }
   [[nodiscard]] std::string loadedIdentifiers() {
-    return identifiersOf(persistence.loadDonations().result().left());
+    return identifiersOf(persistence.loadDonations().result().value());
   }
 
   const TemporaryDirectory home;
@@ -131,31 +131,31 @@ Hof</string>
 )";
 
 TEST_F(DonationPersistenceTest, ReadsAndWritesTheFormThatOtherBuildsDo) {
-  EXPECT_EQ(persistence.loadDonations().result(), Result<DonationValues>::left({}));
+  EXPECT_EQ(persistence.loadDonations().result(), Result<DonationValues>::success({}));
   EXPECT_FALSE(std::filesystem::exists(directory));
-  EXPECT_EQ(persistence.storeWithAllValues(goldenValues).result(), Result<bool>::left(true));
+  EXPECT_EQ(persistence.storeWithAllValues(goldenValues).result(), Result<bool>::success(true));
   EXPECT_EQ(read("donations.plist"), goldenText);
   EXPECT_TRUE(std::filesystem::exists(directory / "CACHEDIR.TAG"));
 
   // A blank at the end is one of many ways to miss the form; then a record keeps a text of its own.
   for (const std::string ending : {"", " "}) {
     writeFile(directory / "donations.plist", goldenText + ending);
-    const DonationValues loaded = persistence.loadDonations().result().left();
+    const DonationValues loaded = persistence.loadDonations().result().value();
     ASSERT_EQ(loaded.size(), goldenValues.size());
     for (std::size_t i = 0; i < loaded.size(); ++i) EXPECT_EQ(*loaded[i], *goldenValues[i]) << i;
     const std::string_view first = *loaded[0]->propertyListText();
     EXPECT_EQ(first.data() + first.size() == loaded[1]->propertyListText()->data(), ending.empty())
         << "one stands behind the other, as in the file";
   }
-  EXPECT_EQ(persistence.storeWithAllValues({}).result(), Result<bool>::left(true));
-  EXPECT_EQ(PropertyListSerializer::objectWithData(read("donations.plist")).left(),
+  EXPECT_EQ(persistence.storeWithAllValues({}).result(), Result<bool>::success(true));
+  EXPECT_EQ(PropertyListSerializer::objectWithData(read("donations.plist")).value(),
             PropertyList(Entries{{"donations", PropertyListArray{}}}));
 
   const ExtensionVersions versions{{"app", 3}, {"other", -1}};
-  EXPECT_EQ(persistence.storeWithExtensionVersions(versions).result(), Result<bool>::left(true));
-  EXPECT_EQ(PropertyListSerializer::objectWithData(read("bundle_versions.plist")).left(),
+  EXPECT_EQ(persistence.storeWithExtensionVersions(versions).result(), Result<bool>::success(true));
+  EXPECT_EQ(PropertyListSerializer::objectWithData(read("bundle_versions.plist")).value(),
             PropertyList(Entries{{"versions", Entries{{"app", 3}, {"other", -1}}}}));
-  EXPECT_EQ(persistence.loadExtensionVersions().result().left(), versions);
+  EXPECT_EQ(persistence.loadExtensionVersions().result().value(), versions);
 }
 
 TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
@@ -185,22 +185,22 @@ TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
 }
 
 TEST_F(DonationPersistenceTest, KeepsASoundFileBesideTheNextOneWhenAsked) {
-  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x", from("app", "a"))}).result().isLeft());
+  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x", from("app", "a"))}).result().ok());
   const std::string sound = read("donations.plist");
   persistence.keepStoredDonations();
-  ASSERT_TRUE(persistence.storeWithAllValues({}).result().isLeft());
+  ASSERT_TRUE(persistence.storeWithAllValues({}).result().ok());
   EXPECT_EQ(read("donations.plist.damaged-1"), sound);
 }
 
 TEST_F(DonationPersistenceTest, TakesAnUnreadableFileForNoDamagedOne) {
-  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x", from("app", "a"))}).result().isLeft());
+  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x", from("app", "a"))}).result().ok());
   const std::string sound = read("donations.plist");
   files->failsReads = true;
   EXPECT_EQ(loadedIdentifiers(), "");
   EXPECT_FALSE(std::filesystem::exists(directory / "donations.plist.damaged-1"));
   files->failsReads = false;
   EXPECT_EQ(loadedIdentifiers(), "a");
-  ASSERT_TRUE(persistence.storeWithAllValues({}).result().isLeft());
+  ASSERT_TRUE(persistence.storeWithAllValues({}).result().ok());
   EXPECT_EQ(read("donations.plist.damaged-1"), sound) << "what was taken for empty is replaced";
 }
 
@@ -208,21 +208,21 @@ TEST_F(DonationPersistenceTest, SkipsUnreadableRejectionsAndVersions) {
   const Entries rejection{{"emailAddress", "a@x"}, {"label", "h"}};
   write("rejections.json", Entries{{"donations", PropertyListArray{Entries{}, rejection}}});
   write("bundle_versions.plist", Entries{{"versions", Entries{{"a", 3}, {"b", "3"}, {"c", 3.0}}}});
-  EXPECT_EQ(persistence.loadRejections().result().left(),
+  EXPECT_EQ(persistence.loadRejections().result().value(),
             std::vector{Value::emailAddress("a@x", "h")});
-  EXPECT_EQ(persistence.loadExtensionVersions().result().left(), (ExtensionVersions{{"a", 3}}));
+  EXPECT_EQ(persistence.loadExtensionVersions().result().value(), (ExtensionVersions{{"a", 3}}));
 }
 
 TEST_F(DonationPersistenceTest, TellsWhyAStoreFailedAndLeavesTheFile) {
   files->failsWrites = true;
-  EXPECT_EQ(persistence.storeWithAllValues({}).result().right()->code(), ENOSPC);
+  EXPECT_EQ(persistence.storeWithAllValues({}).result().error()->code(), ENOSPC);
   EXPECT_FALSE(std::filesystem::exists(directory / "CACHEDIR.TAG"));
   files->failsWrites = false;
   std::filesystem::create_directories(directory / "CACHEDIR.TAG");  // in the backup mark's way
-  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x")}).result().isLeft());
+  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x")}).result().ok());
   const std::string before = read("donations.plist");
   const auto failure = [](const Future<bool>& stored) {
-    return stored.result().right()->description();
+    return stored.result().error()->description();
   };
   const std::string refused = "ovaro.quenlet.donation-error 501: ";
   const auto never = from("app", "never", std::nullopt, Date(std::nan("")));

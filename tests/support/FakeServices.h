@@ -166,7 +166,7 @@ class FakeAccountStore final : public AccountStore,
       read.push_back(std::make_shared<const Account>(std::move(copy)));
     }
     if (const std::function<void()> call = whenRead) call();
-    return error ? Accounts::right(error) : Accounts::left(std::move(read));
+    return error ? Accounts::failure(error) : Accounts::success(std::move(read));
   }
 };
 
@@ -190,7 +190,7 @@ class FakeContactStore final : public ContactStore {
       const std::vector<KeyDescriptor>& keysToFetch) override {
     using Outcome = Result<std::shared_ptr<const Contact>>;
     if (whenAsked) whenAsked(keysToFetch);
-    return card ? Outcome::left(card) : Outcome::right(makeError(ContactErrorDomain, 1));
+    return card ? Outcome::success(card) : Outcome::failure(makeError(ContactErrorDomain, 1));
   }
 };
 

@@ -19,10 +19,10 @@ class FileFixture : public testing::Test {
 
   void writeBytes(const std::string& bytes) const { writeFile(file, bytes); }
   void writeEntries(const PropertyListDictionary& entries) const {
-    writeBytes(PropertyListSerializer::dataWithObject(entries).left());
+    writeBytes(PropertyListSerializer::dataWithObject(entries).value());
   }
   [[nodiscard]] PropertyListDictionary entries() const {
-    return *PropertyListSerializer::objectWithData(readFile(file)).left().dictionary();
+    return *PropertyListSerializer::objectWithData(readFile(file)).value().dictionary();
   }
   // The first damaged file that was kept aside.
   [[nodiscard]] std::string damagedCopy() const { return readFile(file.string() + ".damaged-1"); }

@@ -4,9 +4,9 @@
 #include <deque>
 #include <map>
 
-#include "platform/foundation/Date.h"
 #include "platform/scheduling/CancelableBlock.h"
 #include "platform/scheduling/SchedulerProvider.h"
+#include "quenlet/Date.h"
 #include "tests/support/Trace.h"
 
 namespace quenlet {

@@ -69,7 +69,7 @@ class RecordingAgent final : public CorvelProtocol {
     way.removeDonatedMeCardValuesWithBundleIdentifier("bundle", checked(3));
     way.fetchDonatedMeCard(checked(4));
     way.synchronousDonatedMeCard([reply = checked(5)](const Result<ContactPtr>& outcome) {
-      outcome.isLeft() ? reply(outcome.left(), nullptr) : reply(ContactPtr(), outcome.right());
+      outcome.ok() ? reply(outcome.value(), nullptr) : reply(ContactPtr(), outcome.error());
     });
     way.meCardDonations(checked(6));
     way.changeFromAccount(nullptr, account, plain(7));
@@ -101,7 +101,7 @@ class RecordingAgent final : public CorvelProtocol {
   }
   void synchronousDonatedMeCard(EitherContactReply reply) override {
     const ErrorPtr failure = note("synchronous");
-    reply(failure ? Result<ContactPtr>::right(failure) : Result<ContactPtr>::left(contact));
+    reply(failure ? Result<ContactPtr>::failure(failure) : Result<ContactPtr>::success(contact));
   }
   void meCardDonations(DonationsReply reply) override {
     const ErrorPtr failure = note("list");

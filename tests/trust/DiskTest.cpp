@@ -72,7 +72,7 @@ class DiskTest : public TrustTest {
     }
     return table;
   }
-  static Table onDisk() { return tableOf(persistence.loadDonations().result().left()); }
+  static Table onDisk() { return tableOf(persistence.loadDonations().result().value()); }
   // The names and bytes of all files beside the donations.
   [[nodiscard]] std::string filesBeside() const {
     std::string text;
@@ -194,10 +194,10 @@ TEST_F(OrderlyEndTest, AnswersAndSavesWhatItTookAndNothingElse) {
   for (int number = 0; number < count(3'000, 60'000); ++number) {
     others.push_back(email("a@x", from("other", std::to_string(number))));
   }
-  EXPECT_TRUE(persistence.storeWithAllValues(others).result().isLeft());
+  EXPECT_TRUE(persistence.storeWithAllValues(others).result().ok());
   // Else an agent that starts drops accounts that are in no store, as these are.
   const ExtensionVersions allRead{{AccountsBundleIdentifier, 1'000'000}};
-  EXPECT_TRUE(persistence.storeWithExtensionVersions(allRead).result().isLeft());
+  EXPECT_TRUE(persistence.storeWithExtensionVersions(allRead).result().ok());
   int cycle = 0;
   for (; cycle < count(10, 300) && !HasFailure(); ++cycle) {
     SCOPED_TRACE("cycle " + std::to_string(cycle));
@@ -262,7 +262,7 @@ TEST_F(FileFaultTest, TellsTheClientThatASaveFailedAndSavesAllWithTheNext) {
 TEST_F(FileFaultTest, KeepsBesideTheNextSaveWhatAStartCouldNotRead) {
   forEachFault("faults in a start", [&] {
     std::filesystem::remove_all(home / "Library");
-    EXPECT_TRUE(persistence.storeWithAllValues({email("old@")}).result().isLeft());
+    EXPECT_TRUE(persistence.storeWithAllValues({email("old@")}).result().ok());
     startPlannedAgent();
     ErrorPtr error;
     EXPECT_TRUE(eventually([&] {

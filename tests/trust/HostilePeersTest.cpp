@@ -48,7 +48,7 @@ class Bystander final {
       const auto begun = std::chrono::steady_clock::now();
       EXPECT_EQ(::send(ours.get(), &byte, 1, 0) + ::recv(ours.get(), &byte, 1, 0), 2);
       const auto woken = std::chrono::steady_clock::now();
-      client.synchronousDonatedMeCard([](const auto& card) { EXPECT_TRUE(card.isLeft()); });
+      client.synchronousDonatedMeCard([](const auto& card) { EXPECT_TRUE(card.ok()); });
       const auto fetched = std::chrono::steady_clock::now();
       MutexLock lock(mutex);
       wakeUps.push_back(Milliseconds(woken - begun).count());
@@ -122,7 +122,7 @@ class HostilePeersTest : public TrustTest {
     while (found.size() < numberOfOperations - 1) {
       auto [theirs, ours] = connectedPair();
       CorvelProxy client([socket = std::make_shared<FileDescriptor>(std::move(theirs))] {
-        return Result<std::shared_ptr<ServiceClient>>::left(
+        return Result<std::shared_ptr<ServiceClient>>::success(
             ServiceClient::withConnectedSocket(std::move(*socket), makeCorvelInterface()));
       });
       ask(client, found.size(), 1, [](const ErrorPtr&) {});

@@ -32,9 +32,8 @@ inline void ask(CorvelProtocol& agent, std::size_t operation, std::size_t number
   if (operation == 7) agent.rejectValuesWithClusterIdentifier(name, replied);
   if (operation == 8) agent.removeAllRejectionsWithCompletionHandler(replied);
   if (operation == 9) {
-    agent.synchronousDonatedMeCard([replied](const Result<ContactPtr>& card) {
-      replied(card.isLeft() ? nullptr : card.right());
-    });
+    agent.synchronousDonatedMeCard(
+        [replied](const Result<ContactPtr>& card) { replied(card.ok() ? nullptr : card.error()); });
   }
 }
 

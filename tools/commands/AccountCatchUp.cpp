@@ -34,12 +34,12 @@ ErrorPtr AccountCatchUp::schedule() const {
                           "create the directory of " + std::string(DonationFiles::bundleVersions));
   }
   const auto lock = LockFile::tryLock(directory / DonationFiles::agentLock);
-  if (!lock.isLeft()) return lock.right();
+  if (!lock.ok()) return lock.error();
   const Future<bool> written =
       PropertyListFile(directory / DonationFiles::bundleVersions, dataProxy)
           .update(&forgetAccounts, PropertyListFile::OnDamage::replaceFile);
   const Result<bool>& outcome = written.result();
-  return outcome.isLeft() ? nullptr : outcome.right();
+  return outcome.ok() ? nullptr : outcome.error();
 }
 
 }  // namespace quenlet

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platform/files/DataProxy.h"
-#include "platform/foundation/Error.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
 

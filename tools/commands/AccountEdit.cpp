@@ -26,15 +26,15 @@ CLI::Option* addRepeatable(CLI::App& word, const char* name, std::vector<std::st
 Result<PropertyListDictionary> readDictionary(const std::string& file) {
   using Entries = Result<PropertyListDictionary>;
   const Result<std::string> bytes = PosixDataProxy().dataWithContentsOfURL(file).result();
-  if (!bytes.isLeft()) return Entries::right(bytes.right());
-  const Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes.left());
-  if (object.isLeft() && object.left().dictionary()) {
-    return Entries::left(*object.left().dictionary());
+  if (!bytes.ok()) return Entries::failure(bytes.error());
+  const Result<PropertyList> object = PropertyListSerializer::objectWithData(bytes.value());
+  if (object.ok() && object.value().dictionary()) {
+    return Entries::success(*object.value().dictionary());
   }
   const std::string fault =
-      object.isLeft() ? "its top level is not a dictionary" : object.right()->debugDescription();
-  return Entries::right(makeError(
-      PropertyListErrorDomain, object.isLeft() ? 0 : object.right()->code(), file + ": " + fault));
+      object.ok() ? "its top level is not a dictionary" : object.error()->debugDescription();
+  return Entries::failure(makeError(PropertyListErrorDomain,
+                                    object.ok() ? 0 : object.error()->code(), file + ": " + fault));
 }
 
 }  // namespace
@@ -98,8 +98,8 @@ ErrorPtr AccountEdit::applyTo(Account& account) const {
 ErrorPtr AccountEdit::applyPropertiesTo(Account& account) const {
   if (!propertiesFile.empty()) {
     const Result<PropertyListDictionary> given = readDictionary(propertiesFile);
-    if (!given.isLeft()) return given.right();
-    for (const auto& [key, value] : given.left()) account.properties.insert_or_assign(key, value);
+    if (!given.ok()) return given.error();
+    for (const auto& [key, value] : given.value()) account.properties.insert_or_assign(key, value);
   }
   for (const std::string& property : properties) {
     const std::size_t equals = property.find('=');

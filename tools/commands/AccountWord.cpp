@@ -116,8 +116,8 @@ void AccountWord::addTo(CLI::App& app, ChosenAction& chosen) {
     subword->callback([this, &chosen, operation] {
       chosen = [this, operation](Session& session) {
         const auto accounts = UserAccounts::open();
-        if (!accounts.isLeft()) return session.failWith(accounts.right());
-        return (this->*operation)(session, *accounts.left());
+        if (!accounts.ok()) return session.failWith(accounts.error());
+        return (this->*operation)(session, *accounts.value());
       };
     });
   };
@@ -139,14 +139,14 @@ void AccountWord::addTo(CLI::App& app, ChosenAction& chosen) {
 
 ExitCode AccountWord::add(Session& session, UserAccounts& accounts) const {
   const auto lock = accounts.store().lock();
-  if (!lock.isLeft()) return session.failWith(lock.right());
+  if (!lock.ok()) return session.failWith(lock.error());
   const Result<AccountPtr> present = accounts.store().accountWithIdentifier(addition.identifier);
-  if (present.isLeft()) {
+  if (present.ok()) {
     return session.failWith(
         makeAccountError(AccountErrorCode::accountExists,
                          "there is an account with this identifier; \"account change\" alters it"));
   }
-  if (!isUnknown(*present.right())) return session.failWith(present.right());
+  if (!isUnknown(*present.error())) return session.failWith(present.error());
   Account account{.identifier = addition.identifier, .isActive = true};
   account.enabledDataclasses = {defaultDataClass};
   if (const ErrorPtr error = addition.applyTo(account)) return session.failWith(error);
@@ -155,17 +155,17 @@ ExitCode AccountWord::add(Session& session, UserAccounts& accounts) const {
 
 ExitCode AccountWord::change(Session& session, UserAccounts& accounts) const {
   const auto lock = accounts.store().lock();
-  if (!lock.isLeft()) return session.failWith(lock.right());
+  if (!lock.ok()) return session.failWith(lock.error());
   const Result<AccountPtr> present = accounts.store().accountWithIdentifier(alteration.identifier);
-  if (!present.isLeft()) return session.failWith(present.right());
-  Account account = *present.left();
+  if (!present.ok()) return session.failWith(present.error());
+  Account account = *present.value();
   if (const ErrorPtr error = alteration.applyTo(account)) return session.failWith(error);
-  return saveAndTell(session, accounts, present.left(), std::move(account));
+  return saveAndTell(session, accounts, present.value(), std::move(account));
 }
 
 ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
   const auto lock = accounts.store().lock();
-  if (!lock.isLeft()) return session.failWith(lock.right());
+  if (!lock.ok()) return session.failWith(lock.error());
   const Result<AccountPtr> present = accounts.store().accountWithIdentifier(removedIdentifier);
   const ErrorPtr error = accounts.store().remove(removedIdentifier);
   if (error && !isUnknown(*error)) return session.failWith(error);
@@ -173,16 +173,16 @@ ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
   // The identifier alone is enough to remove an account's donations, if it cannot be read or its
   // file is already gone.
   const AccountPtr oldAccount =
-      present.isLeft() ? present.left()
-                       : std::make_shared<const Account>(Account{.identifier = removedIdentifier});
+      present.ok() ? present.value()
+                   : std::make_shared<const Account>(Account{.identifier = removedIdentifier});
   const ExitCode told = tellAgent(session, accounts, oldAccount, nullptr);
   return error ? session.failWith(error) : told;
 }
 
 ExitCode AccountWord::list(Session& session, UserAccounts& accounts) const {
   const Result<std::vector<AccountPtr>> known = accounts.store().accounts();
-  if (!known.isLeft()) return session.failWith(known.right());
-  const std::vector<AccountPtr>& all = known.left();
+  if (!known.ok()) return session.failWith(known.error());
+  const std::vector<AccountPtr>& all = known.value();
   if (asJSON) {
     writeJSON(session.out, all);
   } else if (all.empty()) {

@@ -22,8 +22,8 @@ void CardWord::addTo(CLI::App& app, ChosenAction& chosen) {
 ExitCode CardWord::run(Session& session) const {
   const auto [outcome] = waitForReply<Result<ContactPtr>>(
       [&](EitherContactReply reply) { session.agent.synchronousDonatedMeCard(std::move(reply)); });
-  if (!outcome.isLeft()) return session.failWith(outcome.right());
-  const Contact& card = *outcome.left();
+  if (!outcome.ok()) return session.failWith(outcome.error());
+  const Contact& card = *outcome.value();
   if (format == "json") {
     CardPresenter::writeJSON(session.out, card);
   } else if (format == "vcard") {

@@ -68,7 +68,7 @@ ExitCode DonateWord::run(Session& session) const {
   CardDonor donor({bundleIdentifier, cluster, session.now,
                    session.now.addingSeconds(expiresInDays * secondsInADay)});
   const Result<bool> areAllRead = readFiles(donor, session);
-  if (!areAllRead.isLeft()) return session.failWith(areAllRead.right());
+  if (!areAllRead.ok()) return session.failWith(areAllRead.error());
   if (const std::size_t repeated = donor.countRepeated(); repeated > 0) {
     session.err << "quenlet: " << count(repeated, "value")
                 << " will replace others of these files, whose cards have the same UID or name\n";
@@ -80,15 +80,15 @@ ExitCode DonateWord::run(Session& session) const {
   } else if (const ExitCode code = donate(donor, session); code != ExitCode::done) {
     return code;
   }
-  return areAllRead.left() ? ExitCode::done : ExitCode::refused;
+  return areAllRead.value() ? ExitCode::done : ExitCode::refused;
 }
 
 Result<bool> DonateWord::readFiles(CardDonor& donor, Session& session) const {
   bool areAllRead = true;
   for (const std::string& file : files) {
     const Result<VCards> read = CardFile::read(file);
-    if (!read.isLeft()) return Result<bool>::right(read.right());
-    const VCards& cards = read.left();
+    if (!read.ok()) return Result<bool>::failure(read.error());
+    const VCards& cards = read.value();
     for (const ErrorPtr& failure : cards.failures) {
       session.err << "quenlet: skipped a card: " << printable(failure->debugDescription()) << "\n";
       areAllRead = areAllRead && failure->code() == static_cast<int>(ContactErrorCode::notAPerson);
@@ -101,7 +101,7 @@ Result<bool> DonateWord::readFiles(CardDonor& donor, Session& session) const {
                   << (skipped == 1 ? " entry" : " entries") << " without a usable value\n";
     }
   }
-  return Result<bool>::left(areAllRead);
+  return Result<bool>::success(areAllRead);
 }
 
 ExitCode DonateWord::donate(const CardDonor& donor, Session& session) const {

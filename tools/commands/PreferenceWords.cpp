@@ -9,8 +9,8 @@ namespace {
 
 ExitCode write(Session& session, bool enabled) {
   const auto user = UserPreferences::open();
-  if (!user.isLeft()) return session.failWith(user.right());
-  return session.finishWith(user.left()->preferences().setDonationsEnabled(enabled));
+  if (!user.ok()) return session.failWith(user.error());
+  return session.finishWith(user.value()->preferences().setDonationsEnabled(enabled));
 }
 
 }  // namespace

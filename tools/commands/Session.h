@@ -4,8 +4,8 @@
 #include <functional>
 #include <ostream>
 
-#include "platform/foundation/Date.h"
 #include "protocol/CorvelProtocol.h"
+#include "quenlet/Date.h"
 #include "tools/commands/ExitCode.h"
 
 namespace CLI {

@@ -29,24 +29,23 @@ ErrorPtr errorInFile(const char* path, const ErrorPtr& error) {
 Result<CounterValues> readCounters(const std::filesystem::path& file, DataProxy& dataProxy) {
   const Future<std::string> reading = dataProxy.dataWithContentsOfURL(file);
   const Result<std::string>& text = reading.result();
-  if (text.isLeft()) return PrometheusText::read(text.left());
-  if (isMissingFile(*text.right())) return Result<CounterValues>::left({});
-  return Result<CounterValues>::right(text.right());
+  if (text.ok()) return PrometheusText::read(text.value());
+  if (isMissingFile(*text.error())) return Result<CounterValues>::success({});
+  return Result<CounterValues>::failure(text.error());
 }
 
 Result<Stats> readStats() {
   const auto home = UserDirectories::homeDirectory();
-  if (!home.isLeft()) return Result<Stats>::right(home.right());
+  if (!home.ok()) return Result<Stats>::failure(home.error());
   const auto dataProxy = std::make_shared<PosixDataProxy>();
-  auto counters = readCounters(home.left() / CountersPath, *dataProxy);
-  if (!counters.isLeft()) return Result<Stats>::right(errorInFile(CountersPath, counters.right()));
-  const auto defaults = PropertyListFile(home.left() / PreferencesPath, dataProxy).read();
-  if (!defaults.isLeft())
-    return Result<Stats>::right(errorInFile(PreferencesPath, defaults.right()));
-  Stats stats{std::nullopt, std::move(counters).takeLeft()};
-  const PropertyList* lastAttempt = findEntry(defaults.left(), LastMetricsAttemptKey);
+  auto counters = readCounters(home.value() / CountersPath, *dataProxy);
+  if (!counters.ok()) return Result<Stats>::failure(errorInFile(CountersPath, counters.error()));
+  const auto defaults = PropertyListFile(home.value() / PreferencesPath, dataProxy).read();
+  if (!defaults.ok()) return Result<Stats>::failure(errorInFile(PreferencesPath, defaults.error()));
+  Stats stats{std::nullopt, std::move(counters).takeValue()};
+  const PropertyList* lastAttempt = findEntry(defaults.value(), LastMetricsAttemptKey);
   if (lastAttempt && lastAttempt->date()) stats.lastAttempt = *lastAttempt->date();
-  return Result<Stats>::left(std::move(stats));
+  return Result<Stats>::success(std::move(stats));
 }
 
 // The counters not shown yet; each part of the text takes out those that it shows.
@@ -133,8 +132,8 @@ void StatsWord::addTo(CLI::App& app, ChosenAction& chosen) {
 
 ExitCode StatsWord::run(Session& session) const {
   const Result<Stats> stats = readStats();
-  if (!stats.isLeft()) return session.failWith(stats.right());
-  (asJSON ? writeJSON : writeText)(session.out, stats.left());
+  if (!stats.ok()) return session.failWith(stats.error());
+  (asJSON ? writeJSON : writeText)(session.out, stats.value());
   return ExitCode::done;
 }
 

@@ -21,9 +21,9 @@ void StatusWord::addTo(CLI::App& app, ChosenAction& chosen) {
 
 ExitCode StatusWord::run(Session& session) const {
   const auto user = UserPreferences::open();
-  if (!user.isLeft()) return session.failWith(user.right());
+  if (!user.ok()) return session.failWith(user.error());
   Status status;
-  status.donationsEnabled = user.left()->preferences().isDonationsEnabled();
+  status.donationsEnabled = user.value()->preferences().isDonationsEnabled();
   const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
       [&](DonationsReply reply) { session.agent.meCardDonations(std::move(reply)); });
   status.error = error;

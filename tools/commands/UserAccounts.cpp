@@ -9,9 +9,9 @@ namespace quenlet {
 Result<std::unique_ptr<UserAccounts>> UserAccounts::open() {
   using Opened = Result<std::unique_ptr<UserAccounts>>;
   const auto home = UserDirectories::homeDirectory();
-  if (!home.isLeft()) return Opened::right(home.right());
-  return Opened::left(std::unique_ptr<UserAccounts>(
-      new UserAccounts(home.left(), std::make_shared<PosixDataProxy>())));
+  if (!home.ok()) return Opened::failure(home.error());
+  return Opened::success(std::unique_ptr<UserAccounts>(
+      new UserAccounts(home.value(), std::make_shared<PosixDataProxy>())));
 }
 
 UserAccounts::UserAccounts(const std::filesystem::path& home,

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "platform/accounts/PropertyListAccountStore.h"
-#include "platform/foundation/Either.h"
+#include "quenlet/Result.h"
 #include "tools/commands/AccountCatchUp.h"
 
 namespace quenlet {

@@ -11,11 +11,11 @@ namespace quenlet {
 Result<std::unique_ptr<UserPreferences>> UserPreferences::open() {
   using Opened = Result<std::unique_ptr<UserPreferences>>;
   const auto home = UserDirectories::homeDirectory();
-  if (!home.isLeft()) return Opened::right(home.right());
+  if (!home.ok()) return Opened::failure(home.error());
   const auto runtime = UserDirectories::runtimeDirectory();
-  if (!runtime.isLeft()) return Opened::right(runtime.right());
-  return Opened::left(
-      std::unique_ptr<UserPreferences>(new UserPreferences(home.left(), runtime.left())));
+  if (!runtime.ok()) return Opened::failure(runtime.error());
+  return Opened::success(
+      std::unique_ptr<UserPreferences>(new UserPreferences(home.value(), runtime.value())));
 }
 
 UserPreferences::UserPreferences(const std::filesystem::path& home,

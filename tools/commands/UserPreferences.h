@@ -3,9 +3,9 @@
 #include <filesystem>
 #include <memory>
 
-#include "platform/foundation/Either.h"
 #include "platform/preferences/DonationPreferences.h"
 #include "platform/scheduling/EventLoop.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 

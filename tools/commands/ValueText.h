@@ -5,7 +5,7 @@
 
 #include "model/DonationValue.h"
 #include "platform/contacts/PersonNameComponents.h"
-#include "platform/foundation/Date.h"
+#include "quenlet/Date.h"
 
 // Donated values as one-line texts for people; not made safe for a terminal. Pure functions.
 namespace quenlet {

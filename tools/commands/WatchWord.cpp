@@ -24,10 +24,10 @@ bool hasReader() {
 ExitCode watch(Session& session) {
   RunLoop runLoop;
   const auto runtime = UserDirectories::runtimeDirectory();
-  if (!runtime.isLeft()) return session.failWith(runtime.right());
-  const auto path = runtime.left() / "quenlet/notifications";
-  if (const auto directory = NotificationDirectory::open(path); !directory.isLeft()) {
-    return session.failWith(directory.right());
+  if (!runtime.ok()) return session.failWith(runtime.error());
+  const auto path = runtime.value() / "quenlet/notifications";
+  if (const auto directory = NotificationDirectory::open(path); !directory.ok()) {
+    return session.failWith(directory.error());
   }
   SocketNotificationCenter center(runLoop.eventLoop(), path);
   const auto token = center.addObserver(MeCardValuesDidChangeNotification, [&] {

@@ -33,14 +33,14 @@ TEST(MaintenanceServiceTest, AnswersEveryProcessFromItsStartToItsEnd) {
   testing::internal::CaptureStderr();
   {
     MaintenanceService service;
-    EXPECT_FALSE(connect().isLeft()) << "it is not started";
+    EXPECT_FALSE(connect().ok()) << "it is not started";
     ASSERT_EQ(service.start(), nullptr);
-    EXPECT_EQ(connect().left()->callSynchronously(MaintenanceSelector::extensionIdentifiers, {}),
-              Result<std::string>::left(
+    EXPECT_EQ(connect().value()->callSynchronously(MaintenanceSelector::extensionIdentifiers, {}),
+              Result<std::string>::success(
                   WireEncoder().list(2).string("hello").string("world").null().bytes()));
     EXPECT_NE(MaintenanceService().start(), nullptr) << "the name is taken";
   }
-  EXPECT_FALSE(connect().isLeft());
+  EXPECT_FALSE(connect().ok());
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
               testing::ContainsRegex(
                   "WillStart.*DidStart.*acceptingConnection.*WillStart.*WillStop.*WillStop"));

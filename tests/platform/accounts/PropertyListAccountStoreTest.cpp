@@ -27,8 +27,8 @@ class PropertyListAccountStoreTest : public testing::Test {
   std::string identifiers() const {
     std::string all;
     const auto accounts = store()->accounts();
-    if (!accounts.isLeft()) return "error";
-    for (const AccountPtr& account : accounts.left()) all += account->identifier + " ";
+    if (!accounts.ok()) return "error";
+    for (const AccountPtr& account : accounts.value()) all += account->identifier + " ";
     return all;
   }
   std::string complaints() const {
@@ -87,7 +87,7 @@ TEST_F(PropertyListAccountStoreTest, KeepsWhatItDoesNotKnowAndSavesNothingThatCa
   account.accountType.reset();
   EXPECT_EQ(store()->save(account), nullptr);
   const auto reader = store();
-  const AccountPtr read = reader->accountWithIdentifier(account.identifier).left();
+  const AccountPtr read = reader->accountWithIdentifier(account.identifier).value();
   EXPECT_EQ(*read, account);
   EXPECT_EQ(read->accountStore.lock(), reader);
   EXPECT_NE(files.read("Accounts/" + name).find("<key>note</key>"), std::string::npos);
@@ -107,7 +107,7 @@ TEST_F(PropertyListAccountStoreTest, TakesOnlyIdentifiersThatCanBeFileNames) {
     const auto unusable = static_cast<std::int64_t>(AccountErrorCode::unusableIdentifier);
     EXPECT_EQ(codeOf(store()->save(Account{.identifier = bad})), unusable) << bad;
     EXPECT_EQ(codeOf(store()->remove(bad)), unusable) << bad;
-    EXPECT_EQ(codeOf(store()->accountWithIdentifier(bad).right()), unusable) << bad;
+    EXPECT_EQ(codeOf(store()->accountWithIdentifier(bad).error()), unusable) << bad;
   }
   EXPECT_NE(store()->save(Account{.identifier = std::string(201, 'a')}), nullptr);
   EXPECT_EQ(store()->save(Account{.identifier = std::string(200, 'a')}), nullptr);
@@ -115,8 +115,8 @@ TEST_F(PropertyListAccountStoreTest, TakesOnlyIdentifiersThatCanBeFileNames) {
 
 TEST_F(PropertyListAccountStoreTest, LocksOthersOutWhileTheLockLasts) {
   const auto held = store()->lock();
-  ASSERT_TRUE(held.isLeft()) << "which makes the directory";
-  EXPECT_FALSE(LockFile::tryLock(files / "Accounts/.lock").isLeft());
+  ASSERT_TRUE(held.ok()) << "which makes the directory";
+  EXPECT_FALSE(LockFile::tryLock(files / "Accounts/.lock").ok());
   EXPECT_EQ(identifiers() + complaints(), "") << "the lock is not an account";
 }
 

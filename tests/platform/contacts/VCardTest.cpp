@@ -303,8 +303,8 @@ TEST(VCardContactStoreTest, FillsOnlyTheFieldsAskedForAndRefusesOtherFilesWithou
   VCardContactStore store{path};
   const auto fetched = [&](const std::vector<Key>& keys) {
     const auto contact = store._crossPlatformUnifiedMeContactWithKeysToFetch(keys);
-    return contact.isLeft() ? described({.contact = *contact.left()})
-                            : contact.right()->description().substr(0, 29);
+    return contact.ok() ? described({.contact = *contact.value()})
+                        : contact.error()->description().substr(0, 29);
   };
   // What follows the first card does not matter.
   writeFile(path, card("N:F;G;M;P;S\nEMAIL:a@example.com\nTEL:112\nADR;CC=de:;\nPHOTO:data:,x") +
@@ -315,7 +315,7 @@ TEST(VCardContactStoreTest, FillsOnlyTheFieldsAskedForAndRefusesOtherFilesWithou
             "||||S| T(:112) A(:|||||||de)");
   writeFile(path, card("FN:Other", "5.0") + card("FN:Next"));
   EXPECT_EQ(fetched({Key::givenName}), "ovaro.quenlet.contact-error 3") << "the next is not theirs";
-  EXPECT_EQ(parseFirstVCard(card("TEL:?\nPHOTO;b:?"), {Key::givenName}).left().skippedEntries, 0U)
+  EXPECT_EQ(parseFirstVCard(card("TEL:?\nPHOTO;b:?"), {Key::givenName}).value().skippedEntries, 0U)
       << "a photo is not decoded to learn a name";
   std::filesystem::resize_file(path, std::uintmax_t{1} << 40);
   EXPECT_EQ(fetched({}), "ovaro.quenlet.contact-error 2") << "a file of a tebibyte";

@@ -81,7 +81,7 @@ TEST_F(ExtensionCatalogTest, BecomesTheHostsDonors) {
   EXPECT_EQ(notes.size(), 0U);
   write("home/extensions", "a file");
   EXPECT_EQ(discover().size(), 2U);
-  EXPECT_EQ(nameOf(*catalog.read()->manifest("org.own").right()), "!7");
+  EXPECT_EQ(nameOf(*catalog.read()->manifest("org.own").error()), "!7");
 }
 
 }  // namespace

@@ -73,9 +73,8 @@ class HostFixture : public testing::Test {
     host->makeLoader(agent)->donorWithIdentifier(bundle).onCompletion(
         [&](const Result<DonorObjectPtr>& outcome) { loaded = outcome; });
     runUntil([&] { return loaded.has_value(); });
-    if (loaded && loaded->isLeft())
-      return std::dynamic_pointer_cast<DonorExtension>(loaded->left());
-    if (loaded) notes.push_back(nameOf(*(lastError = loaded->right())));
+    if (loaded && loaded->ok()) return std::dynamic_pointer_cast<DonorExtension>(loaded->value());
+    if (loaded) notes.push_back(nameOf(*(lastError = loaded->error())));
     return nullptr;
   }
   std::vector<DonorPtr> discover() {

@@ -193,7 +193,7 @@ TEST_F(PropertyListFeedbackStoreTest, ReadsAgainLaterWhatTheSystemCouldNotRead) 
 
 TEST_F(PropertyListFeedbackStoreTest, RejectsNothingWhileAnotherProgramHoldsTheLock) {
   EXPECT_EQ(reject({ann})->error, nullptr);
-  const auto lock = LockFile::tryLock(file.string() + ".lock").left();
+  const auto lock = LockFile::tryLock(file.string() + ".lock").value();
   const auto before = std::chrono::steady_clock::now();
   const ErrorPtr error = reject({bob})->error;
   EXPECT_TRUE(knows(ann) && !knows(bob));

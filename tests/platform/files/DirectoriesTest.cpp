@@ -83,7 +83,7 @@ class UserDirectoriesTest : public testing::Test {
   static void set(const char* name, const std::string& value) { ::setenv(name, value.c_str(), 1); }
   static std::int64_t failure() {
     const auto found = UserDirectories::runtimeDirectory();
-    return found.isLeft() ? 0 : found.right()->code();
+    return found.ok() ? 0 : found.error()->code();
   }
 
   const TemporaryDirectory root;
@@ -91,12 +91,12 @@ class UserDirectoriesTest : public testing::Test {
 
 TEST_F(UserDirectoriesTest, ExpandsTheTildeAndTakesAbsolutePathsAlone) {
   set("HOME", "/home of/ann");
-  EXPECT_EQ(UserDirectories::expandTilde("~").left(), "/home of/ann");
-  EXPECT_EQ(UserDirectories::expandTilde("~/Library/x").left(), "/home of/ann/Library/x");
-  EXPECT_EQ(UserDirectories::expandTilde("~bob/x").left(), "~bob/x");
+  EXPECT_EQ(UserDirectories::expandTilde("~").value(), "/home of/ann");
+  EXPECT_EQ(UserDirectories::expandTilde("~/Library/x").value(), "/home of/ann/Library/x");
+  EXPECT_EQ(UserDirectories::expandTilde("~bob/x").value(), "~bob/x");
   for (const char* useless : {"", "relative"}) {
     set("HOME", useless);
-    EXPECT_TRUE(UserDirectories::homeDirectory().left().is_absolute());
+    EXPECT_TRUE(UserDirectories::homeDirectory().value().is_absolute());
   }
   set("XDG_CONFIG_HOME", "relative");
   EXPECT_EQ(UserDirectories::chosenConfigurationDirectory(), std::nullopt);
@@ -106,10 +106,10 @@ TEST_F(UserDirectoriesTest, AcceptsOnlyAPrivateRuntimeDirectoryAndMakesItWhenMis
   set("TMPDIR", root.path());
   ::unsetenv("XDG_RUNTIME_DIR");
   const auto own = root / ("quenlet-" + std::to_string(::getuid()));
-  EXPECT_EQ(UserDirectories::runtimeDirectory().left(), own);
+  EXPECT_EQ(UserDirectories::runtimeDirectory().value(), own);
   EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms(0700));
   set("XDG_RUNTIME_DIR", root / "run");
-  EXPECT_EQ(UserDirectories::runtimeDirectory().left(), root / "run");
+  EXPECT_EQ(UserDirectories::runtimeDirectory().value(), root / "run");
   std::filesystem::permissions(root / "run", std::filesystem::perms(0710));
   EXPECT_EQ(failure(), EACCES);
   std::filesystem::create_directory_symlink(own, root / "link");
@@ -122,17 +122,17 @@ TEST_F(UserDirectoriesTest, AcceptsOnlyAPrivateRuntimeDirectoryAndMakesItWhenMis
 TEST(LockFileTest, ExcludesOthersUntilItGoesAndFollowsNoLink) {
   const TemporaryDirectory home;
   auto first = LockFile::tryLock(home / "lock");
-  ASSERT_TRUE(first.isLeft());
-  const ErrorPtr held = LockFile::lock(home / "lock", std::chrono::milliseconds(1)).right();
+  ASSERT_TRUE(first.ok());
+  const ErrorPtr held = LockFile::lock(home / "lock", std::chrono::milliseconds(1)).error();
   EXPECT_EQ(held->code(), EWOULDBLOCK);
   EXPECT_TRUE(held->debugDescription().starts_with("lock lock, held by process " +
                                                    std::to_string(::getpid()) + " ("))
       << held->debugDescription();
-  std::move(first).takeLeft().reset();
-  EXPECT_TRUE(LockFile::lock(home / "lock").isLeft());
+  std::move(first).takeValue().reset();
+  EXPECT_TRUE(LockFile::lock(home / "lock").ok());
   std::filesystem::create_symlink("lock", home / "link");
-  EXPECT_EQ(LockFile::tryLock(home / "link").right()->code(), ELOOP);
-  EXPECT_EQ(LockFile::tryLock(home / "missing/lock").right()->code(), ENOENT);
+  EXPECT_EQ(LockFile::tryLock(home / "link").error()->code(), ELOOP);
+  EXPECT_EQ(LockFile::tryLock(home / "missing/lock").error()->code(), ENOENT);
 }
 
 }  // namespace

@@ -24,11 +24,11 @@ class PosixDataProxyTest : public testing::Test {
   }
   ErrorPtr write(const std::string& name, const std::string& data) {
     const Result<bool> outcome = startWrite(name, data).result();
-    return outcome.isLeft() ? nullptr : outcome.right();
+    return outcome.ok() ? nullptr : outcome.error();
   }
   std::int64_t readFailure(const std::string& name) {
     const auto outcome = proxy->dataWithContentsOfURL(home / name).result();
-    return outcome.isLeft() ? 0 : outcome.right()->code();
+    return outcome.ok() ? 0 : outcome.error()->code();
   }
   mode_t mode(const std::string& name) {
     struct stat status {};
@@ -51,7 +51,7 @@ TEST_F(PosixDataProxyTest, ReadsBackWhatItWroteIntoPrivateDirectoriesAndFiles) {
   for (const std::string& content :
        {std::string("\0\xff", 2) + std::string(200000, 'x'), std::string()}) {
     EXPECT_EQ(write("a/b/file", content), nullptr);
-    EXPECT_EQ(proxy->dataWithContentsOfURL(home / "a/b/file").result().left(), content);
+    EXPECT_EQ(proxy->dataWithContentsOfURL(home / "a/b/file").result().value(), content);
   }
   EXPECT_TRUE(mode("a") == 0700 && mode("a/b") == 0700 && mode("a/b/file") == 0600);
 }
@@ -124,7 +124,7 @@ TEST_F(PosixDataProxyTest, SharesOneWriteBetweenAllThatWaitForTheSameFile) {
   writing.push_back(startWrite("other", "other"));
   EXPECT_EQ(holds, 3);
   release.count_down();
-  for (const auto& future : writing) EXPECT_TRUE(future.result().isLeft());
+  for (const auto& future : writing) EXPECT_TRUE(future.result().ok());
   EXPECT_EQ(operations.renames, 3);
   EXPECT_EQ(home.read("file"), "99");
   proxy.reset();

@@ -11,12 +11,12 @@
 #include <thread>
 
 #include "platform/foundation/Cancelable.h"
-#include "platform/foundation/Date.h"
 #include "platform/foundation/DetachedStreams.h"
 #include "platform/foundation/Future.h"
 #include "platform/foundation/JSONWriter.h"
 #include "platform/foundation/KeyedHash.h"
 #include "platform/foundation/Text.h"
+#include "quenlet/Date.h"
 
 namespace quenlet {
 namespace {
@@ -47,7 +47,7 @@ const ErrorPtr trouble = makeError("test", 7, "trouble");
 TEST(FutureTest, FirstCompletionCountsAndReachesEveryBlockOnce) {
   const Promise<int> promise;
   std::vector<int> seen;
-  const auto note = [&](const Result<int>& outcome) { seen.push_back(outcome.left()); };
+  const auto note = [&](const Result<int>& outcome) { seen.push_back(outcome.value()); };
   promise.future().onCompletion(note);
   promise.succeed(1);
   promise.succeed(2);
@@ -65,7 +65,7 @@ TEST(FutureTest, BlockMayDropTheLastOwners) {
     future->onCompletion([&](const Result<std::string>& outcome) {
       promise.reset();
       future.reset();
-      seen = outcome.left();
+      seen = outcome.value();
     });
     if (!completedBefore) promise->succeed("long enough to be on the heap");
     EXPECT_EQ(seen, "long enough to be on the heap");

@@ -36,19 +36,19 @@ PropertyList nested(int arrays, PropertyList innermost) {
 // The code of a failed outcome, 0 for a success. No error tells what it met.
 template <typename T>
 PropertyListErrorCode codeOf(const Result<T>& outcome) {
-  if (outcome.isLeft()) return {};
-  EXPECT_EQ(outcome.right()->domain(), PropertyListErrorDomain);
-  EXPECT_FALSE(outcome.right()->debugDescription().empty());
-  EXPECT_EQ(outcome.right()->description().find("secret"), std::string::npos);
-  return static_cast<PropertyListErrorCode>(outcome.right()->code());
+  if (outcome.ok()) return {};
+  EXPECT_EQ(outcome.error()->domain(), PropertyListErrorDomain);
+  EXPECT_FALSE(outcome.error()->debugDescription().empty());
+  EXPECT_EQ(outcome.error()->description().find("secret"), std::string::npos);
+  return static_cast<PropertyListErrorCode>(outcome.error()->code());
 }
 
 void expectReadAs(const PropertyList& object, const std::string& text) {
   const auto read = PropertyListSerializer::objectWithData(text);
-  ASSERT_TRUE(read.isLeft()) << read.right()->description() << '\n' << text;
-  EXPECT_TRUE(read.left() == object) << text;
-  EXPECT_EQ(PropertyListSerializer::dataWithObject(read.left()).left(),
-            PropertyListSerializer::dataWithObject(object).left());
+  ASSERT_TRUE(read.ok()) << read.error()->description() << '\n' << text;
+  EXPECT_TRUE(read.value() == object) << text;
+  EXPECT_EQ(PropertyListSerializer::dataWithObject(read.value()).value(),
+            PropertyListSerializer::dataWithObject(object).value());
 }
 
 TEST(PropertyListSerializerTest, ReadsBackWhatItWrites) {
@@ -67,7 +67,7 @@ TEST(PropertyListSerializerTest, ReadsBackWhatItWrites) {
       nested(limit - 1, {"deep"}),
       Dictionary{{"line ends\r", "\r\nCR LF\rCR\n"}}};
   for (const PropertyList& object : objects) {
-    expectReadAs(object, PropertyListSerializer::dataWithObject(object).left());
+    expectReadAs(object, PropertyListSerializer::dataWithObject(object).value());
   }
 }
 

@@ -41,7 +41,7 @@ class PeerIdentityTest : public testing::Test {
     const Result<PeerIdentity> peer = PeerIdentity::ofSocket(accepted.get());
     ::kill(child, SIGKILL);
     EXPECT_EQ(::waitpid(child, nullptr, 0), child);
-    return isRefused ? "refused" : peer.left().executable.value_or("nothing").string();
+    return isRefused ? "refused" : peer.value().executable.value_or("nothing").string();
   }
 
   TemporaryDirectory directory;

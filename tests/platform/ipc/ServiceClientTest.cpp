@@ -20,8 +20,8 @@ std::string text(std::string_view content) {
 }
 
 std::string outcome(const Result<std::string>& reply) {
-  if (!reply.isLeft()) return "!" + std::to_string(reply.right()->code());
-  return std::string(*WireReader(reply.left()).string());
+  if (!reply.ok()) return "!" + std::to_string(reply.error()->code());
+  return std::string(*WireReader(reply.value()).string());
 }
 
 // The service's socket has a path longer than a socket's address can be.
@@ -29,7 +29,7 @@ class ServiceClientTest : public EchoTest {
  protected:
   ServiceClientTest() : EchoTest(std::string(120, 'd')) {
     serve();
-    client = ServiceClient::connect("test.echo", EchoService::interface()).left();
+    client = ServiceClient::connect("test.echo", EchoService::interface()).value();
   }
   std::string call(const std::string& selector, const std::string& content) {
     return outcome(client->callSynchronously(selector, text(content)));
@@ -140,7 +140,7 @@ TEST_F(ServiceClientTest, WaitsNoLongerThanItsTimeLimitAndDropsWhatComesLater) {
   EXPECT_EQ(call("echo", "2"), "!11") << "while the other one reads";
   EXPECT_EQ(asynchronous.get(), "!11");
   const Result<std::string> late = client->callSynchronously("echo", text("3"));
-  EXPECT_EQ(late.right()->debugDescription(), "the service did not answer within 0.02 seconds");
+  EXPECT_EQ(late.error()->debugDescription(), "the service did not answer within 0.02 seconds");
   ASSERT_TRUE(peer.send(RawPeer::frame(FrameKind::partOfReply, 3, "\5")));
   for (const std::uint64_t identifier : {3, 1, 2, 4}) {
     ASSERT_TRUE(
@@ -158,15 +158,15 @@ TEST_F(ServiceClientTest, GivesAServiceUpThatTakesNothing) {
   EXPECT_EQ(call("echo", std::string(4 << 20, 'x')), "!11");
   EXPECT_TRUE(client->isBroken());
 
-  const auto address = ServiceAddress::forService("test.deaf").left();
+  const auto address = ServiceAddress::forService("test.deaf").value();
   const FileDescriptor listening(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   ASSERT_EQ(address.bind(listening.get()) + ::listen(listening.get(), 0), 0);
   const auto connect = [&] {
     return ServiceClient::connect("test.deaf", EchoService::interface(), limit);
   };
   const auto waiting = connect();
-  EXPECT_TRUE(waiting.isLeft());
-  EXPECT_EQ(connect().right()->code(), 11);
+  EXPECT_TRUE(waiting.ok());
+  EXPECT_EQ(connect().error()->code(), 11);
 }
 
 }  // namespace

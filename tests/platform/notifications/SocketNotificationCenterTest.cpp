@@ -43,7 +43,7 @@ class SocketNotificationCenterTest : public testing::Test {
   void runUntilHandled(SocketNotificationCenter& receiving) { runUntilHandled(receiving, center); }
 
   NotificationDirectory openDirectory() const {
-    return NotificationDirectory::open(directory).takeLeft();
+    return NotificationDirectory::open(directory).takeValue();
   }
   // Until what the center was given to post has gone out: to a receiver of its own, last of all.
   void waitUntilSent() {
@@ -55,7 +55,7 @@ class SocketNotificationCenterTest : public testing::Test {
   }
   // Sends to a socket until it takes no more; how much it took.
   int fillQueue(const std::string& socketName, const std::string& name) const {
-    const FileDescriptor socket = openDirectory().connectSocket(socketName).takeLeft();
+    const FileDescriptor socket = openDirectory().connectSocket(socketName).takeValue();
     int count = 0;
     while (::send(socket.get(), name.data(), name.size(), MSG_DONTWAIT) > 0) ++count;
     return count;
@@ -105,7 +105,7 @@ TEST_F(SocketNotificationCenterTest, IgnoresDatagramsThatAreNoNames) {
   observe(center, "caf\xe9", "not UTF-8");
 
   const NotificationDirectory opened = openDirectory();
-  const auto socket = opened.connectSocket(opened.socketNames().at(0)).takeLeft();
+  const auto socket = opened.connectSocket(opened.socketNames().at(0)).takeValue();
   for (const std::string& bytes :
        {longest + "n", longest + std::string(9000, 'n'), std::string(), std::string("caf\xe9")}) {
     EXPECT_EQ(::send(socket.get(), bytes.data(), bytes.size(), 0), ssize_t(bytes.size()));
@@ -126,7 +126,7 @@ TEST_F(SocketNotificationCenterTest, DescriptorsHoldUpNobodyBesideTheirReceiver)
   SystemCalls::hidePassRights = false;
   auto [own, other] = lingeringConnection();
   const NotificationDirectory opened = openDirectory();
-  const RawPeer sender(opened.connectSocket(opened.socketNames().at(0)).takeLeft());
+  const RawPeer sender(opened.connectSocket(opened.socketNames().at(0)).takeValue());
   ASSERT_TRUE(sender.pass(own.get()));
   own.reset();
   center.post("change");
@@ -172,7 +172,7 @@ TEST_F(SocketNotificationCenterTest, KeepsBacklogsForSomeReceiversOnly) {
   std::vector<FileDescriptor> deaf;
   for (int number = 0; number < 40; ++number) {
     const std::string name = "deaf" + std::to_string(number);
-    deaf.push_back(openDirectory().bindSocket(name).takeLeft());
+    deaf.push_back(openDirectory().bindSocket(name).takeValue());
     fillQueue(name, "often");
   }
   center.post("change");

@@ -133,7 +133,7 @@ TEST_F(PropertyListUserDefaultsTest, LeavesAFileThatIsDamagedOrAtWorkAsItIs) {
   EXPECT_EQ(defaults.setObject(Date(1), "a")->domain(), PropertyListErrorDomain);
   EXPECT_EQ(readFile(file), damage);
   EXPECT_EQ(damagedCopy(), "");
-  const auto lock = LockFile::tryLock(file.string() + ".lock").left();
+  const auto lock = LockFile::tryLock(file.string() + ".lock").value();
   EXPECT_EQ(defaults.setObject(Date(1), "a")->code(), EWOULDBLOCK);
 }
 

@@ -46,8 +46,8 @@ class CommandLineTest : public testing::Test {
   }
   // The account in the store; one without identifier when it cannot be read.
   static Account stored(const std::string& identifier) {
-    const auto account = UserAccounts::open().left()->store().accountWithIdentifier(identifier);
-    return account.isLeft() ? *account.left() : Account();
+    const auto account = UserAccounts::open().value()->store().accountWithIdentifier(identifier);
+    return account.ok() ? *account.value() : Account();
   }
 
   const TemporaryDirectory home;
@@ -275,8 +275,8 @@ TEST_F(CommandLineTest, HasTheNextAgentReadAllAccountsOnceNoneRuns) {
   EXPECT_EQ(run("account change --id w --type refused"), 1);
   EXPECT_THAT(err.str(), testing::EndsWith("\nquenlet: domain 7: a sentence\n"));
   EXPECT_EQ(stored("w").accountType->identifier, "refused");
-  const auto accounts = std::move(UserAccounts::open()).takeLeft();
-  auto lock = LockFile::tryLock((home / versions).parent_path() / "agent.lock").left();
+  const auto accounts = std::move(UserAccounts::open()).takeValue();
+  auto lock = LockFile::tryLock((home / versions).parent_path() / "agent.lock").value();
   EXPECT_EQ(accounts->catchUp().schedule()->code(), EWOULDBLOCK);
   EXPECT_EQ(home.read(versions), before) << "an agent keeps it";
   lock.reset();
@@ -291,7 +291,7 @@ TEST_F(CommandLineTest, HasTheNextAgentReadAllAccountsOnceNoneRuns) {
 // It holds its files before it can be reached, and after.
 TEST_F(CommandLineTest, GivesAStartingAgentTenSecondsToHearOfAnAccount) {
   home.write(versions, "");
-  const auto lock = LockFile::tryLock((home / versions).parent_path() / "agent.lock").left();
+  const auto lock = LockFile::tryLock((home / versions).parent_path() / "agent.lock").value();
   for (const int start : {3, 1000}) {
     agent.setError(makeServiceError(ServiceErrorCode::noService, "nobody"));
     std::chrono::milliseconds waited(0);
