@@ -2,8 +2,8 @@
 
 #include <memory>
 
-#include "core/BundleLimit.h"
 #include "core/Corvel.h"
+#include "storage/BundleLimit.h"
 
 namespace quenlet {
 

@@ -1,18 +1,17 @@
-// The store: restores, changes and saves the table, and rebuilds the donated me card from it.
-
 #include "core/Corvel.h"
 
-#include <algorithm>
-
-#include "mecard/ContactRebuilder.h"
+#include "core/AccountsDonationSolicitor.h"
 #include "model/DonationError.h"
 #include "platform/PlatformServices.h"
 #include "platform/foundation/FreedMemory.h"
-#include "platform/foundation/ProblemReporter.h"
+#include "protocol/CorvelInterface.h"
+#include "sources/sim/SIMCardDonationSolicitor.h"
 #include "storage/DonationPersistence.h"
 
 namespace quenlet {
 namespace {
+
+using WhileUndetermined = FeatureSwitch::WhileUndetermined;
 
 double secondsUntilExpiration(const DonationValue& value) {
   return value.expirationDate().timeIntervalSince(PlatformServices::current().now());
@@ -24,33 +23,6 @@ std::shared_ptr<DonationPersistenceProtocol> persistenceOrDefault(
   return std::make_shared<DonationPersistence>(environment.dataProxy());
 }
 
-// Held by each pending step of a change, so that an orderly exit waits for it.
-std::shared_ptr<ProcessTransaction> beginChange() {
-  return PlatformServices::current().makeProcessTransaction("ovaro.quenlet-agent.change");
-}
-
-template <typename List>
-DonationValues valuesSatisfying(const List& values,
-                                const std::function<bool(const DonationValue&)>& predicate) {
-  DonationValues selected;
-  for (const DonationValuePtr& value : values) {
-    if (predicate(*value)) selected.push_back(value);
-  }
-  return selected;
-}
-
-struct IsEmptyChange final {
-  bool operator()(const Corvel::InsertOrModifyValues& change) const {
-    return change.values.empty();
-  }
-  bool operator()(const Corvel::RemoveValuesWithIdentifiers& change) const {
-    return change.identifiers.empty();
-  }
-  bool operator()(const Corvel::RemoveValuesWithBundleIdentifier& change) const {
-    return change.bundleIdentifier.empty();
-  }
-};
-
 }  // namespace
 
 Corvel::Corvel(std::shared_ptr<AgentEnvironmentProtocol> agentEnvironment,
@@ -60,196 +32,270 @@ Corvel::Corvel(std::shared_ptr<AgentEnvironmentProtocol> agentEnvironment,
       readyForRenewal([](const DonationValue& value) {
         return secondsUntilExpiration(value) < renewalDeadline;
       }),
-      contact(std::make_shared<const Contact>()),
       environment(std::move(agentEnvironment)),
       schedulerProvider(environment->schedulerProvider()),
-      distributedNotificationCenter(environment->distributedNotificationCenter()),
-      preferencesMonitor(std::make_shared<DonationPreferencesMonitor>(
-          environment->donationPreferences(), distributedNotificationCenter, schedulerProvider)),
-      persistence(persistenceOrDefault(std::move(givenPersistence), *environment)),
-      feedbackStore(environment->feedbackStore()),
-      stateScheduler(
-          schedulerProvider->newReaderWriterSchedulerWithName("ovaro.quenlet.agent.state")),
-      diskScheduler(schedulerProvider->newSerialSchedulerWithName("ovaro.quenlet.agent.io")),
       replyScheduler(schedulerProvider->backgroundScheduler()),
-      curatedInfoProvider(std::move(infoProvider)),
       logger(environment->logger()),
-      accountLogger(PlatformServices::current().defaultLoggerProvider()->accountLogger()),
-      internalBundleIdentifiers{AccountsBundleIdentifier, SIMCardBundleIdentifier} {}
-
-void Corvel::submitWriterBlock(std::function<void(Corvel&)> block) {
-  stateScheduler->performWriterBlock([self = shared_from_this(), block = std::move(block),
-                                      transaction = beginChange()] { block(*self); });
-}
+      curatedInfoProvider(std::move(infoProvider)),
+      preferencesMonitor(std::make_shared<DonationPreferencesMonitor>(
+          environment->donationPreferences(), environment->distributedNotificationCenter(),
+          schedulerProvider)),
+      persistence(persistenceOrDefault(std::move(givenPersistence), *environment)),
+      store(std::make_shared<DonationStore>(*environment, persistence, curatedInfoProvider)),
+      versions(std::make_shared<SourceVersions>(persistence, logger)),
+      rejections(std::make_shared<Rejections>(*environment, store)),
+      renewal(std::make_shared<Renewal>(logger, store)),
+      discovery(logger),
+      accounts(store, versions,
+               PlatformServices::current().defaultLoggerProvider()->accountLogger()),
+      feature(logger) {}
 
 void Corvel::restorePersistedState() {
-  feedbackStore->setChangeHandler([weakSelf = weak_from_this()] {
-    if (const auto self = weakSelf.lock()) {
-      self->submitWriterBlock([](Corvel& agent) { agent.dropConfirmedOrRejected(); });
-    }
-  });
-  submitWriterBlock([](Corvel& agent) { agent.restore(); });
+  store->followFeedback();
+  store->submitWriterBlock(
+      [self = shared_from_this()](DonationStore& donations) { self->restore(donations); });
 }
 
-void Corvel::restore() {
+void Corvel::restore(DonationStore& donations) {
   logger->beginRestorePersistedState();
-  if (!restoreTable()) return;
-  rebuildMeCard();
+  const std::optional<DonationValues> restored = donations.restore(notYetExpired);
+  if (!restored) return;
+  // Includes values that have expired: their donors may still stand for them.
+  renewWithDonations(valuesWhere(*restored, readyForRenewal));
+  donations.rebuildCard();
   // The file's bytes and all temporaries have been freed by now.
   returnFreedMemory();
   logger->endRestorePersistedState();
 }
 
-bool Corvel::restoreTable() {
-  const Future<DonationValues> load = persistence->loadDonations();
-  const Result<DonationValues>& loaded = load.result();
-  if (!loaded.ok()) return false;
-  keepStoredIfMostExpired(loaded.value());
-  const DonationValues candidates = valuesSatisfying(
-      loaded.value(), [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
-  DonationTable restored;
-  restored.insertAll(valuesSatisfying(candidates, notYetExpired));
-  donations = std::move(restored);
-  // Includes values that have expired: their donors may still stand for them.
-  renewWithDonations(valuesSatisfying(candidates, readyForRenewal));
-  return true;
-}
-
-// Under a clock that is far ahead, good values look expired, and the next save would lose them.
-void Corvel::keepStoredIfMostExpired(const DonationValues& loaded) {
-  constexpr std::size_t handful = 5;
-  const std::size_t expired = loaded.size() - valuesSatisfying(loaded, notYetExpired).size();
-  if (expired < handful || expired <= loaded.size() / 2) return;
-  persistence->keepStoredDonations();
-  ProblemReporter("donations")
-      .setProblem(makeError(
-          DonationErrorDomain, 0,
-          std::to_string(expired) + " of " + std::to_string(loaded.size()) +
-              " have expired by this machine's clock; their file stays beside the next one"));
-}
-
-void Corvel::rebuildMeCard() {
-  ContactRebuilder rebuilder(donations.snapshot(), curatedInfoProvider->curatedName(),
-                             curatedInfoProvider->curatedEmailAddresses());
-  contact = std::make_shared<const Contact>(rebuilder.buildNewContact());
-}
-
-bool Corvel::isConfirmedOrRejected(const DonationValue& value) const {
-  return feedbackStore->donatedValueHasBeenConfirmedOrRejected(value, MeCardContactIdentifier);
-}
-
-void Corvel::dropConfirmedOrRejected() {
-  const std::size_t before = donations.snapshot()->size();
-  donations.removeIf([this](const DonationValue& value) { return isConfirmedOrRejected(value); });
-  // No caller waits for this save. Should it fail, the next start drops the values again.
-  if (donations.snapshot()->size() != before) commitTable([](const SaveResponse&) {});
-}
-
-void Corvel::submitChange(ChangeType change, SaveReply saveReply, ChangeLimit within) {
-  submitWriterBlock([change = std::move(change), saveReply = std::move(saveReply),
-                     within = std::move(within)](Corvel& agent) mutable {
-    // Only here is it certain which values the change will touch.
-    if (!within.limit || agent.isWithin(*within.limit, change)) {
-      return agent.applyChange(change, std::move(saveReply));
-    }
-    agent.replyScheduler->performBlock(
-        [refused = std::move(within.refused)] { refused(BundleLimit::refusal()); });
-  });
-}
-
-bool Corvel::isWithin(const BundleLimit& limit, const ChangeType& change) const {
-  const auto mayTouch = [&](const std::string& identifier) {
-    const DonationValuePtr held = donations.find(identifier);
-    return !held || limit.allows(*held);
-  };
-  if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
-    return std::all_of(insertion->values.begin(), insertion->values.end(), [&](const auto& value) {
-      return mayTouch(std::string(value->donationKey().text));
+void Corvel::start() {
+  startMonitoringPreferences();
+  curatedInfoProvider->startMonitoring(environment, [weakStore = std::weak_ptr(store)] {
+    const auto changed = weakStore.lock();
+    if (!changed) return;
+    changed->submitWriterBlock([](DonationStore& donations) {
+      donations.rebuildCard();
+      donations.postValuesDidChange();
     });
-  }
-  if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
-    return std::all_of(removal->identifiers.begin(), removal->identifiers.end(), mayTouch);
-  }
-  return limit.allows(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
+  });
 }
 
-void Corvel::changeTable(const std::function<void()>& step) {
-  // Cheap: rows are shared, so the copy holds just the index. The step throws when memory is short.
-  DonationTable formerTable(donations);
-  ContactPtr formerContact = contact;
-  try {
-    step();
-  } catch (...) {
-    donations = std::move(formerTable);
-    contact = std::move(formerContact);
-    throw;
-  }
+void Corvel::startMonitoringPreferences() {
+  preferencesMonitor->setOnSuppress([self = shared_from_this()](bool suppress) {
+    self->store->submitWriterBlock([self, suppress](DonationStore& donations) {
+      self->setFeatureEnabled(!suppress);
+      donations.postValuesDidChange();
+    });
+  });
+  preferencesMonitor->setOnEnable([self = shared_from_this()](bool enable) {
+    self->store->submitWriterBlock([self, enable](DonationStore&) {
+      if (enable) {
+        self->reenableDonations();
+      } else {
+        self->disableDonations();
+      }
+    });
+  });
+  preferencesMonitor->startMonitoring();
 }
 
-void Corvel::applyChange(const ChangeType& change, SaveReply saveReply) {
-  const auto replyAtOnce = [&](const SaveResponse& response) {
-    replyScheduler->performBlock(
-        [saveReply = std::move(saveReply), response] { saveReply(response); });
+void Corvel::stop() {
+  preferencesMonitor->stopMonitoring();
+  // The callbacks hold the agent, which holds the monitor.
+  preferencesMonitor->setOnSuppress(nullptr);
+  preferencesMonitor->setOnEnable(nullptr);
+}
+
+void Corvel::setFeatureEnabled(bool enabled) {
+  feature.applySuppression(!enabled, [this] { solicitDonations(); });
+}
+
+void Corvel::reenableDonations() {
+  feature.runEnableRoutine([this] { solicitDonations(); });
+}
+
+void Corvel::disableDonations() {
+  store->submitWriterBlock([log = logger](DonationStore& donations) {
+    donations.deleteAll();
+    log->featureDidDisable();
+  });
+}
+
+void Corvel::solicitDonations() {
+  const auto self = shared_from_this();
+  discovery.solicitDonations(self,
+                             {std::make_shared<AccountsDonationSolicitor>(self),
+                              std::make_shared<SIMCardDonationSolicitor>(self)},
+                             [this] { feature.solicitAgain(); });
+}
+
+void Corvel::discoverAllExtensions() {
+  if (feature.isDisabled()) return;
+  if (!versions->areLoaded()) loadExtensionVersions();
+  if (accounts.needsReload()) reloadAllAccounts();
+  Discovery::printExtensions(weak_from_this(), *schedulerProvider->mainThreadScheduler());
+}
+
+void Corvel::donateMeCardValues(DonationValues values, ErrorReply completionHandler) {
+  donateMeCardValuesWithin(nullptr, std::move(values), std::move(completionHandler));
+}
+
+void Corvel::donateMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit,
+                                      DonationValues values, ErrorReply completionHandler) {
+  const std::string requestName = CorvelSelector::donate;
+  logger->agentWillHandleRequest(requestName);
+  if (const ErrorPtr error = feature.refusal(requestName, WhileUndetermined::served)) {
+    completionHandler(error);
+    return;
+  }
+  logger->acceptingDonations(values);
+  ChangeLimit within{std::move(limit), [self = shared_from_this(), requestName,
+                                        completionHandler](const ErrorPtr& error) {
+                       completionHandler(error);
+                       self->logger->agentDidHandleRequest(requestName);
+                     }};
+  SaveReply saveReply = [self = shared_from_this(), values, requestName,
+                         reply = std::move(completionHandler)](const SaveResponse& response) {
+    reply(response.error());
+    // All values are offered, not only those near their end.
+    if (response.isSuccess()) self->renewWithDonations(values);
+    self->logger->agentDidHandleRequest(requestName);
+    self->renewal->renewPreExpired(values, self);
   };
-  // Nothing to save; the caller still expects its answer on the reply scheduler.
-  if (std::visit(IsEmptyChange{}, change)) return replyAtOnce(SaveResponse::success());
-  ErrorPtr refused;
-  changeTable([&] {
-    if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
-      refused = insert(insertion->values);
-      if (refused) return;
-    } else if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
-      donations.removeIdentifiers(removal->identifiers);
-    } else {
-      donations.removeBundle(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
-    }
-    rebuildMeCard();
-    save(std::move(saveReply));
-  });
-  if (refused) return replyAtOnce(SaveResponse::failure(refused));
-  postValuesDidChange();
+  store->submitChange(InsertOrModifyValues{std::move(values)}, std::move(saveReply),
+                      std::move(within));
 }
 
-ErrorPtr Corvel::insert(const DonationValues& values) {
-  const DonationValues accepted = valuesSatisfying(
-      values, [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
-  // Put in, they would fail this save and all later ones, whosever they are.
-  if (!donations.hasRoomFor(accepted, persistence->capacityInBytes())) {
-    return makeDonationError(DonationErrorCode::notSerializable,
-                             "with these values the donations are larger than their file may be");
+void Corvel::removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
+                                                     SuccessReply completionHandler) {
+  removeDonatedMeCardValuesWithin(nullptr, std::move(identifiers), std::move(completionHandler));
+}
+
+void Corvel::removeDonatedMeCardValuesWithin(std::shared_ptr<const BundleLimit> limit,
+                                             std::vector<std::string> identifiers,
+                                             SuccessReply completionHandler) {
+  removeValues(CorvelSelector::removeIdentifiers,
+               RemoveValuesWithIdentifiers{std::move(identifiers)}, std::move(completionHandler),
+               std::move(limit));
+}
+
+void Corvel::removeDonatedMeCardValuesWithBundleIdentifier(std::string bundleIdentifier,
+                                                           SuccessReply completionHandler) {
+  removeValues(CorvelSelector::removeBundle,
+               RemoveValuesWithBundleIdentifier{std::move(bundleIdentifier)},
+               std::move(completionHandler));
+}
+
+void Corvel::removeValues(const std::string& requestName, ChangeType change, SuccessReply reply,
+                          std::shared_ptr<const BundleLimit> limit) {
+  logger->agentWillHandleRequest(requestName);
+  if (const ErrorPtr error = feature.refusal(requestName, WhileUndetermined::served)) {
+    reply(false, error);
+    return;
   }
-  donations.insertAll(accepted);
-  return nullptr;
+  const auto finish = [self = shared_from_this(), requestName, reply = std::move(reply)](
+                          bool success, const ErrorPtr& error) {
+    reply(success, error);
+    self->logger->agentDidHandleRequest(requestName);
+  };
+  store->submitChange(
+      std::move(change),
+      [finish](const SaveResponse& response) { finish(response.isSuccess(), response.error()); },
+      {std::move(limit), [finish](const ErrorPtr& error) { finish(false, error); }});
 }
 
-void Corvel::commitTable(SaveReply saveReply) {
-  rebuildMeCard();
-  save(std::move(saveReply));
-  postValuesDidChange();
+void Corvel::fetchDonatedMeCard(ContactReply reply) {
+  getDonatedMeCardWithSel(CorvelSelector::fetch, replyScheduler,
+                          [reply = std::move(reply)](const Result<ContactPtr>& result) {
+                            if (result.ok()) {
+                              reply(result.value(), nullptr);
+                            } else {
+                              reply(nullptr, result.error());
+                            }
+                          });
 }
 
-void Corvel::save(SaveReply saveReply) {
-  hasUnsavedRemoval = false;
-  diskScheduler->performBlock([self = shared_from_this(), values = donations.snapshot(),
-                               saveReply = std::move(saveReply), transaction = beginChange()] {
-    self->persistence->storeWithAllValues(*values).onCompletion(
-        [self, saveReply, transaction](const Result<bool>& stored) {
-          const SaveResponse response =
-              stored.ok() ? SaveResponse::success() : SaveResponse::failure(stored.error());
-          self->replyScheduler->performBlock(
-              [saveReply, response, transaction] { saveReply(response); });
-        });
+void Corvel::synchronousDonatedMeCard(EitherContactReply reply) {
+  getDonatedMeCardWithSel(CorvelSelector::synchronousFetch, schedulerProvider->immediateScheduler(),
+                          reply);
+}
+
+void Corvel::getDonatedMeCardWithSel(const std::string& sel,
+                                     const std::shared_ptr<Scheduler>& refusalScheduler,
+                                     const EitherContactReply& reply) {
+  logger->agentWillHandleRequest(sel);
+  if (const ErrorPtr error = feature.refusal(sel, WhileUndetermined::refused)) {
+    refusalScheduler->performBlock([reply, error] { reply(Result<ContactPtr>::failure(error)); });
+  } else {
+    ContactPtr current;
+    lock()->performSynchronousReaderBlock([this, &current] { current = store->card(); });
+    reply(Result<ContactPtr>::success(std::move(current)));
+  }
+  logger->agentDidHandleRequest(sel);
+}
+
+void Corvel::meCardDonations(DonationsReply reply) {
+  const std::string requestName = CorvelSelector::list;
+  logger->agentWillHandleRequest(requestName);
+  if (const ErrorPtr error = feature.refusal(requestName, WhileUndetermined::refused)) {
+    reply(nullptr, error);
+    return;
+  }
+  lock()->performReaderBlock([self = shared_from_this(), requestName, reply = std::move(reply)] {
+    self->replyScheduler->performBlock(
+        [reply, values = self->store->list()] { reply(values, nullptr); });
+    self->logger->agentDidHandleRequest(requestName);
   });
 }
 
-void Corvel::postValuesDidChange() const {
-  distributedNotificationCenter->post(MeCardValuesDidChangeNotification);
+void Corvel::changeFromAccount(AccountPtr oldAccount, AccountPtr toAccount,
+                               ErrorReply completionHandler) {
+  accounts.logChange(oldAccount, toAccount);
+  if (feature.isDisabled()) {
+    logger->featureNotEnabled(CorvelSelector::changeAccount);
+    completionHandler(makeDonationError(DonationErrorCode::featureNotEnabled, ""));
+    return;
+  }
+  donateAccountChangesFrom(oldAccount, toAccount);
+  completionHandler(nullptr);
 }
+
+std::shared_ptr<CorvelProtocol> Corvel::accountReceiver() {
+  return accountDonationReceiver ? accountDonationReceiver : shared_from_this();
+}
+
+void Corvel::donateAccountChangesFrom(const AccountPtr& oldAccount, const AccountPtr& to) {
+  accounts.donateAccountChangesFrom(oldAccount, to, accountReceiver());
+}
+
+void Corvel::reloadAllAccounts() { accounts.reloadAllAccounts(accountReceiver()); }
 
 void Corvel::deleteDonationsWithBundleID(const std::string& bundleIdentifier) {
-  submitWriterBlock([bundleIdentifier](Corvel& agent) {
-    if (agent.donations.removeBundle(bundleIdentifier)) agent.hasUnsavedRemoval = true;
-  });
+  store->deleteDonationsWithBundleID(bundleIdentifier);
+}
+
+void Corvel::renewWithDonations(const DonationValues& values) {
+  renewal->renewWithDonations(values, weak_from_this());
+}
+
+void Corvel::discoverExtensionWithIdentifier(const std::string& bundleIdentifier) {
+  Renewal::discoverExtensionWithIdentifier(bundleIdentifier, weak_from_this());
+}
+
+void Corvel::rejectValueWithDonationIdentifier(std::string donationIdentifier,
+                                               ErrorReply completionHandler) {
+  rejections->rejectValueWithDonationIdentifier(std::move(donationIdentifier),
+                                                std::move(completionHandler));
+}
+
+void Corvel::rejectValuesWithClusterIdentifier(std::string clusterIdentifier,
+                                               ErrorReply completionHandler) {
+  rejections->rejectValuesWithClusterIdentifier(std::move(clusterIdentifier),
+                                                std::move(completionHandler));
+}
+
+void Corvel::removeAllRejectionsWithCompletionHandler(ErrorReply completionHandler) {
+  rejections->removeAllRejections(std::move(completionHandler));
 }
 
 }  // namespace quenlet

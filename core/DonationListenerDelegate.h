@@ -3,11 +3,11 @@
 #include <functional>
 #include <memory>
 
-#include "core/BundleLimit.h"
 #include "platform/AgentEnvironmentProtocol.h"
 #include "platform/ipc/ServiceListener.h"
 #include "protocol/CorvelProtocol.h"
 #include "protocol/EncodedDonations.h"
+#include "storage/BundleLimit.h"
 
 namespace quenlet {
 

@@ -12,8 +12,6 @@
 
 namespace quenlet {
 
-using ContactPtr = std::shared_ptr<const Contact>;
-
 using ErrorReply = std::function<void(ErrorPtr error)>;
 using SuccessReply = std::function<void(bool success, ErrorPtr error)>;
 // The contact or null, the error or null.

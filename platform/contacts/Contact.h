@@ -65,6 +65,8 @@ class Contact {
   KeptForms forms;
 };
 
+using ContactPtr = std::shared_ptr<const Contact>;
+
 // A contact under construction, by one thread at a time: `std::move(mutableContact).contact()` is
 // the finished one.
 class MutableContact final : public Contact {

@@ -1,4 +1,4 @@
-#include "core/BundleLimit.h"
+#include "storage/BundleLimit.h"
 
 #include "platform/foundation/Text.h"
 #include "platform/ipc/ServiceInterface.h"

@@ -1,9 +1,8 @@
-// Renewal: before a value expires, its donor is asked until when it holds. Nothing is kept between
-// two runs; a donor's answer is an ordinary change of the store, whenever it comes.
+#include "lifecycle/Renewal.h"
 
 #include <map>
+#include <set>
 
-#include "core/Corvel.h"
 #include "model/DonationError.h"
 #include "platform/PlatformServices.h"
 #include "platform/logging/StandardOutput.h"
@@ -12,6 +11,10 @@ namespace quenlet {
 namespace {
 
 constexpr double renewalDelaySeconds = 2.0;
+
+// The agent's own sources: their values are never sent for renewal.
+const std::set<std::string_view> internalBundleIdentifiers = {AccountsBundleIdentifier,
+                                                              SIMCardBundleIdentifier};
 
 // A value that no donor has donated, to see whether a donor answers at all.
 DonationValuePtr placeholderValue() {
@@ -26,28 +29,36 @@ void printRenewal(std::optional<Date> newExpirationDate, const ErrorPtr& error) 
 
 }  // namespace
 
-void Corvel::renewWithDonations(const DonationValues& values) {
-  DonationValues external;
-  for (const DonationValuePtr& value : values) {
-    if (!internalBundleIdentifiers.contains(std::string(value->bundleKey().text))) {
-      external.push_back(value);
-    }
-  }
+void Renewal::renewWithDonations(const DonationValues& values,
+                                 std::weak_ptr<CorvelProtocol> agent) {
+  DonationValues external = valuesWhere(values, [](const DonationValue& value) {
+    return !internalBundleIdentifiers.contains(value.bundleKey().text);
+  });
   if (external.empty()) return;
   static_cast<void>(
       PlatformServices::current().defaultSchedulerProvider()->backgroundScheduler()->afterDelay(
-          renewalDelaySeconds, [self = shared_from_this(), external = std::move(external)] {
-            self->askDonorsToRenew(external);
+          renewalDelaySeconds,
+          [self = shared_from_this(), external = std::move(external), agent = std::move(agent)] {
+            self->askDonorsToRenew(external, agent);
           }));
 }
 
-void Corvel::askDonorsToRenew(const DonationValues& values) {
+void Renewal::renewPreExpired(const DonationValues& values, std::weak_ptr<CorvelProtocol> agent) {
+  const Date now = PlatformServices::current().now();
+  const DonationValues expired = valuesWhere(
+      values, [now](const DonationValue& value) { return value.expirationDate() < now; });
+  if (expired.empty()) return;
+  logger->preExpiredDonations(expired);
+  renewWithDonations(expired, std::move(agent));
+}
+
+void Renewal::askDonorsToRenew(const DonationValues& values, std::weak_ptr<CorvelProtocol> agent) {
   std::map<std::string, DonationValues> groups;
   for (const DonationValuePtr& value : values) {
     // Grouped by canonical form; a donor is looked up by its identifier as donated.
     groups[std::string(value->bundleKey().text)].push_back(value);
   }
-  const auto loader = PlatformServices::current().makeDonorLoader(weak_from_this());
+  const auto loader = PlatformServices::current().makeDonorLoader(std::move(agent));
   for (const auto& [key, group] : groups) {
     const std::string& bundleIdentifier = group.front()->origin().bundleIdentifier;
     logger->willRenewValues(group, bundleIdentifier);
@@ -60,7 +71,7 @@ void Corvel::askDonorsToRenew(const DonationValues& values) {
   }
 }
 
-void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor) {
+void Renewal::askDonorToRenew(const DonationValues& values, const Result<DonorObjectPtr>& donor) {
   if (!donor.ok()) {
     logger->couldNotRenewBecauseLoadingError(donor.error());
     return;
@@ -79,9 +90,9 @@ void Corvel::askDonorToRenew(const DonationValues& values, const Result<DonorObj
   }
 }
 
-void Corvel::renewalAcknowledged(const DonationValuePtr& value,
-                                 std::optional<Date> newExpirationDate,
-                                 const ErrorPtr& donorError) {
+void Renewal::renewalAcknowledged(const DonationValuePtr& value,
+                                  std::optional<Date> newExpirationDate,
+                                  const ErrorPtr& donorError) {
   if (!newExpirationDate) {
     logger->couldNotRenewBecauseDonorError(
         donorError ? donorError
@@ -90,18 +101,19 @@ void Corvel::renewalAcknowledged(const DonationValuePtr& value,
     return;
   }
   logger->didRenewValue(value, *newExpirationDate);
-  const SaveReply nobodyWaits = [](const SaveResponse&) {};
   // An ordinary change: it may bring back a value that was deleted while the donor was asked.
   if (newExpirationDate->timeIntervalSince(PlatformServices::current().now()) <= 0) {
-    submitChange(RemoveValuesWithIdentifiers{{value->origin().donationIdentifier}}, nobodyWaits);
+    store->submitChange(RemoveValuesWithIdentifiers{{value->origin().donationIdentifier}},
+                        nobodyWaits);
   } else {
-    submitChange(InsertOrModifyValues{{value->copyWithNewExpirationDate(*newExpirationDate)}},
-                 nobodyWaits);
+    store->submitChange(
+        InsertOrModifyValues{{value->copyWithNewExpirationDate(*newExpirationDate)}}, nobodyWaits);
   }
 }
 
-void Corvel::discoverExtensionWithIdentifier(const std::string& bundleIdentifier) {
-  const auto loader = PlatformServices::current().makeDonorLoader(weak_from_this());
+void Renewal::discoverExtensionWithIdentifier(const std::string& bundleIdentifier,
+                                              std::weak_ptr<CorvelProtocol> agent) {
+  const auto loader = PlatformServices::current().makeDonorLoader(std::move(agent));
   loader->donorWithIdentifier(bundleIdentifier)
       .onCompletion([loader](const Result<DonorObjectPtr>& donor) {
         if (!donor.ok()) {

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "core/FeatureState.h"
+#include "quenlet/Error.h"
+#include "platform/logging/AgentLogger.h"
+
+namespace quenlet {
+
+// Decides whether requests are served, by the donations-enabled preference.
+class FeatureSwitch final {
+ public:
+  // Whether a request is served before the preference has been read.
+  enum class WhileUndetermined { served, refused };
+
+  explicit FeatureSwitch(std::shared_ptr<AgentLogger> agentLogger)
+      : logger(std::move(agentLogger)) {}
+
+  // Any thread.
+
+  [[nodiscard]] bool isDisabled() const { return state == FeatureState::disabled; }
+  [[nodiscard]] bool isEnabled() const;
+  // The error for a request that the state refuses, logged; null when it may pass.
+  [[nodiscard]] ErrorPtr refusal(const std::string& requestName,
+                                 WhileUndetermined undetermined) const;
+
+  // In writer blocks of the state scheduler only. `solicit` asks all sources for their values.
+
+  // Follows the preference: off or on. Coming on after it was off runs the enable routine.
+  void applySuppression(bool suppress, const std::function<void()>& solicit);
+  // Asks the sources if they have not been asked since donations came on.
+  void runEnableRoutine(const std::function<void()>& solicit);
+  // The next enable routine asks the sources again.
+  void solicitAgain() { state = FeatureState::newlyEnabled; }
+
+ private:
+  const std::shared_ptr<AgentLogger> logger;
+  std::atomic<FeatureState> state = FeatureState::undetermined;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,62 @@
+#include "lifecycle/Discovery.h"
+
+#include "lifecycle/ExtensionDonationSolicitor.h"
+#include "platform/PlatformServices.h"
+#include "platform/logging/StandardOutput.h"
+
+namespace quenlet {
+namespace {
+
+constexpr double discoverySeconds = 10000.0;
+
+}  // namespace
+
+void Discovery::solicitDonations(std::weak_ptr<CorvelProtocol> agent, const Solicitors& others,
+                                 const std::function<void()>& failed) const {
+  Solicitors solicitors;
+  logger->willDiscoverExtensions();
+  // Everything is emitted before subscribe() returns: donations cannot be disabled in between, and
+  // the subscription needs no cancelling.
+  static_cast<void>(
+      PlatformServices::current()
+          .currentExtensionsObservable(std::move(agent))
+          ->subscribe(Observer<DonorObjectPtr>::observerWithResultBlock(
+              [this, &solicitors](const DonorObjectPtr& object) {
+                if (auto extension = std::dynamic_pointer_cast<DonorExtension>(object)) {
+                  solicitors.push_back(
+                      std::make_shared<ExtensionDonationSolicitor>(std::move(extension)));
+                } else {
+                  logger->didDiscoverUnexpectedExtensionType(object->description());
+                }
+              },
+              [this] { logger->didDiscoverExtensions(); },
+              [this, &failed](const ErrorPtr& error) {
+                failed();
+                logger->didFailToDiscoverExtensions(error);
+              })));
+  solicitors.insert(solicitors.end(), others.begin(), others.end());
+  for (const auto& solicitor : solicitors) {
+    solicitor->runWithReason(DonationSolicitor::donationsEnabledReason);
+  }
+}
+
+void Discovery::printExtensions(std::weak_ptr<CorvelProtocol> agent,
+                                Scheduler& mainThreadScheduler) {
+  printLine("Discovering all extensions");
+  const auto subscription = PlatformServices::current()
+                                .currentExtensionsObservable(std::move(agent))
+                                ->subscribe(Observer<DonorObjectPtr>::observerWithResultBlock(
+                                    [](const DonorObjectPtr& object) {
+                                      printLine("Discovered extensions: " + object->description());
+                                    },
+                                    [] { printLine("Discovery completed"); },
+                                    [](const ErrorPtr& error) {
+                                      printLine("Discovery failed: " + error->description());
+                                    }));
+  static_cast<void>(mainThreadScheduler.afterDelay(discoverySeconds, [subscription] {
+    printLine("Ending discovery");
+    subscription->cancel();
+  }));
+}
+
+}  // namespace quenlet

@@ -1,0 +1,234 @@
+#include "storage/DonationStore.h"
+
+#include <algorithm>
+
+#include "mecard/ContactRebuilder.h"
+#include "model/DonationError.h"
+#include "platform/PlatformServices.h"
+#include "platform/foundation/ProblemReporter.h"
+
+namespace quenlet {
+namespace {
+
+// Held by each pending step of a change, so that an orderly exit waits for it.
+std::shared_ptr<ProcessTransaction> beginChange() {
+  return PlatformServices::current().makeProcessTransaction("ovaro.quenlet-agent.change");
+}
+
+struct IsEmptyChange final {
+  bool operator()(const InsertOrModifyValues& change) const { return change.values.empty(); }
+  bool operator()(const RemoveValuesWithIdentifiers& change) const {
+    return change.identifiers.empty();
+  }
+  bool operator()(const RemoveValuesWithBundleIdentifier& change) const {
+    return change.bundleIdentifier.empty();
+  }
+};
+
+}  // namespace
+
+DonationValues valuesWhere(const DonationValues& values, const DonationStore::Predicate& selected) {
+  DonationValues found;
+  for (const DonationValuePtr& value : values) {
+    if (selected(*value)) found.push_back(value);
+  }
+  return found;
+}
+
+DonationStore::DonationStore(AgentEnvironmentProtocol& environment,
+                             std::shared_ptr<DonationPersistenceProtocol> donationPersistence,
+                             std::shared_ptr<CuratedInfoProviderProtocol> infoProvider)
+    : distributedNotificationCenter(environment.distributedNotificationCenter()),
+      persistence(std::move(donationPersistence)),
+      feedbackStore(environment.feedbackStore()),
+      stateScheduler(environment.schedulerProvider()->newReaderWriterSchedulerWithName(
+          "ovaro.quenlet.agent.state")),
+      diskScheduler(
+          environment.schedulerProvider()->newSerialSchedulerWithName("ovaro.quenlet.agent.io")),
+      replyScheduler(environment.schedulerProvider()->backgroundScheduler()),
+      curatedInfoProvider(std::move(infoProvider)) {}
+
+void DonationStore::submitWriterBlock(std::function<void(DonationStore&)> block) {
+  stateScheduler->performWriterBlock([self = shared_from_this(), block = std::move(block),
+                                      transaction = beginChange()] { block(*self); });
+}
+
+void DonationStore::submitChange(ChangeType change, SaveReply saveReply, ChangeLimit within) {
+  submitWriterBlock([change = std::move(change), saveReply = std::move(saveReply),
+                     within = std::move(within)](DonationStore& store) mutable {
+    // Only here is it certain which values the change will touch.
+    if (!within.limit || store.isWithin(*within.limit, change)) {
+      return store.applyChange(change, std::move(saveReply));
+    }
+    store.replyScheduler->performBlock(
+        [refused = std::move(within.refused)] { refused(BundleLimit::refusal()); });
+  });
+}
+
+void DonationStore::deleteDonationsWithBundleID(const std::string& bundleIdentifier) {
+  submitWriterBlock([bundleIdentifier](DonationStore& store) {
+    if (store.donations.removeBundle(bundleIdentifier)) store.hasUnsavedRemoval = true;
+  });
+}
+
+void DonationStore::saveUnsavedRemoval() {
+  submitWriterBlock([](DonationStore& store) {
+    if (store.hasUnsavedRemoval) store.commit(nobodyWaits);
+  });
+}
+
+void DonationStore::followFeedback() {
+  feedbackStore->setChangeHandler([weakSelf = weak_from_this()] {
+    if (const auto self = weakSelf.lock()) {
+      self->submitWriterBlock([](DonationStore& store) { store.dropConfirmedOrRejected(); });
+    }
+  });
+}
+
+std::optional<DonationValues> DonationStore::restore(const Predicate& notYetExpired) {
+  const Future<DonationValues> load = persistence->loadDonations();
+  const Result<DonationValues>& loaded = load.result();
+  if (!loaded.ok()) return std::nullopt;
+  keepStoredIfMostExpired(loaded.value(), notYetExpired);
+  DonationValues candidates = valuesWhere(
+      loaded.value(), [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
+  DonationTable restored;
+  restored.insertAll(valuesWhere(candidates, notYetExpired));
+  donations = std::move(restored);
+  return candidates;
+}
+
+// Under a clock that is far ahead, good values look expired, and the next save would lose them.
+void DonationStore::keepStoredIfMostExpired(const DonationValues& loaded,
+                                            const Predicate& notYetExpired) {
+  constexpr std::size_t handful = 5;
+  const std::size_t expired = loaded.size() - valuesWhere(loaded, notYetExpired).size();
+  if (expired < handful || expired <= loaded.size() / 2) return;
+  persistence->keepStoredDonations();
+  ProblemReporter("donations")
+      .setProblem(makeError(
+          DonationErrorDomain, 0,
+          std::to_string(expired) + " of " + std::to_string(loaded.size()) +
+              " have expired by this machine's clock; their file stays beside the next one"));
+}
+
+void DonationStore::rebuildCard() {
+  ContactRebuilder rebuilder(donations.snapshot(), curatedInfoProvider->curatedName(),
+                             curatedInfoProvider->curatedEmailAddresses());
+  contact = std::make_shared<const Contact>(rebuilder.buildNewContact());
+}
+
+bool DonationStore::isConfirmedOrRejected(const DonationValue& value) const {
+  return feedbackStore->donatedValueHasBeenConfirmedOrRejected(value, MeCardContactIdentifier);
+}
+
+void DonationStore::dropConfirmedOrRejected() {
+  const std::size_t before = list()->size();
+  donations.removeIf([this](const DonationValue& value) { return isConfirmedOrRejected(value); });
+  // No caller waits for this save. Should it fail, the next start drops the values again.
+  if (list()->size() != before) commit(nobodyWaits);
+}
+
+bool DonationStore::isWithin(const BundleLimit& limit, const ChangeType& change) const {
+  const auto mayTouch = [&](const std::string& identifier) {
+    const DonationValuePtr held = donations.find(identifier);
+    return !held || limit.allows(*held);
+  };
+  if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
+    return std::all_of(insertion->values.begin(), insertion->values.end(), [&](const auto& value) {
+      return mayTouch(std::string(value->donationKey().text));
+    });
+  }
+  if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
+    return std::all_of(removal->identifiers.begin(), removal->identifiers.end(), mayTouch);
+  }
+  return limit.allows(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
+}
+
+void DonationStore::runAllOrNothing(const std::function<void()>& step) {
+  // Cheap: rows are shared, so the copy holds just the index. The step throws when memory is short.
+  DonationTable formerTable(donations);
+  ContactPtr formerContact = contact;
+  try {
+    step();
+  } catch (...) {
+    donations = std::move(formerTable);
+    contact = std::move(formerContact);
+    throw;
+  }
+}
+
+ErrorPtr DonationStore::changeTable(const ChangeType& change) {
+  if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
+    return insert(insertion->values);
+  }
+  if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
+    donations.removeIdentifiers(removal->identifiers);
+  } else {
+    donations.removeBundle(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
+  }
+  return nullptr;
+}
+
+void DonationStore::applyChange(const ChangeType& change, SaveReply saveReply) {
+  const auto replyAtOnce = [&](const SaveResponse& response) {
+    replyScheduler->performBlock(
+        [saveReply = std::move(saveReply), response] { saveReply(response); });
+  };
+  // Nothing to save; the caller still expects its answer on the reply scheduler.
+  if (std::visit(IsEmptyChange{}, change)) return replyAtOnce(SaveResponse::success());
+  ErrorPtr refused;
+  runAllOrNothing([&] {
+    refused = changeTable(change);
+    if (refused) return;
+    rebuildCard();
+    save(std::move(saveReply));
+  });
+  if (refused) return replyAtOnce(SaveResponse::failure(refused));
+  postValuesDidChange();
+}
+
+ErrorPtr DonationStore::insert(const DonationValues& values) {
+  const DonationValues accepted = valuesWhere(
+      values, [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
+  // Put in, they would fail this save and all later ones, whosever they are.
+  if (!donations.hasRoomFor(accepted, persistence->capacityInBytes())) {
+    return makeDonationError(DonationErrorCode::notSerializable,
+                             "with these values the donations are larger than their file may be");
+  }
+  donations.insertAll(accepted);
+  return nullptr;
+}
+
+void DonationStore::deleteAll() {
+  donations = DonationTable();
+  rebuildCard();
+  // A failed save can be told to nobody; the next change writes the table again.
+  save(nobodyWaits);
+}
+
+void DonationStore::commit(SaveReply saveReply) {
+  rebuildCard();
+  save(std::move(saveReply));
+  postValuesDidChange();
+}
+
+void DonationStore::save(SaveReply saveReply) {
+  hasUnsavedRemoval = false;
+  diskScheduler->performBlock([self = shared_from_this(), values = donations.snapshot(),
+                               saveReply = std::move(saveReply), transaction = beginChange()] {
+    self->persistence->storeWithAllValues(*values).onCompletion(
+        [self, saveReply, transaction](const Result<bool>& stored) {
+          const SaveResponse response =
+              stored.ok() ? SaveResponse::success() : SaveResponse::failure(stored.error());
+          self->replyScheduler->performBlock(
+              [saveReply, response, transaction] { saveReply(response); });
+        });
+  });
+}
+
+void DonationStore::postValuesDidChange() const {
+  distributedNotificationCenter->post(MeCardValuesDidChangeNotification);
+}
+
+}  // namespace quenlet
