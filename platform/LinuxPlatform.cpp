@@ -22,8 +22,8 @@
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/StandardStreams.h"
 #include "platform/ipc/UnixServiceListener.h"
+#include "platform/logging/DonationLoggerProvider.h"
 #include "platform/logging/StandardErrorLogSink.h"
-#include "platform/logging/StructuredLoggerProvider.h"
 #include "platform/logging/SyslogSystemLog.h"
 #include "platform/preferences/PropertyListUserDefaults.h"
 #include "platform/telephony/PropertyListDeviceInfo.h"
@@ -83,7 +83,7 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
           std::make_shared<ProductionSchedulerProvider>(runLoop.mainThreadScheduler())),
       dataProxy(
           std::make_shared<PosixDataProxy>([this] { return runLoop.holdTermination("write"); })),
-      loggerProvider(std::make_shared<StructuredLoggerProvider>(
+      loggerProvider(std::make_shared<DonationLoggerProvider>(
           StructuredLog(std::make_shared<StandardErrorLogSink>(), &Date::now))),
       notificationCenter(std::make_shared<SocketNotificationCenter>(
           runLoop.eventLoop(), runtimeDirectory / "quenlet" / "notifications")),

@@ -1,27 +1,46 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "model/DonationValue.h"
 #include "platform/accounts/Account.h"
+#include "platform/logging/StructuredLog.h"
 #include "quenlet/Error.h"
 
 namespace quenlet {
 
-// The structured event log of account changes. Thread-safe; logging never fails.
-class AccountLogger {
+// Writes account events to a structured log, each under its full keyword name. An account is
+// written as its identifier and type. Thread-safe.
+class AccountLogger final {
  public:
-  virtual ~AccountLogger() = default;
-  virtual void accountAdded(const AccountPtr& account) = 0;
-  virtual void accountChanged(const AccountPtr& account) = 0;
-  virtual void accountRemoved(const AccountPtr& account) = 0;
-  virtual void accountsDidNotChange() = 0;
-  virtual void donating(const DonationValuePtr& value) = 0;
-  virtual void removing(const std::string& donationIdentifier) = 0;
-  virtual void donationFailedWithError(const ErrorPtr& error) = 0;
-  virtual void removalFailedWithError(const ErrorPtr& error) = 0;
-  virtual void pluginLoaded() = 0;
-  virtual void pluginUnloaded() = 0;
+  explicit AccountLogger(StructuredLog structuredLog) : log(std::move(structuredLog)) {}
+
+  void accountAdded(const AccountPtr& account) {
+    log.record("accountAdded:", {account->description()});
+  }
+  void accountChanged(const AccountPtr& account) {
+    log.record("accountChanged:", {account->description()});
+  }
+  void accountRemoved(const AccountPtr& account) {
+    log.record("accountRemoved:", {account->description()});
+  }
+  void accountsDidNotChange() { log.record("accountsDidNotChange"); }
+  void donating(const DonationValuePtr& value) { log.record("donating:", {value}); }
+  void removing(const std::string& donationIdentifier) {
+    log.record("removing:", {donationIdentifier});
+  }
+  void donationFailedWithError(const ErrorPtr& error) {
+    log.record("donationFailedWithError:", {error});
+  }
+  void removalFailedWithError(const ErrorPtr& error) {
+    log.record("removalFailedWithError:", {error});
+  }
+  void pluginLoaded() { log.record("pluginLoaded"); }
+  void pluginUnloaded() { log.record("pluginUnloaded"); }
+
+ private:
+  const StructuredLog log;
 };
 
 }  // namespace quenlet

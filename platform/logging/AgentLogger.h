@@ -2,9 +2,12 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "model/DonationValue.h"
+#include "platform/logging/StructuredLog.h"
 #include "quenlet/Error.h"
 
 namespace quenlet {
@@ -12,70 +15,123 @@ namespace quenlet {
 // The agent's structured event log, with one operation per event. A request name is an operation's
 // full keyword form, such as "fetchDonatedMeCard:". Thread-safe; logging never fails and blocks on
 // nothing but the log's own sink.
-class AgentLogger {
+class AgentLogger final {
  public:
-  virtual ~AgentLogger() = default;
+  explicit AgentLogger(StructuredLog structuredLog) : log(std::move(structuredLog)) {}
 
-  virtual void agentWillStart() = 0;
-  virtual void agentDidStart() = 0;
-  virtual void agentWillStop() = 0;
-  virtual void donationServiceWillStart() = 0;
-  virtual void donationServiceDidStart() = 0;
-  virtual void donationServiceWillStop() = 0;
-  virtual void maintenanceServiceWillStart() = 0;
-  virtual void maintenanceServiceDidStart() = 0;
-  virtual void maintenanceServiceWillStop() = 0;
+  void agentWillStart() { log.record("agentWillStart"); }
+  void agentDidStart() { log.record("agentDidStart"); }
+  void agentWillStop() { log.record("agentWillStop"); }
+  void donationServiceWillStart() { log.record("donationServiceWillStart"); }
+  void donationServiceDidStart() { log.record("donationServiceDidStart"); }
+  void donationServiceWillStop() { log.record("donationServiceWillStop"); }
+  void maintenanceServiceWillStart() { log.record("maintenanceServiceWillStart"); }
+  void maintenanceServiceDidStart() { log.record("maintenanceServiceDidStart"); }
+  void maintenanceServiceWillStop() { log.record("maintenanceServiceWillStop"); }
 
-  virtual void beginRestorePersistedState() = 0;
-  virtual void endRestorePersistedState() = 0;
+  void beginRestorePersistedState() { log.record("beginRestorePersistedState"); }
+  void endRestorePersistedState() { log.record("endRestorePersistedState"); }
 
-  virtual void acceptingConnectionFromProcess(pid_t processIdentifier) = 0;
-  virtual void denyingRequestFromProcess(pid_t processIdentifier) = 0;
+  void acceptingConnectionFromProcess(pid_t processIdentifier) {
+    log.record("acceptingConnectionFromProcess:", {std::int64_t{processIdentifier}});
+  }
+  void denyingRequestFromProcess(pid_t processIdentifier) {
+    log.record("denyingRequestFromProcess:", {std::int64_t{processIdentifier}});
+  }
   // Says which program the denied process runs.
-  virtual void deniedProcess(pid_t processIdentifier, const std::string& executable) = 0;
-  virtual void acceptingDonations(const DonationValues& values) = 0;
-  virtual void preExpiredDonations(const DonationValues& values) = 0;
-  virtual void agentWillHandleRequest(const std::string& requestName) = 0;
-  virtual void agentDidHandleRequest(const std::string& requestName) = 0;
-  virtual void featureNotEnabled(const std::string& requestName) = 0;
+  void deniedProcess(pid_t processIdentifier, const std::string& executable) {
+    log.record("deniedProcess:executable:", {std::int64_t{processIdentifier}, executable});
+  }
+  void acceptingDonations(const DonationValues& values) {
+    log.record("acceptingDonations:", {std::cref(values)});
+  }
+  void preExpiredDonations(const DonationValues& values) {
+    log.record("preExpiredDonations:", {std::cref(values)});
+  }
+  void agentWillHandleRequest(const std::string& requestName) {
+    log.record("agentWillHandleRequest:", {requestName});
+  }
+  void agentDidHandleRequest(const std::string& requestName) {
+    log.record("agentDidHandleRequest:", {requestName});
+  }
+  void featureNotEnabled(const std::string& requestName) {
+    log.record("featureNotEnabled:", {requestName});
+  }
 
-  virtual void featureWillDisable() = 0;
-  virtual void featureWillEnable() = 0;
-  virtual void featureDidDisable() = 0;
-  virtual void featureDidEnable() = 0;
+  void featureWillDisable() { log.record("featureWillDisable"); }
+  void featureWillEnable() { log.record("featureWillEnable"); }
+  void featureDidDisable() { log.record("featureDidDisable"); }
+  void featureDidEnable() { log.record("featureDidEnable"); }
 
-  virtual void contactsChangedNotificationFoundName(bool found, bool nameChanged) = 0;
-  virtual void contactsChangedNotificationEmailAddressesChanged(bool changed) = 0;
+  void contactsChangedNotificationFoundName(bool found, bool nameChanged) {
+    log.record("contactsChangedNotificationFoundName:nameChanged:", {found, nameChanged});
+  }
+  void contactsChangedNotificationEmailAddressesChanged(bool changed) {
+    log.record("contactsChangedNotificationEmailAddressesChanged:", {changed});
+  }
 
   // Extensions and other objects from discovery are logged by their description.
-  virtual void willDiscoverExtensions() = 0;
-  virtual void didDiscoverExtension(const std::string& extension) = 0;
-  virtual void didDiscoverUnexpectedExtensionType(const std::string& object) = 0;
-  virtual void didDiscoverExtensions() = 0;
-  virtual void didFailToDiscoverExtensions(const ErrorPtr& error) = 0;
-  virtual void willLoadExtensionVersions() = 0;
-  virtual void willSaveExtensionVersions() = 0;
+  void willDiscoverExtensions() { log.record("willDiscoverExtensions"); }
+  void didDiscoverExtension(const std::string& extension) {
+    log.record("didDiscoverExtension:", {extension});
+  }
+  void didDiscoverUnexpectedExtensionType(const std::string& object) {
+    log.record("didDiscoverUnexpectedExtensionType:", {object});
+  }
+  void didDiscoverExtensions() { log.record("didDiscoverExtensions"); }
+  void didFailToDiscoverExtensions(const ErrorPtr& error) {
+    log.record("didFailToDiscoverExtensions:", {error});
+  }
+  void willLoadExtensionVersions() { log.record("willLoadExtensionVersions"); }
+  void willSaveExtensionVersions() { log.record("willSaveExtensionVersions"); }
 
-  virtual void willRejectDonationIdentifier(const std::string& identifier) = 0;
-  virtual void didRejectDonationIdentifier(const std::string& identifier) = 0;
-  virtual void couldNotRejectUnknownDonationIdentifier(const std::string& identifier) = 0;
-  virtual void couldNotRejectDonationIdentifier(const std::string& identifier,
-                                                const ErrorPtr& error) = 0;
-  virtual void willRejectClusterIdentifier(const std::string& identifier) = 0;
-  virtual void didRejectClusterIdentifier(const std::string& identifier) = 0;
-  virtual void couldNotRejectUnknownClusterIdentifier(const std::string& identifier) = 0;
-  virtual void couldNotRejectClusterIdentifier(const std::string& identifier,
-                                               const ErrorPtr& error) = 0;
-  virtual void willListRejections() = 0;
-  virtual void didListRejections() = 0;
-  virtual void willRemoveAllRejections() = 0;
-  virtual void didRemoveAllRejections() = 0;
+  void willRejectDonationIdentifier(const std::string& identifier) {
+    log.record("willRejectDonationIdentifier:", {identifier});
+  }
+  void didRejectDonationIdentifier(const std::string& identifier) {
+    log.record("didRejectDonationIdentifier:", {identifier});
+  }
+  void couldNotRejectUnknownDonationIdentifier(const std::string& identifier) {
+    log.record("couldNotRejectUnknownDonationIdentifier:", {identifier});
+  }
+  void couldNotRejectDonationIdentifier(const std::string& identifier, const ErrorPtr& error) {
+    log.record("couldNotRejectDonationIdentifier:error:", {identifier, error});
+  }
+  void willRejectClusterIdentifier(const std::string& identifier) {
+    log.record("willRejectClusterIdentifier:", {identifier});
+  }
+  void didRejectClusterIdentifier(const std::string& identifier) {
+    log.record("didRejectClusterIdentifier:", {identifier});
+  }
+  void couldNotRejectUnknownClusterIdentifier(const std::string& identifier) {
+    log.record("couldNotRejectUnknownClusterIdentifier:", {identifier});
+  }
+  void couldNotRejectClusterIdentifier(const std::string& identifier, const ErrorPtr& error) {
+    log.record("couldNotRejectClusterIdentifier:error:", {identifier, error});
+  }
+  void willListRejections() { log.record("willListRejections"); }
+  void didListRejections() { log.record("didListRejections"); }
+  void willRemoveAllRejections() { log.record("willRemoveAllRejections"); }
+  void didRemoveAllRejections() { log.record("didRemoveAllRejections"); }
 
-  virtual void willRenewValues(const DonationValues& values, const std::string& withDonor) = 0;
-  virtual void didRenewValue(const DonationValuePtr& value, Date untilDate) = 0;
-  virtual void couldNotRenewBecauseNotADonorExtension(const std::string& object) = 0;
-  virtual void couldNotRenewBecauseDonorError(const ErrorPtr& error) = 0;
-  virtual void couldNotRenewBecauseLoadingError(const ErrorPtr& error) = 0;
+  void willRenewValues(const DonationValues& values, const std::string& withDonor) {
+    log.record("willRenewValues:withDonor:", {std::cref(values), withDonor});
+  }
+  void didRenewValue(const DonationValuePtr& value, Date untilDate) {
+    log.record("didRenewValue:untilDate:", {value, untilDate});
+  }
+  void couldNotRenewBecauseNotADonorExtension(const std::string& object) {
+    log.record("couldNotRenewBecauseNotADonorExtension:", {object});
+  }
+  void couldNotRenewBecauseDonorError(const ErrorPtr& error) {
+    log.record("couldNotRenewBecauseDonorError:", {error});
+  }
+  void couldNotRenewBecauseLoadingError(const ErrorPtr& error) {
+    log.record("couldNotRenewBecauseLoadingError:", {error});
+  }
+
+ private:
+  const StructuredLog log;
 };
 
 }  // namespace quenlet

@@ -1,18 +1,28 @@
 #pragma once
 
+#include <utility>
+
+#include "platform/logging/StructuredLog.h"
 #include "quenlet/Date.h"
 
 namespace quenlet {
 
-// The structured event log of the daily report. Thread-safe; logging never fails.
-class AnalyticsLogger {
+// Writes the daily report's events to a structured log, each under its full keyword name.
+// Thread-safe.
+class AnalyticsLogger final {
  public:
-  virtual ~AnalyticsLogger() = default;
-  virtual void willReportAnalytics() = 0;
-  virtual void withinReportingInterval(Date lastAttempt) = 0;
-  virtual void noMeCard() = 0;
-  virtual void noDonatedMeCard() = 0;
-  virtual void didReportAnalytics() = 0;
+  explicit AnalyticsLogger(StructuredLog structuredLog) : log(std::move(structuredLog)) {}
+
+  void willReportAnalytics() { log.record("willReportAnalytics"); }
+  void withinReportingInterval(Date lastAttempt) {
+    log.record("withinReportingInterval:", {lastAttempt});
+  }
+  void noMeCard() { log.record("noMeCard"); }
+  void noDonatedMeCard() { log.record("noDonatedMeCard"); }
+  void didReportAnalytics() { log.record("didReportAnalytics"); }
+
+ private:
+  const StructuredLog log;
 };
 
 }  // namespace quenlet

@@ -48,7 +48,7 @@ struct ArgumentWriter final {
     }
   }
   void operator()(const DonationValuePtr& value) const {
-    const DonationOrigin origin = value->origin();
+    const DonationOrigin origin = value->decoded().origin;
     json.beginObject();
     json.key("kind").value(nameOf(value->kind()));
     json.key("bundleIdentifier");

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/PlatformServices.h"
-#include "platform/logging/StructuredLoggerProvider.h"
+#include "platform/logging/DonationLoggerProvider.h"
 #include "tests/support/FakeDonors.h"
 #include "tests/support/FakeServices.h"
 #include "tests/support/ManualSchedulers.h"
@@ -26,9 +26,8 @@ class TestEnvironment final : public AgentEnvironmentProtocol {
   FakeDonors donors{trace};
   const std::shared_ptr<FakeAccountStore> accounts = std::make_shared<FakeAccountStore>();
   const std::shared_ptr<FakeDeviceInfo> device = std::make_shared<FakeDeviceInfo>();
-  const std::shared_ptr<StructuredLoggerProvider> loggers =
-      std::make_shared<StructuredLoggerProvider>(
-          StructuredLog(log, [this] { return schedulers.now(); }));
+  const std::shared_ptr<DonationLoggerProvider> loggers = std::make_shared<DonationLoggerProvider>(
+      StructuredLog(log, [this] { return schedulers.now(); }));
 
   // How many transactions keep the process from its end.
   const std::shared_ptr<int> openTransactions = std::make_shared<int>(0);

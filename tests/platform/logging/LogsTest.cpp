@@ -6,7 +6,7 @@
 #include <latch>
 #include <semaphore>
 
-#include "platform/logging/StructuredLoggerProvider.h"
+#include "platform/logging/DonationLoggerProvider.h"
 #include "platform/logging/SyslogSystemLog.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/RecordingLog.h"
@@ -18,7 +18,7 @@ class StructuredLogTest : public testing::Test {
  protected:
   Trace trace;
   const std::shared_ptr<RecordingLog> sink = std::make_shared<RecordingLog>(trace);
-  StructuredLoggerProvider provider{StructuredLog(sink, [] { return Date(0.5); })};
+  DonationLoggerProvider provider{StructuredLog(sink, [] { return Date(0.5); })};
   const std::shared_ptr<AgentLogger> agent = provider.agentLogger();
   const std::shared_ptr<AccountLogger> accounts = provider.accountLogger();
 
