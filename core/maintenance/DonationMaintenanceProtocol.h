@@ -7,6 +7,15 @@
 
 namespace quenlet {
 
+inline constexpr char MaintenanceServiceName[] = "ovaro.quenlet.maintenance";
+
+namespace MaintenanceSelector {
+
+// No arguments; replies a list of texts or null, and an error or null.
+inline constexpr char extensionIdentifiers[] = "extensionIdentifiers:";
+
+}  // namespace MaintenanceSelector
+
 // The operations of the maintenance service. Implementations say on which thread they run.
 class DonationMaintenanceProtocol {
  public:

@@ -2,18 +2,27 @@
 
 #include <memory>
 
-#include "core/maintenance/MaintenanceAgent.h"
+#include "core/maintenance/DonationMaintenanceProtocol.h"
 #include "platform/ipc/ServiceListener.h"
 #include "platform/logging/AgentLogger.h"
 
 namespace quenlet {
+
+// Answers maintainers, with two fixed identifiers: it shows that the service is there, and knows
+// nothing of installed extensions. Stateless; any thread.
+class MaintenanceAgent final : public DonationMaintenanceProtocol {
+ public:
+  // "hello", "world"; never an error.
+  [[nodiscard]] Result<std::vector<std::string>> extensionIdentifiers() override;
+};
 
 // A named service for maintainers, apart from the agent's own. Serves every process of the user,
 // without a gate, from start() to its destruction. The agent's program does not create one. Use on
 // one thread at a time.
 class MaintenanceService final {
  public:
-  // Accepts every connection and exports one agent on all of them. Defined in its own file.
+  // Accepts every connection and exports one agent on all of them. Immutable; called on the
+  // listener's thread.
   class ListenerDelegate;
 
   // Uses a listener and a logger of the current platform services. Starts nothing.

@@ -3,13 +3,12 @@
 #include <gmock/gmock.h>
 #include <stdlib.h>
 
-#include "core/maintenance/MaintenanceInterface.h"
 #include "platform/PlatformServices.h"
 #include "platform/ipc/ServiceClient.h"
 #include "platform/ipc/UnixServiceListener.h"
 #include "platform/ipc/WireEncoder.h"
+#include "platform/logging/DonationLoggerProvider.h"
 #include "platform/logging/StandardErrorLogSink.h"
-#include "platform/logging/StructuredLoggerProvider.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -21,14 +20,15 @@ TEST(MaintenanceServiceTest, AnswersEveryProcessFromItsStartToItsEnd) {
   ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
   const auto sink = std::make_shared<StandardErrorLogSink>();
   PlatformServices services;
-  services.defaultLoggerProvider = [loggers = std::make_shared<StructuredLoggerProvider>(
+  services.defaultLoggerProvider = [loggers = std::make_shared<DonationLoggerProvider>(
                                         StructuredLog(sink, &Date::now))] { return loggers; };
   services.makeServiceListener = [](const std::string& name) {
     return std::make_shared<UnixServiceListener>(name, nullptr);
   };
   const PlatformServices::Scope scope(services);
   const auto connect = [] {
-    return ServiceClient::connect(MaintenanceServiceName, makeMaintenanceInterface());
+    return ServiceClient::connect(MaintenanceServiceName,
+                                  MaintenanceService::makeConfiguredInterface());
   };
   testing::internal::CaptureStderr();
   {
