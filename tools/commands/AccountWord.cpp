@@ -1,12 +1,13 @@
-#include "tools/commands/AccountWord.h"
-
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <chrono>
+#include <string>
 #include <tuple>
 
 #include "client/waitForReply.h"
 #include "platform/foundation/JSONWriter.h"
+#include "tools/commands/AccountEdit.h"
+#include "tools/commands/Command.h"
 #include "tools/commands/TerminalText.h"
 #include "tools/commands/TextTable.h"
 #include "tools/commands/UserAccounts.h"
@@ -27,8 +28,6 @@ constexpr char footer[] =
     "Example:\n"
     "  quenlet account add --id work --username ann@example.org --property FullUserName='Ann "
     "Berg'";
-
-using Operation = ExitCode (AccountWord::*)(Session&, UserAccounts&) const;
 
 ErrorPtr askAgent(Session& session, const AccountPtr& oldAccount, const AccountPtr& newAccount) {
   const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
@@ -106,7 +105,28 @@ void writeTable(std::ostream& out, const std::vector<AccountPtr>& accounts) {
   table.write(out);
 }
 
-}  // namespace
+// "account add", "change", "remove" and "list": write the account store and tell the agent about
+// the change, as a program that keeps accounts would.
+//
+// The store is written first, and stays so even if the agent refuses. Concurrent programs wait for
+// each other until the agent is told: it hears of changes in the order of the store.
+class AccountWord final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  using Operation = ExitCode (AccountWord::*)(Session&, UserAccounts&) const;
+
+  [[nodiscard]] ExitCode add(Session& session, UserAccounts& accounts) const;
+  [[nodiscard]] ExitCode change(Session& session, UserAccounts& accounts) const;
+  [[nodiscard]] ExitCode remove(Session& session, UserAccounts& accounts) const;
+  [[nodiscard]] ExitCode list(Session& session, UserAccounts& accounts) const;
+
+  AccountEdit addition;
+  AccountEdit alteration;
+  std::string removedIdentifier;
+  bool asJSON = false;
+};
 
 void AccountWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("account", "Keep the accounts that the agent reads");
@@ -192,5 +212,9 @@ ExitCode AccountWord::list(Session& session, UserAccounts& accounts) const {
   }
   return ExitCode::done;
 }
+
+}  // namespace
+
+CommandPtr makeAccountWord() { return std::make_unique<AccountWord>(); }
 
 }  // namespace quenlet

@@ -1,13 +1,25 @@
-#include "tools/commands/CardWord.h"
-
 #include <CLI/CLI.hpp>
+#include <string>
 #include <tuple>
 
 #include "client/waitForReply.h"
 #include "platform/contacts/VCard.h"
 #include "tools/commands/CardPresenter.h"
+#include "tools/commands/Command.h"
 
 namespace quenlet {
+namespace {
+
+// "card": shows the donated me card.
+class CardWord final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] ExitCode run(Session& session) const;
+
+  std::string format = "text";
+};
 
 void CardWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("card", "Show the donated me card");
@@ -33,5 +45,9 @@ ExitCode CardWord::run(Session& session) const {
   }
   return ExitCode::done;
 }
+
+}  // namespace
+
+CommandPtr makeCardWord() { return std::make_unique<CardWord>(); }
 
 }  // namespace quenlet

@@ -2,19 +2,11 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <cerrno>
 
-#include "tools/commands/AccountWord.h"
-#include "tools/commands/CardWord.h"
-#include "tools/commands/DonateWord.h"
-#include "tools/commands/ListWord.h"
-#include "tools/commands/PreferenceWords.h"
-#include "tools/commands/RejectionWords.h"
-#include "tools/commands/RemovalWords.h"
-#include "tools/commands/StatsWord.h"
-#include "tools/commands/StatusWord.h"
+#include "tools/commands/Command.h"
 #include "tools/commands/TerminalText.h"
-#include "tools/commands/WatchWord.h"
 
 namespace quenlet {
 namespace {
@@ -38,27 +30,14 @@ constexpr char footer[] =
 // All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
-  DonateWord donate;
-  CardWord card;
-  ListWord list;
-  RemovalWords removal;
-  RejectionWords rejection;
-  AccountWord account;
-  StatusWord status;
-  StatsWord stats;
+  const std::array<CommandPtr, 10> commands = {
+      makeDonateWord(),     makeCardWord(),    makeListWord(),        makeRemovalWords(),
+      makeRejectionWords(), makeAccountWord(), makePreferenceWords(), makeStatusWord(),
+      makeStatsWord(),      makeWatchWord()};
   ChosenAction chosen;
 
   Words() {
-    donate.addTo(app, chosen);
-    card.addTo(app, chosen);
-    list.addTo(app, chosen);
-    removal.addTo(app, chosen);
-    rejection.addTo(app, chosen);
-    account.addTo(app, chosen);
-    PreferenceWords::addTo(app, chosen);
-    status.addTo(app, chosen);
-    stats.addTo(app, chosen);
-    WatchWord::addTo(app, chosen);
+    for (const CommandPtr& command : commands) command->addTo(app, chosen);
     app.require_subcommand(0, 1);
     app.footer(footer);
   }

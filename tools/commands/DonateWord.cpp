@@ -1,12 +1,14 @@
-#include "tools/commands/DonateWord.h"
-
 #include <CLI/CLI.hpp>
 #include <cmath>
+#include <string>
 #include <tuple>
+#include <vector>
 
+#include "client/CardDonor.h"
 #include "client/CardFile.h"
 #include "client/waitForReply.h"
 #include "platform/contacts/ContactStore.h"
+#include "tools/commands/Command.h"
 #include "tools/commands/DonationPresenter.h"
 #include "tools/commands/TerminalText.h"
 
@@ -39,7 +41,23 @@ std::string count(std::size_t number, const char* noun) {
   return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
-}  // namespace
+// "donate": donates the values of vCard files in one request.
+class DonateWord final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] ExitCode run(Session& session) const;
+  // Whether every card was read; an error when a file had no readable card.
+  [[nodiscard]] Result<bool> readFiles(CardDonor& donor, Session& session) const;
+  [[nodiscard]] ExitCode donate(const CardDonor& donor, Session& session) const;
+
+  std::vector<std::string> files;
+  std::string bundleIdentifier = "org.quenlet.cli";
+  std::string clusterIdentifier;
+  double expiresInDays = 90;
+  bool dryRun = false;
+};
 
 void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("donate", "Donate the values of vCards");
@@ -113,5 +131,9 @@ ExitCode DonateWord::donate(const CardDonor& donor, Session& session) const {
               << printable(bundleIdentifier) << ".\n";
   return ExitCode::done;
 }
+
+}  // namespace
+
+CommandPtr makeDonateWord() { return std::make_unique<DonateWord>(); }
 
 }  // namespace quenlet

@@ -42,7 +42,7 @@ void DonationPresenter::writeTable(std::ostream& out, const DonationValues& valu
       {"KIND", "VALUE", "LABEL", "BUNDLE", "DONATION", "CLUSTER", "DONATED", "EXPIRES"});
   for (const DonationValuePtr& donation : values) {
     const Value value = donation->value();
-    const DonationOrigin& origin = donation->origin();
+    const DonationOrigin& origin = donation->decoded().origin;
     table.addRow({kindOf(value), textOf(value), labelOf(value), origin.bundleIdentifier,
                   origin.donationIdentifier, origin.clusterIdentifier.value_or(""),
                   dayOf(origin.donationDate), dayOf(origin.expirationDate)});
@@ -58,7 +58,7 @@ void DonationPresenter::writeJSON(std::ostream& out, const DonationValues& value
     json.beginObject().key("kind").value(kindOf(value));
     std::visit(ValueWriter{json}, value.cases());
     json.key("origin");
-    writeOrigin(json, donation->origin());
+    writeOrigin(json, donation->decoded().origin);
     json.endObject();
   }
   out << json.endArray().text() << "\n";

@@ -1,12 +1,23 @@
-#include "tools/commands/ListWord.h"
-
 #include <CLI/CLI.hpp>
 #include <tuple>
 
 #include "client/waitForReply.h"
+#include "tools/commands/Command.h"
 #include "tools/commands/DonationPresenter.h"
 
 namespace quenlet {
+namespace {
+
+// "list": shows all donations, in the agent's order.
+class ListWord final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] ExitCode run(Session& session) const;
+
+  bool asJSON = false;
+};
 
 void ListWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("list", "Show every donation with its origin");
@@ -27,5 +38,9 @@ ExitCode ListWord::run(Session& session) const {
   }
   return ExitCode::done;
 }
+
+}  // namespace
+
+CommandPtr makeListWord() { return std::make_unique<ListWord>(); }
 
 }  // namespace quenlet

@@ -1,7 +1,6 @@
-#include "tools/commands/PreferenceWords.h"
-
 #include <CLI/CLI.hpp>
 
+#include "tools/commands/Command.h"
 #include "tools/commands/UserPreferences.h"
 
 namespace quenlet {
@@ -13,7 +12,11 @@ ExitCode write(Session& session, bool enabled) {
   return session.finishWith(user.value()->preferences().setDonationsEnabled(enabled));
 }
 
-}  // namespace
+// "enable" and "disable": write the preference, which a running agent notices. Stateless.
+class PreferenceWords final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+};
 
 void PreferenceWords::addTo(CLI::App& app, ChosenAction& chosen) {
   app.add_subcommand("enable", "Let donations be made; needs no agent")->callback([&chosen] {
@@ -23,5 +26,9 @@ void PreferenceWords::addTo(CLI::App& app, ChosenAction& chosen) {
   disable->footer("Donations are deleted after 30 seconds, unless they are enabled before.");
   disable->callback([&chosen] { chosen = [](Session& session) { return write(session, false); }; });
 }
+
+}  // namespace
+
+CommandPtr makePreferenceWords() { return std::make_unique<PreferenceWords>(); }
 
 }  // namespace quenlet

@@ -1,11 +1,26 @@
-#include "tools/commands/RejectionWords.h"
-
 #include <CLI/CLI.hpp>
+#include <string>
 #include <tuple>
 
 #include "client/waitForReply.h"
+#include "tools/commands/Command.h"
 
 namespace quenlet {
+namespace {
+
+// "reject", "reject-cluster" and "clear-rejections".
+class RejectionWords final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  // Adds a word that passes its identifier to `operation`.
+  using Operation = void (CorvelProtocol::*)(std::string identifier, ErrorReply completionHandler);
+  void addRejection(CLI::App& app, ChosenAction& chosen, const char* name, const char* effect,
+                    Operation operation);
+
+  std::string identifier;
+};
 
 void RejectionWords::addTo(CLI::App& app, ChosenAction& chosen) {
   addRejection(app, chosen, "reject", "Keep a value away, also when it is donated again",
@@ -37,5 +52,9 @@ void RejectionWords::addRejection(CLI::App& app, ChosenAction& chosen, const cha
     };
   });
 }
+
+}  // namespace
+
+CommandPtr makeRejectionWords() { return std::make_unique<RejectionWords>(); }
 
 }  // namespace quenlet

@@ -1,9 +1,10 @@
-#include "tools/commands/RemovalWords.h"
-
 #include <CLI/CLI.hpp>
+#include <string>
 #include <tuple>
+#include <vector>
 
 #include "client/waitForReply.h"
+#include "tools/commands/Command.h"
 
 namespace quenlet {
 namespace {
@@ -13,7 +14,18 @@ ExitCode finish(const Session& session, bool success, ErrorPtr error) {
   return session.finishWith(error);
 }
 
-}  // namespace
+// "remove" and "forget": withdraw donations by identifier or by donor.
+class RemovalWords final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] ExitCode remove(Session& session) const;
+  [[nodiscard]] ExitCode forget(Session& session) const;
+
+  std::vector<std::string> donationIdentifiers;
+  std::string bundleIdentifier;
+};
 
 void RemovalWords::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* byIdentifier = app.add_subcommand("remove", "Take single donations back");
@@ -44,5 +56,9 @@ ExitCode RemovalWords::forget(Session& session) const {
   });
   return finish(session, success, error);
 }
+
+}  // namespace
+
+CommandPtr makeRemovalWords() { return std::make_unique<RemovalWords>(); }
 
 }  // namespace quenlet

@@ -6,13 +6,20 @@
 
 #include "protocol/CorvelProtocol.h"
 #include "quenlet/Date.h"
-#include "tools/commands/ExitCode.h"
 
 namespace CLI {
 class App;
 }
 
 namespace quenlet {
+
+// The program's exit status.
+enum class ExitCode : int {
+  done = 0,
+  refused = 1,  // the agent said no, or a file could not be read or written
+  usage = 2,
+  noAgent = 3,
+};
 
 // The environment in which a word runs. One thread.
 struct Session final {

@@ -166,4 +166,6 @@ void StatsWord::writeJSON(std::ostream& out, const Stats& stats) {
   out << json.endObject().endObject().text() << "\n";
 }
 
+CommandPtr makeStatsWord() { return std::make_unique<StatsWord>(); }
+
 }  // namespace quenlet

@@ -1,14 +1,40 @@
-#include "tools/commands/StatusWord.h"
-
 #include <CLI/CLI.hpp>
+#include <cstddef>
+#include <optional>
 #include <tuple>
 
 #include "client/waitForReply.h"
 #include "platform/foundation/JSONWriter.h"
+#include "tools/commands/Command.h"
 #include "tools/commands/TextTable.h"
 #include "tools/commands/UserPreferences.h"
 
 namespace quenlet {
+namespace {
+
+// "status": shows the preference, and whether an agent answers a request for its donations.
+class StatusWord final : public Command {
+ public:
+  struct Status final {
+    bool donationsEnabled = true;
+    // Set when an agent answered with its donations.
+    std::optional<std::size_t> donationCount;
+    // Why the count is missing: no agent, no answer in time, or a refusal.
+    ErrorPtr error;
+
+    [[nodiscard]] bool agentAnswers() const;
+  };
+
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+  static void writeText(std::ostream& out, const Status& status);
+  static void writeJSON(std::ostream& out, const Status& status);
+
+ private:
+  [[nodiscard]] ExitCode run(Session& session) const;
+
+  bool asJSON = false;
+};
 
 bool StatusWord::Status::agentAnswers() const { return !error || !isNoAnswer(*error); }
 
@@ -67,5 +93,9 @@ void StatusWord::writeJSON(std::ostream& out, const Status& status) {
   }
   out << json.endObject().text() << "\n";
 }
+
+}  // namespace
+
+CommandPtr makeStatusWord() { return std::make_unique<StatusWord>(); }
 
 }  // namespace quenlet

@@ -1,5 +1,3 @@
-#include "tools/commands/WatchWord.h"
-
 #include <sys/epoll.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +8,7 @@
 #include "platform/notifications/NotificationDirectory.h"
 #include "platform/notifications/SocketNotificationCenter.h"
 #include "platform/scheduling/RunLoop.h"
+#include "tools/commands/Command.h"
 
 namespace quenlet {
 namespace {
@@ -45,7 +44,12 @@ ExitCode watch(Session& session) {
   return ExitCode::done;
 }
 
-}  // namespace
+// "watch": writes a line for each change of the donated card, until SIGINT or SIGTERM. Stateless.
+// Run it before the process starts another thread.
+class WatchWord final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+};
 
 void WatchWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("watch", "Write a line for each change of the card");
@@ -54,5 +58,9 @@ void WatchWord::addTo(CLI::App& app, ChosenAction& chosen) {
       " reads its lines any more.");
   word->callback([&chosen] { chosen = watch; });
 }
+
+}  // namespace
+
+CommandPtr makeWatchWord() { return std::make_unique<WatchWord>(); }
 
 }  // namespace quenlet
