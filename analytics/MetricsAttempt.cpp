@@ -7,12 +7,26 @@
 #include "analytics/AnalyticsReporting.h"
 #include "analytics/AugmentationClassifier.h"
 #include "analytics/MeCardClassifier.h"
-#include "analytics/MeCardReporter.h"
+#include "analytics/MeCardFields.h"
 #include "platform/PlatformServices.h"
 #include "platform/foundation/ProblemReporter.h"
 
 namespace quenlet {
 namespace {
+
+// Reports the fields of an existing card to the standard reporter. Stateless, thread-safe.
+class MeCardReporter final {
+ public:
+  void report(MeCardFields fields) const;
+};
+
+void MeCardReporter::report(MeCardFields fields) const {
+  AnalyticsReporting& reporter = *AnalyticsReporting::standardReporter();
+  reporter.reportNumberOfMeCards(1);
+  reporter.reportHasNameComponents(
+      fields.contains(MeCardFields::nameComponents), fields.contains(MeCardFields::emailAddresses),
+      fields.contains(MeCardFields::phoneNumbers), fields.contains(MeCardFields::postalAddresses));
+}
 
 constexpr char transactionName[] = "ovaro.quenlet-agent.metrics";
 

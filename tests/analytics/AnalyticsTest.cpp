@@ -5,6 +5,7 @@
 
 #include "analytics/AugmentationClassifier.h"
 #include "analytics/MetricsAttempt.h"
+#include "mecard/DonatedEntries.h"
 #include "platform/foundation/Text.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TestEnvironment.h"
@@ -122,14 +123,15 @@ class MetricsAttemptTest : public testing::Test {
 TEST_F(MetricsAttemptTest, ReportsBothCardsAndLastsUntilTheDonatedOneIsThere) {
   ContactFields curated, donated;
   curated.familyName = "Lee";
-  curated.emailAddresses = {email("own@x")->emailEntry(), email("0@x")->emailEntry()};
+  curated.emailAddresses = {entryOf<std::string>(*email("own@x")),
+                            entryOf<std::string>(*email("0@x"))};
   for (int i = 0; i < 7; ++i) {
     const std::string digit = std::to_string(i);
-    const auto line = phone("+49 30 231250" + digit)->phoneEntry();
+    const auto line = entryOf<PhoneNumber>(*phone("+49 30 231250" + digit));
     if (i < 3) curated.phoneNumbers.append(line);
     donated.phoneNumbers.append(line);
-    if (i < 3) donated.emailAddresses.append(email(digit + "@x")->emailEntry());
-    const auto address = postal({.country = digit})->postalEntry();
+    if (i < 3) donated.emailAddresses.append(entryOf<std::string>(*email(digit + "@x")));
+    const auto address = entryOf<PostalAddress>(*postal({.country = digit}));
     if (i < 2) curated.postalAddresses.append(address);
     if (i < 5) donated.postalAddresses.append(address);
   }
@@ -154,7 +156,7 @@ TEST_F(MetricsAttemptTest, ReportsBothCardsAndLastsUntilTheDonatedOneIsThere) {
 TEST_F(MetricsAttemptTest, ReportsTheFieldsOfACardWithoutADonatedOne) {
   ContactFields named, phoneOnly;
   named.givenName = "Ann";
-  named.phoneNumbers = phoneOnly.phoneNumbers = {phone("112")->phoneEntry()};
+  named.phoneNumbers = phoneOnly.phoneNumbers = {entryOf<PhoneNumber>(*phone("112"))};
   agent->setError(makeError(DonationErrorDomain, 1));
   for (const auto& [card, has] : {std::pair(named, std::array{true, false, true, false}),
                                   std::pair(phoneOnly, std::array{false, false, true, false}),
