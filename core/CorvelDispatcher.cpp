@@ -31,24 +31,6 @@ SuccessReply successReply(WireReply reply) {
   };
 }
 
-// The card changes seldom and is fetched often.
-std::string encodeFetched(const Contact& contact) {
-  return contact.keptForms().get(KeptForms::fetchReply, [&contact] {
-    WireEncoder encoder;
-    ContactWire::encode(encoder, contact);
-    ErrorWire::encode(encoder, nullptr);
-    return std::move(encoder).take();
-  });
-}
-
-std::string encodeSynchronous(const ContactPtr& contact) {
-  return contact->keptForms().get(KeptForms::synchronousFetchReply, [&contact] {
-    WireEncoder encoder;
-    ContactWire::encodeEither(encoder, Result<ContactPtr>::success(contact));
-    return std::move(encoder).take();
-  });
-}
-
 constexpr std::size_t maximumIdentifiersInRemoval = 100'000;
 
 // The next argument, which the interface declares as a string.
@@ -129,22 +111,24 @@ void CorvelDispatcher::removeBundle(WireReader arguments, WireReply reply) const
 }
 
 void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
-  gate->fetchDonatedMeCard(
-      [reply = std::move(reply)](const ContactPtr& contact, const ErrorPtr& error) {
-        if (!reply.isWanted()) return;
-        if (contact) return reply(encodeFetched(*contact));
-        WireEncoder encoder;
-        encoder.null();
-        ErrorWire::encode(encoder, error);
-        reply(std::move(encoder).take());
-      });
+  gate->fetchDonatedMeCard([reply = std::move(reply), shared = replies](const ContactPtr& contact,
+                                                                        const ErrorPtr& error) {
+    if (!reply.isWanted()) return;
+    if (contact) return reply(shared->card.fetchReply(contact));
+    WireEncoder encoder;
+    encoder.null();
+    ErrorWire::encode(encoder, error);
+    reply(std::move(encoder).take());
+  });
 }
 
 void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
   gate->synchronousDonatedMeCard(
-      [reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
+      [reply = std::move(reply), shared = replies](const Result<ContactPtr>& contactOrError) {
         if (!reply.isWanted()) return;
-        if (contactOrError.ok()) return reply(encodeSynchronous(contactOrError.value()));
+        if (contactOrError.ok()) {
+          return reply(shared->card.synchronousReply(contactOrError.value()));
+        }
         WireEncoder encoder;
         ContactWire::encodeEither(encoder, contactOrError);
         reply(std::move(encoder).take());
@@ -153,10 +137,10 @@ void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
 
 void CorvelDispatcher::list(WireReader, WireReply reply) const {
   gate->meCardDonations(
-      [reply = std::move(reply), replies = listReplies](
+      [reply = std::move(reply), shared = replies](
           const std::shared_ptr<const DonationValues>& values, const ErrorPtr& error) {
         if (!reply.isWanted()) return;
-        if (values) return reply(replies->replyFor(values));
+        if (values) return reply(shared->list.replyFor(values));
         WireEncoder encoder;
         encoder.null();
         ErrorWire::encode(encoder, error);

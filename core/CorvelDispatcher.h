@@ -6,9 +6,16 @@
 
 #include "platform/ipc/ServiceConnection.h"
 #include "protocol/CorvelProtocol.h"
+#include "protocol/EncodedCard.h"
 #include "protocol/EncodedDonations.h"
 
 namespace quenlet {
+
+// Replies that clients share: one that is made for one of them serves the others.
+struct SharedReplies final {
+  EncodedCard card;
+  DonationListReplies list;
+};
 
 // Decodes the requests of one connection into calls of its gate, and encodes the answers. Arguments
 // of the right types that are not valid values are answered with an error and never reach the
@@ -18,12 +25,12 @@ namespace quenlet {
 class CorvelDispatcher final : public ExportedObject {
  public:
   // `admitsClient` tells whether the gate lets the client's calls through. All connections share
-  // `replies`.
+  // `sharedReplies`.
   CorvelDispatcher(std::shared_ptr<CorvelProtocol> connectionGate,
-                   std::function<bool()> admitsClient, std::shared_ptr<DonationListReplies> replies)
+                   std::function<bool()> admitsClient, std::shared_ptr<SharedReplies> sharedReplies)
       : gate(std::move(connectionGate)),
         gateAdmitsClient(std::move(admitsClient)),
-        listReplies(std::move(replies)) {}
+        replies(std::move(sharedReplies)) {}
 
   void perform(const std::string& selector, WireReader arguments, WireReply reply) override;
 
@@ -41,7 +48,7 @@ class CorvelDispatcher final : public ExportedObject {
 
   const std::shared_ptr<CorvelProtocol> gate;
   const std::function<bool()> gateAdmitsClient;
-  const std::shared_ptr<DonationListReplies> listReplies;
+  const std::shared_ptr<SharedReplies> replies;
 };
 
 }  // namespace quenlet

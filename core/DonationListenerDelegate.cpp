@@ -1,6 +1,5 @@
 #include "core/DonationListenerDelegate.h"
 
-#include "core/CorvelDispatcher.h"
 #include "core/CorvelEntitlementDecorator.h"
 #include "platform/PlatformServices.h"
 #include "protocol/AccountWire.h"
@@ -38,7 +37,7 @@ bool DonationListenerDelegate::shouldAcceptNewConnection(
                                       : PeerTreatment::refused);
   newConnection->setExportedInterface(interface);
   newConnection->setExportedObject(std::make_shared<CorvelDispatcher>(
-      gate, [gate] { return gate->admitsClient(); }, listReplies));
+      gate, [gate] { return gate->admitsClient(); }, replies));
   newConnection->resume();
   return true;
 }

@@ -3,10 +3,10 @@
 #include <functional>
 #include <memory>
 
+#include "core/CorvelDispatcher.h"
 #include "platform/AgentEnvironmentProtocol.h"
 #include "platform/ipc/ServiceListener.h"
 #include "protocol/CorvelProtocol.h"
-#include "protocol/EncodedDonations.h"
 #include "storage/BundleLimit.h"
 
 namespace quenlet {
@@ -37,7 +37,7 @@ class DonationListenerDelegate final : public ServiceListenerDelegate {
   const std::shared_ptr<CorvelProtocol> agent;
   const LimitedAgent limitedAgent;
   const ServiceInterface interface = makeConfiguredInterface();
-  const std::shared_ptr<DonationListReplies> listReplies = std::make_shared<DonationListReplies>();
+  const std::shared_ptr<SharedReplies> replies = std::make_shared<SharedReplies>();
 };
 
 }  // namespace quenlet

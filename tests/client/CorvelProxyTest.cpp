@@ -61,7 +61,7 @@ class CorvelProxyTest : public EnvironmentTest {
   }
   void serveAgent() {
     serve(std::make_shared<CorvelDispatcher>(
-        agent, [] { return true; }, std::make_shared<DonationListReplies>()));
+        agent, [] { return true; }, std::make_shared<SharedReplies>()));
   }
 
   // The error that each of the ten operations was replied to with; the synchronous one must have
