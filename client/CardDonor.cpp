@@ -15,7 +15,7 @@ void CardDonor::addFile(const std::vector<VCard>& cards, const std::string& file
 std::size_t CardDonor::countRepeated() const {
   std::set<std::string> identifiers;
   for (const DonationValuePtr& value : values) {
-    identifiers.insert(value->origin().donationIdentifier);
+    identifiers.insert(value->decoded().origin.donationIdentifier);
   }
   return values.size() - identifiers.size();
 }

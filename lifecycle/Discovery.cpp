@@ -1,11 +1,27 @@
 #include "lifecycle/Discovery.h"
 
-#include "lifecycle/ExtensionDonationSolicitor.h"
+#include <memory>
+#include <utility>
+
 #include "platform/PlatformServices.h"
+#include "platform/extensions/DonorExtension.h"
 #include "platform/logging/StandardOutput.h"
+#include "sources/DonationSolicitor.h"
 
 namespace quenlet {
 namespace {
+
+// Asks one donor extension to donate all of its values again. Thread-safe.
+class ExtensionDonationSolicitor final : public DonationSolicitor {
+ public:
+  explicit ExtensionDonationSolicitor(std::shared_ptr<DonorExtension> extension)
+      : donor(std::move(extension)) {}
+
+  void runWithReason(std::uint64_t reason) override { donor->redonateAllValuesWithReason(reason); }
+
+ private:
+  const std::shared_ptr<DonorExtension> donor;
+};
 
 constexpr double discoverySeconds = 10000.0;
 

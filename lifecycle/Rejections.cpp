@@ -1,7 +1,6 @@
 #include "lifecycle/Rejections.h"
 
 #include "platform/contacts/ContactStore.h"
-#include "platform/foundation/Text.h"
 
 namespace quenlet {
 
@@ -55,12 +54,11 @@ void Rejections::rejectFound(DonationStore& donations, const Rejection& rejectio
     });
     return;
   }
-  const Value unwanted = found->value();
-  rejectValues(
-      donations,
-      valuesWhere(*donations.list(),
-                  [&unwanted](const DonationValue& row) { return row.value() == unwanted; }),
-      rejection);
+  const auto isUnwanted = [&found, unwanted = found->value()](const DonationValue& row) {
+    // Equal values have equal keys, so few need decoding.
+    return row.contentKey() == found->contentKey() && row.value() == unwanted;
+  };
+  rejectValues(donations, valuesWhere(*donations.list(), isUnwanted), rejection);
 }
 
 void Rejections::rejectValuesWithClusterIdentifier(std::string clusterIdentifier,
@@ -74,11 +72,11 @@ void Rejections::rejectValuesWithClusterIdentifier(std::string clusterIdentifier
   }
   store->submitWriterBlock(
       [self = shared_from_this(), rejection = std::move(rejection)](DonationStore& donations) {
-        const std::string key = canonicalKey(rejection.identifier);
+        const Fingerprint key = DonationKeys::ofText(rejection.identifier);
         self->rejectValues(
             donations,
             valuesWhere(*donations.list(),
-                        [&key](const DonationValue& row) { return row.clusterKey().text == key; }),
+                        [&key](const DonationValue& row) { return row.clusterKey() == key; }),
             rejection);
       });
 }
@@ -91,18 +89,13 @@ void Rejections::removeAllRejections(ErrorReply completionHandler) {
   });
 }
 
-void Rejections::rejectValues(DonationStore& donations, DonationValues values,
+void Rejections::rejectValues(DonationStore& donations, const DonationValues& values,
                               const Rejection& rejection) {
   if (values.empty()) {
     report({RejectionResult::unknownIdentifier}, rejection);
     return;
   }
-  RemoveValuesWithIdentifiers removal;
-  for (const DonationValuePtr& value : values) {
-    removal.identifiers.push_back(value->origin().donationIdentifier);
-  }
-  donations.applyChange(removal, [self = shared_from_this(), values = std::move(values),
-                                  rejection](const SaveResponse&) {
+  donations.removeAll(values, [self = shared_from_this(), values, rejection](const SaveResponse&) {
     self->feedbackStore->rejectDonatedValues(
         values, MeCardContactIdentifier, [self, rejection](const ErrorPtr& error) {
           self->report({error ? RejectionResult::failure : RejectionResult::success, error},

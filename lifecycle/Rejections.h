@@ -49,7 +49,8 @@ class Rejections final : public std::enable_shared_from_this<Rejections> {
 
   // In a writer block.
   void rejectFound(DonationStore& donations, const Rejection& rejection);
-  void rejectValues(DonationStore& donations, DonationValues values, const Rejection& rejection);
+  void rejectValues(DonationStore& donations, const DonationValues& values,
+                    const Rejection& rejection);
   void report(const RejectionResult& result, const Rejection& rejection);
 
   const std::shared_ptr<DonationStore> store;

@@ -5,6 +5,7 @@
 
 #include "model/DonationError.h"
 #include "platform/PlatformServices.h"
+#include "platform/foundation/Text.h"
 #include "platform/logging/StandardOutput.h"
 
 namespace quenlet {
@@ -13,8 +14,12 @@ namespace {
 constexpr double renewalDelaySeconds = 2.0;
 
 // The agent's own sources: their values are never sent for renewal.
-const std::set<std::string_view> internalBundleIdentifiers = {AccountsBundleIdentifier,
-                                                              SIMCardBundleIdentifier};
+bool isInternal(const DonationValue& value) {
+  static const std::set<Fingerprint> internalBundleIdentifiers = {
+      DonationKeys::ofText(AccountsBundleIdentifier),
+      DonationKeys::ofText(SIMCardBundleIdentifier)};
+  return internalBundleIdentifiers.contains(value.bundleKey());
+}
 
 // A value that no donor has donated, to see whether a donor answers at all.
 DonationValuePtr placeholderValue() {
@@ -31,9 +36,8 @@ void printRenewal(std::optional<Date> newExpirationDate, const ErrorPtr& error) 
 
 void Renewal::renewWithDonations(const DonationValues& values,
                                  std::weak_ptr<CorvelProtocol> agent) {
-  DonationValues external = valuesWhere(values, [](const DonationValue& value) {
-    return !internalBundleIdentifiers.contains(value.bundleKey().text);
-  });
+  DonationValues external =
+      valuesWhere(values, [](const DonationValue& value) { return !isInternal(value); });
   if (external.empty()) return;
   static_cast<void>(
       PlatformServices::current().defaultSchedulerProvider()->backgroundScheduler()->afterDelay(
@@ -56,11 +60,11 @@ void Renewal::askDonorsToRenew(const DonationValues& values, std::weak_ptr<Corve
   std::map<std::string, DonationValues> groups;
   for (const DonationValuePtr& value : values) {
     // Grouped by canonical form; a donor is looked up by its identifier as donated.
-    groups[std::string(value->bundleKey().text)].push_back(value);
+    groups[canonicalKey(value->decoded().origin.bundleIdentifier)].push_back(value);
   }
   const auto loader = PlatformServices::current().makeDonorLoader(std::move(agent));
   for (const auto& [key, group] : groups) {
-    const std::string& bundleIdentifier = group.front()->origin().bundleIdentifier;
+    const std::string bundleIdentifier = group.front()->decoded().origin.bundleIdentifier;
     logger->willRenewValues(group, bundleIdentifier);
     // The capture keeps the loader until it has answered.
     loader->donorWithIdentifier(bundleIdentifier)
@@ -103,7 +107,7 @@ void Renewal::renewalAcknowledged(const DonationValuePtr& value,
   logger->didRenewValue(value, *newExpirationDate);
   // An ordinary change: it may bring back a value that was deleted while the donor was asked.
   if (newExpirationDate->timeIntervalSince(PlatformServices::current().now()) <= 0) {
-    store->submitChange(RemoveValuesWithIdentifiers{{value->origin().donationIdentifier}},
+    store->submitChange(RemoveValuesWithIdentifiers{{value->decoded().origin.donationIdentifier}},
                         nobodyWaits);
   } else {
     store->submitChange(

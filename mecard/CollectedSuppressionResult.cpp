@@ -5,7 +5,7 @@ namespace {
 
 NameSuppressionStatus statusForCuratedName(const std::optional<PersonNameComponents>& name) {
   if (!name) return {NameSuppressionStatus::None{}};
-  return {NameSuppressionStatus::Curated{NameKey::keyForName(*name)}};
+  return {NameSuppressionStatus::Curated{DonationKeys::ofName(*name)}};
 }
 
 }  // namespace
@@ -15,35 +15,32 @@ CollectedSuppressionResult::CollectedSuppressionResult(
     : status(statusForCuratedName(curatedName)) {}
 
 void CollectedSuppressionResult::collect(const DonationValue& donation) {
-  if (!donation.isName()) return;
+  if (donation.kind() != DonationKind::name) return;
   if (const auto* curated = status.as<NameSuppressionStatus::Curated>()) {
-    if (!donation.hasNameKey(curated->name)) suppressDonor(donation);
+    if (donation.contentKey() != curated->name) suppressDonor(donation);
   } else if (status.as<NameSuppressionStatus::None>()) {
-    status = NameSuppressionStatus(NameSuppressionStatus::OneDonation{donation.nameKey()});
+    status = NameSuppressionStatus(NameSuppressionStatus::OneDonation{donation.contentKey()});
   } else if (const auto* first = status.as<NameSuppressionStatus::OneDonation>()) {
-    if (!donation.hasNameKey(first->name)) {
+    if (donation.contentKey() != first->name) {
       status = NameSuppressionStatus(NameSuppressionStatus::DifferentDonations{});
     }
   }
 }
 
 void CollectedSuppressionResult::suppressDonor(const DonationValue& donation) {
-  if (const ComparisonKey cluster = donation.clusterKey(); cluster.text.empty()) {
-    bundleIDs.insert(donation.bundleKey());
+  if (donation.clusterKey()) {
+    clusterIDs.insert(donation.clusterKey());
   } else {
-    clusterIDs.insert(cluster);
+    bundleIDs.insert(donation.bundleKey());
   }
 }
 
 bool CollectedSuppressionResult::keeps(const DonationValue& donation) const {
   if (!bundleIDs.empty() && bundleIDs.contains(donation.bundleKey())) return false;
-  if (!clusterIDs.empty()) {
-    const ComparisonKey cluster = donation.clusterKey();
-    if (!cluster.text.empty() && clusterIDs.contains(cluster)) return false;
-  }
+  if (!clusterIDs.empty() && clusterIDs.contains(donation.clusterKey())) return false;
   const bool namesMayStay =
       status.as<NameSuppressionStatus::OneDonation>() || status.as<NameSuppressionStatus::None>();
-  return namesMayStay || !donation.isName();
+  return namesMayStay || donation.kind() != DonationKind::name;
 }
 
 }  // namespace quenlet

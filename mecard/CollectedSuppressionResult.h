@@ -2,21 +2,65 @@
 
 #include <optional>
 #include <unordered_set>
+#include <variant>
 
-#include "mecard/NameSuppressionStatus.h"
 #include "model/DonationValue.h"
+#include "platform/foundation/KeyedHash.h"
 
 namespace quenlet {
 
+// What a pass over the donations has learned about the owner's name. A value type. Names are held
+// as the keys of equivalent names (DonationKeys), so two statuses are equal when they are the same
+// case with equivalent names.
+//
+//   state              | a donated name that is equivalent | any other donated name
+//   none               | oneDonation, with that name       | –
+//   oneDonation        | oneDonation, with the first name  | differentDonations
+//   differentDonations | differentDonations                | differentDonations
+//   curated            | curated                           | curated; the donor is silenced
+class NameSuppressionStatus final {
+ public:
+  // The owner curates a name; donated names must match it.
+  struct Curated final {
+    Fingerprint name;
+    friend bool operator==(const Curated&, const Curated&) = default;
+  };
+  // All donated names so far are equivalent to this one.
+  struct OneDonation final {
+    Fingerprint name;
+    friend bool operator==(const OneDonation&, const OneDonation&) = default;
+  };
+  struct None final {
+    friend bool operator==(None, None) = default;
+  };
+  // At least two donated names disagree.
+  struct DifferentDonations final {
+    friend bool operator==(DifferentDonations, DifferentDonations) = default;
+  };
+  using Cases = std::variant<Curated, OneDonation, None, DifferentDonations>;
+
+  NameSuppressionStatus(Cases status) : cases(std::move(status)) {}
+
+  template <typename Case>
+  [[nodiscard]] const Case* as() const {
+    return std::get_if<Case>(&cases);
+  }
+
+  friend bool operator==(const NameSuppressionStatus&, const NameSuppressionStatus&) = default;
+
+ private:
+  Cases cases;
+};
+
 // Decides which donors are silenced, and whether donated names may be used at all. Collect every
-// donation first, in the order of the list, then ask keeps() for each. Does not own the donations,
-// whose identifiers it refers to. A value type; one thread at a time.
+// donation first, in the order of the list, then ask keeps() for each. A value type; one thread at
+// a time.
 //
 // A donor whose name contradicts the curated one talks about somebody else: everything from the
 // same cluster, or from the same app if the donation has no cluster, is left out.
 class CollectedSuppressionResult final {
  public:
-  using Identifiers = std::unordered_set<ComparisonKey, ComparisonKeyHash>;
+  using Identifiers = std::unordered_set<Fingerprint, FingerprintHash>;
 
   explicit CollectedSuppressionResult(const std::optional<PersonNameComponents>& curatedName);
 
@@ -24,7 +68,6 @@ class CollectedSuppressionResult final {
   [[nodiscard]] bool keeps(const DonationValue& donation) const;
 
   [[nodiscard]] const NameSuppressionStatus& nameStatus() const { return status; }
-  // Identifiers in canonical form.
   [[nodiscard]] const Identifiers& suppressedBundleIDs() const { return bundleIDs; }
   [[nodiscard]] const Identifiers& suppressedClusterIDs() const { return clusterIDs; }
 

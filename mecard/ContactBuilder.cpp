@@ -17,7 +17,7 @@ Contact ContactBuilder::build(const std::shared_ptr<const DonationValues>& donat
   DonationVisitor visitor(donations, places.size());
   for (const std::uint32_t place : places) {
     prefetchDonation(*donations, place);
-    visitor.visit(place);
+    (*donations)[place]->acceptDonationValueVisitor(visitor);
   }
   return std::move(visitor).takeContact();
 }

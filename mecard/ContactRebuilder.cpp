@@ -29,7 +29,7 @@ CollectedSuppressionResult ContactRebuilder::collectSuppression() const {
 // Both stages in one pass: what suppression drops need not be looked up among the addresses.
 void ContactRebuilder::dropContradictingAndRepeating() {
   const CollectedSuppressionResult suppression = collectSuppression();
-  const EmailAddressCollector collector(emailAddresses);
+  EmailAddressCollector collector(emailAddresses);
   std::erase_if(remaining, [&](std::uint32_t place) {
     prefetchDonation(*all, place);
     const DonationValue& donation = *(*all)[place];

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -9,44 +9,38 @@
 
 namespace quenlet {
 
-// The keys of the entries that a card has so far: an open-addressed table of the places of their
-// donations. A look-up touches at most one record, barring hash collisions.
-class VisitedKeys final {
- public:
-  explicit VisitedKeys(std::size_t expectedKeys);
-
-  // Adds the key of the donation at `place`, which must have one; false when it was there already.
-  [[nodiscard]] bool add(const DonationValues& donations, std::uint32_t place);
-
- private:
-  struct Slot final {
-    std::uint32_t hash = 0;
-    std::uint32_t placeAndOne = 0;  // 0 for none
-  };
-  std::vector<Slot> slots;
-};
-
-// Fills one contact from donations, which it shares. Lives for one build; one thread at a time.
+// Fills one contact from the donations that accept it, and shares their list. Lives for one build;
+// one thread at a time.
 //
 // One set of keys finds duplicates among e-mail addresses, phone numbers and postal addresses
-// alike. Comparing allocates no text, since keys are the records' own; the contact's entries are
-// made when they are read.
-class DonationVisitor final {
+// alike. Only names are parsed: the contact's entries are made when they are read.
+class DonationVisitor final : public DonationValueVisitor {
  public:
-  DonationVisitor(std::shared_ptr<const DonationValues> donations, std::size_t expectedVisits);
+  // `donations` owns all that will be visited, `expectedVisits` at most.
+  DonationVisitor(std::shared_ptr<const DonationValues> donations, std::size_t expectedVisits)
+      : owner(std::move(donations)), visitedValues(expectedVisits) {}
 
-  // Visits the donation at `place`.
-  void visit(std::uint32_t place);
+  void visitNameComponents(const DonationValue& donation) override;
+  void visitEmailAddress(const DonationValue& donation) override {
+    visitEntry(donation, emailAddresses);
+  }
+  void visitPhoneNumber(const DonationValue& donation) override {
+    visitEntry(donation, phoneNumbers);
+  }
+  void visitPostalAddress(const DonationValue& donation) override {
+    visitEntry(donation, postalAddresses);
+  }
+  void visitImageData(const DonationValue& donation) override;
+
   [[nodiscard]] Contact takeContact() &&;
 
  private:
   using Entries = std::vector<const DonationValue*>;
 
-  void visitNameComponents(const DonationValue& donation);
-  void visitEntry(std::uint32_t place, const DonationValue& donation, Entries& entries);
+  void visitEntry(const DonationValue& donation, Entries& entries);
 
-  std::shared_ptr<const DonationValues> visited;
-  VisitedKeys visitedValues;
+  const std::shared_ptr<const DonationValues> owner;
+  KeyIndex visitedValues;
   MutableContact contact;
   Entries emailAddresses;
   Entries phoneNumbers;

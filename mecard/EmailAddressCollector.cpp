@@ -11,17 +11,23 @@ EmailAddressCollector::EmailAddressCollector(
     for (const std::string& alias : EmailAddressExpandAliasedDomains(curated)) {
       const std::string normalized = EmailAddressNormalize(alias);
       blacklist.insert(canonicalKey(normalized));
-      foldedHashes.insert(ComparisonKey::hashOf(canonicalKey(lowercased(normalized))));
+      foldedKeys.insert(DonationKeys::ofFoldedText(normalized));
     }
   }
 }
 
-bool EmailAddressCollector::collects(const DonationValue& donation) const {
-  if (donation.kind() != DonationKind::emailAddress || blacklist.empty()) return true;
+bool EmailAddressCollector::collects(const DonationValue& donation) {
+  isBlacklisted = false;
+  donation.acceptDonationValueVisitor(*this);
+  return !isBlacklisted;
+}
+
+void EmailAddressCollector::visitEmailAddress(const DonationValue& donation) {
   // Equal addresses have equal keys, so few addresses need parsing.
-  const std::optional<ComparisonKey> key = donation.entryKey();
-  if (!key || !foldedHashes.contains(key->hash)) return true;
-  return !blacklist.contains(canonicalKey(donation.emailEntry()->value));
+  if (!foldedKeys.contains(donation.contentKey())) return;
+  const DecodedDonation decoded = donation.decoded();
+  const auto& email = std::get<Value::EmailAddress>(decoded.content);
+  isBlacklisted = blacklist.contains(canonicalKey(email.address));
 }
 
 }  // namespace quenlet

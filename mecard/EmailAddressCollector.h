@@ -14,17 +14,20 @@ namespace quenlet {
 //
 // Curated addresses count in normal form and under all aliases of their domains. A donated address
 // is looked up as it was donated, so a curated address in another letter case stays.
-class EmailAddressCollector final {
+class EmailAddressCollector final : public DonationValueVisitor {
  public:
   explicit EmailAddressCollector(const std::vector<std::string>& blacklistedEmailAddresses);
 
   // Whether `donation` stays: it is anything but a blacklisted address.
-  [[nodiscard]] bool collects(const DonationValue& donation) const;
+  [[nodiscard]] bool collects(const DonationValue& donation);
+
+  void visitEmailAddress(const DonationValue& donation) override;
 
  private:
   std::unordered_set<std::string, TextHash> blacklist;
-  // Hashes of the blacklist in the form of records' keys, which ignore letter case.
-  std::unordered_set<std::uint32_t> foldedHashes;
+  // Their keys as content, which ignore letter case.
+  std::unordered_set<Fingerprint, FingerprintHash> foldedKeys;
+  bool isBlacklisted = false;
 };
 
 }  // namespace quenlet

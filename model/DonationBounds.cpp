@@ -3,39 +3,26 @@
 #include <algorithm>
 #include <string_view>
 
-#include "model/DonationOrigin.h"
-#include "model/Value.h"
+#include "model/DonationText.h"
 
 namespace quenlet {
 namespace {
 
-constexpr std::string_view textFields[] = {
-    NamePrefixKey,
-    GivenNameKey,
-    MiddleNameKey,
-    FamilyNameKey,
-    NameSuffixKey,
-    NicknameKey,
-    DonationValueEmailAddressKey,
-    DonationValuePhoneNumberKey,
-    "street",
-    "subLocality",
-    "city",
-    "subAdministrativeArea",
-    "state",
-    "postalCode",
-    "country",
-    "isoCountryCode",
-    DonationValueLabelKey,
-    DonationOrigin::bundleIdentifierKey,
-    DonationOrigin::donationIdentifierKey,
-    DonationOrigin::clusterIdentifierKey,
-};
+bool isTextField(std::string_view field) {
+  const auto isKey = [field](const auto& entry) { return entry.first == field; };
+  const std::string_view others[] = {DonationValueEmailAddressKey,
+                                     DonationValuePhoneNumberKey,
+                                     DonationValueLabelKey,
+                                     DonationOrigin::bundleIdentifierKey,
+                                     DonationOrigin::donationIdentifierKey,
+                                     DonationOrigin::clusterIdentifierKey};
+  return std::any_of(nameComponentsByKey.begin(), nameComponentsByKey.end(), isKey) ||
+         std::any_of(postalFieldsByKey.begin(), postalFieldsByKey.end(), isKey) ||
+         std::find(std::begin(others), std::end(others), field) != std::end(others);
+}
 
 std::optional<std::string> violationOfText(const std::string& field, const std::string& text) {
-  if (std::find(std::begin(textFields), std::end(textFields), field) == std::end(textFields)) {
-    return std::nullopt;
-  }
+  if (!isTextField(field)) return std::nullopt;
   if (text.size() > DonationBounds::textSizeInBytes) {
     return field + " is larger than " + std::to_string(DonationBounds::textSizeInBytes >> 10) +
            " KiB";
@@ -47,7 +34,7 @@ std::optional<std::string> violationOfText(const std::string& field, const std::
 
 std::optional<std::string> violationOfEntry(const std::string& field, const PropertyList& entry) {
   if (const std::string* text = entry.string()) return violationOfText(field, *text);
-  const Data* image = field == "imageData" ? entry.data() : nullptr;
+  const Data* image = field == DonationText::imageDataKey ? entry.data() : nullptr;
   if (image == nullptr || image->bytes.size() <= DonationBounds::imageSizeInBytes) {
     return std::nullopt;
   }

@@ -2,58 +2,46 @@
 
 #include <algorithm>
 
-#include "model/ValueCaster.h"
-#include "platform/foundation/PropertyListSerializer.h"
-#include "platform/foundation/PropertyListWriter.h"
-#include "platform/foundation/Text.h"
-
-// Blocks of records are drawn in the header. A save writes neighbouring records of a block in one
-// go. The last record left keeps the whole block alive, so blocks must not be large.
-
 namespace quenlet {
 namespace {
 
+// The last record left keeps its whole block alive, so blocks must not be large.
 constexpr std::size_t enoughForBlockInBytes = std::size_t{1} << 16;
 
-std::shared_ptr<const char[]> makeBlock(std::string_view texts, std::string_view furtherKeys) {
-  auto block = std::make_shared_for_overwrite<char[]>(texts.size() + furtherKeys.size());
+std::shared_ptr<const char[]> makeBlock(std::string_view texts) {
+  auto block = std::make_shared_for_overwrite<char[]>(texts.size());
   std::copy(texts.begin(), texts.end(), block.get());
-  std::copy(furtherKeys.begin(), furtherKeys.end(), block.get() + texts.size());
   return block;
 }
 
-template <typename T>
-std::shared_ptr<const LabeledValue<T>> makeEntry(T value, std::string label,
-                                                 DonationOrigin origin) {
-  return std::make_shared<const LabeledValue<T>>(
-      LabeledValue<T>{std::move(label),
-                      std::move(value),
-                      {std::make_shared<const DonationOrigin>(std::move(origin))}});
-}
-
-// Calls the visitor's operation for each kind of content.
-struct Visit final {
-  const DonationValue& donation;
-  DonationValueVisitor& visitor;
-
-  void operator()(const PersonNameComponents& name) const {
-    visitor.visitDonationValue(donation, name);
+struct ContentKey final {
+  Fingerprint operator()(const PersonNameComponents& name) const {
+    return DonationKeys::ofName(name);
   }
-  void operator()(const Value::EmailAddress& email) const {
-    visitor.visitDonationValue(donation, email.address, email.label);
+  Fingerprint operator()(const Value::EmailAddress& email) const {
+    return DonationKeys::ofFoldedText(email.address);
   }
-  void operator()(const Value::PhoneNumber& phone) const {
-    visitor.visitDonationValue(donation, *PhoneNumber::withStringValue(phone.number), phone.label);
+  Fingerprint operator()(const Value::PhoneNumber& phone) const {
+    return DonationKeys::ofText(phone.number);
   }
-  void operator()(const Value::PostalAddress& postal) const {
-    visitor.visitDonationValue(donation, postal.address, postal.style, postal.label);
+  Fingerprint operator()(const Value::PostalAddress& postal) const {
+    return DonationKeys::ofPostalAddress(postal.address);
   }
-  void operator()(const Value::ImageData& image) const {
-    visitor.visitDonationValue(donation, image.bytes);
-  }
+  Fingerprint operator()(const Value::ImageData&) const { return {}; }
 };
 
 }  // namespace
+
+DonationValue::Digest::Digest(const DecodedDonation& decoded, std::size_t textSizeInBytes)
+    : kind(static_cast<DonationKind>(decoded.content.index())),
+      textSize(static_cast<std::uint32_t>(textSizeInBytes)),
+      expirationDate(decoded.origin.expirationDate),
+      donation(DonationKeys::ofText(decoded.origin.donationIdentifier)),
+      bundle(DonationKeys::ofText(decoded.origin.bundleIdentifier)),
+      content(std::visit(ContentKey{}, decoded.content)) {
+  const std::string& clusterIdentifier = decoded.origin.clusterIdentifier.value_or("");
+  if (!clusterIdentifier.empty()) cluster = DonationKeys::ofText(clusterIdentifier);
+}
 
 DonationValuePtr DonationValue::donationValueWithNameComponents(PersonNameComponents name,
                                                                 DonationOrigin origin) {
@@ -89,21 +77,11 @@ DonationValuePtr DonationValue::donationValueWithImageData(std::string imageData
 }
 
 DonationValuePtr DonationValue::makeRecord(DecodedDonation donation) {
-  DigestMaker maker;
-  DonationDigest digest;
-  PropertyListWriter writer;
-  writer.value(propertyListRepresentationOf(donation));
-  const Result<std::string> written = std::move(writer).takeText();
-  const std::string_view text = written.ok() ? std::string_view(written.value()) : "";
-  // Parsed back to learn where the fields stand in the text.
-  std::optional<DonationFields> fields = DonationTextReader(text).takeRecord();
-  // Without them, the text would not be read back.
-  if (fields && !fields->hasIdentifiers()) fields.reset();
-  digest = fields ? maker.digestOfText(*fields, text) : maker.digestOfDonation(donation);
-  DigestMaker::place(digest, digest.textSize);
-  const auto block = makeBlock(text.substr(0, digest.textSize), maker.furtherKeys());
-  std::unique_ptr<const DecodedDonation> kept;
-  if (!fields || fields->kind == DonationKind::imageData) {
+  const std::string text = DonationText::write(donation).value_or("");
+  const Digest digest(donation, text.size());
+  const auto block = makeBlock(text);
+  Kept kept;
+  if (text.empty() || digest.kind == DonationKind::imageData) {
     kept = std::make_unique<const DecodedDonation>(std::move(donation));
   }
   return std::make_shared<const DonationValue>(
@@ -111,36 +89,29 @@ DonationValuePtr DonationValue::makeRecord(DecodedDonation donation) {
 }
 
 bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationValues& values) {
-  DigestMaker maker;
-  DonationTextReader reader(texts);
-  std::vector<DonationDigest> digests;
-  std::vector<std::unique_ptr<const DecodedDonation>> images;
+  std::vector<std::pair<Digest, Kept>> taken;
+  std::string_view rest = texts;
   std::size_t size = 0;
-  while (size < enoughForBlockInBytes && reader.remainder().starts_with("<dict>")) {
-    const std::string_view start = reader.remainder();
-    const std::optional<DonationFields> fields = reader.takeRecord();
-    if (!fields || !fields->areValid()) return false;
-    const std::size_t textSize = start.size() - reader.remainder().size();
+  while (size < enoughForBlockInBytes && rest.starts_with(DonationText::beginning)) {
+    std::optional<DecodedDonation> donation = DonationText::take(rest);
+    if (!donation) return false;
+    const std::size_t textSize = texts.size() - rest.size() - size;
     // A large record gets a block of its own.
-    if (!digests.empty() && textSize > enoughForBlockInBytes) break;
-    digests.push_back(maker.digestOfText(*fields, start.substr(0, textSize)));
-    if (fields->kind == DonationKind::imageData) {
-      images.push_back(std::make_unique<const DecodedDonation>(fields->decoded()));
+    if (!taken.empty() && textSize > enoughForBlockInBytes) break;
+    const Digest digest(*donation, textSize);
+    taken.emplace_back(digest, nullptr);
+    if (digest.kind == DonationKind::imageData) {
+      taken.back().second = std::make_unique<const DecodedDonation>(*std::move(donation));
     }
     size += textSize;
   }
-  if (digests.empty()) return false;
-  const auto block = makeBlock(texts.substr(0, size), maker.furtherKeys());
-  auto nextImage = images.begin();
-  std::size_t offset = 0;
-  for (DonationDigest& digest : digests) {
-    // Slices count from their own record's text.
-    DigestMaker::place(digest, static_cast<std::uint32_t>(size - offset));
-    const bool isImage = digest.kind == DonationKind::imageData;
+  if (taken.empty()) return false;
+  const auto block = makeBlock(texts.substr(0, size));
+  const char* start = block.get();
+  for (auto& [digest, kept] : taken) {
     values.push_back(std::make_shared<const DonationValue>(
-        digest, std::shared_ptr<const char>(block, block.get() + offset),
-        isImage ? std::move(*nextImage++) : nullptr));
-    offset += digest.textSize;
+        digest, std::shared_ptr<const char>(block, start), std::move(kept)));
+    start += digest.textSize;
   }
   texts.remove_prefix(size);
   return true;
@@ -148,8 +119,9 @@ bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationV
 
 DecodedDonation DonationValue::decoded() const {
   if (kept) return *kept;
-  // Parsed before, when the record was made: it cannot fail.
-  return DonationTextReader(text({0, digest.textSize})).takeRecord()->decoded();
+  std::string_view written = *propertyListText();
+  // Written or read before, when the record was made: it cannot fail.
+  return *DonationText::take(written);
 }
 
 DonationValuePtr DonationValue::copyWithNewExpirationDate(Date expirationDate) const {
@@ -159,51 +131,22 @@ DonationValuePtr DonationValue::copyWithNewExpirationDate(Date expirationDate) c
 }
 
 void DonationValue::acceptDonationValueVisitor(DonationValueVisitor& visitor) const {
-  std::visit(Visit{*this, visitor}, decoded().content);
-}
-
-DonationValue::Value DonationValue::value() const { return *ValueCaster(*this).value; }
-
-std::shared_ptr<const LabeledValue<std::string>> DonationValue::emailEntry() const {
-  if (kind() != DonationKind::emailAddress) return nullptr;
-  DecodedDonation donation = decoded();
-  auto& email = std::get<Value::EmailAddress>(donation.content);
-  return makeEntry(std::move(email.address), std::move(email.label), std::move(donation.origin));
-}
-
-std::shared_ptr<const LabeledValue<PhoneNumber>> DonationValue::phoneEntry() const {
-  if (kind() != DonationKind::phoneNumber) return nullptr;
-  DecodedDonation donation = decoded();
-  auto& phone = std::get<Value::PhoneNumber>(donation.content);
-  return makeEntry(*PhoneNumber::withStringValue(phone.number), std::move(phone.label),
-                   std::move(donation.origin));
-}
-
-std::shared_ptr<const LabeledValue<PostalAddress>> DonationValue::postalEntry() const {
-  if (kind() != DonationKind::postalAddress) return nullptr;
-  DecodedDonation donation = decoded();
-  auto& postal = std::get<Value::PostalAddress>(donation.content);
-  return makeEntry(std::move(postal.address), std::move(postal.label), std::move(donation.origin));
-}
-
-std::optional<PersonNameComponents> DonationValue::nameComponents() const {
-  if (!isName()) return std::nullopt;
-  return std::get<PersonNameComponents>(decoded().content);
-}
-
-std::shared_ptr<const std::string> DonationValue::imageData() const {
-  if (kind() != DonationKind::imageData) return nullptr;
-  return std::get<Value::ImageData>(kept->content).bytes;
+  using Visit = void (DonationValueVisitor::*)(const DonationValue&);
+  static constexpr Visit byKind[] = {
+      &DonationValueVisitor::visitNameComponents, &DonationValueVisitor::visitEmailAddress,
+      &DonationValueVisitor::visitPhoneNumber, &DonationValueVisitor::visitPostalAddress,
+      &DonationValueVisitor::visitImageData};
+  (visitor.*byKind[static_cast<std::size_t>(digest.kind)])(*this);
 }
 
 bool operator==(const DonationValue& a, const DonationValue& b) {
-  const DecodedDonation left = a.decoded();
-  const DecodedDonation right = b.decoded();
-  if (!(left.origin == right.origin)) return false;
-  const auto* image = std::get_if<Value::ImageData>(&left.content);
-  const auto* other = std::get_if<Value::ImageData>(&right.content);
+  const DecodedDonation first = a.decoded();
+  const DecodedDonation second = b.decoded();
+  if (!(first.origin == second.origin)) return false;
+  const auto* image = std::get_if<Value::ImageData>(&first.content);
+  const auto* other = std::get_if<Value::ImageData>(&second.content);
   if (image && other) return *image->bytes == *other->bytes;
-  return a.value() == b.value();
+  return Value(first.content) == Value(second.content);
 }
 
 }  // namespace quenlet

@@ -7,9 +7,9 @@
 namespace quenlet {
 namespace {
 
-constexpr char imageDataKey[] = "imageData";
-constexpr char styleKey[] = "style";
-constexpr char originKey[] = "origin";
+using DonationText::imageDataKey;
+using DonationText::originKey;
+using DonationText::styleKey;
 
 // Adds the content's entries to a record's dictionary.
 struct ContentWriter final {
@@ -78,16 +78,12 @@ DonationValuePtr postalRecord(const PropertyList& content, const std::string* la
 
 }  // namespace
 
-PropertyListDictionary DonationValue::propertyListRepresentationOf(
-    const DecodedDonation& donation) {
+PropertyListDictionary DonationValue::propertyListRepresentation() const {
+  const DecodedDonation donation = decoded();
   PropertyListDictionary entries;
   std::visit(ContentWriter{entries}, donation.content);
   entries.emplace(originKey, donation.origin.dictionaryRepresentation());
   return entries;
-}
-
-PropertyListDictionary DonationValue::propertyListRepresentation() const {
-  return propertyListRepresentationOf(decoded());
 }
 
 DonationValuePtr DonationValue::initWithPropertyListRepresentation(

@@ -65,12 +65,12 @@ class Value final {
   [[nodiscard]] static std::optional<Value> valueWithDictionary(
       const PropertyListDictionary& entries);
 
+  explicit Value(Cases kindAndContent) : content(std::move(kindAndContent)) {}
   [[nodiscard]] const Cases& cases() const { return content; }
 
   friend bool operator==(const Value& a, const Value& b);
 
  private:
-  explicit Value(Cases kindAndContent) : content(std::move(kindAndContent)) {}
   Cases content;
 };
 

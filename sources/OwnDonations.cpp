@@ -25,7 +25,7 @@ DonationValues OwnDonations::storable(DonationValues values) {
   std::erase_if(values, [](const DonationValuePtr& value) {
     const ErrorPtr problem = problemOf(*value);
     if (!problem) return false;
-    ProblemReporter("donation " + value->origin().donationIdentifier).setProblem(problem);
+    ProblemReporter("donation " + value->decoded().origin.donationIdentifier).setProblem(problem);
     return true;
   });
   return values;

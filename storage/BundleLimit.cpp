@@ -1,6 +1,5 @@
 #include "storage/BundleLimit.h"
 
-#include "platform/foundation/Text.h"
 #include "platform/ipc/ServiceInterface.h"
 
 namespace quenlet {
@@ -12,13 +11,13 @@ std::optional<BundleLimit> BundleLimit::ofEntitlement(const std::optional<Proper
   if (identifiers == nullptr) return limit;
   for (const PropertyList& identifier : *identifiers) {
     if (identifier.string() == nullptr) return BundleLimit();
-    limit.keys.insert(canonicalKey(*identifier.string()));
+    limit.allowed.insert(DonationKeys::ofText(*identifier.string()));
   }
   return limit;
 }
 
 bool BundleLimit::allows(const std::string& bundleIdentifier) const {
-  return allowsKey(canonicalKey(bundleIdentifier));
+  return allowed.contains(DonationKeys::ofText(bundleIdentifier));
 }
 
 ErrorPtr BundleLimit::refusal() {

@@ -3,7 +3,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <string_view>
 
 #include "model/DonationValue.h"
 #include "platform/foundation/PropertyList.h"
@@ -24,16 +23,13 @@ class BundleLimit final {
 
   [[nodiscard]] bool allows(const std::string& bundleIdentifier) const;
   [[nodiscard]] bool allows(const DonationValue& value) const {
-    return allowsKey(value.bundleKey().text);
+    return allowed.contains(value.bundleKey());
   }
   // The error for a request beyond the limit (ServiceErrorCode, bundleNotAllowed).
   [[nodiscard]] static ErrorPtr refusal();
 
  private:
-  [[nodiscard]] bool allowsKey(std::string_view key) const { return keys.contains(key); }
-
-  // Canonical forms of the identifiers.
-  std::set<std::string, std::less<>> keys;
+  std::set<Fingerprint> allowed;
 };
 
 }  // namespace quenlet

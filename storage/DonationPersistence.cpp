@@ -181,7 +181,7 @@ std::optional<std::size_t> sizeOfTexts(const DonationValues& values) {
 void appendTexts(std::string& output, const DonationValues& values) {
   std::string_view run;
   for (std::size_t place = 0; place < values.size(); ++place) {
-    prefetchDonationText(values, place);
+    prefetchDonation(values, place);
     const std::string_view text = *values[place]->propertyListText();
     if (run.data() + run.size() == text.data()) {
       run = {run.data(), run.size() + text.size()};

@@ -130,32 +130,18 @@ void DonationStore::dropConfirmedOrRejected() {
 }
 
 bool DonationStore::isWithin(const BundleLimit& limit, const ChangeType& change) const {
-  const auto mayTouch = [&](const std::string& identifier) {
+  const auto mayTouch = [&](const auto& identifier) {
     const DonationValuePtr held = donations.find(identifier);
     return !held || limit.allows(*held);
   };
   if (const auto* insertion = std::get_if<InsertOrModifyValues>(&change)) {
-    return std::all_of(insertion->values.begin(), insertion->values.end(), [&](const auto& value) {
-      return mayTouch(std::string(value->donationKey().text));
-    });
+    return std::all_of(insertion->values.begin(), insertion->values.end(),
+                       [&](const auto& value) { return mayTouch(value->donationKey()); });
   }
   if (const auto* removal = std::get_if<RemoveValuesWithIdentifiers>(&change)) {
     return std::all_of(removal->identifiers.begin(), removal->identifiers.end(), mayTouch);
   }
   return limit.allows(std::get<RemoveValuesWithBundleIdentifier>(change).bundleIdentifier);
-}
-
-void DonationStore::runAllOrNothing(const std::function<void()>& step) {
-  // Cheap: rows are shared, so the copy holds just the index. The step throws when memory is short.
-  DonationTable formerTable(donations);
-  ContactPtr formerContact = contact;
-  try {
-    step();
-  } catch (...) {
-    donations = std::move(formerTable);
-    contact = std::move(formerContact);
-    throw;
-  }
 }
 
 ErrorPtr DonationStore::changeTable(const ChangeType& change) {
@@ -170,22 +156,43 @@ ErrorPtr DonationStore::changeTable(const ChangeType& change) {
   return nullptr;
 }
 
-void DonationStore::applyChange(const ChangeType& change, SaveReply saveReply) {
-  const auto replyAtOnce = [&](const SaveResponse& response) {
-    replyScheduler->performBlock(
-        [saveReply = std::move(saveReply), response] { saveReply(response); });
-  };
+void DonationStore::applyChange(const ChangeType& requested, SaveReply saveReply) {
   // Nothing to save; the caller still expects its answer on the reply scheduler.
-  if (std::visit(IsEmptyChange{}, change)) return replyAtOnce(SaveResponse::success());
-  ErrorPtr refused;
-  runAllOrNothing([&] {
-    refused = changeTable(change);
-    if (refused) return;
+  if (std::visit(IsEmptyChange{}, requested)) {
+    return replySoon(std::move(saveReply), SaveResponse::success());
+  }
+  change([&] { return changeTable(requested); }, std::move(saveReply));
+}
+
+void DonationStore::removeAll(const DonationValues& values, SaveReply saveReply) {
+  const auto drop = [&]() -> ErrorPtr {
+    donations.removeAll(values);
+    return nullptr;
+  };
+  change(drop, std::move(saveReply));
+}
+
+void DonationStore::change(const std::function<ErrorPtr()>& step, SaveReply saveReply) {
+  // Cheap: rows are shared, so the copy holds just the index. Memory may run short at any step.
+  DonationTable formerTable(donations);
+  const ContactPtr formerContact = contact;
+  try {
+    if (const ErrorPtr refused = step()) {
+      return replySoon(std::move(saveReply), SaveResponse::failure(refused));
+    }
     rebuildCard();
     save(std::move(saveReply));
-  });
-  if (refused) return replyAtOnce(SaveResponse::failure(refused));
+  } catch (...) {
+    donations = std::move(formerTable);
+    contact = formerContact;
+    throw;
+  }
   postValuesDidChange();
+}
+
+void DonationStore::replySoon(SaveReply saveReply, SaveResponse response) const {
+  replyScheduler->performBlock(
+      [saveReply = std::move(saveReply), response = std::move(response)] { saveReply(response); });
 }
 
 ErrorPtr DonationStore::insert(const DonationValues& values) {

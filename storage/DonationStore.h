@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "mecard/CuratedInfoProviderProtocol.h"
 #include "platform/AgentEnvironmentProtocol.h"
@@ -61,7 +62,7 @@ class DonationStore final : public std::enable_shared_from_this<DonationStore> {
     return donations.snapshot();
   }
   // The donation under an identifier, or null.
-  [[nodiscard]] DonationValuePtr find(const std::string& donationIdentifier) const {
+  [[nodiscard]] DonationValuePtr find(std::string_view donationIdentifier) const {
     return donations.find(donationIdentifier);
   }
 
@@ -73,6 +74,8 @@ class DonationStore final : public std::enable_shared_from_this<DonationStore> {
   [[nodiscard]] std::optional<DonationValues> restore(const Predicate& notYetExpired);
   // Makes a change with all that follows from it. An empty change saves and posts nothing.
   void applyChange(const ChangeType& change, SaveReply saveReply);
+  // Drops these values, with all that follows from it.
+  void removeAll(const DonationValues& values, SaveReply saveReply);
   // Drops everything and saves. Posts nothing.
   void deleteAll();
   // Makes the card anew from the table and the curated facts.
@@ -88,8 +91,10 @@ class DonationStore final : public std::enable_shared_from_this<DonationStore> {
   // returns an error when the table would outgrow its file.
   [[nodiscard]] ErrorPtr insert(const DonationValues& values);
   [[nodiscard]] ErrorPtr changeTable(const ChangeType& change);
-  // Runs a step that changes the table and the card; restores both if it throws.
-  void runAllOrNothing(const std::function<void()>& step);
+  // Runs a step that changes the table, and completes the change; if the step returns an error or
+  // anything throws, table and card are as they were.
+  void change(const std::function<ErrorPtr()>& step, SaveReply saveReply);
+  void replySoon(SaveReply saveReply, SaveResponse response) const;
   // Completes a change that the table has seen: rebuilds the card, saves, posts the change.
   void commit(SaveReply saveReply);
   void save(SaveReply saveReply);

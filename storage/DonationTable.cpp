@@ -1,9 +1,6 @@
 #include "storage/DonationTable.h"
 
-#include <bit>
 #include <unordered_set>
-
-#include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
@@ -19,24 +16,10 @@ std::size_t textBytesOf(const DonationValues& values) {
 
 }  // namespace
 
-// The slot of the row with that identifier, or the free one where it belongs. Ends, since the index
-// always has free slots.
-std::size_t DonationTable::positionFor(const DonationValues& held, const ComparisonKey& key) const {
-  std::size_t position = key.hash & (index.size() - 1);
-  while (true) {
-    const Slot& slot = index[position];
-    if (slot.rowAndOne == 0) return position;
-    if (slot.hash == key.hash && held[slot.rowAndOne - 1]->donationKey() == key) return position;
-    position = (position + 1) & (index.size() - 1);
-  }
-}
-
 void DonationTable::indexAll(const DonationValues& held, std::size_t capacity) {
-  index.assign(std::bit_ceil(capacity + capacity / 2 + 2), {});
-  index.shrink_to_fit();
-  for (std::uint32_t row = 0; row < held.size(); ++row) {
-    const ComparisonKey key = held[row]->donationKey();
-    index[positionFor(held, key)] = {key.hash, row + 1};
+  index = KeyIndex(capacity);
+  for (std::size_t row = 0; row < held.size(); ++row) {
+    static_cast<void>(index.findOrAdd(held[row]->donationKey(), row));
   }
 }
 
@@ -45,7 +28,7 @@ void DonationTable::insertAll(const DonationValues& values) {
   const std::size_t mostRows = rows->size() + values.size();
   changed->reserve(mostRows);
   changed->assign(rows->begin(), rows->end());
-  if (mostRows + mostRows / 2 >= index.size()) indexAll(*changed, mostRows);
+  if (!index.hasRoomFor(mostRows)) indexAll(*changed, mostRows);
   for (const DonationValuePtr& value : values) {
     indexDonationByIdentifierReduction(*changed, value);
   }
@@ -55,13 +38,11 @@ void DonationTable::insertAll(const DonationValues& values) {
 
 void DonationTable::indexDonationByIdentifierReduction(DonationValues& held,
                                                        const DonationValuePtr& value) {
-  const ComparisonKey key = value->donationKey();
-  Slot& slot = index[positionFor(held, key)];
-  if (slot.rowAndOne == 0) {
+  const std::size_t row = index.findOrAdd(value->donationKey(), held.size());
+  if (row == held.size()) {
     held.push_back(value);
-    slot = {key.hash, static_cast<std::uint32_t>(held.size())};
   } else {
-    held[slot.rowAndOne - 1] = value;
+    held[row] = value;
   }
 }
 
@@ -83,31 +64,35 @@ void DonationTable::removeIf(const std::function<bool(const DonationValue&)>& un
   for (const DonationValuePtr& row : *rows) {
     if (!unwanted(*row)) changed->push_back(row);
   }
-  // A slot freed in place would cut the probes of others short.
   indexAll(*changed, changed->size());
   rows = std::move(changed);
 }
 
-DonationValuePtr DonationTable::find(const std::string& donationIdentifier) const {
-  const std::string text = canonicalKey(donationIdentifier);
-  const Slot& slot = index[positionFor(*rows, ComparisonKey::of(text))];
-  return slot.rowAndOne == 0 ? nullptr : (*rows)[slot.rowAndOne - 1];
+DonationValuePtr DonationTable::find(const Fingerprint& donationKey) const {
+  const std::size_t row = index.find(donationKey);
+  return row == KeyIndex::none ? nullptr : (*rows)[row];
 }
 
 void DonationTable::removeIdentifiers(const std::vector<std::string>& donationIdentifiers) {
-  std::unordered_set<const DonationValue*> unwanted;
+  DonationValues unwanted;
   for (const std::string& identifier : donationIdentifiers) {
-    if (const DonationValuePtr value = find(identifier)) unwanted.insert(value.get());
+    if (DonationValuePtr value = find(identifier)) unwanted.push_back(std::move(value));
   }
-  if (unwanted.empty()) return;
+  removeAll(unwanted);
+}
+
+void DonationTable::removeAll(const DonationValues& values) {
+  if (values.empty()) return;
+  std::unordered_set<const DonationValue*> unwanted;
+  for (const DonationValuePtr& value : values) unwanted.insert(value.get());
   removeIf([&unwanted](const DonationValue& row) { return unwanted.contains(&row); });
 }
 
 bool DonationTable::removeBundle(const std::string& bundleIdentifier) {
   const std::size_t before = rows->size();
-  const std::string text = canonicalKey(bundleIdentifier);
-  removeIf(
-      [key = ComparisonKey::of(text)](const DonationValue& row) { return row.bundleKey() == key; });
+  removeIf([key = DonationKeys::ofText(bundleIdentifier)](const DonationValue& row) {
+    return row.bundleKey() == key;
+  });
   return rows->size() < before;
 }
 

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "model/DonationValue.h"
@@ -13,13 +14,7 @@ namespace quenlet {
 // The donations that the agent holds, one for each identifier, in the order in which the
 // identifiers first came. Each change replaces the immutable list of rows, so a snapshot costs
 // nothing and may go to any thread; a change costs a copy of the list's pointers. An index finds
-// rows by identifier:
-//
-//   index, at hash & (size - 1)      rows
-//   0  hash of "a:2", row 1 + 1  ─▶  1  "a:2", an address
-//   1  free
-//   2  hash of "a:1", row 0 + 1  ─▶  0  "a:1", a name
-//   3  free
+// rows by identifier.
 //
 // Not thread-safe: nothing may overlap with a change.
 class DonationTable final {
@@ -38,32 +33,29 @@ class DonationTable final {
   void removeIf(const std::function<bool(const DonationValue&)>& unwanted);
   // Drops the values under these identifiers; unknown ones are ignored.
   void removeIdentifiers(const std::vector<std::string>& donationIdentifiers);
+  // Drops these values themselves: one that has been replaced meanwhile stays.
+  void removeAll(const DonationValues& values);
   // Drops the values of one bundle; false when there were none.
   bool removeBundle(const std::string& bundleIdentifier);
 
   // The value under an identifier, or null.
-  [[nodiscard]] DonationValuePtr find(const std::string& donationIdentifier) const;
+  [[nodiscard]] DonationValuePtr find(const Fingerprint& donationKey) const;
+  [[nodiscard]] DonationValuePtr find(std::string_view donationIdentifier) const {
+    return find(DonationKeys::ofText(donationIdentifier));
+  }
   // All values, in the table's order; later changes do not touch the list.
   [[nodiscard]] const std::shared_ptr<const DonationValues>& snapshot() const { return rows; }
 
  private:
-  // One slot of the index.
-  struct Slot final {
-    std::uint32_t hash = 0;
-    std::uint32_t rowAndOne = 0;  // 0 while free
-  };
-
   // Puts `value` into `held`, the list under construction, in place of the row with its identifier.
   // The index must have room for one more.
   void indexDonationByIdentifierReduction(DonationValues& held, const DonationValuePtr& value);
-  [[nodiscard]] std::size_t positionFor(const DonationValues& held, const ComparisonKey& key) const;
   void indexAll(const DonationValues& held, std::size_t capacity);
 
   std::shared_ptr<const DonationValues> rows = std::make_shared<const DonationValues>();
   // An upper bound of the size of all texts: values that were replaced or dropped may still count.
   std::size_t mostTextBytes = 0;
-  // Open-addressed; its size is a power of two, and at most two thirds of it are taken.
-  std::vector<Slot> index = std::vector<Slot>(4);
+  KeyIndex index;
 };
 
 }  // namespace quenlet

@@ -50,7 +50,8 @@ Result<Date> CardDirectoryDonor::renewExpirationDate(const DonationValue& value)
   if (!known) {
     if (ErrorPtr error = readCards()) return Result<Date>::failure(std::move(error));
   }
-  const auto [first, last] = known->byIdentifier.equal_range(value.origin().donationIdentifier);
+  const auto [first, last] =
+      known->byIdentifier.equal_range(value.decoded().origin.donationIdentifier);
   const bool stillThere = std::any_of(
       first, last, [&](const auto& current) { return isSameContent(*current.second, value); });
   if (stillThere) return Result<Date>::success(now().addingSeconds(lifetimeSeconds));
@@ -78,7 +79,7 @@ ErrorPtr CardDirectoryDonor::readCards() {
   }
   found.values = donor.donations();
   for (const DonationValuePtr& value : found.values) {
-    found.byIdentifier.emplace(value->origin().donationIdentifier, value);
+    found.byIdentifier.emplace(value->decoded().origin.donationIdentifier, value);
   }
   known = std::move(found);
   return nullptr;

@@ -6,7 +6,6 @@
 #include "platform/contacts/LabeledValues.h"
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/PostalAddress.h"
-#include "platform/foundation/KeptForms.h"
 
 namespace quenlet {
 
@@ -53,16 +52,10 @@ class Contact {
     return fields.imageData;
   }
 
-  // A cache for senders that encode the same contact again and again.
-  [[nodiscard]] const KeptForms& keptForms() const { return forms; }
-
   friend bool operator==(const Contact&, const Contact&) = default;
 
  protected:
   ContactFields fields;
-
- private:
-  KeptForms forms;
 };
 
 using ContactPtr = std::shared_ptr<const Contact>;

@@ -1,24 +1,10 @@
 #include "platform/contacts/PersonNameComponents.h"
 
-#include <array>
-#include <utility>
-
 #include "platform/contacts/Contact.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
-
-using Component = std::optional<std::string> PersonNameComponents::*;
-
-constexpr std::array<std::pair<const char*, Component>, 6> componentsByKey = {{
-    {NamePrefixKey, &PersonNameComponents::namePrefix},
-    {GivenNameKey, &PersonNameComponents::givenName},
-    {MiddleNameKey, &PersonNameComponents::middleName},
-    {FamilyNameKey, &PersonNameComponents::familyName},
-    {NameSuffixKey, &PersonNameComponents::nameSuffix},
-    {NicknameKey, &PersonNameComponents::nickname},
-}};
 
 std::optional<std::string> presentUnlessEmpty(const std::string& field) {
   if (field.empty()) return std::nullopt;
@@ -34,7 +20,7 @@ bool sameComponent(const std::optional<std::string>& a, const std::optional<std:
 
 PropertyListDictionary PersonNameComponents::dictionaryRepresentation() const {
   PropertyListDictionary entries;
-  for (const auto& [key, component] : componentsByKey) {
+  for (const auto& [key, component] : nameComponentsByKey) {
     if (const auto& text = this->*component) entries.emplace(key, *text);
   }
   return entries;
@@ -43,7 +29,7 @@ PropertyListDictionary PersonNameComponents::dictionaryRepresentation() const {
 PersonNameComponents PersonNameComponents::componentsWithDictionary(
     const PropertyListDictionary& entries) {
   PersonNameComponents components;
-  for (const auto& [key, component] : componentsByKey) {
+  for (const auto& [key, component] : nameComponentsByKey) {
     if (const std::string* text = findString(entries, key)) components.*component = *text;
   }
   return components;
@@ -59,7 +45,7 @@ PersonNameComponents PersonNameComponents::componentsForContact(const Contact& c
 }
 
 bool operator==(const PersonNameComponents& a, const PersonNameComponents& b) {
-  for (const auto& [key, component] : componentsByKey) {
+  for (const auto& [key, component] : nameComponentsByKey) {
     if (!sameComponent(a.*component, b.*component)) return false;
   }
   return true;

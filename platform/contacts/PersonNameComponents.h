@@ -1,7 +1,10 @@
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "platform/foundation/PropertyList.h"
 
@@ -37,5 +40,15 @@ struct PersonNameComponents final {
   // Compares by canonical equivalence; an absent component equals only an absent one.
   friend bool operator==(const PersonNameComponents& a, const PersonNameComponents& b);
 };
+
+// In ascending order of the keys.
+inline constexpr std::array<
+    std::pair<std::string_view, std::optional<std::string> PersonNameComponents::*>, 6>
+    nameComponentsByKey = {{{FamilyNameKey, &PersonNameComponents::familyName},
+                            {GivenNameKey, &PersonNameComponents::givenName},
+                            {MiddleNameKey, &PersonNameComponents::middleName},
+                            {NamePrefixKey, &PersonNameComponents::namePrefix},
+                            {NameSuffixKey, &PersonNameComponents::nameSuffix},
+                            {NicknameKey, &PersonNameComponents::nickname}}};
 
 }  // namespace quenlet

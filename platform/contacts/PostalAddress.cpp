@@ -1,29 +1,11 @@
 #include "platform/contacts/PostalAddress.h"
 
-#include <array>
-#include <utility>
-
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
-namespace {
-
-constexpr std::array<std::pair<std::string_view, PostalAddress::Field>, 8> fieldsByKey = {{
-    {"street", &PostalAddress::street},
-    {"subLocality", &PostalAddress::subLocality},
-    {"city", &PostalAddress::city},
-    {"subAdministrativeArea", &PostalAddress::subAdministrativeArea},
-    {"state", &PostalAddress::state},
-    {"postalCode", &PostalAddress::postalCode},
-    {"country", &PostalAddress::country},
-    {"isoCountryCode", &PostalAddress::isoCountryCode},
-}};
-
-}  // namespace
-
 PropertyListDictionary PostalAddress::dictionaryRepresentation() const {
   PropertyListDictionary entries;
-  for (const auto& [key, field] : fieldsByKey) {
+  for (const auto& [key, field] : postalFieldsByKey) {
     if (!(this->*field).empty()) entries.emplace(key, this->*field);
   }
   return entries;
@@ -33,7 +15,7 @@ std::optional<PostalAddress> PostalAddress::postalAddressWithDictionaryRepresent
     const PropertyListDictionary& entries) {
   PostalAddress address;
   bool anyKnownKey = false;
-  for (const auto& [key, field] : fieldsByKey) {
+  for (const auto& [key, field] : postalFieldsByKey) {
     const PropertyList* entry = findEntry(entries, key);
     if (!entry) continue;
     const std::string* text = entry->string();
@@ -46,14 +28,14 @@ std::optional<PostalAddress> PostalAddress::postalAddressWithDictionaryRepresent
 }
 
 PostalAddress::Field PostalAddress::fieldForKey(std::string_view key) {
-  for (const auto& [fieldKey, field] : fieldsByKey) {
+  for (const auto& [fieldKey, field] : postalFieldsByKey) {
     if (fieldKey == key) return field;
   }
   return nullptr;
 }
 
 bool operator==(const PostalAddress& a, const PostalAddress& b) {
-  for (const auto& [key, field] : fieldsByKey) {
+  for (const auto& [key, field] : postalFieldsByKey) {
     if (!canonicallyEqual(a.*field, b.*field)) return false;
   }
   return true;

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/foundation/PropertyList.h"
 
@@ -38,5 +40,16 @@ struct PostalAddress final {
   // Compares all fields by canonical equivalence.
   friend bool operator==(const PostalAddress& a, const PostalAddress& b);
 };
+
+// In ascending order of the keys.
+inline constexpr std::array<std::pair<std::string_view, PostalAddress::Field>, 8>
+    postalFieldsByKey = {{{"city", &PostalAddress::city},
+                          {"country", &PostalAddress::country},
+                          {"isoCountryCode", &PostalAddress::isoCountryCode},
+                          {"postalCode", &PostalAddress::postalCode},
+                          {"state", &PostalAddress::state},
+                          {"street", &PostalAddress::street},
+                          {"subAdministrativeArea", &PostalAddress::subAdministrativeArea},
+                          {"subLocality", &PostalAddress::subLocality}}};
 
 }  // namespace quenlet

@@ -9,7 +9,7 @@
 namespace quenlet {
 namespace {
 
-constexpr char imageDataKey[] = "imageData";
+using DonationText::imageDataKey;
 
 // A key is a letter for the kind, then the content. Fields are preceded by their length: otherwise
 // ("ab", "c") and ("a", "bc") would share a key. Absent differs from empty: "-" and "0:".
@@ -51,39 +51,30 @@ std::string keyOfPostalAddress(const PostalAddress& address) {
 
 std::string keyOfImage(std::string_view bytes) { return "i" + std::string(bytes); }
 
-class ContentVisitor final : public DonationValueVisitor {
- public:
-  FeedbackContent content;
-
-  void visitDonationValue(const DonationValue&, const PersonNameComponents& name) override {
-    content = {keyOfName(name),
-               {{DonationValueNameComponentsKey, name.dictionaryRepresentation()}}};
+struct ContentOf final {
+  FeedbackContent operator()(const PersonNameComponents& name) const {
+    return {keyOfName(name), {{DonationValueNameComponentsKey, name.dictionaryRepresentation()}}};
   }
-  void visitDonationValue(const DonationValue&, const std::string& emailAddress,
-                          const std::string&) override {
-    content = {keyOfEmailAddress(emailAddress), {{DonationValueEmailAddressKey, emailAddress}}};
+  FeedbackContent operator()(const Value::EmailAddress& email) const {
+    return {keyOfEmailAddress(email.address), {{DonationValueEmailAddressKey, email.address}}};
   }
-  void visitDonationValue(const DonationValue&, const PhoneNumber& number,
-                          const std::string&) override {
-    content = {keyOfPhoneNumber(number), {{DonationValuePhoneNumberKey, number.stringValue()}}};
+  FeedbackContent operator()(const Value::PhoneNumber& phone) const {
+    return {keyOfPhoneNumber(*PhoneNumber::withStringValue(phone.number)),
+            {{DonationValuePhoneNumberKey, phone.number}}};
   }
-  void visitDonationValue(const DonationValue&, const PostalAddress& address, PostalAddressStyle,
-                          const std::string&) override {
-    content = {keyOfPostalAddress(address),
-               {{DonationValuePostalAddressKey, address.dictionaryRepresentation()}}};
+  FeedbackContent operator()(const Value::PostalAddress& postal) const {
+    return {keyOfPostalAddress(postal.address),
+            {{DonationValuePostalAddressKey, postal.address.dictionaryRepresentation()}}};
   }
-  void visitDonationValue(const DonationValue&,
-                          const std::shared_ptr<const std::string>& bytes) override {
-    content = {keyOfImage(*bytes), {{imageDataKey, Data{*bytes}}}};
+  FeedbackContent operator()(const Value::ImageData& image) const {
+    return {keyOfImage(*image.bytes), {{imageDataKey, Data{*image.bytes}}}};
   }
 };
 
 }  // namespace
 
 FeedbackContent FeedbackContent::contentOfValue(const DonationValue& value) {
-  ContentVisitor visitor;
-  value.acceptDonationValueVisitor(visitor);
-  return std::move(visitor.content);
+  return std::visit(ContentOf{}, value.decoded().content);
 }
 
 std::optional<std::string> FeedbackContent::keyOfEntry(const PropertyListDictionary& entry) {

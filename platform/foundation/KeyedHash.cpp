@@ -30,6 +30,7 @@ struct SipState final {
       c = std::rotl(c, 32);
     }
   }
+  std::uint64_t folded() const { return a ^ b ^ c ^ d; }
 };
 
 // Up to eight bytes, the first one lowest.
@@ -41,20 +42,13 @@ std::uint64_t wordOf(std::string_view bytes) {
   return word;
 }
 
-KeyedHash withRandomKey() {
-  std::random_device source;
-  const auto half = [&source] { return std::uint64_t{source()} << 32 | source(); };
-  const std::uint64_t first = half();
-  return {first, half()};
-}
-
-}  // namespace
-
-template <int CompressionRounds, int FinalRounds>
-std::uint64_t KeyedHash::hash(std::string_view text) const {
+// The state once the text has gone in. `variant` tells the results of the two sizes apart.
+template <int CompressionRounds>
+SipState absorbed(std::uint64_t first, std::uint64_t second, std::uint64_t variant,
+                  std::string_view text) {
   constexpr std::size_t wordSize = sizeof(std::uint64_t);
   // The constants are the algorithm's own: "somepseudorandomlygeneratedbytes".
-  SipState state{first ^ 0x736f6d6570736575, second ^ 0x646f72616e646f6d,
+  SipState state{first ^ 0x736f6d6570736575, second ^ 0x646f72616e646f6d ^ variant,
                  first ^ 0x6c7967656e657261, second ^ 0x7465646279746573};
   const auto take = [&state](std::uint64_t word) {
     state.d ^= word;
@@ -66,18 +60,50 @@ std::uint64_t KeyedHash::hash(std::string_view text) const {
     take(wordOf(text.substr(0, wordSize)));
   }
   take(wordOf(text) | size << 56);
+  return state;
+}
+
+KeyedHash withRandomKey() {
+  std::random_device source;
+  const auto half = [&source] { return std::uint64_t{source()} << 32 | source(); };
+  const std::uint64_t first = half();
+  return {first, half()};
+}
+
+const KeyedHash& ofProcess() {
+  static const KeyedHash hash = withRandomKey();
+  return hash;
+}
+
+}  // namespace
+
+template <int CompressionRounds, int FinalRounds>
+std::uint64_t KeyedHash::hash(std::string_view text) const {
+  SipState state = absorbed<CompressionRounds>(first, second, 0, text);
   state.c ^= 0xff;
   state.mix(FinalRounds);
-  return state.a ^ state.b ^ state.c ^ state.d;
+  return state.folded();
+}
+
+template <int CompressionRounds, int FinalRounds>
+Fingerprint KeyedHash::fingerprint(std::string_view text) const {
+  SipState state = absorbed<CompressionRounds>(first, second, 0xee, text);
+  state.c ^= 0xee;
+  state.mix(FinalRounds);
+  Fingerprint result{state.folded(), 0};
+  state.b ^= 0xdd;
+  state.mix(FinalRounds);
+  result.second = state.folded();
+  return result;
 }
 
 template std::uint64_t KeyedHash::hash<1, 3>(std::string_view) const;
 template std::uint64_t KeyedHash::hash<2, 4>(std::string_view) const;
+template Fingerprint KeyedHash::fingerprint<2, 4>(std::string_view) const;
 
-std::uint64_t KeyedHash::of(std::string_view text) {
-  static const KeyedHash ofProcess = withRandomKey();
-  // Fewer rounds suffice because nobody outside ever sees the hashes.
-  return ofProcess.hash<1, 3>(text);
-}
+// Fewer rounds suffice because nobody outside ever sees the hashes.
+std::uint64_t KeyedHash::of(std::string_view text) { return ofProcess().hash<1, 3>(text); }
+
+Fingerprint Fingerprint::of(std::string_view text) { return ofProcess().fingerprint<1, 3>(text); }
 
 }  // namespace quenlet

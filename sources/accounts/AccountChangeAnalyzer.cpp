@@ -41,7 +41,7 @@ void AccountChangeAnalyzer::collectDonations() {
 void AccountChangeAnalyzer::keepReDonatedIdentifiers() {
   for (const DonationValuePtr& value : donations) {
     std::erase_if(identifiersToRemove, [&](const std::string& identifier) {
-      return canonicallyEqual(identifier, value->origin().donationIdentifier);
+      return canonicallyEqual(identifier, value->decoded().origin.donationIdentifier);
     });
   }
 }

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "client/DonorExtensionMain.h"
+#include "mecard/DonatedEntries.h"
 #include "platform/extensions/DonorExtensionInterface.h"
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/ServiceClient.h"
@@ -19,7 +20,7 @@ namespace {
 class ObedientDonor final : public ExtensionDonor {
  public:
   Result<Date> renewExpirationDate(const DonationValue& value) override {
-    const std::string wish = value.emailEntry()->label;
+    const std::string wish = entryOf<std::string>(value)->label;
     if (wish == "throw") throw std::logic_error("personal");
     if (wish == "throw 42") throw 42;
     if (wish == "refuse") return Result<Date>::failure(makeError("donor", 5, "no"));

@@ -64,14 +64,15 @@ class AgentFixture : public EnvironmentTest {
   void send(const std::string& request, const DonationValues& values = {}) {
     CorvelProtocol& asked = gate ? *gate : *agent;
     std::vector<std::string> identifiers;
-    for (const auto& value : values) identifiers.push_back(value->origin().donationIdentifier);
+    for (const auto& value : values)
+      identifiers.push_back(value->decoded().origin.donationIdentifier);
     if (request == CorvelSelector::donate) {
       asked.donateMeCardValues(values, errorReply());
     } else if (request == CorvelSelector::removeIdentifiers) {
       asked.removeDonatedMeCardValuesForIdentifiers(identifiers, successReply());
     } else if (request == CorvelSelector::removeBundle) {
       asked.removeDonatedMeCardValuesWithBundleIdentifier(
-          values.empty() ? "" : values.front()->origin().bundleIdentifier, successReply());
+          values.empty() ? "" : values.front()->decoded().origin.bundleIdentifier, successReply());
     } else if (request == CorvelSelector::fetch) {
       asked.fetchDonatedMeCard(
           [this](const auto& card, const auto& error) { noteCard(card, error); });

@@ -1,3 +1,4 @@
+#include "mecard/DonatedEntries.h"
 #include "tests/core/AgentFixture.h"
 
 namespace quenlet {
@@ -115,8 +116,8 @@ TEST_F(CorvelRenewalTest, PrintsWhatADonorAnswersForAPlaceholder) {
     EXPECT_EQ(takeTrace(), expected) << "nothing is stored";
   }
   ASSERT_TRUE(donor->lastValue);
-  const DonationOrigin origin = donor->lastValue->origin();
-  EXPECT_EQ(donor->lastValue->emailEntry()->label, "");
+  const DonationOrigin origin = donor->lastValue->decoded().origin;
+  EXPECT_EQ(entryOf<std::string>(*donor->lastValue)->label, "");
   EXPECT_EQ(origin.bundleIdentifier.size(), 1U);
   EXPECT_TRUE(origin.donationDate == Date() && origin.expirationDate == Date());
 }

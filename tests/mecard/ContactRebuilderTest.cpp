@@ -1,8 +1,8 @@
 #include "mecard/ContactRebuilder.h"
+#include "mecard/DonatedEntries.h"
 
 #include "mecard/ContactBuilder.h"
 #include "mecard/ProductionInfoProvider.h"
-#include "mecard/SuppressionNameEquivalence.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/TestEnvironment.h"
 
@@ -65,7 +65,7 @@ TEST(ContactRebuilderTest, SilencesDonorsThatContradictTheCuratedName) {
     EXPECT_EQ(card, cardOf(rebuilder.filteredDonations())) << name;
     if (!curated) continue;
     const Names donated = std::get<Names>(names.front()->value().cases());
-    EXPECT_EQ(SuppressionNameEquivalence::areEquivalent(*curated, donated),
+    EXPECT_EQ(DonationKeys::ofName(*curated) == DonationKeys::ofName(donated),
               rebuilder.filteredDonations().size() == others.size())
         << name;
   }
@@ -146,7 +146,7 @@ class ProductionInfoProviderTest : public EnvironmentTest {
     card.givenName = given;
     card.familyName = family;
     for (const auto& address : addresses) {
-      card.emailAddresses.append(email(address)->emailEntry());
+      card.emailAddresses.append(entryOf<std::string>(*email(address)));
     }
     environment->contacts->card = std::make_shared<const Contact>(std::move(card));
   }

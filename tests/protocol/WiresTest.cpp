@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "mecard/DonatedEntries.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "protocol/AccountWire.h"
 #include "protocol/ContactWire.h"
@@ -65,9 +66,10 @@ TEST(AccountWireTest, CarriesAccountsAndRefusesWhatNoFileHolds) {
 TEST(ContactWireTest, CarriesAContactAndRefusesOthers) {
   ContactFields fields;
   fields.givenName = "Ann";
-  fields.emailAddresses = {email("b@x")->emailEntry()};
-  fields.phoneNumbers = {phone("+49 30 1")->phoneEntry()};
-  fields.postalAddresses = {postal({.city = "B"})->postalEntry(), postal({})->postalEntry()};
+  fields.emailAddresses = {entryOf<std::string>(*email("b@x"))};
+  fields.phoneNumbers = {entryOf<PhoneNumber>(*phone("+49 30 1"))};
+  fields.postalAddresses = {entryOf<PostalAddress>(*postal({.city = "B"})),
+                            entryOf<PostalAddress>(*postal({}))};
   fields.imageData = std::make_shared<const std::string>("\xff");
   const auto decoded = [](const WireEncoder& encoder) {
     WireReader reader(encoder.bytes());

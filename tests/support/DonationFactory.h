@@ -42,7 +42,7 @@ inline std::string identifiersOf(const DonationValues& values) {
   std::string identifiers;
   for (const DonationValuePtr& value : values) {
     if (!identifiers.empty()) identifiers += ' ';
-    identifiers += value->origin().donationIdentifier;
+    identifiers += value->decoded().origin.donationIdentifier;
   }
   return identifiers;
 }

@@ -26,7 +26,7 @@ class FakeExtension final : public DonorExtension {
   std::string description() const override { return "extension " + bundle; }
   void renewExpirationDateForDonatedValue(DonationValuePtr value,
                                           AcknowledgementHandler handler) override {
-    trace.note("renew " + value->origin().donationIdentifier);
+    trace.note("renew " + value->decoded().origin.donationIdentifier);
     lastValue = std::move(value);
     asked.push_back(std::move(handler));
   }

@@ -76,12 +76,13 @@ class FakeFeedbackStore final : public DonationFeedbackStore {
   bool donatedValueHasBeenConfirmedOrRejected(const DonationValue& value,
                                               const std::string& contactIdentifier) override {
     return contactIdentifier == MeCardContactIdentifier &&
-           rejectedDonations.contains(value.origin().donationIdentifier);
+           rejectedDonations.contains(value.decoded().origin.donationIdentifier);
   }
   void rejectDonatedValues(const DonationValues& values, const std::string& contactIdentifier,
                            std::function<void(ErrorPtr)> completionHandler) override {
     trace.note("reject " + identifiersOf(values) + " for " + contactIdentifier);
-    for (const auto& value : values) rejectedDonations.insert(value->origin().donationIdentifier);
+    for (const auto& value : values)
+      rejectedDonations.insert(value->decoded().origin.donationIdentifier);
     completionHandler(failure);
   }
   void setChangeHandler(std::function<void()> handler) override {

@@ -4,6 +4,7 @@
 
 #include <atomic>
 
+#include "mecard/DonatedEntries.h"
 #include "platform/foundation/Mutex.h"
 #include "protocol/CorvelProtocol.h"
 #include "tests/support/DonationFactory.h"
@@ -21,7 +22,7 @@ class RecordingAgent final : public CorvelProtocol {
   ContactPtr contact = [this] {
     ContactFields fields;
     fields.givenName = "Ann";
-    fields.emailAddresses = {value->emailEntry()};
+    fields.emailAddresses = {entryOf<std::string>(*value)};
     return std::make_shared<const Contact>(std::move(fields));
   }();
   const AccountPtr account = std::make_shared<const Account>(Account{.identifier = "new"});

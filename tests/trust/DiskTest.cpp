@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <sys/mman.h>
 
+#include "mecard/DonatedEntries.h"
 #include "platform/files/PosixDataProxy.h"
 #include "storage/DonationPersistence.h"
 #include "tests/trust/FileCallPlan.h"
@@ -68,7 +69,7 @@ class DiskTest : public TrustTest {
   static Table tableOf(const DonationValues& values) {
     Table table;
     for (const auto& value : values) {
-      table[value->origin().donationIdentifier] = value->emailEntry()->value;
+      table[value->decoded().origin.donationIdentifier] = entryOf<std::string>(*value)->value;
     }
     return table;
   }

@@ -93,6 +93,11 @@ TEST(KeyedHashTest, IsSipHashUnderAKeyThatNobodyKnows) {
     while (text.size() < size) text.push_back(static_cast<char>(text.size()));
     EXPECT_EQ((hash.hash<2, 4>(text)), expected) << size;
   }
+  const Fingerprint empty{0xe6a825ba047f81a3, 0x930255c71472f66d};
+  const Fingerprint zero{0x44af996bd8c187da, 0x45fc229b11597634};
+  EXPECT_TRUE((hash.fingerprint<2, 4>("")) == empty);
+  EXPECT_TRUE((hash.fingerprint<2, 4>(std::string_view("\0", 1))) == zero);
+  EXPECT_TRUE(Fingerprint::of("") && Fingerprint::of("a") != Fingerprint::of("b"));
   EXPECT_NE(KeyedHash::of("a"), (KeyedHash(0, 0).hash<1, 3>("a")));
   EXPECT_EQ(KeyedHash::of("a"), KeyedHash::of("a"));
 }

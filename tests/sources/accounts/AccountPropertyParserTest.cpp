@@ -1,3 +1,4 @@
+#include "mecard/DonatedEntries.h"
 #include "sources/accounts/AccountPropertyParser.h"
 
 #include "sources/accounts/AccountChangeAnalyzer.h"
@@ -18,17 +19,17 @@ Account withProperties(PropertyListDictionary properties) {
 std::string parsed(const Account& account) {
   std::string text;
   for (const auto& value : AccountPropertyParser(donated, expires).parseWithAccount(account)) {
-    const std::string kind = value->isName() ? "name:" : "email:";
+    const std::string kind = value->kind() == DonationKind::name ? "name:" : "email:";
     const std::string& id = account.identifier;
-    EXPECT_EQ(value->origin(),
+    EXPECT_EQ(value->decoded().origin,
               (DonationOrigin{AccountsBundleIdentifier, kind + id, id, donated, expires}));
-    if (value->isName()) {
+    if (value->kind() == DonationKind::name) {
       const auto name = std::get<PersonNameComponents>(value->value().cases());
       if (name.namePrefix) text += *name.namePrefix + " ";
       text += name.givenName.value_or("-") + " " + name.familyName.value_or("-");
     } else {
-      EXPECT_EQ(value->emailEntry()->label, "home");
-      text += "<" + value->emailEntry()->value + ">";
+      EXPECT_EQ(entryOf<std::string>(*value)->label, "home");
+      text += "<" + entryOf<std::string>(*value)->value + ">";
     }
   }
   return text;
@@ -168,8 +169,8 @@ class AccountChangeAnalyzerTest : public EnvironmentTest {
     analyzer.applyChanges();
     const Date now = environment->schedulers.now();
     for (const auto& value : analyzer.donations) {
-      EXPECT_EQ(value->origin().donationDate, now);
-      EXPECT_EQ(value->origin().expirationDate, now.addingSeconds(7776000));
+      EXPECT_EQ(value->decoded().origin.donationDate, now);
+      EXPECT_EQ(value->decoded().origin.expirationDate, now.addingSeconds(7776000));
     }
     const std::string requests = store ? store->takeCalls() : "";
     return testing::internal::GetCapturedStdout() + identifiersOf(analyzer.donations) + ": " +

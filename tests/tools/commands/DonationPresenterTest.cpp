@@ -1,3 +1,4 @@
+#include "mecard/DonatedEntries.h"
 #include "tools/commands/DonationPresenter.h"
 
 #include <gtest/gtest.h>
@@ -53,9 +54,9 @@ emailAddress   ann@example.org                     b5      i5                 19
   ContactFields fields;
   fields.namePrefix = "Dr.";
   fields.nickname = "Annie";
-  fields.emailAddresses = {values[4]->emailEntry()};
-  fields.phoneNumbers = {values[1]->phoneEntry()};
-  fields.postalAddresses = {values[2]->postalEntry()};
+  fields.emailAddresses = {entryOf<std::string>(*values[4])};
+  fields.phoneNumbers = {entryOf<PhoneNumber>(*values[1])};
+  fields.postalAddresses = {entryOf<PostalAddress>(*values[2])};
   fields.imageData = std::make_shared<const std::string>("GIF89a");
   CardPresenter::writeText(out, Contact(fields));
   CardPresenter::writeJSON(out, Contact(fields));

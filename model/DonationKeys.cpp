@@ -1,0 +1,52 @@
+#include "model/DonationKeys.h"
+
+#include <bit>
+
+#include "platform/contacts/PostalAddressFormatter.h"
+#include "platform/foundation/Text.h"
+
+namespace quenlet {
+Fingerprint DonationKeys::ofText(std::string_view text) {
+  // ASCII is canonical as it stands.
+  return Fingerprint::of(isASCII(text) ? text : std::string_view(canonicalKey(text)));
+}
+
+Fingerprint DonationKeys::ofFoldedText(std::string_view text) { return ofText(lowercased(text)); }
+
+Fingerprint DonationKeys::ofName(const PersonNameComponents& name) {
+  const auto folded = [](const std::optional<std::string>& text) {
+    return canonicalKey(lowercased(*text));
+  };
+  std::string key = "-";
+  if (name.givenName) {
+    const std::string given = folded(name.givenName);
+    // The size marks where one ends and the other begins.
+    key = std::to_string(given.size()) + ":" + given;
+  }
+  if (name.familyName) key += "+" + folded(name.familyName);
+  return Fingerprint::of(key);
+}
+
+Fingerprint DonationKeys::ofPostalAddress(const PostalAddress& address) {
+  const std::optional<std::string> line =
+      PostalAddressFormatter::singleLineStringFromPostalAddress(address, CountryName::leftOut);
+  return line ? ofFoldedText(*line) : Fingerprint();
+}
+
+KeyIndex::KeyIndex(std::size_t capacity) : slots(std::bit_ceil(capacity * 2 + 2)) {}
+
+std::size_t KeyIndex::slotOf(const Fingerprint& key) const {
+  std::size_t position = key.first & (slots.size() - 1);
+  while (slots[position].place != none && slots[position].key != key) {
+    position = (position + 1) & (slots.size() - 1);
+  }
+  return position;
+}
+
+std::size_t KeyIndex::findOrAdd(const Fingerprint& key, std::size_t place) {
+  Slot& slot = slots[slotOf(key)];
+  if (slot.place == none) slot = {key, place};
+  return slot.place;
+}
+
+}  // namespace quenlet
