@@ -1,15 +1,31 @@
 #include "core/Corvel.h"
 
-#include "core/AccountsDonationSolicitor.h"
+#include <memory>
+#include <utility>
+
 #include "model/DonationError.h"
 #include "platform/PlatformServices.h"
 #include "platform/foundation/FreedMemory.h"
 #include "protocol/CorvelInterface.h"
+#include "sources/DonationSolicitor.h"
 #include "sources/sim/SIMCardDonationSolicitor.h"
 #include "storage/DonationPersistence.h"
 
 namespace quenlet {
 namespace {
+
+// Has all accounts donated again. Thread-safe.
+class AccountsDonationSolicitor final : public DonationSolicitor {
+ public:
+  explicit AccountsDonationSolicitor(std::shared_ptr<Corvel> accountsAgent)
+      : donationAgent(std::move(accountsAgent)) {}
+
+  [[nodiscard]] const std::shared_ptr<Corvel>& agent() const { return donationAgent; }
+  void runWithReason(std::uint64_t) override { donationAgent->reloadAllAccounts(); }
+
+ private:
+  const std::shared_ptr<Corvel> donationAgent;
+};
 
 using WhileUndetermined = FeatureSwitch::WhileUndetermined;
 

@@ -6,11 +6,19 @@
 #include <string>
 #include <utility>
 
-#include "core/FeatureState.h"
-#include "quenlet/Error.h"
 #include "platform/logging/AgentLogger.h"
+#include "quenlet/Error.h"
 
 namespace quenlet {
+
+// Whether the agent serves requests, following the donations-enabled preference.
+//
+//   state        | preference off | preference on                  | discovery fails
+//   undetermined | disabled       | enabled                        | –
+//   disabled     | disabled       | newlyEnabled, then enabled     | –
+//   newlyEnabled | disabled       | enabled                        | –
+//   enabled      | disabled       | enabled                        | newlyEnabled
+enum class FeatureState : unsigned char { undetermined, disabled, newlyEnabled, enabled };
 
 // Decides whether requests are served, by the donations-enabled preference.
 class FeatureSwitch final {

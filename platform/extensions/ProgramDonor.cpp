@@ -36,7 +36,7 @@ Result<DonationValues> readRedonation(const Result<std::string>& reply,
   Donated donated = DonationWire::decodeDonated(list);
   if (!donated.ok()) return donated;
   for (const DonationValuePtr& value : donated.value()) {
-    if (canonicallyEqual(value->origin().bundleIdentifier, bundleIdentifier)) continue;
+    if (canonicallyEqual(value->decoded().origin.bundleIdentifier, bundleIdentifier)) continue;
     return Donated::failure(makeExtensionError(ExtensionErrorCode::foreignDonation,
                                                "it donates for another bundle than its own"));
   }
