@@ -3,15 +3,9 @@
 #include <string>
 
 #include "quenlet/Error.h"
+#include "quenlet/ErrorCodes.h"
 
 namespace quenlet {
-
-enum class DonationErrorCode {
-  featureNotEnabled = 1,
-  donorGaveNoAnswer = 2,
-  notSerializable = 501,
-  topLevelNotADictionary = 502,
-};
 
 [[nodiscard]] inline ErrorPtr makeDonationError(DonationErrorCode code,
                                                 std::string debugDescription) {
