@@ -1,13 +1,16 @@
 # One target a folder. quenlet_library(model ...) builds model/*.cpp into the target quenlet_model;
 # a slash in the folder's name becomes an underscore. A folder without sources is header-only.
 
-add_library(quenlet_options INTERFACE)
-target_compile_options(quenlet_options INTERFACE
+# Alone for programs that are built as those of others are: without a way to the internal headers.
+add_library(quenlet_warnings INTERFACE)
+target_compile_options(quenlet_warnings INTERFACE
   -Wall -Wextra -Wshadow=local -Wnon-virtual-dtor -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # Clang has no -Wshadow=local and reads it as an unknown warning.
-  target_compile_options(quenlet_options INTERFACE -Wno-unknown-warning-option -Wthread-safety)
+  target_compile_options(quenlet_warnings INTERFACE -Wno-unknown-warning-option -Wthread-safety)
 endif()
+add_library(quenlet_options INTERFACE)
+target_link_libraries(quenlet_options INTERFACE quenlet_warnings)
 target_include_directories(quenlet_options INTERFACE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
 
 function(_quenlet_target_name folder result)
