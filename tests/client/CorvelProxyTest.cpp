@@ -1,20 +1,11 @@
 #include "client/CorvelProxy.h"
 
-#include <stdlib.h>
-
-#include <atomic>
 #include <latch>
 #include <thread>
 
 #include "client/waitForReply.h"
-#include "core/CorvelDispatcher.h"
-#include "core/DonationListenerDelegate.h"
-#include "platform/ipc/UnixServiceListener.h"
 #include "platform/ipc/WireEncoder.h"
-#include "protocol/CorvelInterface.h"
-#include "tests/support/RecordingAgent.h"
-#include "tests/support/TemporaryDirectory.h"
-#include "tests/support/TestEnvironment.h"
+#include "tests/client/ServedAgent.h"
 
 namespace quenlet {
 namespace {
@@ -25,45 +16,8 @@ constexpr char connectionBroken[] = "ovaro.quenlet.service-error 2";
 constexpr char malformedMessage[] = "ovaro.quenlet.service-error 5";
 constexpr char timedOut[] = "ovaro.quenlet.service-error 11";
 
-// Exports one object to everybody, under the agent's name.
-struct Exporter final : ServiceListenerDelegate {
-  std::shared_ptr<ExportedObject> exported;
-  std::atomic<int> connections = 0;
-  bool shouldAcceptNewConnection(ServiceListener&,
-                                 const std::shared_ptr<ServiceConnection>& connection) override {
-    ++connections;
-    connection->setExportedInterface(DonationListenerDelegate::makeConfiguredInterface());
-    connection->setExportedObject(exported);
-    connection->resume();
-    return true;
-  }
-};
-
-// Replies with the same bytes to everything; with none it keeps the reply handlers.
-struct FixedReply final : ExportedObject {
-  std::string bytes;
-  std::vector<WireReply> held;
-  void perform(const std::string&, WireReader, WireReply reply) override {
-    bytes.empty() ? held.push_back(std::move(reply)) : reply(bytes);
-  }
-};
-
-class CorvelProxyTest : public EnvironmentTest {
+class CorvelProxyTest : public ServedAgent {
  protected:
-  CorvelProxyTest() { ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1); }
-
-  void serve(std::shared_ptr<ExportedObject> object) {
-    listener.reset();
-    exporter->exported = std::move(object);
-    listener = std::make_unique<UnixServiceListener>(CorvelServiceName, nullptr);
-    listener->setDelegate(exporter);
-    ASSERT_EQ(listener->resume(), nullptr);
-  }
-  void serveAgent() {
-    serve(std::make_shared<CorvelDispatcher>(
-        agent, [] { return true; }, std::make_shared<SharedReplies>()));
-  }
-
   // The error that each of the ten operations was replied to with; the synchronous one must have
   // been on this thread.
   Errors repliesOfAll(CorvelProxy& asked) {
@@ -81,18 +35,11 @@ class CorvelProxyTest : public EnvironmentTest {
     return errors;
   }
 
-  static std::string described(const ErrorPtr& error) {
-    return error ? error->domain() + " " + std::to_string(error->code()) : "";
-  }
   static ErrorPtr fetchError(CorvelProxy& proxy) {
     return std::get<1>(waitForReply<ContactPtr, ErrorPtr>(
         [&](ContactReply reply) { proxy.fetchDonatedMeCard(std::move(reply)); }));
   }
 
-  TemporaryDirectory runtime;
-  const std::shared_ptr<RecordingAgent> agent = std::make_shared<RecordingAgent>();
-  const std::shared_ptr<Exporter> exporter = std::make_shared<Exporter>();
-  std::unique_ptr<UnixServiceListener> listener;
   CorvelProxy proxy;
 };
 
