@@ -1,8 +1,9 @@
 #include "client/CardDonor.h"
 
 #include <set>
-#include <string>
-#include <utility>
+#include <string_view>
+
+#include "client/Conversion.h"
 
 namespace quenlet {
 
@@ -13,44 +14,33 @@ void CardDonor::addFile(const std::vector<VCard>& cards, const std::string& file
 }
 
 std::size_t CardDonor::countRepeated() const {
-  std::set<std::string> identifiers;
-  for (const DonationValuePtr& value : values) {
-    identifiers.insert(value->decoded().origin.donationIdentifier);
-  }
-  return values.size() - identifiers.size();
+  std::set<std::string_view> identifiers;
+  for (const Donation& donation : donations) identifiers.insert(donation.donationIdentifier);
+  return donations.size() - identifiers.size();
 }
 
 void CardDonor::addCard(const Contact& card, const DonationIdentifier& identifier) {
-  const PersonNameComponents name = PersonNameComponents::componentsForContact(card);
-  if (name != PersonNameComponents{}) {
-    values.push_back(DonationValue::donationValueWithNameComponents(
-        name, origin(identifier.ofProperty("name"))));
-  }
+  Name name = Conversion::name(PersonNameComponents::componentsForContact(card));
+  if (name != Name{}) add(std::move(name), identifier.ofProperty("name"));
   std::size_t position = 0;
   for (const auto& entry : card.emailAddresses()) {
-    values.push_back(DonationValue::donationValueWithEmailAddress(
-        entry->value, entry->label, origin(identifier.ofEntry("email", ++position))));
+    add(Email{entry->value, entry->label}, identifier.ofEntry("email", ++position));
   }
   position = 0;
   for (const auto& entry : card.phoneNumbers()) {
-    values.push_back(DonationValue::donationValueWithPhoneNumber(
-        entry->value, entry->label, origin(identifier.ofEntry("phone", ++position))));
+    add(Phone{entry->value.stringValue(), entry->label}, identifier.ofEntry("phone", ++position));
   }
   position = 0;
   for (const auto& entry : card.postalAddresses()) {
-    values.push_back(DonationValue::donationValueWithPostalAddress(
-        entry->value, PostalAddressStyle::mailingAddress, entry->label,
-        origin(identifier.ofEntry("address", ++position))));
+    add(Postal{Conversion::address(entry->value), AddressStyle::mailing, entry->label},
+        identifier.ofEntry("address", ++position));
   }
-  if (card.imageData()) {
-    values.push_back(DonationValue::donationValueWithImageData(
-        *card.imageData(), origin(identifier.ofProperty("image"))));
-  }
+  if (card.imageData()) add(Image{*card.imageData()}, identifier.ofProperty("image"));
 }
 
-DonationOrigin CardDonor::origin(std::string donationIdentifier) const {
-  return {terms.bundleIdentifier, std::move(donationIdentifier), terms.clusterIdentifier,
-          terms.donationDate, terms.expirationDate};
+void CardDonor::add(decltype(Donation::content) content, std::string donationIdentifier) {
+  donations.push_back({std::move(content), terms.bundleIdentifier, std::move(donationIdentifier),
+                       terms.clusterIdentifier, terms.donationDate, terms.expirationDate});
 }
 
 }  // namespace quenlet

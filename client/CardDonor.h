@@ -1,13 +1,14 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "client/DonationIdentifier.h"
-#include "model/DonationValue.h"
 #include "platform/contacts/VCard.h"
+#include "quenlet/Donation.h"
+#include "quenlet/VCards.h"
 
 namespace quenlet {
 
@@ -15,27 +16,20 @@ namespace quenlet {
 // numbers, postal addresses and the image. One thread.
 class CardDonor final {
  public:
-  struct Terms final {
-    std::string bundleIdentifier;
-    std::optional<std::string> clusterIdentifier;
-    Date donationDate;
-    Date expirationDate;
-  };
-
-  explicit CardDonor(Terms donationTerms) : terms(std::move(donationTerms)) {}
+  explicit CardDonor(DonationTerms donationTerms) : terms(std::move(donationTerms)) {}
 
   // `fileName` identifies cards without a UID.
   void addFile(const std::vector<VCard>& cards, const std::string& fileName);
-  [[nodiscard]] const DonationValues& donations() const { return values; }
   // The number of donations that will replace an earlier one with the same identifier.
   [[nodiscard]] std::size_t countRepeated() const;
+  [[nodiscard]] std::vector<Donation> takeDonations() && { return std::move(donations); }
 
  private:
   void addCard(const Contact& card, const DonationIdentifier& identifier);
-  [[nodiscard]] DonationOrigin origin(std::string donationIdentifier) const;
+  void add(decltype(Donation::content) content, std::string donationIdentifier);
 
-  const Terms terms;
-  DonationValues values;
+  const DonationTerms terms;
+  std::vector<Donation> donations;
 };
 
 }  // namespace quenlet

@@ -6,6 +6,7 @@
 
 #include "client/CardDonor.h"
 #include "client/CardFile.h"
+#include "client/Conversion.h"
 #include "client/waitForReply.h"
 #include "platform/contacts/ContactStore.h"
 #include "tools/commands/Command.h"
@@ -50,7 +51,7 @@ class DonateWord final : public Command {
   [[nodiscard]] ExitCode run(Session& session) const;
   // Whether every card was read; an error when a file had no readable card.
   [[nodiscard]] Result<bool> readFiles(CardDonor& donor, Session& session) const;
-  [[nodiscard]] ExitCode donate(const CardDonor& donor, Session& session) const;
+  [[nodiscard]] ExitCode donate(const DonationValues& values, Session& session) const;
 
   std::vector<std::string> files;
   std::string bundleIdentifier = "org.quenlet.cli";
@@ -91,11 +92,14 @@ ExitCode DonateWord::run(Session& session) const {
     session.err << "quenlet: " << count(repeated, "value")
                 << " will replace others of these files, whose cards have the same UID or name\n";
   }
-  if (donor.donations().empty()) {
+  const Result<DonationValues> values =
+      Conversion::donationValues(std::move(donor).takeDonations());
+  if (!values.ok()) return session.failWith(values.error());
+  if (values.value().empty()) {
     session.out << "The files hold nothing to donate.\n";
   } else if (dryRun) {
-    DonationPresenter::writeTable(session.out, donor.donations());
-  } else if (const ExitCode code = donate(donor, session); code != ExitCode::done) {
+    DonationPresenter::writeTable(session.out, values.value());
+  } else if (const ExitCode code = donate(values.value(), session); code != ExitCode::done) {
     return code;
   }
   return areAllRead.value() ? ExitCode::done : ExitCode::refused;
@@ -122,12 +126,11 @@ Result<bool> DonateWord::readFiles(CardDonor& donor, Session& session) const {
   return Result<bool>::success(areAllRead);
 }
 
-ExitCode DonateWord::donate(const CardDonor& donor, Session& session) const {
-  const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
-    session.agent.donateMeCardValues(donor.donations(), std::move(reply));
-  });
+ExitCode DonateWord::donate(const DonationValues& values, Session& session) const {
+  const auto [error] = waitForReply<ErrorPtr>(
+      [&](ErrorReply reply) { session.agent.donateMeCardValues(values, std::move(reply)); });
   if (error) return session.failWith(error);
-  session.out << "Donated " << count(donor.donations().size(), "value") << " as "
+  session.out << "Donated " << count(values.size(), "value") << " as "
               << printable(bundleIdentifier) << ".\n";
   return ExitCode::done;
 }
