@@ -1,16 +1,16 @@
-#include "client/DonorExtensionMain.h"
+#include "client/ExtensionLoop.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <bit>
 #include <cstdio>
 #include <memory>
 #include <string>
 #include <utility>
 
+#include "client/Conversion.h"
 #include "platform/extensions/DonorExtensionInterface.h"
 #include "platform/extensions/ExtensionError.h"
 #include "platform/ipc/ErrorWire.h"
@@ -21,14 +21,14 @@ namespace quenlet {
 namespace {
 
 // An exception's text may quote personal values, so it is not passed on.
-ErrorPtr donorFailed() {
+ErrorPtr extensionFailed() {
   return makeExtensionError(ExtensionErrorCode::donorFailed, "the donor threw an exception");
 }
 
-// Passes the agent's requests to the donor, on the thread that serves the socket.
-class DonorDispatcher final : public ExportedObject {
+// Passes the agent's requests to the extension, on the thread that serves the socket.
+class ExtensionDispatcher final : public ExportedObject {
  public:
-  explicit DonorDispatcher(ExtensionDonor& asked) : donor(asked) {}
+  explicit ExtensionDispatcher(Extension& asked) : extension(asked) {}
 
   void perform(const std::string& selector, WireReader arguments, WireReply reply) override {
     WireEncoder encoder;
@@ -48,11 +48,11 @@ class DonorDispatcher final : public ExportedObject {
   }
 
   [[nodiscard]] Result<Date> renewed(const DonationValuePtr& value) const try {
-    if (value) return donor.renewExpirationDate(*value);
+    if (value) return extension.renew(Conversion::donation(*value));
     return Result<Date>::failure(
         makeServiceError(ServiceErrorCode::invalidArguments, "the value is not a valid donation"));
   } catch (...) {
-    return Result<Date>::failure(donorFailed());
+    return Result<Date>::failure(extensionFailed());
   }
 
   void redonate(WireReader& arguments, WireEncoder& encoder) const {
@@ -67,17 +67,14 @@ class DonorDispatcher final : public ExportedObject {
   }
 
   [[nodiscard]] Result<DonationValues> allValues(std::uint64_t reason) const try {
-    Result<DonationValues> values = donor.allValues(reason);
-    if (values.ok() && std::ranges::count(values.value(), nullptr) > 0) {
-      return Result<DonationValues>::failure(
-          makeServiceError(ServiceErrorCode::invalidArguments, "the donor gave a null value"));
-    }
-    return values;
+    Result<std::vector<Donation>> donations = extension.allDonations(reason);
+    if (!donations.ok()) return Result<DonationValues>::failure(donations.error());
+    return Conversion::donationValues(std::move(donations).takeValue());
   } catch (...) {
-    return Result<DonationValues>::failure(donorFailed());
+    return Result<DonationValues>::failure(extensionFailed());
   }
 
-  ExtensionDonor& donor;
+  Extension& extension;
 };
 
 bool isSocket(int descriptor) {
@@ -96,7 +93,7 @@ FileDescriptor takeOverStandardInput() {
 
 }  // namespace
 
-void serveDonor(ExtensionDonor& donor, FileDescriptor socket) {
+void serveExtension(Extension& extension, FileDescriptor socket) {
   const auto loop = std::make_shared<EventLoop>();
   const auto context = std::make_shared<ServiceContext>();
   context->loop = loop;
@@ -106,13 +103,13 @@ void serveDonor(ExtensionDonor& donor, FileDescriptor socket) {
       context, std::move(socket), PeerIdentity(),
       [loop = loop.get()](UnixServiceConnection&) { loop->stop(); });
   connection->setExportedInterface(makeDonorExtensionInterface());
-  connection->setExportedObject(std::make_shared<DonorDispatcher>(donor));
+  connection->setExportedObject(std::make_shared<ExtensionDispatcher>(extension));
   connection->start();
   connection->resume();
   loop->run();
 }
 
-int runDonorExtension(ExtensionDonor& donor) {
+int runExtension(Extension& extension) {
   if (!isSocket(STDIN_FILENO)) {
     std::fputs(
         "This program is a donor extension: quenlet-agent starts it, as its manifest says.\n",
@@ -124,7 +121,7 @@ int runDonorExtension(ExtensionDonor& donor) {
     std::perror("take over the agent's socket");
     return 2;
   }
-  serveDonor(donor, std::move(socket));
+  serveExtension(extension, std::move(socket));
   return 0;
 }
 

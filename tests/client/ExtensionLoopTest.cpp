@@ -4,8 +4,7 @@
 #include <cmath>
 #include <thread>
 
-#include "client/DonorExtensionMain.h"
-#include "mecard/DonatedEntries.h"
+#include "client/ExtensionLoop.h"
 #include "platform/extensions/DonorExtensionInterface.h"
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/ServiceClient.h"
@@ -17,35 +16,37 @@
 namespace quenlet {
 namespace {
 
-class ObedientDonor final : public ExtensionDonor {
+class ObedientExtension final : public Extension {
  public:
-  Result<Date> renewExpirationDate(const DonationValue& value) override {
-    const std::string wish = entryOf<std::string>(value)->label;
+  Result<Date> renew(const Donation& donation) override {
+    const std::string wish = std::get<Email>(donation.content).label;
     if (wish == "throw") throw std::logic_error("personal");
     if (wish == "throw 42") throw 42;
     if (wish == "refuse") return Result<Date>::failure(makeError("donor", 5, "no"));
     if (wish == "never") return Result<Date>::success(Date(HUGE_VAL));
     return Result<Date>::success(Date());
   }
-  Result<DonationValues> allValues(std::uint64_t reason) override {
+  Result<std::vector<Donation>> allDonations(std::uint64_t reason) override {
+    using Donations = Result<std::vector<Donation>>;
     if (reason == 2) throw std::logic_error("personal");
-    if (reason == 3) return Result<DonationValues>::success({nullptr});
+    if (reason == 3) return Donations::success({{Phone{"none", ""}, "app", "id"}});
+    if (reason == 4) return Donations::failure(makeError("donor", 6, "not now"));
     EXPECT_EQ(reason, ~std::uint64_t{0});
-    return Result<DonationValues>::success({});
+    return Donations::success({});
   }
 };
 
-class DonorExtensionMainTest : public testing::Test {
+class ExtensionLoopTest : public testing::Test {
  protected:
-  DonorExtensionMainTest() {
+  ExtensionLoopTest() {
     auto [ours, theirs] = connectedPair();
     client = ServiceClient::withConnectedSocket(std::move(ours), makeDonorExtensionInterface());
-    extension = std::thread(
-        [this, end = std::move(theirs)]() mutable { serveDonor(donor, std::move(end)); });
+    thread = std::thread(
+        [this, end = std::move(theirs)]() mutable { serveExtension(extension, std::move(end)); });
   }
-  ~DonorExtensionMainTest() override {
+  ~ExtensionLoopTest() override {
     client.reset();
-    extension.join();  // the extension returns when its socket ends
+    thread.join();  // the extension returns when its socket ends
   }
 
   std::string ask(const char* selector, const WireEncoder& arguments) {
@@ -65,12 +66,12 @@ class DonorExtensionMainTest : public testing::Test {
     return ask(DonorExtensionSelector::redonate, WireEncoder().integer(reason));
   }
 
-  ObedientDonor donor;
+  ObedientExtension extension;
   std::shared_ptr<ServiceClient> client;
-  std::thread extension;
+  std::thread thread;
 };
 
-TEST_F(DonorExtensionMainTest, PutsRequestsToTheDonorAndTurnsExceptionsIntoErrors) {
+TEST_F(ExtensionLoopTest, PutsRequestsToTheExtensionAndTurnsExceptionsIntoErrors) {
   const std::string threw = "ovaro.quenlet.extension-error 9: the donor threw an exception";
   EXPECT_EQ(renew("home"), "yes");
   EXPECT_EQ(renew("refuse"), "donor 5: no");
@@ -79,7 +80,8 @@ TEST_F(DonorExtensionMainTest, PutsRequestsToTheDonorAndTurnsExceptionsIntoError
   EXPECT_EQ(renew("never"), "invalid");
   EXPECT_EQ(redonate(-1), "yes");
   EXPECT_EQ(redonate(2), threw);
-  EXPECT_EQ(redonate(3), "ovaro.quenlet.service-error 4: the donor gave a null value");
+  EXPECT_EQ(redonate(3), "ovaro.quenlet.service-error 4: the donation id holds no phone number");
+  EXPECT_EQ(redonate(4), "donor 6: not now");
   EXPECT_EQ(
       ask(DonorExtensionSelector::renew, WireEncoder().object(DonationWire::className).list(0)),
       "ovaro.quenlet.service-error 4: the value is not a valid donation");
