@@ -140,9 +140,9 @@ Result<DonationValues> Conversion::donationValues(std::vector<Donation> donation
 }
 
 Donation Conversion::donation(const DonationValue& value) {
-  const Value content = value.value();
-  DonationOrigin origin = value.origin();
-  return {std::visit(ContentMaker(), content.cases()),
+  DecodedDonation decoded = value.decoded();
+  DonationOrigin& origin = decoded.origin;
+  return {std::visit(ContentMaker(), decoded.content),
           std::move(origin.bundleIdentifier),
           std::move(origin.donationIdentifier),
           std::move(origin.clusterIdentifier),

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "mecard/DonatedEntries.h"
 #include "platform/foundation/PropertyListError.h"
 #include "tests/support/DonationFactory.h"
 
@@ -45,10 +46,10 @@ TEST(ConversionTest, MakesACardWithSources) {
   ContactFields fields;
   fields.familyName = "Berg";
   fields.emailAddresses = {
-      email("a@b.c", from("app", "e", "cluster", expires), "work")->emailEntry()};
+      entryOf<std::string>(*email("a@b.c", from("app", "e", "cluster", expires), "work"))};
   fields.phoneNumbers = {std::make_shared<const LabeledValue<PhoneNumber>>(
       LabeledValue<PhoneNumber>{"cell", *PhoneNumber::withStringValue("+4930123456"), {}})};
-  fields.postalAddresses = {postal({.city = "Ulm"}, from("app", "p"))->postalEntry()};
+  fields.postalAddresses = {entryOf<PostalAddress>(*postal({.city = "Ulm"}, from("app", "p")))};
   fields.imageData = std::make_shared<const std::string>("png");
   const Card card{
       .name = {.familyName = "Berg"},
