@@ -23,9 +23,9 @@ class WholeReply final : public EncodedReply {
   const std::shared_ptr<const std::string> bytes;
 };
 
-std::string encoded(ServiceErrorCode code, const char* sentence) {
+std::string encoded(const ErrorPtr& error) {
   WireEncoder encoder;
-  ErrorWire::encode(encoder, makeServiceError(code, sentence));
+  ErrorWire::encode(encoder, error);
   return std::move(encoder).take();
 }
 
@@ -33,14 +33,19 @@ std::string encoded(ServiceErrorCode code, const char* sentence) {
 
 UnixServiceConnection::PendingReply::~PendingReply() {
   // A handler that forgot the reply must not leave the client waiting for its time limit.
-  if (used.exchange(true)) return;
   try {
-    connection->answer(
-        *this, FrameKind::failure,
-        encoded(ServiceErrorCode::noReply, "the request was dropped without an answer"));
+    if (!used) {
+      fail(
+          makeServiceError(ServiceErrorCode::noReply, "the request was dropped without an answer"));
+    }
   } catch (const std::exception&) {
     connection->giveUp();
   }
+}
+
+void UnixServiceConnection::PendingReply::fail(const ErrorPtr& error) {
+  if (used.exchange(true)) return;
+  connection->answer(*this, FrameKind::failure, encoded(error));
 }
 
 void UnixServiceConnection::PendingReply::send(std::string encodedValues) {
@@ -52,14 +57,13 @@ void UnixServiceConnection::PendingReply::send(std::string encodedValues) {
 }
 
 void UnixServiceConnection::PendingReply::sendInPieces(EncodedReplyPtr reply) {
-  if (used.exchange(true)) return;
   const ServiceLimits& limits = connection->limits;
   if (!limits.repliesInParts &&
       reply->sizeInBytes() + FrameHeader::countedBytes > limits.messageSizeInBytes) {
-    return connection->answer(
-        *this, FrameKind::failure,
-        encoded(ServiceErrorCode::messageTooLarge, "the reply is larger than a message may be"));
+    return fail(makeServiceError(ServiceErrorCode::messageTooLarge,
+                                 "the reply is larger than a message may be"));
   }
+  if (used.exchange(true)) return;
   connection->answerInPieces(*this, std::move(reply));
 }
 

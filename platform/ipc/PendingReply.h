@@ -23,6 +23,7 @@ class UnixServiceConnection::PendingReply final : public ReplyTarget {
 
   void send(std::string encodedValues) override;
   void sendInPieces(EncodedReplyPtr reply) override;
+  void fail(const ErrorPtr& error);
   [[nodiscard]] bool isWanted() override { return connection->isOpen(); }
 
   const std::uint64_t identifier;

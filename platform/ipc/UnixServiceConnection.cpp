@@ -6,30 +6,28 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/PendingReply.h"
-#include "platform/ipc/WireToken.h"
 #include "platform/ipc/closeWithoutWaiting.h"
 #include "platform/scheduling/receiveWithoutDescriptors.h"
 
 namespace quenlet {
 
-// From a request to its reply; the replies are in UnixServiceConnectionReplies.cpp.
+// From a request to its reply.
 //
 //   loop's thread                                   any thread
 //   recv -> Input (FrameReader)
-//        -> dispatchFrames() -- small --> dispatch() -> perform() -> ExportedObject
-//                            -- large --> a worker: dispatch() ...        | PendingReply
+//        -> takeRequests() -- small --> perform() -> ExportedService -> ExportedObject
+//                          -- large --> a worker: perform() ...           | PendingReply
 //                                                                         v
-//   sendmsg <- flush() <- ReplyQueue <------------- answer(), answerInPieces()
+//   sendmsg <- settle() <- ReplyWriter <----------- answer(), answerInPieces()
 //                             ^-- sendPieces(), on a worker, as the peer reads
 //
-// mustWait() is the back-pressure: with too many requests unanswered, too many bytes unsent or a
-// large request open, `paused` stops reading, and continueSoon() resumes it. Code that frees room,
-// on any thread, therefore calls continueSoon() before it lets go of the lock.
+// The RequestAccount pauses reading when the peer must wait. What frees room, on any thread, ends
+// with settle(), which writes, goes on reading, and ends the transaction, whatever is due.
 //
-// The lock is not held while the exported object performs, or while it or a transaction is
-// destroyed: they call out. Locals declared before a MutexLock are destroyed after it.
+// The lock guards all but the input. It is not held while the exported object performs, or while it
+// or a transaction is destroyed: they call out. Locals declared before a MutexLock are destroyed
+// after it.
 
 namespace {
 
@@ -37,22 +35,24 @@ namespace {
 constexpr std::size_t ownBytes = std::size_t{8} << 10;
 // Closing a connection with less of an unfinished message would free too little.
 constexpr std::size_t worthEndingBytes = std::size_t{64} << 10;
+// After these, other connections get their turn on the worker.
+constexpr int piecesInTurn = 4;
 
 }  // namespace
 
 // The bytes received and not yet performed. Outlives its connection while a worker reads it.
 struct UnixServiceConnection::Input final {
-  Input(std::size_t maximumMessageSize, const std::shared_ptr<HeldBytes>& heldBytesOfAll)
-      : reader(maximumMessageSize), held(heldBytesOfAll) {
-    held.set(ownBytes);
+  Input(std::size_t maximumMessageSize, std::shared_ptr<HeldBytes> heldBytesOfAll)
+      // Other kinds of message are for clients.
+      : reader(maximumMessageSize, FrameKind::request), held(std::move(heldBytesOfAll)) {
+    count();
   }
+  void count() { held.set(ownBytes + reader.capacityInBytes()); }
+
   FrameReader reader;
   HeldBytes::Part held;
-};
-
-struct UnixServiceConnection::LargeRequest final {
-  std::shared_ptr<Input> input;
-  FrameReader::Frame frame;
+  // Since when the reader holds part of a message.
+  std::optional<std::chrono::steady_clock::time_point> unfinishedSince;
 };
 
 UnixServiceConnection::UnixServiceConnection(std::shared_ptr<const ServiceContext> serviceContext,
@@ -66,9 +66,8 @@ UnixServiceConnection::UnixServiceConnection(std::shared_ptr<const ServiceContex
                        : nullptr),
       onClosed(std::move(closedHandler)),
       input(std::make_shared<Input>(limits.messageSizeInBytes, context->held)),
-      descriptor(std::move(connectedSocket)),
-      output(limits.messageSizeInBytes),
-      heldOutput(context->held) {}
+      output(*context, std::move(connectedSocket)),
+      account(*context, output) {}
 
 std::optional<PropertyList> UnixServiceConnection::valueForEntitlement(
     const std::string& entitlement) const {
@@ -77,21 +76,22 @@ std::optional<PropertyList> UnixServiceConnection::valueForEntitlement(
 }
 
 void UnixServiceConnection::setPeerTreatment(PeerTreatment treatment) {
-  isRefused = treatment == PeerTreatment::refused;
+  const bool isRefused = treatment == PeerTreatment::refused;
   input->reader.setMaximumMessageSize(isRefused ? limits.refusedMessageSizeInBytes
                                                 : limits.messageSizeInBytes);
+  MutexLock lock(mutex);
+  exported.isRefused = isRefused;
 }
 
 void UnixServiceConnection::setExportedInterface(ServiceInterface interface) {
-  auto shared = std::make_shared<const ServiceInterface>(std::move(interface));
   MutexLock lock(mutex);
-  exportedInterface.swap(shared);
+  exported.interface = std::make_shared<const ServiceInterface>(std::move(interface));
 }
 
 void UnixServiceConnection::setExportedObject(std::shared_ptr<ExportedObject> object) {
   // The former object is destroyed after the lock: its destructor is the service's code.
   MutexLock lock(mutex);
-  exportedObject.swap(object);
+  exported.object.swap(object);
 }
 
 void UnixServiceConnection::resume() {
@@ -101,41 +101,29 @@ void UnixServiceConnection::resume() {
 }
 
 void UnixServiceConnection::start() {
-  int socket = -1;
-  std::uint32_t events = 0;
-  {
-    MutexLock lock(mutex);
-    socket = descriptor.get();
-    events = wantedEvents();
-  }
-  auto started =
-      context->loop->watch(socket, events, [weak = weak_from_this()](std::uint32_t ready) {
-        const auto held = weak.lock();
-        if (!held) return;
-        try {
-          held->onReady(ready);
-        } catch (...) {
-          // Out of memory for its message. If it stayed, the loop would try again for ever.
-          held->closeByItself();
-          throw;
-        }
-      });
-  // The wanted events may have changed since: without a watch, updateWatch() did nothing.
+  const auto whenReady = [weak = weak_from_this()](std::uint32_t events) {
+    const auto held = weak.lock();
+    if (!held) return;
+    try {
+      held->onReady(events);
+    } catch (...) {
+      // Out of memory for its message. If it stayed, the loop would try again for ever.
+      held->closeByItself();
+      throw;
+    }
+  };
   MutexLock lock(mutex);
-  watch = std::move(started);
+  watch = context->loop->watch(output.socket(), EPOLLERR, whenReady);
   updateWatch();
 }
 
-std::uint32_t UnixServiceConnection::wantedEvents() const {
+void UnixServiceConnection::updateWatch() {
+  if (!watch) return;
   // EPOLLERR is always reported; asking for it keeps the watch alive while nothing else is wanted.
   std::uint32_t events = EPOLLERR;
-  if (resumed && !paused) events |= EPOLLIN;
+  if (resumed && !account.isPaused()) events |= EPOLLIN;
   if (output.hasBytes()) events |= EPOLLOUT;
-  return events;
-}
-
-void UnixServiceConnection::updateWatch() {
-  if (watch) watch->setEvents(wantedEvents());
+  watch->setEvents(events);
 }
 
 void UnixServiceConnection::onReady(std::uint32_t events) {
@@ -144,15 +132,9 @@ void UnixServiceConnection::onReady(std::uint32_t events) {
   std::shared_ptr<ProcessTransaction> ended;
   {
     MutexLock lock(mutex);
-    if (!descriptor.isOpen()) return;
-    if ((events & EPOLLOUT) != 0) {
-      flush();
-      ended = endedTransaction();
-      continueSoon();
-      updateWatch();
-    }
-    socket = descriptor.get();
-    reading = resumed && !paused && !abandoned;
+    if ((events & EPOLLOUT) != 0) ended = settle();
+    socket = output.socket();
+    reading = resumed && !account.isPaused() && output.isOpen();
   }
   if (reading && (events & (EPOLLIN | EPOLLHUP | EPOLLERR)) != 0) return readOnce(socket);
   // While reading is paused, only the peer's hang-up matters.
@@ -167,154 +149,65 @@ void UnixServiceConnection::readOnce(int socket) {
                                          : ::recv(socket, room.data(), room.size(), MSG_DONTWAIT);
   if (count > 0) {
     input->reader.added(static_cast<std::size_t>(count));
-    input->held.set(ownBytes + input->reader.capacityInBytes());
-    dispatchFrames();
+    input->count();
+    takeRequests();
   } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
     closeByItself();
   }
 }
 
-void UnixServiceConnection::continueReading() {
-  {
-    MutexLock lock(mutex);
-    continuationPosted = false;
-    if (!descriptor.isOpen() || largeRequestOpen) return;
-    paused = false;
-  }
-  dispatchFrames();
-}
-
-// Whether another request may be dispatched; if not, reading pauses.
-bool UnixServiceConnection::mayDispatch() {
-  MutexLock lock(mutex);
-  if (!descriptor.isOpen() || abandoned) return false;
-  dispatching = true;
-  nextIsLong = false;
-  paused =
-      mustWait() || requestsInTurn >= limits.requestsInTurn || context->admission->isSuspended();
-  ++requestsInTurn;
-  return !paused;
-}
-
-// Whether the peer must read answers first, or its large request must be performed.
-bool UnixServiceConnection::mustWait() const {
-  return largeRequestOpen || unanswered >= limits.unansweredRequests ||
-         output.unsentBytes() >= limits.unsentBytesAhead ||
-         (nextIsLong && unansweredLong + output.repliesInPieces() >= limits.longReplies);
-}
-
-void UnixServiceConnection::continueSoon() {
-  if (!paused || dispatching || continuationPosted || mustWait() || !descriptor.isOpen()) return;
-  if (context->admission->isSuspended()) return;
-  continuationPosted = true;
-  context->loop->post([weak = weak_from_this()] {
-    if (const auto held = weak.lock()) held->continueReading();
-  });
-}
-
-void UnixServiceConnection::dispatchFrames() {
-  bool understood = true;
-  requestsInTurn = 0;
-  // Before mayDispatch() asks whether requests are still taken; see RequestAdmission::begin().
+void UnixServiceConnection::takeRequests() {
+  bool isUnderstood = true;
+  bool isLeft = false;
+  std::shared_ptr<ProcessTransaction> ended;
+  // Before the account asks whether requests are still taken; see RequestAdmission::begin().
   std::shared_ptr<ProcessTransaction> begun = context->admission->begin();
   {
     MutexLock lock(mutex);
-    if (!transaction) transaction.swap(begun);
+    if (!account.beginTurn(begun)) return;
   }
-  while (understood && mayDispatch()) {
-    const std::optional<FrameReader::Frame> frame = input->reader.next();
+  while (isUnderstood && !isLeft) {
+    const std::optional<FrameReader::Frame> frame = nextMessage();
     if (!frame) break;
-    unfinishedSince.reset();
-    ErrorPtr error = frame->error;
-    if (!error && frame->kind != FrameKind::request) {
-      error = makeServiceError(ServiceErrorCode::malformedMessage, "a message is not a request");
-    }
-    if (!error && frame->identifier == 0) {
-      // A failure with identifier 0 concerns the whole connection.
-      error = makeServiceError(ServiceErrorCode::malformedMessage, "a request has no identifier");
-    }
-    understood = error == nullptr;
-    if (!understood) {
-      failSenseless(*frame, error);
-    } else if (mustWaitWith(*frame)) {
-      input->reader.putBack(*frame);
-      break;
-    } else if (!leaveToWorker(*frame)) {
-      dispatch(*frame);
-    }
+    isUnderstood = frame->error == nullptr;
+    isLeft = isUnderstood && leaveToWorker(*frame);
+    if (!isLeft) perform(*frame);
   }
-  noteUnfinishedMessage();
-  finishBatch();
-  if (!understood) closeByItself();
-}
-
-void UnixServiceConnection::noteUnfinishedMessage() {
   {
     MutexLock lock(mutex);
-    // A worker with a large request keeps this count itself; see performLargeRequest().
-    if (!largeRequestOpen) input->held.set(ownBytes + input->reader.capacityInBytes());
+    // Else the worker keeps the count.
+    if (!isLeft) input->count();
+    account.endTurn();
+    ended = settle();
   }
-  if (!input->reader.isEmpty() && !unfinishedSince)
-    unfinishedSince = std::chrono::steady_clock::now();
+  if (!input->reader.isEmpty() && !input->unfinishedSince)
+    input->unfinishedSince = std::chrono::steady_clock::now();
+  if (!isUnderstood) closeByItself();
 }
 
-void UnixServiceConnection::failSenseless(const FrameReader::Frame& frame, const ErrorPtr& error) {
-  const bool isTooLarge =
-      error->code() == static_cast<std::int64_t>(ServiceErrorCode::messageTooLarge);
-  if (!isRefused || !isTooLarge || frame.kind != FrameKind::request || frame.identifier == 0) {
-    return fail(frame.identifier, error);
-  }
-  // A refused peer's request is refused whatever its size, by the exported object, which only needs
-  // the selector. That may have arrived.
-  std::string_view rest = frame.body;
-  const std::optional<WireToken> selector = WireToken::take(rest);
-  if (selector && selector->type == WireType::string) {
-    return perform(frame, std::string(selector->text), {});
-  }
-  fail(frame.identifier,
-       makeServiceError(ServiceErrorCode::messageTooLarge,
-                        "a program without entitlement may send messages of " +
-                            std::to_string(limits.refusedMessageSizeInBytes) + " bytes"));
-}
-
-void UnixServiceConnection::finishBatch() {
-  std::shared_ptr<ProcessTransaction> ended;
+// Nothing if there is none, or it must wait.
+std::optional<FrameReader::Frame> UnixServiceConnection::nextMessage() {
+  std::optional<FrameReader::Frame> frame = input->reader.next();
   MutexLock lock(mutex);
-  dispatching = false;
-  if (!descriptor.isOpen()) return;
-  flush();
-  ended = endedTransaction();
-  // Reading may have paused because the turn was over, or another thread has made room since.
-  continueSoon();
-  updateWatch();
+  const bool mayTake = account.mayTake(frame && exported.expectsLongReply(*frame));
+  if (frame && !frame->error && !mayTake) input->reader.putBack(*frame);
+  if (!frame || !mayTake) return std::nullopt;
+  input->unfinishedSince.reset();
+  // A failure with identifier 0 concerns the whole connection.
+  if (!frame->error && frame->identifier == 0) {
+    frame->error =
+        makeServiceError(ServiceErrorCode::malformedMessage, "a request has no identifier");
+  }
+  return frame;
 }
 
-std::shared_ptr<ProcessTransaction> UnixServiceConnection::endedTransaction() {
-  const bool isAnswering = output.unsentBytes() > 0 || output.repliesInPieces() > 0;
-  if (dispatching || largeRequestOpen || unanswered > 0 || isAnswering) return nullptr;
-  return std::exchange(transaction, nullptr);
-}
-
-// Whether the peer must read its long replies before this request; if so, reading pauses.
-bool UnixServiceConnection::mustWaitWith(const FrameReader::Frame& frame) {
-  std::string_view rest = frame.body;
-  const std::optional<WireToken> selector = WireToken::take(rest);
-  MutexLock lock(mutex);
-  nextIsLong =
-      selector && exportedInterface && exportedInterface->expectsLongReplies(selector->text);
-  paused = mustWait();
-  return paused;
-}
-
-// Whether a worker performs the request. Nothing is read meanwhile: its bytes are in the reader.
+// Whether a worker performs the request. The reader, which has its bytes, is not touched meanwhile.
 bool UnixServiceConnection::leaveToWorker(const FrameReader::Frame& frame) {
   if (!context->workers || frame.body.size() <= limits.quickRequestBytes) return false;
   {
     MutexLock lock(mutex);
-    if (!descriptor.isOpen()) return true;
-    largeRequest = std::make_shared<const LargeRequest>(LargeRequest{input, frame});
-    largeRequestOpen = true;
-    paused = true;
+    largeRequest = frame;
+    account.beginLarge();
   }
   // Weak: a connection that ends before a worker is free releases the request at once.
   context->workers->post([weak = weak_from_this()] {
@@ -324,66 +217,115 @@ bool UnixServiceConnection::leaveToWorker(const FrameReader::Frame& frame) {
 }
 
 void UnixServiceConnection::performLargeRequest() {
-  std::shared_ptr<const LargeRequest> request;
+  std::optional<FrameReader::Frame> request;
+  std::shared_ptr<Input> performing;
   {
     MutexLock lock(mutex);
     request.swap(largeRequest);
     if (!request) return;
+    performing = input;
     // Closing the connection would not free these bytes any sooner, so they do not count against
     // it. The number of workers limits them.
-    request->input->held.set(0);
+    performing->held.set(0);
   }
   try {
-    dispatch(request->frame);
+    perform(*request);
   } catch (const std::exception&) {
     giveUp();
   }
-  request = nullptr;
+  performing = nullptr;
   std::shared_ptr<ProcessTransaction> ended;
   MutexLock lock(mutex);
-  largeRequestOpen = false;
-  ended = endedTransaction();
-  continueSoon();
+  account.endLarge();
+  ended = settle();
 }
 
-void UnixServiceConnection::dispatch(const FrameReader::Frame& frame) {
-  std::string_view rest = frame.body;
-  const std::optional<WireToken> selector = WireToken::take(rest);
-  if (!selector || selector->type != WireType::string) {
-    return fail(frame.identifier, makeServiceError(ServiceErrorCode::malformedMessage,
-                                                   "a request does not begin with its operation"));
+void UnixServiceConnection::perform(const FrameReader::Frame& frame) {
+  ExportedService service;
+  bool isLong = false;
+  {
+    MutexLock lock(mutex);
+    service = exported;
+    isLong = service.expectsLongReply(frame);
+    account.addUnanswered(isLong);
   }
-  perform(frame, std::string(selector->text), rest);
+  const auto reply = std::make_shared<PendingReply>(shared_from_this(), frame.identifier, isLong);
+  if (ErrorPtr error = service.perform(frame, limits, WireReply(reply))) reply->fail(error);
 }
 
-void UnixServiceConnection::perform(const FrameReader::Frame& frame, const std::string& selector,
-                                    std::string_view arguments) {
-  std::shared_ptr<const ServiceInterface> interface;
-  std::shared_ptr<ExportedObject> object;
+void UnixServiceConnection::answer(const PendingReply& pending, FrameKind kind, std::string body) {
+  std::shared_ptr<ProcessTransaction> ended;
+  MutexLock lock(mutex);
+  account.removeUnanswered(pending.isLong);
+  output.append(kind, pending.identifier, std::move(body));
+  ended = settle();
+}
+
+void UnixServiceConnection::answerInPieces(const PendingReply& pending, EncodedReplyPtr reply) {
+  std::shared_ptr<ProcessTransaction> ended;
+  MutexLock lock(mutex);
+  account.removeUnanswered(pending.isLong);
+  output.append(pending.identifier, std::move(reply));
+  ended = settle();
+}
+
+std::shared_ptr<ProcessTransaction> UnixServiceConnection::settle() {
+  // Answers given during the turn are written together at its end.
+  if (account.isInTurn() && context->loop->isLoopThread()) return nullptr;
+  output.flush();
+  if (output.claimPieces()) {
+    Block block = [self = shared_from_this()] { self->sendPieces(); };
+    if (context->workers) {
+      context->workers->post(std::move(block));
+    } else {
+      context->loop->post(std::move(block));
+    }
+  }
+  if (account.claimContinuation()) {
+    context->loop->post([weak = weak_from_this()] {
+      if (const auto held = weak.lock()) held->takeRequests();
+    });
+  }
+  updateWatch();
+  return account.takeEndedTransaction();
+}
+
+void UnixServiceConnection::sendPieces() {
+  try {
+    for (int i = 0; i < piecesInTurn && sendPiece(); ++i) continue;
+  } catch (const std::exception&) {
+    giveUp();
+  }
+  std::shared_ptr<ProcessTransaction> ended;
+  MutexLock lock(mutex);
+  output.releasePieces();
+  ended = settle();
+}
+
+// Encodes it without the lock. Whether there was one to send.
+bool UnixServiceConnection::sendPiece() {
+  std::optional<ReplyQueue::NextPiece> next;
   {
     MutexLock lock(mutex);
-    interface = exportedInterface;
-    object = exportedObject;
+    next = output.nextPiece();
   }
-  const auto* parameters = interface ? interface->parameters(selector, OfReply::no) : nullptr;
-  if (parameters == nullptr || !object) {
-    return fail(frame.identifier, makeServiceError(ServiceErrorCode::unknownOperation,
-                                                   "the service has no such operation"));
-  }
-  if (isRefused) {
-    arguments = {};
-  } else if (ErrorPtr error = validateWireValues(arguments, *parameters)) {
-    return fail(frame.identifier, error);
-  }
-  const bool isLong = interface->expectsLongReplies(selector);
-  {
-    MutexLock lock(mutex);
-    ++unanswered;
-    if (isLong) ++unansweredLong;
-  }
-  object->perform(
-      selector, WireReader(arguments),
-      WireReply(std::make_shared<PendingReply>(shared_from_this(), frame.identifier, isLong)));
+  if (!next) return false;
+  std::shared_ptr<const std::string> bytes = next->reply->piece(next->index);
+  std::shared_ptr<ProcessTransaction> ended;
+  MutexLock lock(mutex);
+  output.addPiece(std::move(bytes));
+  ended = settle();
+  return true;
+}
+
+bool UnixServiceConnection::isOpen() {
+  MutexLock lock(mutex);
+  return output.isOpen();
+}
+
+void UnixServiceConnection::giveUp() {
+  MutexLock lock(mutex);
+  output.abandon();
 }
 
 void UnixServiceConnection::closeByItself() {
@@ -399,12 +341,10 @@ void UnixServiceConnection::close() {
   {
     MutexLock lock(mutex);
     ended.swap(watch);
-    abandonedRequests.swap(transaction);
-    object.swap(exportedObject);
-    closing = std::move(descriptor);
-    largeRequest = nullptr;
-    output.clear();
-    heldOutput.set(0);
+    object.swap(exported.object);
+    closing = output.close();
+    abandonedRequests = account.takeEndedTransaction();
+    largeRequest.reset();
   }
   // In this order: once the descriptor is closed, its number may belong to another connection.
   if (ended) ended->cancel();
@@ -416,12 +356,10 @@ void UnixServiceConnection::close() {
 UnixServiceConnection::Standing UnixServiceConnection::standing() {
   using Instant = std::chrono::steady_clock::time_point;
   MutexLock lock(mutex);
-  // Bytes that a worker has taken would not be freed by closing.
-  const bool isBeingPerformed = largeRequestOpen && !largeRequest;
-  const std::size_t inputBytes = isBeingPerformed ? 0 : input->held.get();
-  const bool holdsMuchUnfinished = unfinishedSince && inputBytes > worthEndingBytes;
-  return {!isRefused, holdsMuchUnfinished ? *unfinishedSince : Instant::max(),
-          -static_cast<std::int64_t>(inputBytes + heldOutput.get())};
+  const std::size_t inputBytes = input->held.get();
+  const bool holdsMuchUnfinished = input->unfinishedSince && inputBytes > worthEndingBytes;
+  return {!exported.isRefused, holdsMuchUnfinished ? *input->unfinishedSince : Instant::max(),
+          -static_cast<std::int64_t>(inputBytes + output.unsentBytes())};
 }
 
 }  // namespace quenlet

@@ -10,13 +10,12 @@
 #include <string>
 
 #include "platform/foundation/Mutex.h"
-#include "platform/ipc/FrameReader.h"
-#include "platform/ipc/HeldBytes.h"
+#include "platform/ipc/ExportedService.h"
 #include "platform/ipc/PeerIdentity.h"
-#include "platform/ipc/ReplyQueue.h"
+#include "platform/ipc/ReplyWriter.h"
+#include "platform/ipc/RequestAccount.h"
 #include "platform/ipc/ServiceConnection.h"
 #include "platform/ipc/ServiceContext.h"
-#include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
 
@@ -45,7 +44,7 @@ class UnixServiceConnection final : public ServiceConnection,
   }
   [[nodiscard]] std::optional<PropertyList> valueForEntitlement(
       const std::string& entitlement) const override;
-  void setPeerTreatment(PeerTreatment treatment) override;
+  void setPeerTreatment(PeerTreatment treatment) override EXCLUDES(mutex);
   void setExportedInterface(ServiceInterface interface) override EXCLUDES(mutex);
   void setExportedObject(std::shared_ptr<ExportedObject> object) override EXCLUDES(mutex);
   void resume() override EXCLUDES(mutex);
@@ -71,46 +70,25 @@ class UnixServiceConnection final : public ServiceConnection,
  private:
   class PendingReply;
   struct Input;
-  struct LargeRequest;
 
   void onReady(std::uint32_t events) EXCLUDES(mutex);
   void readOnce(int socket) EXCLUDES(mutex);
-  void continueReading() EXCLUDES(mutex);
-  void dispatchFrames() EXCLUDES(mutex);
-  void noteUnfinishedMessage();
-  void failSenseless(const FrameReader::Frame& frame, const ErrorPtr& error) EXCLUDES(mutex);
-  void dispatch(const FrameReader::Frame& frame) EXCLUDES(mutex);
-  [[nodiscard]] bool mustWaitWith(const FrameReader::Frame& frame) EXCLUDES(mutex);
+  void takeRequests() EXCLUDES(mutex);
+  [[nodiscard]] std::optional<FrameReader::Frame> nextMessage() EXCLUDES(mutex);
   [[nodiscard]] bool leaveToWorker(const FrameReader::Frame& frame) EXCLUDES(mutex);
   void performLargeRequest() EXCLUDES(mutex);
-  void perform(const FrameReader::Frame& frame, const std::string& selector,
-               std::string_view arguments) EXCLUDES(mutex);
-  [[nodiscard]] bool mayDispatch() EXCLUDES(mutex);
-  void finishBatch() EXCLUDES(mutex);
-  // Returns the transaction once no request and no answer is pending, else null. The caller drops
-  // it after the lock: its end may call out.
-  [[nodiscard]] std::shared_ptr<ProcessTransaction> endedTransaction() REQUIRES(mutex);
-  [[nodiscard]] bool mustWait() const REQUIRES(mutex);
-  void continueSoon() REQUIRES(mutex);
+  void perform(const FrameReader::Frame& frame) EXCLUDES(mutex);
+  void answer(const PendingReply& pending, FrameKind kind, std::string body) EXCLUDES(mutex);
+  void answerInPieces(const PendingReply& pending, EncodedReplyPtr reply) EXCLUDES(mutex);
+  // To be called after every change of the account or the output, before the lock is let go. The
+  // caller drops the transaction, which may be null, after the lock: its end may call out.
+  [[nodiscard]] std::shared_ptr<ProcessTransaction> settle() REQUIRES(mutex);
+  void sendPieces() EXCLUDES(mutex);
+  [[nodiscard]] bool sendPiece() EXCLUDES(mutex);
+  [[nodiscard]] bool isOpen() EXCLUDES(mutex);
   // Ends the connection when memory for an answer runs out. On any thread.
   void giveUp() EXCLUDES(mutex);
   void closeByItself() EXCLUDES(mutex);
-  void answer(const PendingReply& pending, FrameKind kind, std::string body) EXCLUDES(mutex);
-  void answerInPieces(const PendingReply& pending, EncodedReplyPtr reply) EXCLUDES(mutex);
-  void countAnswer(const PendingReply& pending) REQUIRES(mutex);
-  // As endedTransaction().
-  [[nodiscard]] std::shared_ptr<ProcessTransaction> finishAnswer() REQUIRES(mutex);
-  [[nodiscard]] bool isOpen() EXCLUDES(mutex);
-  void fail(std::uint64_t identifier, const ErrorPtr& error) EXCLUDES(mutex);
-  void enqueue(FrameKind kind, std::uint64_t identifier, std::string body) REQUIRES(mutex);
-  [[nodiscard]] bool mayEnqueue() REQUIRES(mutex);
-  void sendPiecesSoon() REQUIRES(mutex);
-  void sendPieces() EXCLUDES(mutex);
-  [[nodiscard]] std::optional<ReplyQueue::NextPiece> takeNextPiece() EXCLUDES(mutex);
-  void addPiece(std::shared_ptr<const std::string> bytes) EXCLUDES(mutex);
-  void flush() REQUIRES(mutex);
-  void abandon() REQUIRES(mutex);
-  [[nodiscard]] std::uint32_t wantedEvents() const REQUIRES(mutex);
   void updateWatch() REQUIRES(mutex);
 
   const std::shared_ptr<const ServiceContext> context;
@@ -119,41 +97,17 @@ class UnixServiceConnection final : public ServiceConnection,
   // Those of the peer when the connection was accepted; null for none.
   const std::shared_ptr<const PropertyListDictionary> entitlements;
   const ClosedHandler onClosed;
-  // Set before start().
-  bool isRefused = false;
-  // On the loop's thread only.
+  // On the loop's thread only, but for the worker that takes `largeRequest`, which is in it.
   std::shared_ptr<Input> input;
-  // Since when the reader holds part of a message.
-  std::optional<std::chrono::steady_clock::time_point> unfinishedSince;
-  std::size_t requestsInTurn = 0;
 
   Mutex mutex;
-  FileDescriptor descriptor GUARDED_BY(mutex);
-  std::shared_ptr<EventLoop::Watch> watch GUARDED_BY(mutex);
-  std::shared_ptr<const ServiceInterface> exportedInterface GUARDED_BY(mutex);
-  std::shared_ptr<ExportedObject> exportedObject GUARDED_BY(mutex);
-  ReplyQueue output GUARDED_BY(mutex);
-  HeldBytes::Part heldOutput GUARDED_BY(mutex);
-  std::size_t unanswered GUARDED_BY(mutex) = 0;
-  // The unanswered requests whose replies can be long, and whether the next request is such a one.
-  std::size_t unansweredLong GUARDED_BY(mutex) = 0;
-  bool nextIsLong GUARDED_BY(mutex) = false;
-  // A worker is adding pieces of replies, or will soon.
-  bool sendingPieces GUARDED_BY(mutex) = false;
-  // The request for the next worker to take; `largeRequestOpen` stays true until it is performed.
-  std::shared_ptr<const LargeRequest> largeRequest GUARDED_BY(mutex);
-  bool largeRequestOpen GUARDED_BY(mutex) = false;
   bool resumed GUARDED_BY(mutex) = false;
-  // Held from the first request taken until no answer is pending or unsent.
-  std::shared_ptr<ProcessTransaction> transaction GUARDED_BY(mutex);
-  // Reading is paused: a limit is reached, a worker has the reader's bytes, or the service takes no
-  // more. Complete requests may wait in the reader.
-  bool paused GUARDED_BY(mutex) = false;
-  bool continuationPosted GUARDED_BY(mutex) = false;
-  // The loop's thread is dispatching, and will write the answers afterwards.
-  bool dispatching GUARDED_BY(mutex) = false;
-  // Nothing more can be written; the loop's thread will close the socket.
-  bool abandoned GUARDED_BY(mutex) = false;
+  ExportedService exported GUARDED_BY(mutex);
+  ReplyWriter output GUARDED_BY(mutex);
+  RequestAccount account GUARDED_BY(mutex);
+  std::shared_ptr<EventLoop::Watch> watch GUARDED_BY(mutex);
+  // The request for the next worker to take.
+  std::optional<FrameReader::Frame> largeRequest GUARDED_BY(mutex);
 };
 
 }  // namespace quenlet
