@@ -256,6 +256,22 @@ TEST_F(UnixServiceListenerTest, PerformsALargeRequestBesideTheOthersAndInItsTurn
   EXPECT_EQ(peer.receive(), "3 3");
 }
 
+TEST_F(UnixServiceListenerTest, AnswersAWrongRequestThatWaitedForAWorkerWhileItWasSuspended) {
+  serve({.quickRequestBytes = 100});
+  std::array<RawPeer, 2> holders{RawPeer(socket), RawPeer(socket)};
+  for (RawPeer& holder : holders) {
+    ASSERT_TRUE(holder.send(RawPeer::request(1, "hold", std::string(200, 'h'))));
+    service->waitUntilHeld();
+  }
+  RawPeer wrong(socket);
+  ASSERT_TRUE(wrong.send(RawPeer::request(2, "owl", std::string(200, 'w'))));
+  connect();
+  listener->suspend();
+  service->release();
+  EXPECT_EQ(wrong.receive(), "2 !3");
+  service->release();
+}
+
 // Its answers would pile up, and take the others' time.
 TEST_F(UnixServiceListenerTest, DoesNotReadAPeerThatDoesNotReadUntilItDoes) {
   serve({.requestsInTurn = 3, .heldBytes = 1 << 20});
