@@ -10,6 +10,7 @@
 #include "protocol/ContactWire.h"
 #include "protocol/CorvelInterface.h"
 #include "protocol/DonationWire.h"
+#include "protocol/EncodedCard.h"
 
 namespace quenlet {
 namespace {
@@ -111,23 +112,23 @@ void CorvelDispatcher::removeBundle(WireReader arguments, WireReply reply) const
 }
 
 void CorvelDispatcher::fetch(WireReader, WireReply reply) const {
-  gate->fetchDonatedMeCard([reply = std::move(reply), shared = replies](const ContactPtr& contact,
-                                                                        const ErrorPtr& error) {
-    if (!reply.isWanted()) return;
-    if (contact) return reply(shared->card.fetchReply(contact));
-    WireEncoder encoder;
-    encoder.null();
-    ErrorWire::encode(encoder, error);
-    reply(std::move(encoder).take());
-  });
+  gate->fetchDonatedMeCard(
+      [reply = std::move(reply)](const ContactPtr& contact, const ErrorPtr& error) {
+        if (!reply.isWanted()) return;
+        if (contact) return reply(EncodedCard::fetchReply(contact));
+        WireEncoder encoder;
+        encoder.null();
+        ErrorWire::encode(encoder, error);
+        reply(std::move(encoder).take());
+      });
 }
 
 void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
   gate->synchronousDonatedMeCard(
-      [reply = std::move(reply), shared = replies](const Result<ContactPtr>& contactOrError) {
+      [reply = std::move(reply)](const Result<ContactPtr>& contactOrError) {
         if (!reply.isWanted()) return;
         if (contactOrError.ok()) {
-          return reply(shared->card.synchronousReply(contactOrError.value()));
+          return reply(EncodedCard::synchronousReply(contactOrError.value()));
         }
         WireEncoder encoder;
         ContactWire::encodeEither(encoder, contactOrError);
@@ -137,10 +138,10 @@ void CorvelDispatcher::synchronousFetch(WireReader, WireReply reply) const {
 
 void CorvelDispatcher::list(WireReader, WireReply reply) const {
   gate->meCardDonations(
-      [reply = std::move(reply), shared = replies](
+      [reply = std::move(reply), replies = listReplies](
           const std::shared_ptr<const DonationValues>& values, const ErrorPtr& error) {
         if (!reply.isWanted()) return;
-        if (values) return reply(shared->list.replyFor(values));
+        if (values) return reply(replies->replyFor(values));
         WireEncoder encoder;
         encoder.null();
         ErrorWire::encode(encoder, error);

@@ -6,16 +6,9 @@
 
 #include "platform/ipc/ServiceConnection.h"
 #include "protocol/CorvelProtocol.h"
-#include "protocol/EncodedCard.h"
 #include "protocol/EncodedDonations.h"
 
 namespace quenlet {
-
-// Replies that clients share: one that is made for one of them serves the others.
-struct SharedReplies final {
-  EncodedCard card;
-  DonationListReplies list;
-};
 
 // Decodes the requests of one connection into calls of its gate, and encodes the answers. Arguments
 // of the right types that are not valid values are answered with an error and never reach the
@@ -25,12 +18,12 @@ struct SharedReplies final {
 class CorvelDispatcher final : public ExportedObject {
  public:
   // `admitsClient` tells whether the gate lets the client's calls through. All connections share
-  // `sharedReplies`.
+  // `replies`.
   CorvelDispatcher(std::shared_ptr<CorvelProtocol> connectionGate,
-                   std::function<bool()> admitsClient, std::shared_ptr<SharedReplies> sharedReplies)
+                   std::function<bool()> admitsClient, std::shared_ptr<DonationListReplies> replies)
       : gate(std::move(connectionGate)),
         gateAdmitsClient(std::move(admitsClient)),
-        replies(std::move(sharedReplies)) {}
+        listReplies(std::move(replies)) {}
 
   void perform(const std::string& selector, WireReader arguments, WireReply reply) override;
 
@@ -48,7 +41,7 @@ class CorvelDispatcher final : public ExportedObject {
 
   const std::shared_ptr<CorvelProtocol> gate;
   const std::function<bool()> gateAdmitsClient;
-  const std::shared_ptr<SharedReplies> replies;
+  const std::shared_ptr<DonationListReplies> listReplies;
 };
 
 }  // namespace quenlet

@@ -37,7 +37,7 @@ bool DonationListenerDelegate::shouldAcceptNewConnection(
                                       : PeerTreatment::refused);
   newConnection->setExportedInterface(interface);
   newConnection->setExportedObject(std::make_shared<CorvelDispatcher>(
-      gate, [gate] { return gate->admitsClient(); }, replies));
+      gate, [gate] { return gate->admitsClient(); }, listReplies));
   newConnection->resume();
   return true;
 }

@@ -37,7 +37,7 @@ class DonationListenerDelegate final : public ServiceListenerDelegate {
   const std::shared_ptr<CorvelProtocol> agent;
   const LimitedAgent limitedAgent;
   const ServiceInterface interface = makeConfiguredInterface();
-  const std::shared_ptr<SharedReplies> replies = std::make_shared<SharedReplies>();
+  const std::shared_ptr<DonationListReplies> listReplies = std::make_shared<DonationListReplies>();
 };
 
 }  // namespace quenlet

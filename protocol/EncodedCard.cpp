@@ -6,22 +6,20 @@
 
 namespace quenlet {
 
-std::string EncodedCard::Kept::get(const ContactPtr& card,
-                                   const std::function<std::string()>& encode) {
+std::string EncodedCard::Kept::get(const std::function<std::string()>& encode) {
   constexpr std::size_t mostKeptBytes = std::size_t{1} << 20;
   {
     MutexLock lock(mutex);
-    if (!reply.empty() && encodedCard.lock() == card) return reply;
+    if (!reply.empty()) return reply;
   }
   std::string made = encode();
   MutexLock lock(mutex);
-  reply = made.size() <= mostKeptBytes ? made : std::string();
-  encodedCard = card;
+  if (made.size() <= mostKeptBytes) reply = made;
   return made;
 }
 
 std::string EncodedCard::fetchReply(const ContactPtr& card) {
-  return fetch.get(card, [&card] {
+  return card->attachment().get<EncodedCard>()->fetch.get([&card] {
     WireEncoder encoder;
     ContactWire::encode(encoder, *card);
     ErrorWire::encode(encoder, nullptr);
@@ -30,7 +28,7 @@ std::string EncodedCard::fetchReply(const ContactPtr& card) {
 }
 
 std::string EncodedCard::synchronousReply(const ContactPtr& card) {
-  return synchronous.get(card, [&card] {
+  return card->attachment().get<EncodedCard>()->synchronous.get([&card] {
     WireEncoder encoder;
     ContactWire::encodeEither(encoder, Result<ContactPtr>::success(card));
     return std::move(encoder).take();

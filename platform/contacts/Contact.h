@@ -6,6 +6,7 @@
 #include "platform/contacts/LabeledValues.h"
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/PostalAddress.h"
+#include "platform/foundation/Attachment.h"
 
 namespace quenlet {
 
@@ -54,8 +55,14 @@ class Contact {
 
   friend bool operator==(const Contact&, const Contact&) = default;
 
+  // What a reader keeps with the contact.
+  [[nodiscard]] const Attachment& attachment() const { return attached; }
+
  protected:
   ContactFields fields;
+
+ private:
+  Attachment attached;
 };
 
 using ContactPtr = std::shared_ptr<const Contact>;

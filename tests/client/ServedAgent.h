@@ -52,7 +52,7 @@ class ServedAgent : public EnvironmentTest {
   }
   void serveAgent() {
     serve(std::make_shared<CorvelDispatcher>(
-        agent, [] { return true; }, std::make_shared<SharedReplies>()));
+        agent, [] { return true; }, std::make_shared<DonationListReplies>()));
   }
   static std::string described(const ErrorPtr& error) {
     return error ? error->domain() + " " + std::to_string(error->code()) : "";
