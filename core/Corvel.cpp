@@ -74,10 +74,11 @@ void Corvel::restorePersistedState() {
 
 void Corvel::restore(DonationStore& donations) {
   logger->beginRestorePersistedState();
-  const std::optional<DonationValues> restored = donations.restore(notYetExpired);
+  std::optional<DonationValues> restored = donations.restore(notYetExpired);
   if (!restored) return;
   // Includes values that have expired: their donors may still stand for them.
   renewWithDonations(valuesWhere(*restored, readyForRenewal));
+  restored.reset();
   donations.rebuildCard();
   // The file's bytes and all temporaries have been freed by now.
   returnFreedMemory();
@@ -86,10 +87,10 @@ void Corvel::restore(DonationStore& donations) {
 
 void Corvel::start() {
   startMonitoringPreferences();
-  curatedInfoProvider->startMonitoring(environment, [weakStore = std::weak_ptr(store)] {
-    const auto changed = weakStore.lock();
-    if (!changed) return;
-    changed->submitWriterBlock([](DonationStore& donations) {
+  curatedInfoProvider->startMonitoring(environment, [weakSelf = weak_from_this()] {
+    const auto self = weakSelf.lock();
+    if (!self) return;
+    self->store->submitWriterBlock([](DonationStore& donations) {
       donations.rebuildCard();
       donations.postValuesDidChange();
     });

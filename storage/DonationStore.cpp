@@ -73,7 +73,7 @@ void DonationStore::deleteDonationsWithBundleID(const std::string& bundleIdentif
 
 void DonationStore::saveUnsavedRemoval() {
   submitWriterBlock([](DonationStore& store) {
-    if (store.hasUnsavedRemoval) store.commit(nobodyWaits);
+    if (store.hasUnsavedRemoval) store.change([]() -> ErrorPtr { return nullptr; }, nobodyWaits);
   });
 }
 
@@ -123,10 +123,10 @@ bool DonationStore::isConfirmedOrRejected(const DonationValue& value) const {
 }
 
 void DonationStore::dropConfirmedOrRejected() {
-  const std::size_t before = list()->size();
-  donations.removeIf([this](const DonationValue& value) { return isConfirmedOrRejected(value); });
+  const DonationValues unwanted = valuesWhere(
+      *list(), [this](const DonationValue& value) { return isConfirmedOrRejected(value); });
   // No caller waits for this save. Should it fail, the next start drops the values again.
-  if (list()->size() != before) commit(nobodyWaits);
+  if (!unwanted.empty()) removeAll(unwanted, nobodyWaits);
 }
 
 bool DonationStore::isWithin(const BundleLimit& limit, const ChangeType& change) const {
@@ -173,21 +173,30 @@ void DonationStore::removeAll(const DonationValues& values, SaveReply saveReply)
 }
 
 void DonationStore::change(const std::function<ErrorPtr()>& step, SaveReply saveReply) {
+  ErrorPtr refused;
+  allOrNothing([&] {
+    refused = step();
+    if (refused) return;
+    rebuildCard();
+    save(std::move(saveReply));
+  });
+  if (refused) return replySoon(std::move(saveReply), SaveResponse::failure(refused));
+  postValuesDidChange();
+}
+
+void DonationStore::allOrNothing(const std::function<void()>& step) {
   // Cheap: rows are shared, so the copy holds just the index. Memory may run short at any step.
   DonationTable formerTable(donations);
   const ContactPtr formerContact = contact;
+  const bool hadUnsavedRemoval = hasUnsavedRemoval;
   try {
-    if (const ErrorPtr refused = step()) {
-      return replySoon(std::move(saveReply), SaveResponse::failure(refused));
-    }
-    rebuildCard();
-    save(std::move(saveReply));
+    step();
   } catch (...) {
     donations = std::move(formerTable);
     contact = formerContact;
+    hasUnsavedRemoval = hadUnsavedRemoval;
     throw;
   }
-  postValuesDidChange();
 }
 
 void DonationStore::replySoon(SaveReply saveReply, SaveResponse response) const {
@@ -208,16 +217,12 @@ ErrorPtr DonationStore::insert(const DonationValues& values) {
 }
 
 void DonationStore::deleteAll() {
-  donations = DonationTable();
-  rebuildCard();
-  // A failed save can be told to nobody; the next change writes the table again.
-  save(nobodyWaits);
-}
-
-void DonationStore::commit(SaveReply saveReply) {
-  rebuildCard();
-  save(std::move(saveReply));
-  postValuesDidChange();
+  allOrNothing([this] {
+    donations = DonationTable();
+    rebuildCard();
+    // A failed save can be told to nobody; the next change writes the table again.
+    save(nobodyWaits);
+  });
 }
 
 void DonationStore::save(SaveReply saveReply) {

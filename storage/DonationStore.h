@@ -24,7 +24,7 @@ namespace quenlet {
 //                   I/O scheduler                       └▶ write the file
 //                   reply scheduler                            └▶ SaveReply
 //
-// A block sees the table and the card of all blocks before it. A block that throws leaves both as
+// A block sees the table and the card of all blocks before it. A change that throws leaves both as
 // they were. The store keeps itself alive until its blocks, saves and replies are done.
 class DonationStore final : public std::enable_shared_from_this<DonationStore> {
  public:
@@ -91,12 +91,12 @@ class DonationStore final : public std::enable_shared_from_this<DonationStore> {
   // returns an error when the table would outgrow its file.
   [[nodiscard]] ErrorPtr insert(const DonationValues& values);
   [[nodiscard]] ErrorPtr changeTable(const ChangeType& change);
-  // Runs a step that changes the table, and completes the change; if the step returns an error or
-  // anything throws, table and card are as they were.
+  // Runs a step that leaves table and card as they were if it throws.
+  void allOrNothing(const std::function<void()>& step);
+  // Runs a step that changes the table, then rebuilds the card, saves and posts the change. A step
+  // that returns an error has changed nothing.
   void change(const std::function<ErrorPtr()>& step, SaveReply saveReply);
   void replySoon(SaveReply saveReply, SaveResponse response) const;
-  // Completes a change that the table has seen: rebuilds the card, saves, posts the change.
-  void commit(SaveReply saveReply);
   void save(SaveReply saveReply);
 
   // Changed in writer blocks, read in reader blocks.

@@ -71,6 +71,10 @@ TEST_F(BundleLimitTest, KeepsTableAndCardWhenAChangeFails) {
   EXPECT_THROW(run(), std::bad_alloc);
   EXPECT_EQ(replyTo(list), "list a");
   EXPECT_EQ(replyTo(fetch), "card a@x");
+  curated->failsOnce = true;
+  agent->disableDonations();
+  EXPECT_THROW(run(), std::bad_alloc);
+  EXPECT_EQ(replyTo(list), "list a");
   eventsOf(donate, {email("d@x", from("mine", "c"))});
   EXPECT_EQ(replyTo(fetch), "card a@x d@x");
 }
