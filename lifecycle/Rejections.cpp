@@ -55,8 +55,12 @@ void Rejections::rejectFound(DonationStore& donations, const Rejection& rejectio
     return;
   }
   const auto isUnwanted = [&found, unwanted = found->value()](const DonationValue& row) {
-    // Equal values have equal keys, so few need decoding.
-    return row.contentKey() == found->contentKey() && row.value() == unwanted;
+    // Equal values have equal keys, so few need decoding; but the key of a long postal address,
+    // made of all its fields, can depend on their composition.
+    const bool mayBeEqual =
+        row.kind() == found->kind() &&
+        (row.kind() == DonationKind::postalAddress || row.contentKey() == found->contentKey());
+    return mayBeEqual && row.value() == unwanted;
   };
   rejectValues(donations, valuesWhere(*donations.list(), isUnwanted), rejection);
 }

@@ -64,6 +64,15 @@ TEST_F(CorvelRejectionsTest, DropAndReportWhatIsEqualOrOfOneCluster) {
   EXPECT_EQ(replyTo(CorvelSelector::list), "list 3 4 6 7") << "none is taken back";
 }
 
+// Each field is short enough to be composed; all of them in one line are not.
+TEST_F(CorvelRejectionsTest, FindALongAddressInAnotherComposition) {
+  const std::string half(2200, 'x');
+  hold({postal({.street = half + "\u00e9", .city = half}, from("app", "1")),
+        postal({.street = half + "e\u0301", .city = half}, from("app", "2"))});
+  eventsOfRejecting(value, "1");
+  EXPECT_EQ(replyTo(CorvelSelector::list), "list ");
+}
+
 TEST_F(CorvelRejectionsTest, ReportAfterAFailedSaveAndPutNothingBack) {
   hold({email("a@x", from("app", "1")), email("b@x", from("app", "2", "c")),
         email("c@x", from("app", "3"))});
