@@ -16,9 +16,13 @@ void overwrite(std::string& field, const std::optional<std::string>& component) 
 
 void DonationVisitor::visitEntry(const DonationValue& donation, Entries& entries) {
   const Fingerprint& key = donation.contentKey();
-  const std::size_t place = emailAddresses.size() + phoneNumbers.size() + postalAddresses.size();
   // An entry without a key has no duplicate.
-  if (!key || visitedValues.findOrAdd(key, place) == place) entries.push_back(&donation);
+  if (!key) return entries.push_back(&donation);
+  const auto keyAt = [this](std::size_t place) { return visited[place]->contentKey(); };
+  const std::size_t next = visited.size();
+  if (visitedValues.findOrAdd(key, next, keyAt) != next) return;
+  visited.push_back(&donation);
+  entries.push_back(&donation);
 }
 
 void DonationVisitor::visitNameComponents(const DonationValue& donation) {

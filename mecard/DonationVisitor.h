@@ -40,6 +40,8 @@ class DonationVisitor final : public DonationValueVisitor {
   void visitEntry(const DonationValue& donation, Entries& entries);
 
   const std::shared_ptr<const DonationValues> owner;
+  // The entries with a key that the card has so far, and where they stand.
+  Entries visited;
   KeyIndex visitedValues;
   MutableContact contact;
   Entries emailAddresses;

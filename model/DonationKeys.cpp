@@ -1,7 +1,5 @@
 #include "model/DonationKeys.h"
 
-#include <bit>
-
 #include "platform/contacts/PostalAddressFormatter.h"
 #include "platform/foundation/Text.h"
 
@@ -31,22 +29,6 @@ Fingerprint DonationKeys::ofPostalAddress(const PostalAddress& address) {
   const std::optional<std::string> line =
       PostalAddressFormatter::singleLineStringFromPostalAddress(address, CountryName::leftOut);
   return line ? ofFoldedText(*line) : Fingerprint();
-}
-
-KeyIndex::KeyIndex(std::size_t capacity) : slots(std::bit_ceil(capacity * 2 + 2)) {}
-
-std::size_t KeyIndex::slotOf(const Fingerprint& key) const {
-  std::size_t position = key.first & (slots.size() - 1);
-  while (slots[position].place != none && slots[position].key != key) {
-    position = (position + 1) & (slots.size() - 1);
-  }
-  return position;
-}
-
-std::size_t KeyIndex::findOrAdd(const Fingerprint& key, std::size_t place) {
-  Slot& slot = slots[slotOf(key)];
-  if (slot.place == none) slot = {key, place};
-  return slot.place;
 }
 
 }  // namespace quenlet

@@ -1,6 +1,7 @@
 #include "model/DonationValue.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace quenlet {
 namespace {
@@ -12,6 +13,10 @@ std::shared_ptr<const char[]> makeBlock(std::string_view texts) {
   auto block = std::make_shared_for_overwrite<char[]>(texts.size());
   std::copy(texts.begin(), texts.end(), block.get());
   return block;
+}
+
+[[maybe_unused]] bool readsBack(std::string_view text) {
+  return DonationText::take(text).has_value() && text.empty();
 }
 
 struct ContentKey final {
@@ -78,6 +83,7 @@ DonationValuePtr DonationValue::donationValueWithImageData(std::string imageData
 
 DonationValuePtr DonationValue::makeRecord(DecodedDonation donation) {
   const std::string text = DonationText::write(donation).value_or("");
+  assert(text.empty() || readsBack(text));
   const Digest digest(donation, text.size());
   const auto block = makeBlock(text);
   Kept kept;

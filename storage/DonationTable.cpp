@@ -5,6 +5,11 @@
 namespace quenlet {
 namespace {
 
+struct KeyOfRow final {
+  const DonationValues& rows;
+  const Fingerprint& operator()(std::size_t row) const { return rows[row]->donationKey(); }
+};
+
 std::size_t textBytesOf(const DonationValues& values) {
   std::size_t size = 0;
   for (std::size_t place = 0; place < values.size(); ++place) {
@@ -19,7 +24,7 @@ std::size_t textBytesOf(const DonationValues& values) {
 void DonationTable::indexAll(const DonationValues& held, std::size_t capacity) {
   index = KeyIndex(capacity);
   for (std::size_t row = 0; row < held.size(); ++row) {
-    static_cast<void>(index.findOrAdd(held[row]->donationKey(), row));
+    static_cast<void>(index.findOrAdd(held[row]->donationKey(), row, KeyOfRow{held}));
   }
 }
 
@@ -38,7 +43,7 @@ void DonationTable::insertAll(const DonationValues& values) {
 
 void DonationTable::indexDonationByIdentifierReduction(DonationValues& held,
                                                        const DonationValuePtr& value) {
-  const std::size_t row = index.findOrAdd(value->donationKey(), held.size());
+  const std::size_t row = index.findOrAdd(value->donationKey(), held.size(), KeyOfRow{held});
   if (row == held.size()) {
     held.push_back(value);
   } else {
@@ -69,7 +74,7 @@ void DonationTable::removeIf(const std::function<bool(const DonationValue&)>& un
 }
 
 DonationValuePtr DonationTable::find(const Fingerprint& donationKey) const {
-  const std::size_t row = index.find(donationKey);
+  const std::size_t row = index.find(donationKey, KeyOfRow{*rows});
   return row == KeyIndex::none ? nullptr : (*rows)[row];
 }
 
