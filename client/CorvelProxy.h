@@ -13,8 +13,9 @@
 
 namespace quenlet {
 
-// The agent for programs that donate values or read the donated me card. Talks to the user's
-// running agent over its socket; the agent serves only entitled programs.
+// The user's agent, seen from another process: every operation goes over its socket. For our own
+// programs, on the agent's own types; programs of others use Client, which stands on this class.
+// The agent serves only entitled programs.
 //
 //   CorvelProxy agent;
 //   const Date now = Date::now();

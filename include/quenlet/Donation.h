@@ -23,7 +23,7 @@ struct Donation final {
   // Donations with the same cluster identifier can be rejected together.
   std::optional<std::string> clusterIdentifier = {};
   Date donationDate = Date::now();
-  // The agent drops the donation then, unless an extension renews it.
+  // The first agent to start after this date drops the donation, unless an extension renews it.
   Date expirationDate = Date::now().addingSeconds(standardLifetimeSeconds);
 
   friend bool operator==(const Donation&, const Donation&) = default;
