@@ -39,7 +39,7 @@ class NameSuppressionStatus final {
   };
   using Cases = std::variant<Curated, OneDonation, None, DifferentDonations>;
 
-  NameSuppressionStatus(Cases status) : cases(std::move(status)) {}
+  NameSuppressionStatus(Cases status) : cases(status) {}
 
   template <typename Case>
   [[nodiscard]] const Case* as() const {

@@ -13,20 +13,21 @@
 namespace quenlet {
 
 // Fingerprints by which values are found and compared, so that searches among many records read no
-// texts. Two texts have one key when they are canonically equivalent. Pure functions.
-namespace DonationKeys {
+// texts. Two texts have one key when they are canonically equivalent. Stateless.
+class DonationKeys final {
+ public:
+  DonationKeys() = delete;
 
-[[nodiscard]] Fingerprint ofText(std::string_view text);
-// The same in any letter case.
-[[nodiscard]] Fingerprint ofFoldedText(std::string_view text);
-// Equal for names that are the same person's: given and family name count, in any letter case; an
-// absent one equals only an absent one.
-[[nodiscard]] Fingerprint ofName(const PersonNameComponents& name);
-// Equal for addresses that are one entry on a card: one line without the country, in any letter
-// case. None for an address without text.
-[[nodiscard]] Fingerprint ofPostalAddress(const PostalAddress& address);
-
-}  // namespace DonationKeys
+  [[nodiscard]] static Fingerprint ofText(std::string_view text);
+  // The same in any letter case.
+  [[nodiscard]] static Fingerprint ofFoldedText(std::string_view text);
+  // Equal for names that are the same person's: given and family name count, in any letter case; an
+  // absent one equals only an absent one.
+  [[nodiscard]] static Fingerprint ofName(const PersonNameComponents& name);
+  // Equal for addresses that are one entry on a card: one line without the country, in any letter
+  // case. None for an address without text.
+  [[nodiscard]] static Fingerprint ofPostalAddress(const PostalAddress& address);
+};
 
 // Finds places by key: an open-addressed table, at most two thirds full, in which a look-up costs
 // one or two steps. Keeps 32 bits of each key; `keyAt` gives the key at a place, to confirm a hit.

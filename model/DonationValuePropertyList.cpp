@@ -7,9 +7,9 @@
 namespace quenlet {
 namespace {
 
-using DonationText::imageDataKey;
-using DonationText::originKey;
-using DonationText::styleKey;
+constexpr auto& imageDataKey = DonationText::imageDataKey;
+constexpr auto& originKey = DonationText::originKey;
+constexpr auto& styleKey = DonationText::styleKey;
 
 // Adds the content's entries to a record's dictionary.
 struct ContentWriter final {

@@ -9,7 +9,7 @@
 namespace quenlet {
 namespace {
 
-using DonationText::imageDataKey;
+constexpr auto& imageDataKey = DonationText::imageDataKey;
 
 // A key is a letter for the kind, then the content. Fields are preceded by their length: otherwise
 // ("ab", "c") and ("a", "bc") would share a key. Absent differs from empty: "-" and "0:".

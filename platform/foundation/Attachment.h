@@ -16,7 +16,8 @@ class Attachment final {
 
   Attachment() = default;
   Attachment(const Attachment&) {}
-  Attachment& operator=(const Attachment&) {
+  Attachment& operator=(const Attachment& other) {
+    if (this == &other) return *this;
     MutexLock lock(mutex);
     attached = nullptr;
     return *this;
