@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cassert>
 
+#include "model/DonationPropertyList.h"
+
 namespace quenlet {
 namespace {
 
@@ -121,6 +123,16 @@ bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationV
   }
   texts.remove_prefix(size);
   return true;
+}
+
+DonationValuePtr DonationValue::initWithPropertyListRepresentation(
+    const PropertyListDictionary& entries) {
+  std::optional<DecodedDonation> donation = DonationPropertyList::read(entries);
+  return donation ? makeRecord(*std::move(donation)) : nullptr;
+}
+
+PropertyListDictionary DonationValue::propertyListRepresentation() const {
+  return DonationPropertyList::write(decoded());
 }
 
 DecodedDonation DonationValue::decoded() const {
