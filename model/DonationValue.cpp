@@ -142,6 +142,11 @@ DecodedDonation DonationValue::decoded() const {
   return *DonationText::take(written);
 }
 
+DonationValue::Value DonationValue::value() const {
+  DecodedDonation donation = decoded();
+  return Value(std::move(donation.content));
+}
+
 DonationValuePtr DonationValue::copyWithNewExpirationDate(Date expirationDate) const {
   DecodedDonation copy = decoded();
   copy.origin.expirationDate = expirationDate;

@@ -100,7 +100,7 @@ class DonationValue final {
   // Content and origin, parsed from the text.
   [[nodiscard]] DecodedDonation decoded() const;
   // The content alone, parsed from the text.
-  [[nodiscard]] Value value() const { return Value(decoded().content); }
+  [[nodiscard]] Value value() const;
   // The same content and origin with another expiration date.
   [[nodiscard]] DonationValuePtr copyWithNewExpirationDate(Date expirationDate) const;
   // Calls the one operation of `visitor` that fits the kind.
