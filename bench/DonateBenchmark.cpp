@@ -46,9 +46,9 @@ bool replace(const std::filesystem::path& file, const std::string& content) {
 void durableDonate(benchmark::State& state) {
   const OnOneCore pinned;
   RunningAgent agent(sampleDonations(heldDonations));
-  RawClient client(agent.installation.socket());
+  RawClient client(agent.home.socket());
   const std::string request = donateRequest(sampleDonations(1));
-  const std::filesystem::path stored = agent.installation.donationsFile();
+  const std::filesystem::path stored = agent.home.donationsFile();
   const std::filesystem::path bare = stored.parent_path() / "bare.plist";
   const std::string content = contentOf(stored);
   Latencies donations;
@@ -118,7 +118,7 @@ class Database final {
 
 // The threads wait for each other at the start and at the end of the loop.
 struct SharedDatabase final {
-  AgentInstallation place;
+  AgentHome place;
   Mutex mutex;
   Database database{place.scratch("donations.db")};
 };

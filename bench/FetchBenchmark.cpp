@@ -30,7 +30,7 @@ struct CardServer final {
 
   // All bytes of one reply, the header's too.
   [[nodiscard]] std::size_t replySize() const {
-    RawClient client(agent.installation.socket());
+    RawClient client(agent.home.socket());
     if (!client.send(request) || !client.receiveMessage()) failBenchmark("no card");
     return client.received.size() + FrameHeader::sizeInBytes;
   }
@@ -38,7 +38,7 @@ struct CardServer final {
 
 struct BareServer final {
   explicit BareServer(const CardServer& card)
-      : path(card.agent.installation.scratch("bare")),
+      : path(card.agent.home.scratch("bare")),
         process(
             {std::filesystem::read_symlink("/proc/self/exe").parent_path() / "quenlet-bare-server",
              path, std::to_string(card.request.size()), std::to_string(card.replySize())}) {
@@ -74,7 +74,7 @@ void rawPingPong(benchmark::State& state) {
 void fetchCard(benchmark::State& state) {
   const CardServer card;
   const std::size_t replySize = card.replySize();
-  RawClient client(card.agent.installation.socket());
+  RawClient client(card.agent.home.socket());
   Latencies latencies;
   for (auto _ : state) {
     latencies.measure([&] {
@@ -115,7 +115,7 @@ void fetchCardThroughLibrary(benchmark::State& state) {
 
 void fetchCardPipelined(benchmark::State& state) {
   const CardServer card;
-  RawClient client(card.agent.installation.socket());
+  RawClient client(card.agent.home.socket());
   std::string requests;
   for (std::size_t i = 0; i < pipelinedRequests; ++i) requests += card.request;
   const std::size_t replySize = card.replySize();
@@ -138,7 +138,7 @@ void connectAndFetch(benchmark::State& state, const std::filesystem::path& path,
 
 void connectFetchClose(benchmark::State& state) {
   const CardServer card;
-  connectAndFetch(state, card.agent.installation.socket(), card);
+  connectAndFetch(state, card.agent.home.socket(), card);
 }
 
 void connectFetchCloseBare(benchmark::State& state) {

@@ -32,14 +32,14 @@ void waitForAnswer(const std::filesystem::path& path, Answers answers) {
   }
 }
 
-std::unique_ptr<ChildProcess> launchAgent(const AgentInstallation& installation) {
-  auto agent = installation.start();
-  waitForAnswer(installation.socket(), [](RawClient& client) { return client.receiveMessage(); });
+std::unique_ptr<ChildProcess> launchAgent(const AgentHome& home) {
+  auto agent = home.start();
+  waitForAnswer(home.socket(), [](RawClient& client) { return client.receiveMessage(); });
   return agent;
 }
 
-std::unique_ptr<ChildProcess> launchBareServer(const AgentInstallation& installation) {
-  const std::filesystem::path path = installation.scratch("bare");
+std::unique_ptr<ChildProcess> launchBareServer(const AgentHome& home) {
+  const std::filesystem::path path = home.scratch("bare");
   std::filesystem::remove(path);
   auto server = std::make_unique<ChildProcess>(std::vector<std::string>{
       std::filesystem::read_symlink("/proc/self/exe").parent_path() / "quenlet-bare-server", path,
@@ -49,9 +49,9 @@ std::unique_ptr<ChildProcess> launchBareServer(const AgentInstallation& installa
 }
 
 // A home that holds so many donations.
-void prepare(const AgentInstallation& installation, std::size_t donations) {
+void prepare(const AgentHome& home, std::size_t donations) {
   if (donations == 0) return;
-  const auto agent = launchAgent(installation);
+  const auto agent = launchAgent(home);
   CorvelProxy client;
   std::promise<ErrorPtr> donated;
   client.donateMeCardValues(sampleDonations(donations),
@@ -69,14 +69,14 @@ void timeLaunch(benchmark::State& state, Launch launch) {
 }
 
 void launchToFirstAnswer(benchmark::State& state) {
-  const AgentInstallation installation;
-  prepare(installation, static_cast<std::size_t>(state.range(0)));
-  timeLaunch(state, [&] { return launchAgent(installation); });
+  const AgentHome home;
+  prepare(home, static_cast<std::size_t>(state.range(0)));
+  timeLaunch(state, [&] { return launchAgent(home); });
 }
 
 void launchToFirstAnswerBare(benchmark::State& state) {
-  const AgentInstallation installation;
-  timeLaunch(state, [&] { return launchBareServer(installation); });
+  const AgentHome home;
+  timeLaunch(state, [&] { return launchBareServer(home); });
 }
 
 template <typename Launch>
@@ -93,17 +93,17 @@ void lookAtIdleProcess(benchmark::State& state, Launch launch) {
 }
 
 void idleMemory(benchmark::State& state) {
-  const AgentInstallation installation;
-  prepare(installation, static_cast<std::size_t>(state.range(0)));
-  lookAtIdleProcess(state, [&] { return launchAgent(installation); });
+  const AgentHome home;
+  prepare(home, static_cast<std::size_t>(state.range(0)));
+  lookAtIdleProcess(state, [&] { return launchAgent(home); });
   std::error_code missing;
-  const auto bytes = std::filesystem::file_size(installation.donationsFile(), missing);
+  const auto bytes = std::filesystem::file_size(home.donationsFile(), missing);
   state.counters["held"] = missing ? 0.0 : static_cast<double>(bytes);
 }
 
 void idleMemoryBare(benchmark::State& state) {
-  const AgentInstallation installation;
-  lookAtIdleProcess(state, [&] { return launchBareServer(installation); });
+  const AgentHome home;
+  lookAtIdleProcess(state, [&] { return launchBareServer(home); });
 }
 
 BENCHMARK(launchToFirstAnswer)->Arg(0)->Arg(10'000)->UseManualTime();

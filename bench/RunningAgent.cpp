@@ -4,11 +4,9 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <fstream>
 #include <thread>
 
 #include "client/waitForReply.h"
-#include "platform/foundation/PropertyListSerializer.h"
 #include "protocol/CorvelInterface.h"
 
 namespace quenlet {
@@ -22,50 +20,33 @@ std::filesystem::path makeDirectory() {
 
 std::filesystem::path ownProgram() { return std::filesystem::read_symlink("/proc/self/exe"); }
 
-// A prefix of its own, which entitles this program.
-void installAgent(const std::filesystem::path& prefix) {
-  const std::filesystem::path built = ownProgram().parent_path().parent_path();
-  const std::filesystem::path entitlements = prefix / "share/quenlet/entitlements";
-  std::filesystem::create_directories(prefix / "bin");
-  std::filesystem::create_directories(entitlements);
-  std::filesystem::copy_file(built / "bin/quenlet-agent", prefix / "bin/quenlet-agent");
-  std::filesystem::copy(built / "lib", prefix / "lib", std::filesystem::copy_options::recursive);
-  PropertyListDictionary values;
-  values.emplace("ovaro.private.contacts", true);
-  PropertyListDictionary programs;
-  programs.emplace(ownProgram().string(), std::move(values));
-  const auto text = PropertyListSerializer::dataWithObject(std::move(programs));
-  std::ofstream(entitlements / "bench.plist") << text.value();
-}
-
 }  // namespace
 
-AgentInstallation::AgentInstallation() : directory(makeDirectory()) {
+AgentHome::AgentHome() : directory(makeDirectory()) {
   ::umask(0077);
-  installAgent(directory);
   std::filesystem::create_directories(directory / "home");
   std::filesystem::create_directories(directory / "run");
   // For the clients in this process.
   ::setenv("XDG_RUNTIME_DIR", (directory / "run").c_str(), 1);
 }
 
-AgentInstallation::~AgentInstallation() {
+AgentHome::~AgentHome() {
   // Another process may be removing some of the files.
   std::error_code ignored;
   std::filesystem::remove_all(directory, ignored);
 }
 
-std::unique_ptr<ChildProcess> AgentInstallation::start() const {
+std::unique_ptr<ChildProcess> AgentHome::start() const {
   return std::make_unique<ChildProcess>(
-      std::vector<std::string>{directory / "bin/quenlet-agent"},
+      std::vector<std::string>{ownProgram().parent_path() / "quenlet-agent"},
       std::vector<std::string>{"HOME=" + (directory / "home").string()});
 }
 
-std::filesystem::path AgentInstallation::socket() const {
+std::filesystem::path AgentHome::socket() const {
   return directory / "run/quenlet" / CorvelServiceName;
 }
 
-RunningAgent::RunningAgent(const DonationValues& values) : process(installation.start()) {
+RunningAgent::RunningAgent(const DonationValues& values) : process(home.start()) {
   waitUntilServing();
   if (!values.empty()) donate(values);
   // A new client: the old one has a thread for its asynchronous calls.

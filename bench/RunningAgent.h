@@ -8,14 +8,14 @@
 
 namespace quenlet {
 
-// A temporary directory with a home, a runtime directory and an installed agent of the same build,
-// which serves this program. Removed with this object.
-class AgentInstallation final {
+// A temporary directory with a home and a runtime directory for an agent of the same build, whose
+// entitlements name this program. Removed with this object.
+class AgentHome final {
  public:
-  AgentInstallation();
-  ~AgentInstallation();
-  AgentInstallation(const AgentInstallation&) = delete;
-  AgentInstallation& operator=(const AgentInstallation&) = delete;
+  AgentHome();
+  ~AgentHome();
+  AgentHome(const AgentHome&) = delete;
+  AgentHome& operator=(const AgentHome&) = delete;
 
   [[nodiscard]] std::unique_ptr<ChildProcess> start() const;
   [[nodiscard]] std::filesystem::path donationsFile() const {
@@ -38,7 +38,7 @@ class RunningAgent final {
   // Donates the values and waits until they are durable.
   void donate(const DonationValues& values);
 
-  const AgentInstallation installation;
+  const AgentHome home;
   const std::unique_ptr<ChildProcess> process;
   std::unique_ptr<CorvelProxy> client = std::make_unique<CorvelProxy>();
 

@@ -79,6 +79,16 @@ function(quenlet_only_owner_writes program)
     VERBATIM)
 endfunction()
 
+# A program that the agent of the same build tree serves; an install knows nothing of it.
+function(quenlet_built_client program)
+  quenlet_only_owner_writes(${program})
+  set(entitlements "${PROJECT_BINARY_DIR}/share/quenlet/entitlements/${program}.plist")
+  file(CONFIGURE OUTPUT "${entitlements}" @ONLY CONTENT
+    "<plist version=\"1.0\"><dict><key>bin/${program}</key><dict>
+     <key>ovaro.private.contacts</key><true/></dict></dict></plist>\n")
+  file(CHMOD "${entitlements}" FILE_PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+endfunction()
+
 # One GoogleTest program.
 function(quenlet_tests program)
   cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
