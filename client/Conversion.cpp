@@ -14,24 +14,35 @@ ErrorPtr invalid(std::string sentence) {
   return makeServiceError(ServiceErrorCode::invalidArguments, std::move(sentence));
 }
 
+// Corresponding fields, for both directions.
+using Component = std::optional<std::string>;
+constexpr std::pair<Component Name::*, Component PersonNameComponents::*> nameFields[] = {
+    {&Name::namePrefix, &PersonNameComponents::namePrefix},
+    {&Name::givenName, &PersonNameComponents::givenName},
+    {&Name::middleName, &PersonNameComponents::middleName},
+    {&Name::familyName, &PersonNameComponents::familyName},
+    {&Name::nameSuffix, &PersonNameComponents::nameSuffix},
+    {&Name::nickname, &PersonNameComponents::nickname}};
+constexpr std::pair<std::string Address::*, PostalAddress::Field> addressFields[] = {
+    {&Address::street, &PostalAddress::street},
+    {&Address::subLocality, &PostalAddress::subLocality},
+    {&Address::city, &PostalAddress::city},
+    {&Address::subAdministrativeArea, &PostalAddress::subAdministrativeArea},
+    {&Address::state, &PostalAddress::state},
+    {&Address::postalCode, &PostalAddress::postalCode},
+    {&Address::country, &PostalAddress::country},
+    {&Address::isoCountryCode, &PostalAddress::isoCountryCode}};
+
 PersonNameComponents componentsOf(Name name) {
-  return {.namePrefix = std::move(name.namePrefix),
-          .givenName = std::move(name.givenName),
-          .middleName = std::move(name.middleName),
-          .familyName = std::move(name.familyName),
-          .nameSuffix = std::move(name.nameSuffix),
-          .nickname = std::move(name.nickname)};
+  PersonNameComponents components;
+  for (const auto& [field, own] : nameFields) components.*own = std::move(name.*field);
+  return components;
 }
 
 PostalAddress addressOf(Address address) {
-  return {.street = std::move(address.street),
-          .subLocality = std::move(address.subLocality),
-          .city = std::move(address.city),
-          .subAdministrativeArea = std::move(address.subAdministrativeArea),
-          .state = std::move(address.state),
-          .postalCode = std::move(address.postalCode),
-          .country = std::move(address.country),
-          .isoCountryCode = std::move(address.isoCountryCode)};
+  PostalAddress converted;
+  for (const auto& [field, own] : addressFields) converted.*own = std::move(address.*field);
+  return converted;
 }
 
 // Makes the record of each kind of content.
@@ -158,23 +169,15 @@ std::vector<Donation> Conversion::donations(const DonationValues& values) {
 }
 
 Name Conversion::name(PersonNameComponents components) {
-  return {.namePrefix = std::move(components.namePrefix),
-          .givenName = std::move(components.givenName),
-          .middleName = std::move(components.middleName),
-          .familyName = std::move(components.familyName),
-          .nameSuffix = std::move(components.nameSuffix),
-          .nickname = std::move(components.nickname)};
+  Name name;
+  for (const auto& [field, own] : nameFields) name.*field = std::move(components.*own);
+  return name;
 }
 
 Address Conversion::address(PostalAddress address) {
-  return {.street = std::move(address.street),
-          .subLocality = std::move(address.subLocality),
-          .city = std::move(address.city),
-          .subAdministrativeArea = std::move(address.subAdministrativeArea),
-          .state = std::move(address.state),
-          .postalCode = std::move(address.postalCode),
-          .country = std::move(address.country),
-          .isoCountryCode = std::move(address.isoCountryCode)};
+  Address converted;
+  for (const auto& [field, own] : addressFields) converted.*field = std::move(address.*own);
+  return converted;
 }
 
 Card Conversion::card(const Contact& contact) {

@@ -64,7 +64,7 @@ Corvel::Corvel(std::shared_ptr<AgentEnvironmentProtocol> agentEnvironment,
       discovery(logger),
       accounts(store, versions,
                PlatformServices::current().defaultLoggerProvider()->accountLogger()),
-      feature(logger) {}
+      feature(logger, [this] { solicitDonations(); }) {}
 
 void Corvel::restorePersistedState() {
   store->followFeedback();
@@ -123,13 +123,9 @@ void Corvel::stop() {
   preferencesMonitor->setOnEnable(nullptr);
 }
 
-void Corvel::setFeatureEnabled(bool enabled) {
-  feature.applySuppression(!enabled, [this] { solicitDonations(); });
-}
+void Corvel::setFeatureEnabled(bool enabled) { feature.applySuppression(!enabled); }
 
-void Corvel::reenableDonations() {
-  feature.runEnableRoutine([this] { solicitDonations(); });
-}
+void Corvel::reenableDonations() { feature.runEnableRoutine(); }
 
 void Corvel::disableDonations() {
   store->submitWriterBlock([log = logger](DonationStore& donations) {

@@ -25,7 +25,7 @@ ErrorPtr FeatureSwitch::refusal(const std::string& requestName,
                                : "donations are not enabled");
 }
 
-void FeatureSwitch::applySuppression(bool suppress, const std::function<void()>& solicit) {
+void FeatureSwitch::applySuppression(bool suppress) {
   if (suppress) {
     logger->featureWillDisable();
     state = FeatureState::disabled;
@@ -35,13 +35,13 @@ void FeatureSwitch::applySuppression(bool suppress, const std::function<void()>&
   // Sources are asked only when donations come on again, not at launch.
   if (state == FeatureState::disabled) {
     state = FeatureState::newlyEnabled;
-    runEnableRoutine(solicit);
+    runEnableRoutine();
   } else {
     state = FeatureState::enabled;
   }
 }
 
-void FeatureSwitch::runEnableRoutine(const std::function<void()>& solicit) {
+void FeatureSwitch::runEnableRoutine() {
   if (state == FeatureState::newlyEnabled) {
     state = FeatureState::enabled;
     solicit();

@@ -26,8 +26,9 @@ class FeatureSwitch final {
   // Whether a request is served before the preference has been read.
   enum class WhileUndetermined { served, refused };
 
-  explicit FeatureSwitch(std::shared_ptr<AgentLogger> agentLogger)
-      : logger(std::move(agentLogger)) {}
+  // `solicitSources` asks all sources for their values, in a writer block.
+  FeatureSwitch(std::shared_ptr<AgentLogger> agentLogger, std::function<void()> solicitSources)
+      : logger(std::move(agentLogger)), solicit(std::move(solicitSources)) {}
 
   // Any thread.
 
@@ -37,17 +38,18 @@ class FeatureSwitch final {
   [[nodiscard]] ErrorPtr refusal(const std::string& requestName,
                                  WhileUndetermined undetermined) const;
 
-  // In writer blocks of the state scheduler only. `solicit` asks all sources for their values.
+  // In writer blocks of the state scheduler only.
 
   // Follows the preference: off or on. Coming on after it was off runs the enable routine.
-  void applySuppression(bool suppress, const std::function<void()>& solicit);
+  void applySuppression(bool suppress);
   // Asks the sources if they have not been asked since donations came on.
-  void runEnableRoutine(const std::function<void()>& solicit);
+  void runEnableRoutine();
   // The next enable routine asks the sources again.
   void solicitAgain() { state = FeatureState::newlyEnabled; }
 
  private:
   const std::shared_ptr<AgentLogger> logger;
+  const std::function<void()> solicit;
   std::atomic<FeatureState> state = FeatureState::undetermined;
 };
 
