@@ -15,7 +15,7 @@ class MeCardStatus final {
   [[nodiscard]] static MeCardStatus present(MeCardFields fields) { return MeCardStatus(fields); }
   [[nodiscard]] static MeCardStatus none() { return MeCardStatus(std::nullopt); }
 
-  // Nothing when there is no card.
+  // Nothing without a card.
   [[nodiscard]] const std::optional<MeCardFields>& fields() const { return carried; }
 
   friend bool operator==(const MeCardStatus&, const MeCardStatus&) = default;

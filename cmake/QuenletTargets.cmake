@@ -73,7 +73,7 @@ function(quenlet_program program folder)
   install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 endfunction()
 
-# Whatever the builder's umask: the agent answers no program that others can write.
+# Under any umask of the builder's: the agent answers no program that others can write.
 function(quenlet_only_owner_writes program)
   add_custom_command(TARGET ${program} POST_BUILD COMMAND chmod go-w "$<TARGET_FILE:${program}>"
     VERBATIM)

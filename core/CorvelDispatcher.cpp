@@ -78,7 +78,7 @@ void CorvelDispatcher::perform(const std::string& selector, WireReader arguments
       {CorvelSelector::removeRejections, &CorvelDispatcher::removeRejections},
   };
   // The connection has checked the selector against the same interface, so at() finds it. If the
-  // operation throws, its reply is destroyed uncalled, and the client hears that there is none.
+  // operation throws, its reply is destroyed uncalled, and the client hears so.
   runGuarded([&] { (this->*operations.at(selector))(arguments, std::move(reply)); });
 }
 

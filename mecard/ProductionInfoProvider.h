@@ -27,7 +27,7 @@ class ProductionInfoProvider final : public CuratedInfoProviderProtocol,
   void startMonitoring(std::shared_ptr<AgentEnvironmentProtocol> environment,
                        std::function<void()> changeHandler) override;
 
-  // The curated card, read now; null when there is none or it cannot be read.
+  // The curated card, read now; null if it is missing or cannot be read.
   [[nodiscard]] std::shared_ptr<const Contact> curatedMeCard() EXCLUDES(refreshMutex);
   // Takes the fact from a card, null for none; true when it has changed.
   bool updateCuratedName(const std::shared_ptr<const Contact>& contact) EXCLUDES(factsMutex);

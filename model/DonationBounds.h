@@ -9,7 +9,7 @@
 
 namespace quenlet {
 
-// Limits of one donated record, whatever way it comes: no donor may keep the others' values off the
+// Limits of one donated record, from any source: no donor may keep the others' values off the
 // disk, or slow every comparison down. Stateless.
 class DonationBounds final {
  public:

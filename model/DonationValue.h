@@ -110,10 +110,10 @@ class DonationValue final {
   [[nodiscard]] Date expirationDate() const { return digest.expirationDate; }
   [[nodiscard]] const Fingerprint& donationKey() const { return digest.donation; }
   [[nodiscard]] const Fingerprint& bundleKey() const { return digest.bundle; }
-  // None for a donation without a cluster.
+  // No key for a donation without a cluster.
   [[nodiscard]] const Fingerprint& clusterKey() const { return digest.cluster; }
-  // Of a name: equal for the same person's. Of an address or a number: equal for duplicates on the
-  // donated card. None for images and for postal addresses without text.
+  // Names of the same person have equal keys, and so have addresses or numbers that are duplicates
+  // on the donated card. Images and postal addresses without text have no key.
   [[nodiscard]] const Fingerprint& contentKey() const { return digest.content; }
 
   // By content and origin. Unlike Value, images with the same bytes are equal.

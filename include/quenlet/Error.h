@@ -16,7 +16,7 @@ inline constexpr char PosixErrorDomain[] = "posix-error";
 inline constexpr char DebugDescriptionKey[] = "DebugDescription";
 
 // A failure: a domain, a code within it, and texts that explain it. Immutable. Held as an ErrorPtr,
-// which is null when there is no error, and passed on unchanged.
+// which is null for success, and passed on unchanged.
 class Error final {
  public:
   using UserInfo = std::map<std::string, std::string>;
@@ -27,9 +27,9 @@ class Error final {
   [[nodiscard]] const std::string& domain() const { return domainName; }
   [[nodiscard]] std::int64_t code() const { return codeNumber; }
   [[nodiscard]] const UserInfo& userInfo() const { return info; }
-  // The sentence under DebugDescriptionKey, empty when there is none.
+  // The sentence under DebugDescriptionKey, or an empty text.
   [[nodiscard]] std::string debugDescription() const;
-  // "<domain> <code>: <sentence>", without the colon when there is no sentence.
+  // "<domain> <code>: <sentence>", without the colon if the sentence is empty.
   [[nodiscard]] std::string description() const;
 
   friend bool operator==(const Error&, const Error&) = default;

@@ -2,7 +2,7 @@
 
 namespace quenlet {
 
-// Of errors in DonationErrorDomain.
+// The codes in DonationErrorDomain.
 enum class DonationErrorCode {
   featureNotEnabled = 1,  // donations are disabled, or the agent has just started
   donorGaveNoAnswer = 2,
@@ -10,7 +10,7 @@ enum class DonationErrorCode {
   topLevelNotADictionary = 502,  // of the agent's own file
 };
 
-// Of failures on the way to a service and back.
+// The codes in ServiceErrorDomain: failures on the way to a service and back.
 inline constexpr char ServiceErrorDomain[] = "ovaro.quenlet.service-error";
 enum class ServiceErrorCode {
   noService = 1,         // nobody listens under that name

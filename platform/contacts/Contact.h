@@ -21,7 +21,7 @@ struct ContactFields final {
   LabeledValues<std::string> emailAddresses;
   LabeledValues<PhoneNumber> phoneNumbers;
   LabeledValues<PostalAddress> postalAddresses;
-  // Shared, since an image can be large; null when there is none.
+  // Shared, since an image can be large. May be null.
   std::shared_ptr<const std::string> imageData;
 
   // Compares entries by content.

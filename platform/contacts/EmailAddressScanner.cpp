@@ -108,7 +108,7 @@ class DomainReader final {
  public:
   explicit DomainReader(std::string_view textBehindAt) : text(textBehindAt) {}
 
-  // The domain at the start of the text; empty when there is none.
+  // The domain at the start of the text, or an empty text.
   [[nodiscard]] std::string_view read() {
     std::size_t labels = 0;
     std::size_t end = 0;
@@ -175,7 +175,7 @@ bool isLocalByte(char byte) {
          localPunctuation.find(byte) != std::string_view::npos;
 }
 
-// The local part without quotes at the end of `text`; empty when there is none.
+// The local part without quotes at the end of `text`, or an empty text.
 std::string_view plainLocalPart(std::string_view text, bool mayBeUnspaced) {
   std::size_t begin = text.size();
   while (begin > 0 && text.size() - begin < longestLocalPart && isLocalByte(text[begin - 1])) {

@@ -8,7 +8,7 @@
 namespace quenlet {
 
 // Finds an e-mail address in free text: "Ann <ann@example.org>", "mailto:ann@example.org?cc=bob".
-// Looks at the first 64 KiB only, in time proportional to the text, whatever it holds. Stateless;
+// Looks at the first 64 KiB only, always in time proportional to the text. Stateless;
 // any thread.
 //
 //   address   local "@" label ("." label)+

@@ -14,7 +14,7 @@
 //   prefix  given  middle  family          suffix
 //
 // One word before the first comma, or particles and one, makes the form "Family, Given"; behind
-// more words than that, a comma begins a suffix, whatever it says. Then prefixes are taken off the
+// more words than that, a comma always begins a suffix. Then prefixes are taken off the
 // front and suffixes off the back, but never the last word: "Major" or "Jr." alone stays a name. In
 // a name without a comma the family name is at the end, or in front when it is written in Chinese,
 // Japanese or Korean characters.

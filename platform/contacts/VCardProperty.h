@@ -9,7 +9,7 @@
 namespace quenlet {
 
 // One content line, split. The views are into the line. Parameters are decoded on request, which
-// keeps a property small whatever its line holds.
+// keeps every property small.
 struct VCardProperty final {
   std::string group;            // lower case, empty for none
   std::string name;             // upper case

@@ -37,7 +37,7 @@ std::optional<std::string> decodedPercents(std::string_view encoded) {
   return bytes;
 }
 
-// The size in bytes of a control character at the start of UTF-8 text; 0 when there is none.
+// The size in bytes of a control character at the start of UTF-8 text, or 0.
 std::size_t controlCharacterSize(std::string_view text) {
   const auto first = static_cast<unsigned char>(text[0]);
   if ((first < 0x20 && first != '\t') || first == 0x7F) return 1;

@@ -22,7 +22,7 @@ class ExtensionSupervisor;
 // Thread-safe except for construction and destruction.
 //
 // Manifests are read on the calling thread: once by each loader, at its first use, and at each
-// subscription. Of several for one bundle identifier the first counts, in the order of the
+// subscription. If several name the same bundle identifier, the first counts, in the order of the
 // directories and then of file names.
 class ExtensionHost final {
  public:

@@ -64,7 +64,7 @@ path damagedCopy(const path& file, std::uintmax_t number) {
   return copy;
 }
 
-// The number of the newest "<name>.damaged-<n>" beside `file`; 0 when there is none.
+// The number of the newest "<name>.damaged-<n>" beside `file`, or 0.
 std::uintmax_t newestDamagedCopy(const path& file) {
   const std::string prefix = file.filename().string() + ".damaged-";
   std::uintmax_t newest = 0;

@@ -19,7 +19,7 @@ ErrorPtr damageNaming(const std::filesystem::path& file, const Error& damage) {
                    file.filename().string() + " is damaged: " + damage.debugDescription());
 }
 
-// Creates the directory if needed: before the first write there is none for the lock file.
+// Creates the directory if needed: the lock file is older than the first write.
 Result<std::shared_ptr<LockFile>> lockBeside(const std::filesystem::path& file,
                                              std::chrono::milliseconds patience) {
   PosixFileOperations operations;

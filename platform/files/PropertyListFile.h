@@ -31,7 +31,7 @@ class PropertyListFile final {
 
   [[nodiscard]] const std::filesystem::path& path() const { return filePath; }
 
-  // The entries; empty when there is no file. An error when the file cannot be read, in
+  // The entries; empty without a file. An error when the file cannot be read, in
   // PropertyListErrorDomain when it is damaged.
   [[nodiscard]] Result<PropertyListDictionary> read() const;
 

@@ -20,7 +20,7 @@ std::optional<path> absolutePathInEnvironment(const char* variable) {
   return path(text);
 }
 
-// The entry's texts go into the caller's buffer; there is no upper bound for its size.
+// The entry's texts go into the caller's buffer, whose size has no upper bound.
 Result<path> homeInPasswordDatabase() {
   std::vector<char> buffer(1024);
   passwd entry{};

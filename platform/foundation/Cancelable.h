@@ -13,7 +13,7 @@ namespace quenlet {
 class Cancelable {
  public:
   virtual ~Cancelable() = default;
-  // Whatever has not started by then never starts; whatever has finished is not affected. A second
+  // What has not started by then never starts; what has finished is not affected. A second
   // call has no effect.
   virtual void cancel() = 0;
 };

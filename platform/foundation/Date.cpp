@@ -29,7 +29,7 @@ bool takeCharacter(std::string_view& text, char expected) {
   return true;
 }
 
-// Takes ".125" and the like; zero when there is no fraction, nothing when it has no digit.
+// Takes ".125" and the like; zero without a fraction, nothing for one without digits.
 std::optional<double> takeFraction(std::string_view& text) {
   if (!takeCharacter(text, '.')) return 0.0;
   double fraction = 0;

@@ -37,7 +37,7 @@ class PropertyListReader final {
   // The text of an element without child elements.
   [[nodiscard]] Result<std::string> readText(pugi::xml_node element) const;
   [[nodiscard]] ErrorPtr appendText(std::string& output, pugi::xml_node node) const;
-  // The element at `node` or after it. Null when there are no more; an error for text other than
+  // The element at `node` or after it. Null at the end; an error for text other than
   // blanks on the way.
   [[nodiscard]] Result<pugi::xml_node> elementFrom(pugi::xml_node node) const;
   [[nodiscard]] Result<pugi::xml_node> firstElement(pugi::xml_node container) const;

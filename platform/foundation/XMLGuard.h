@@ -25,7 +25,7 @@ class XMLGuard final {
         maximumDepth(maximumElementNesting),
         nodesOfElement(cutsText(text) ? 3 : 1) {}
 
-  // The first error found (PropertyListErrorDomain), null when there is none.
+  // The first error found (PropertyListErrorDomain), or null.
   [[nodiscard]] ErrorPtr check();
   // Whether some text may be cut into pieces: by CDATA sections, comments or instructions.
   [[nodiscard]] static bool cutsText(std::string_view text) {

@@ -12,7 +12,7 @@ namespace quenlet {
 [[nodiscard]] std::size_t lengthOfPlainPrefix(std::string_view text);
 
 // The position of the first character that a document must not hold (invalid UTF-8, control
-// characters other than tab, LF and CR, U+FFFE, U+FFFF); npos when there is none.
+// characters other than tab, LF and CR, U+FFFE, U+FFFF), or npos.
 [[nodiscard]] std::size_t findForbiddenCharacter(std::string_view text);
 
 // Appends `text` as the content of an element, so that it reads back unchanged: markup characters

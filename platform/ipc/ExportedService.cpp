@@ -28,7 +28,7 @@ bool isTooLarge(const FrameReader::Frame& message) {
 
 ErrorPtr ExportedService::perform(const FrameReader::Frame& message, const ServiceLimits& limits,
                                   WireReply reply) const {
-  // The object refuses a refused peer's request whatever its size. It only needs the selector.
+  // The object refuses a refused peer's request of any size. It only needs the selector.
   const bool isCut = isRefused && isTooLarge(message);
   if (message.error && !isCut) return message.error;
   std::string_view arguments = message.body;

@@ -16,9 +16,9 @@ namespace quenlet {
 // leaves too much unread is abandoned: nothing more is written, and the socket is shut down, which
 // wakes the thread that may close it. One thread at a time.
 //
-// A reply in pieces is encoded as its peer reads it: while nextPiece() has one, whoever has claimed
-// the pieces encodes it, without this object, and adds it. A peer that stops reading thus holds a
-// few pieces in memory, not a whole reply.
+// A reply in pieces is encoded as its peer reads it: while nextPiece() has one, the caller that has
+// claimed the pieces encodes it, without this object, and adds it. A peer that stops reading thus
+// holds a few pieces in memory, not a whole reply.
 class ReplyWriter final {
  public:
   // `context` outlives the writer.

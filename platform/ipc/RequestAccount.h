@@ -15,7 +15,7 @@ namespace quenlet {
 //
 //   beginTurn() -> mayTake() ... -> endTurn()      on the loop's thread
 //        ^             | no: paused
-//        '--- claimContinuation()                  by whoever frees room, on any thread
+//        '--- claimContinuation()                  by a caller that frees room, on any thread
 class RequestAccount final {
  public:
   // Both outlive the account.

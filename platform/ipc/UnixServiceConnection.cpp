@@ -23,7 +23,7 @@ namespace quenlet {
 //                             ^-- sendPieces(), on a worker, as the peer reads
 //
 // The RequestAccount pauses reading when the peer must wait. What frees room, on any thread, ends
-// with settle(), which writes, goes on reading, and ends the transaction, whatever is due.
+// with settle(), which writes, goes on reading, and ends the transaction, as each is due.
 //
 // The lock guards all but the input. It is not held while the exported object performs, or while it
 // or a transaction is destroyed: they call out. Locals declared before a MutexLock are destroyed
@@ -185,7 +185,7 @@ void UnixServiceConnection::takeRequests() {
   if (!isUnderstood) closeByItself();
 }
 
-// Nothing if there is none, or it must wait.
+// Nothing if no message is complete, or it must wait.
 std::optional<FrameReader::Frame> UnixServiceConnection::nextMessage() {
   std::optional<FrameReader::Frame> frame = input->reader.next();
   MutexLock lock(mutex);

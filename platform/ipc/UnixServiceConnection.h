@@ -97,7 +97,7 @@ class UnixServiceConnection final : public ServiceConnection,
   // Those of the peer when the connection was accepted; null for none.
   const std::shared_ptr<const PropertyListDictionary> entitlements;
   const ClosedHandler onClosed;
-  // On the loop's thread only, but for the worker that takes `largeRequest`, which is in it.
+  // On the loop's thread, and on that of the worker that takes `largeRequest`, which is in it.
   std::shared_ptr<Input> input;
 
   Mutex mutex;

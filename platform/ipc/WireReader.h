@@ -52,7 +52,7 @@ class WireReader final {
   static constexpr std::size_t unbounded = std::numeric_limits<std::size_t>::max();
   // A whole value as a property list. Nothing when it is or contains a null or an object, or has
   // more than `maximumValues` values, counting itself and all in containers: in memory a value
-  // takes about 50 times its two bytes on the wire. Of equal keys in a dictionary the last one
+  // takes about 50 times its two bytes on the wire. If keys of a dictionary are equal, the last one
   // counts.
   std::optional<PropertyList> propertyList(std::size_t maximumValues = unbounded);
   // The bytes of the next value, of any type; empty at the end.

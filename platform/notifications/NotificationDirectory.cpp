@@ -20,7 +20,7 @@ namespace {
 using SystemCall = int (*)(int descriptor, const sockaddr* address, socklen_t length);
 
 std::optional<sockaddr_un> addressInDirectory(int directory, const std::string& name) {
-  // There is no bindat(): this path goes through the descriptor, and is short however deep the
+  // For want of a bindat(), this path goes through the descriptor; it is short however deep the
   // directory is.
   const std::string path = "/proc/self/fd/" + std::to_string(directory) + "/" + name;
   sockaddr_un address{};

@@ -17,7 +17,7 @@ inline constexpr char LastMetricsAttemptKey[] = "last-metrics-attempt";
 class UserDefaults {
  public:
   virtual ~UserDefaults() = default;
-  // The object last set for `key` by any process; nothing when there is none or it cannot be read.
+  // The object last set for `key` by any process; nothing if it is missing or cannot be read.
   [[nodiscard]] virtual std::optional<PropertyList> objectForKey(const std::string& key) = 0;
   // Durable when it returns null. After an error nothing has changed.
   [[nodiscard]] virtual ErrorPtr setObject(PropertyList object, const std::string& forKey) = 0;

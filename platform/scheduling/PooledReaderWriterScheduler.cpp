@@ -29,7 +29,7 @@ struct Job {
 //                   └──────────────────── admits those whose turn it is now ───────────────┘
 //
 // `activeReaders` and `writerActive` count a job from its admission on, not from its start:
-// whatever is in `ready` may run at the same time. Each job in `ready` has posted one runReady(),
+// all jobs in `ready` may run at the same time. Each job in `ready` has posted one runReady(),
 // which finds nothing when a synchronous reader has taken a job meanwhile.
 struct PooledReaderWriterScheduler::State : std::enable_shared_from_this<State> {
   explicit State(std::shared_ptr<WorkerPool> workers) : pool(std::move(workers)) {}

@@ -15,7 +15,7 @@ class ProductionSchedulerProvider final : public SchedulerProvider {
  public:
   explicit ProductionSchedulerProvider(std::shared_ptr<Scheduler> mainThreadScheduler,
                                        std::size_t threadCount = WorkerPool::usualThreadCount());
-  // Drops delayed blocks that are not due, runs all others and whatever they submit, and ends the
+  // Drops delayed blocks that are not due, runs all others and those that they submit, and ends the
   // threads. Do not destroy it on one of them. Its schedulers drop blocks that come later.
   ~ProductionSchedulerProvider() override;
 

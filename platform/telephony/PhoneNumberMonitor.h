@@ -31,7 +31,7 @@ class PhoneNumberMonitor {
 
   virtual ~PhoneNumberMonitor() = default;
   // Calls `handler` with the current numbers, and again after every change, until the token is
-  // cancelled. The first call comes even if there are no numbers: some may have gone while nobody
+  // cancelled. The first call comes even without numbers: some may have gone while nobody
   // watched. On the platform's main thread, never within this call.
   [[nodiscard]] virtual std::shared_ptr<Cancelable> addInfoChangeHandler(
       InfoChangeHandler handler) = 0;

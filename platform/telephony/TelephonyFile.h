@@ -23,7 +23,7 @@ class TelephonyFile final {
   // The bytes of a regular file of up to the maximum size.
   [[nodiscard]] static Result<std::string> readBytes(DataProxy& dataProxy,
                                                      const std::filesystem::path& file);
-  // The property list of a file; nothing when there is no file.
+  // The property list of a file; nothing if it is missing.
   [[nodiscard]] static Result<std::optional<PropertyList>> read(DataProxy& dataProxy,
                                                                 const std::filesystem::path& file);
   // The error for a property list with unexpected content.

@@ -16,7 +16,7 @@ namespace quenlet {
 // applyChanges().
 class AccountChangeAnalyzer final {
  public:
-  // Types of accounts that count while they are active, whatever their data classes.
+  // Types of accounts that count while they are active, with any data classes.
   static constexpr std::array<std::string_view, 1> activeRatherThanEnabledDataClasses = {
       "ovaro.account.MelodaStore"};
   // Types of accounts that never count.

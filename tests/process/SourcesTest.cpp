@@ -80,7 +80,7 @@ TEST_F(SourcesTest, FollowTheNumbersOfTheSIMCards) {
 TEST_F(SourcesTest, RenewsWithdrawsAndBringsBackTheCardsOfADirectory) {
   const std::string bundle = "org.quenlet.vcard-extension";
   installManifest(bundle);
-  // Closed to the group, whatever the builder's umask.
+  // Closed to the group under any umask.
   writeFile(extensions / bundle, readFile(bin / "quenlet-vcard-extension"), 0755);
   const std::filesystem::path cards = home / "Library/Contacts/Cards";
   for (const std::string name : {"soon", "past", "edited"}) {

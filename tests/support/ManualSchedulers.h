@@ -29,7 +29,7 @@ class ManualQueue {
     return added;
   }
 
-  // Runs the oldest block of `scheduler`, or of all schedulers for null; false when there is none.
+  // Runs the oldest block of `scheduler`, or of all schedulers for null; false if none waits.
   bool runOne(const void* scheduler = nullptr) {
     const auto found = std::find_if(blocks.begin(), blocks.end(), [&](const Entry& entry) {
       return scheduler == nullptr || entry.first == scheduler;

@@ -23,7 +23,7 @@ inline void writeFile(const std::filesystem::path& path, const std::string& cont
 }
 
 // A directory of the test's own (mode 0700), gone with everything in it when the test ends. What
-// the test creates is not open to the group, whatever the umask of the user who runs it: the agent
+// the test creates is not open to the group under any umask: the agent
 // would not trust it.
 class TemporaryDirectory final {
  public:

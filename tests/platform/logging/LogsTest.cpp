@@ -34,7 +34,7 @@ class StructuredLogTest : public testing::Test {
   }
 };
 
-// What the traces of other tests hold is not here: an event's name is one text, whatever it says.
+// What the traces of other tests hold is not here: an event's name is one text.
 TEST_F(StructuredLogTest, WritesNamesAndEachKindOfArgumentWithoutDonatedContent) {
   const DonationValuePtr mail = email("secret@x", from("a\"b", "e"));
   const std::string mailText =
