@@ -1,11 +1,13 @@
 #include "mecard/CollectedSuppressionResult.h"
 
+#include "model/SuppressionNameEquivalence.h"
+
 namespace quenlet {
 namespace {
 
 NameSuppressionStatus statusForCuratedName(const std::optional<PersonNameComponents>& name) {
   if (!name) return {NameSuppressionStatus::None{}};
-  return {NameSuppressionStatus::Curated{DonationKeys::ofName(*name)}};
+  return {NameSuppressionStatus::Curated{SuppressionNameEquivalence::keyOf(*name)}};
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 namespace quenlet {
 
 // What a pass over the donations has learned about the owner's name. A value type. Names are held
-// as the keys of equivalent names (DonationKeys), so two statuses are equal when they are the same
+// as the keys of equivalent names, so two statuses are equal when they are the same
 // case with equivalent names.
 //
 //   state              | a donated name that is equivalent | any other donated name

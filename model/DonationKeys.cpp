@@ -11,20 +11,6 @@ Fingerprint DonationKeys::ofText(std::string_view text) {
 
 Fingerprint DonationKeys::ofFoldedText(std::string_view text) { return ofText(lowercased(text)); }
 
-Fingerprint DonationKeys::ofName(const PersonNameComponents& name) {
-  const auto folded = [](const std::optional<std::string>& text) {
-    return canonicalKey(lowercased(*text));
-  };
-  std::string key = "-";
-  if (name.givenName) {
-    const std::string given = folded(name.givenName);
-    // The size marks where one ends and the other begins.
-    key = std::to_string(given.size()) + ":" + given;
-  }
-  if (name.familyName) key += "+" + folded(name.familyName);
-  return Fingerprint::of(key);
-}
-
 Fingerprint DonationKeys::ofPostalAddress(const PostalAddress& address) {
   const std::optional<std::string> line =
       PostalAddressFormatter::singleLineStringFromPostalAddress(address, CountryName::leftOut);

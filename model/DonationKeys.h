@@ -6,7 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/contacts/PersonNameComponents.h"
 #include "platform/contacts/PostalAddress.h"
 #include "platform/foundation/KeyedHash.h"
 
@@ -21,9 +20,6 @@ class DonationKeys final {
   [[nodiscard]] static Fingerprint ofText(std::string_view text);
   // The same in any letter case.
   [[nodiscard]] static Fingerprint ofFoldedText(std::string_view text);
-  // Equal for names that are the same person's: given and family name count, in any letter case; an
-  // absent one equals only an absent one.
-  [[nodiscard]] static Fingerprint ofName(const PersonNameComponents& name);
   // Equal for addresses that are one entry on a card: one line without the country, in any letter
   // case. None for an address without text.
   [[nodiscard]] static Fingerprint ofPostalAddress(const PostalAddress& address);

@@ -4,6 +4,7 @@
 #include <cassert>
 
 #include "model/DonationPropertyList.h"
+#include "model/SuppressionNameEquivalence.h"
 
 namespace quenlet {
 namespace {
@@ -23,7 +24,7 @@ std::shared_ptr<const char[]> makeBlock(std::string_view texts) {
 
 struct ContentKey final {
   Fingerprint operator()(const PersonNameComponents& name) const {
-    return DonationKeys::ofName(name);
+    return SuppressionNameEquivalence::keyOf(name);
   }
   Fingerprint operator()(const Value::EmailAddress& email) const {
     return DonationKeys::ofFoldedText(email.address);

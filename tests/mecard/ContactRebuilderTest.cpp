@@ -3,6 +3,7 @@
 
 #include "mecard/ContactBuilder.h"
 #include "mecard/ProductionInfoProvider.h"
+#include "model/SuppressionNameEquivalence.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/TestEnvironment.h"
 
@@ -65,7 +66,7 @@ TEST(ContactRebuilderTest, SilencesDonorsThatContradictTheCuratedName) {
     EXPECT_EQ(card, cardOf(rebuilder.filteredDonations())) << name;
     if (!curated) continue;
     const Names donated = std::get<Names>(names.front()->value().cases());
-    EXPECT_EQ(DonationKeys::ofName(*curated) == DonationKeys::ofName(donated),
+    EXPECT_EQ(SuppressionNameEquivalence::areEquivalent(*curated, donated),
               rebuilder.filteredDonations().size() == others.size())
         << name;
   }
