@@ -33,13 +33,13 @@ constexpr std::pair<std::string Address::*, PostalAddress::Field> addressFields[
     {&Address::country, &PostalAddress::country},
     {&Address::isoCountryCode, &PostalAddress::isoCountryCode}};
 
-PersonNameComponents componentsOf(Name name) {
+PersonNameComponents componentsOf(Name&& name) {
   PersonNameComponents components;
   for (const auto& [field, own] : nameFields) components.*own = std::move(name.*field);
   return components;
 }
 
-PostalAddress addressOf(Address address) {
+PostalAddress addressOf(Address&& address) {
   PostalAddress converted;
   for (const auto& [field, own] : addressFields) converted.*own = std::move(address.*field);
   return converted;
@@ -168,15 +168,15 @@ std::vector<Donation> Conversion::donations(const DonationValues& values) {
   return converted;
 }
 
-Name Conversion::name(PersonNameComponents components) {
+Name Conversion::name(const PersonNameComponents& components) {
   Name name;
-  for (const auto& [field, own] : nameFields) name.*field = std::move(components.*own);
+  for (const auto& [field, own] : nameFields) name.*field = components.*own;
   return name;
 }
 
-Address Conversion::address(PostalAddress address) {
+Address Conversion::address(const PostalAddress& address) {
   Address converted;
-  for (const auto& [field, own] : addressFields) converted.*field = std::move(address.*own);
+  for (const auto& [field, own] : addressFields) converted.*field = address.*own;
   return converted;
 }
 

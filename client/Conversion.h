@@ -27,8 +27,8 @@ class Conversion final {
   [[nodiscard]] static Donation donation(const DonationValue& value);
   [[nodiscard]] static std::vector<Donation> donations(const DonationValues& values);
 
-  [[nodiscard]] static Name name(PersonNameComponents components);
-  [[nodiscard]] static Address address(PostalAddress address);
+  [[nodiscard]] static Name name(const PersonNameComponents& components);
+  [[nodiscard]] static Address address(const PostalAddress& address);
   [[nodiscard]] static Card card(const Contact& contact);
 
   // Null for no account. invalidArguments for an empty identifier or properties that are not a
