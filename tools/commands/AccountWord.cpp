@@ -8,9 +8,9 @@
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/AccountEdit.h"
 #include "tools/commands/Command.h"
-#include "tools/commands/TerminalText.h"
-#include "tools/commands/TextTable.h"
-#include "tools/commands/UserAccounts.h"
+#include "tools/owner/UserAccounts.h"
+#include "tools/presentation/TerminalText.h"
+#include "tools/presentation/TextTable.h"
 
 namespace quenlet {
 namespace {

@@ -4,8 +4,8 @@
 
 #include "client/waitForReply.h"
 #include "platform/contacts/VCard.h"
-#include "tools/commands/CardPresenter.h"
 #include "tools/commands/Command.h"
+#include "tools/presentation/CardPresenter.h"
 
 namespace quenlet {
 namespace {

@@ -6,7 +6,7 @@
 #include <cerrno>
 
 #include "tools/commands/Command.h"
-#include "tools/commands/TerminalText.h"
+#include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
 namespace {

@@ -10,8 +10,8 @@
 #include "client/waitForReply.h"
 #include "platform/contacts/ContactStore.h"
 #include "tools/commands/Command.h"
-#include "tools/commands/DonationPresenter.h"
-#include "tools/commands/TerminalText.h"
+#include "tools/presentation/DonationPresenter.h"
+#include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "client/waitForReply.h"
 #include "tools/commands/Command.h"
-#include "tools/commands/DonationPresenter.h"
+#include "tools/presentation/DonationPresenter.h"
 
 namespace quenlet {
 namespace {

@@ -1,7 +1,7 @@
 #include <CLI/CLI.hpp>
 
 #include "tools/commands/Command.h"
-#include "tools/commands/UserPreferences.h"
+#include "tools/owner/UserPreferences.h"
 
 namespace quenlet {
 namespace {

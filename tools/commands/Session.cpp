@@ -4,7 +4,7 @@
 #include <system_error>
 
 #include "platform/ipc/ServiceInterface.h"
-#include "tools/commands/TerminalText.h"
+#include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
 

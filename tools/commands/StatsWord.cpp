@@ -12,7 +12,7 @@
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/JSONWriter.h"
 #include "platform/preferences/UserDefaults.h"
-#include "tools/commands/TextTable.h"
+#include "tools/presentation/TextTable.h"
 
 namespace quenlet {
 namespace {

@@ -6,8 +6,8 @@
 #include "client/waitForReply.h"
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
-#include "tools/commands/TextTable.h"
-#include "tools/commands/UserPreferences.h"
+#include "tools/owner/UserPreferences.h"
+#include "tools/presentation/TextTable.h"
 
 namespace quenlet {
 namespace {

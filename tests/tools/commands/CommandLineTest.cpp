@@ -12,7 +12,7 @@
 #include "platform/ipc/ServiceInterface.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tools/commands/UserAccounts.h"
+#include "tools/owner/UserAccounts.h"
 
 namespace quenlet {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/commands/UserAccounts.h"
+#include "tools/owner/UserAccounts.h"
 
 #include "platform/files/DonationFiles.h"
 #include "platform/files/PosixDataProxy.h"

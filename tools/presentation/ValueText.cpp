@@ -1,4 +1,4 @@
-#include "tools/commands/ValueText.h"
+#include "tools/presentation/ValueText.h"
 
 #include <initializer_list>
 #include <variant>

@@ -1,4 +1,4 @@
-#include "tools/commands/TerminalText.h"
+#include "tools/presentation/TerminalText.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "tools/commands/AccountCatchUp.h"
+#include "tools/owner/AccountCatchUp.h"
 
 #include <utility>
 

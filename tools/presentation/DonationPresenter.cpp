@@ -1,10 +1,10 @@
-#include "tools/commands/DonationPresenter.h"
+#include "tools/presentation/DonationPresenter.h"
 
 #include <variant>
 
 #include "platform/foundation/JSONWriter.h"
-#include "tools/commands/TextTable.h"
-#include "tools/commands/ValueText.h"
+#include "tools/presentation/TextTable.h"
+#include "tools/presentation/ValueText.h"
 
 namespace quenlet {
 namespace {

@@ -1,11 +1,11 @@
-#include "tools/commands/CardPresenter.h"
+#include "tools/presentation/CardPresenter.h"
 
 #include <string>
 
 #include "platform/foundation/JSONWriter.h"
-#include "tools/commands/DonationPresenter.h"
-#include "tools/commands/TextTable.h"
-#include "tools/commands/ValueText.h"
+#include "tools/presentation/DonationPresenter.h"
+#include "tools/presentation/TextTable.h"
+#include "tools/presentation/ValueText.h"
 
 namespace quenlet {
 namespace {

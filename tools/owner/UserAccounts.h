@@ -5,7 +5,7 @@
 
 #include "platform/accounts/PropertyListAccountStore.h"
 #include "quenlet/Result.h"
-#include "tools/commands/AccountCatchUp.h"
+#include "tools/owner/AccountCatchUp.h"
 
 namespace quenlet {
 

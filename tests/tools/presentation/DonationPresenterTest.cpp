@@ -1,13 +1,13 @@
 #include "mecard/DonatedEntries.h"
-#include "tools/commands/DonationPresenter.h"
+#include "tools/presentation/DonationPresenter.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
 #include "tests/support/DonationFactory.h"
-#include "tools/commands/CardPresenter.h"
-#include "tools/commands/ValueText.h"
+#include "tools/presentation/CardPresenter.h"
+#include "tools/presentation/ValueText.h"
 
 namespace quenlet {
 namespace {

@@ -1,9 +1,9 @@
-#include "tools/commands/TextTable.h"
+#include "tools/presentation/TextTable.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "tools/commands/TerminalText.h"
+#include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
 namespace {
