@@ -11,6 +11,14 @@
 
 namespace quenlet {
 
+// An entry of a card that was skipped, without its value.
+struct SkippedEntry final {
+  std::string property = {};  // its name, as in "TEL"; empty for a line that is not a property
+  std::size_t line = 0;       // counted from 1 in the whole text
+
+  friend bool operator==(const SkippedEntry&, const SkippedEntry&) = default;
+};
+
 // One card of a vCard text.
 struct VCard final {
   std::string uid = {};            // empty when the card has none
@@ -22,6 +30,9 @@ struct VCard final {
   // large, entries beyond a thousand of a kind, lines that are not a property. Empty properties do
   // not count.
   std::size_t skippedEntries = 0;
+  // Which ones; only the first `mostSkippedNamed` of the card, since there can be millions.
+  std::vector<SkippedEntry> skipped = {};
+  static constexpr std::size_t mostSkippedNamed = 100;
 };
 
 struct VCards final {

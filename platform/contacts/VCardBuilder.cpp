@@ -98,7 +98,12 @@ void VCardBuilder::add(std::string_view line, std::size_t lineNumber) {
   const auto reading = readings().find(name);
   const bool isRead = reading != readings().end() && isAskedFor(reading->second);
   const bool isProperty = !name.empty() && line.find(':') != std::string_view::npos;
-  if (isRead ? !take(reading->second, line) : !isProperty) ++card.skippedEntries;
+  if (isRead ? !take(reading->second, line) : !isProperty) noteSkipped(isRead ? name : "");
+}
+
+void VCardBuilder::noteSkipped(std::string property) {
+  if (card.skippedEntries++ >= VCard::mostSkippedNamed) return;
+  card.skipped.push_back({std::move(property), currentLine});
 }
 
 bool VCardBuilder::isAskedFor(const Reading& reading) const {

@@ -50,6 +50,7 @@ class VCardBuilder final {
 
   [[nodiscard]] bool isAskedFor(const Reading& reading) const;
   [[nodiscard]] bool take(const Reading& reading, std::string_view line);
+  void noteSkipped(std::string property);
   void setFailure(ContactErrorCode code, const char* offence);
   bool addVersion(const VCardProperty& property);
   bool addKind(const VCardProperty& property);
