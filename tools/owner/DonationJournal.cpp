@@ -1,0 +1,229 @@
+#include "tools/owner/DonationJournal.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <random>
+#include <utility>
+
+#include "platform/files/DonationFiles.h"
+#include "platform/files/DurableDirectory.h"
+#include "platform/files/LockFile.h"
+#include "platform/files/PosixDataProxy.h"
+#include "platform/files/PosixFileOperations.h"
+#include "platform/files/UserDirectories.h"
+#include "platform/foundation/PropertyListSerializer.h"
+
+namespace quenlet {
+namespace {
+
+constexpr char secretKey[] = "key";
+constexpr char donationsKey[] = "donations";
+
+using Halves = std::pair<std::uint64_t, std::uint64_t>;
+
+std::optional<Halves> readSecret(const PropertyListDictionary& contents) {
+  const PropertyList* secret = findEntry(contents, secretKey);
+  Halves halves;
+  if (!secret || !secret->data() || secret->data()->bytes.size() != 2 * sizeof(std::uint64_t)) {
+    return std::nullopt;
+  }
+  const char* bytes = secret->data()->bytes.data();
+  std::memcpy(&halves.first, bytes, sizeof halves.first);
+  std::memcpy(&halves.second, bytes + sizeof halves.first, sizeof halves.second);
+  return halves;
+}
+
+void addSecret(PropertyListDictionary& contents) {
+  std::random_device source;
+  std::string bytes;
+  while (bytes.size() < 2 * sizeof(std::uint64_t)) bytes += static_cast<char>(source());
+  contents.insert_or_assign(secretKey, Data{std::move(bytes)});
+}
+
+using Entries = std::vector<JournalEntry>;
+
+// Nothing when the file holds something else in their place.
+std::optional<Entries> entriesIn(const PropertyListDictionary& contents) {
+  Entries entries;
+  const PropertyList* donations = findEntry(contents, donationsKey);
+  if (!donations) return entries;
+  if (!donations->array()) return std::nullopt;
+  for (const PropertyList& donation : *donations->array()) {
+    if (!donation.dictionary()) return std::nullopt;
+    auto entry = JournalEntry::entryWithDictionary(*donation.dictionary());
+    if (!entry) return std::nullopt;
+    entries.push_back(*std::move(entry));
+  }
+  return entries;
+}
+
+ErrorPtr makeDamageError() {
+  return makeError(PropertyListErrorDomain, 0,
+                   std::string(DonationJournal::fileName) + " is damaged: it holds no donations");
+}
+
+std::size_t sizeOf(const PropertyList& donation) {
+  const Result<std::string> text = PropertyListSerializer::dataWithObject(donation);
+  return text.ok() ? text.value().size() : DonationJournal::mostBytes + 1;
+}
+
+bool isTooLarge(const JournalEntry& entry) {
+  return sizeOf(entry.dictionaryRepresentation()) > DonationJournal::mostBytes;
+}
+
+bool isImage(const DonationValuePtr& value) { return value->kind() == DonationKind::imageData; }
+
+// Leaves out what is too large, and what undoing does not need.
+void fit(JournalEntry& entry) {
+  for (DonatedFile& file : entry.files) {
+    for (DonationValuePtr& value : file.donated) {
+      if (!isImage(value)) continue;
+      value = DonationValue::donationValueWithImageData({}, value->decoded().origin);
+    }
+  }
+  if (!isTooLarge(entry)) return;
+  entry.kept = JournalEntry::Kept::allButFormerImages;
+  std::erase_if(entry.replaced, &isImage);
+  if (!isTooLarge(entry)) return;
+  entry.kept = JournalEntry::Kept::frame;
+  entry.replaced.clear();
+  entry.leftOut.clear();
+  for (DonatedFile& file : entry.files) {
+    file.donated.clear();
+    file.skipped.clear();
+  }
+}
+
+// Puts the entries in the file, without the oldest of too many or too much.
+void write(const Entries& entries, PropertyListDictionary& contents) {
+  PropertyListArray donations;
+  std::size_t bytes = 0;
+  for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
+    PropertyList donation = entry->dictionaryRepresentation();
+    bytes += sizeOf(donation);
+    if (donations.size() == DonationJournal::mostEntries || bytes > DonationJournal::mostBytes) {
+      break;
+    }
+    donations.push_back(std::move(donation));
+  }
+  std::reverse(donations.begin(), donations.end());
+  contents.insert_or_assign(donationsKey, std::move(donations));
+}
+
+}  // namespace
+
+DonationJournal::DonationJournal(const std::filesystem::path& donationsDirectory,
+                                 std::shared_ptr<DataProxy> dataProxy)
+    : file(donationsDirectory / fileName, std::move(dataProxy)) {}
+
+Result<DonationJournal> DonationJournal::open() {
+  const auto home = UserDirectories::homeDirectory();
+  if (!home.ok()) return Result<DonationJournal>::failure(home.error());
+  return Result<DonationJournal>::success(
+      DonationJournal(home.value() / DonationFiles::directory, std::make_shared<PosixDataProxy>()));
+}
+
+Result<std::vector<JournalEntry>> DonationJournal::entries() const {
+  const Result<PropertyListDictionary> contents = file.read();
+  if (!contents.ok()) return Result<Entries>::failure(contents.error());
+  std::optional<Entries> entries = entriesIn(contents.value());
+  if (!entries) return Result<Entries>::failure(makeDamageError());
+  return Result<Entries>::success(*std::move(entries));
+}
+
+Result<Pseudonyms> DonationJournal::pseudonyms() const {
+  std::optional<Halves> secret;
+  // Most often it is there and the file needs no lock.
+  if (const auto contents = file.read(); contents.ok()) secret = readSecret(contents.value());
+  if (!secret) {
+    const ErrorPtr error = change(
+        [&secret](PropertyListDictionary& contents) {
+          secret = readSecret(contents);
+          if (secret) return false;
+          addSecret(contents);
+          secret = readSecret(contents);
+          return true;
+        },
+        PropertyListFile::OnDamage::replaceFile);
+    if (error) return Result<Pseudonyms>::failure(error);
+  }
+  return Result<Pseudonyms>::success(Pseudonyms(secret->first, secret->second));
+}
+
+Result<JournalEntry> DonationJournal::add(JournalEntry entry) const {
+  fit(entry);
+  const ErrorPtr error = change(
+      [&](PropertyListDictionary& contents) {
+        std::optional<Entries> entries = entriesIn(contents);
+        if (!entries) {
+          file.keepDamagedFile();
+          entries.emplace();
+        }
+        for (const JournalEntry& former : *entries) {
+          entry.number = std::max(entry.number, former.number);
+        }
+        ++entry.number;
+        entries->push_back(entry);
+        write(*entries, contents);
+        return true;
+      },
+      PropertyListFile::OnDamage::replaceFile);
+  if (error) return Result<JournalEntry>::failure(error);
+  return Result<JournalEntry>::success(std::move(entry));
+}
+
+ErrorPtr DonationJournal::setLeftOut(std::int64_t number,
+                                     const std::vector<std::string>& donationIdentifiers) const {
+  return changeEntries([&](std::vector<JournalEntry>& entries) {
+    for (JournalEntry& entry : entries) {
+      if (entry.number != number || entry.kept == JournalEntry::Kept::frame) continue;
+      entry.leftOut = donationIdentifiers;
+      fit(entry);
+    }
+  });
+}
+
+ErrorPtr DonationJournal::remove(std::int64_t number) const {
+  return changeEntries([number](std::vector<JournalEntry>& entries) {
+    std::erase_if(entries, [number](const JournalEntry& entry) { return entry.number == number; });
+  });
+}
+
+ErrorPtr DonationJournal::erase() const {
+  std::filesystem::path lockPath = path();
+  lockPath += ".lock";
+  PosixFileOperations operations;
+  std::error_code failure;
+  if (!std::filesystem::exists(path(), failure)) return nullptr;
+  const auto lock = LockFile::lock(lockPath);
+  if (!lock.ok()) return lock.error();
+  std::filesystem::remove(path(), failure);
+  if (failure) return makePosixError(failure.value(), std::string("remove ") + fileName);
+  const int error = DurableDirectory::synchronize(operations, DurableDirectory::of(path()));
+  return error == 0 ? nullptr : makePosixError(error, std::string("remove ") + fileName);
+}
+
+ErrorPtr DonationJournal::changeEntries(
+    const std::function<void(std::vector<JournalEntry>& entries)>& edit) const {
+  bool isDamaged = false;
+  const ErrorPtr error = change(
+      [&](PropertyListDictionary& contents) {
+        std::optional<Entries> entries = entriesIn(contents);
+        isDamaged = !entries;
+        if (isDamaged) return false;
+        edit(*entries);
+        write(*entries, contents);
+        return true;
+      },
+      PropertyListFile::OnDamage::fail);
+  return isDamaged ? makeDamageError() : error;
+}
+
+ErrorPtr DonationJournal::change(const PropertyListFile::Change& change,
+                                 PropertyListFile::OnDamage onDamage) const {
+  const Result<bool> outcome = file.update(change, onDamage).result();
+  return outcome.ok() ? nullptr : outcome.error();
+}
+
+}  // namespace quenlet

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "client/Pseudonyms.h"
+#include "platform/files/PropertyListFile.h"
+#include "tools/owner/JournalEntry.h"
+
+namespace quenlet {
+
+// What this program donated for the owner, so that it can be taken back, kept in a file of its own
+// beside the agent's. Thread-safe; several processes may use it at once.
+//
+// Bounded: of more than `mostEntries` donations, or more than `mostBytes`, the oldest are
+// forgotten. A damaged file counts as empty when a donation is noted, and a copy of it is kept; to
+// all else it is an error in PropertyListErrorDomain.
+class DonationJournal final {
+ public:
+  // In the directory of the donations, mode 0600; changed under the lock of "<name>.lock".
+  static constexpr char fileName[] = "tool-journal.plist";
+  static constexpr std::size_t mostEntries = 50;
+  static constexpr std::size_t mostBytes = std::size_t{8} << 20;
+
+  DonationJournal(const std::filesystem::path& donationsDirectory,
+                  std::shared_ptr<DataProxy> dataProxy);
+  // That of the calling user; an error when there is no home directory.
+  [[nodiscard]] static Result<DonationJournal> open();
+
+  [[nodiscard]] const std::filesystem::path& path() const { return file.path(); }
+
+  // Oldest first; empty without a file.
+  [[nodiscard]] Result<std::vector<JournalEntry>> entries() const;
+  // What stands for paths and for identifiers of cards, under a secret key that the journal's file
+  // holds. The first call makes the key.
+  [[nodiscard]] Result<Pseudonyms> pseudonyms() const;
+
+  // Notes a donation, durably; call it before the agent is asked. The entry comes back as it is
+  // kept: with its number, and with less in it if it is too large to be kept whole.
+  [[nodiscard]] Result<JournalEntry> add(JournalEntry entry) const;
+  // Notes which values of a donation the agent did not take. Nothing happens if it is forgotten.
+  [[nodiscard]] ErrorPtr setLeftOut(std::int64_t number,
+                                    const std::vector<std::string>& donationIdentifiers) const;
+  // Forgets one donation.
+  [[nodiscard]] ErrorPtr remove(std::int64_t number) const;
+  // Removes the file, the key included, durably. Its lock file stays, and so do copies of damaged
+  // ones. Succeeds without a file.
+  [[nodiscard]] ErrorPtr erase() const;
+
+ private:
+  [[nodiscard]] ErrorPtr changeEntries(
+      const std::function<void(std::vector<JournalEntry>& entries)>& edit) const;
+  [[nodiscard]] ErrorPtr change(const PropertyListFile::Change& change,
+                                PropertyListFile::OnDamage onDamage) const;
+
+  PropertyListFile file;
+};
+
+}  // namespace quenlet
