@@ -1,5 +1,3 @@
-
-#include <future>
 #include <latch>
 #include <thread>
 
@@ -85,21 +83,20 @@ TEST_F(EntitlementGateTest, PassesAllOperationsOfAnEntitledClientThrough) {
 }
 
 TEST_F(EntitlementGateTest, ChecksOnceWhenManyFirstCallsArriveTogether) {
-  constexpr int callers = 4;
-  std::latch start(callers);
+  std::latch start(4);
   CorvelEntitlementDecorator slowGate(*environment, agent, [this] {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));  // for the others to come
     ++lookUps;
     return connection;
   });
-  std::vector<std::future<bool>> admissions;
-  while (admissions.size() < callers) {
-    admissions.push_back(std::async(std::launch::async, [&] {
+  std::vector<std::jthread> callers(4);
+  for (std::jthread& caller : callers) {
+    caller = std::jthread([&] {
       start.arrive_and_wait();
-      return slowGate.admitsClient();
-    }));
+      EXPECT_FALSE(slowGate.admitsClient());
+    });
   }
-  for (auto& admission : admissions) EXPECT_FALSE(admission.get());
+  callers.clear();
   EXPECT_EQ(lookUps, 1);
   EXPECT_EQ(takeTrace().size(), 2u) << "one event and its program";
 }

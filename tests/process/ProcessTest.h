@@ -3,16 +3,15 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
-#include <stdlib.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <sstream>
 #include <thread>
 
+#include "tests/platform/extensions/DonorScript.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -168,17 +167,9 @@ class ProcessTest : public testing::Test {
     for (const std::string& line : lines) text += line + "\r\n";
     return text + "END:VCARD\r\n";
   }
-  static std::string plist(const std::string& content) {
-    return "<plist version=\"1.0\">" + content + "</plist>";
-  }
   // Makes the program of this name beside the manifest a donor extension of the user's own.
   void installManifest(const std::string& bundle) {
-    const auto entry = [](const std::string& key, const std::string& value) {
-      return "<key>" + key + "</key><string>" + value + "</string>";
-    };
-    writeFile(extensions / (bundle + ".plist"),
-              plist("<dict>" + entry("extensionPoint", "ovaro.quenlet") + entry("version", "1.0") +
-                    entry("bundleIdentifier", bundle) + entry("executable", bundle) + "</dict>"));
+    writeFile(extensions / (bundle + ".plist"), donorManifest(bundle, bundle));
   }
 
   std::string card() { return quenlet({"card"}).out; }
@@ -195,7 +186,6 @@ class ProcessTest : public testing::Test {
       std::filesystem::read_symlink("/proc/self/exe").parent_path();
   TemporaryDirectory temporary;
   const std::filesystem::path home = temporary / "missing" / "home";
-  const std::filesystem::path telephony = home / "Library/Telephony";
   const std::filesystem::path donationsFile = home / "Library/Contacts/Donations/donations.plist";
   const std::filesystem::path extensions = home / ".config/quenlet/extensions";
   const std::filesystem::path ownersCard = home / "Library/Contacts/me.vcf";

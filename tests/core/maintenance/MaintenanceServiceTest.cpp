@@ -1,7 +1,6 @@
 #include "core/maintenance/MaintenanceService.h"
 
 #include <gmock/gmock.h>
-#include <stdlib.h>
 
 #include "platform/PlatformServices.h"
 #include "platform/ipc/ServiceClient.h"

@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include <sstream>
 
 #include "platform/contacts/VCard.h"

@@ -27,34 +27,34 @@ class ExtensionCatalogTest : public HostFixture {
 
 TEST_F(ExtensionCatalogTest, TakesTheFirstManifestOfEachBundleAndLeavesOutTheBad) {
   EXPECT_EQ(found(), "");
-  write("home/extensions/a.plist", manifest("org.own", "own"));
-  write("home/extensions/b.plist", manifest("org.caf\u00e9", "late"));
-  write("system/b.plist", manifest("org.cafe\u0301", "/opt/cafe"));
-  write("system/a.plist", manifest("org.other", "", "other.point"));
-  write("system/notes.txt", manifest("org.text", "x"));
+  write("home/extensions/a.plist", donorManifest("org.own", "own"));
+  write("home/extensions/b.plist", donorManifest("org.caf\u00e9", "late"));
+  write("system/b.plist", donorManifest("org.cafe\u0301", "/opt/cafe"));
+  write("system/a.plist", donorManifest("org.other", "", "other.point"));
+  write("system/notes.txt", donorManifest("org.text", "x"));
   const std::string good =
       "org.other= org.cafe\u0301=/opt/cafe org.own=" + (root / "home/extensions/own").native() +
       " ";
   EXPECT_EQ(found(), good);
 
   const std::pair<std::string, std::string> bad[] = {
-      {manifest("ovaro.quenlet.accounts", "x"), "its bundleIdentifier is the agent's own"},
-      {manifest("org\u001b[1m", "x"), ""},
-      {manifest("org\u0085x", "x"), "its bundleIdentifier is not plain text"},
-      {manifest(std::string(256, 'b'), "x"), "its bundleIdentifier is not plain text"},
-      {manifest("", "x"), "its bundleIdentifier is not plain text"},
-      {manifest("org.bad", "x", ""), "its extensionPoint is not plain text"},
-      {manifest("org.bad", ""), "its executable is not plain text"},
+      {donorManifest("ovaro.quenlet.accounts", "x"), "its bundleIdentifier is the agent's own"},
+      {donorManifest("org\u001b[1m", "x"), ""},
+      {donorManifest("org\u0085x", "x"), "its bundleIdentifier is not plain text"},
+      {donorManifest(std::string(256, 'b'), "x"), "its bundleIdentifier is not plain text"},
+      {donorManifest("", "x"), "its bundleIdentifier is not plain text"},
+      {donorManifest("org.bad", "x", ""), "its extensionPoint is not plain text"},
+      {donorManifest("org.bad", ""), "its executable is not plain text"},
       {"<plist version=\"1.0\"><array/></plist>", "its top level is not a dictionary"},
       {"<plist version=\"1.0\"><dict>", ""},
-      {manifest("org.large", "x") + std::string(65536, ' '), "it is larger than 64 KiB"}};
+      {donorManifest("org.large", "x") + std::string(65536, ' '), "it is larger than 64 KiB"}};
   for (const auto& [text, sentence] : bad) {
     write("system/c.plist", text);
     const std::string line = reported();
     EXPECT_EQ(line.find("quenlet: " + (root / "system/c.plist").native() + ": " + sentence), 0U)
         << line;
     EXPECT_EQ(found(), good);
-    write("system/c.plist", manifest("org.own", "first"), 0666);
+    write("system/c.plist", donorManifest("org.own", "first"), 0666);
     EXPECT_NE(reported(), "");
     EXPECT_EQ(reported(), "") << "told twice";
     EXPECT_EQ(found(), good);
@@ -62,8 +62,8 @@ TEST_F(ExtensionCatalogTest, TakesTheFirstManifestOfEachBundleAndLeavesOutTheBad
 }
 
 TEST_F(ExtensionCatalogTest, PassesOverDirectoriesThatCannotBeTrusted) {
-  write("system/a.plist", manifest("org.system", "/x"));
-  write("home/extensions/a.plist", manifest("org.own", "/x"));
+  write("system/a.plist", donorManifest("org.system", "/x"));
+  write("home/extensions/a.plist", donorManifest("org.own", "/x"));
   std::filesystem::permissions(root / "home", std::filesystem::perms(0775));
   EXPECT_NE(reported(), "");
   EXPECT_EQ(found(), "org.system=/x ");
@@ -72,8 +72,8 @@ TEST_F(ExtensionCatalogTest, PassesOverDirectoriesThatCannotBeTrusted) {
 }
 
 TEST_F(ExtensionCatalogTest, BecomesTheHostsDonors) {
-  write("system/a.plist", manifest("org.ours", "/x"));
-  write("system/b.plist", manifest("org.later", "/x", "ovaro.quenlet", "2.0"));
+  write("system/a.plist", donorManifest("org.ours", "/x"));
+  write("system/b.plist", donorManifest("org.later", "/x", "ovaro.quenlet", "2.0"));
   makeHost();
   const std::vector<DonorPtr> donors = discover();
   EXPECT_TRUE(donors.size() == 2 && donors[0] && !donors[1]) << "a donor, but no extension";

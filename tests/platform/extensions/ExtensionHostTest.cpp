@@ -2,9 +2,6 @@
 
 #include <signal.h>
 
-#include <algorithm>
-
-#include "tests/platform/extensions/DonorScript.h"
 #include "tests/platform/extensions/HostFixture.h"
 #include "tests/support/ManualSchedulers.h"
 

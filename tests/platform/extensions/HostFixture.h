@@ -7,6 +7,7 @@
 #include "platform/extensions/ExtensionHost.h"
 #include "platform/scheduling/EventLoopScheduler.h"
 #include "platform/scheduling/ImmediateScheduler.h"
+#include "tests/platform/extensions/DonorScript.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -26,18 +27,8 @@ class HostFixture : public testing::Test {
   void write(const std::filesystem::path& file, const std::string& content, mode_t mode = 0644) {
     directory.write(file, content, mode);
   }
-  static std::string manifest(const std::string& bundle, const std::string& executable,
-                              const std::string& point = "ovaro.quenlet",
-                              const std::string& version = "1.0") {
-    const auto entry = [](const std::string& key, const std::string& value) {
-      return "<key>" + key + "</key><string>" + value + "</string>";
-    };
-    return "<plist version=\"1.0\"><dict>" + entry("bundleIdentifier", bundle) +
-           entry("executable", executable) + entry("extensionPoint", point) +
-           entry("version", version) + "</dict></plist>";
-  }
   void install(const std::string& bundle, const std::string& executable) {
-    write("system/" + bundle + ".plist", manifest(bundle, executable));
+    write("system/" + bundle + ".plist", donorManifest(bundle, executable));
   }
 
   // Turns the loop until the condition holds, for twenty seconds at most.

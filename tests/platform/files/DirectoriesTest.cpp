@@ -1,7 +1,5 @@
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstdlib>
 #include <set>
 
 #include "platform/files/DirectoryWatch.h"
@@ -81,10 +79,7 @@ class UserDirectoriesTest : public testing::Test {
  protected:
   ~UserDirectoriesTest() override { ::unsetenv("TMPDIR"); }
   static void set(const char* name, const std::string& value) { ::setenv(name, value.c_str(), 1); }
-  static std::int64_t failure() {
-    const auto found = UserDirectories::runtimeDirectory();
-    return found.ok() ? 0 : found.error()->code();
-  }
+  static std::int64_t failure() { return UserDirectories::runtimeDirectory().error()->code(); }
 
   const TemporaryDirectory root;
 };

@@ -172,17 +172,6 @@ TEST(TextTest, PutsTextOnOneLineOfABoundedSize) {
   EXPECT_EQ(onOneLine("a\u00e9\u00e9", 4), "a\u00e9");
 }
 
-TEST(TextTest, TellsValidUTF8) {
-  for (const std::string text :
-       {"", "plain text of more than eight bytes", "12345678\u00e9", "\U0010FFFF"}) {
-    EXPECT_TRUE(isValidUTF8(text)) << text;
-  }
-  for (const std::string text : {"\x80", "12345678\xFF", "\xC0\x80", "\xE0\x80\x80", "\xED\xA0\x80",
-                                 "\xF4\x90\x80\x80", "\xE4\xB8", "\xC3\x28 after"}) {
-    EXPECT_FALSE(isValidUTF8(text)) << testing::PrintToString(text);
-  }
-}
-
 // A pipe that nobody reads at first: the line that was under way, those that there was room for,
 // and how many are missing come when somebody does.
 TEST(DetachedStreamsTest, WaitForNobodyAndCountWhatTheyDrop) {

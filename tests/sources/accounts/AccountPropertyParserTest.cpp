@@ -1,4 +1,3 @@
-#include "mecard/DonatedEntries.h"
 #include "sources/accounts/AccountPropertyParser.h"
 
 #include "sources/accounts/AccountChangeAnalyzer.h"

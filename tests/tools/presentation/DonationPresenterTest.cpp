@@ -1,10 +1,10 @@
-#include "mecard/DonatedEntries.h"
 #include "tools/presentation/DonationPresenter.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
+#include "mecard/DonatedEntries.h"
 #include "tests/support/DonationFactory.h"
 #include "tools/presentation/CardPresenter.h"
 #include "tools/presentation/ValueText.h"
