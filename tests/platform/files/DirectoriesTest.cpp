@@ -107,6 +107,14 @@ TEST_F(UserDirectoriesTest, AcceptsOnlyAPrivateRuntimeDirectoryAndMakesItWhenMis
   EXPECT_EQ(UserDirectories::runtimeDirectory().value(), root / "run");
   std::filesystem::permissions(root / "run", std::filesystem::perms(0710));
   EXPECT_EQ(failure(), EACCES);
+  // Private, but somebody else's: root's home, or for root one that was given away.
+  std::filesystem::permissions(root / "run", std::filesystem::perms(0700));
+  if (::getuid() == 0) {
+    ASSERT_EQ(::chown((root / "run").c_str(), 1, 1), 0);
+  } else {
+    set("XDG_RUNTIME_DIR", "/root");
+  }
+  EXPECT_EQ(failure(), EACCES);
   std::filesystem::create_directory_symlink(own, root / "link");
   set("XDG_RUNTIME_DIR", root / "link");
   EXPECT_EQ(failure(), ENOTDIR);
