@@ -1,96 +1,19 @@
 #include "platform/foundation/SHA256.h"
 
+#include <sha2.h>
+
 #include <array>
-#include <bit>
-#include <cstddef>
 #include <cstdint>
 
-// As in FIPS 180-4, whose names of functions and variables are kept here.
 namespace quenlet {
-namespace {
-
-using State = std::array<std::uint32_t, 8>;
-constexpr std::size_t blockSize = 64;
-
-constexpr State initialState = {0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                                0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
-
-constexpr std::array<std::uint32_t, 64> roundConstants = {
-    0x428a2f98, 0x71374491, 0xb5c0fbcf, 0xe9b5dba5, 0x3956c25b, 0x59f111f1, 0x923f82a4, 0xab1c5ed5,
-    0xd807aa98, 0x12835b01, 0x243185be, 0x550c7dc3, 0x72be5d74, 0x80deb1fe, 0x9bdc06a7, 0xc19bf174,
-    0xe49b69c1, 0xefbe4786, 0x0fc19dc6, 0x240ca1cc, 0x2de92c6f, 0x4a7484aa, 0x5cb0a9dc, 0x76f988da,
-    0x983e5152, 0xa831c66d, 0xb00327c8, 0xbf597fc7, 0xc6e00bf3, 0xd5a79147, 0x06ca6351, 0x14292967,
-    0x27b70a85, 0x2e1b2138, 0x4d2c6dfc, 0x53380d13, 0x650a7354, 0x766a0abb, 0x81c2c92e, 0x92722c85,
-    0xa2bfe8a1, 0xa81a664b, 0xc24b8b70, 0xc76c51a3, 0xd192e819, 0xd6990624, 0xf40e3585, 0x106aa070,
-    0x19a4c116, 0x1e376c08, 0x2748774c, 0x34b0bcb5, 0x391c0cb3, 0x4ed8aa4a, 0x5b9cca4f, 0x682e6ff3,
-    0x748f82ee, 0x78a5636f, 0x84c87814, 0x8cc70208, 0x90befffa, 0xa4506ceb, 0xbef9a3f7, 0xc67178f2};
-
-template <typename Word>
-void appendBigEndian(std::string& bytes, Word word) {
-  for (int shift = 8 * static_cast<int>(sizeof(Word)) - 8; shift >= 0; shift -= 8) {
-    bytes.push_back(static_cast<char>(word >> shift & 0xFF));
-  }
-}
-
-using Schedule = std::array<std::uint32_t, 64>;
-
-Schedule scheduleOf(std::string_view block) {
-  Schedule w{};
-  for (std::size_t i = 0; i < blockSize; ++i) {
-    w[i / 4] = w[i / 4] << 8 | static_cast<unsigned char>(block[i]);
-  }
-  for (std::size_t t = 16; t < w.size(); ++t) {
-    const std::uint32_t a = w[t - 15];
-    const std::uint32_t b = w[t - 2];
-    w[t] = w[t - 16] + (std::rotr(a, 7) ^ std::rotr(a, 18) ^ a >> 3) + w[t - 7] +
-           (std::rotr(b, 17) ^ std::rotr(b, 19) ^ b >> 10);
-  }
-  return w;
-}
-
-void digestBlock(State& state, std::string_view block) {
-  const Schedule w = scheduleOf(block);
-  auto [a, b, c, d, e, f, g, h] = state;
-  for (std::size_t t = 0; t < w.size(); ++t) {
-    const std::uint32_t t1 = h + (std::rotr(e, 6) ^ std::rotr(e, 11) ^ std::rotr(e, 25)) +
-                             ((e & f) ^ (~e & g)) + roundConstants[t] + w[t];
-    const std::uint32_t t2 =
-        (std::rotr(a, 2) ^ std::rotr(a, 13) ^ std::rotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
-    h = g;
-    g = f;
-    f = e;
-    e = d + t1;
-    d = c;
-    c = b;
-    b = a;
-    a = t1 + t2;
-  }
-  const State added = {a, b, c, d, e, f, g, h};
-  for (std::size_t i = 0; i < state.size(); ++i) state[i] += added[i];
-}
-
-// The rest of the bytes, a 1 bit, zeros up to a whole block, and the size in bits.
-std::string paddedEnd(std::string_view rest, std::uint64_t sizeInBytes) {
-  std::string end(rest);
-  end.push_back('\x80');
-  while (end.size() % blockSize != blockSize - sizeof(sizeInBytes)) end.push_back('\0');
-  appendBigEndian(end, sizeInBytes * 8);
-  return end;
-}
-
-}  // namespace
 
 std::string sha256(std::string_view bytes) {
-  State state = initialState;
-  const std::uint64_t size = bytes.size();
-  for (; bytes.size() >= blockSize; bytes.remove_prefix(blockSize)) digestBlock(state, bytes);
-  const std::string end = paddedEnd(bytes, size);
-  for (std::string_view left = end; !left.empty(); left.remove_prefix(blockSize)) {
-    digestBlock(state, left);
-  }
-  std::string digest;
-  for (const std::uint32_t word : state) appendBigEndian(digest, word);
-  return digest;
+  SHA2_CTX context;
+  SHA256Init(&context);
+  SHA256Update(&context, reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+  std::array<std::uint8_t, SHA256_DIGEST_LENGTH> digest{};
+  SHA256Final(digest.data(), &context);
+  return std::string(digest.begin(), digest.end());
 }
 
 }  // namespace quenlet
