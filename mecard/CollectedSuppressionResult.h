@@ -1,9 +1,10 @@
 #pragma once
 
 #include <optional>
-#include <unordered_set>
+#include <unordered_map>
 #include <variant>
 
+#include "mecard/CardReasons.h"
 #include "model/DonationValue.h"
 #include "platform/foundation/KeyedHash.h"
 
@@ -53,30 +54,40 @@ class NameSuppressionStatus final {
 };
 
 // Decides which donors are silenced, and whether donated names may be used at all. Collect every
-// donation first, in the order of the list, then ask keeps() for each. A value type; one thread at
-// a time.
+// donation first, in the order of the list, then ask keeps() for each. The donations outlive it. A
+// value type; one thread at a time.
 //
 // A donor whose name contradicts the curated one talks about somebody else: everything from the
 // same cluster, or from the same app if the donation has no cluster, is left out.
 class CollectedSuppressionResult final {
  public:
-  using Identifiers = std::unordered_set<Fingerprint, FingerprintHash>;
+  // Keys of donors, each with the first donation whose name silenced it.
+  using Donors = std::unordered_map<Fingerprint, const DonationValue*, FingerprintHash>;
 
   explicit CollectedSuppressionResult(const std::optional<PersonNameComponents>& curatedName);
 
   void collect(const DonationValue& donation);
-  [[nodiscard]] bool keeps(const DonationValue& donation) const;
+  [[nodiscard]] bool keeps(const DonationValue& donation) const {
+    return decide(donation) == CardDecision::shown;
+  }
+  // shown when the donation is kept, else why it is not.
+  [[nodiscard]] CardDecision decide(const DonationValue& donation) const;
+  // The decision with the name that it rests on.
+  [[nodiscard]] CardReason explain(const DonationValue& donation) const;
 
   [[nodiscard]] const NameSuppressionStatus& nameStatus() const { return status; }
-  [[nodiscard]] const Identifiers& suppressedBundleIDs() const { return bundleIDs; }
-  [[nodiscard]] const Identifiers& suppressedClusterIDs() const { return clusterIDs; }
+  [[nodiscard]] const Donors& suppressedBundleIDs() const { return bundleIDs; }
+  [[nodiscard]] const Donors& suppressedClusterIDs() const { return clusterIDs; }
 
  private:
   void suppressDonor(const DonationValue& donation);
 
   NameSuppressionStatus status;
-  Identifiers bundleIDs;
-  Identifiers clusterIDs;
+  Donors bundleIDs;
+  Donors clusterIDs;
+  // The first donated name, and the first that is not equivalent to it, while none is curated.
+  const DonationValue* firstName = nullptr;
+  const DonationValue* dissentingName = nullptr;
 };
 
 }  // namespace quenlet

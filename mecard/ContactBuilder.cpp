@@ -13,8 +13,8 @@ Contact ContactBuilder::build() const {
 }
 
 Contact ContactBuilder::build(const std::shared_ptr<const DonationValues>& donations,
-                              const std::vector<std::uint32_t>& places) {
-  DonationVisitor visitor(donations, places.size());
+                              const std::vector<std::uint32_t>& places, CardReasons* reasons) {
+  DonationVisitor visitor(donations, places.size(), reasons);
   for (const std::uint32_t place : places) {
     prefetchDonation(*donations, place);
     (*donations)[place]->acceptDonationValueVisitor(visitor);

@@ -4,6 +4,7 @@
 #include <memory>
 #include <vector>
 
+#include "mecard/CardReasons.h"
 #include "model/DonationValue.h"
 #include "platform/contacts/Contact.h"
 
@@ -20,9 +21,10 @@ class ContactBuilder final {
   [[nodiscard]] Contact build() const;
 
   // The contact of the values at these places, without adding them to a builder. The contact shares
-  // the list.
+  // the list. Notes in `reasons`, unless it is null, why values are not on the contact.
   [[nodiscard]] static Contact build(const std::shared_ptr<const DonationValues>& donations,
-                                     const std::vector<std::uint32_t>& places);
+                                     const std::vector<std::uint32_t>& places,
+                                     CardReasons* reasons = nullptr);
 
  private:
   DonationValues donations;

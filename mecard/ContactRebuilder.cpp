@@ -27,19 +27,25 @@ CollectedSuppressionResult ContactRebuilder::collectSuppression() const {
 }
 
 // Both stages in one pass: what suppression drops need not be looked up among the addresses.
-void ContactRebuilder::dropContradictingAndRepeating() {
+void ContactRebuilder::dropContradictingAndRepeating(CardReasons* reasons) {
   const CollectedSuppressionResult suppression = collectSuppression();
   EmailAddressCollector collector(emailAddresses);
   std::erase_if(remaining, [&](std::uint32_t place) {
     prefetchDonation(*all, place);
     const DonationValue& donation = *(*all)[place];
-    return !suppression.keeps(donation) || !collector.collects(donation);
+    if (!suppression.keeps(donation)) {
+      if (reasons) reasons->note(donation, suppression.explain(donation));
+      return true;
+    }
+    const std::string* own = collector.repeatedAddress(donation);
+    if (own && reasons) reasons->note(donation, {CardDecision::ownEmailAddress, nullptr, *own});
+    return own != nullptr;
   });
 }
 
-Contact ContactRebuilder::buildNewContact() {
-  dropContradictingAndRepeating();
-  return ContactBuilder::build(all, remaining);
+Contact ContactRebuilder::buildNewContact(CardReasons* reasons) {
+  dropContradictingAndRepeating(reasons);
+  return ContactBuilder::build(all, remaining, reasons);
 }
 
 DonationValues ContactRebuilder::filteredDonations() const {

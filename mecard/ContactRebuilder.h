@@ -21,14 +21,15 @@ class ContactRebuilder final {
                    std::optional<PersonNameComponents> curatedName,
                    std::vector<std::string> curatedEmailAddresses);
 
-  [[nodiscard]] Contact buildNewContact();
+  // Notes in `reasons`, unless it is null, why donations are left out.
+  [[nodiscard]] Contact buildNewContact(CardReasons* reasons = nullptr);
 
   // All donations at first; after buildNewContact() those that went into the contact.
   [[nodiscard]] DonationValues filteredDonations() const;
 
  private:
   [[nodiscard]] CollectedSuppressionResult collectSuppression() const;
-  void dropContradictingAndRepeating();
+  void dropContradictingAndRepeating(CardReasons* reasons);
 
   const std::shared_ptr<const DonationValues> all;
   std::vector<std::uint32_t> remaining;  // places in the list

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <vector>
 
+#include "mecard/CardReasons.h"
 #include "model/DonationValue.h"
 #include "platform/contacts/Contact.h"
 
@@ -16,9 +18,11 @@ namespace quenlet {
 // alike. Only names are parsed: the contact's entries are made when they are read.
 class DonationVisitor final : public DonationValueVisitor {
  public:
-  // `donations` owns all that will be visited, `expectedVisits` at most.
-  DonationVisitor(std::shared_ptr<const DonationValues> donations, std::size_t expectedVisits)
-      : owner(std::move(donations)), visitedValues(expectedVisits) {}
+  // `donations` owns all that will be visited, `expectedVisits` at most. Notes in `reasons`, unless
+  // it is null, why values are not on the card.
+  DonationVisitor(std::shared_ptr<const DonationValues> donations, std::size_t expectedVisits,
+                  CardReasons* reasonsOfOthers = nullptr)
+      : owner(std::move(donations)), reasons(reasonsOfOthers), visitedValues(expectedVisits) {}
 
   void visitNameComponents(const DonationValue& donation) override;
   void visitEmailAddress(const DonationValue& donation) override {
@@ -36,14 +40,21 @@ class DonationVisitor final : public DonationValueVisitor {
 
  private:
   using Entries = std::vector<const DonationValue*>;
+  // Whose value each component of the card's name is, null for none; the fields of a contact in
+  // their order.
+  using NameDonors = std::array<const DonationValue*, 6>;
 
   void visitEntry(const DonationValue& donation, Entries& entries);
+  void noteOverwrittenNames(const NameDonors& former, const DonationValue& latest);
 
   const std::shared_ptr<const DonationValues> owner;
+  CardReasons* const reasons;
   // The entries with a key that the card has so far, and where they stand.
   Entries visited;
   KeyIndex visitedValues;
   MutableContact contact;
+  NameDonors nameDonors = {};
+  const DonationValue* imageDonor = nullptr;
   Entries emailAddresses;
   Entries phoneNumbers;
   Entries postalAddresses;

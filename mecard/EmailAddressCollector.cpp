@@ -10,16 +10,16 @@ EmailAddressCollector::EmailAddressCollector(
   for (const std::string& curated : blacklistedEmailAddresses) {
     for (const std::string& alias : EmailAddressExpandAliasedDomains(curated)) {
       const std::string normalized = EmailAddressNormalize(alias);
-      blacklist.insert(canonicalKey(normalized));
+      blacklist.emplace(canonicalKey(normalized), curated);
       foldedKeys.insert(DonationKeys::ofFoldedText(normalized));
     }
   }
 }
 
-bool EmailAddressCollector::collects(const DonationValue& donation) {
-  isBlacklisted = false;
+const std::string* EmailAddressCollector::repeatedAddress(const DonationValue& donation) {
+  repeated = nullptr;
   donation.acceptDonationValueVisitor(*this);
-  return !isBlacklisted;
+  return repeated;
 }
 
 void EmailAddressCollector::visitEmailAddress(const DonationValue& donation) {
@@ -27,7 +27,8 @@ void EmailAddressCollector::visitEmailAddress(const DonationValue& donation) {
   if (!foldedKeys.contains(donation.contentKey())) return;
   const DecodedDonation decoded = donation.decoded();
   const auto& email = std::get<Value::EmailAddress>(decoded.content);
-  isBlacklisted = blacklist.contains(canonicalKey(email.address));
+  const auto found = blacklist.find(canonicalKey(email.address));
+  if (found != blacklist.end()) repeated = &found->second;
 }
 
 }  // namespace quenlet

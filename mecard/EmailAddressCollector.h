@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -19,15 +20,21 @@ class EmailAddressCollector final : public DonationValueVisitor {
   explicit EmailAddressCollector(const std::vector<std::string>& blacklistedEmailAddresses);
 
   // Whether `donation` stays: it is anything but a blacklisted address.
-  [[nodiscard]] bool collects(const DonationValue& donation);
+  [[nodiscard]] bool collects(const DonationValue& donation) {
+    return repeatedAddress(donation) == nullptr;
+  }
+  // The curated address that `donation` repeats, valid for the collector's life; null when it
+  // stays.
+  [[nodiscard]] const std::string* repeatedAddress(const DonationValue& donation);
 
   void visitEmailAddress(const DonationValue& donation) override;
 
  private:
-  std::unordered_set<std::string, TextHash> blacklist;
+  // Each alias of a curated address, with that address.
+  std::unordered_map<std::string, std::string, TextHash> blacklist;
   // Their keys as content, which ignore letter case.
   std::unordered_set<Fingerprint, FingerprintHash> foldedKeys;
-  bool isBlacklisted = false;
+  const std::string* repeated = nullptr;
 };
 
 }  // namespace quenlet

@@ -81,11 +81,15 @@ std::shared_ptr<const Contact> ProductionInfoProvider::curatedMeCard() {
   return fetchMeCard();
 }
 
-std::shared_ptr<const Contact> ProductionInfoProvider::fetchMeCard() {
+std::vector<KeyDescriptor> ProductionInfoProvider::keysToFetch() {
   std::vector<KeyDescriptor> keys = nameKeys();
   keys.push_back(ContactEmailAddressesKey);
+  return keys;
+}
+
+std::shared_ptr<const Contact> ProductionInfoProvider::fetchMeCard() {
   if (!contactStore) contactStore = PlatformServices::current().makeContactStore();
-  const auto contact = contactStore->_crossPlatformUnifiedMeContactWithKeysToFetch(keys);
+  const auto contact = contactStore->_crossPlatformUnifiedMeContactWithKeysToFetch(keysToFetch());
   return contact.ok() ? contact.value() : nullptr;
 }
 

@@ -27,6 +27,8 @@ class ProductionInfoProvider final : public CuratedInfoProviderProtocol,
   void startMonitoring(std::shared_ptr<AgentEnvironmentProtocol> environment,
                        std::function<void()> changeHandler) override;
 
+  // The fields of the curated card that the facts are taken from.
+  [[nodiscard]] static std::vector<KeyDescriptor> keysToFetch();
   // The curated card, read now; null if it is missing or cannot be read.
   [[nodiscard]] std::shared_ptr<const Contact> curatedMeCard() EXCLUDES(refreshMutex);
   // Takes the fact from a card, null for none; true when it has changed.

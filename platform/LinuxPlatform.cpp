@@ -11,7 +11,6 @@
 #include <utility>
 
 #include "platform/accounts/PropertyListAccountStore.h"
-#include "platform/contacts/VCardContactStore.h"
 #include "platform/counters/PrometheusCounterStore.h"
 #include "platform/feedback/PropertyListFeedbackStore.h"
 #include "platform/files/DonationFiles.h"

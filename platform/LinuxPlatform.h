@@ -6,6 +6,7 @@
 
 #include "platform/PlatformServices.h"
 #include "platform/accounts/AccountFileProblems.h"
+#include "platform/contacts/VCardContactStore.h"
 #include "platform/extensions/ExtensionHost.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
@@ -60,7 +61,9 @@ class LinuxPlatform final {
   void addAnalytics(PlatformServices& services);
   void watchMeCard();
   [[nodiscard]] std::shared_ptr<ProcessTransaction> beginTransaction(const std::string& name);
-  [[nodiscard]] std::filesystem::path meCardPath() const { return library / "Contacts" / "me.vcf"; }
+  [[nodiscard]] std::filesystem::path meCardPath() const {
+    return library.parent_path() / MeCardPath;
+  }
   [[nodiscard]] std::filesystem::path feedbackPath() const {
     return library / "Contacts" / "Feedback" / "feedback.plist";
   }

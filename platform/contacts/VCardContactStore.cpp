@@ -9,8 +9,6 @@
 #include <string>
 #include <utility>
 
-#include "platform/contacts/VCard.h"
-
 namespace quenlet {
 namespace {
 
@@ -111,27 +109,30 @@ void copyField(KeyDescriptor key, const Contact& contact, ContactFields& fields)
 
 }  // namespace
 
-Result<Contact> VCardContactStore::readCard(const std::vector<KeyDescriptor>& keys) const {
+Result<VCard> VCardContactStore::readCard(const std::vector<KeyDescriptor>& keys) const {
   const ReadResult text = readCardFile(path);
-  if (!text.ok()) return Result<Contact>::failure(text.error());
-  const Result<VCard> card = parseFirstVCard(text.value(), keys);
-  if (!card.ok()) return Result<Contact>::failure(card.error());
-  return Result<Contact>::success(card.value().contact);
+  if (!text.ok()) return Result<VCard>::failure(text.error());
+  Result<VCard> read = parseFirstVCard(text.value(), keys);
+  if (!read.ok()) return read;
+  VCard card = std::move(read).takeValue();
+  ContactFields fields;
+  for (const KeyDescriptor key : keys) copyField(key, card.contact, fields);
+  card.contact = Contact(std::move(fields));
+  return Result<VCard>::success(std::move(card));
 }
 
 Result<std::shared_ptr<const Contact>>
 VCardContactStore::_crossPlatformUnifiedMeContactWithKeysToFetch(
     const std::vector<KeyDescriptor>& keys) {
   using ContactResult = Result<std::shared_ptr<const Contact>>;
-  const Result<Contact> card = readCard(keys);
+  Result<VCard> card = readCard(keys);
   if (!card.ok()) {
     problems.setProblem(isMissingCard(*card.error()) ? nullptr : card.error());
     return ContactResult::failure(card.error());
   }
   problems.setProblem(nullptr);
-  ContactFields fields;
-  for (const KeyDescriptor key : keys) copyField(key, card.value(), fields);
-  return ContactResult::success(std::make_shared<const Contact>(std::move(fields)));
+  return ContactResult::success(
+      std::make_shared<const Contact>(std::move(card).takeValue().contact));
 }
 
 }  // namespace quenlet

@@ -5,9 +5,13 @@
 #include <vector>
 
 #include "platform/contacts/ContactStore.h"
+#include "platform/contacts/VCard.h"
 #include "platform/foundation/ProblemReporter.h"
 
 namespace quenlet {
+
+// The owner's card, below the home directory.
+inline constexpr char MeCardPath[] = "Library/Contacts/me.vcf";
 
 // The contact database as a vCard file that people edit with any address book: its first card is
 // the me contact. Reads the file anew for each fetch and does not watch it. Thread-safe.
@@ -24,10 +28,10 @@ class VCardContactStore final : public ContactStore {
   // Anything behind that card is ignored. Never waits for the writer of a FIFO.
   [[nodiscard]] Result<std::shared_ptr<const Contact>>
   _crossPlatformUnifiedMeContactWithKeysToFetch(const std::vector<KeyDescriptor>& keys) override;
+  // The same with what else was read; reports nothing on standard error.
+  [[nodiscard]] Result<VCard> readCard(const std::vector<KeyDescriptor>& keys) const;
 
  private:
-  [[nodiscard]] Result<Contact> readCard(const std::vector<KeyDescriptor>& keys) const;
-
   const std::filesystem::path path;
   ProblemReporter problems;
 };
