@@ -92,26 +92,6 @@ Judgement judge(const DonationValue& donation, const CardReason& reason, const O
 
 }  // namespace
 
-const char* wordFor(DonationState state) {
-  switch (state) {
-    case DonationState::shown:
-      return "shown";
-    case DonationState::silenced:
-      return "silenced";
-    case DonationState::namesDisagree:
-      return "namesDisagree";
-    case DonationState::ownCardHasIt:
-      return "ownCardHasIt";
-    case DonationState::givenBefore:
-      return "givenBefore";
-    case DonationState::replacedOnCard:
-      return "replacedOnCard";
-    case DonationState::hasNothing:
-      return "hasNothing";
-  }
-  return "";
-}
-
 StatedDonations statesOf(const std::shared_ptr<const DonationValues>& donations,
                          const OwnCard& ownCard) {
   const CardReasons reasons = CardReasons::of(donations, ownCard.name, ownCard.emailAddresses);

@@ -6,28 +6,10 @@
 #include <vector>
 
 #include "model/DonationValue.h"
+#include "tools/owner/DonationState.h"
 #include "tools/owner/OwnCard.h"
 
 namespace quenlet {
-
-// What has become of a donated value, for its owner.
-enum class DonationState {
-  shown,
-  // Its donor calls the owner by another name than the owner's own card.
-  silenced,
-  // A name, while the donated names differ and the owner's card has none to decide.
-  namesDisagree,
-  ownCardHasIt,
-  // Another donation gave the same value first.
-  givenBefore,
-  // A name or image in whose place the card shows a later one.
-  replacedOnCard,
-  // A name without any part.
-  hasNothing,
-};
-
-// The word for a state in JSON: "shown", "silenced", ... as the enumerator is called.
-[[nodiscard]] const char* wordFor(DonationState state);
 
 // A donation of the agent's list with its state. A value type.
 struct StatedDonation final {

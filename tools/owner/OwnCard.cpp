@@ -48,7 +48,7 @@ OwnCard OwnCard::readFrom(const std::filesystem::path& path) {
   card.contact = std::make_shared<const Contact>(whole.value().contact);
   card.name = facts.curatedName();
   card.emailAddresses = facts.curatedEmailAddresses();
-  card.skippedEntries = whole.value().skippedEntries;
+  card.skipped = whole.value().skipped;
   return card;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -9,6 +8,7 @@
 
 #include "platform/contacts/Contact.h"
 #include "platform/contacts/PersonNameComponents.h"
+#include "platform/contacts/VCard.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {
@@ -22,8 +22,8 @@ struct OwnCard final {
   std::optional<PersonNameComponents> name = std::nullopt;
   // In normal form, without duplicates, ascending.
   std::vector<std::string> emailAddresses = {};
-  // Entries without a usable value.
-  std::size_t skippedEntries = 0;
+  // What its reader could not use; the first of them, if there are many.
+  std::vector<SkippedEntry> skipped = {};
   // Why the card cannot be read; null when it was read, or there is none.
   ErrorPtr fault = nullptr;
 
