@@ -20,6 +20,14 @@ std::optional<path> absolutePathInEnvironment(const char* variable) {
   return path(text);
 }
 
+std::optional<path> existing(path directory) {
+  std::error_code failure;
+  if (!std::filesystem::exists(std::filesystem::symlink_status(directory, failure))) {
+    return std::nullopt;
+  }
+  return directory;
+}
+
 // The entry's texts go into the caller's buffer, whose size has no upper bound.
 Result<path> homeInPasswordDatabase() {
   std::vector<char> buffer(1024);
@@ -48,8 +56,9 @@ std::optional<path> UserDirectories::chosenConfigurationDirectory() {
   return absolutePathInEnvironment("XDG_CONFIG_HOME");
 }
 
-Result<path> UserDirectories::runtimeDirectory() {
+Result<path> UserDirectories::runtimeDirectory(const path& login) {
   std::optional<path> directory = absolutePathInEnvironment("XDG_RUNTIME_DIR");
+  if (!directory) directory = existing(login / std::to_string(::getuid()));
   if (!directory) {
     std::error_code failure;
     const path temporary = std::filesystem::temp_directory_path(failure);

@@ -23,10 +23,13 @@ class UserDirectories final {
   [[nodiscard]] static std::optional<std::filesystem::path> chosenConfigurationDirectory();
   static constexpr char defaultConfiguration[] = ".config";
 
-  // XDG_RUNTIME_DIR when it is an absolute path, else "quenlet-<uid>" in the system's directory for
-  // temporary files. Either is created when missing. An error when it does not belong to the user,
-  // or lets group or others in: anyone who can write there could pose as the agent.
-  [[nodiscard]] static Result<std::filesystem::path> runtimeDirectory();
+  // XDG_RUNTIME_DIR when it is an absolute path, else <login>/<uid> if that is there, as in a shell
+  // that did not get the session's environment, else "quenlet-<uid>" in the system's directory for
+  // temporary files. The first and the last are created when missing. An error when it does not
+  // belong to the user, or lets group or others in: anyone who can write there could pose as the
+  // agent.
+  [[nodiscard]] static Result<std::filesystem::path> runtimeDirectory(
+      const std::filesystem::path& login = "/run/user");
 
   // `path` with a leading "~" or "~/" replaced by the home directory; other paths as they are.
   [[nodiscard]] static Result<std::filesystem::path> expandTilde(const std::string& path);

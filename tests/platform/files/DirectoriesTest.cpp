@@ -79,7 +79,10 @@ class UserDirectoriesTest : public testing::Test {
  protected:
   ~UserDirectoriesTest() override { ::unsetenv("TMPDIR"); }
   static void set(const char* name, const std::string& value) { ::setenv(name, value.c_str(), 1); }
-  static std::int64_t failure() { return UserDirectories::runtimeDirectory().error()->code(); }
+  Result<std::filesystem::path> runtime() const {
+    return UserDirectories::runtimeDirectory(root / "login");
+  }
+  std::int64_t failure() const { return runtime().error()->code(); }
 
   const TemporaryDirectory root;
 };
@@ -101,10 +104,15 @@ TEST_F(UserDirectoriesTest, AcceptsOnlyAPrivateRuntimeDirectoryAndMakesItWhenMis
   set("TMPDIR", root.path());
   ::unsetenv("XDG_RUNTIME_DIR");
   const auto own = root / ("quenlet-" + std::to_string(::getuid()));
-  EXPECT_EQ(UserDirectories::runtimeDirectory().value(), own);
+  EXPECT_EQ(runtime().value(), own);
   EXPECT_EQ(std::filesystem::status(own).permissions(), std::filesystem::perms(0700));
+  const auto login = root / "login" / std::to_string(::getuid());
+  std::filesystem::create_directories(login);
+  EXPECT_EQ(failure(), EACCES) << "open to others, and not passed over";
+  std::filesystem::permissions(login, std::filesystem::perms(0700));
+  EXPECT_EQ(runtime().value(), login);
   set("XDG_RUNTIME_DIR", root / "run");
-  EXPECT_EQ(UserDirectories::runtimeDirectory().value(), root / "run");
+  EXPECT_EQ(runtime().value(), root / "run");
   std::filesystem::permissions(root / "run", std::filesystem::perms(0710));
   EXPECT_EQ(failure(), EACCES);
   // Private, but somebody else's: root's home, or for root one that was given away.
