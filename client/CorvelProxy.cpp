@@ -49,9 +49,9 @@ Result<ContactPtr> decodeEitherReply(const Result<std::string>& outcome) {
 
 }  // namespace
 
-CorvelProxy::CorvelProxy(std::chrono::milliseconds timeLimit)
-    : CorvelProxy([timeLimit] {
-        return ServiceClient::connect(CorvelServiceName, makeCorvelInterface(), timeLimit);
+CorvelProxy::CorvelProxy(Patience patience)
+    : CorvelProxy([patience] {
+        return ServiceClient::connect(CorvelServiceName, makeCorvelInterface(), patience);
       }) {}
 
 CorvelProxy::CorvelProxy(Connect connectToAgent) : connect(std::move(connectToAgent)) {}

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -44,9 +43,8 @@ class CorvelProxy final : public CorvelProtocol {
  public:
   using Connect = std::function<Result<std::shared_ptr<ServiceClient>>()>;
 
-  // Connects to the user's agent, or with `connectToAgent`. `timeLimit` limits connecting and
-  // replies.
-  explicit CorvelProxy(std::chrono::milliseconds timeLimit = ServiceClient::standardTimeLimit);
+  // Connects to the user's agent, or with `connectToAgent`.
+  explicit CorvelProxy(Patience patience = ServiceClient::standardTimeLimit);
   explicit CorvelProxy(Connect connectToAgent);
   // Pending operations fail with connectionBroken before this returns.
   ~CorvelProxy() override = default;

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -7,7 +8,10 @@
 #include "tools/commands/CommandLine.h"
 
 int main(int argc, char** argv) {
-  quenlet::CorvelProxy agent;
+  // Somebody waits at the keyboard: an agent that hangs is to be told soon. One that has answered
+  // may take its time over a large donation.
+  using std::chrono::seconds;
+  quenlet::CorvelProxy agent(quenlet::Patience(seconds(5), seconds(25)));
   quenlet::Session session{std::cout, std::cerr, agent, quenlet::Date::now(),
                            [](auto time) { std::this_thread::sleep_for(time); }};
   return static_cast<int>(

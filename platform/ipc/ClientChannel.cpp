@@ -54,9 +54,10 @@ Result<std::string> decodeReply(const FrameReader::Frame& frame, std::string par
 }  // namespace
 
 ClientChannel::ClientChannel(FileDescriptor connectedSocket, ServiceInterface serviceInterface,
-                             TimeLimit timeLimit)
+                             Patience patience)
     : interface(std::move(serviceInterface)),
-      limit(timeLimit),
+      limitOfFirstReply(patience.first),
+      limitOfLaterReplies(patience.later),
       socket(std::move(connectedSocket)) {}
 
 void ClientChannel::call(const std::string& selector, std::string encodedArguments,
@@ -137,17 +138,19 @@ ErrorPtr ClientChannel::send(const std::string& selector, std::string encodedArg
   }
   const std::uint64_t identifier = ++lastIdentifier;
   if (completion) ++requestsWithCompletion;
+  const TimeLimit& limit = hasAnswered ? limitOfLaterReplies : limitOfFirstReply;
   const TimeLimit::Instant deadline = limit.deadline();
-  requests.emplace(identifier, Request{replyParameters, deadline, awaited, std::move(completion)});
+  requests.emplace(identifier,
+                   Request{replyParameters, &limit, deadline, awaited, std::move(completion)});
   // If writing breaks the connection, that settles the request, too.
   queuedBytes -= output.unsentBytes();
   output.append(FrameKind::request, identifier, start.bytes(), std::move(encodedArguments));
   queuedBytes += output.unsentBytes();
-  write(queuedBytes, deadline);
+  write(queuedBytes, limit, deadline);
   return nullptr;
 }
 
-void ClientChannel::write(std::uint64_t end, TimeLimit::Instant deadline) {
+void ClientChannel::write(std::uint64_t end, const TimeLimit& limit, TimeLimit::Instant deadline) {
   while (!broken && queuedBytes - output.unsentBytes() < end) {
     switch (output.writeTo(socket.get())) {
       case OutputQueue::Outcome::drained:
@@ -200,7 +203,7 @@ void ClientChannel::endOverdueRequests() {
   const auto now = std::chrono::steady_clock::now();
   while (!requests.empty() && requests.begin()->second.deadline <= now) {
     const auto oldest = requests.begin();
-    settle(oldest->second, failed(limit.passed()));
+    settle(oldest->second, failed(oldest->second.limit->passed()));
     overdue.insert(oldest->first);
     requests.erase(oldest);
     changed.notifyAll();
@@ -233,6 +236,7 @@ void ClientChannel::deliver(const FrameReader::Frame& frame) {
   Request request;
   {
     MutexLock lock(mutex);
+    hasAnswered = true;
     const auto found = requests.find(frame.identifier);
     if (frame.error) {
       breakConnection(frame.error);

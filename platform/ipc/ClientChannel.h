@@ -34,7 +34,7 @@ class ClientChannel final {
   using Completion = std::function<void(Result<std::string> reply)>;
 
   ClientChannel(FileDescriptor connectedSocket, ServiceInterface serviceInterface,
-                TimeLimit timeLimit);
+                Patience patience);
   ClientChannel(const ClientChannel&) = delete;
   ClientChannel& operator=(const ClientChannel&) = delete;
 
@@ -54,6 +54,7 @@ class ClientChannel final {
   using Reply = Result<std::string>;
   struct Request final {
     const std::vector<WireParameter>* replyParameters = nullptr;
+    const TimeLimit* limit = nullptr;
     TimeLimit::Instant deadline;
     // Exactly one is set: where callAndWait() waits for the reply, or the completion of call().
     std::optional<Reply>* awaited = nullptr;
@@ -65,7 +66,8 @@ class ClientChannel final {
   [[nodiscard]] ErrorPtr send(const std::string& selector, std::string encodedArguments,
                               std::optional<Reply>* awaited, Completion completion) REQUIRES(mutex);
   // Returns once the first `end` bytes ever queued have gone out, or the connection is broken.
-  void write(std::uint64_t end, TimeLimit::Instant deadline) REQUIRES(mutex);
+  void write(std::uint64_t end, const TimeLimit& limit, TimeLimit::Instant deadline)
+      REQUIRES(mutex);
   void waitForRoom(TimeLimit::Instant deadline) REQUIRES(mutex);
   // Both return by the deadline of the oldest request, and end the requests that are overdue.
   void takeReadingOver() REQUIRES(mutex);
@@ -79,7 +81,8 @@ class ClientChannel final {
   void breakConnection(ErrorPtr reason) REQUIRES(mutex);
 
   const ServiceInterface interface;
-  const TimeLimit limit;
+  const TimeLimit limitOfFirstReply;
+  const TimeLimit limitOfLaterReplies;
   const std::size_t maximumMessageSize = ServiceLimits().messageSizeInBytes;
   const FileDescriptor socket;
   // Used only by the thread that set `reading`.
@@ -90,10 +93,12 @@ class ClientChannel final {
   ConditionVariable changed;
   bool reading GUARDED_BY(mutex) = false;
   bool stopping GUARDED_BY(mutex) = false;
+  // Whether the service has sent anything.
+  bool hasAnswered GUARDED_BY(mutex) = false;
   // Why the connection broke; null while it works.
   ErrorPtr broken GUARDED_BY(mutex);
   std::uint64_t lastIdentifier GUARDED_BY(mutex) = 0;
-  // By identifier. The time limit is the same for all, so this is the order of deadlines too.
+  // By identifier. The time limit never becomes shorter, so this is the order of deadlines too.
   std::map<std::uint64_t, Request> requests GUARDED_BY(mutex);
   // Requests that ended at their deadline, whose replies may still come.
   std::set<std::uint64_t> overdue GUARDED_BY(mutex);

@@ -9,7 +9,6 @@
 
 #include "platform/ipc/ClientChannel.h"
 #include "platform/ipc/ServiceAddress.h"
-#include "platform/ipc/TimeLimit.h"
 
 namespace quenlet {
 
@@ -33,12 +32,12 @@ bool isTrusted(const FileDescriptor& socket) {
 }  // namespace
 
 Connected ServiceClient::connect(const std::string& serviceName, ServiceInterface interface,
-                                 std::chrono::milliseconds timeLimit) {
+                                 Patience patience) {
   const Result<ServiceAddress> address = ServiceAddress::forService(serviceName);
   if (!address.ok()) return Connected::failure(address.error());
   FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!socket.isOpen()) return Connected::failure(makePosixError(errno, "create a socket"));
-  const TimeLimit limit(timeLimit);
+  const TimeLimit limit(patience.first);
   const int failure = address.value().connect(socket.get(), limit.deadline());
   if (failure == ENOENT || failure == ECONNREFUSED) return noService(serviceName);
   if (failure == EAGAIN) return Connected::failure(limit.passed());
@@ -46,14 +45,14 @@ Connected ServiceClient::connect(const std::string& serviceName, ServiceInterfac
     return Connected::failure(makePosixError(failure, "connect to " + serviceName));
   }
   if (!isTrusted(socket)) return noService(serviceName);
-  return Connected::success(
-      withConnectedSocket(std::move(socket), std::move(interface), timeLimit));
+  return Connected::success(withConnectedSocket(std::move(socket), std::move(interface), patience));
 }
 
-std::shared_ptr<ServiceClient> ServiceClient::withConnectedSocket(
-    FileDescriptor socket, ServiceInterface interface, std::chrono::milliseconds timeLimit) {
-  return std::shared_ptr<ServiceClient>(new ServiceClient(std::make_shared<ClientChannel>(
-      std::move(socket), std::move(interface), TimeLimit(timeLimit))));
+std::shared_ptr<ServiceClient> ServiceClient::withConnectedSocket(FileDescriptor socket,
+                                                                  ServiceInterface interface,
+                                                                  Patience patience) {
+  return std::shared_ptr<ServiceClient>(new ServiceClient(
+      std::make_shared<ClientChannel>(std::move(socket), std::move(interface), patience)));
 }
 
 ServiceClient::ServiceClient(std::shared_ptr<ClientChannel> connectedChannel)

@@ -8,6 +8,7 @@
 
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/ServiceInterface.h"
+#include "platform/ipc/TimeLimit.h"
 #include "platform/scheduling/FileDescriptor.h"
 #include "quenlet/Result.h"
 
@@ -28,16 +29,15 @@ class ServiceClient final {
   // The encoded, validated reply values, or the error.
   using Completion = std::function<void(Result<std::string> reply)>;
 
-  static constexpr std::chrono::seconds standardTimeLimit{25};
+  static constexpr std::chrono::milliseconds standardTimeLimit{25'000};
 
   // The noService error when nobody listens.
   [[nodiscard]] static Result<std::shared_ptr<ServiceClient>> connect(
       const std::string& serviceName, ServiceInterface interface,
-      std::chrono::milliseconds timeLimit = standardTimeLimit);
+      Patience patience = standardTimeLimit);
   // Talks over a connected, blocking stream socket, without a look at the peer.
   [[nodiscard]] static std::shared_ptr<ServiceClient> withConnectedSocket(
-      FileDescriptor socket, ServiceInterface interface,
-      std::chrono::milliseconds timeLimit = standardTimeLimit);
+      FileDescriptor socket, ServiceInterface interface, Patience patience = standardTimeLimit);
   // Breaks the connection. Pending requests fail with connectionBroken before this returns, except
   // when a completion destroys the client.
   ~ServiceClient();
