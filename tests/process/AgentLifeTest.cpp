@@ -120,7 +120,9 @@ TEST_F(AgentLifeTest, RefusesACopyOfTheClientWhileItServesTheClient) {
   EXPECT_THAT(refused.err,
               testing::MatchesRegex(
                   "quenlet: ovaro.general-error 4097: connection to corvel: missing entitlement\n"
-                  "quenlet: no entitlements file names [^\n]*/copy, [^\n]*\n"));
+                  "hint: the agent looked for the program [^\n]*/copy\n"
+                  "hint: /etc/quenlet/entitlements/copy.plist can entitle it[^\n]*\n"
+                  "hint: [^\n]*\n"));
   const std::string process = refused.out.substr(0, refused.out.size() - 1);
   EXPECT_TRUE(eventually([&] {
     return agent->says("\"denyingRequestFromProcess:\",\"arguments\":[" + process) &&

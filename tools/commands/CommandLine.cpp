@@ -6,6 +6,7 @@
 #include <cerrno>
 
 #include "tools/commands/Command.h"
+#include "tools/commands/WordSearch.h"
 #include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
@@ -25,7 +26,7 @@ constexpr char footer[] =
     "Ends with 0 when done, 1 when the agent said no or a file failed, 2 after wrong usage, 3 "
     "when\n"
     "there is no agent. Errors are written as \"quenlet: <domain> <code>: <sentence>\".\n"
-    "\"quenlet WORD --help\" tells more about a word.";
+    "\"quenlet help WORD\" tells more about a word.";
 
 // All words of the program, and the action that was chosen.
 struct Words final {
@@ -38,20 +39,48 @@ struct Words final {
 
   Words() {
     for (const CommandPtr& command : commands) command->addTo(app, chosen);
+    CLI::App* help = app.add_subcommand("help", "Tell more about a word");
+    help->add_option("WORD", explained, "The word; without one, all are shown")->type_name("");
+    help->callback([this] { chosen = [this](Session& session) { return explain(session); }; });
     app.require_subcommand(0, 1);
+    app.set_version_flag("--version", std::string("quenlet ") + QUENLET_VERSION);
     app.footer(footer);
   }
+
+ private:
+  [[nodiscard]] ExitCode explain(Session& session) const {
+    std::vector<std::string> arguments = explained;
+    arguments.emplace_back("--help");
+    return CommandLine::run(std::move(arguments), session);
+  }
+
+  std::vector<std::string> explained;
 };
 
-ExitCode failWithUsage(const Session& session, const std::string& sentence) {
+ExitCode failWithUsage(const Session& session, const std::string& sentence,
+                       const std::string& hint) {
   session.err << "quenlet: usage " << static_cast<int>(ExitCode::usage) << ": "
-              << printable(sentence) << "\nRun with --help for more information.\n";
+              << printable(sentence) << "\nhint: " << hint << "\n";
   return ExitCode::usage;
 }
 
-// For a request for help, and for wrong usage.
-ExitCode tellUsage(const Words& words, const CLI::ParseError& failure, const Session& session) {
-  if (failure.get_exit_code() != 0) return failWithUsage(session, failure.what());
+std::string hintAtHelp(const CLI::App& word) { return fullName(word) + " --help"; }
+
+ExitCode failWithUnknown(const Session& session, const CLI::App& above, const std::string& text) {
+  std::string hint;
+  for (const std::string& word : similarWords(above, text)) {
+    hint += (hint.empty() ? "did you mean " : " or ") + word;
+  }
+  if (hint.empty()) return failWithUsage(session, "there is no word " + text, hintAtHelp(above));
+  return failWithUsage(session, "there is no word " + text, hint + "?");
+}
+
+// For a request for help or for the version, and for wrong usage of `word`.
+ExitCode tellUsage(const Words& words, const CLI::App& word, const CLI::ParseError& failure,
+                   const Session& session) {
+  if (failure.get_exit_code() != 0) {
+    return failWithUsage(session, failure.what(), hintAtHelp(word));
+  }
   words.app.exit(failure, session.out, session.err);
   return ExitCode::done;
 }
@@ -60,14 +89,18 @@ ExitCode tellUsage(const Words& words, const CLI::ParseError& failure, const Ses
 
 ExitCode CommandLine::run(std::vector<std::string> arguments, Session& session) {
   Words words;
+  const NamedWord named = findWord(words.app, arguments);
+  if (named.unknown) return failWithUnknown(session, *named.word, *named.unknown);
   // The parser expects the arguments in reverse order.
   std::reverse(arguments.begin(), arguments.end());
   try {
     words.app.parse(std::move(arguments));
   } catch (const CLI::ParseError& failure) {
-    return tellUsage(words, failure, session);
+    return tellUsage(words, *named.word, failure, session);
   }
-  if (!words.chosen) return failWithUsage(session, "it takes a word that says what to do");
+  if (!words.chosen) {
+    return failWithUsage(session, "it takes a word that says what to do", hintAtHelp(words.app));
+  }
   const ExitCode code = words.chosen(session);
   session.out.flush();
   if (session.out || code != ExitCode::done) return code;

@@ -1,9 +1,7 @@
 #include "tools/commands/Session.h"
 
-#include <filesystem>
-#include <system_error>
-
 #include "platform/ipc/ServiceInterface.h"
+#include "tools/commands/Hints.h"
 #include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
@@ -12,11 +10,6 @@ namespace {
 
 bool isServiceError(const Error& error, ServiceErrorCode code) {
   return error.domain() == ServiceErrorDomain && error.code() == static_cast<std::int64_t>(code);
-}
-
-bool isMissingEntitlement(const Error& error) {
-  constexpr std::int64_t missingEntitlement = 4097;
-  return error.domain() == GeneralErrorDomain && error.code() == missingEntitlement;
 }
 
 }  // namespace
@@ -32,14 +25,13 @@ bool isNoAnswer(const Error& error) {
 
 ExitCode Session::failWith(const ErrorPtr& error) const {
   err << "quenlet: " << printable(error->description()) << "\n" << std::flush;
-  if (isMissingEntitlement(*error)) {
-    std::error_code failure;
-    const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
-    err << "quenlet: no entitlements file names " << printable(program.native())
-        << ", or it is not trusted; the agent says which on its standard error\n"
-        << std::flush;
-  }
+  hintAt(*error);
   return isNoAnswer(*error) ? ExitCode::noAgent : ExitCode::refused;
+}
+
+void Session::hintAt(const Error& error) const {
+  for (const std::string& line : hintsFor(error)) err << "hint: " << printable(line) << "\n";
+  err << std::flush;
 }
 
 ExitCode Session::finishWith(const ErrorPtr& error) const {

@@ -31,9 +31,11 @@ struct Session final {
   // Blocks the calling thread.
   std::function<void(std::chrono::milliseconds)> pause;
 
-  // Writes `error` to the error stream as "quenlet: <domain> <code>: <sentence>" and returns its
-  // exit code: noAgent when no answer came, else refused.
+  // Writes `error` to the error stream as "quenlet: <domain> <code>: <sentence>", with its hints,
+  // and returns its exit code: noAgent when no answer came, else refused.
   [[nodiscard]] ExitCode failWith(const ErrorPtr& error) const;
+  // Writes a line "hint: …" for each hint of Hints.h.
+  void hintAt(const Error& error) const;
   // done for null, else as failWith().
   [[nodiscard]] ExitCode finishWith(const ErrorPtr& error) const;
 };

@@ -80,11 +80,15 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
       {makeError("domain", 7, "a\x1B[2J\nsentence"), 1,
        "quenlet: domain 7: a\xEF\xBF\xBD[2J\xEF\xBF\xBDsentence\n"},
       {makeServiceError(ServiceErrorCode::noService, "nobody"), 3,
-       "quenlet: ovaro.quenlet.service-error 1: nobody\n"},
+       "quenlet: ovaro.quenlet.service-error 1: nobody\n"
+       "hint: no agent runs; start it: systemctl --user start quenlet-agent\n"},
       {makeServiceError(ServiceErrorCode::connectionBroken, "gone"), 3,
-       "quenlet: ovaro.quenlet.service-error 2: gone\n"},
+       "quenlet: ovaro.quenlet.service-error 2: gone\n"
+       "hint: the agent may have ended: systemctl --user status quenlet-agent\n"},
       {makeServiceError(ServiceErrorCode::timedOut, "silent"), 3,
-       "quenlet: ovaro.quenlet.service-error 11: silent\n"},
+       "quenlet: ovaro.quenlet.service-error 11: silent\n"
+       "hint: the agent hangs or is very busy; start it anew:\n"
+       "hint: systemctl --user restart quenlet-agent\n"},
       {makeServiceError(ServiceErrorCode::messageTooLarge, "large"), 1,
        "quenlet: ovaro.quenlet.service-error 6: large\n"},
   };
@@ -136,6 +140,22 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
     EXPECT_EQ(run(words), 2) << words;
     EXPECT_THAT(err.str(), StartsWith("quenlet: usage 2: "));
   }
+  const std::pair<const char*, const char*> slips[] = {
+      {"lsit", "there is no word lsit\nhint: did you mean list?\n"},
+      {"sta", "there is no word sta\nhint: did you mean status or stats?\n"},
+      {"account ad", "there is no word ad\nhint: did you mean add?\n"},
+      {"help cart", "there is no word cart\nhint: did you mean card?\n"},
+      {"entirely", "there is no word entirely\nhint: quenlet --help\n"},
+      {"account add", "hint: quenlet account add --help\n"},
+  };
+  for (const auto& [words, said] : slips) {
+    EXPECT_EQ(run(words), 2);
+    EXPECT_THAT(err.str(), HasSubstr(said));
+  }
+  EXPECT_EQ(run("help account add"), 0);
+  const std::string help = out.str();
+  EXPECT_EQ(run("account add --help"), 0);
+  EXPECT_EQ(out.str(), help);
   EXPECT_EQ(run("donate --help"), 0);
   EXPECT_EQ(run("donate " + file("bad.vcf", "VERSION:5.0\n")), 1);
   EXPECT_THAT(err.str(), HasSubstr("bad.vcf: line 3: "));
@@ -304,7 +324,9 @@ TEST_F(CommandLineTest, GivesAStartingAgentTenSecondsToHearOfAnAccount) {
     EXPECT_EQ(waited, std::chrono::milliseconds(starts ? 300 : 9900));
     EXPECT_EQ(err.str(), starts ? ""
                                 : "quenlet: the agent does not follow the account store\n"
-                                  "quenlet: ovaro.quenlet.service-error 1: nobody\n");
+                                  "quenlet: ovaro.quenlet.service-error 1: nobody\n"
+                                  "hint: no agent runs; start it: systemctl --user start "
+                                  "quenlet-agent\n");
   }
   agent.setError(makeServiceError(ServiceErrorCode::timedOut, "silent"));
   pause = nullptr;  // it has been waited for long enough
