@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <chrono>
 #include <iostream>
 #include <string>
@@ -12,8 +14,12 @@ int main(int argc, char** argv) {
   // may take its time over a large donation.
   using std::chrono::seconds;
   quenlet::CorvelProxy agent(quenlet::Patience(seconds(5), seconds(25)));
-  quenlet::Session session{std::cout, std::cerr, agent, quenlet::Date::now(),
-                           [](auto time) { std::this_thread::sleep_for(time); }};
+  quenlet::Session session{std::cout,
+                           std::cerr,
+                           agent,
+                           quenlet::Date::now(),
+                           [](auto time) { std::this_thread::sleep_for(time); },
+                           quenlet::Screen::ofDescriptor(STDOUT_FILENO)};
   return static_cast<int>(
       quenlet::CommandLine::run(std::vector<std::string>(argv + 1, argv + argc), session));
 }

@@ -92,6 +92,25 @@ std::string onOneLine(std::string_view text, std::size_t maximumSizeInBytes) {
   return line;
 }
 
+std::size_t displayWidth(char32_t character) {
+  constexpr char32_t softHyphen = 0xAD;
+  if (character < 0x80 || character == softHyphen) return 1;
+  const auto point = static_cast<UChar32>(character);
+  if ((U_GET_GC_MASK(point) & (U_GC_MN_MASK | U_GC_ME_MASK | U_GC_CF_MASK)) != 0) return 0;
+  const int syllable = u_getIntPropertyValue(point, UCHAR_HANGUL_SYLLABLE_TYPE);
+  // Vowels and final consonants are drawn into the syllable that they continue.
+  if (syllable == U_HST_VOWEL_JAMO || syllable == U_HST_TRAILING_JAMO) return 0;
+  const int width = u_getIntPropertyValue(point, UCHAR_EAST_ASIAN_WIDTH);
+  return width == U_EA_FULLWIDTH || width == U_EA_WIDE ? 2 : 1;
+}
+
+std::size_t displayWidth(std::string_view text) {
+  std::size_t width = lengthOfASCIIPrefix(text);
+  text.remove_prefix(width);
+  while (!text.empty()) width += displayWidth(takeCharacter(text).value_or(U' '));
+  return width;
+}
+
 std::string canonicalKey(std::string_view text) {
   if (isASCII(text) || !isCheapToCompose(text) || !isValidUTF8(text)) return std::string(text);
   UErrorCode status = U_ZERO_ERROR;

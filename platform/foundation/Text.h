@@ -41,6 +41,13 @@ void appendCharacter(std::string& output, char32_t character);
          character == 0x200F || character == 0x061C;
 }
 
+// The number of columns that a character takes on a terminal: 2 for the wide ones of East Asia and
+// most emoji; 0 for what joins the character before it or has no shape of its own, such as accents
+// and zero-width joiners. What is a control character has no meaningful width.
+[[nodiscard]] std::size_t displayWidth(char32_t character);
+// The sum over all characters of valid UTF-8.
+[[nodiscard]] std::size_t displayWidth(std::string_view text);
+
 // A text's composed form (NFC): two texts have the same key exactly when they are canonically
 // equivalent, that is, differ at most in the composition of characters. This turns equivalence into
 // a comparison of bytes. Most text is composed already and is its own key.

@@ -36,8 +36,13 @@ struct Words final {
       makeRejectionWords(), makeAccountWord(), makePreferenceWords(), makeStatusWord(),
       makeStatsWord(),      makeWatchWord()};
   ChosenAction chosen;
+  bool isWide = false;
 
   Words() {
+    // So that the options of all words may stand behind the word, too.
+    app.fallthrough();
+    app.add_flag("--wide", isWide,
+                 "Of tables, show all columns whole, however wide the terminal is");
     for (const CommandPtr& command : commands) command->addTo(app, chosen);
     CLI::App* help = app.add_subcommand("help", "Tell more about a word");
     help->add_option("WORD", explained, "The word; without one, all are shown")->type_name("");
@@ -101,6 +106,7 @@ ExitCode CommandLine::run(std::vector<std::string> arguments, Session& session) 
   if (!words.chosen) {
     return failWithUsage(session, "it takes a word that says what to do", hintAtHelp(words.app));
   }
+  if (words.isWide) session.screen.width = Screen::unlimitedWidth;
   const ExitCode code = words.chosen(session);
   session.out.flush();
   if (session.out || code != ExitCode::done) return code;

@@ -6,6 +6,7 @@
 
 #include "protocol/CorvelProtocol.h"
 #include "quenlet/Date.h"
+#include "tools/presentation/Screen.h"
 
 namespace CLI {
 class App;
@@ -30,6 +31,8 @@ struct Session final {
   Date now;
   // Blocks the calling thread.
   std::function<void(std::chrono::milliseconds)> pause;
+  // Of `out`.
+  Screen screen{};
 
   // Writes `error` to the error stream as "quenlet: <domain> <code>: <sentence>", with its hints,
   // and returns its exit code: noAgent when no answer came, else refused.

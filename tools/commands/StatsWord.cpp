@@ -77,7 +77,7 @@ void writeCard(std::ostream& out, Untold& untold) {
   }
   if (table.empty()) return;
   out << "\nYour own card has\n";
-  table.write(out, "  ");
+  table.write(out, {}, "  ");
 }
 
 std::string average(const CounterDistribution& samples) {
@@ -105,7 +105,7 @@ void writeDonated(std::ostream& out, Untold& untold) {
   }
   if (table.empty()) return;
   out << "\nDonated, on average of all reports\n";
-  table.write(out, "  ");
+  table.write(out, {}, "  ");
 }
 
 // Another version may have written counters that this one does not know.
@@ -119,7 +119,7 @@ void writeOthers(std::ostream& out, const Untold& untold) {
                            : std::to_string(std::get<std::int64_t>(value))});
   }
   out << "\nOther counters\n";
-  table.write(out, "  ");
+  table.write(out, {}, "  ");
 }
 
 }  // namespace

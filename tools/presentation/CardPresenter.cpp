@@ -37,7 +37,7 @@ class SectionWriter final {
     if (any) out << "\n";
     any = true;
     out << title << "\n";
-    section.write(out, "  ");
+    section.write(out, {}, "  ");
   }
   void write(const char* title, const std::string& line) {
     TextTable section;
