@@ -1,0 +1,78 @@
+#include "tools/page/HTMLWriter.h"
+
+#include <gtest/gtest.h>
+
+namespace quenlet {
+namespace {
+
+constexpr char documentType[] = "<!doctype html>\n";
+
+TEST(HTMLWriterTest, EscapesTextsAndValuesOfAttributesAlike) {
+  struct Row final {
+    const char* name;
+    std::string given;
+    const char* written;
+  };
+  const Row rows[] = {
+      {"markup", "<script>&amp;</p>", "&lt;script&gt;&amp;amp;&lt;/p&gt;"},
+      {"both quotes", R"(a" onclick='b')", "a&quot; onclick=&#39;b&#39;"},
+      {"not ASCII", "Åsa 李", "Åsa 李"},
+      {"characters that reorder", "\u202Egpj.\u2066exe", "\uFFFDgpj.\uFFFDexe"},
+      {"line breaks and NUL", std::string("a\r\n\0\u2028b", 8), "a\uFFFD\uFFFD\uFFFD\uFFFDb"},
+      {"invalid and overlong UTF-8", "\xFF\xC0\xBC", "\uFFFD\uFFFD\uFFFD"},
+  };
+  for (const Row& row : rows) {
+    HTMLWriter html;
+    html.element("p", {{"title", row.given}}, row.given);
+    const std::string written = row.written;
+    EXPECT_EQ(std::move(html).take(),
+              documentType + ("<p title=\"" + written + "\">" + written + "</p>\n"))
+        << row.name;
+  }
+}
+
+TEST(HTMLWriterTest, ClosesElementsInsideOutAndKeepsAnImageInThePage) {
+  HTMLWriter html;
+  {
+    const auto list = html.open("ul");
+    const auto item = html.open("li", {{"class", "own"}});
+    const auto link = html.openLinkTo("donors");
+    html.text("1 < 2");
+    html.image({"GIF", "image/gif"}, "GIF89a", "\"me\"");
+  }
+  html.styleSheet("p > b { color: red }");
+  EXPECT_EQ(std::move(html).take(),
+            std::string(documentType) +
+                "<ul><li class=\"own\"><a href=\"#donors\">1 &lt; 2<img "
+                "src=\"data:image/gif;base64,R0lGODlh\" alt=\"&quot;me&quot;\"></a></li>\n</ul>\n"
+                "<style>p > b { color: red }</style>\n");
+}
+
+TEST(ImageTypeTest, IsToldByTheFirstBytesAlone) {
+  using namespace std::string_view_literals;
+  struct Row final {
+    const char* name;
+    std::string_view bytes;
+    const char* mediaType;
+  };
+  const Row rows[] = {
+      {"JPEG", "\xFF\xD8\xFF\xE0"sv, "image/jpeg"},
+      {"PNG", "\x89PNG\r\n\x1A\n0"sv, "image/png"},
+      {"GIF of 1987", "GIF87a"sv, "image/gif"},
+      {"GIF of 1989", "GIF89a;"sv, "image/gif"},
+      {"WebP", "RIFF\x10\0\0\0WEBPVP8 "sv, "image/webp"},
+      {"another RIFF file", "RIFF\x10\0\0\0WAVEWEBP"sv, nullptr},
+      {"a PNG through a text channel", "\x89PNG\n\x1A\n"sv, nullptr},
+      {"behind a blank", " GIF89a"sv, nullptr},
+      {"an image with scripts", "<svg xmlns='http://www.w3.org/2000/svg'>"sv, nullptr},
+      {"too short", "GIF8"sv, nullptr},
+      {"nothing", ""sv, nullptr},
+  };
+  for (const Row& row : rows) {
+    const auto type = ImageType::of(row.bytes);
+    EXPECT_STREQ(type ? type->mediaType : nullptr, row.mediaType) << row.name;
+  }
+}
+
+}  // namespace
+}  // namespace quenlet
