@@ -8,6 +8,7 @@
 #include "platform/accounts/AccountFileProblems.h"
 #include "platform/contacts/VCardContactStore.h"
 #include "platform/extensions/ExtensionHost.h"
+#include "platform/feedback/FeedbackFile.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/ipc/EntitlementDatabase.h"
@@ -65,7 +66,7 @@ class LinuxPlatform final {
     return library.parent_path() / MeCardPath;
   }
   [[nodiscard]] std::filesystem::path feedbackPath() const {
-    return library / "Contacts" / "Feedback" / "feedback.plist";
+    return library.parent_path() / FeedbackPath;
   }
   [[nodiscard]] std::filesystem::path preferencesPath() const {
     return library.parent_path() / PreferencesPath;

@@ -51,51 +51,77 @@ std::string keyOfPostalAddress(const PostalAddress& address) {
 
 std::string keyOfImage(std::string_view bytes) { return "i" + std::string(bytes); }
 
-struct ContentOf final {
-  FeedbackContent operator()(const PersonNameComponents& name) const {
-    return {keyOfName(name), {{DonationValueNameComponentsKey, name.dictionaryRepresentation()}}};
+struct KeyOf final {
+  std::string operator()(const PersonNameComponents& name) const { return keyOfName(name); }
+  std::string operator()(const Value::EmailAddress& email) const {
+    return keyOfEmailAddress(email.address);
   }
-  FeedbackContent operator()(const Value::EmailAddress& email) const {
-    return {keyOfEmailAddress(email.address), {{DonationValueEmailAddressKey, email.address}}};
+  std::string operator()(const Value::PhoneNumber& phone) const {
+    return keyOfPhoneNumber(*PhoneNumber::withStringValue(phone.number));
   }
-  FeedbackContent operator()(const Value::PhoneNumber& phone) const {
-    return {keyOfPhoneNumber(*PhoneNumber::withStringValue(phone.number)),
-            {{DonationValuePhoneNumberKey, phone.number}}};
+  std::string operator()(const Value::PostalAddress& postal) const {
+    return keyOfPostalAddress(postal.address);
   }
-  FeedbackContent operator()(const Value::PostalAddress& postal) const {
-    return {keyOfPostalAddress(postal.address),
-            {{DonationValuePostalAddressKey, postal.address.dictionaryRepresentation()}}};
+  std::string operator()(const Value::ImageData& image) const { return keyOfImage(*image.bytes); }
+};
+
+struct EntryOf final {
+  PropertyListDictionary operator()(const PersonNameComponents& name) const {
+    return {{DonationValueNameComponentsKey, name.dictionaryRepresentation()}};
   }
-  FeedbackContent operator()(const Value::ImageData& image) const {
-    return {keyOfImage(*image.bytes), {{imageDataKey, Data{*image.bytes}}}};
+  PropertyListDictionary operator()(const Value::EmailAddress& email) const {
+    return {{DonationValueEmailAddressKey, email.address}};
+  }
+  PropertyListDictionary operator()(const Value::PhoneNumber& phone) const {
+    return {{DonationValuePhoneNumberKey, phone.number}};
+  }
+  PropertyListDictionary operator()(const Value::PostalAddress& postal) const {
+    return {{DonationValuePostalAddressKey, postal.address.dictionaryRepresentation()}};
+  }
+  PropertyListDictionary operator()(const Value::ImageData& image) const {
+    return {{imageDataKey, Data{*image.bytes}}};
   }
 };
+
+std::optional<Value> phoneNumberOfText(const std::string& text) {
+  if (!PhoneNumber::isNumber(text)) return std::nullopt;
+  return Value::phoneNumber(text, {});
+}
+
+std::optional<Value> postalAddressOfFields(const PropertyListDictionary& fields) {
+  auto address = fields.empty() ? std::optional(PostalAddress())
+                                : PostalAddress::postalAddressWithDictionaryRepresentation(fields);
+  if (!address) return std::nullopt;
+  return Value::postalAddress(*std::move(address), PostalAddressStyle::mailingAddress, {});
+}
 
 }  // namespace
 
 FeedbackContent FeedbackContent::contentOfValue(const DonationValue& value) {
-  return std::visit(ContentOf{}, value.decoded().content);
+  const DecodedDonation donation = value.decoded();
+  return {std::visit(KeyOf{}, donation.content), std::visit(EntryOf{}, donation.content)};
 }
 
-std::optional<std::string> FeedbackContent::keyOfEntry(const PropertyListDictionary& entry) {
+std::string FeedbackContent::keyOfValue(const Value& value) {
+  return std::visit(KeyOf{}, value.cases());
+}
+
+std::optional<Value> FeedbackContent::valueOfEntry(const PropertyListDictionary& entry) {
   if (const auto* name = findDictionary(entry, DonationValueNameComponentsKey)) {
-    return keyOfName(PersonNameComponents::componentsWithDictionary(*name));
+    return Value::name(PersonNameComponents::componentsWithDictionary(*name));
   }
   if (const std::string* address = findString(entry, DonationValueEmailAddressKey)) {
-    return keyOfEmailAddress(*address);
+    return Value::emailAddress(*address, {});
   }
   if (const std::string* text = findString(entry, DonationValuePhoneNumberKey)) {
-    const std::optional<PhoneNumber> number = PhoneNumber::withStringValue(*text);
-    return number ? std::optional(keyOfPhoneNumber(*number)) : std::nullopt;
+    return phoneNumberOfText(*text);
   }
   if (const auto* fields = findDictionary(entry, DonationValuePostalAddressKey)) {
-    if (fields->empty()) return keyOfPostalAddress(PostalAddress());
-    const auto address = PostalAddress::postalAddressWithDictionaryRepresentation(*fields);
-    return address ? std::optional(keyOfPostalAddress(*address)) : std::nullopt;
+    return postalAddressOfFields(*fields);
   }
   const PropertyList* image = findEntry(entry, imageDataKey);
   if (!image || !image->data()) return std::nullopt;
-  return keyOfImage(image->data()->bytes);
+  return Value::imageData(std::make_shared<const std::string>(image->data()->bytes));
 }
 
 }  // namespace quenlet

@@ -18,8 +18,9 @@ struct FeedbackContent final {
   PropertyListDictionary entry;
 
   [[nodiscard]] static FeedbackContent contentOfValue(const DonationValue& value);
-  // The key of an entry read from a file; nothing when it describes no content.
-  [[nodiscard]] static std::optional<std::string> keyOfEntry(const PropertyListDictionary& entry);
+  [[nodiscard]] static std::string keyOfValue(const Value& value);
+  // The value of an entry read from a file, without a label; nothing when it describes no content.
+  [[nodiscard]] static std::optional<Value> valueOfEntry(const PropertyListDictionary& entry);
 };
 
 }  // namespace quenlet

@@ -11,12 +11,29 @@ constexpr char statusKey[] = "status";
 constexpr char rejectedStatus[] = "rejected";
 constexpr char confirmedStatus[] = "confirmed";
 
-// The key of one element of a contact's list; nothing unless it has a known status and content.
-std::optional<std::string> keyOfElement(const PropertyList& element) {
+std::optional<FeedbackStatus> statusOf(const PropertyListDictionary& entry) {
+  const std::string* status = findString(entry, statusKey);
+  if (!status) return std::nullopt;
+  if (*status == rejectedStatus) return FeedbackStatus::rejected;
+  if (*status == confirmedStatus) return FeedbackStatus::confirmed;
+  return std::nullopt;
+}
+
+// One element of a contact's list; nothing unless it has a known status and content.
+std::optional<FeedbackDecision> decisionOf(const PropertyList& element) {
   const PropertyListDictionary* entry = element.dictionary();
-  const std::string* status = entry ? findString(*entry, statusKey) : nullptr;
-  if (!status || (*status != rejectedStatus && *status != confirmedStatus)) return std::nullopt;
-  return FeedbackContent::keyOfEntry(*entry);
+  const std::optional<FeedbackStatus> status = entry ? statusOf(*entry) : std::nullopt;
+  if (!status) return std::nullopt;
+  std::optional<Value> value = FeedbackContent::valueOfEntry(*entry);
+  if (!value) return std::nullopt;
+  std::string key = FeedbackContent::keyOfValue(*value);
+  return FeedbackDecision{*status, *std::move(value), std::move(key)};
+}
+
+std::optional<std::string> keyOfElement(const PropertyList& element) {
+  std::optional<FeedbackDecision> decision = decisionOf(element);
+  if (!decision) return std::nullopt;
+  return std::move(decision->key);
 }
 
 FeedbackEntries::KeySet keysOfList(const PropertyListArray& list) {
@@ -34,7 +51,7 @@ PropertyList rejectedElement(const FeedbackContent& content) {
 }
 
 bool isRejected(const PropertyList& element) {
-  return *findString(*element.dictionary(), statusKey) == rejectedStatus;
+  return statusOf(*element.dictionary()) == FeedbackStatus::rejected;
 }
 
 }  // namespace
@@ -77,6 +94,28 @@ bool FeedbackEntries::addRejected(const std::vector<FeedbackContent>& contents,
     changed = true;
   }
   return changed;
+}
+
+std::vector<FeedbackDecision> FeedbackEntries::decisionsOfList(const PropertyListArray& list) {
+  std::vector<FeedbackDecision> decisions;
+  KeySet seen;
+  for (const PropertyList& element : list) {
+    std::optional<FeedbackDecision> decision = decisionOf(element);
+    if (decision && seen.insert(decision->key).second) decisions.push_back(*std::move(decision));
+  }
+  return decisions;
+}
+
+std::size_t FeedbackEntries::remove(const std::vector<std::string>& keys, PropertyListArray& list) {
+  const KeySet unwanted(keys.begin(), keys.end());
+  KeySet removed;
+  std::erase_if(list, [&](const PropertyList& element) {
+    std::optional<std::string> key = keyOfElement(element);
+    if (!key || !unwanted.contains(*key)) return false;
+    removed.insert(*std::move(key));
+    return true;
+  });
+  return removed.size();
 }
 
 }  // namespace quenlet

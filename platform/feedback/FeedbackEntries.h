@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -11,6 +13,15 @@
 #include "platform/foundation/PropertyList.h"
 
 namespace quenlet {
+
+enum class FeedbackStatus : std::uint8_t { rejected, confirmed };
+
+// What a contact's owner decided on one content.
+struct FeedbackDecision final {
+  FeedbackStatus status;
+  Value value;      // without a label
+  std::string key;  // as in FeedbackContent
+};
 
 // The content of the feedback file: for each contact identifier a list of contents with their
 // status, "rejected" or "confirmed". Unknown elements are ignored. Pure functions.
@@ -29,6 +40,11 @@ class FeedbackEntries final {
   // Adds to a contact's list the contents that it does not hold as rejected; a confirmed entry
   // becomes a rejected one. Returns whether the list changed.
   static bool addRejected(const std::vector<FeedbackContent>& contents, PropertyListArray& list);
+  // In the order of the list; of several on the same content, the first.
+  [[nodiscard]] static std::vector<FeedbackDecision> decisionsOfList(const PropertyListArray& list);
+  // Removes from a contact's list all decisions on contents with these keys. Returns on how many
+  // contents there was one.
+  static std::size_t remove(const std::vector<std::string>& keys, PropertyListArray& list);
 };
 
 }  // namespace quenlet

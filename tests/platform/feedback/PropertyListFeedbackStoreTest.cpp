@@ -1,5 +1,6 @@
 #include "platform/feedback/PropertyListFeedbackStore.h"
 
+#include "platform/feedback/FeedbackFile.h"
 #include "platform/files/LockFile.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/FileFixture.h"
@@ -173,6 +174,37 @@ TEST_F(PropertyListFeedbackStoreTest, TakesWhatOtherProgramsWriteAndKeepsWhatItD
 
   EXPECT_EQ(reject({email("ANN@example.org")})->calls, 1);
   EXPECT_EQ(dataProxy->writes, 1) << "what is rejected already is not written again";
+}
+
+TEST_F(PropertyListFeedbackStoreTest, ForgetsWhatAnotherProgramTakesBackAndNothingElse) {
+  const PropertyList undecided = entry("asked", "ann@example.org");
+  const PropertyList bobs = entry("confirmed", "bob@example.org");
+  writeEntries({{me, PropertyListArray{entry("rejected", "Ann@example.org"), undecided, bobs, 7,
+                                       entry("confirmed", "ann@example.org")}},
+                {them, PropertyListArray{entry("rejected", "ann@example.org")}},
+                {"version", 2}});
+  EXPECT_TRUE(knows(ann) && knows(bob));
+  const FeedbackFile feedback(file, dataProxy);
+  const auto decisions = feedback.decisions(me).value();
+  ASSERT_EQ(decisions.size(), 2u);
+  EXPECT_TRUE(decisions[0].status == FeedbackStatus::rejected &&
+              decisions[0].value == Value::emailAddress("Ann@example.org", ""));
+  EXPECT_EQ(decisions[1].status, FeedbackStatus::confirmed);
+
+  EXPECT_EQ(feedback.remove({decisions[0].key, "e?"}, me).value(), 1u);
+  const PropertyListArray left{undecided, bobs, 7};
+  EXPECT_EQ(entries().find(me)->second, PropertyList(left));
+  EXPECT_EQ(changesSeen(), 0);
+  EXPECT_TRUE(!knows(ann) && knows(bob) && knows(ann, them));
+  EXPECT_EQ(feedback.remove({decisions[0].key}, me).value(), 0u);
+  EXPECT_EQ(dataProxy->writes, 1);
+
+  dataProxy->failsWrites = true;
+  EXPECT_EQ(feedback.remove({decisions[1].key}, me).error()->code(), ENOSPC);
+  writeBytes("<plist version");
+  EXPECT_EQ(feedback.remove({decisions[1].key}, me).error()->domain(), PropertyListErrorDomain);
+  EXPECT_EQ(feedback.decisions(me).error()->domain(), PropertyListErrorDomain);
+  EXPECT_EQ(readFile(file), "<plist version");
 }
 
 TEST_F(PropertyListFeedbackStoreTest, ReplacesNoFileThatItCannotReadAndTellsOnceItIsWhole) {
