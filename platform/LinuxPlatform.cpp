@@ -44,14 +44,6 @@ rlim_t raiseDescriptorLimit() {
   return before;
 }
 
-// Under the configuration directory, since confined programs may be able to write in Library.
-ManifestDirectory userManifests(const std::filesystem::path& home) {
-  const std::filesystem::path extensions = "quenlet/extensions";
-  const auto chosen = UserDirectories::chosenConfigurationDirectory();
-  if (chosen) return {*chosen, extensions};
-  return {home, UserDirectories::defaultConfiguration / extensions};
-}
-
 // The same error with the whole path, for the person who has to repair the file.
 ErrorPtr errorAt(const std::filesystem::path& file, const Error& error) {
   return makeError(error.domain(), error.code(), file.string() + ": " + error.debugDescription());
@@ -91,15 +83,14 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       entitlementsWatch(entitlements->reloadOnChanges(runLoop.eventLoop())),
       entitlementsHangUp(runLoop.addSignalSource(SIGHUP, [this] { entitlements->reload(); })),
       extensionHost(std::make_shared<ExtensionHost>(
-          std::vector<ManifestDirectory>{
-              {EntitlementDatabase::prefixOfRunningProgram(), "share/quenlet/extensions"},
-              userManifests(homeDirectory)},
+          ManifestDirectory::directoriesOf(EntitlementDatabase::prefixOfRunningProgram(),
+                                           homeDirectory),
           ExtensionSchedulers{runLoop.eventLoop(), runLoop.mainThreadScheduler(),
                               schedulerProvider->newSerialSchedulerWithName("extensions")},
           extensionLimits)),
       phoneNumberMonitor(std::make_shared<PropertyListPhoneNumberMonitor>(
-          library / "Telephony" / "sim.plist", dataProxy, runLoop.eventLoop())),
-      deviceInfo(std::make_shared<PropertyListDeviceInfo>(library / "Telephony" / "device.plist",
+          homeDirectory / SIMCardsPath, dataProxy, runLoop.eventLoop())),
+      deviceInfo(std::make_shared<PropertyListDeviceInfo>(homeDirectory / DevicePath,
                                                           "/etc/machine-info", dataProxy)),
       userDefaults(std::make_shared<PropertyListUserDefaults>(preferencesPath(), dataProxy)),
       counterStore(
@@ -217,8 +208,8 @@ void LinuxPlatform::addSources(PlatformServices& services) {
     return extensionHost->currentExtensionsObservable(std::move(donationReceiver));
   };
   services.makeAccountStore = [this] {
-    return std::make_shared<PropertyListAccountStore>(library / "Accounts", dataProxy,
-                                                      accountFileProblems);
+    return std::make_shared<PropertyListAccountStore>(library.parent_path() / AccountsPath,
+                                                      dataProxy, accountFileProblems);
   };
   // One for all callers, so that a damaged file is reported once.
   services.makePhoneNumberMonitor = [this] { return phoneNumberMonitor; };

@@ -14,6 +14,9 @@
 
 namespace quenlet {
 
+// Below the home directory.
+inline constexpr char AccountsPath[] = "Library/Accounts";
+
 inline constexpr char AccountErrorDomain[] = "ovaro.quenlet.account-error";
 
 // The codes of AccountErrorDomain.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <vector>
 
 namespace quenlet {
 
@@ -14,6 +15,11 @@ struct ManifestDirectory final {
   std::filesystem::path below;
 
   [[nodiscard]] std::filesystem::path path() const { return base / below; }
+
+  // Those of an agent that runs below `prefix` for the user with that home, in the order in which
+  // their manifests count: the installed ones, then the user's own.
+  [[nodiscard]] static std::vector<ManifestDirectory> directoriesOf(
+      const std::filesystem::path& prefix, const std::filesystem::path& home);
 };
 
 }  // namespace quenlet

@@ -24,7 +24,6 @@ namespace {
 
 using std::filesystem::path;
 
-constexpr std::string_view cacheTagName = "CACHEDIR.TAG";
 constexpr std::string_view cacheTagSignature = "Signature: 8a477f597d28d172789f06886806bc55";
 constexpr std::string_view cacheTagExplanation =
     "\n# What is kept here can be made again; backups leave it out.\n";
@@ -257,7 +256,7 @@ PosixDataProxy::FileStamp PosixDataProxy::stampOf(const path& file) {
 }
 
 ErrorPtr PosixDataProxy::setExcludedFromBackups(const path& directory) {
-  const path tag = directory / cacheTagName;
+  const path tag = directory / backupTag;
   // Called after each save, so a tag that was good and has not changed is not read again.
   const FileStamp stamp = stampOf(tag);
   {

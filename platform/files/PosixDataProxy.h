@@ -32,6 +32,8 @@ namespace quenlet {
 // that is, in a completion block.
 class PosixDataProxy final : public DataProxy {
  public:
+  // What marks a directory as excluded from backups.
+  static constexpr char backupTag[] = "CACHEDIR.TAG";
   static constexpr std::uintmax_t maximumFileSizeInBytes = std::uintmax_t{1} << 30;
 
   // Returns a token that delays the end of the process until it is cancelled.

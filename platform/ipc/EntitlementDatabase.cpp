@@ -13,8 +13,8 @@ namespace quenlet {
 EntitlementDatabase::EntitlementDatabase(std::filesystem::path ownPrefix,
                                          std::filesystem::path configuration)
     : prefix(std::move(ownPrefix)),
-      directories{Directory{prefix, "share/quenlet/entitlements"},
-                  Directory{std::move(configuration), "quenlet/entitlements"}},
+      directories{Directory{prefix, installedPath},
+                  Directory{std::move(configuration), configuredPath}},
       table(std::make_shared<const EntitlementTable>(readTable())) {}
 
 std::filesystem::path EntitlementDatabase::prefixOfRunningProgram() {

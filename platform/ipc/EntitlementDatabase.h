@@ -20,6 +20,10 @@ namespace quenlet {
 // EntitlementTable.h says which files count. Thread-safe.
 class EntitlementDatabase final {
  public:
+  // Below the prefix and below the configuration.
+  static constexpr char installedPath[] = "share/quenlet/entitlements";
+  static constexpr char configuredPath[] = "quenlet/entitlements";
+
   // Directories that do not exist entitle nobody; an empty `configuration` is not searched.
   explicit EntitlementDatabase(std::filesystem::path prefix,
                                std::filesystem::path configuration = {});

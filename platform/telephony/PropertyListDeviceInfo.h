@@ -9,6 +9,9 @@
 
 namespace quenlet {
 
+// Below the home directory.
+inline constexpr char DevicePath[] = "Library/Telephony/device.plist";
+
 // Facts about the device from a property list that the owner may write, a dictionary of integers.
 // If it does not give the device's class, that is 1 when the system's machine-info file has
 // CHASSIS=handset. Thread-safe; the files are read at each call.

@@ -10,6 +10,9 @@
 
 namespace quenlet {
 
+// Below the home directory.
+inline constexpr char SIMCardsPath[] = "Library/Telephony/sim.plist";
+
 // The SIM cards' phone numbers from a watched property-list file: an array of up to `maximumItems`
 // dictionaries with "identifier" and "value". Thread-safe. Handlers run on the event loop's thread,
 // and only when the numbers differ from those of their last call.

@@ -17,7 +17,7 @@ Result<std::unique_ptr<UserAccounts>> UserAccounts::open() {
 UserAccounts::UserAccounts(const std::filesystem::path& home,
                            const std::shared_ptr<DataProxy>& dataProxy)
     : accountStore(std::make_shared<PropertyListAccountStore>(
-          home / "Library/Accounts", dataProxy, std::make_shared<AccountFileProblems>())),
+          home / AccountsPath, dataProxy, std::make_shared<AccountFileProblems>())),
       agentCatchUp(home / DonationFiles::directory, dataProxy) {}
 
 }  // namespace quenlet

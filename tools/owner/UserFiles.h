@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "quenlet/Result.h"
+
+namespace quenlet {
+
+// Whose a file is, and so what may remove it.
+enum class FileKeeper : std::uint8_t {
+  donations,  // holds donated values: `disable` and `reset` remove it
+  quenlet,    // whatever else the agent and its command keep: `reset` removes it
+  owner,      // the owner's own: never removed
+  system,     // of the installation or of the running session: never removed
+};
+
+// A file or directory that quenlet keeps or reads.
+struct UserFile final {
+  std::filesystem::path path;
+  FileKeeper keeper;
+  // What it is for, in a few words.
+  const char* purpose;
+};
+
+// Every place where quenlet ever stores or reads something for its user; nothing else knows them
+// all. Immutable.
+class UserFiles final {
+ public:
+  // An error when the user has no home directory.
+  [[nodiscard]] static Result<UserFiles> open();
+  explicit UserFiles(std::filesystem::path homeDirectory);
+
+  [[nodiscard]] const std::filesystem::path& home() const { return homeDirectory; }
+  // In the order in which people are shown them.
+  [[nodiscard]] const std::vector<UserFile>& all() const { return files; }
+  // What is there of a file: itself, the file that it links to, copies of damaged versions and
+  // unfinished ones beside it. Not its lock file, which is empty and must stay: another program may
+  // be about to lock it. A directory is given back itself.
+  [[nodiscard]] static std::vector<std::filesystem::path> present(const UserFile& file);
+  // All that is present of the files with that keeper.
+  [[nodiscard]] std::vector<std::filesystem::path> present(FileKeeper keeper) const;
+
+ private:
+  std::filesystem::path homeDirectory;
+  std::vector<UserFile> files;
+};
+
+}  // namespace quenlet
