@@ -55,7 +55,12 @@ void addPresent(std::vector<path>& found, const path& file) {
 Result<UserFiles> UserFiles::open() {
   const auto home = UserDirectories::homeDirectory();
   if (!home.ok()) return Result<UserFiles>::failure(home.error());
-  return Result<UserFiles>::success(UserFiles(home.value()));
+  UserFiles files(home.value());
+  if (const auto runtime = UserDirectories::runtimeDirectory(); runtime.ok()) {
+    files.files.push_back(
+        {runtime.value() / PagePath, FileKeeper::donations, "the page that you looked at last"});
+  }
+  return Result<UserFiles>::success(std::move(files));
 }
 
 UserFiles::UserFiles(path home) : homeDirectory(std::move(home)) {

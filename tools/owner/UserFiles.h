@@ -9,6 +9,9 @@
 
 namespace quenlet {
 
+// The page that `show` opens, below the runtime directory. It goes when the session ends.
+inline constexpr char PagePath[] = "quenlet/pages/card.html";
+
 // Whose a file is, and so what may remove it.
 enum class FileKeeper : std::uint8_t {
   donations,  // holds donated values: `disable` and `reset` remove it

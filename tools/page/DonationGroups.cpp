@@ -1,0 +1,55 @@
+#include "tools/page/DonationGroups.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "tools/presentation/ValueText.h"
+
+namespace quenlet {
+
+std::vector<ReasonGroup> leftOutByReason(const PageContent& content) {
+  std::map<DonationState, SomeDonations> byState;
+  for (const PageDonation& donation : content.donations) {
+    if (!donation.stated.isShown()) byState[donation.stated.state].push_back(&donation);
+  }
+  std::vector<ReasonGroup> groups;
+  for (auto& [state, donations] : byState) groups.push_back({state, std::move(donations)});
+  return groups;
+}
+
+std::vector<ExpiryMonth> expiryByMonth(const PageContent& content) {
+  std::map<std::string, SomeDonations> byMonth;
+  SomeDonations lasting;
+  for (const PageDonation& donation : content.donations) {
+    const Date expires = donation.origin.expirationDate;
+    const std::string month = dayOf(expires).substr(0, std::string_view("2026-11").size());
+    (expires < Date::distantFuture() ? byMonth[month] : lasting).push_back(&donation);
+  }
+  std::vector<ExpiryMonth> months;
+  for (auto& [month, donations] : byMonth) months.push_back({month, std::move(donations)});
+  if (!lasting.empty()) months.push_back({"", std::move(lasting)});
+  return months;
+}
+
+std::vector<Donor> donorsOf(const PageContent& content) {
+  std::map<std::string, Donor> byBundle;
+  for (const auto& [stated, value, origin] : content.donations) {
+    const auto [found, isNew] = byBundle.try_emplace(origin.bundleIdentifier);
+    Donor& donor = found->second;
+    if (isNew) {
+      donor.bundleIdentifier = origin.bundleIdentifier;
+      donor.lastDonation = origin.donationDate;
+      donor.nextExpiration = origin.expirationDate;
+    }
+    if (origin.clusterIdentifier) donor.clusters.insert(*origin.clusterIdentifier);
+    ++(stated.isShown() ? donor.shown : donor.leftOut);
+    donor.lastDonation = std::max(donor.lastDonation, origin.donationDate);
+    donor.nextExpiration = std::min(donor.nextExpiration, origin.expirationDate);
+  }
+  std::vector<Donor> donors;
+  for (auto& [bundle, donor] : byBundle) donors.push_back(std::move(donor));
+  return donors;
+}
+
+}  // namespace quenlet

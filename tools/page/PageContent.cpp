@@ -1,0 +1,38 @@
+#include "tools/page/PageContent.h"
+
+#include <utility>
+
+#include "mecard/ContactBuilder.h"
+
+namespace quenlet {
+namespace {
+
+PageDonations parsed(const StatedDonations& stated) {
+  PageDonations donations;
+  donations.reserve(stated.size());
+  for (const StatedDonation& each : stated) {
+    DecodedDonation decoded = each.donation->decoded();
+    donations.push_back({each, Value(std::move(decoded.content)), std::move(decoded.origin)});
+  }
+  return donations;
+}
+
+Contact merged(const StatedDonations& stated) {
+  ContactBuilder builder;
+  for (const StatedDonation& each : stated) {
+    if (each.isShown()) builder.addWithDonatedValue(each.donation);
+  }
+  return builder.build();
+}
+
+}  // namespace
+
+PageContent::PageContent(Date now, OwnCard ownCard, const StatedDonations& stated,
+                         std::vector<FeedbackDecision> ownersDecisions)
+    : madeOn(now),
+      own(std::move(ownCard)),
+      donations(parsed(stated)),
+      donated(merged(stated)),
+      decisions(std::move(ownersDecisions)) {}
+
+}  // namespace quenlet

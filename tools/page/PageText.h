@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "tools/page/HTMLWriter.h"
+#include "tools/page/PageContent.h"
+
+// What several sections of the page write. Pure functions besides their output.
+namespace quenlet {
+
+// A list shows no more rows than this: a page of any more is of no use to people.
+inline constexpr std::size_t mostRows = 500;
+
+// "1 donation", "3,000 donations".
+[[nodiscard]] std::string counted(std::size_t count, const std::string& noun);
+[[nodiscard]] std::string numberText(std::size_t number);
+// "November 2026" for "2026-11".
+[[nodiscard]] std::string monthText(const std::string& month);
+
+// A text from outside: set apart from the direction of the text around it, and cut when it is so
+// long that nobody would read on.
+void writeForeign(HTMLWriter& html, std::string_view text);
+// "26 November 2026", in UTC.
+void writeDay(HTMLWriter& html, Date date);
+// "until 26 November 2026"; nothing for what never expires.
+void writeUntil(HTMLWriter& html, Date expires);
+// The heading row of a table.
+void writeHeadings(HTMLWriter& html, std::initializer_list<std::string_view> headings);
+// Says how many rows a list leaves out, and where they are; nothing when it has all.
+void writeOmission(HTMLWriter& html, std::size_t allRows, std::string_view command);
+
+}  // namespace quenlet
