@@ -1,0 +1,95 @@
+#include <CLI/CLI.hpp>
+#include <string>
+#include <tuple>
+
+#include "client/waitForReply.h"
+#include "platform/files/DurableFileWriter.h"
+#include "platform/files/PosixFileOperations.h"
+#include "tools/commands/Command.h"
+#include "tools/owner/Rejections.h"
+#include "tools/page/OwnerPage.h"
+#include "tools/page/PrivatePage.h"
+#include "tools/presentation/TerminalText.h"
+
+namespace quenlet {
+namespace {
+
+// "show": makes a page of the card and of all that is known about it, and opens it.
+class ShowWord final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] ExitCode run(Session& session) const;
+  [[nodiscard]] static Result<std::string> makePage(const Session& session);
+  [[nodiscard]] ExitCode write(const Session& session, const std::string& page) const;
+  [[nodiscard]] static ExitCode open(const Session& session, const std::string& page);
+
+  std::string output;
+};
+
+void ShowWord::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* word = app.add_subcommand("show", "Open a page that shows the card and its sources");
+  word->add_option("--output", output, "Write the page to FILE instead; - is standard output")
+      ->type_name("FILE");
+  word->footer(
+      "The page stands alone: it loads nothing from elsewhere and runs no script. It is kept in\n"
+      "your runtime directory until the next one is made. A browser in a sandbox may not see that\n"
+      "directory: use --output.");
+  word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
+}
+
+ExitCode ShowWord::run(Session& session) const {
+  const Result<std::string> page = makePage(session);
+  if (!page.ok()) return session.failWith(page.error());
+  return output.empty() ? open(session, page.value()) : write(session, page.value());
+}
+
+Result<std::string> ShowWord::makePage(const Session& session) {
+  using Page = Result<std::string>;
+  const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
+      [&](DonationsReply reply) { session.agent.meCardDonations(std::move(reply)); });
+  if (error) return Page::failure(error);
+  const Result<OwnCard> own = OwnCard::read();
+  if (!own.ok()) return Page::failure(own.error());
+  const Result<Rejections> rejections = Rejections::open();
+  if (!rejections.ok()) return Page::failure(rejections.error());
+  Result<std::vector<FeedbackDecision>> decisions = rejections.value().all();
+  if (!decisions.ok()) return Page::failure(decisions.error());
+  const PageContent content(session.now, own.value(), statesOf(values, own.value()),
+                            decisions.value());
+  return Page::success(OwnerPage::of(content));
+}
+
+ExitCode ShowWord::write(const Session& session, const std::string& page) const {
+  if (output == "-") {
+    session.out << page;
+    return ExitCode::done;
+  }
+  PosixFileOperations operations;
+  if (const ErrorPtr error = DurableFileWriter(operations).replace(output, page)) {
+    return session.failWith(error);
+  }
+  session.out << "Wrote " << printable(output) << ".\n";
+  return ExitCode::done;
+}
+
+ExitCode ShowWord::open(const Session& session, const std::string& page) {
+  const Result<std::filesystem::path> file = PrivatePage::write(page);
+  if (!file.ok()) return session.failWith(file.error());
+  const std::string name = printable(file.value().native());
+  if (const std::optional<std::string> obstacle = PrivatePage::open(file.value())) {
+    session.out << "The page is in " << name << "\n";
+    session.err << "quenlet: did not open it: " << *obstacle
+                << "\nhint: open it with a browser, or choose its place with --output\n";
+  } else {
+    session.out << "Opened " << name << "\n";
+  }
+  return ExitCode::done;
+}
+
+}  // namespace
+
+CommandPtr makeShowWord() { return std::make_unique<ShowWord>(); }
+
+}  // namespace quenlet
