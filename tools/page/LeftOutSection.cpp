@@ -35,7 +35,7 @@ void writeRow(HTMLWriter& html, const PageDonation& donation, bool withReason) {
 }
 
 void writeTable(HTMLWriter& html, const ReasonGroup& group, bool withReasons) {
-  const auto table = html.open("table", {{"class", "reasons"}});
+  const auto table = html.open("table", {{"class", withReasons ? "reasons" : "donations"}});
   html.element("caption", titleOf(group.state));
   withReasons ? writeHeadings(html, {"No.", "Value", "From", "Why"})
               : writeHeadings(html, {"No.", "Value", "From"});
@@ -56,7 +56,7 @@ void writeGroup(HTMLWriter& html, const ReasonGroup& group, bool isOpen) {
       html.text(". ");
     }
     const std::string advice = adviceFor(group.state);
-    if (!advice.empty()) html.text(advice + ".");
+    if (!advice.empty()) html.element("span", {{"class", "advice"}}, advice + ".");
   }
   writeTable(html, group, withReasons);
   writeOmission(html, group.donations.size(), "quenlet why");

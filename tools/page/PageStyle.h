@@ -93,6 +93,7 @@ thead th { color: var(--muted); font-size: 0.8125rem; font-weight: 500; }
 tbody th { font-weight: 500; }
 .number { font-variant-numeric: tabular-nums; color: var(--muted); width: 3.5rem; }
 .until, .number, thead th { white-space: nowrap; }
+.donations .donor { width: 40%; }
 .reasons .value { width: 34%; }
 .reasons .donor { width: 26%; }
 .reasons td:last-child, .what { color: var(--muted); }
@@ -111,10 +112,10 @@ tbody th { font-weight: 500; }
   .what { display: none; }
 }
 @media print {
-  @page { margin: 12mm 14mm; }
+  @page { margin: 10mm 12mm; }
   :root { color-scheme: light; --paper: #ffffff; --card: #ffffff; --ink: #000000; --muted: #444444;
     --line: #cccccc; --accent: #2c6152; --tint: #ffffff; --warning: #000000; }
-  html { font-size: 8pt; line-height: 1.35; }
+  html { font-size: 8pt; line-height: 1.3; }
   body { max-width: none; padding: 0; print-color-adjust: exact; }
   header { margin-bottom: 0.75rem; }
   .card { box-shadow: none; padding: 1.25rem 1.5rem; }
@@ -124,11 +125,13 @@ tbody th { font-weight: 500; }
   .values { columns: 2; column-gap: 2rem; }
   .values li { grid-template-columns: 1fr; margin-bottom: 0.375rem; break-inside: avoid; }
   .values li + li, .kind details li { margin-top: 0; }
-  details:not([open]), nav, footer { display: none; }
+  details { margin-top: 0.25rem; }
+  details:not([open]), nav, footer, .advice, details thead { display: none; }
   summary { list-style: none; padding: 0.125rem 0; }
-  main > section { margin-top: 1rem; }
+  main > section { margin-top: 0.75rem; }
+  .card h2 { font-size: 1.5rem; }
   main > section > h2 + .note { margin: 0 0 0.25rem; }
-  th, td { padding-top: 0.125rem; padding-bottom: 0.125rem; }
+  th, td { padding-top: 0.0625rem; padding-bottom: 0.0625rem; }
   tr { break-inside: avoid; }
 }
 )css");

@@ -29,6 +29,8 @@ std::shared_ptr<Contact> ownCard() {
   fields.familyName = "Berg";
   fields.emailAddresses.append(std::make_shared<const LabeledValue<std::string>>(
       LabeledValue<std::string>{"work", "Ann@example.org", {}}));
+  fields.phoneNumbers.append(std::make_shared<const LabeledValue<PhoneNumber>>(
+      LabeledValue<PhoneNumber>{"home", *PhoneNumber::withStringValue("+49 30 1234567"), {}}));
   return std::make_shared<Contact>(std::move(fields));
 }
 
@@ -75,11 +77,14 @@ TEST_F(OwnerPageTest, PolicyNamesTheDigestOfTheOneStyleSheet) {
 }
 
 TEST_F(OwnerPageTest, ListsOwnValuesFirstAndEachValueOnceWithAllItsSources) {
-  const PageContent content = contentOf({email("b@example.org", given("shop", "1", "2027-01-05")),
-                                         email("ann@example.org", given("mail", "2", "2027-01-06")),
-                                         email("B@Example.org", given("club", "3", "2027-01-07")),
-                                         phone("+49 30 1234567", given("shop", "4", "2027-01-08"))},
-                                        ownCard());
+  const PageContent content =
+      contentOf({email("b@example.org", given("shop", "1", "2027-01-05")),
+                 email("ann@example.org", given("mail", "2", "2027-01-06")),
+                 email("B@Example.org", given("club", "3", "2027-01-07")),
+                 named({.givenName = "Bo"}, given("stranger", "4", "2027-01-08")),
+                 email("b@example.org", given("stranger", "5", "2027-01-09")),
+                 phone("+49 30 1234567", given("shop", "6", "2027-01-10"))},
+                ownCard());
   const std::vector<CardValue> values = cardValuesOf(DonationKind::emailAddress, content);
   ASSERT_EQ(values.size(), 2U);
   EXPECT_TRUE(values[0].isOwn);
@@ -88,6 +93,9 @@ TEST_F(OwnerPageTest, ListsOwnValuesFirstAndEachValueOnceWithAllItsSources) {
   EXPECT_FALSE(values[1].isOwn);
   EXPECT_THAT(values[1].lines, ElementsAre("b@example.org"));
   EXPECT_EQ(summaryOf(values[1].sources), "1 3");
+  const std::vector<CardValue> numbers = cardValuesOf(DonationKind::phoneNumber, content);
+  ASSERT_EQ(numbers.size(), 1U);
+  EXPECT_EQ(summaryOf(numbers[0].sources), "6");
 }
 
 TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {

@@ -1,0 +1,74 @@
+#include <sys/stat.h>
+
+#include "tests/process/ProcessTest.h"
+
+namespace quenlet {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+class ShowWordTest : public ProcessTest {
+ protected:
+  ShowWordTest() {
+    ::unsetenv("DISPLAY");
+    ::unsetenv("WAYLAND_DISPLAY");
+  }
+
+  // A program of that name, which writes down what it is asked to open.
+  void installOpener(const std::string& ending) {
+    const std::filesystem::path opener = temporary / "xdg-open";
+    writeFile(opener, "#!/bin/sh\nprintf '%s\\n' \"$@\" >>" + opened.native() + "\n" + ending);
+    ::chmod(opener.c_str(), 0700);
+    ::setenv("PATH", (temporary.path().native() + ":" + ::getenv("PATH")).c_str(), 1);
+    ::setenv("WAYLAND_DISPLAY", "wayland-7", 1);
+  }
+  static mode_t modeOf(const std::filesystem::path& file) {
+    struct stat status {};
+    EXPECT_EQ(::stat(file.c_str(), &status), 0) << file;
+    return status.st_mode & 0777;
+  }
+
+  const std::filesystem::path opened = temporary / "opened";
+  const std::filesystem::path page = temporary / "quenlet/pages/card.html";
+};
+
+TEST_F(ShowWordTest, KeepsOnePrivatePageAndHasTheDesktopOpenIt) {
+  startAgent();
+  ASSERT_EQ(donate("com.example.<b>", "Ann Berg", {"EMAIL:ann@example.org"}).code, 0);
+  const Ran alone = quenlet({"show"});
+  EXPECT_EQ(alone.code, 0);
+  EXPECT_EQ(alone.out, "The page is in " + page.native() + "\n");
+  EXPECT_THAT(alone.err, HasSubstr("there is no display\nhint: open it with a browser"));
+  EXPECT_EQ(modeOf(page), 0600U);
+  EXPECT_EQ(modeOf(page.parent_path()), 0700U);
+  EXPECT_THAT(readFile(page), HasSubstr("from <bdi>com.example.&lt;b&gt;</bdi>"));
+
+  installOpener("");
+  writeFile(page, "an old page");
+  EXPECT_EQ(quenlet({"show"}).out, "Opened " + page.native() + "\n");
+  EXPECT_EQ(readFile(opened), page.native() + "\n");
+  EXPECT_THAT(readFile(page), HasSubstr("ann@example.org"));
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(page.parent_path()), {}), 1);
+
+  installOpener("exit 4\n");
+  EXPECT_THAT(quenlet({"show"}).err, StartsWith("quenlet: did not open it: xdg-open failed\n"));
+}
+
+TEST_F(ShowWordTest, WritesThePageWhereItIsToldTo) {
+  installOpener("");
+  EXPECT_EQ(quenlet({"show"}).code, 3);
+  startAgent();
+  const std::filesystem::path file = temporary / "mine.html";
+  EXPECT_EQ(quenlet({"show", "--output", file}).out, "Wrote " + file.native() + ".\n");
+  EXPECT_EQ(modeOf(file), 0600U);
+  EXPECT_EQ(quenlet({"show", "--output", "-"}).out, readFile(file));
+  const Ran refused = quenlet({"show", "--output", temporary / "mine.html/no"});
+  EXPECT_EQ(refused.code, 1);
+  EXPECT_THAT(refused.err, StartsWith("quenlet: "));
+  EXPECT_FALSE(std::filesystem::exists(opened));
+  EXPECT_FALSE(std::filesystem::exists(page));
+}
+
+}  // namespace
+}  // namespace quenlet
