@@ -23,6 +23,7 @@ using CommandPtr = std::unique_ptr<Command>;
 [[nodiscard]] CommandPtr makeShowWord();
 [[nodiscard]] CommandPtr makeRemovalWords();
 [[nodiscard]] CommandPtr makeRejectionWords();
+[[nodiscard]] CommandPtr makeUnrejectWords();
 [[nodiscard]] CommandPtr makeAccountWord();
 [[nodiscard]] CommandPtr makePreferenceWords();
 [[nodiscard]] CommandPtr makeStatusWord();

@@ -31,10 +31,10 @@ constexpr char footer[] =
 // All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
-  const std::array<CommandPtr, 11> commands = {
-      makeDonateWord(),   makeCardWord(),       makeListWord(),    makeShowWord(),
-      makeRemovalWords(), makeRejectionWords(), makeAccountWord(), makePreferenceWords(),
-      makeStatusWord(),   makeStatsWord(),      makeWatchWord()};
+  const std::array<CommandPtr, 12> commands = {
+      makeDonateWord(),      makeCardWord(),       makeListWord(),      makeShowWord(),
+      makeRemovalWords(),    makeRejectionWords(), makeUnrejectWords(), makeAccountWord(),
+      makePreferenceWords(), makeStatusWord(),     makeStatsWord(),     makeWatchWord()};
   ChosenAction chosen;
   bool isWide = false;
 

@@ -3,6 +3,7 @@
 
 #include "client/waitForReply.h"
 #include "tools/commands/Command.h"
+#include "tools/owner/ShownNumbers.h"
 #include "tools/presentation/DonationPresenter.h"
 
 namespace quenlet {
@@ -35,6 +36,7 @@ ExitCode ListWord::run(Session& session) const {
     session.out << "There are no donations.\n";
   } else {
     DonationPresenter::writeTable(session.out, *values);
+    ShownNumbers::ofDonations().remember(ShownNumbers::itemsOf(*values));
   }
   return ExitCode::done;
 }

@@ -1,20 +1,22 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "client/waitForReply.h"
+#include "platform/foundation/Text.h"
 #include "tools/commands/Command.h"
+#include "tools/commands/DonationChoice.h"
+#include "tools/owner/AgentDonations.h"
+#include "tools/presentation/TerminalText.h"
+#include "tools/presentation/Wording.h"
 
 namespace quenlet {
 namespace {
 
-ExitCode finish(const Session& session, bool success, ErrorPtr error) {
-  if (!success && !error) error = makeError(GeneralErrorDomain, 0, "the agent gave no reason");
-  return session.finishWith(error);
-}
-
-// "remove" and "forget": withdraw donations by identifier or by donor.
+// "remove" and "forget": take donations back, single ones or all of a donor, and count them.
 class RemovalWords final : public Command {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen) override;
@@ -23,16 +25,19 @@ class RemovalWords final : public Command {
   [[nodiscard]] ExitCode remove(Session& session) const;
   [[nodiscard]] ExitCode forget(Session& session) const;
 
-  std::vector<std::string> donationIdentifiers;
+  std::vector<std::string> texts;
   std::string bundleIdentifier;
 };
 
 void RemovalWords::addTo(CLI::App& app, ChosenAction& chosen) {
-  CLI::App* byIdentifier = app.add_subcommand("remove", "Take single donations back");
-  byIdentifier->add_option("ID", donationIdentifiers, "Donation identifiers, as shown by list")
+  CLI::App* single = app.add_subcommand("remove", "Take single donations back");
+  single->add_option("VALUE", texts, "Values, or numbers or identifiers from list")
       ->type_name("")
       ->required();
-  byIdentifier->callback(
+  single->footer(
+      "Nothing is taken back unless there is a donation for each of them. Donors may donate the\n"
+      "value again; \"quenlet reject\" keeps it away.");
+  single->callback(
       [this, &chosen] { chosen = [this](Session& session) { return remove(session); }; });
 
   CLI::App* byBundle = app.add_subcommand("forget", "Take back all that one donor donated");
@@ -43,18 +48,58 @@ void RemovalWords::addTo(CLI::App& app, ChosenAction& chosen) {
       [this, &chosen] { chosen = [this](Session& session) { return forget(session); }; });
 }
 
+// Tells how many of `wanted` the agent holds no more, after its reply.
+ExitCode tellRemoved(const Session& session, const DonationValues& wanted, bool success,
+                     ErrorPtr error) {
+  if (!success && !error) error = makeError(GeneralErrorDomain, 0, "the agent gave no reason");
+  if (error) return session.failWith(error);
+  const auto after = donationsOf(session.agent);
+  if (!after.ok()) return session.failWith(after.error());
+  const DonationValues gone = missingFrom(*after.value(), wanted);
+  if (gone.empty()) {
+    return session.refuse("not-done", "the agent still holds what it was asked to remove",
+                          "a donor may just have donated it again: quenlet list");
+  }
+  session.out << printable("Removed " + counted(gone.size(), "donation") + ", from " +
+                           enumerated(donorsOf(gone)) + ".")
+              << "\n";
+  return ExitCode::done;
+}
+
 ExitCode RemovalWords::remove(Session& session) const {
+  const auto before = donationsOf(session.agent);
+  if (!before.ok()) return session.failWith(before.error());
+  const auto wanted = DonationChoice::choose(session, *before.value(), texts);
+  if (!wanted) return ExitCode::refused;
+  std::vector<std::string> identifiers;
+  for (const DonationValuePtr& donation : *wanted) {
+    identifiers.push_back(donation->decoded().origin.donationIdentifier);
+  }
   const auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
-    session.agent.removeDonatedMeCardValuesForIdentifiers(donationIdentifiers, std::move(reply));
+    session.agent.removeDonatedMeCardValuesForIdentifiers(identifiers, std::move(reply));
   });
-  return finish(session, success, error);
+  return tellRemoved(session, *wanted, success, error);
 }
 
 ExitCode RemovalWords::forget(Session& session) const {
+  const auto before = donationsOf(session.agent);
+  if (!before.ok()) return session.failWith(before.error());
+  DonationValues wanted;
+  std::copy_if(before.value()->begin(), before.value()->end(), std::back_inserter(wanted),
+               [this](const DonationValuePtr& donation) {
+                 return canonicallyEqual(donation->decoded().origin.bundleIdentifier,
+                                         bundleIdentifier);
+               });
+  if (wanted.empty()) {
+    return session.refuse("no-match", "no donation is from \"" + bundleIdentifier + "\"",
+                          before.value()->empty()
+                              ? "there are no donations"
+                              : "the donors: " + enumerated(donorsOf(*before.value())));
+  }
   const auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
     session.agent.removeDonatedMeCardValuesWithBundleIdentifier(bundleIdentifier, std::move(reply));
   });
-  return finish(session, success, error);
+  return tellRemoved(session, wanted, success, error);
 }
 
 }  // namespace

@@ -34,6 +34,14 @@ void Session::hintAt(const Error& error) const {
   err << std::flush;
 }
 
+ExitCode Session::refuse(const char* domain, const std::string& sentence, const std::string& hint,
+                         ExitCode code) const {
+  err << "quenlet: " << domain << " " << static_cast<int>(code) << ": " << printable(sentence)
+      << "\nhint: " << printable(hint) << "\n"
+      << std::flush;
+  return code;
+}
+
 ExitCode Session::finishWith(const ErrorPtr& error) const {
   return error ? failWith(error) : ExitCode::done;
 }

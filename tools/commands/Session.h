@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <ostream>
+#include <string>
 
 #include "protocol/CorvelProtocol.h"
 #include "quenlet/Date.h"
@@ -39,6 +40,10 @@ struct Session final {
   [[nodiscard]] ExitCode failWith(const ErrorPtr& error) const;
   // Writes a line "hint: …" for each hint of Hints.h.
   void hintAt(const Error& error) const;
+  // Writes why the word itself refuses, as "quenlet: <domain> <code>: <sentence>", and a hint, and
+  // returns `code`.
+  ExitCode refuse(const char* domain, const std::string& sentence, const std::string& hint,
+                  ExitCode code = ExitCode::refused) const;
   // done for null, else as failWith().
   [[nodiscard]] ExitCode finishWith(const ErrorPtr& error) const;
 };

@@ -56,12 +56,16 @@ void DonationPresenter::writeJSON(std::ostream& out, const DonationValues& value
   for (const DonationValuePtr& donation : values) {
     const Value value = donation->value();
     json.beginObject().key("kind").value(kindOf(value));
-    std::visit(ValueWriter{json}, value.cases());
+    writeValue(json, value);
     json.key("origin");
     writeOrigin(json, donation->decoded().origin);
     json.endObject();
   }
   out << json.endArray().text() << "\n";
+}
+
+void DonationPresenter::writeValue(JSONWriter& json, const Value& value) {
+  std::visit(ValueWriter{json}, value.cases());
 }
 
 void DonationPresenter::writeOrigin(JSONWriter& json, const DonationOrigin& origin) {

@@ -18,6 +18,8 @@ class DonationPresenter final {
   // An array with one object per donation: "kind", "value", "label" if it has one, "origin". The
   // value of a name or postal address is an object, that of an image its size in bytes.
   static void writeJSON(std::ostream& out, const DonationValues& values);
+  // The keys "value" and, if it has one, "label".
+  static void writeValue(JSONWriter& json, const Value& value);
   static void writeOrigin(JSONWriter& json, const DonationOrigin& origin);
   // The key "label" and the label; nothing for an empty label.
   static void writeLabel(JSONWriter& json, const std::string& label);

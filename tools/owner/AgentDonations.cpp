@@ -1,0 +1,39 @@
+#include "tools/owner/AgentDonations.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <tuple>
+
+#include "client/waitForReply.h"
+
+namespace quenlet {
+
+Result<DonationListPtr> donationsOf(CorvelProtocol& agent) {
+  const auto [values, error] = waitForReply<DonationListPtr, ErrorPtr>(
+      [&](DonationsReply reply) { agent.meCardDonations(std::move(reply)); });
+  return error ? Result<DonationListPtr>::failure(error) : Result<DonationListPtr>::success(values);
+}
+
+DonationValues missingFrom(const DonationValues& after, const DonationValues& before) {
+  std::set<std::string> present;
+  for (const DonationValuePtr& donation : after) {
+    present.insert(donation->decoded().origin.donationIdentifier);
+  }
+  DonationValues missing;
+  std::copy_if(before.begin(), before.end(), std::back_inserter(missing),
+               [&](const DonationValuePtr& donation) {
+                 return !present.contains(donation->decoded().origin.donationIdentifier);
+               });
+  return missing;
+}
+
+std::vector<std::string> donorsOf(const DonationValues& donations) {
+  std::set<std::string> donors;
+  for (const DonationValuePtr& donation : donations) {
+    donors.insert(donation->decoded().origin.bundleIdentifier);
+  }
+  return {donors.begin(), donors.end()};
+}
+
+}  // namespace quenlet

@@ -1,0 +1,69 @@
+#include "tools/presentation/Wording.h"
+
+#include <algorithm>
+#include <cctype>
+#include <string_view>
+#include <variant>
+
+#include "tools/presentation/ValueText.h"
+
+namespace quenlet {
+namespace {
+
+struct Phrase final {
+  std::string operator()(const PersonNameComponents& name) const {
+    return "the name " + textOf(name);
+  }
+  std::string operator()(const Value::EmailAddress& email) const {
+    return "the e-mail address " + email.address;
+  }
+  std::string operator()(const Value::PhoneNumber& phone) const {
+    return "the phone number " + phone.number;
+  }
+  std::string operator()(const Value::PostalAddress& postal) const {
+    return "the postal address " + textOf(postal.address);
+  }
+  std::string operator()(const Value::ImageData& image) const {
+    return "the image (" + imageText(*image.bytes) + ")";
+  }
+};
+
+}  // namespace
+
+std::string counted(std::size_t number, const std::string& noun) {
+  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+}
+
+std::string enumerated(const std::vector<std::string>& words) {
+  constexpr std::size_t most = 3;
+  const std::size_t left = words.size() > most + 1 ? words.size() - most : 0;
+  const std::size_t shown = words.size() - left;
+  std::string text;
+  for (std::size_t i = 0; i < shown; ++i) {
+    if (i > 0) text += i + 1 == shown && left == 0 ? " and " : ", ";
+    text += words[i];
+  }
+  return left == 0 ? text : text + " and " + std::to_string(left) + " more";
+}
+
+std::string phraseFor(const Value& value) { return std::visit(Phrase{}, value.cases()); }
+
+std::string shellWord(const std::string& text) {
+  const auto isPlain = [](unsigned char character) {
+    return std::string_view("@%+=:,./-_").find(static_cast<char>(character)) !=
+               std::string_view::npos ||
+           (character < 0x80 && std::isalnum(character) != 0);
+  };
+  if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain)) return text;
+  std::string quoted = "'";
+  for (const char character : text) {
+    if (character == '\'') {
+      quoted += "'\\''";
+    } else {
+      quoted += character;
+    }
+  }
+  return quoted + "'";
+}
+
+}  // namespace quenlet

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "model/Value.h"
+
+// Parts of sentences for people; not made safe for a terminal. Pure functions.
+namespace quenlet {
+
+// "1 donation", "3 donations".
+[[nodiscard]] std::string counted(std::size_t number, const std::string& noun);
+// "a", "a and b", "a, b and c", "a, b, c and 4 more".
+[[nodiscard]] std::string enumerated(const std::vector<std::string>& words);
+// "the e-mail address ann@example.org", "the image (14 bytes, GIF)".
+[[nodiscard]] std::string phraseFor(const Value& value);
+// `text` as a word of a shell's command line.
+[[nodiscard]] std::string shellWord(const std::string& text);
+
+}  // namespace quenlet
