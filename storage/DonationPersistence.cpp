@@ -12,8 +12,6 @@
 namespace quenlet {
 namespace {
 
-constexpr char donationsKey[] = "donations";
-
 ErrorPtr notSerializable(const std::string& sentence) {
   return makeDonationError(DonationErrorCode::notSerializable, sentence);
 }
@@ -95,7 +93,7 @@ Future<T> load(const std::shared_ptr<DataProxy>& dataProxy, const char* name,
 template <typename T, typename Read>
 Reading<std::vector<T>> readElements(const PropertyListDictionary& contents, Read read) {
   Reading<std::vector<T>> reading;
-  const PropertyList* entry = findEntry(contents, donationsKey);
+  const PropertyList* entry = findEntry(contents, DonationFiles::donationsKey);
   const PropertyListArray* elements = entry ? entry->array() : nullptr;
   if (!elements) return {{}, false};
   for (const PropertyList& element : *elements) {
@@ -146,7 +144,7 @@ struct Frame final {
     PropertyListWriter writer;
     writer.beginDocument();
     writer.beginDictionary();
-    writer.key(donationsKey);
+    writer.key(DonationFiles::donationsKey);
     writer.beginArray();
     writer.endArray();
     writer.endDictionary();

@@ -6,6 +6,8 @@ namespace quenlet::DonationFiles {
 // Below the home directory.
 inline constexpr char directory[] = "Library/Contacts/Donations";
 inline constexpr char donations[] = "donations.plist";
+// The key of the list in that file.
+inline constexpr char donationsKey[] = "donations";
 inline constexpr char rejections[] = "rejections.json";
 inline constexpr char bundleVersions[] = "bundle_versions.plist";
 // The key of the table in that file.

@@ -131,7 +131,7 @@ class ProcessTest : public testing::Test {
     return agent->wait().value_or(-1);
   }
   void disableDonations() {
-    EXPECT_EQ(quenlet({"disable"}).code, 0);
+    EXPECT_EQ(quenlet({"disable", "--yes"}).code, 0);
     EXPECT_TRUE(eventually([this] { return quenlet({"card"}).code == 1; }));
   }
 
@@ -176,10 +176,13 @@ class ProcessTest : public testing::Test {
   bool cardHas(const std::string& text) { return card().find(text) != std::string::npos; }
   // How many donations the agent has; -1 when it does not tell.
   int countDonations() {
-    const Ran ran = quenlet({"list"});
+    const Ran ran = quenlet({"list", "--json"});
     if (ran.code != 0) return -1;
-    // The first line of a table is its headings, that of an empty list a sentence.
-    return static_cast<int>(std::count(ran.out.begin(), ran.out.end(), '\n')) - 1;
+    int count = 0;
+    for (std::size_t at = 0; (at = ran.out.find("\"origin\":", at)) != std::string::npos; ++at) {
+      ++count;
+    }
+    return count;
   }
 
   const std::filesystem::path bin =  // where the programs are

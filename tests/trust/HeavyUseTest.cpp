@@ -46,7 +46,8 @@ TEST_F(HeavyUseTest, StormLeavesOnTheDiskWhatIsHeld) {
   std::vector<std::thread> clients;
   for (unsigned i = 0; i < 6; ++i) clients.emplace_back(&askAtRandom, seed + i);
   for (int i = 0; i < count(60, 1'000); ++i) {
-    EXPECT_EQ(quenlet({i % 2 == 0 ? "disable" : "enable"}).code, 0);
+    const std::vector<std::string> off{"disable", "--yes"};
+    EXPECT_EQ(quenlet(i % 2 == 0 ? off : std::vector<std::string>{"enable"}).code, 0);
     writeFile(ownersCard, cardText("Anna Berg", {"EMAIL:" + std::to_string(i) + "@example.org"}));
   }
   for (std::thread& client : clients) client.join();

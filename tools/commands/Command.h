@@ -26,6 +26,7 @@ using CommandPtr = std::unique_ptr<Command>;
 [[nodiscard]] CommandPtr makeUnrejectWords();
 [[nodiscard]] CommandPtr makeAccountWord();
 [[nodiscard]] CommandPtr makePreferenceWords();
+[[nodiscard]] CommandPtr makeFileWords();
 [[nodiscard]] CommandPtr makeStatusWord();
 [[nodiscard]] CommandPtr makeStatsWord();
 [[nodiscard]] CommandPtr makeWatchWord();

@@ -31,10 +31,11 @@ constexpr char footer[] =
 // All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
-  const std::array<CommandPtr, 12> commands = {
+  const std::array<CommandPtr, 13> commands = {
       makeDonateWord(),      makeCardWord(),       makeListWord(),      makeShowWord(),
       makeRemovalWords(),    makeRejectionWords(), makeUnrejectWords(), makeAccountWord(),
-      makePreferenceWords(), makeStatusWord(),     makeStatsWord(),     makeWatchWord()};
+      makePreferenceWords(), makeFileWords(),      makeStatusWord(),    makeStatsWord(),
+      makeWatchWord()};
   ChosenAction chosen;
   bool isWide = false;
 

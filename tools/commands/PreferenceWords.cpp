@@ -1,30 +1,181 @@
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "tools/commands/Command.h"
+#include "tools/commands/Question.h"
+#include "tools/owner/AgentDonations.h"
+#include "tools/owner/DonorReturn.h"
+#include "tools/owner/StoredData.h"
+#include "tools/owner/UserAccounts.h"
 #include "tools/owner/UserPreferences.h"
+#include "tools/presentation/TerminalText.h"
+#include "tools/presentation/Wording.h"
 
 namespace quenlet {
 namespace {
 
-ExitCode write(Session& session, bool enabled) {
-  const auto user = UserPreferences::open();
-  if (!user.ok()) return session.failWith(user.error());
-  return session.finishWith(user.value()->preferences().setDonationsEnabled(enabled));
-}
+using Paths = std::vector<std::filesystem::path>;
 
-// "enable" and "disable": write the preference, which a running agent notices. Stateless.
+// "enable" and "disable": write the preference, which a running agent notices.
+//
+// Once it is off, an agent deletes all donations after 30 seconds. Without an agent nobody would,
+// so the word deletes them itself, and has the next agent read the accounts anew.
 class PreferenceWords final : public Command {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] static ExitCode enable(Session& session);
+  [[nodiscard]] ExitCode disable(Session& session) const;
+  [[nodiscard]] static ExitCode deleteStored(const Session& session, const StoredData& stored,
+                                             const Paths& copies, bool agentRuns);
+
+  bool isConfirmed = false;
 };
 
 void PreferenceWords::addTo(CLI::App& app, ChosenAction& chosen) {
-  app.add_subcommand("enable", "Let donations be made; needs no agent")->callback([&chosen] {
-    chosen = [](Session& session) { return write(session, true); };
-  });
-  CLI::App* disable = app.add_subcommand("disable", "Refuse donations; needs no agent");
-  disable->footer("Donations are deleted after 30 seconds, unless they are enabled before.");
-  disable->callback([&chosen] { chosen = [](Session& session) { return write(session, false); }; });
+  CLI::App* on = app.add_subcommand("enable", "Let donations be made; needs no agent");
+  on->footer(
+      "Within 30 seconds after \"quenlet disable\", while an agent runs, it keeps all donations.\n"
+      "Later it has accounts and extensions asked for theirs.");
+  on->callback([&chosen] { chosen = [](Session& session) { return enable(session); }; });
+
+  CLI::App* off = app.add_subcommand("disable", "Refuse donations and delete all; needs no agent");
+  off->add_flag("--yes", isConfirmed, "Do not ask");
+  off->footer(
+      "A running agent deletes all donations after 30 seconds, unless they are enabled before;\n"
+      "without one they are deleted at once. Rejections, your own card and accounts stay.");
+  off->callback(
+      [this, &chosen] { chosen = [this](Session& session) { return disable(session); }; });
+}
+
+// What the agent holds, or, when it does not tell, what is stored, and whether an agent runs.
+struct Held final {
+  DonationValues donations;
+  bool agentRuns = true;
+};
+
+Result<Held> lookAt(const Session& session, const StoredData& stored) {
+  const auto list = donationsOf(session.agent);
+  if (list.ok()) return Result<Held>::success({*list.value(), true});
+  const bool agentRuns = !isNoAgent(*list.error());
+  auto donations = stored.donations();
+  if (donations.ok()) return Result<Held>::success({std::move(donations).takeValue(), agentRuns});
+  // A damaged file is deleted like any other, only nobody can say what was in it.
+  if (donations.error()->domain() == PosixErrorDomain) {
+    return Result<Held>::failure(donations.error());
+  }
+  return Result<Held>::success({{}, agentRuns});
+}
+
+void writeLine(const Session& session, std::size_t number, const std::string& what) {
+  if (number > 0) session.err << printable("  " + std::to_string(number) + " " + what) << "\n";
+}
+
+// What goes, whether it comes back, and how to keep it.
+void tellLoss(const Session& session, const Held& held, const std::filesystem::path& home,
+              std::size_t copies) {
+  const DonorReturn back = DonorReturn::of(held.donations, home);
+  session.err << "This deletes " << counted(back.all(), "donation") << ":\n";
+  writeLine(session, back.others,
+            "from " + enumerated(back.otherDonors) + ", who would have to donate them again");
+  writeLine(session, back.extensions, "from extensions, which are asked again later");
+  writeLine(session, back.accounts, "from your accounts, which are read again later");
+  writeLine(session, back.simCards, "from SIM cards, which are read when the agent starts");
+  writeLine(session, copies,
+            copies == 1 ? "file with a copy of what was donated"
+                        : "files with copies of what was donated");
+  session.err << (held.agentRuns ? "The agent deletes them after 30 seconds; until then, quenlet "
+                                   "enable keeps them.\n"
+                                 : "No agent runs: they are deleted at once.\n")
+              << "To keep them, run quenlet export > FILE first.\n";
+}
+
+// Deletes what no agent will delete. Whether an agent has turned up that deletes the rest.
+Result<bool> deleteWithoutAgent(const StoredData& stored) {
+  const auto lock = stored.lockAgentOut();
+  if (!lock.ok()) {
+    return lock.error()->code() == EWOULDBLOCK ? Result<bool>::success(true)
+                                               : Result<bool>::failure(lock.error());
+  }
+  const ErrorPtr error = StoredData::remove(stored.userFiles().present(FileKeeper::donations));
+  return error ? Result<bool>::failure(error) : Result<bool>::success(false);
+}
+
+// Has the next agent read the accounts; a running one does so when donations come on.
+ErrorPtr scheduleAccounts() {
+  const auto accounts = UserAccounts::open();
+  if (!accounts.ok()) return accounts.error();
+  ErrorPtr error = accounts.value()->catchUp().schedule();
+  return error && error->code() == EWOULDBLOCK ? nullptr : error;
+}
+
+ExitCode PreferenceWords::disable(Session& session) const {
+  const auto user = UserPreferences::open();
+  if (!user.ok()) return session.failWith(user.error());
+  const auto stored = StoredData::open();
+  if (!stored.ok()) return session.failWith(stored.error());
+  const auto held = lookAt(session, stored.value());
+  if (!held.ok()) return session.failWith(held.error());
+  const Paths copies = stored.value().copiesOfDonations();
+  if (!held.value().donations.empty() || !copies.empty()) {
+    tellLoss(session, held.value(), stored.value().userFiles().home(), copies.size());
+    const ExitCode answer = askOwner(session, isConfirmed, "turn donations off?");
+    if (answer != ExitCode::done) return answer;
+  } else if (!user.value()->preferences().isDonationsEnabled()) {
+    session.out << "Donations were off already, and none is stored.\n";
+    return ExitCode::done;
+  }
+  if (const ErrorPtr error = user.value()->preferences().setDonationsEnabled(false)) {
+    return session.failWith(error);
+  }
+  return deleteStored(session, stored.value(), copies, held.value().agentRuns);
+}
+
+ExitCode PreferenceWords::deleteStored(const Session& session, const StoredData& stored,
+                                       const Paths& copies, bool agentRuns) {
+  if (!agentRuns) {
+    const Result<bool> hasTurnedUp = deleteWithoutAgent(stored);
+    if (!hasTurnedUp.ok()) return session.failWith(hasTurnedUp.error());
+    agentRuns = hasTurnedUp.value();
+  }
+  if (const ErrorPtr error = StoredData::remove(copies)) return session.failWith(error);
+  if (agentRuns) {
+    session.out << "Donations are off. The agent deletes what it holds in 30 seconds.\n";
+    return ExitCode::done;
+  }
+  if (const ErrorPtr error = scheduleAccounts()) return session.failWith(error);
+  session.out << "Donations are off. No donation is stored any more.\n";
+  return ExitCode::done;
+}
+
+ExitCode PreferenceWords::enable(Session& session) {
+  const auto user = UserPreferences::open();
+  if (!user.ok()) return session.failWith(user.error());
+  const bool wasEnabled = user.value()->preferences().isDonationsEnabled();
+  const auto list = donationsOf(session.agent);
+  const bool agentRuns = list.ok() || !isNoAgent(*list.error());
+  if (const ErrorPtr error = user.value()->preferences().setDonationsEnabled(true)) {
+    return session.failWith(error);
+  }
+  if (wasEnabled) {
+    session.out << "Donations were on already.\n";
+  } else if (agentRuns) {
+    session.out << "Donations are on. The agent asks accounts and extensions; donations that it\n"
+                   "has not deleted yet stay.\n";
+  } else {
+    if (const ErrorPtr error = scheduleAccounts()) return session.failWith(error);
+    session.out << "Donations are on. No agent runs; the next one reads your accounts.\n";
+    session.err << "hint: extensions are asked when donations come on while an agent runs; once "
+                   "it does:\n"
+                   "hint: quenlet disable --yes && quenlet enable\n"
+                << std::flush;
+  }
+  return ExitCode::done;
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ using std::filesystem::path;
 // Whether a file of that name stands beside the file `name` on its account: a copy of a damaged
 // version, or one that was not finished.
 bool isCompanion(std::string_view candidate, const std::string& name) {
-  return candidate.starts_with(name + ".damaged-") ||
+  return candidate.starts_with(name + UserFiles::damagedMark) ||
          candidate.starts_with("." + name + ".quenlet-");
 }
 

@@ -32,6 +32,9 @@ struct UserFile final {
 // all. Immutable.
 class UserFiles final {
  public:
+  // Part of the names of copies of damaged files.
+  static constexpr char damagedMark[] = ".damaged-";
+
   // An error when the user has no home directory.
   [[nodiscard]] static Result<UserFiles> open();
   explicit UserFiles(std::filesystem::path homeDirectory);

@@ -69,11 +69,7 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
        "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:Ann\r\nN:;Ann;;;\r\nEMAIL;TYPE=home:ann@example.org\r\n"},
       {"list", "list", "KIND "},
       {"list --json", "list", R"([{"kind":"emailAddress","value":"ann@example.org",)"},
-      {"remove a b", "removeIdentifiers a b", ""},
-      {"forget b", "removeBundle b", ""},
-      {"reject a", "reject a", ""},
-      {"reject-cluster c", "rejectCluster c", ""},
-      {"clear-rejections", "clear", ""},
+      {"clear-rejections", "clear", "The agent keeps no rejections of its own: "},
   };
   const std::tuple<ErrorPtr, int, const char*> answers[] = {
       {nullptr, 0, ""},
@@ -119,7 +115,7 @@ TEST_F(CommandLineTest, TellsThePreferenceAndWhetherAnAgentAnswers) {
        R"("agentAnswers":false,"error":{"domain":"ovaro.quenlet.service-error","code":11,"description":"b"}})"},
   };
   for (const bool enabled : {true, false}) {
-    EXPECT_EQ(run(enabled ? "enable" : "disable"), 0);
+    EXPECT_EQ(run(enabled ? "enable" : "disable --yes"), 0);
     for (const auto& [error, code, text, json] : rows) {
       agent.setError(error);
       EXPECT_EQ(run("status"), code);

@@ -1,0 +1,210 @@
+#include "tests/process/ProcessTest.h"
+
+namespace quenlet {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+// The words that take values away and give them back, as their owner types them.
+class RejectWordsTest : public ProcessTest {
+ protected:
+  struct Row final {
+    std::vector<std::string> words;
+    int code;
+    std::vector<std::string> said;  // on either stream
+  };
+
+  void check(const std::vector<Row>& rows) {
+    for (const auto& [words, code, said] : rows) {
+      std::string line;
+      for (const std::string& word : words) line += word + " ";
+      const Ran ran = quenlet(words);
+      EXPECT_EQ(ran.code, code) << line << ran.err;
+      for (const std::string& text : said) EXPECT_THAT(ran.out + ran.err, HasSubstr(text)) << line;
+    }
+  }
+  // The files below the home that hold this text.
+  std::string filesWith(const std::string& text) {
+    return run({"grep", "-rlaF", "--", text, home}).out;
+  }
+  // The program at a terminal, where the owner answers each question with `line`.
+  Ran atTerminal(const std::string& line, std::vector<std::string> words) {
+    const std::string program =
+        "import os, pty, sys\nanswers = [sys.argv[1].encode() + b'\\n']\n"
+        "read = lambda fd: answers.pop() if answers else b''\n"
+        "sys.exit(os.waitstatus_to_exitcode(pty.spawn(sys.argv[2:], stdin_read=read)))\n";
+    std::vector<std::string> command{"python3", "-c", program, line, bin / "quenlet"};
+    command.insert(command.end(), words.begin(), words.end());
+    return run(command);
+  }
+
+  const std::vector<std::string> robin = {"EMAIL;TYPE=home:robin@example.org",
+                                          "EMAIL;TYPE=work:Robin@Example.org",
+                                          "TEL:+49 (30) 1234567",
+                                          "ADR:;;12 Larch Lane;Springfield;;;",
+                                          "PHOTO;ENCODING=b:R0lGODlhAQABAAAAADs=",
+                                          "UID:1"};
+};
+
+TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
+  startAgent();
+  EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
+  EXPECT_EQ(donate("com.example.phone", "Robin Berg", robin).code, 0);
+  const std::string whole = quenlet({"card", "--format", "json"}).out;
+  check({
+      {{"rejections"}, 0, {"Nothing is rejected.\n"}},
+      {{"reject", "3"}, 1, {"quenlet: stale-number 1: ", "hint: quenlet list"}},
+      {{"reject", "joan@example.org"}, 1, {"quenlet: no-match 1: ", "hint: quenlet list"}},
+      {{"reject", "com.example.mail:1:image"},
+       1,
+       {"quenlet: not-possible 1: an image", "hint: quenlet remove com.example.mail:1:image",
+        "quenlet forget com.example.mail\n"}},
+      {{"reject", "mailto:ROBIN@example.org"},
+       0,
+       {"Rejected the e-mail address robin@example.org: 4 donations, from com.example.mail and "
+        "com.example.phone.\n"}},
+      {{"reject", "com.example.phone:1:phone:1"},
+       0,
+       {"the phone number +49 (30) 1234567: 2 donations"}},
+      {{"reject", "3"}, 1, {"stale-number"}},
+      {{"list"}, 0, {}},
+      {{"reject", "2"}, 0, {"the postal address 12 Larch Lane, Springfield: 2 donations"}},
+      {{"reject", "2"}, 1, {"stale-number"}},
+      {{"reject", "99"}, 1, {"no-match"}},
+      {{"reject-cluster", "none"}, 1, {"no-match"}},
+      {{"unreject", "joan@example.org"}, 1, {"quenlet: no-match 1: ", "hint: quenlet rejections"}},
+      {{"unreject", "2"}, 1, {"stale-number"}},
+      {{"unreject"}, 2, {"usage 2"}},
+      {{"unreject", "--all"}, 2, {"usage 2", "hint: --yes"}},
+      {{"clear-rejections"}, 0, {"nothing has changed, and 3 values stay rejected"}},
+      {{"rejections"}, 0, {"1  emailAddress   robin@example.org", "3  postalAddress"}},
+      {{"rejections", "--json"},
+       0,
+       {R"([{"kind":"emailAddress","value":"robin@example.org","status":"rejected"},)"}},
+      {{"unreject", "2"}, 0, {"Not rejected any more: the phone number +49 (30) 1234567.\n"}},
+      {{"unreject", "Robin@Example.ORG"}, 0, {"the e-mail address robin@example.org"}},
+  });
+  EXPECT_THAT(atTerminal("n", {"unreject", "--all"}).out, HasSubstr("Nothing has changed."));
+  EXPECT_THAT(quenlet({"rejections"}).out, HasSubstr("1  postalAddress"));
+  EXPECT_EQ(atTerminal("y", {"unreject", "--all"}).code, 0);
+  EXPECT_EQ(quenlet({"rejections"}).out, "Nothing is rejected.\n");
+  // The agent hears of the file's change beside its requests.
+  EXPECT_TRUE(eventually([&] {
+    return donate("com.example.mail", "Robin Berg", robin).code == 0 &&
+           donate("com.example.phone", "Robin Berg", robin).code == 0 && countDonations() == 12;
+  }));
+  check({{{"forget", "com.example.mail"}, 0, {"Removed 6 donations, from com.example.mail.\n"}}});
+  EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
+  check({
+      {{"remove", "Robin Berg", "nobody"}, 1, {"no-match"}},
+      {{"remove", "Robin Berg", "com.example.mail:1:name", "1234"}, 1, {"no-match"}},
+      {{"remove", "robin berg", "com.example.mail:1:name"},
+       0,
+       {"Removed 2 donations, from com.example.mail and com.example.phone.\n"}},
+      {{"forget", "com.example.shop"},
+       1,
+       {"no-match", "hint: the donors: com.example.mail and com.example.phone"}},
+  });
+  EXPECT_EQ(countDonations(), 10);
+  EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
+  EXPECT_THAT(whole, HasSubstr("12 Larch Lane"));
+}
+
+TEST_F(RejectWordsTest, RejectThenDonateThenUnrejectThenDonateGivesTheSameCard) {
+  startAgent();
+  EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
+  const std::string before = quenlet({"card", "--format", "vcard"}).out;
+  writeFile(temporary / "clustered.vcf", cardText("Robin Berg", robin));
+  EXPECT_EQ(quenlet({"donate", temporary / "clustered.vcf", "--bundle", "com.example.mail",
+                     "--cluster", "c"})
+                .code,
+            0);
+  check({{{"reject-cluster", "c"},
+          0,
+          {"the image (14 bytes, GIF): 1 donation", "robin@example.org: 2 donations"}}});
+  EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
+  EXPECT_EQ(countDonations(), 0);
+  EXPECT_EQ(quenlet({"unreject", "--all", "--yes"}).code, 0);
+  EXPECT_TRUE(eventually([&] {
+    return donate("com.example.mail", "Robin Berg", robin).code == 0 &&
+           quenlet({"card", "--format", "vcard"}).out == before;
+  })) << before;
+}
+
+TEST_F(RejectWordsTest, DisableLeavesNoValueBelowTheHomeOnceNoAgentRuns) {
+  startAgent();
+  check({
+      {{"account", "add", "--id", "work", "--username", "anna@example.com"}, 0, {}},
+      {{"disable"}, 2, {"1 from your accounts", "The agent deletes them", "hint: --yes"}},
+  });
+  EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
+  EXPECT_THAT(
+      atTerminal("", {"disable"}).out,
+      AllOf(HasSubstr("This deletes 7 donations"), HasSubstr("6 from com.example.mail, who"),
+            HasSubstr("quenlet export"), HasSubstr("Nothing has changed.")));
+  EXPECT_EQ(countDonations(), 7);
+  EXPECT_EQ(stopAgent(), 0);
+  const std::filesystem::path directory = donationsFile.parent_path();
+  const std::filesystem::path elsewhere = home / "elsewhere.plist";
+  std::filesystem::rename(donationsFile, elsewhere);
+  std::filesystem::create_symlink(elsewhere, donationsFile);
+  for (const char* name : {"donations.plist.damaged-7", ".donations.plist.quenlet-0123456789abcdef",
+                           "tool-journal.plist.damaged-1"}) {
+    std::filesystem::copy_file(elsewhere, directory / name);
+  }
+  const std::filesystem::path page = temporary / "quenlet/pages/card.html";
+  writeFile(page, "12 Larch Lane");
+  EXPECT_NE(filesWith("Larch"), "");
+  check({
+      {{"disable"}, 2, {"No agent runs: they are deleted at once", "usage 2"}},
+      {{"disable", "--yes"}, 0, {"No donation is stored any more"}},
+      {{"disable"}, 0, {"off already"}},
+      {{"status"}, 3, {"disabled"}},
+  });
+  EXPECT_EQ(filesWith("Larch"), "");
+  EXPECT_FALSE(std::filesystem::exists(page));
+  EXPECT_EQ(filesWith("robin@example.org"), "");
+  EXPECT_EQ(filesWith("R0lGODlhAQABAAAAADs"), "");
+  check({{{"enable"}, 0, {"the next one reads your accounts"}}});
+  startAgent();
+  EXPECT_TRUE(eventually([this] { return cardHas("anna@example.com"); }));
+}
+
+TEST_F(RejectWordsTest, ResetRemovesAllButWhatIsTheOwners) {
+  writeFile(ownersCard, cardText("Robin Berg", {}));
+  startAgent();
+  EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
+  check({
+      {{"account", "add", "--id", "work"}, 0, {}},
+      {{"reject", "+493012 34567"}, 0, {}},
+      {{"reset", "--yes"}, 1, {"not-possible", "hint: stop it first: systemctl --user stop"}},
+      {{"disable", "--yes"}, 0, {"in 30 seconds"}},
+  });
+  EXPECT_EQ(stopAgent(), 0);
+  const std::string library = home / "Library";
+  writeFile(library + "/Contacts/Feedback/feedback.plist.damaged-1", "Larch");
+  check({
+      {{"paths"}, 0, {"~/Library/Contacts/Feedback/feedback.plist", "in 2 files", "your own card"}},
+      {{"paths", "--json"},
+       0,
+       {"\"path\":\"" + ownersCard.string() +
+        R"(","purpose":"your own card","keeper":"owner","exists":true,"files":1,)"}},
+      {{"reset"}, 2, {"  ~/Library/Contacts/Donations/donations.plist\n", "hint: --yes"}},
+  });
+  EXPECT_NE(filesWith("Larch"), "");
+  check({
+      {{"reset", "--yes"}, 0, {"feedback.plist.damaged-1", "Donations were off"}},
+      {{"reset", "--yes"}, 0, {"Nothing is stored.\n"}},
+      {{"status"}, 3, {"enabled"}},
+      {{"rejections"}, 0, {"Nothing is rejected."}},
+      {{"account", "list"}, 0, {"work"}},
+  });
+  const std::string left = "find \"$0\" -type f ! -empty | sort";
+  EXPECT_EQ(run({"/bin/sh", "-c", left, library}).out,
+            library + "/Accounts/work.plist\n" + ownersCard.string() + "\n");
+}
+
+}  // namespace
+}  // namespace quenlet
