@@ -1,11 +1,10 @@
 #include <CLI/CLI.hpp>
 #include <string>
-#include <tuple>
 
-#include "client/waitForReply.h"
 #include "platform/files/DurableFileWriter.h"
 #include "platform/files/PosixFileOperations.h"
 #include "tools/commands/Command.h"
+#include "tools/owner/AgentDonations.h"
 #include "tools/owner/Rejections.h"
 #include "tools/page/OwnerPage.h"
 #include "tools/page/PrivatePage.h"
@@ -47,16 +46,15 @@ ExitCode ShowWord::run(Session& session) const {
 
 Result<std::string> ShowWord::makePage(const Session& session) {
   using Page = Result<std::string>;
-  const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
-      [&](DonationsReply reply) { session.agent.meCardDonations(std::move(reply)); });
-  if (error) return Page::failure(error);
+  const Result<DonationListPtr> donations = donationsOf(session.agent);
+  if (!donations.ok()) return Page::failure(donations.error());
   const Result<OwnCard> own = OwnCard::read();
   if (!own.ok()) return Page::failure(own.error());
   const Result<Rejections> rejections = Rejections::open();
   if (!rejections.ok()) return Page::failure(rejections.error());
   Result<std::vector<FeedbackDecision>> decisions = rejections.value().all();
   if (!decisions.ok()) return Page::failure(decisions.error());
-  const PageContent content(session.now, own.value(), statesOf(values, own.value()),
+  const PageContent content(session.now, own.value(), statesOf(donations.value(), own.value()),
                             decisions.value());
   return Page::success(OwnerPage::of(content));
 }

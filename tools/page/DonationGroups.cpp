@@ -14,6 +14,7 @@ std::vector<ReasonGroup> leftOutByReason(const PageContent& content) {
     if (!donation.stated.isShown()) byState[donation.stated.state].push_back(&donation);
   }
   std::vector<ReasonGroup> groups;
+  groups.reserve(byState.size());
   for (auto& [state, donations] : byState) groups.push_back({state, std::move(donations)});
   return groups;
 }
@@ -27,6 +28,7 @@ std::vector<ExpiryMonth> expiryByMonth(const PageContent& content) {
     (expires < Date::distantFuture() ? byMonth[month] : lasting).push_back(&donation);
   }
   std::vector<ExpiryMonth> months;
+  months.reserve(byMonth.size() + 1);
   for (auto& [month, donations] : byMonth) months.push_back({month, std::move(donations)});
   if (!lasting.empty()) months.push_back({"", std::move(lasting)});
   return months;
@@ -48,6 +50,7 @@ std::vector<Donor> donorsOf(const PageContent& content) {
     donor.nextExpiration = std::min(donor.nextExpiration, origin.expirationDate);
   }
   std::vector<Donor> donors;
+  donors.reserve(byBundle.size());
   for (auto& [bundle, donor] : byBundle) donors.push_back(std::move(donor));
   return donors;
 }

@@ -59,7 +59,7 @@ std::optional<int> waitShortly(pid_t child) {
 
 Result<std::filesystem::path> PrivatePage::write(std::string_view page) {
   using Written = Result<std::filesystem::path>;
-  const Written runtime = UserDirectories::runtimeDirectory();
+  Written runtime = UserDirectories::runtimeDirectory();
   if (!runtime.ok()) return runtime;
   std::filesystem::path place = runtime.value() / PagePath;
   for (const auto& directory : {place.parent_path().parent_path(), place.parent_path()}) {
