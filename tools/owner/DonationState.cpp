@@ -37,7 +37,7 @@ constexpr std::array<Texts, 14> texts = {{
      "Correct the entry in the file, and donate the file again"},
     {"donationsOff", "Donations are off",
      "quenlet enable turns them on. What was deleted meanwhile has to be donated again"},
-    {"takenBack", "Taken back", "Donate it again"},
+    {"absent", "Not donated at present", "Donate it again"},
 }};
 
 const Texts& textsOf(DonationState state) { return texts.at(static_cast<std::size_t>(state)); }

@@ -33,7 +33,8 @@ enum class DonationState : std::uint8_t {
   // An entry of a file that its reader could not use.
   skipped,
   donationsOff,
-  takenBack,
+  // Taken back, or given only while it was rejected.
+  absent,
 };
 
 // The word for a state in JSON, as the enumerator is called.

@@ -50,6 +50,10 @@ std::string becauseSilenced(const DonationValue& name, bool byCluster, const Own
   return sentence + "; your own card says " + own;
 }
 
+std::string becauseOwnName(const std::string& own) {
+  return own.empty() ? "Your own card has no name either" : "Your own card already says " + own;
+}
+
 std::string becauseOwnAddress(const DonationValue& donation, const std::string& own) {
   const auto address = std::get<Value::EmailAddress>(donation.value().cases()).address;
   if (address == own) return "Your own card already has it";
@@ -76,8 +80,7 @@ Judgement judge(const DonationValue& donation, const CardReason& reason, const O
                   (ownCard.fault ? ", and your own card cannot be read"
                                  : ", and no card of your own decides")};
     case CardDecision::ownName:
-      return {DonationState::ownCardHasIt,
-              "Your own card already says " + decidingText(*ownCard.name)};
+      return {DonationState::ownCardHasIt, becauseOwnName(decidingText(*ownCard.name))};
     case CardDecision::ownEmailAddress:
       return {DonationState::ownCardHasIt, becauseOwnAddress(donation, reason.ownAddress)};
     case CardDecision::givenBefore:

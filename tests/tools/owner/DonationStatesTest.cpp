@@ -1,0 +1,134 @@
+#include "tools/owner/DonationStates.h"
+
+#include <gtest/gtest.h>
+
+#include <tuple>
+
+#include "tests/support/DonationFactory.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+namespace {
+
+using Names = PersonNameComponents;
+
+const Names robin{.givenName = "Robin", .familyName = "Hartwell"};
+const Names jo{.namePrefix = "Dr.", .givenName = "Jo", .familyName = "Hartwell"};
+
+// "number state other: sentence", a line for each donation.
+std::string told(const DonationValues& donations, const OwnCard& ownCard) {
+  std::string text;
+  for (const auto& stated : statesOf(std::make_shared<const DonationValues>(donations), ownCard)) {
+    EXPECT_EQ(stated.donation, donations[stated.number - 1]);
+    EXPECT_EQ(stated.other, stated.otherNumber ? donations[stated.otherNumber - 1] : nullptr);
+    text += std::to_string(stated.number) + " " + wordFor(stated.state) + " " +
+            std::to_string(stated.otherNumber) + ": " + stated.because + "\n";
+  }
+  return text;
+}
+
+OwnCard cardOf(std::optional<Names> name, std::vector<std::string> addresses = {}) {
+  return {.name = std::move(name), .emailAddresses = std::move(addresses)};
+}
+
+TEST(DonationStatesTest, SayInASentenceWhyAValueIsNotOnTheCard) {
+  const OwnCard damaged{.fault = makeError("domain", 1, "line 1")};
+  const std::tuple<const char*, OwnCard, DonationValues, const char*> rows[] = {
+      {"a silenced app",
+       cardOf(robin),
+       {phone("+1 202 555 0100", from("org.shop", "1")), named(jo, from("org.shop", "2")),
+        phone("+1 202 555 0101", from("org.mail", "3"))},
+       "1 silenced 2: org.shop calls you Jo Hartwell; your own card says Robin Hartwell\n"
+       "2 silenced 2: org.shop calls you Jo Hartwell; your own card says Robin Hartwell\n"
+       "3 shown 0: \n"},
+      {"a silenced cluster",
+       cardOf(robin),
+       {named({.givenName = "Jo"}, from("org.shop", "1", "c")),
+        email("jo@x.org", from("org.mail", "2", "c"))},
+       "1 silenced 1: org.shop calls you Jo in the cluster c; your own card says Robin Hartwell\n"
+       "2 silenced 1: org.shop calls you Jo in the cluster c; your own card says Robin "
+       "Hartwell\n"},
+      {"texts that look alike",
+       cardOf(Names{.givenName = "Robin Hartwell"}),
+       {named(robin, from("org.shop", "1"))},
+       "1 silenced 1: org.shop calls you Robin Hartwell, divided otherwise than on your own "
+       "card\n"},
+      {"an own card without a name",
+       cardOf(Names{}),
+       {named(robin, from("a", "1")), named({.nickname = "Rob"}, from("b", "2"))},
+       "1 silenced 1: a calls you Robin Hartwell; your own card has no name\n"
+       "2 ownCardHasIt 0: Your own card has no name either\n"},
+      {"a name without what decides",
+       cardOf(robin),
+       {named({.nickname = "Rob"}, from("b", "1"))},
+       "1 silenced 1: b gives you neither a first nor a last name; your own card says Robin "
+       "Hartwell\n"},
+      {"names that disagree",
+       {},
+       {named(robin, from("a", "1")), named(jo, from("b", "2"))},
+       "1 namesDisagree 2: a calls you Robin Hartwell, b calls you Jo Hartwell, and no card of "
+       "your own decides\n"
+       "2 namesDisagree 1: b calls you Jo Hartwell, a calls you Robin Hartwell, and no card of "
+       "your own decides\n"},
+      {"names that disagree, and a damaged card",
+       damaged,
+       {named(robin, from("a", "1")), named(jo, from("b", "2"))},
+       "1 namesDisagree 2: a calls you Robin Hartwell, b calls you Jo Hartwell, and your own card "
+       "cannot be read\n"
+       "2 namesDisagree 1: b calls you Jo Hartwell, a calls you Robin Hartwell, and your own card "
+       "cannot be read\n"},
+      {"what the owner's card has",
+       cardOf(robin, {"rob@gmail.com"}),
+       {named(robin, from("a", "1")), email("rob@gmail.com", from("a", "2")),
+        email("rob@googlemail.com", from("b", "3"))},
+       "1 ownCardHasIt 0: Your own card already says Robin Hartwell\n"
+       "2 ownCardHasIt 0: Your own card already has it\n"
+       "3 ownCardHasIt 0: Your own card already has it as rob@gmail.com, which is the same "
+       "mailbox\n"},
+      {"what others gave",
+       {},
+       {phone("+1 202 555 0100", from("a", "1")), phone("+1 202 555 0100", from("b", "2")),
+        named(robin, from("a", "3")), named(robin, from("b", "4")), image("x", from("b", "5")),
+        image("y", from("a", "6"))},
+       "1 shown 0: \n"
+       "2 givenBefore 1: a gave it first\n"
+       "3 replacedOnCard 4: b gave your name later, and the card shows the last one\n"
+       "4 shown 0: \n"
+       "5 replacedOnCard 6: a gave an image later, and the card shows the last one\n"
+       "6 shown 0: \n"},
+      {"a name without parts",
+       {},
+       {named(Names{}, from("a", "1"))},
+       "1 hasNothing 0: The name has no part that could be shown\n"},
+  };
+  for (const auto& [name, ownCard, donations, expected] : rows) {
+    EXPECT_EQ(told(donations, ownCard), expected) << name;
+  }
+}
+
+TEST(OwnCardTest, IsReadAsTheAgentReadsIt) {
+  const TemporaryDirectory directory;
+  const std::filesystem::path path = directory / "me.vcf";
+  OwnCard card = OwnCard::readFrom(path);
+  EXPECT_EQ(card.contact, nullptr);
+  EXPECT_EQ(card.name, std::nullopt);
+  EXPECT_EQ(card.fault, nullptr) << "a missing card is no fault";
+
+  directory.write("me.vcf",
+                  "BEGIN:VCARD\nVERSION:4.0\nN:Hartwell;Robin;Q.;Dr.;\nEMAIL:Rob@GMail.com\n"
+                  "EMAIL:mailto:rob@gmail.com\nTEL:none\nTEL:+1 202 555 0100\nEND:VCARD\n");
+  card = OwnCard::readFrom(path);
+  EXPECT_EQ(card.name, robin) << "without what decides nothing";
+  EXPECT_EQ(card.emailAddresses, std::vector<std::string>{"rob@gmail.com"});
+  EXPECT_EQ(card.contact->namePrefix(), "Dr.");
+  EXPECT_EQ(card.contact->phoneNumbers().size(), 1U);
+  EXPECT_EQ(card.skipped, (std::vector<SkippedEntry>{{"TEL", 6}}));
+
+  directory.write("me.vcf", "BEGIN:VCARD\nVERSION:9\nEND:VCARD\n");
+  card = OwnCard::readFrom(path);
+  EXPECT_EQ(card.name, std::nullopt) << "as without a card";
+  EXPECT_NE(card.fault, nullptr);
+}
+
+}  // namespace
+}  // namespace quenlet

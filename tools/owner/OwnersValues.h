@@ -1,0 +1,29 @@
+#pragma once
+
+#include <vector>
+
+#include "protocol/CorvelProtocol.h"
+#include "quenlet/Date.h"
+#include "quenlet/Result.h"
+#include "tools/owner/DonationStates.h"
+#include "tools/owner/UnlistedValues.h"
+
+namespace quenlet {
+
+// All that is known of the values that were given for the owner's card, at one moment.
+struct OwnersValues final {
+  bool donationsEnabled = true;
+  // Empty while donations are off: then the agent tells nothing.
+  StatedDonations listed = {};
+  std::vector<UnlistedValue> unlisted = {};
+  // What kept a part of `unlisted` from being read: damaged files.
+  std::vector<ErrorPtr> problems = {};
+
+  // Asks the agent once. An error when it gives no list, or the user has no home directory.
+  [[nodiscard]] static Result<OwnersValues> read(CorvelProtocol& agent, Date now);
+};
+
+// The agent's list with the states of its donations; asks the agent once.
+[[nodiscard]] Result<StatedDonations> listedDonations(CorvelProtocol& agent);
+
+}  // namespace quenlet
