@@ -95,6 +95,13 @@ Judgement judge(const DonationValue& donation, const CardReason& reason, const O
 
 }  // namespace
 
+DonationValues donationsOf(const StatedDonations& stated) {
+  DonationValues donations;
+  donations.reserve(stated.size());
+  for (const StatedDonation& each : stated) donations.push_back(each.donation);
+  return donations;
+}
+
 StatedDonations statesOf(const std::shared_ptr<const DonationValues>& donations,
                          const OwnCard& ownCard) {
   const CardReasons reasons = CardReasons::of(donations, ownCard.name, ownCard.emailAddresses);

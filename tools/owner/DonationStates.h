@@ -28,6 +28,8 @@ struct StatedDonation final {
 };
 using StatedDonations = std::vector<StatedDonation>;
 
+[[nodiscard]] DonationValues donationsOf(const StatedDonations& stated);
+
 // The states of the agent's whole list, in its order, found by the classes that make the card. Time
 // and memory are linear.
 [[nodiscard]] StatedDonations statesOf(const std::shared_ptr<const DonationValues>& donations,

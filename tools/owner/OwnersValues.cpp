@@ -51,9 +51,7 @@ Result<OwnersValues> OwnersValues::read(CorvelProtocol& agent, Date now) {
   OwnerRecords records{.donationsEnabled = values.donationsEnabled, .now = now};
   takeOrNote(rejections.value().all(), records.decisions, values.problems);
   takeOrNote(journal.value().entries(), records.journal, values.problems);
-  DonationValues list;
-  for (const StatedDonation& stated : values.listed) list.push_back(stated.donation);
-  values.unlisted = unlistedValues(list, records);
+  values.unlisted = unlistedValues(donationsOf(values.listed), records);
   return Read::success(std::move(values));
 }
 

@@ -36,10 +36,17 @@ struct ValueWriter final {
 
 }  // namespace
 
-void DonationPresenter::writeTable(std::ostream& out, const DonationValues& values) {
-  if (values.empty()) return;
-  TextTable table(
-      {"KIND", "VALUE", "LABEL", "BUNDLE", "DONATION", "CLUSTER", "DONATED", "EXPIRES"});
+void DonationPresenter::writeTable(std::ostream& out, const DonationValues& values,
+                                   const Screen& screen) {
+  using Fit = TextTable::Fit;
+  TextTable table({{"KIND", Fit::spare},
+                   {"VALUE", Fit::wrapped},
+                   {"LABEL", Fit::spare},
+                   {"BUNDLE", Fit::cut},
+                   {"DONATION", Fit::cut},
+                   {"CLUSTER", Fit::spare},
+                   {"DONATED", Fit::spare},
+                   {"EXPIRES", Fit::whole}});
   for (const DonationValuePtr& donation : values) {
     const Value value = donation->value();
     const DonationOrigin& origin = donation->decoded().origin;
@@ -47,21 +54,12 @@ void DonationPresenter::writeTable(std::ostream& out, const DonationValues& valu
                   origin.donationIdentifier, origin.clusterIdentifier.value_or(""),
                   dayOf(origin.donationDate), dayOf(origin.expirationDate)});
   }
-  table.write(out);
+  table.write(out, screen);
 }
 
-void DonationPresenter::writeJSON(std::ostream& out, const DonationValues& values) {
-  JSONWriter json;
-  json.beginArray();
-  for (const DonationValuePtr& donation : values) {
-    const Value value = donation->value();
-    json.beginObject().key("kind").value(kindOf(value));
-    writeValue(json, value);
-    json.key("origin");
-    writeOrigin(json, donation->decoded().origin);
-    json.endObject();
-  }
-  out << json.endArray().text() << "\n";
+void DonationPresenter::writeContent(JSONWriter& json, const Value& value) {
+  json.key("kind").value(kindOf(value));
+  writeValue(json, value);
 }
 
 void DonationPresenter::writeValue(JSONWriter& json, const Value& value) {

@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "model/DonationValue.h"
+#include "tools/presentation/Screen.h"
 
 namespace quenlet {
 
@@ -14,11 +15,12 @@ class DonationPresenter final {
   DonationPresenter() = delete;
 
   // One line per donation, under headings; nothing for an empty list.
-  static void writeTable(std::ostream& out, const DonationValues& values);
-  // An array with one object per donation: "kind", "value", "label" if it has one, "origin". The
-  // value of a name or postal address is an object, that of an image its size in bytes.
-  static void writeJSON(std::ostream& out, const DonationValues& values);
-  // The keys "value" and, if it has one, "label".
+  static void writeTable(std::ostream& out, const DonationValues& values,
+                         const Screen& screen = {.width = Screen::unlimitedWidth});
+  // "kind", "value" and, if it has one, "label". The value of a name or postal address is an
+  // object, that of an image its size in bytes.
+  static void writeContent(JSONWriter& json, const Value& value);
+  // The same without "kind".
   static void writeValue(JSONWriter& json, const Value& value);
   static void writeOrigin(JSONWriter& json, const DonationOrigin& origin);
   // The key "label" and the label; nothing for an empty label.

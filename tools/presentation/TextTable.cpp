@@ -141,14 +141,10 @@ void TextTable::write(std::ostream& out, const Screen& screen,
   const RowWriter writer(
       out, screen, indentation,
       fittingWidths(shown, naturalWidths(shown, rows), screen.roomBehind(indentation.size())));
-  if (!columns.empty()) {
-    Cells headings;
-    Columns headingColumns;
-    for (const Column& column : shown) {
-      headings.push_back(column.heading);
-      headingColumns.emplace_back("", Fit::cut, TextStyle::bold);
-    }
-    writer.write(headings, headingColumns);
+  Cells headings;
+  for (const Column& column : shown) headings.push_back(column.heading);
+  if (std::any_of(headings.begin(), headings.end(), [](auto& text) { return !text.empty(); })) {
+    writer.write(headings, Columns(shown.size(), Column("", Fit::cut, TextStyle::bold)));
   }
   for (const Cells& row : rows) writer.write(row, shown);
 }

@@ -7,6 +7,7 @@
 #include "mecard/DonatedEntries.h"
 #include "tests/support/DonationFactory.h"
 #include "tools/presentation/CardPresenter.h"
+#include "tools/presentation/StatePresenter.h"
 #include "tools/presentation/ValueText.h"
 
 namespace quenlet {
@@ -36,7 +37,12 @@ TEST(DonationPresenterTest, WritesEveryKindOfValueAndEveryKey) {
   const std::string emailJSON = R"("value":"ann@example.org",)" + originJSON("5");
   std::ostringstream out;
   DonationPresenter::writeTable(out, values);
-  DonationPresenter::writeJSON(out, values);
+  StatePresenter::writeJSON(out,
+                            statesOf(std::make_shared<const DonationValues>(values), OwnCard()));
+  // The object with what is known of its place.
+  const auto listed = [](const std::string& object, const char* number) {
+    return object.substr(0, object.size() - 1) + R"(,"number":)" + number + R"(,"state":"shown"})";
+  };
   EXPECT_EQ(
       out.str(),
       R"(KIND           VALUE                        LABEL  BUNDLE  DONATION  CLUSTER  DONATED     EXPIRES
@@ -47,9 +53,10 @@ imageData      6 bytes, GIF                        b4      i4                 19
 emailAddress   ann@example.org                     b5      i5                 1970-01-06  1970-01-26
 [{"kind":"name","value":{"familyName":"Berg","givenName":"Ann","middleName":"B.","namePrefix":"Dr.",)"
       R"("nameSuffix":"Jr.","nickname":"Annie"},)" +
-          originJSON("1") + R"(,{"kind":"phoneNumber",)" + phoneJSON +
-          R"(,{"kind":"postalAddress",)" + postalJSON + R"(,{"kind":"imageData","value":6,)" +
-          originJSON("4") + R"(,{"kind":"emailAddress",)" + emailJSON + "]\n");
+          listed(originJSON("1"), "1") + R"(,{"kind":"phoneNumber",)" + listed(phoneJSON, "2") +
+          R"(,{"kind":"postalAddress",)" + listed(postalJSON, "3") +
+          R"(,{"kind":"imageData","value":6,)" + listed(originJSON("4"), "4") +
+          R"(,{"kind":"emailAddress",)" + listed(emailJSON, "5") + "]\n");
   out.str("");
   ContactFields fields;
   fields.namePrefix = "Dr.";
@@ -58,7 +65,7 @@ emailAddress   ann@example.org                     b5      i5                 19
   fields.phoneNumbers = {entryOf<PhoneNumber>(*values[1])};
   fields.postalAddresses = {entryOf<PostalAddress>(*values[2])};
   fields.imageData = std::make_shared<const std::string>("GIF89a");
-  CardPresenter::writeText(out, Contact(fields));
+  EXPECT_TRUE(CardPresenter::writeText(out, Contact(fields)));
   CardPresenter::writeJSON(out, Contact(fields));
   EXPECT_EQ(out.str(), R"(Name
   Dr. "Annie"
@@ -79,6 +86,7 @@ Image
                            R"(],"postalAddresses":[{)" + postalJSON + R"(],"imageBytes":6})" +
                            "\n");
   out.str("");
+  EXPECT_FALSE(CardPresenter::writeText(out, Contact()));
   CardPresenter::writeJSON(out, Contact());
   EXPECT_EQ(out.str(), R"({"name":{},"emailAddresses":[],"phoneNumbers":[],"postalAddresses":[],)"
                        "\"imageBytes\":0}\n");
