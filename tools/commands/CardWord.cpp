@@ -1,10 +1,13 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <tuple>
 
 #include "client/waitForReply.h"
 #include "platform/contacts/VCard.h"
 #include "tools/commands/Command.h"
+#include "tools/owner/OwnersValues.h"
 #include "tools/presentation/CardPresenter.h"
 
 namespace quenlet {
@@ -17,6 +20,7 @@ class CardWord final : public Command {
 
  private:
   [[nodiscard]] ExitCode run(Session& session) const;
+  [[nodiscard]] static ExitCode writeText(Session& session, const Contact& card);
 
   std::string format = "text";
 };
@@ -27,7 +31,9 @@ void CardWord::addTo(CLI::App& app, ChosenAction& chosen) {
       ->type_name("FORMAT")
       ->capture_default_str()
       ->check(CLI::IsMember({"text", "vcard", "json"}));
-  word->footer("The text tells for each entry who donated it, under which identifier, until when.");
+  word->footer(
+      "The text tells for each entry who donated it, under which identifier, until when, and how\n"
+      "many donations are not shown.");
   word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
 }
 
@@ -41,7 +47,28 @@ ExitCode CardWord::run(Session& session) const {
   } else if (format == "vcard") {
     session.out << writeVCard(card);
   } else {
-    CardPresenter::writeText(session.out, card);
+    return writeText(session, card);
+  }
+  return ExitCode::done;
+}
+
+ExitCode CardWord::writeText(Session& session, const Contact& card) {
+  const Result<StatedDonations> listed = listedDonations(session.agent);
+  if (!listed.ok()) return session.failWith(listed.error());
+  const auto hidden = static_cast<std::size_t>(
+      std::count_if(listed.value().begin(), listed.value().end(),
+                    [](const StatedDonation& stated) { return !stated.isShown(); }));
+  const bool isEmpty = !CardPresenter::writeText(session.out, card);
+  if (listed.value().empty()) {
+    session.out << "The card is empty: nothing is donated. quenlet donate FILE makes a start.\n";
+  } else if (isEmpty) {
+    session.out << "The card is empty. ";
+  } else if (hidden > 0) {
+    session.out << "\n";
+  }
+  if (hidden > 0) {
+    session.out << hidden << (hidden == 1 ? " donation is" : " donations are")
+                << " not shown: quenlet why\n";
   }
   return ExitCode::done;
 }

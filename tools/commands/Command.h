@@ -20,6 +20,7 @@ using CommandPtr = std::unique_ptr<Command>;
 [[nodiscard]] CommandPtr makeDonateWord();
 [[nodiscard]] CommandPtr makeCardWord();
 [[nodiscard]] CommandPtr makeListWord();
+[[nodiscard]] CommandPtr makeWhyWord();
 [[nodiscard]] CommandPtr makeShowWord();
 [[nodiscard]] CommandPtr makeRemovalWords();
 [[nodiscard]] CommandPtr makeRejectionWords();

@@ -31,11 +31,11 @@ constexpr char footer[] =
 // All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
-  const std::array<CommandPtr, 13> commands = {
-      makeDonateWord(),      makeCardWord(),       makeListWord(),      makeShowWord(),
-      makeRemovalWords(),    makeRejectionWords(), makeUnrejectWords(), makeAccountWord(),
-      makePreferenceWords(), makeFileWords(),      makeStatusWord(),    makeStatsWord(),
-      makeWatchWord()};
+  const std::array<CommandPtr, 14> commands = {
+      makeDonateWord(),  makeCardWord(),        makeListWord(),       makeWhyWord(),
+      makeShowWord(),    makeRemovalWords(),    makeRejectionWords(), makeUnrejectWords(),
+      makeAccountWord(), makePreferenceWords(), makeFileWords(),      makeStatusWord(),
+      makeStatsWord(),   makeWatchWord()};
   ChosenAction chosen;
   bool isWide = false;
 

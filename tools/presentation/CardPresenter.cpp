@@ -52,7 +52,7 @@ class SectionWriter final {
     }
     write(title, section);
   }
-  [[nodiscard]] bool wroteNothing() const { return !any; }
+  [[nodiscard]] bool wroteAnything() const { return any; }
 
  private:
   std::ostream& out;
@@ -77,14 +77,14 @@ void writeList(JSONWriter& json, const char* key, const LabeledValues<T>& entrie
 
 }  // namespace
 
-void CardPresenter::writeText(std::ostream& out, const Contact& card) {
+bool CardPresenter::writeText(std::ostream& out, const Contact& card) {
   SectionWriter sections(out);
   sections.write("Name", textOf(PersonNameComponents::componentsForContact(card)));
   sections.write("E-mail", card.emailAddresses());
   sections.write("Phone", card.phoneNumbers());
   sections.write("Address", card.postalAddresses());
   sections.write("Image", card.imageData() ? imageText(*card.imageData()) : std::string());
-  if (sections.wroteNothing()) out << "The card is empty.\n";
+  return sections.wroteAnything();
 }
 
 void CardPresenter::writeJSON(std::ostream& out, const Contact& card) {

@@ -11,8 +11,9 @@ class CardPresenter final {
  public:
   CardPresenter() = delete;
 
-  // Sections for people; each entry with its label and origin. Empty sections are left out.
-  static void writeText(std::ostream& out, const Contact& card);
+  // Sections for people; each entry with its label and origin. Empty sections are left out. False
+  // for an empty card: nothing was written.
+  [[nodiscard]] static bool writeText(std::ostream& out, const Contact& card);
   // An object with "name", "emailAddresses", "phoneNumbers", "postalAddresses", "imageBytes".
   static void writeJSON(std::ostream& out, const Contact& card);
 };

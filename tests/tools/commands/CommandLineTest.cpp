@@ -61,13 +61,14 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
   const std::string card = file("card.vcf", "FN:Ann Berg\nEMAIL:ann@example.org\n");
   const std::tuple<std::string, const char*, const char*> cases[] = {
       {"donate " + card, "donate 2", "Donated 2 values as org.quenlet.cli.\n"},
-      {"card", "synchronous",
+      {"card", "synchronous;list",
        "Name\n  Ann\n\nE-mail\n  ann@example.org  home  from bundle  id  until 1970-02-10\n"},
       {"card --format json", "synchronous",
        R"({"name":{"givenName":"Ann"},"emailAddresses":[{"value":"ann@example.org",)"},
       {"card --format vcard", "synchronous",
        "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:Ann\r\nN:;Ann;;;\r\nEMAIL;TYPE=home:ann@example.org\r\n"},
-      {"list", "list", "KIND "},
+      {"list", "list", "#  VALUE "},
+      {"why", "list", "Every donation is on the card.\n"},
       {"list --json", "list", R"([{"kind":"emailAddress","value":"ann@example.org",)"},
       {"clear-rejections", "clear", "The agent keeps no rejections of its own: "},
   };
@@ -92,7 +93,8 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
     for (const auto& [error, code, text] : answers) {
       agent.setError(error);
       EXPECT_EQ(run(words), code) << words;
-      EXPECT_EQ(agent.takeCalls(), call + std::string(";"));
+      const std::string calls = call + std::string(";");
+      EXPECT_EQ(agent.takeCalls(), error ? calls.substr(0, calls.find(';') + 1) : calls);
       EXPECT_EQ(err.str(), text) << words;
       EXPECT_THAT(out.str(), StartsWith(error ? "" : shown));
     }
@@ -101,6 +103,29 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
   out.setstate(std::ios::badbit);
   EXPECT_EQ(run("card"), 1);
   EXPECT_THAT(err.str(), StartsWith("quenlet: posix-error 5: "));
+}
+
+TEST_F(CommandLineTest, ListsSomeOfTheDonationsAndSaysWhenNoneIsLikeThat) {
+  // The donation expires 40 days after 1970 began, which is long ago.
+  const std::tuple<const char*, int, const char*, const char*> rows[] = {
+      {"list --hidden", 0, "The only donation is on the card.\n", ""},
+      {"list --bundle bundle", 0, "#  VALUE            STATE  BUNDLE  EXPIRES     KIND", ""},
+      {"list --bundle other", 0, "The only donation is not like that.\n", ""},
+      {"list --bundle other --json", 0, "[]\n", ""},
+      {"list --expiring", 0, "#  VALUE", ""},
+      {"list --expiring=0 --bundle bundle", 0, "#  VALUE", ""},
+      {"list --expiring --hidden", 0, "The only donation is not like that.\n", ""},
+      {"list --expiring=soon", 2, "", "quenlet: usage 2: "},
+      {"why 1", 0, "ann@example.org\n  Number 1, emailAddress, from bundle as id in ", ""},
+      {"why Ann@Example.ORG", 0, "ann@example.org\n", ""},
+      {"why id", 0, "ann@example.org\n", ""},
+      {"why 2", 1, "", "quenlet: not-found 1: nothing that was donated is 2\nhint: "},
+  };
+  for (const auto& [words, code, text, error] : rows) {
+    EXPECT_EQ(run(words), code) << words;
+    EXPECT_THAT(out.str(), StartsWith(text)) << words;
+    EXPECT_THAT(err.str(), StartsWith(error)) << words;
+  }
 }
 
 TEST_F(CommandLineTest, TellsThePreferenceAndWhetherAnAgentAnswers) {

@@ -1,0 +1,141 @@
+#include "tools/presentation/StatePresenter.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "tests/support/DonationFactory.h"
+#include "tools/presentation/ReasonPresenter.h"
+
+namespace quenlet {
+namespace {
+
+using Names = PersonNameComponents;
+
+constexpr double day = 86400;
+
+DonationOrigin until(const char* bundle, const char* identifier, int onDay,
+                     std::optional<std::string> cluster = {}) {
+  return {bundle, identifier, std::move(cluster), Date(1.5 * day), Date(onDay * day)};
+}
+
+class StatePresenterTest : public testing::Test {
+ protected:
+  const StatedDonations stated =
+      statesOf(std::make_shared<const DonationValues>(DonationValues{
+                   phone("+1 202 555 0100", until("org.shop", "s:tel", 40, "c")),
+                   named({.givenName = "Jo"}, until("org.shop", "s:n", 50)),
+                   email("rob@x.org", until("org.mail", "m:1", 20)),
+                   email("Rob@x.org", until("org.bank", "b:1", 60)),
+                   email("eve@x.org", until("org.bank", "b:2\n", 60)),
+               }),
+               {.name = Names{.givenName = "Rob"}});
+  const std::vector<UnlistedValue> unlisted = {
+      {DonationState::rejected, "You rejected it", Value::phoneNumber("+1 202 555 0109", "")},
+      {DonationState::skipped, "Line 3", {}, nullptr, "org.file"},
+      {DonationState::expired, "It expired", Value::imageData(std::make_shared<std::string>()),
+       image("", until("org.file", "f:1", 10)), "org.file"},
+  };
+  std::ostringstream out;
+};
+
+TEST_F(StatePresenterTest, ListsWithANumberAndAStateInFront) {
+  StatePresenter::writeTable(out, {.width = 80}, stated);
+  EXPECT_EQ(out.str(),
+            "#  VALUE            STATE        BUNDLE    EXPIRES     KIND          LABEL\n"
+            "1  +1 202 555 0100  silenced     org.shop  1970-02-10  phoneNumber   home\n"
+            "2  Jo               silenced     org.shop  1970-02-20  name\n"
+            "3  rob@x.org        shown        org.mail  1970-01-21  emailAddress  home\n"
+            "4  Rob@x.org        givenBefore  org.bank  1970-03-02  emailAddress  home\n"
+            "5  eve@x.org        shown        org.bank  1970-03-02  emailAddress  home\n");
+}
+
+TEST_F(StatePresenterTest, TellsProgramsOfTheStateAndTheOtherDonation) {
+  StatePresenter::writeJSON(out, {stated[3]}, unlisted);
+  EXPECT_EQ(out.str(),
+            R"([{"kind":"emailAddress","value":"Rob@x.org","label":"home","origin":{)"
+            R"("bundleIdentifier":"org.bank","donationIdentifier":"b:1",)"
+            R"("donationDate":"1970-01-02T12:00:00Z","expirationDate":"1970-03-02T00:00:00Z"},)"
+            R"("number":4,"state":"givenBefore","because":"org.mail gave it first","other":"m:1"},)"
+            R"({"kind":"phoneNumber","value":"+1 202 555 0109","state":"rejected",)"
+            R"("because":"You rejected it"},)"
+            R"({"origin":{"bundleIdentifier":"org.file"},"state":"skipped","because":"Line 3"},)"
+            R"({"kind":"imageData","origin":{"bundleIdentifier":"org.file",)"
+            R"("donationIdentifier":"f:1","donationDate":"1970-01-02T12:00:00Z",)"
+            R"("expirationDate":"1970-01-11T00:00:00Z"},"state":"expired","because":"It expired"}])"
+            "\n");
+}
+
+TEST_F(StatePresenterTest, GroupsByStateAndReason) {
+  ReasonPresenter::writeGrouped(out, {.width = 60}, stated, unlisted);
+  EXPECT_EQ(out.str(), R"(
+Silenced: the donor knows you by another name
+  org.shop calls you Jo; your own card says Rob.
+    1  +1 202 555 0100  phoneNumber  org.shop
+    2  Jo               name         org.shop
+  If that is your name as well, put it on your own card:
+  quenlet me set FILE. If it is not, quenlet forget BUNDLE
+  takes the donor's values away.
+
+Given twice
+  org.mail gave it first.
+    4  Rob@x.org  emailAddress  org.bank
+  Nothing is missing: the card shows the value once, as it
+  was given first.
+
+Rejected
+  You rejected it.
+    +1 202 555 0109  phoneNumber
+  quenlet unreject VALUE lets it be donated again.
+
+Expired
+  It expired.
+    an image  imageData  org.file
+  Donate it again; --expires DAYS sets for how long.
+
+Left out when a file was read
+  Line 3.
+    org.file
+  Correct the entry in the file, and donate the file again.
+)");
+}
+
+TEST_F(StatePresenterTest, TellsOfEachValueByItself) {
+  ReasonPresenter::writeEach(out, {.width = 66}, Date(30 * day), {stated[2], stated[0]}, unlisted);
+  EXPECT_EQ(out.str(), R"(rob@x.org
+  Number 3, emailAddress, from org.mail as m:1, donated
+  1970-01-02, until 1970-01-21
+  On the card.
+  It has expired, and goes when the agent next starts, unless its
+  donor renews it.
+
++1 202 555 0100
+  Number 1, phoneNumber, from org.shop as s:tel in the cluster c,
+  donated 1970-01-02, until 1970-02-10
+  Silenced: the donor knows you by another name.
+  org.shop calls you Jo; your own card says Rob.
+  If that is your name as well, put it on your own card: quenlet
+  me set FILE. If it is not, quenlet forget BUNDLE takes the
+  donor's values away.
+
++1 202 555 0109
+  Rejected.
+  You rejected it.
+  quenlet unreject VALUE lets it be donated again.
+
+an entry
+  from org.file
+  Left out when a file was read.
+  Line 3.
+  Correct the entry in the file, and donate the file again.
+
+an image
+  from org.file as f:1, donated 1970-01-02, until 1970-01-11
+  Expired.
+  It expired.
+  Donate it again; --expires DAYS sets for how long.
+)");
+}
+
+}  // namespace
+}  // namespace quenlet
