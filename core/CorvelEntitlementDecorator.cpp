@@ -1,20 +1,11 @@
 #include "core/CorvelEntitlementDecorator.h"
 
+#include "protocol/ClientEntitlements.h"
+
 namespace quenlet {
 namespace {
 
-constexpr char contactsEntitlement[] = "ovaro.private.contacts";
-constexpr char suggestionsEntitlement[] = "ovaro.private.suggestions.contacts";
 constexpr std::int64_t missingEntitlementCode = 4097;
-
-// Only `true` or a number other than zero grants; text and lists never do.
-bool grants(const std::optional<PropertyList>& value) {
-  if (!value) return false;
-  if (const bool* flag = value->boolean()) return *flag;
-  if (const std::int64_t* number = value->integer()) return *number != 0;
-  if (const double* number = value->real()) return *number != 0;
-  return false;
-}
 
 }  // namespace
 
@@ -26,8 +17,8 @@ CorvelEntitlementDecorator::CorvelEntitlementDecorator(AgentEnvironmentProtocol&
       connectionProvider(std::move(provider)) {}
 
 bool CorvelEntitlementDecorator::isEntitled(const ServiceConnection& connection) {
-  return grants(connection.valueForEntitlement(contactsEntitlement)) ||
-         grants(connection.valueForEntitlement(suggestionsEntitlement));
+  return grants(connection.valueForEntitlement(ContactsEntitlement)) ||
+         grants(connection.valueForEntitlement(SuggestionsEntitlement));
 }
 
 bool CorvelEntitlementDecorator::checkEntitlements() const {

@@ -3,6 +3,7 @@
 #include "core/CorvelEntitlementDecorator.h"
 #include "platform/PlatformServices.h"
 #include "protocol/AccountWire.h"
+#include "protocol/ClientEntitlements.h"
 #include "protocol/CorvelInterface.h"
 #include "protocol/DonationWire.h"
 
@@ -26,7 +27,7 @@ bool DonationListenerDelegate::shouldAcceptNewConnection(
       ->agentLogger()
       ->acceptingConnectionFromProcess(newConnection->processIdentifier());
   const auto limit =
-      BundleLimit::ofEntitlement(newConnection->valueForEntitlement(BundleLimit::entitlement));
+      BundleLimit::ofEntitlement(newConnection->valueForEntitlement(BundlesEntitlement));
   auto gate = std::make_shared<CorvelEntitlementDecorator>(
       *environment, limit ? limitedAgent(*limit) : agent,
       // Weakly, since the connection owns the gate.

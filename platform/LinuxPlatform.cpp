@@ -79,7 +79,7 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       notificationCenter(std::make_shared<SocketNotificationCenter>(
           runLoop.eventLoop(), runtimeDirectory / "quenlet" / "notifications")),
       entitlements(std::make_shared<EntitlementDatabase>(
-          EntitlementDatabase::prefixOfRunningProgram(), "/etc")),
+          EntitlementDatabase::prefixOfRunningProgram(), EntitlementDatabase::systemConfiguration)),
       entitlementsWatch(entitlements->reloadOnChanges(runLoop.eventLoop())),
       entitlementsHangUp(runLoop.addSignalSource(SIGHUP, [this] { entitlements->reload(); })),
       extensionHost(std::make_shared<ExtensionHost>(

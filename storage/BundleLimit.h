@@ -10,12 +10,10 @@
 
 namespace quenlet {
 
-// The bundles under which a client may donate, replace and remove, as its entitlement
-// "org.quenlet.bundles" lists them. A value type.
+// The bundles under which a client may donate, replace and remove, as its BundlesEntitlement
+// lists them. A value type.
 class BundleLimit final {
  public:
-  static constexpr char entitlement[] = "org.quenlet.bundles";
-
   // Nothing without the entitlement: such a client has no limit. A value that is not a list of
   // texts allows no bundle.
   [[nodiscard]] static std::optional<BundleLimit> ofEntitlement(

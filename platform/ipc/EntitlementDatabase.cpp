@@ -11,10 +11,9 @@
 namespace quenlet {
 
 EntitlementDatabase::EntitlementDatabase(std::filesystem::path ownPrefix,
-                                         std::filesystem::path configuration)
+                                         const std::filesystem::path& configuration)
     : prefix(std::move(ownPrefix)),
-      directories{Directory{prefix, installedPath},
-                  Directory{std::move(configuration), configuredPath}},
+      directories(directoriesFor(prefix, configuration)),
       table(std::make_shared<const EntitlementTable>(readTable())) {}
 
 std::filesystem::path EntitlementDatabase::prefixOfRunningProgram() {
@@ -22,12 +21,32 @@ std::filesystem::path EntitlementDatabase::prefixOfRunningProgram() {
   return std::filesystem::read_symlink("/proc/self/exe", failure).parent_path().parent_path();
 }
 
-EntitlementTable EntitlementDatabase::readTable() const {
+std::array<EntitlementDatabase::Directory, 2> EntitlementDatabase::directoriesFor(
+    const std::filesystem::path& prefix, const std::filesystem::path& configuration) {
+  return {Directory{prefix, installedPath}, Directory{configuration, configuredPath}};
+}
+
+EntitlementTable EntitlementDatabase::read(const std::array<Directory, 2>& directories,
+                                           const std::filesystem::path& prefix) {
   EntitlementTable read;
   for (const Directory& directory : directories) {
     if (!directory.base.empty()) read.addDirectory(directory.base, directory.below, prefix);
   }
   return read;
+}
+
+EntitlementTable EntitlementDatabase::tableFor(const std::filesystem::path& prefix,
+                                               const std::filesystem::path& configuration) {
+  return read(directoriesFor(prefix, configuration), prefix);
+}
+
+EntitlementTable EntitlementDatabase::readTable() const {
+  EntitlementTable current = read(directories, prefix);
+  for (const auto& [path, reason] : current.ignored()) {
+    StandardStreams::writeError("quenlet: entitlements in " + path.native() +
+                                " are ignored: " + reason);
+  }
+  return current;
 }
 
 std::shared_ptr<const PropertyListDictionary> EntitlementDatabase::entitlementsOf(

@@ -24,12 +24,19 @@ class EntitlementDatabase final {
   static constexpr char installedPath[] = "share/quenlet/entitlements";
   static constexpr char configuredPath[] = "quenlet/entitlements";
 
-  // Directories that do not exist entitle nobody; an empty `configuration` is not searched.
+  // Directories that do not exist entitle nobody; an empty `configuration` is not searched. Files
+  // that are left out are reported on standard error.
   explicit EntitlementDatabase(std::filesystem::path prefix,
-                               std::filesystem::path configuration = {});
+                               const std::filesystem::path& configuration = {});
 
+  // The configuration of the system.
+  static constexpr char systemConfiguration[] = "/etc";
   // The parent of the running program's directory; empty when it is not known.
   [[nodiscard]] static std::filesystem::path prefixOfRunningProgram();
+
+  // What the files say now, as an agent with that prefix reads them; reports nothing.
+  [[nodiscard]] static EntitlementTable tableFor(const std::filesystem::path& prefix,
+                                                 const std::filesystem::path& configuration);
 
   // The current entitlements of a program; null when it has none. A program that others than root
   // and the own user could replace or write (see TrustedProgram.h) has none; that is reported on
@@ -50,6 +57,10 @@ class EntitlementDatabase final {
     std::filesystem::path base;
     std::filesystem::path below;
   };
+  [[nodiscard]] static std::array<Directory, 2> directoriesFor(
+      const std::filesystem::path& prefix, const std::filesystem::path& configuration);
+  [[nodiscard]] static EntitlementTable read(const std::array<Directory, 2>& directories,
+                                             const std::filesystem::path& prefix);
   [[nodiscard]] EntitlementTable readTable() const;
   void reportUntrusted(const std::filesystem::path& executable, const std::string& reason) const
       EXCLUDES(mutex);

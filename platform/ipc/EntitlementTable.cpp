@@ -2,19 +2,12 @@
 
 #include <cerrno>
 #include <system_error>
-#include <vector>
 
 #include "platform/files/TrustedDirectory.h"
 #include "platform/foundation/PropertyListSerializer.h"
-#include "platform/foundation/StandardStreams.h"
 
 namespace quenlet {
 namespace {
-
-void reportIgnored(const std::filesystem::path& path, const std::string& reason) {
-  StandardStreams::writeError("quenlet: entitlements in " + path.native() +
-                              " are ignored: " + reason);
-}
 
 std::string canonicalPath(const std::filesystem::path& path) {
   std::error_code failure;
@@ -35,7 +28,7 @@ bool isPassing(const Error& error) {
 
 void EntitlementTable::leaveOut(const std::filesystem::path& path, const Error& error) {
   if (isPassing(error)) incomplete = true;
-  reportIgnored(path, error.debugDescription());
+  leftOut.push_back({path, error.debugDescription()});
 }
 
 void EntitlementTable::addDirectory(const std::filesystem::path& base,
@@ -68,26 +61,29 @@ void EntitlementTable::addFile(const TrustedDirectory& directory, const std::str
   if (!text.ok()) return leaveOut(file, *text.error());
   const Result<PropertyList> content = PropertyListSerializer::objectWithData(text.value());
   if (!content.ok()) return leaveOut(file, *content.error());
-  const PropertyListDictionary* programs = content.value().dictionary();
-  if (programs == nullptr) return reportIgnored(file, "its top level is not a dictionary");
-  for (const auto& [path, entitlements] : *programs) {
+  const PropertyListDictionary* named = content.value().dictionary();
+  if (named == nullptr) {
+    leftOut.push_back({file, "its top level is not a dictionary"});
+    return;
+  }
+  for (const auto& [path, entitlements] : *named) {
     if (entitlements.dictionary() == nullptr) {
-      reportIgnored(file, "the value of " + path + " is not a dictionary");
+      leftOut.push_back({file, "the value of " + path + " is not a dictionary"});
       continue;
     }
     // operator/ drops the prefix when `path` is absolute.
-    auto& known = entitlementsByExecutable[canonicalPath(prefix / path)];
-    if (!known) known = std::make_shared<PropertyListDictionary>();
+    Program& program = programs[canonicalPath(prefix / path)];
+    program.files.push_back(file);
     for (const auto& [entitlement, value] : *entitlements.dictionary()) {
-      known->insert_or_assign(entitlement, value);
+      program.entitlements->insert_or_assign(entitlement, value);
     }
   }
 }
 
 std::shared_ptr<const PropertyListDictionary> EntitlementTable::entitlementsOf(
     const std::filesystem::path& executable) const {
-  const auto found = entitlementsByExecutable.find(executable.native());
-  return found == entitlementsByExecutable.end() ? nullptr : found->second;
+  const auto found = programs.find(executable.native());
+  return found == programs.end() ? nullptr : found->second.entitlements;
 }
 
 }  // namespace quenlet

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/foundation/PropertyList.h"
 #include "quenlet/Error.h"
@@ -18,9 +19,21 @@ class TrustedDirectory;
 //
 // The directories, from the base down, and each file must belong to root or to the own user and be
 // writable for the owner only, and a file must not be a link. Others, and files that do not parse,
-// are left out with a line on standard error. The directories above the base are trusted.
+// are left out. The directories above the base are trusted.
 class EntitlementTable final {
  public:
+  struct Program final {
+    std::shared_ptr<PropertyListDictionary> entitlements =
+        std::make_shared<PropertyListDictionary>();
+    // That name it, in the order in which they were read.
+    std::vector<std::filesystem::path> files;
+  };
+  // A file, directory or entry that was left out.
+  struct Ignored final {
+    std::filesystem::path path;
+    std::string reason;
+  };
+
   // Adds the files of `base`/`below` that end in ".plist", in the order of their names. A missing
   // directory adds none.
   void addDirectory(const std::filesystem::path& base, const std::filesystem::path& below,
@@ -32,14 +45,17 @@ class EntitlementTable final {
   // Whether a file was left out for a passing reason, such as a lack of memory or descriptors or a
   // disk error, which says nothing about its content.
   [[nodiscard]] bool isIncomplete() const { return incomplete; }
+  // By the paths of their executables.
+  [[nodiscard]] const std::map<std::string, Program, std::less<>>& all() const { return programs; }
+  [[nodiscard]] const std::vector<Ignored>& ignored() const { return leftOut; }
 
  private:
   void addFile(const TrustedDirectory& directory, const std::string& name,
                const std::filesystem::path& prefix);
   void leaveOut(const std::filesystem::path& path, const Error& error);
 
-  std::map<std::string, std::shared_ptr<PropertyListDictionary>, std::less<>>
-      entitlementsByExecutable;
+  std::map<std::string, Program, std::less<>> programs;
+  std::vector<Ignored> leftOut;
   bool incomplete = false;
 };
 

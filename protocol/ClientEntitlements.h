@@ -1,0 +1,19 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/foundation/PropertyList.h"
+
+// The entitlements of programs that the agent looks at.
+namespace quenlet {
+
+// Either of the two lets a program talk to the agent, if its value grants it.
+inline constexpr char ContactsEntitlement[] = "ovaro.private.contacts";
+inline constexpr char SuggestionsEntitlement[] = "ovaro.private.suggestions.contacts";
+// The bundles under which a program may donate, replace and remove; all without this one.
+inline constexpr char BundlesEntitlement[] = "org.quenlet.bundles";
+
+// Only `true` or a number other than zero grants; text and lists never do.
+[[nodiscard]] bool grants(const std::optional<PropertyList>& value);
+
+}  // namespace quenlet
