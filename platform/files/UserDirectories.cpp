@@ -56,7 +56,7 @@ std::optional<path> UserDirectories::chosenConfigurationDirectory() {
   return absolutePathInEnvironment("XDG_CONFIG_HOME");
 }
 
-Result<path> UserDirectories::runtimeDirectory(const path& login) {
+Result<path> UserDirectories::placeOfRuntimeDirectory(const path& login) {
   std::optional<path> directory = absolutePathInEnvironment("XDG_RUNTIME_DIR");
   if (!directory) directory = existing(login / std::to_string(::getuid()));
   if (!directory) {
@@ -68,10 +68,16 @@ Result<path> UserDirectories::runtimeDirectory(const path& login) {
     }
     directory = temporary / ("quenlet-" + std::to_string(::getuid()));
   }
-  if (ErrorPtr error = ensurePrivateDirectory(*directory, "the runtime directory")) {
+  return Result<path>::success(*std::move(directory));
+}
+
+Result<path> UserDirectories::runtimeDirectory(const path& login) {
+  Result<path> directory = placeOfRuntimeDirectory(login);
+  if (!directory.ok()) return directory;
+  if (ErrorPtr error = ensurePrivateDirectory(directory.value(), "the runtime directory")) {
     return Result<path>::failure(std::move(error));
   }
-  return Result<path>::success(*std::move(directory));
+  return directory;
 }
 
 Result<path> UserDirectories::expandTilde(const std::string& path) {
@@ -86,6 +92,10 @@ ErrorPtr UserDirectories::ensurePrivateDirectory(const path& directory, const st
   if (::mkdir(directory.c_str(), 0700) != 0 && errno != EEXIST) {
     return makePosixError(errno, "create " + name);
   }
+  return examinePrivateDirectory(directory, name);
+}
+
+ErrorPtr UserDirectories::examinePrivateDirectory(const path& directory, const std::string& name) {
   // lstat: a link planted by somebody else must not lead into another directory of the user's.
   struct stat status {};
   if (::lstat(directory.c_str(), &status) != 0) return makePosixError(errno, "inspect " + name);

@@ -30,6 +30,9 @@ class UserDirectories final {
   // agent.
   [[nodiscard]] static Result<std::filesystem::path> runtimeDirectory(
       const std::filesystem::path& login = "/run/user");
+  // The same place without a look at it, which makes none.
+  [[nodiscard]] static Result<std::filesystem::path> placeOfRuntimeDirectory(
+      const std::filesystem::path& login = "/run/user");
 
   // `path` with a leading "~" or "~/" replaced by the home directory; other paths as they are.
   [[nodiscard]] static Result<std::filesystem::path> expandTilde(const std::string& path);
@@ -39,6 +42,9 @@ class UserDirectories final {
   // others in. The error's text calls the directory `name`.
   [[nodiscard]] static ErrorPtr ensurePrivateDirectory(const std::filesystem::path& directory,
                                                        const std::string& name);
+  // The same error for a directory that is there; ENOENT for one that is not.
+  [[nodiscard]] static ErrorPtr examinePrivateDirectory(const std::filesystem::path& directory,
+                                                        const std::string& name);
 };
 
 }  // namespace quenlet
