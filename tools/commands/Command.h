@@ -19,6 +19,7 @@ using CommandPtr = std::unique_ptr<Command>;
 // In the order in which the help shows them.
 [[nodiscard]] CommandPtr makeDonateWord();
 [[nodiscard]] CommandPtr makeCardWord();
+[[nodiscard]] CommandPtr makeMeWord();
 [[nodiscard]] CommandPtr makeListWord();
 [[nodiscard]] CommandPtr makeWhyWord();
 [[nodiscard]] CommandPtr makeShowWord();

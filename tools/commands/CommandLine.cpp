@@ -31,8 +31,8 @@ constexpr char footer[] =
 // All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
-  const std::array<CommandPtr, 14> commands = {
-      makeDonateWord(),  makeCardWord(),        makeListWord(),       makeWhyWord(),
+  const std::array<CommandPtr, 15> commands = {
+      makeDonateWord(),  makeCardWord(), makeMeWord(), makeListWord(),       makeWhyWord(),
       makeShowWord(),    makeRemovalWords(),    makeRejectionWords(), makeUnrejectWords(),
       makeAccountWord(), makePreferenceWords(), makeFileWords(),      makeStatusWord(),
       makeStatsWord(),   makeWatchWord()};

@@ -42,8 +42,11 @@ std::size_t mistakes(const std::string& text, const std::string& word) {
 NamedWord findWord(const CLI::App& parser, const std::vector<std::string>& arguments) {
   NamedWord named{&parser, {}};
   for (const std::string& argument : arguments) {
+    const bool isOption = argument.starts_with('-');
+    // Those of the program take no values; those of a word may.
+    if (isOption && named.word == &parser) continue;
     const auto words = wordsBelow(*named.word);
-    if (words.empty() || argument.starts_with('-')) break;
+    if (words.empty() || isOption) break;
     const auto found = std::find_if(words.begin(), words.end(), [&](const CLI::App* word) {
       return word->get_name() == argument;
     });

@@ -18,16 +18,18 @@
 #include "platform/telephony/PropertyListDeviceInfo.h"
 #include "platform/telephony/PropertyListPhoneNumberMonitor.h"
 #include "tools/owner/DonationJournal.h"
+#include "tools/owner/OwnCardFile.h"
 
 namespace quenlet {
 namespace {
 
 using std::filesystem::path;
 
-// Whether a file of that name stands beside the file `name` on its account: a copy of a damaged
-// version, or one that was not finished.
+// Whether a file of that name stands beside the file `name` on its account: a copy of a damaged or
+// former version, or one that was not finished.
 bool isCompanion(std::string_view candidate, const std::string& name) {
   return candidate.starts_with(name + UserFiles::damagedMark) ||
+         candidate.starts_with(name + OwnCardFile::formerMark) ||
          candidate.starts_with("." + name + ".quenlet-");
 }
 
@@ -85,8 +87,9 @@ UserFiles::UserFiles(path home) : homeDirectory(std::move(home)) {
        ManifestDirectory::directoriesOf(prefix, homeDirectory)) {
     files.push_back({directory.path(), FileKeeper::system, "donor extensions"});
   }
-  for (const path& directory : {prefix / EntitlementDatabase::installedPath,
-                                path("/etc") / EntitlementDatabase::configuredPath}) {
+  for (const path& directory :
+       {prefix / EntitlementDatabase::installedPath,
+        path(EntitlementDatabase::systemConfiguration) / EntitlementDatabase::configuredPath}) {
     files.push_back({directory, FileKeeper::system, "which programs are served"});
   }
 }
