@@ -30,6 +30,8 @@ using CommandPtr = std::unique_ptr<Command>;
 [[nodiscard]] CommandPtr makePreferenceWords();
 [[nodiscard]] CommandPtr makeFileWords();
 [[nodiscard]] CommandPtr makeStatusWord();
+[[nodiscard]] CommandPtr makeClientsWord();
+[[nodiscard]] CommandPtr makeDoctorWord();
 [[nodiscard]] CommandPtr makeStatsWord();
 [[nodiscard]] CommandPtr makeWatchWord();
 

@@ -31,11 +31,12 @@ constexpr char footer[] =
 // All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
-  const std::array<CommandPtr, 15> commands = {
-      makeDonateWord(),  makeCardWord(), makeMeWord(), makeListWord(),       makeWhyWord(),
-      makeShowWord(),    makeRemovalWords(),    makeRejectionWords(), makeUnrejectWords(),
-      makeAccountWord(), makePreferenceWords(), makeFileWords(),      makeStatusWord(),
-      makeStatsWord(),   makeWatchWord()};
+  const std::array<CommandPtr, 17> commands = {
+      makeDonateWord(),    makeCardWord(),    makeMeWord(),          makeListWord(),
+      makeWhyWord(),       makeShowWord(),    makeRemovalWords(),    makeRejectionWords(),
+      makeUnrejectWords(), makeAccountWord(), makePreferenceWords(), makeFileWords(),
+      makeStatusWord(),    makeClientsWord(), makeDoctorWord(),      makeStatsWord(),
+      makeWatchWord()};
   ChosenAction chosen;
   bool isWide = false;
 

@@ -1,42 +1,136 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <tuple>
+#include <utility>
 
 #include "client/waitForReply.h"
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
+#include "tools/owner/OwnCard.h"
 #include "tools/owner/UserPreferences.h"
 #include "tools/presentation/TextTable.h"
+#include "tools/presentation/WholeCardPresenter.h"
 
 namespace quenlet {
 namespace {
 
-// "status": shows the preference, and whether an agent answers a request for its donations.
+constexpr double secondsInAWeek = 7 * 86400;
+
+struct Status final {
+  bool donationsEnabled = true;
+  // Set when an agent answered with its donations.
+  std::optional<std::size_t> donationCount;
+  // How many of them expire within a week.
+  std::size_t expiringSoon = 0;
+  OwnCard ownCard;
+  // Why the count is missing: no agent, no answer in time, or a refusal.
+  ErrorPtr error;
+
+  [[nodiscard]] bool agentAnswers() const { return !error || !isNoAnswer(*error); }
+  [[nodiscard]] const char* wordForAgent() const {
+    if (agentAnswers()) return "answers";
+    return isNoAgent(*error) ? "none" : "does not answer";
+  }
+};
+
+std::size_t countExpiring(const DonationValues& values, Date before) {
+  return static_cast<std::size_t>(std::count_if(
+      values.begin(), values.end(),
+      [&](const DonationValuePtr& value) { return value->expirationDate() < before; }));
+}
+
+Result<Status> readStatus(Session& session) {
+  using Read = Result<Status>;
+  const auto user = UserPreferences::open();
+  if (!user.ok()) return Read::failure(user.error());
+  Result<OwnCard> ownCard = OwnCard::read();
+  if (!ownCard.ok()) return Read::failure(ownCard.error());
+  Status status;
+  status.donationsEnabled = user.value()->preferences().isDonationsEnabled();
+  status.ownCard = std::move(ownCard).takeValue();
+  const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
+      [&](DonationsReply reply) { session.agent.meCardDonations(std::move(reply)); });
+  status.error = error;
+  if (values) {
+    status.donationCount = values->size();
+    status.expiringSoon = countExpiring(*values, session.now.addingSeconds(secondsInAWeek));
+  }
+  return Read::success(std::move(status));
+}
+
+void addOwnCard(TextTable& table, const OwnCard& card) {
+  if (card.fault) {
+    table.addRow({"Own card", "not read: " + card.fault->debugDescription()});
+  } else if (!card.contact) {
+    table.addRow({"Own card", "none; quenlet me set FILE puts one in place"});
+  } else {
+    table.addRow({"Own card", card.skipped.empty() ? "read" : "read, but for some lines:"});
+  }
+  for (const SkippedEntry& fault : card.skipped) {
+    table.addRow({"", WholeCardPresenter::textOf(fault)});
+  }
+}
+
+void writeText(std::ostream& out, const Status& status, const Screen& screen) {
+  TextTable table;
+  table.addRow({"Preference", status.donationsEnabled ? "enabled" : "disabled"});
+  table.addRow({"Agent", status.wordForAgent()});
+  if (status.donationCount) table.addRow({"Donations", std::to_string(*status.donationCount)});
+  if (status.expiringSoon > 0) {
+    table.addRow({"Expiring", std::to_string(status.expiringSoon) + " within a week"});
+  }
+  if (status.error && status.agentAnswers()) {
+    table.addRow({"Refusal", status.error->description()});
+  }
+  addOwnCard(table, status.ownCard);
+  table.write(out, screen);
+}
+
+void writeError(JSONWriter& json, const Error& error) {
+  json.key("error").beginObject();
+  json.key("domain").value(error.domain()).key("code").value(error.code());
+  json.key("description").value(error.debugDescription()).endObject();
+}
+
+void writeOwnCard(JSONWriter& json, const OwnCard& card) {
+  json.key("ownCard").beginObject();
+  json.key("isRead").value(card.contact != nullptr);
+  if (card.fault) writeError(json, *card.fault);
+  json.key("faults").beginArray();
+  for (const SkippedEntry& fault : card.skipped) {
+    json.beginObject().key("line").value(static_cast<std::int64_t>(fault.line));
+    json.key("property").value(fault.property).endObject();
+  }
+  json.endArray().endObject();
+}
+
+void writeJSON(std::ostream& out, const Status& status) {
+  JSONWriter json;
+  json.beginObject();
+  json.key("donationsEnabled").value(status.donationsEnabled);
+  json.key("agentAnswers").value(status.agentAnswers());
+  if (status.donationCount) {
+    json.key("donationCount").value(static_cast<std::int64_t>(*status.donationCount));
+    json.key("expiringWithinAWeek").value(static_cast<std::int64_t>(status.expiringSoon));
+  }
+  if (status.error) writeError(json, *status.error);
+  writeOwnCard(json, status.ownCard);
+  out << json.endObject().text() << "\n";
+}
+
+// "status": shows the preference, whether an agent answers a request for its donations, and what
+// the owner may want to see to.
 class StatusWord final : public Command {
  public:
-  struct Status final {
-    bool donationsEnabled = true;
-    // Set when an agent answered with its donations.
-    std::optional<std::size_t> donationCount;
-    // Why the count is missing: no agent, no answer in time, or a refusal.
-    ErrorPtr error;
-
-    [[nodiscard]] bool agentAnswers() const;
-  };
-
   void addTo(CLI::App& app, ChosenAction& chosen) override;
-
-  static void writeText(std::ostream& out, const Status& status);
-  static void writeJSON(std::ostream& out, const Status& status);
 
  private:
   [[nodiscard]] ExitCode run(Session& session) const;
 
   bool asJSON = false;
 };
-
-bool StatusWord::Status::agentAnswers() const { return !error || !isNoAnswer(*error); }
 
 void StatusWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("status", "Show the preference and whether an agent answers");
@@ -46,52 +140,17 @@ void StatusWord::addTo(CLI::App& app, ChosenAction& chosen) {
 }
 
 ExitCode StatusWord::run(Session& session) const {
-  const auto user = UserPreferences::open();
-  if (!user.ok()) return session.failWith(user.error());
-  Status status;
-  status.donationsEnabled = user.value()->preferences().isDonationsEnabled();
-  const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
-      [&](DonationsReply reply) { session.agent.meCardDonations(std::move(reply)); });
-  status.error = error;
-  if (values) status.donationCount = values->size();
-  (asJSON ? writeJSON : writeText)(session.out, status);
+  const Result<Status> read = readStatus(session);
+  if (!read.ok()) return session.failWith(read.error());
+  const Status& status = read.value();
+  if (asJSON) {
+    writeJSON(session.out, status);
+  } else {
+    writeText(session.out, status, session.screen);
+    session.out << std::flush;
+    if (status.error) session.hintAt(*status.error);
+  }
   return status.agentAnswers() ? ExitCode::done : ExitCode::noAgent;
-}
-
-namespace {
-
-const char* wordFor(const StatusWord::Status& status) {
-  if (status.agentAnswers()) return "answers";
-  return isNoAgent(*status.error) ? "none" : "does not answer";
-}
-
-}  // namespace
-
-void StatusWord::writeText(std::ostream& out, const Status& status) {
-  TextTable table;
-  table.addRow({"Preference", status.donationsEnabled ? "enabled" : "disabled"});
-  table.addRow({"Agent", wordFor(status)});
-  if (status.donationCount) table.addRow({"Donations", std::to_string(*status.donationCount)});
-  if (status.error && status.agentAnswers()) {
-    table.addRow({"Refusal", status.error->description()});
-  }
-  table.write(out);
-}
-
-void StatusWord::writeJSON(std::ostream& out, const Status& status) {
-  JSONWriter json;
-  json.beginObject();
-  json.key("donationsEnabled").value(status.donationsEnabled);
-  json.key("agentAnswers").value(status.agentAnswers());
-  if (status.donationCount) {
-    json.key("donationCount").value(static_cast<std::int64_t>(*status.donationCount));
-  }
-  if (status.error) {
-    json.key("error").beginObject();
-    json.key("domain").value(status.error->domain()).key("code").value(status.error->code());
-    json.key("description").value(status.error->debugDescription()).endObject();
-  }
-  out << json.endObject().text() << "\n";
 }
 
 }  // namespace

@@ -130,14 +130,15 @@ TEST_F(CommandLineTest, ListsSomeOfTheDonationsAndSaysWhenNoneIsLikeThat) {
 
 TEST_F(CommandLineTest, TellsThePreferenceAndWhetherAnAgentAnswers) {
   const std::tuple<ErrorPtr, int, const char*, const char*> rows[] = {
-      {nullptr, 0, "answers\nDonations   1\n", R"("agentAnswers":true,"donationCount":1})"},
+      {nullptr, 0, "answers\nDonations   1\nExpiring    1 within a week\n",
+       R"("agentAnswers":true,"donationCount":1,"expiringWithinAWeek":1)"},
       {makeError("domain", 7, "not \x1B[2J"), 0,
        "answers\nRefusal     domain 7: not \xEF\xBF\xBD[2J\n",
-       R"("agentAnswers":true,"error":{"domain":"domain","code":7,"description":"not \u001b[2J"}})"},
+       R"("agentAnswers":true,"error":{"domain":"domain","code":7,"description":"not \u001b[2J"})"},
       {makeServiceError(ServiceErrorCode::noService, "a"), 3, "none\n",
-       R"("agentAnswers":false,"error":{"domain":"ovaro.quenlet.service-error","code":1,"description":"a"}})"},
+       R"("agentAnswers":false,"error":{"domain":"ovaro.quenlet.service-error","code":1,"description":"a"})"},
       {makeServiceError(ServiceErrorCode::timedOut, "b"), 3, "does not answer\n",
-       R"("agentAnswers":false,"error":{"domain":"ovaro.quenlet.service-error","code":11,"description":"b"}})"},
+       R"("agentAnswers":false,"error":{"domain":"ovaro.quenlet.service-error","code":11,"description":"b"})"},
   };
   for (const bool enabled : {true, false}) {
     EXPECT_EQ(run(enabled ? "enable" : "disable --yes"), 0);
@@ -145,10 +146,11 @@ TEST_F(CommandLineTest, TellsThePreferenceAndWhetherAnAgentAnswers) {
       agent.setError(error);
       EXPECT_EQ(run("status"), code);
       EXPECT_EQ(out.str(), std::string("Preference  ") + (enabled ? "enabled" : "disabled") +
-                               "\nAgent       " + text);
+                               "\nAgent       " + text +
+                               "Own card    none; quenlet me set FILE puts one in place\n");
       EXPECT_EQ(run("status --json"), code);
       EXPECT_EQ(out.str(), std::string("{\"donationsEnabled\":") + (enabled ? "true" : "false") +
-                               "," + json + "\n");
+                               "," + json + R"(,"ownCard":{"isRead":false,"faults":[]}})" + "\n");
       EXPECT_EQ(err.str(), "");
     }
   }
@@ -164,7 +166,7 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
   const std::pair<const char*, const char*> slips[] = {
       {"lsit", "there is no word lsit\nhint: did you mean list?\n"},
       {"sta", "there is no word sta\nhint: did you mean status or stats?\n"},
-      {"account ad", "there is no word ad\nhint: did you mean add?\n"},
+      {"--wide account ad", "there is no word ad\nhint: did you mean add?\n"},
       {"help cart", "there is no word cart\nhint: did you mean card?\n"},
       {"entirely", "there is no word entirely\nhint: quenlet --help\n"},
       {"account add", "hint: quenlet account add --help\n"},

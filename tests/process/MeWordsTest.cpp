@@ -1,0 +1,167 @@
+#include <sys/stat.h>
+
+#include "tests/process/ProcessTest.h"
+
+namespace quenlet {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr char picture[] = "PHOTO;ENCODING=b:R0lGODlhAQABAAAAADs=";
+
+class MeWordsTest : public ProcessTest {
+ protected:
+  struct Row final {
+    std::vector<std::string> words;
+    int code;
+    // In the output and the errors.
+    std::vector<std::string> said;
+  };
+  void expect(const std::vector<Row>& rows) {
+    for (const auto& [words, code, said] : rows) {
+      const Ran ran = quenlet(words);
+      std::string shown;
+      for (const std::string& word : words) shown += word + " ";
+      EXPECT_EQ(ran.code, code) << shown << ran.out << ran.err;
+      for (const std::string& text : said) EXPECT_THAT(ran.out + ran.err, HasSubstr(text)) << shown;
+    }
+  }
+  // Puts a command of that name in front of the system's, which writes `text`.
+  void replaceSystemctl(const std::string& text) {
+    const auto directory = temporary / "commands";
+    writeFile(directory / "systemctl", "#!/bin/sh\necho " + text + "\n", 0700);
+    ::setenv("PATH", (directory.native() + ":/usr/bin:/bin").c_str(), 1);
+  }
+
+  const std::filesystem::path own = temporary / "own.vcf";
+};
+
+TEST_F(MeWordsTest, TellsSoonThatTheAgentHangsWhateverTheWord) {
+  writeFile(own, cardText("Anna Berg", {"EMAIL:anna@example.org"}));
+  startAgent();
+  agent->signal(SIGSTOP);
+  const std::vector<Row> rows = {
+      {{"card"}, 3, {"service-error 11", "hint: systemctl --user restart quenlet-agent\n"}},
+      {{"list"}, 3, {"did not answer within 5 seconds"}},
+      {{"status"}, 3, {"Agent       does not answer\n", "hint: "}},
+      {{"status", "--json"}, 3, {"\"agentAnswers\":false"}},
+      {{"me"}, 3, {"service-error 11"}},
+      {{"donate", own, "--bundle", "com.example.mail"}, 3, {"service-error 11"}},
+      {{"remove", "id"}, 3, {"service-error 11"}},
+      {{"forget", "com.example.mail"}, 3, {"service-error 11"}},
+      {{"reject", "id"}, 3, {"service-error 11"}},
+      {{"reject-cluster", "id"}, 3, {"service-error 11"}},
+      {{"account", "add", "--id", "id"}, 3, {"service-error 11"}},
+      {{"doctor"}, 1, {"NOT WELL  agent", "do: systemctl --user restart quenlet-agent\n"}},
+  };
+  const auto begin = std::chrono::steady_clock::now();
+  std::vector<std::unique_ptr<ChildProcess>> running;
+  for (const Row& row : rows) {
+    std::vector<std::string> command = row.words;
+    command.insert(command.begin(), bin / "quenlet");
+    running.push_back(start(std::move(command)));
+  }
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    EXPECT_EQ(running[i]->wait(), rows[i].code) << rows[i].words.front() << running[i]->err();
+    for (const std::string& text : rows[i].said) EXPECT_TRUE(running[i]->says(text)) << text;
+  }
+  // All at once, on a machine that may be busy, and far from the limit of a later answer.
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(12));
+  agent->signal(SIGCONT);
+  EXPECT_EQ(quenlet({"list"}).code, 0);
+}
+
+TEST_F(MeWordsTest, PutsAnOwnCardInPlaceAndShowsItBeforeWhatWasDonated) {
+  const auto two = temporary / "two.vcf";
+  const auto club = temporary / "club.vcf";
+  const auto image = temporary / "me.gif";
+  writeFile(own, cardText("Anna Berg", {"EMAIL;TYPE=home:anna@example.org", "TEL:none", picture}));
+  writeFile(two, cardText("Anna Berg", {}) + cardText("Bo Berg", {}));
+  writeFile(club, cardText("Chess", {"KIND:org"}));
+  expect({
+      {{"me", "set", own},
+       0,
+       {"now this one: Anna Berg\n", "line 5: TEL without a usable value\n"}},
+      {{"me", "set", own}, 0, {"This is your own card already: Anna Berg\n"}},
+      {{"me", "set", two}, 1, {"two.vcf: it holds 2 cards; your own is one\n"}},
+      {{"me", "set", club}, 1, {"club.vcf: "}},
+      {{"me", "set", temporary / "none"}, 1, {"posix-error 2"}},
+      {{"me", "sit"}, 2, {"hint: did you mean set?\n"}},
+      {{"me", "--get", "email"}, 0, {"anna@example.org\n"}},
+      {{"me", "--get", "phone"}, 3, {"hint: no agent runs"}},
+      {{"me", "--image", image}, 0, {"Wrote 14 bytes, GIF, to "}},
+      {{"me", "--image", image}, 1, {"posix-error 17", "hint: --force replaces it\n"}},
+      {{"me"}, 3, {"Image   14 bytes, GIF", "hint: no agent runs"}},
+  });
+  EXPECT_EQ(readFile(ownersCard), readFile(own));
+  EXPECT_EQ(std::filesystem::status(image).permissions(), std::filesystem::perms(0600));
+  startAgent();
+  EXPECT_EQ(donate("com.example.mail", "Anna Berg",
+                   {"EMAIL;TYPE=work:berg@example.org", "EMAIL:anna@example.org"})
+                .code,
+            0);
+  writeFile(image, "other");
+  expect({
+      {{"me"},
+       0,
+       {"Name    Anna Berg               own card\n", "E-mail  anna@example.org  home  own card\n",
+        "        berg@example.org  work  from com.example.mail  until "}},
+      {{"me", "--format", "json"},
+       0,
+       {R"("value":"anna@example.org","label":"home","source":"own card"})",
+        R"("value":"berg@example.org","label":"work","source":"donated","origin":{"bundle)"}},
+      {{"me", "--format", "vcard"},
+       0,
+       {"EMAIL;TYPE=home:anna@example.org\r\nEMAIL;TYPE=work:berg@"}},
+      {{"me", "--get", "phone"}, 1, {"there is no phone\n"}},
+      {{"me", "--get", "name", "--format", "json"}, 2, {"usage 2"}},
+      {{"me", "--image", image, "--force"}, 0, {"GIF"}},
+      {{"status"}, 0, {"Donations   3\n", "line 5: TEL without a usable value\n"}},
+  });
+  EXPECT_EQ(readFile(image).size(), 14U);
+  const std::string former = readFile(own);
+  writeFile(own, cardText("Berta Berg", {}));
+  expect(
+      {{{"me", "set", own}, 0, {"The former one is kept: " + ownersCard.native() + ".former-1\n"}},
+       {{"me", "--get", "name"}, 0, {"Berta Berg\n"}}});
+  EXPECT_EQ(readFile(ownersCard.native() + ".former-1"), former);
+  disableDonations();
+  expect({{{"me"}, 1, {"Berta Berg", "hint: donations are off; turn them on: quenlet enable\n"}}});
+}
+
+TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
+  replaceSystemctl("enabled");
+  std::filesystem::create_directories(home);
+  ::setenv("XDG_RUNTIME_DIR", (temporary / "none").c_str(), 1);
+  expect({{{"doctor"},
+           1,
+           {"NOT WELL  agent        no agent runs\n", "well      files        0 files"}}});
+  EXPECT_TRUE(std::filesystem::is_empty(home));
+  EXPECT_FALSE(std::filesystem::exists(temporary / "none"));
+  ::setenv("XDG_RUNTIME_DIR", temporary.path().c_str(), 1);
+  startAgent();
+  EXPECT_EQ(donate("com.example.mail", "Anna Berg", {}).code, 0);
+  EXPECT_TRUE(eventually([this] { return std::filesystem::exists(donationsFile); }));
+  const Ran sound = quenlet({"doctor"});
+  EXPECT_EQ(sound.code, 0) << sound.out;
+  EXPECT_THAT(sound.out, AllOf(HasSubstr("answers, with 1 donations"), Not(HasSubstr("NOT"))));
+
+  std::filesystem::permissions(donationsFile, std::filesystem::perms(0644));
+  mayRemark = true;  // of the card
+  writeFile(ownersCard, "no card");
+  replaceSystemctl("masked");
+  expect({{{"doctor", "--wide"},
+           1,
+           {"donations.plist is open to others\n", "do: chmod go= " + donationsFile.native(),
+            "NOT WELL  own card", "NOT WELL  unit", "do: systemctl --user unmask quenlet-agent\n",
+            "well      agent"}},
+          {{"doctor", "--json"}, 1, {R"({"check":"own card","well":false,"found":)"}}});
+  expect(
+      {{{"clients", "--wide"}, 0, {(bin / "quenlet").native() + "  ", "  all         served  "}},
+       {{"clients", "--json"}, 0, {(bin / "quenlet").native() + "\",\"served\":true,\"files\""}}});
+}
+
+}  // namespace
+}  // namespace quenlet

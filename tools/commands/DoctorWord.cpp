@@ -1,0 +1,74 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/foundation/JSONWriter.h"
+#include "tools/commands/Command.h"
+#include "tools/owner/HealthChecks.h"
+#include "tools/presentation/TextTable.h"
+
+namespace quenlet {
+namespace {
+
+using Findings = std::vector<std::pair<const char*, Finding>>;
+
+void writeText(std::ostream& out, const Findings& findings, const Screen& screen) {
+  TextTable table({TextTable::Column("", TextTable::Fit::whole),
+                   TextTable::Column("", TextTable::Fit::whole), ""});
+  for (const auto& [name, finding] : findings) {
+    table.addRow({finding.isWell ? "well" : "NOT WELL", name, finding.text});
+    for (const std::string& advice : finding.advice) table.addRow({"", "", "do: " + advice});
+  }
+  table.write(out, screen);
+}
+
+void writeJSON(std::ostream& out, const Findings& findings) {
+  JSONWriter json;
+  json.beginArray();
+  for (const auto& [name, finding] : findings) {
+    json.beginObject().key("check").value(name).key("well").value(finding.isWell);
+    json.key("found").value(finding.text).key("advice").beginArray();
+    for (const std::string& advice : finding.advice) json.value(advice);
+    json.endArray().endObject();
+  }
+  out << json.endArray().text() << "\n";
+}
+
+// "doctor": looks at all that the agent and its command need.
+class DoctorWord final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] ExitCode run(Session& session) const;
+
+  bool asJSON = false;
+};
+
+void DoctorWord::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* word = app.add_subcommand("doctor", "Look whether all is well, and say what to do");
+  word->add_flag("--json", asJSON, "As JSON, for programs");
+  word->footer("Changes nothing. Ends with 0 when all is well, with 1 otherwise.");
+  word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
+}
+
+ExitCode DoctorWord::run(Session& session) const {
+  Findings findings;
+  for (const auto& [name, look] : healthChecks()) findings.emplace_back(name, look(session.agent));
+  if (asJSON) {
+    writeJSON(session.out, findings);
+  } else {
+    writeText(session.out, findings, session.screen);
+  }
+  const bool isAllWell = std::all_of(findings.begin(), findings.end(),
+                                     [](const auto& found) { return found.second.isWell; });
+  return isAllWell ? ExitCode::done : ExitCode::refused;
+}
+
+}  // namespace
+
+CommandPtr makeDoctorWord() { return std::make_unique<DoctorWord>(); }
+
+}  // namespace quenlet
