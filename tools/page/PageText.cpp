@@ -12,16 +12,6 @@ constexpr std::size_t mostColumnsOfText = 300;
 
 }  // namespace
 
-std::string numberText(std::size_t number) {
-  std::string text = std::to_string(number);
-  for (std::size_t place = text.size(); place > 3; place -= 3) text.insert(place - 3, ",");
-  return text;
-}
-
-std::string counted(std::size_t count, const std::string& noun) {
-  return numberText(count) + " " + noun + (count == 1 ? "" : "s");
-}
-
 std::string monthText(const std::string& month) {
   constexpr std::array names = {"January",   "February", "March",    "April",
                                 "May",       "June",     "July",     "August",

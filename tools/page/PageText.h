@@ -5,6 +5,7 @@
 
 #include "tools/page/HTMLWriter.h"
 #include "tools/page/PageContent.h"
+#include "tools/presentation/Wording.h"
 
 // What several sections of the page write. Pure functions besides their output.
 namespace quenlet {
@@ -12,9 +13,6 @@ namespace quenlet {
 // A list shows no more rows than this: a page of any more is of no use to people.
 inline constexpr std::size_t mostRows = 500;
 
-// "1 donation", "3,000 donations".
-[[nodiscard]] std::string counted(std::size_t count, const std::string& noun);
-[[nodiscard]] std::string numberText(std::size_t number);
 // "November 2026" for "2026-11".
 [[nodiscard]] std::string monthText(const std::string& month);
 

@@ -30,8 +30,14 @@ struct Phrase final {
 
 }  // namespace
 
+std::string numberText(std::size_t number) {
+  std::string text = std::to_string(number);
+  for (std::size_t place = text.size(); place > 3; place -= 3) text.insert(place - 3, ",");
+  return text;
+}
+
 std::string counted(std::size_t number, const std::string& noun) {
-  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
+  return numberText(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
 std::string enumerated(const std::vector<std::string>& words) {

@@ -9,7 +9,9 @@
 // Parts of sentences for people; not made safe for a terminal. Pure functions.
 namespace quenlet {
 
-// "1 donation", "3 donations".
+// "3", "3,000".
+[[nodiscard]] std::string numberText(std::size_t number);
+// "1 donation", "3,000 donations".
 [[nodiscard]] std::string counted(std::size_t number, const std::string& noun);
 // "a", "a and b", "a, b and c", "a, b, c and 4 more".
 [[nodiscard]] std::string enumerated(const std::vector<std::string>& words);
