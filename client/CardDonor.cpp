@@ -1,22 +1,13 @@
 #include "client/CardDonor.h"
 
-#include <set>
-#include <string_view>
-
 #include "client/Conversion.h"
 
 namespace quenlet {
 
-void CardDonor::addFile(const std::vector<VCard>& cards, const std::string& fileName) {
+void CardDonor::addFile(const std::vector<VCard>& cards, const std::string& file) {
   for (const VCard& card : cards) {
-    addCard(card.contact, DonationIdentifier(terms.bundleIdentifier, card, fileName));
+    addCard(card.contact, DonationIdentifier(terms.bundleIdentifier, card, file, pseudonyms));
   }
-}
-
-std::size_t CardDonor::countRepeated() const {
-  std::set<std::string_view> identifiers;
-  for (const Donation& donation : donations) identifiers.insert(donation.donationIdentifier);
-  return donations.size() - identifiers.size();
 }
 
 void CardDonor::addCard(const Contact& card, const DonationIdentifier& identifier) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,12 +15,11 @@ namespace quenlet {
 // numbers, postal addresses and the image. One thread.
 class CardDonor final {
  public:
-  explicit CardDonor(DonationTerms donationTerms) : terms(std::move(donationTerms)) {}
+  CardDonor(DonationTerms donationTerms, const Pseudonyms& pseudonymsForIdentifiers)
+      : terms(std::move(donationTerms)), pseudonyms(pseudonymsForIdentifiers) {}
 
-  // `fileName` identifies cards without a UID.
-  void addFile(const std::vector<VCard>& cards, const std::string& fileName);
-  // The number of donations that will replace an earlier one with the same identifier.
-  [[nodiscard]] std::size_t countRepeated() const;
+  // `file`, such as its path, identifies cards without a UID.
+  void addFile(const std::vector<VCard>& cards, const std::string& file);
   [[nodiscard]] std::vector<Donation> takeDonations() && { return std::move(donations); }
 
  private:
@@ -29,6 +27,7 @@ class CardDonor final {
   void add(decltype(Donation::content) content, std::string donationIdentifier);
 
   const DonationTerms terms;
+  const Pseudonyms pseudonyms;
   std::vector<Donation> donations;
 };
 

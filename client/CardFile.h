@@ -12,8 +12,8 @@ class CardFile final {
   CardFile() = delete;
 
   [[nodiscard]] static std::string nameOf(const std::string& path);
-  // The cards that can be read, and the errors for those that cannot. An error if the file
-  // holds no card or cannot be read. All errors name the file.
+  // The cards that can be read, if any, and the errors for those that cannot. An error if the file
+  // cannot be read. All errors name the file.
   [[nodiscard]] static Result<VCards> read(const std::string& path);
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -10,14 +10,18 @@ namespace quenlet {
 
 // Stands in for texts that may be personal, such as a file's path or a card's UID, where they must
 // not show: in identifiers, which reach the agent's log. The same text always gets the same
-// pseudonym, of sixteen hexadecimal digits. Under a secret key nobody can find the text by trying
+// pseudonym, of twelve hexadecimal digits. Under a secret key nobody can find the text by trying
 // candidates. Immutable.
 class Pseudonyms final {
  public:
-  Pseudonyms(std::uint64_t firstHalfOfKey, std::uint64_t secondHalfOfKey)
-      : digest(firstHalfOfKey, secondHalfOfKey) {}
+  static constexpr std::size_t keySizeInBytes = 16;
+
+  // Under a key of that size.
+  explicit Pseudonyms(const std::string& key);
   // Under a key that everybody knows, for programs that keep none.
-  [[nodiscard]] static Pseudonyms withoutSecret() { return {0, 0}; }
+  [[nodiscard]] static Pseudonyms withoutSecret() {
+    return Pseudonyms(std::string(keySizeInBytes, '\0'));
+  }
 
   [[nodiscard]] std::string of(std::string_view text) const;
 

@@ -11,9 +11,10 @@ Result<VCardDonations> readVCards(const std::string& path, const DonationTerms& 
   Result<VCards> read = CardFile::read(path);
   if (!read.ok()) return Result<VCardDonations>::failure(read.error());
   VCards file = std::move(read).takeValue();
+  if (file.cards.empty()) return Result<VCardDonations>::failure(file.failures.front());
   VCardDonations found;
   for (const VCard& card : file.cards) found.skippedEntries += card.skippedEntries;
-  CardDonor donor(terms);
+  CardDonor donor(terms, Pseudonyms::withoutSecret());
   donor.addFile(file.cards, CardFile::nameOf(path));
   found.donations = std::move(donor).takeDonations();
   found.failures = std::move(file.failures);

@@ -71,6 +71,14 @@ Result<std::vector<path>> accountFilesIn(const path& directory) {
   return Result<std::vector<path>>::success(std::move(files));
 }
 
+Result<std::string> bytesOf(PropertyListDictionary entries, const path& file) {
+  Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(entries));
+  if (!bytes.ok() || bytes.value().size() <= PropertyListAccountStore::maximumFileSizeInBytes) {
+    return bytes;
+  }
+  return Result<std::string>::failure(makePosixError(EFBIG, "write " + file.filename().string()));
+}
+
 }  // namespace
 
 ErrorPtr makeAccountError(AccountErrorCode code, std::string sentence) {
@@ -113,21 +121,13 @@ Result<AccountPtr> PropertyListAccountStore::accountWithIdentifier(const std::st
 }
 
 ErrorPtr PropertyListAccountStore::save(const Account& account) {
-  if (ErrorPtr error = problemOfIdentifier(account.identifier)) return error;
+  if (ErrorPtr error = problemOfAccount(account)) return error;
   const path file = fileOf(account.identifier);
   PropertyListDictionary entries = account.propertyListRepresentation();
-  if (countOfValues(entries) > Account::maximumValues) {
-    return makeAccountError(
-        AccountErrorCode::tooManyValues,
-        "an account has " + std::to_string(Account::maximumValues) + " values at most");
-  }
   // merge() keeps the account's own entries where both have a key.
   entries.merge(foreignEntriesOf(file));
-  Result<std::string> bytes = PropertyListSerializer::dataWithObject(std::move(entries));
+  Result<std::string> bytes = bytesOf(std::move(entries), file);
   if (!bytes.ok()) return bytes.error();
-  if (bytes.value().size() > maximumFileSizeInBytes) {
-    return makePosixError(EFBIG, "write " + file.filename().string());
-  }
   const Future<bool> written =
       dataProxy->writeData(std::move(bytes).takeValue(), file, WritingOptions::atomic);
   const Result<bool>& outcome = written.result();
@@ -167,6 +167,18 @@ ErrorPtr PropertyListAccountStore::problemOfIdentifier(const std::string& identi
       AccountErrorCode::unusableIdentifier,
       "an account's identifier has 1 to " + std::to_string(maximumIdentifierSizeInBytes) +
           " bytes of UTF-8, no slashes or control characters, and no dot in front");
+}
+
+ErrorPtr PropertyListAccountStore::problemOfAccount(const Account& account) {
+  if (ErrorPtr error = problemOfIdentifier(account.identifier)) return error;
+  PropertyListDictionary entries = account.propertyListRepresentation();
+  if (countOfValues(entries) > Account::maximumValues) {
+    return makeAccountError(
+        AccountErrorCode::tooManyValues,
+        "an account has " + std::to_string(Account::maximumValues) + " values at most");
+  }
+  const auto bytes = bytesOf(std::move(entries), account.identifier + std::string(fileSuffix));
+  return bytes.ok() ? nullptr : bytes.error();
 }
 
 path PropertyListAccountStore::fileOf(const std::string& identifier) const {

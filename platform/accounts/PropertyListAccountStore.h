@@ -70,6 +70,8 @@ class PropertyListAccountStore final
   // Null for an identifier that can be a file name: valid UTF-8 of up to
   // `maximumIdentifierSizeInBytes`, without slashes, control characters or a leading dot.
   [[nodiscard]] static ErrorPtr problemOfIdentifier(const std::string& identifier);
+  // Null for an account that save() takes, unless the file that it replaces has too much besides.
+  [[nodiscard]] static ErrorPtr problemOfAccount(const Account& account);
 
  private:
   [[nodiscard]] std::filesystem::path fileOf(const std::string& identifier) const;

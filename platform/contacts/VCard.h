@@ -23,6 +23,7 @@ struct SkippedEntry final {
 struct VCard final {
   std::string uid = {};            // empty when the card has none
   std::string formattedName = {};  // FN, empty when the card has none
+  std::string kind = {};           // KIND in lower case, empty when the card has none
   Contact contact = {};            // N (else FN, split), NICKNAME, EMAIL, TEL, ADR, PHOTO
   std::size_t place = 1;           // among all cards of its text, unreadable ones included
   // Entries skipped for want of a usable value: a TEL without a plausible number, an EMAIL without

@@ -143,8 +143,8 @@ bool VCardBuilder::addVersion(const VCardProperty& property) {
 }
 
 bool VCardBuilder::addKind(const VCardProperty& property) {
-  const std::string kind = lowercased(textOf(property));
-  if (kind == "org" || kind == "group" || kind == "location") {
+  card.kind = lowercased(textOf(property));
+  if (card.kind == "org" || card.kind == "group" || card.kind == "location") {
     setFailure(ContactErrorCode::notAPerson, "a card of an organisation, a group or a place");
   }
   return true;

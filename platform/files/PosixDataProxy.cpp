@@ -26,7 +26,8 @@ using std::filesystem::path;
 
 constexpr std::string_view cacheTagSignature = "Signature: 8a477f597d28d172789f06886806bc55";
 constexpr std::string_view cacheTagExplanation =
-    "\n# What is kept here can be made again; backups leave it out.\n";
+    "\n# Backups leave this directory out. \"quenlet export\" writes what is kept here to a "
+    "file.\n";
 
 FileOperations& systemOperations() {
   static PosixFileOperations operations;

@@ -143,6 +143,13 @@ TEST(VCardReaderTest, SkipsAndCountsBadLinesWithoutLosingTheCard) {
   const VCard many = parseVCards(card(withLineEnds(std::string(1'002, '\n'), "TEL:11\n"))).cards[0];
   EXPECT_EQ(many.contact.phoneNumbers().size(), 1'000U);
   EXPECT_EQ(many.skippedEntries, 2U);
+  const VCard bad =
+      parseVCards(card("words\nFN:Ann\ntel:no" + withLineEnds(std::string(200, '\n'), "\nTEL:?")))
+          .cards[0];
+  EXPECT_EQ(bad.skippedEntries, 202U);
+  ASSERT_EQ(bad.skipped.size(), 100U);
+  EXPECT_EQ(bad.skipped[0], (SkippedEntry{"", 3}));
+  EXPECT_EQ(bad.skipped[1], (SkippedEntry{"TEL", 5}));
 }
 
 TEST(VCardReaderTest, ReadsTheOldVersionAsPhonesWriteIt) {
