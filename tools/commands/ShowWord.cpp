@@ -5,7 +5,7 @@
 #include "platform/files/PosixFileOperations.h"
 #include "tools/commands/Command.h"
 #include "tools/owner/AgentDonations.h"
-#include "tools/owner/Rejections.h"
+#include "tools/owner/OwnersDecisions.h"
 #include "tools/page/OwnerPage.h"
 #include "tools/page/PrivatePage.h"
 #include "tools/presentation/TerminalText.h"
@@ -50,7 +50,7 @@ Result<std::string> ShowWord::makePage(const Session& session) {
   if (!donations.ok()) return Page::failure(donations.error());
   const Result<OwnCard> own = OwnCard::read();
   if (!own.ok()) return Page::failure(own.error());
-  const Result<Rejections> rejections = Rejections::open();
+  const Result<OwnersDecisions> rejections = OwnersDecisions::open();
   if (!rejections.ok()) return Page::failure(rejections.error());
   Result<std::vector<FeedbackDecision>> decisions = rejections.value().all();
   if (!decisions.ok()) return Page::failure(decisions.error());

@@ -5,7 +5,7 @@
 
 #include "client/waitForReply.h"
 #include "tools/owner/DonationJournal.h"
-#include "tools/owner/Rejections.h"
+#include "tools/owner/OwnersDecisions.h"
 #include "tools/owner/UserPreferences.h"
 
 namespace quenlet {
@@ -37,7 +37,7 @@ Result<OwnersValues> OwnersValues::read(CorvelProtocol& agent, Date now) {
   using Read = Result<OwnersValues>;
   const auto user = UserPreferences::open();
   if (!user.ok()) return Read::failure(user.error());
-  const Result<Rejections> rejections = Rejections::open();
+  const Result<OwnersDecisions> rejections = OwnersDecisions::open();
   if (!rejections.ok()) return Read::failure(rejections.error());
   const Result<DonationJournal> journal = DonationJournal::open();
   if (!journal.ok()) return Read::failure(journal.error());

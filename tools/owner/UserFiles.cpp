@@ -58,7 +58,7 @@ Result<UserFiles> UserFiles::open() {
   const auto home = UserDirectories::homeDirectory();
   if (!home.ok()) return Result<UserFiles>::failure(home.error());
   UserFiles files(home.value());
-  if (const auto runtime = UserDirectories::runtimeDirectory(); runtime.ok()) {
+  if (const auto runtime = UserDirectories::placeOfRuntimeDirectory(); runtime.ok()) {
     files.files.push_back(
         {runtime.value() / PagePath, FileKeeper::donations, "the page that you looked at last"});
   }

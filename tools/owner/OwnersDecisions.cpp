@@ -1,4 +1,4 @@
-#include "tools/owner/Rejections.h"
+#include "tools/owner/OwnersDecisions.h"
 
 #include "platform/contacts/ContactStore.h"
 #include "platform/files/PosixDataProxy.h"
@@ -6,18 +6,19 @@
 
 namespace quenlet {
 
-Result<Rejections> Rejections::open() {
+Result<OwnersDecisions> OwnersDecisions::open() {
   const auto home = UserDirectories::homeDirectory();
-  if (!home.ok()) return Result<Rejections>::failure(home.error());
-  return Result<Rejections>::success(
-      Rejections(FeedbackFile(home.value() / FeedbackPath, std::make_shared<PosixDataProxy>())));
+  if (!home.ok()) return Result<OwnersDecisions>::failure(home.error());
+  return Result<OwnersDecisions>::success(OwnersDecisions(
+      FeedbackFile(home.value() / FeedbackPath, std::make_shared<PosixDataProxy>())));
 }
 
-Result<std::vector<FeedbackDecision>> Rejections::all() const {
+Result<std::vector<FeedbackDecision>> OwnersDecisions::all() const {
   return file.decisions(MeCardContactIdentifier);
 }
 
-Result<std::size_t> Rejections::takeBack(const std::vector<FeedbackDecision>& decisions) const {
+Result<std::size_t> OwnersDecisions::takeBack(
+    const std::vector<FeedbackDecision>& decisions) const {
   std::vector<std::string> keys;
   keys.reserve(decisions.size());
   for (const FeedbackDecision& decision : decisions) keys.push_back(decision.key);

@@ -13,10 +13,10 @@ namespace quenlet {
 // The owner's decisions on donated values, as the agent follows them: what was rejected, and what a
 // contacts program has noted as confirmed. Both keep a value from being donated. They are read from
 // and changed in the feedback file, which needs no agent; a running one notices. One thread.
-class Rejections final {
+class OwnersDecisions final {
  public:
   // An error when the user has no home directory.
-  [[nodiscard]] static Result<Rejections> open();
+  [[nodiscard]] static Result<OwnersDecisions> open();
 
   // In the order of the file, each content once. An error when the file is damaged or cannot be
   // read; empty when it is missing.
@@ -27,7 +27,7 @@ class Rejections final {
   [[nodiscard]] Result<std::size_t> takeBack(const std::vector<FeedbackDecision>& decisions) const;
 
  private:
-  explicit Rejections(FeedbackFile feedback) : file(std::move(feedback)) {}
+  explicit OwnersDecisions(FeedbackFile feedback) : file(std::move(feedback)) {}
 
   FeedbackFile file;
 };
