@@ -152,7 +152,7 @@ class ProcessTest : public testing::Test {
   Ran donate(const std::string& bundle, const std::string& fullName,
              const std::vector<std::string>& lines) {
     writeFile(donatedCard, cardText(fullName, lines));
-    return quenlet({"donate", donatedCard, "--bundle", bundle});
+    return quenlet({"donate", donatedCard, "--bundle", bundle, "--anyway"});
   }
   void rewriteDonations(const std::string& statement) {
     const std::string program =

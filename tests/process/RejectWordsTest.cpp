@@ -45,7 +45,7 @@ class RejectWordsTest : public ProcessTest {
                                           "TEL:+49 (30) 1234567",
                                           "ADR:;;12 Larch Lane;Springfield;;;",
                                           "PHOTO;ENCODING=b:R0lGODlhAQABAAAAADs=",
-                                          "UID:1"};
+                                          "UID:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2"};
 };
 
 TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
@@ -57,15 +57,16 @@ TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
       {{"rejections"}, 0, {"Nothing is rejected.\n"}},
       {{"reject", "3"}, 1, {"quenlet: stale-number 1: ", "hint: quenlet list"}},
       {{"reject", "joan@example.org"}, 1, {"quenlet: no-match 1: ", "hint: quenlet list"}},
-      {{"reject", "com.example.mail:1:image"},
+      {{"reject", "com.example.mail:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:image"},
        1,
-       {"quenlet: not-possible 1: an image", "hint: quenlet remove com.example.mail:1:image",
+       {"quenlet: not-possible 1: an image",
+        "hint: quenlet remove com.example.mail:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:image",
         "quenlet forget com.example.mail\n"}},
       {{"reject", "mailto:ROBIN@example.org"},
        0,
        {"Rejected the e-mail address robin@example.org: 4 donations, from com.example.mail and "
         "com.example.phone.\n"}},
-      {{"reject", "com.example.phone:1:phone:1"},
+      {{"reject", "com.example.phone:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:phone:1"},
        0,
        {"the phone number +49 (30) 1234567: 2 donations"}},
       {{"reject", "3"}, 1, {"stale-number"}},
@@ -99,8 +100,11 @@ TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
   EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
   check({
       {{"remove", "Robin Berg", "nobody"}, 1, {"no-match"}},
-      {{"remove", "Robin Berg", "com.example.mail:1:name", "1234"}, 1, {"no-match"}},
-      {{"remove", "robin berg", "com.example.mail:1:name"},
+      {{"remove", "Robin Berg", "com.example.mail:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:name",
+        "1234"},
+       1,
+       {"no-match"}},
+      {{"remove", "robin berg", "com.example.mail:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:name"},
        0,
        {"Removed 2 donations, from com.example.mail and com.example.phone.\n"}},
       {{"forget", "com.example.shop"},

@@ -1,17 +1,17 @@
 #include <CLI/CLI.hpp>
-#include <cmath>
 #include <string>
-#include <tuple>
+#include <utility>
 #include <vector>
 
-#include "client/CardDonor.h"
-#include "client/CardFile.h"
-#include "client/Conversion.h"
-#include "client/waitForReply.h"
-#include "platform/contacts/ContactStore.h"
+#include "model/SuppressionNameEquivalence.h"
 #include "tools/commands/Command.h"
+#include "tools/commands/DonationRemarks.h"
+#include "tools/owner/CardInput.h"
+#include "tools/owner/OwnCard.h"
+#include "tools/owner/OwnersDonations.h"
 #include "tools/presentation/DonationPresenter.h"
 #include "tools/presentation/TerminalText.h"
+#include "tools/presentation/ValueText.h"
 
 namespace quenlet {
 namespace {
@@ -21,25 +21,22 @@ constexpr double secondsInADay = 86400;
 constexpr double mostDays = 365250;
 
 constexpr char footer[] =
-    "A donation's identifier is made of the bundle, the card's UID (or the file's name and the\n"
-    "card's place in it) and the property, as in \"org.quenlet.cli:4fbe8971:email:2\". The same "
-    "card\n"
-    "donated again replaces its former values; entries it no longer has stay until they expire.";
+    "Donate only your own values: they go on your card. Input with the names of several people,\n"
+    "or with cards of organisations, is refused without --only or --all.\n"
+    "\n"
+    "Each file is a donor of its own unless --bundle names one. Donated again, it replaces all\n"
+    "that it gave before. \"quenlet undo\" takes the last donation back.";
 
 std::string validateDays(const std::string& text) {
   double days = 0;
-  if (!CLI::detail::lexical_cast(text, days) || !(std::abs(days) <= mostDays)) {
-    return "takes a number of days, at most 365250";
+  if (!CLI::detail::lexical_cast(text, days) || !(days > 0 && days <= mostDays)) {
+    return "takes a number of days above 0, at most 365250";
   }
   return {};
 }
 
-std::string validateIdentifier(const std::string& text) {
+std::string validateText(const std::string& text) {
   return text.empty() ? "takes a text that is not empty" : std::string();
-}
-
-std::string count(std::size_t number, const char* noun) {
-  return std::to_string(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
 // "donate": donates the values of vCard files in one request.
@@ -48,30 +45,47 @@ class DonateWord final : public Command {
   void addTo(CLI::App& app, ChosenAction& chosen) override;
 
  private:
-  [[nodiscard]] ExitCode run(Session& session) const;
-  // Whether every card was read; an error when a file had no readable card.
-  [[nodiscard]] Result<bool> readFiles(CardDonor& donor, Session& session) const;
-  [[nodiscard]] ExitCode donate(const DonationValues& values, Session& session) const;
+  using Inputs = std::vector<CardInput>;
+  using Files = std::vector<DonatedFile>;
 
-  std::vector<std::string> files;
-  std::string bundleIdentifier = "org.quenlet.cli";
+  [[nodiscard]] ExitCode run(Session& session) const;
+  [[nodiscard]] Result<Inputs> readInputs() const;
+  // Each gives `done` when the donation may go on.
+  [[nodiscard]] ExitCode checkPeople(const Inputs& inputs, const Session& session) const;
+  [[nodiscard]] ExitCode choose(Inputs& inputs, const Session& session) const;
+  [[nodiscard]] ExitCode checkOwnCard(const Files& files, const Session& session) const;
+  [[nodiscard]] Result<Files> filesOf(const Inputs& inputs, const DonationJournal& journal,
+                                      Date now) const;
+  [[nodiscard]] ExitCode offer(const Inputs& inputs, Session& session) const;
+  [[nodiscard]] static ExitCode give(const Inputs& inputs, const Files& files,
+                                     const DonationJournal& journal, Session& session);
+
+  std::vector<std::string> paths;
+  std::string bundleIdentifier;
   std::string clusterIdentifier;
+  std::string chosenText;
   double expiresInDays = 90;
+  bool takesAll = false;
+  bool goesAnyway = false;
   bool dryRun = false;
 };
 
 void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
-  CLI::App* word = app.add_subcommand("donate", "Donate the values of vCards");
-  word->add_option("FILE", files, "vCard files, version 2.1, 3.0 or 4.0; - reads standard input")
+  CLI::App* word = app.add_subcommand("donate", "Donate the values of your vCards");
+  word->add_option("FILE", paths, "vCard files, version 2.1, 3.0 or 4.0; - reads standard input")
       ->type_name("")
       ->required();
-  word->add_option("--bundle", bundleIdentifier, "Who donates")
-      ->type_name("ID")
-      ->capture_default_str()
-      ->check(validateIdentifier);
+  CLI::Option* only = word->add_option("--only", chosenText,
+                                       "The one card whose name, UID or e-mail contains TEXT");
+  only->type_name("TEXT")->check(validateText);
+  word->add_flag("--all", takesAll, "All cards as yours, whatever their names")->excludes(only);
+  word->add_flag("--anyway", goesAnyway, "Even if your own card has another name");
+  word->add_option("--bundle", bundleIdentifier, "Who donates [a donor for each file]")
+      ->type_name("BUNDLE")
+      ->check(validateText);
   word->add_option("--cluster", clusterIdentifier, "Donations that are rejected together")
-      ->type_name("ID")
-      ->check(validateIdentifier);
+      ->type_name("CLUSTER")
+      ->check(validateText);
   word->add_option("--expires", expiresInDays, "In how many days the values expire")
       ->type_name("DAYS")
       ->capture_default_str()
@@ -82,56 +96,123 @@ void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
 }
 
 ExitCode DonateWord::run(Session& session) const {
-  std::optional<std::string> cluster;
-  if (!clusterIdentifier.empty()) cluster = clusterIdentifier;
-  CardDonor donor({bundleIdentifier, cluster, session.now,
-                   session.now.addingSeconds(expiresInDays * secondsInADay)});
-  const Result<bool> areAllRead = readFiles(donor, session);
-  if (!areAllRead.ok()) return session.failWith(areAllRead.error());
-  if (const std::size_t repeated = donor.countRepeated(); repeated > 0) {
-    session.err << "quenlet: " << count(repeated, "value")
-                << " will replace others of these files, whose cards have the same UID or name\n";
+  Result<Inputs> read = readInputs();
+  if (!read.ok()) return session.failWith(read.error());
+  Inputs inputs = std::move(read).takeValue();
+  const ExitCode checked =
+      chosenText.empty() ? checkPeople(inputs, session) : choose(inputs, session);
+  if (checked != ExitCode::done) return checked;
+  const bool areAllRead = tellOfFaults(inputs, session);
+  const ExitCode given = offer(inputs, session);
+  return given == ExitCode::done && !areAllRead ? ExitCode::refused : given;
+}
+
+Result<DonateWord::Inputs> DonateWord::readInputs() const {
+  Inputs inputs;
+  for (const std::string& path : paths) {
+    Result<CardInput> input = CardInput::read(path);
+    if (!input.ok()) return Result<Inputs>::failure(input.error());
+    inputs.push_back(std::move(input).takeValue());
   }
-  const Result<DonationValues> values =
-      Conversion::donationValues(std::move(donor).takeDonations());
-  if (!values.ok()) return session.failWith(values.error());
-  if (values.value().empty()) {
-    session.out << "The files hold nothing to donate.\n";
-  } else if (dryRun) {
-    DonationPresenter::writeTable(session.out, values.value());
-  } else if (const ExitCode code = donate(values.value(), session); code != ExitCode::done) {
+  return Result<Inputs>::success(std::move(inputs));
+}
+
+ExitCode DonateWord::checkPeople(const Inputs& inputs, const Session& session) const {
+  const CardPeople people(inputs);
+  if (takesAll || people.areOne()) return ExitCode::done;
+  std::string sentence = "nothing was donated: ";
+  if (people.names().size() > 1) {
+    sentence += "there are " + std::to_string(people.names().size()) + " names, not one";
+  } else {
+    sentence += count(people.things().size(), "card is", "cards are") + " not a person's";
+  }
+  std::vector<std::string> lines = firstOf(people.names());
+  for (std::string& thing : firstOf(people.things())) lines.push_back(std::move(thing));
+  return session.failWithUsage(sentence, lines,
+                               "--only TEXT takes the one card whose name, UID or e-mail address "
+                               "contains TEXT; --all takes all of them as yours");
+}
+
+ExitCode DonateWord::choose(Inputs& inputs, const Session& session) const {
+  const std::vector<std::string> kept = keepCardsWith(chosenText, inputs);
+  if (kept.size() == 1) return ExitCode::done;
+  if (kept.empty()) {
+    return session.failWith(
+        makeError(GeneralErrorDomain, 0, "no card's name, UID or e-mail address contains that"));
+  }
+  return session.failWithUsage(
+      "nothing was donated: " + std::to_string(kept.size()) + " cards contain that, not one",
+      firstOf(kept), "--only takes a longer text, --all all cards");
+}
+
+ExitCode DonateWord::checkOwnCard(const Files& files, const Session& session) const {
+  const Result<OwnCard> card = OwnCard::read();
+  if (!card.ok()) return session.failWith(card.error());
+  const auto& ownName = card.value().name;
+  if (!ownName) return ExitCode::done;
+  const Fingerprint key = SuppressionNameEquivalence::keyOf(*ownName);
+  for (const DonatedFile& file : files) {
+    for (const DonationValuePtr& value : file.donated) {
+      if (value->kind() != DonationKind::name || value->contentKey() == key) continue;
+      const std::string own = textOf(*ownName);
+      const std::string sentence = "your own card says " + (own.empty() ? "no name" : own) +
+                                   ", not " + textOf(value->value()) +
+                                   "; these values will not show";
+      if (!goesAnyway) return session.failWithUsage(sentence, {}, "--anyway donates them");
+      session.err << "quenlet: " << printable(sentence) << "\n";
+      return ExitCode::done;
+    }
+  }
+  return ExitCode::done;
+}
+
+Result<DonateWord::Files> DonateWord::filesOf(const Inputs& inputs, const DonationJournal& journal,
+                                              Date now) const {
+  const Result<std::string> key = journal.key();
+  if (!key.ok()) return Result<Files>::failure(key.error());
+  const Pseudonyms pseudonyms(key.value());
+  DonationTerms terms{.bundleIdentifier = bundleIdentifier,
+                      .donationDate = now,
+                      .expirationDate = now.addingSeconds(expiresInDays * secondsInADay)};
+  if (!clusterIdentifier.empty()) terms.clusterIdentifier = clusterIdentifier;
+  Files files;
+  for (const CardInput& input : inputs) {
+    Result<DonatedFile> file = input.donations(terms, pseudonyms);
+    if (!file.ok()) return Result<Files>::failure(file.error());
+    files.push_back(std::move(file).takeValue());
+  }
+  return Result<Files>::success(std::move(files));
+}
+
+ExitCode DonateWord::offer(const Inputs& inputs, Session& session) const {
+  const Result<DonationJournal> journal = DonationJournal::open();
+  if (!journal.ok()) return session.failWith(journal.error());
+  const Result<Files> files = filesOf(inputs, journal.value(), session.now);
+  if (!files.ok()) return session.failWith(files.error());
+  if (const ExitCode code = checkOwnCard(files.value(), session); code != ExitCode::done) {
     return code;
   }
-  return areAllRead.value() ? ExitCode::done : ExitCode::refused;
-}
-
-Result<bool> DonateWord::readFiles(CardDonor& donor, Session& session) const {
-  bool areAllRead = true;
-  for (const std::string& file : files) {
-    const Result<VCards> read = CardFile::read(file);
-    if (!read.ok()) return Result<bool>::failure(read.error());
-    const VCards& cards = read.value();
-    for (const ErrorPtr& failure : cards.failures) {
-      session.err << "quenlet: skipped a card: " << printable(failure->debugDescription()) << "\n";
-      areAllRead = areAllRead && failure->code() == static_cast<int>(ContactErrorCode::notAPerson);
-    }
-    donor.addFile(cards.cards, CardFile::nameOf(file));
-    std::size_t skipped = 0;
-    for (const VCard& card : cards.cards) skipped += card.skippedEntries;
-    if (skipped > 0) {
-      session.err << "quenlet: " << printable(file) << ": skipped " << skipped
-                  << (skipped == 1 ? " entry" : " entries") << " without a usable value\n";
-    }
+  tellOfRepeated(files.value(), session);
+  if (!dryRun) return give(inputs, files.value(), journal.value(), session);
+  DonationValues values;
+  for (const DonatedFile& file : files.value()) {
+    values.insert(values.end(), file.donated.begin(), file.donated.end());
   }
-  return Result<bool>::success(areAllRead);
+  if (values.empty()) session.out << "The files hold nothing to donate.\n";
+  DonationPresenter::writeTable(session.out, session.screen, values);
+  return ExitCode::done;
 }
 
-ExitCode DonateWord::donate(const DonationValues& values, Session& session) const {
-  const auto [error] = waitForReply<ErrorPtr>(
-      [&](ErrorReply reply) { session.agent.donateMeCardValues(values, std::move(reply)); });
-  if (error) return session.failWith(error);
-  session.out << "Donated " << count(values.size(), "value") << " as "
-              << printable(bundleIdentifier) << ".\n";
+ExitCode DonateWord::give(const Inputs& inputs, const Files& files, const DonationJournal& journal,
+                          Session& session) {
+  const auto outcome = OwnersDonations(session.agent, journal, session.now).donate(files);
+  if (!outcome.ok()) return session.failWith(outcome.error());
+  for (std::size_t place = 0; place < files.size(); ++place) {
+    session.out << printable(inputs[place].path) << ": "
+                << printable(textOf(outcome.value().files[place], files[place].bundleIdentifier))
+                << "\n";
+  }
+  tellOfJournal(outcome.value(), session);
   return ExitCode::done;
 }
 

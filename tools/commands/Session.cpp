@@ -42,6 +42,16 @@ ExitCode Session::refuse(const char* domain, const std::string& sentence, const 
   return code;
 }
 
+ExitCode Session::failWithUsage(const std::string& sentence, const std::vector<std::string>& lines,
+                                const std::string& hint) const {
+  err << "quenlet: usage " << static_cast<int>(ExitCode::usage) << ": " << printable(sentence)
+      << "\n";
+  for (const std::string& line : lines) err << "  " << printable(line) << "\n";
+  if (!hint.empty()) err << "hint: " << printable(hint) << "\n";
+  err << std::flush;
+  return ExitCode::usage;
+}
+
 ExitCode Session::finishWith(const ErrorPtr& error) const {
   return error ? failWith(error) : ExitCode::done;
 }

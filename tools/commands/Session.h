@@ -4,6 +4,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "protocol/CorvelProtocol.h"
 #include "quenlet/Date.h"
@@ -44,6 +45,11 @@ struct Session final {
   // returns `code`.
   ExitCode refuse(const char* domain, const std::string& sentence, const std::string& hint,
                   ExitCode code = ExitCode::refused) const;
+  // Writes `sentence` as wrong usage, "quenlet: usage 2: <sentence>", with a line for each of
+  // `lines` that tells more and one for a hint if there is any.
+  [[nodiscard]] ExitCode failWithUsage(const std::string& sentence,
+                                       const std::vector<std::string>& lines = {},
+                                       const std::string& hint = {}) const;
   // done for null, else as failWith().
   [[nodiscard]] ExitCode finishWith(const ErrorPtr& error) const;
 };

@@ -1,11 +1,12 @@
 #include "tools/owner/DonationJournal.h"
 
 #include <algorithm>
-#include <cstring>
+#include <limits>
 #include <optional>
 #include <random>
 #include <utility>
 
+#include "client/Pseudonyms.h"
 #include "platform/files/DonationFiles.h"
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/LockFile.h"
@@ -20,25 +21,19 @@ namespace {
 constexpr char secretKey[] = "key";
 constexpr char donationsKey[] = "donations";
 
-using Halves = std::pair<std::uint64_t, std::uint64_t>;
-
-std::optional<Halves> readSecret(const PropertyListDictionary& contents) {
-  const PropertyList* secret = findEntry(contents, secretKey);
-  Halves halves;
-  if (!secret || !secret->data() || secret->data()->bytes.size() != 2 * sizeof(std::uint64_t)) {
+std::optional<std::string> readKey(const PropertyListDictionary& contents) {
+  const PropertyList* key = findEntry(contents, secretKey);
+  if (!key || !key->data() || key->data()->bytes.size() != Pseudonyms::keySizeInBytes) {
     return std::nullopt;
   }
-  const char* bytes = secret->data()->bytes.data();
-  std::memcpy(&halves.first, bytes, sizeof halves.first);
-  std::memcpy(&halves.second, bytes + sizeof halves.first, sizeof halves.second);
-  return halves;
+  return key->data()->bytes;
 }
 
-void addSecret(PropertyListDictionary& contents) {
+std::string newKey() {
   std::random_device source;
   std::string bytes;
-  while (bytes.size() < 2 * sizeof(std::uint64_t)) bytes += static_cast<char>(source());
-  contents.insert_or_assign(secretKey, Data{std::move(bytes)});
+  while (bytes.size() < Pseudonyms::keySizeInBytes) bytes += static_cast<char>(source());
+  return bytes;
 }
 
 using Entries = std::vector<JournalEntry>;
@@ -63,29 +58,32 @@ ErrorPtr makeDamageError() {
                    std::string(DonationJournal::fileName) + " is damaged: it holds no donations");
 }
 
+// Of what no property list can hold.
+constexpr std::size_t noSize = std::numeric_limits<std::size_t>::max();
+
 std::size_t sizeOf(const PropertyList& donation) {
   const Result<std::string> text = PropertyListSerializer::dataWithObject(donation);
-  return text.ok() ? text.value().size() : DonationJournal::mostBytes + 1;
+  return text.ok() ? text.value().size() : noSize;
 }
 
-bool isTooLarge(const JournalEntry& entry) {
-  return sizeOf(entry.dictionaryRepresentation()) > DonationJournal::mostBytes;
+bool isLarger(const JournalEntry& entry, std::size_t mostBytes) {
+  return sizeOf(entry.dictionaryRepresentation()) > mostBytes;
 }
 
 bool isImage(const DonationValuePtr& value) { return value->kind() == DonationKind::imageData; }
 
 // Leaves out what is too large, and what undoing does not need.
-void fit(JournalEntry& entry) {
+void fit(JournalEntry& entry, std::size_t mostBytes) {
   for (DonatedFile& file : entry.files) {
     for (DonationValuePtr& value : file.donated) {
       if (!isImage(value)) continue;
       value = DonationValue::donationValueWithImageData({}, value->decoded().origin);
     }
   }
-  if (!isTooLarge(entry)) return;
+  if (!isLarger(entry, mostBytes)) return;
   entry.kept = JournalEntry::Kept::allButFormerImages;
   std::erase_if(entry.replaced, &isImage);
-  if (!isTooLarge(entry)) return;
+  if (!isLarger(entry, mostBytes)) return;
   entry.kept = JournalEntry::Kept::frame;
   entry.replaced.clear();
   entry.leftOut.clear();
@@ -96,15 +94,14 @@ void fit(JournalEntry& entry) {
 }
 
 // Puts the entries in the file, without the oldest of too many or too much.
-void write(const Entries& entries, PropertyListDictionary& contents) {
+void write(const Entries& entries, DonationJournal::Bounds bounds,
+           PropertyListDictionary& contents) {
   PropertyListArray donations;
   std::size_t bytes = 0;
   for (auto entry = entries.rbegin(); entry != entries.rend(); ++entry) {
     PropertyList donation = entry->dictionaryRepresentation();
     bytes += sizeOf(donation);
-    if (donations.size() == DonationJournal::mostEntries || bytes > DonationJournal::mostBytes) {
-      break;
-    }
+    if (donations.size() == bounds.entries || bytes > bounds.bytes) break;
     donations.push_back(std::move(donation));
   }
   std::reverse(donations.begin(), donations.end());
@@ -115,7 +112,11 @@ void write(const Entries& entries, PropertyListDictionary& contents) {
 
 DonationJournal::DonationJournal(const std::filesystem::path& donationsDirectory,
                                  std::shared_ptr<DataProxy> dataProxy)
-    : file(donationsDirectory / fileName, std::move(dataProxy)) {}
+    : DonationJournal(donationsDirectory, std::move(dataProxy), Bounds()) {}
+
+DonationJournal::DonationJournal(const std::filesystem::path& donationsDirectory,
+                                 std::shared_ptr<DataProxy> dataProxy, Bounds journalBounds)
+    : file(donationsDirectory / fileName, std::move(dataProxy)), bounds(journalBounds) {}
 
 Result<DonationJournal> DonationJournal::open() {
   const auto home = UserDirectories::homeDirectory();
@@ -132,27 +133,37 @@ Result<std::vector<JournalEntry>> DonationJournal::entries() const {
   return Result<Entries>::success(*std::move(entries));
 }
 
-Result<Pseudonyms> DonationJournal::pseudonyms() const {
-  std::optional<Halves> secret;
+Result<std::string> DonationJournal::key() const {
+  std::optional<std::string> key;
   // Most often it is there and the file needs no lock.
-  if (const auto contents = file.read(); contents.ok()) secret = readSecret(contents.value());
-  if (!secret) {
-    const ErrorPtr error = change(
-        [&secret](PropertyListDictionary& contents) {
-          secret = readSecret(contents);
-          if (secret) return false;
-          addSecret(contents);
-          secret = readSecret(contents);
-          return true;
-        },
-        PropertyListFile::OnDamage::replaceFile);
-    if (error) return Result<Pseudonyms>::failure(error);
-  }
-  return Result<Pseudonyms>::success(Pseudonyms(secret->first, secret->second));
+  if (const auto contents = file.read(); contents.ok()) key = readKey(contents.value());
+  if (key) return Result<std::string>::success(*std::move(key));
+  const ErrorPtr error = change(
+      [&key](PropertyListDictionary& contents) {
+        key = readKey(contents);
+        if (key) return false;
+        key = newKey();
+        contents.insert_or_assign(secretKey, Data{*key});
+        return true;
+      },
+      PropertyListFile::OnDamage::replaceFile);
+  if (error) return Result<std::string>::failure(error);
+  return Result<std::string>::success(*std::move(key));
+}
+
+ErrorPtr DonationJournal::setKey(const std::string& key) const {
+  return change(
+      [&key](PropertyListDictionary& contents) {
+        const std::optional<Entries> entries = entriesIn(contents);
+        if (!entries || !entries->empty()) return false;
+        contents.insert_or_assign(secretKey, Data{key});
+        return true;
+      },
+      PropertyListFile::OnDamage::replaceFile);
 }
 
 Result<JournalEntry> DonationJournal::add(JournalEntry entry) const {
-  fit(entry);
+  fit(entry, bounds.bytes);
   const ErrorPtr error = change(
       [&](PropertyListDictionary& contents) {
         std::optional<Entries> entries = entriesIn(contents);
@@ -165,7 +176,7 @@ Result<JournalEntry> DonationJournal::add(JournalEntry entry) const {
         }
         ++entry.number;
         entries->push_back(entry);
-        write(*entries, contents);
+        write(*entries, bounds, contents);
         return true;
       },
       PropertyListFile::OnDamage::replaceFile);
@@ -179,7 +190,7 @@ ErrorPtr DonationJournal::setLeftOut(std::int64_t number,
     for (JournalEntry& entry : entries) {
       if (entry.number != number || entry.kept == JournalEntry::Kept::frame) continue;
       entry.leftOut = donationIdentifiers;
-      fit(entry);
+      fit(entry, bounds.bytes);
     }
   });
 }
@@ -213,7 +224,7 @@ ErrorPtr DonationJournal::changeEntries(
         isDamaged = !entries;
         if (isDamaged) return false;
         edit(*entries);
-        write(*entries, contents);
+        write(*entries, bounds, contents);
         return true;
       },
       PropertyListFile::OnDamage::fail);

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "client/Pseudonyms.h"
 #include "platform/files/PropertyListFile.h"
 #include "tools/owner/JournalEntry.h"
 
@@ -17,18 +16,22 @@ namespace quenlet {
 // What this program donated for the owner, so that it can be taken back, kept in a file of its own
 // beside the agent's. Thread-safe; several processes may use it at once.
 //
-// Bounded: of more than `mostEntries` donations, or more than `mostBytes`, the oldest are
-// forgotten. A damaged file counts as empty when a donation is noted, and a copy of it is kept; to
-// all else it is an error in PropertyListErrorDomain.
+// Bounded: of more than 50 donations, or more than 8 MiB, the oldest are forgotten. A damaged file
+// counts as empty when a donation is noted, and a copy of it is kept; to all else it is an error in
+// PropertyListErrorDomain.
 class DonationJournal final {
  public:
   // In the directory of the donations, mode 0600; changed under the lock of "<name>.lock".
   static constexpr char fileName[] = "tool-journal.plist";
-  static constexpr std::size_t mostEntries = 50;
-  static constexpr std::size_t mostBytes = std::size_t{8} << 20;
+  struct Bounds final {
+    std::size_t entries = 50;
+    std::size_t bytes = std::size_t{8} << 20;
+  };
 
   DonationJournal(const std::filesystem::path& donationsDirectory,
                   std::shared_ptr<DataProxy> dataProxy);
+  DonationJournal(const std::filesystem::path& donationsDirectory,
+                  std::shared_ptr<DataProxy> dataProxy, Bounds journalBounds);
   // That of the calling user; an error when there is no home directory.
   [[nodiscard]] static Result<DonationJournal> open();
 
@@ -36,9 +39,11 @@ class DonationJournal final {
 
   // Oldest first; empty without a file.
   [[nodiscard]] Result<std::vector<JournalEntry>> entries() const;
-  // What stands for paths and for identifiers of cards, under a secret key that the journal's file
-  // holds. The first call makes the key.
-  [[nodiscard]] Result<Pseudonyms> pseudonyms() const;
+  // The secret key under which paths and identifiers of cards have their pseudonyms. The first call
+  // makes it.
+  [[nodiscard]] Result<std::string> key() const;
+  // Takes over a key, unless donations have been noted under another one.
+  [[nodiscard]] ErrorPtr setKey(const std::string& key) const;
 
   // Notes a donation, durably; call it before the agent is asked. The entry comes back as it is
   // kept: with its number, and with less in it if it is too large to be kept whole.
@@ -59,6 +64,7 @@ class DonationJournal final {
                                 PropertyListFile::OnDamage onDamage) const;
 
   PropertyListFile file;
+  Bounds bounds;
 };
 
 }  // namespace quenlet

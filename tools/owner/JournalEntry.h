@@ -20,6 +20,12 @@ struct DonatedFile final {
   DonationValues donated = {};
   // What its reader could not use.
   std::vector<SkippedEntry> skipped = {};
+
+  // The bundle under which the file with this pseudonym donates, and no other, by default.
+  [[nodiscard]] static std::string bundleOf(const std::string& pseudonym) {
+    return "org.quenlet.file." + pseudonym;
+  }
+  [[nodiscard]] bool hasBundleToItself() const { return bundleIdentifier == bundleOf(pseudonym); }
 };
 
 // One donation of this program: what it gave, and what the agent held in its place before.

@@ -1,0 +1,199 @@
+#include "tests/process/ProcessTest.h"
+
+namespace quenlet {
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+
+class DonateWordsTest : public ProcessTest {
+ protected:
+  // What the program is to say on either stream.
+  struct Row final {
+    std::vector<std::string> words;
+    int code;
+    std::vector<std::string> said;
+  };
+  void expect(const std::vector<Row>& rows) {
+    for (const Row& row : rows) {
+      const Ran ran = quenlet(row.words);
+      const std::string all = testing::PrintToString(row.words) + "\n" + ran.out + ran.err;
+      EXPECT_EQ(ran.code, row.code) << all;
+      for (const std::string& text : row.said) EXPECT_THAT(all, HasSubstr(text));
+    }
+  }
+  std::string file(const std::string& name, const std::string& text) {
+    writeFile(temporary / name, text);
+    return temporary / name;
+  }
+  std::string json() { return quenlet({"list", "--json"}).out; }
+  std::size_t count() {
+    const std::string list = json();
+    std::size_t found = 0;
+    for (auto place = list.find("{\"kind\""); place != std::string::npos; ++found) {
+      place = list.find("{\"kind\"", place + 1);
+    }
+    return found;
+  }
+};
+
+TEST_F(DonateWordsTest, TakesNobodyElsesCardsUnlessTheOwnerInsists) {
+  std::string book;
+  for (int number = 1; number <= 500; ++number) {
+    const std::string name = "Person" + std::to_string(number) + " Berg";
+    book += cardText(name, {"EMAIL:p" + std::to_string(number) + "@example.org"});
+  }
+  const std::string all = file("book500.vcf", book);
+  const std::string two = file("two.vcf", cardText("Ann Berg", {"UID:one", "TEL:+49 30 1"}) +
+                                              cardText("Bo Lee", {"EMAIL:bo@example.org"}));
+  const std::string nameless = file("nameless.vcf", cardText("", {"TEL:+49 30 2"}));
+  const std::string company = file("company.vcf", cardText("Ann's", {"KIND:org", "TEL:+49 30 3"}));
+  const std::string device = file("device.vcf", cardText("Ann's", {"KIND:device"}));
+  const std::string ann = file("ann.vcf", cardText("ANN BERG", {}));
+  startAgent();
+  expect({
+      {{"donate", all},
+       2,
+       {"quenlet: usage 2: nothing was donated: there are 500 names, not one\n  Person1 Berg\n",
+        "  Person10 Berg\n  … and 490 more\nhint: --only TEXT "}},
+      {{"donate", two, "--dry-run"}, 2, {"2 names", "  Ann Berg\n  Bo Lee\nhint: "}},
+      {{"donate", ann, two}, 2, {"2 names", "  ANN BERG\n  Bo Lee\nhint: "}},
+      {{"donate", file("both.vcf", cardText("Ann Berg", {}) + cardText("", {"TEL:+49 30 4"}))},
+       2,
+       {"2 names", "  Ann Berg\n  +49 30 4\n"}},
+      {{"donate", company}, 2, {"1 card is not a person's\n  ", "line 4: a card of an organ"}},
+      {{"donate", ann, device}, 2, {"1 card is not a person's\n  ANN BERG\n  Ann's (device)\n"}},
+      {{"donate", all, "--only", "p501@"},
+       1,
+       {"no card's name, UID or e-mail address contains that"}},
+      {{"donate", all, "--only", "person49"}, 2, {" 11 cards contain that", "  Person49 Berg\n"}},
+      {{"list"}, 0, {"There are no donations."}},
+      {{"donate", ann, nameless}, 0, {"ann.vcf: 1 donated as", "nameless.vcf: 1 donated as"}},
+      {{"donate", two, "--only", "ONE"}, 0, {"two.vcf: 2 donated as org.quenlet.file."}},
+      {{"donate", two, "--only", "BO@"}, 0, {": 2 donated as", ", 2 removed: no longer given"}},
+      {{"donate", two, "--all", "--bundle", "com.example.two"},
+       0,
+       {"4 donated as com.example.two"}},
+      {{"donate", ann, company, "--all", "--bundle", "b"},
+       0,
+       {"skipped a card: ", "ann.vcf: 1 don"}},
+      {{"forget", "b"}, 0, {}},
+  });
+  EXPECT_EQ(count(), 8U);
+}
+
+TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
+  const std::string path = file("Joan +12025550100.vcf",
+                                cardText("Joan Ashwood", {"EMAIL:joan@example.org", "TEL:+49 30 1",
+                                                          "TEL:+49 30 2", "UID:joan@example.org"}));
+  startAgent();
+  expect({
+      {{"undo"}, 1, {"there is no donation of this program to take back"}},
+      {{"donate", path, "--expires", "0"}, 2, {"above 0"}},
+      {{"donate", path}, 0, {": 4 donated as org.quenlet.file."}},
+  });
+  const std::string first = json();
+  EXPECT_THAT(first, Not(HasSubstr("joan@example.org:")));
+  EXPECT_TRUE(agent->says("\"donateMeCardValues:")) << "the log tells of it";
+  EXPECT_FALSE(agent->says("12025550100") || agent->says("Joan"));
+
+  writeFile(path, cardText("Joan Ashwood", {"EMAIL:joan@example.com", "TEL:no", "TEL:+49 30 1",
+                                            "UID:joan@example.org"}));
+  expect({
+      {{"donate", path},
+       0,
+       {": 3 donated as org.quenlet.file.", ", 1 removed: no longer given\n",
+        "skipped 1 entry without a usable value: TEL in line 5\n"}},
+      {{"undo"}, 0, {"Took back the donation of 20", ": 3 values removed, 4 restored.\n"}},
+  });
+  EXPECT_EQ(json(), first);
+
+  expect({
+      {{"donate", path, "--bundle", "com.example.mail", "--cluster", "c"}, 0, {": 3 donated"}},
+      {{"reject-cluster", "c"}, 0, {}},
+      {{"donate", path}, 0, {": 0 donated", ", 3 left out: you rejected them, "}},
+      {{"undo"}, 0, {": 0 values removed, ", "2 former values do not come back: rejected since\n"}},
+  });
+}
+
+TEST_F(DonateWordsTest, SaysBeforehandThatTheOwnCardHasAnotherName) {
+  writeFile(ownersCard, cardText("Joan Ashwood", {}));
+  const std::string path = file("robin.vcf", cardText("Robin Hartwell", {"EMAIL:r@example.org"}));
+  const std::string joan = file("joan.vcf", cardText("JOAN ASHWOOD", {"EMAIL:j@example.org"}));
+  const std::string said =
+      "your own card says Joan Ashwood, not Robin Hartwell; these values will not show\n";
+  expect({{{"donate", path}, 2, {"quenlet: usage 2: " + said + "hint: --anyway donates them\n"}}});
+  startAgent();
+  expect({
+      {{"donate", path}, 2, {said}},
+      {{"list"}, 0, {"There are no donations."}},
+      {{"donate", path, "--anyway"}, 0, {"quenlet: " + said, ": 2 donated"}},
+      {{"donate", joan}, 0, {": 2 donated"}},
+  });
+  EXPECT_THAT(card(), AllOf(HasSubstr("j@example.org"), Not(HasSubstr("r@example.org"))));
+}
+
+TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
+  const std::filesystem::path feedback = "Library/Contacts/Feedback/feedback.plist";
+  const std::string ann = file(
+      "ann.vcf", cardText("Ann Berg", {"EMAIL:ann@example.org", "TEL:+49 30 1", "TEL:+49 30 2"}));
+  const std::string gone = file("gone.vcf", cardText("", {"EMAIL:no@example.org", "TEL:+49 30 3"}));
+  expect({{{"export"}, 3, {"quenlet: ovaro.quenlet.service-error 1: "}}});
+  writeFile(ownersCard, cardText("Ann Berg", {"EMAIL:own@example.org"}));
+  startAgent();
+  expect({
+      {{"account", "add", "--id", "work", "--username", "work@example.org"}, 0, {}},
+      {{"donate", ann, "--cluster", "c"}, 0, {": 4 donated"}},
+      {{"donate", gone, "--bundle", "com.example.gone", "--cluster", "gone"}, 0, {": 2 donated"}},
+      {{"reject-cluster", "gone"}, 0, {}},
+      {{"donate", file("bo.vcf", cardText("Ann Berg", {"EMAIL:b@example.org"}))},
+       0,
+       {": 2 donated"}},
+  });
+  ASSERT_TRUE(eventually([this] { return count() == 7; })) << json();
+  const std::string backup = quenlet({"export"}).out;
+  const std::string exported = file("backup.plist", backup);
+  const std::string cut = file("cut.plist", backup.substr(0, backup.size() / 2));
+  const std::string before = json() + card();
+  EXPECT_EQ(stopAgent(), 0);
+
+  const std::filesystem::path other = temporary / "other";
+  ::setenv("HOME", other.c_str(), 1);
+  expect({{{"import", exported}, 3, {"service-error 1: "}}});
+  startAgent();
+  const auto othersCard = other / "Library/Contacts/me.vcf";
+  expect({
+      {{"import", cut}, 1, {"quenlet: ovaro.quenlet.property-list-error "}},
+      {{"import", temporary / "none"}, 1, {"posix-error 2: "}},
+  });
+  EXPECT_EQ(count(), 0U);
+  EXPECT_FALSE(exists(othersCard) || exists(other / feedback));
+  expect({{{"import", exported},
+           0,
+           {"Imported 7 donations, 2 decisions on values, 1 account and your own card.\n"}}});
+  EXPECT_TRUE(eventually([&] { return json() + card() == before; })) << json() << card() << before;
+  EXPECT_EQ(readFile(other / feedback), readFile(home / feedback));
+  EXPECT_EQ(readFile(othersCard), readFile(ownersCard));
+  EXPECT_EQ(quenlet({"account", "list"}).out,
+            run({"env", "HOME=" + home.string(), bin / "quenlet", "account", "list"}).out);
+
+  writeFile(othersCard, cardText("Ann Berg", {}));
+  expect({
+      {{"account", "change", "--id", "work", "--inactive"}, 0, {}},
+      {{"import", exported},
+       2,
+       {"nothing was imported: something else is in the place of\n  ", "  your own card\n",
+        "  the account work\nhint: --replace "}},
+  });
+  EXPECT_EQ(readFile(othersCard), cardText("Ann Berg", {}));
+  expect(
+      {{{"import", exported, "--replace"}, 0, {"0 decisions on values, 1 account and your own"}}});
+  EXPECT_EQ(readFile(othersCard), readFile(ownersCard));
+  // The key came along: the same file replaces what it gave in the other home.
+  writeFile(ann, cardText("Ann Berg", {"EMAIL:ann@example.com"}));
+  expect({{{"donate", ann}, 0, {": 2 donated as", ", 2 removed: no longer given\n"}}});
+}
+
+}  // namespace
+}  // namespace quenlet

@@ -1,0 +1,116 @@
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <string>
+
+#include "client/InputText.h"
+#include "tools/commands/Command.h"
+#include "tools/commands/DonationRemarks.h"
+#include "tools/owner/OwnersHome.h"
+
+namespace quenlet {
+namespace {
+
+// Several times what an agent and the files hold.
+constexpr std::size_t mostBytes = std::size_t{256} << 20;
+
+constexpr char exportFooter[] =
+    "Writes a property list to standard output: the donations with their origins, the rejections,\n"
+    "the accounts and your own card. It holds all your values: keep it where nobody else reads "
+    "it.\n"
+    "Needs the agent, which alone knows the donations.\n"
+    "\n"
+    "  quenlet export > quenlet-backup.plist";
+
+constexpr char importFooter[] =
+    "Adds what the export has to what is there. Anything different in its place, such as another\n"
+    "card of your own, is only overwritten with --replace; without it, nothing is changed then.";
+
+// "export" and "import".
+class BackupWords final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] static ExitCode takeBackup(Session& session);
+  [[nodiscard]] ExitCode putInPlace(Session& session) const;
+  [[nodiscard]] Result<Backup> read() const;
+
+  std::string path;
+  bool replaces = false;
+};
+
+void BackupWords::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* taking = app.add_subcommand("export", "Write all that is yours, for a backup");
+  taking->footer(exportFooter);
+  taking->callback([&chosen] { chosen = &BackupWords::takeBackup; });
+
+  CLI::App* putting = app.add_subcommand("import", "Put an export in place");
+  putting->add_option("FILE", path, "What \"export\" wrote; - reads standard input")
+      ->type_name("")
+      ->required();
+  putting->add_flag("--replace", replaces, "Overwrite what is different");
+  putting->footer(importFooter);
+  putting->callback(
+      [this, &chosen] { chosen = [this](Session& session) { return putInPlace(session); }; });
+}
+
+ExitCode BackupWords::takeBackup(Session& session) {
+  if (::isatty(STDOUT_FILENO) == 1) {
+    return session.failWithUsage("an export is not for a terminal", {},
+                                 "quenlet export > quenlet-backup.plist");
+  }
+  const Result<OwnersHome> home = OwnersHome::open(session.agent);
+  if (!home.ok()) return session.failWith(home.error());
+  const Result<Backup> backup = home.value().backUp(session.now);
+  if (!backup.ok()) return session.failWith(backup.error());
+  const Result<std::string> text = backup.value().text();
+  if (!text.ok()) return session.failWith(text.error());
+  session.out << text.value();
+  return ExitCode::done;
+}
+
+ExitCode BackupWords::putInPlace(Session& session) const {
+  const Result<Backup> backup = read();
+  if (!backup.ok()) return session.failWith(backup.error());
+  const Result<OwnersHome> home = OwnersHome::open(session.agent);
+  if (!home.ok()) return session.failWith(home.error());
+  const auto conflicts = home.value().conflicts(backup.value());
+  if (!conflicts.ok()) return session.failWith(conflicts.error());
+  if (!conflicts.value().empty() && !replaces) {
+    return session.failWithUsage("nothing was imported: something else is in the place of",
+                                 firstOf(conflicts.value()), "--replace overwrites it");
+  }
+  const auto outcome = home.value().restore(backup.value());
+  if (!outcome.ok()) {
+    const ExitCode code = session.failWith(outcome.error());
+    session.err << "hint: import it again: what is in place already stays\n";
+    return code;
+  }
+  const OwnersHome::Imported& imported = outcome.value();
+  session.out << "Imported " << count(imported.donations, "donation", "donations") << ", "
+              << count(imported.decisions, "decision", "decisions") << " on values, "
+              << count(imported.accounts, "account", "accounts")
+              << (imported.ownCard ? " and your own card.\n" : ".\n");
+  if (imported.leftOut > 0) {
+    session.out << count(imported.leftOut, "donation was", "donations were")
+                << " left out: you rejected " << (imported.leftOut == 1 ? "it\n" : "them\n");
+  }
+  return ExitCode::done;
+}
+
+Result<Backup> BackupWords::read() const {
+  const Result<std::string> bytes = readInput(path, mostBytes);
+  if (!bytes.ok()) return Result<Backup>::failure(bytes.error());
+  if (bytes.value().size() > mostBytes) {
+    return Result<Backup>::failure(makePosixError(EFBIG, "read " + path));
+  }
+  return Backup::read(bytes.value());
+}
+
+}  // namespace
+
+CommandPtr makeBackupWords() { return std::make_unique<BackupWords>(); }
+
+}  // namespace quenlet

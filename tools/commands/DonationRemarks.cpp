@@ -1,0 +1,98 @@
+#include "tools/commands/DonationRemarks.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "tools/presentation/TerminalText.h"
+
+namespace quenlet {
+namespace {
+
+// How many names, or lines, are shown of a long list.
+constexpr std::size_t mostShown = 10;
+
+// "TEL in line 5, line 7"
+std::string placesOf(const std::vector<SkippedEntry>& skipped) {
+  std::string text;
+  for (std::size_t place = 0; place < std::min(skipped.size(), mostShown); ++place) {
+    if (place > 0) text += ", ";
+    if (!skipped[place].property.empty()) text += skipped[place].property + " in ";
+    text += "line " + std::to_string(skipped[place].line);
+  }
+  return text + (skipped.size() > mostShown ? " …" : "");
+}
+
+}  // namespace
+
+std::string count(std::size_t number, const char* one, const char* several) {
+  return std::to_string(number) + " " + (number == 1 ? one : several);
+}
+
+std::vector<std::string> firstOf(std::vector<std::string> lines) {
+  if (lines.size() <= mostShown) return lines;
+  const std::size_t more = lines.size() - mostShown;
+  lines.resize(mostShown);
+  lines.push_back("… and " + std::to_string(more) + " more");
+  return lines;
+}
+
+std::string textOf(const OwnersDonations::Given& given, const std::string& bundle) {
+  std::string text = std::to_string(given.donated) + " donated as " + bundle;
+  if (given.leftOut > 0) {
+    text += ", " + std::to_string(given.leftOut) + " left out: you rejected " +
+            (given.leftOut == 1 ? "it" : "them");
+  }
+  if (given.removed > 0) {
+    text += ", " + std::to_string(given.removed) + " removed: no longer given";
+  }
+  return text;
+}
+
+bool tellOfFaults(const std::vector<CardInput>& inputs, const Session& session) {
+  bool areAllRead = true;
+  for (const CardInput& input : inputs) {
+    for (const ErrorPtr& failure : input.failures) {
+      session.err << "quenlet: skipped a card: " << printable(failure->debugDescription()) << "\n";
+      areAllRead = areAllRead && isNotAPerson(*failure);
+    }
+    std::size_t skipped = 0;
+    std::vector<SkippedEntry> entries;
+    for (const VCard& card : input.cards) {
+      skipped += card.skippedEntries;
+      entries.insert(entries.end(), card.skipped.begin(), card.skipped.end());
+    }
+    if (skipped == 0) continue;
+    session.err << "quenlet: " << printable(input.path) << ": skipped "
+                << count(skipped, "entry", "entries")
+                << " without a usable value: " << placesOf(entries) << "\n";
+  }
+  return areAllRead;
+}
+
+void tellOfRepeated(const std::vector<DonatedFile>& files, const Session& session) {
+  std::set<Fingerprint> keys;
+  std::size_t all = 0;
+  for (const DonatedFile& file : files) {
+    for (const DonationValuePtr& value : file.donated) keys.insert(value->donationKey());
+    all += file.donated.size();
+  }
+  if (all == keys.size()) return;
+  session.err << "quenlet: " << count(all - keys.size(), "value", "values")
+              << " will replace others of these files, whose cards have the same UID or place\n";
+}
+
+void tellOfJournal(const OwnersDonations::Outcome& outcome, const Session& session) {
+  if (outcome.beganNewJournal) {
+    session.err << "quenlet: the journal of donations was damaged, and a copy of it was kept; "
+                   "earlier donations can no longer be undone\n";
+  }
+  if (outcome.kept == JournalEntry::Kept::frame) {
+    session.err << "quenlet: this donation is too large for \"quenlet undo\"\n";
+  } else if (outcome.kept == JournalEntry::Kept::allButFormerImages) {
+    session.err << "quenlet: \"quenlet undo\" will not bring back the former image, which is too "
+                   "large\n";
+  }
+}
+
+}  // namespace quenlet

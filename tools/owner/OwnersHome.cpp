@@ -1,0 +1,191 @@
+#include "tools/owner/OwnersHome.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/contacts/VCard.h"
+#include "platform/contacts/VCardContactStore.h"
+#include "platform/feedback/FeedbackFile.h"
+#include "platform/files/FileReading.h"
+#include "platform/files/PosixDataProxy.h"
+#include "platform/files/UserDirectories.h"
+#include "tools/owner/HeldDonations.h"
+
+namespace quenlet {
+namespace {
+
+using Card = std::optional<std::string>;
+
+ErrorPtr errorOf(const Result<bool>& outcome) { return outcome.ok() ? nullptr : outcome.error(); }
+
+bool isUnknown(const Error& error) {
+  return error.domain() == AccountErrorDomain &&
+         error.code() == static_cast<int>(AccountErrorCode::unknownAccount);
+}
+
+// Adds the decisions that the list of the same contact lacks; gives their number. A list that is
+// none is left as it is.
+std::size_t addDecisions(const PropertyListDictionary& from, PropertyListDictionary& contacts) {
+  std::size_t added = 0;
+  for (const auto& [contact, decisions] : from) {
+    const PropertyList& present = contacts.try_emplace(contact, PropertyListArray()).first->second;
+    if (!present.array()) continue;
+    PropertyListArray all = *present.array();
+    for (const PropertyList& decision : *decisions.array()) {
+      if (std::find(all.begin(), all.end(), decision) != all.end()) continue;
+      all.push_back(decision);
+      ++added;
+    }
+    contacts.insert_or_assign(contact, std::move(all));
+  }
+  return added;
+}
+
+}  // namespace
+
+Result<OwnersHome> OwnersHome::open(CorvelProtocol& agent) {
+  const auto home = UserDirectories::homeDirectory();
+  if (!home.ok()) return Result<OwnersHome>::failure(home.error());
+  auto accounts = UserAccounts::open();
+  if (!accounts.ok()) return Result<OwnersHome>::failure(accounts.error());
+  auto journal = DonationJournal::open();
+  if (!journal.ok()) return Result<OwnersHome>::failure(journal.error());
+  return Result<OwnersHome>::success(OwnersHome(
+      agent, home.value(), std::move(accounts).takeValue(), std::move(journal).takeValue()));
+}
+
+OwnersHome::OwnersHome(CorvelProtocol& askedAgent, const std::filesystem::path& home,
+                       std::shared_ptr<UserAccounts> userAccounts, DonationJournal donationJournal)
+    : agent(askedAgent),
+      dataProxy(std::make_shared<PosixDataProxy>()),
+      ownCardPath(home / MeCardPath),
+      feedback(home / FeedbackPath, dataProxy),
+      accounts(std::move(userAccounts)),
+      journal(std::move(donationJournal)) {}
+
+Result<Backup> OwnersHome::backUp(Date now) const {
+  using Taken = Result<Backup>;
+  Backup backup{.made = now};
+  const auto list = agent.donations();
+  if (!list.ok()) return Taken::failure(list.error());
+  backup.donations = *list.value();
+  auto decisions = feedback.read();
+  if (!decisions.ok()) return Taken::failure(decisions.error());
+  backup.feedback = std::move(decisions).takeValue();
+  const auto known = accounts->store().accounts();
+  if (!known.ok()) return Taken::failure(known.error());
+  for (const AccountPtr& account : known.value()) backup.accounts.push_back(*account);
+  Result<Card> card = ownCard();
+  if (!card.ok()) return Taken::failure(card.error());
+  backup.ownCard = std::move(card).takeValue();
+  Result<std::string> key = journal.key();
+  if (!key.ok()) return Taken::failure(key.error());
+  backup.pseudonymKey = std::move(key).takeValue();
+  return Taken::success(std::move(backup));
+}
+
+Result<std::vector<std::string>> OwnersHome::conflicts(const Backup& backup) const {
+  using Found = Result<std::vector<std::string>>;
+  std::vector<std::string> found;
+  const auto list = agent.donations();
+  if (!list.ok()) return Found::failure(list.error());
+  // What is added to and cannot be read must be known before anything changes.
+  if (const auto decisions = feedback.read(); !decisions.ok()) {
+    return Found::failure(decisions.error());
+  }
+  const HeldDonations held(list.value());
+  for (const DonationValuePtr& value : backup.donations) {
+    const DonationValuePtr present = held.inPlaceOf(*value);
+    if (!present || *present == *value) continue;
+    found.push_back("the donation " + value->decoded().origin.donationIdentifier);
+  }
+  const Result<Card> card = ownCard();
+  if (!card.ok()) return Found::failure(card.error());
+  if (backup.ownCard && card.value() && *card.value() != *backup.ownCard) {
+    found.push_back("your own card");
+  }
+  for (const Account& account : backup.accounts) {
+    const auto present = accounts->store().accountWithIdentifier(account.identifier);
+    const bool isOther =
+        present.ok() ? !(*present.value() == account) : !isUnknown(*present.error());
+    if (isOther) found.push_back("the account " + account.identifier);
+  }
+  return Found::success(std::move(found));
+}
+
+Result<OwnersHome::Imported> OwnersHome::restore(const Backup& backup) const {
+  Imported imported;
+  for (const auto& restorePart : {&OwnersHome::restoreDonations, &OwnersHome::restoreOwnCard,
+                                  &OwnersHome::restoreAccounts, &OwnersHome::restoreFeedback}) {
+    if (ErrorPtr error = (this->*restorePart)(backup, imported)) {
+      return Result<Imported>::failure(std::move(error));
+    }
+  }
+  if (backup.pseudonymKey) {
+    if (ErrorPtr error = journal.setKey(*backup.pseudonymKey)) {
+      return Result<Imported>::failure(std::move(error));
+    }
+  }
+  return Result<Imported>::success(imported);
+}
+
+ErrorPtr OwnersHome::restoreDonations(const Backup& backup, Imported& imported) const {
+  const auto before = agent.donations();
+  if (!before.ok()) return before.error();
+  const HeldDonations present(before.value());
+  DonationValues missing;
+  for (const DonationValuePtr& value : backup.donations) {
+    const DonationValuePtr held = present.inPlaceOf(*value);
+    if (!held || !(*held == *value)) missing.push_back(value);
+  }
+  if (ErrorPtr error = agent.donate(missing)) return error;
+  const auto after = agent.donations();
+  if (!after.ok()) return after.error();
+  const HeldDonations held(after.value());
+  for (const DonationValuePtr& value : backup.donations) {
+    ++(held.hasGift(*value) ? imported.donations : imported.leftOut);
+  }
+  return nullptr;
+}
+
+ErrorPtr OwnersHome::restoreOwnCard(const Backup& backup, Imported& imported) const {
+  if (!backup.ownCard) return nullptr;
+  imported.ownCard = true;
+  const Result<Card> present = ownCard();
+  if (!present.ok()) return present.error();
+  if (present.value() == backup.ownCard) return nullptr;
+  return errorOf(
+      dataProxy->writeData(*backup.ownCard, ownCardPath, WritingOptions::atomic).result());
+}
+
+ErrorPtr OwnersHome::restoreAccounts(const Backup& backup, Imported& imported) const {
+  if (backup.accounts.empty()) return nullptr;
+  const auto lock = accounts->store().lock();
+  if (!lock.ok()) return lock.error();
+  for (const Account& account : backup.accounts) {
+    if (ErrorPtr error = accounts->store().save(account)) return error;
+    ++imported.accounts;
+  }
+  return nullptr;
+}
+
+ErrorPtr OwnersHome::restoreFeedback(const Backup& backup, Imported& imported) const {
+  if (backup.feedback.empty()) return nullptr;
+  return errorOf(feedback
+                     .update(
+                         [&](PropertyListDictionary& contacts) {
+                           imported.decisions = addDecisions(backup.feedback, contacts);
+                           return imported.decisions > 0;
+                         },
+                         PropertyListFile::OnDamage::fail)
+                     .result());
+}
+
+Result<Card> OwnersHome::ownCard() const {
+  Result<std::string> bytes = readFileOfAtMost(maximumVCardSizeInBytes, ownCardPath, *dataProxy);
+  if (bytes.ok()) return Result<Card>::success(std::move(bytes).takeValue());
+  if (isMissingFile(*bytes.error())) return Result<Card>::success(std::nullopt);
+  return Result<Card>::failure(bytes.error());
+}
+
+}  // namespace quenlet

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/files/DataProxy.h"
+#include "tools/owner/Backup.h"
+#include "tools/owner/DonationJournal.h"
+#include "tools/owner/UserAccounts.h"
+#include "tools/owner/WaitingAgent.h"
+
+namespace quenlet {
+
+// Takes a backup of what the owner has, and puts one in place. Needs the agent, which alone knows
+// the donations. One thread.
+class OwnersHome final {
+ public:
+  struct Imported final {
+    std::size_t donations = 0;
+    std::size_t leftOut = 0;  // the owner has rejected them
+    std::size_t decisions = 0;
+    std::size_t accounts = 0;
+    bool ownCard = false;
+  };
+
+  // An error when the user has no home directory.
+  [[nodiscard]] static Result<OwnersHome> open(CorvelProtocol& agent);
+
+  // An error when anything cannot be read, except for accounts: those are left out, and reported on
+  // standard error.
+  [[nodiscard]] Result<Backup> backUp(Date now) const;
+
+  // What putting `backup` in place would overwrite, in words: donations and accounts with the same
+  // identifiers but another content, another own card. The same content is no conflict, so that an
+  // import that was cut short can be made again. An error when anything there cannot be read.
+  [[nodiscard]] Result<std::vector<std::string>> conflicts(const Backup& backup) const;
+  // Puts all of it in place, the donations first: when the agent refuses them, nothing has changed.
+  // What is there besides stays. After an error the same call can be made again.
+  [[nodiscard]] Result<Imported> restore(const Backup& backup) const;
+
+ private:
+  OwnersHome(CorvelProtocol& askedAgent, const std::filesystem::path& home,
+             std::shared_ptr<UserAccounts> userAccounts, DonationJournal donationJournal);
+
+  [[nodiscard]] ErrorPtr restoreDonations(const Backup& backup, Imported& imported) const;
+  [[nodiscard]] ErrorPtr restoreAccounts(const Backup& backup, Imported& imported) const;
+  [[nodiscard]] ErrorPtr restoreFeedback(const Backup& backup, Imported& imported) const;
+  [[nodiscard]] ErrorPtr restoreOwnCard(const Backup& backup, Imported& imported) const;
+  // Nothing when there is no card.
+  [[nodiscard]] Result<std::optional<std::string>> ownCard() const;
+
+  const WaitingAgent agent;
+  const std::shared_ptr<DataProxy> dataProxy;
+  const std::filesystem::path ownCardPath;
+  const PropertyListFile feedback;
+  const std::shared_ptr<UserAccounts> accounts;
+  const DonationJournal journal;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "model/DonationValue.h"
+#include "protocol/CorvelProtocol.h"
+#include "quenlet/Result.h"
+
+namespace quenlet {
+
+// The agent's operations on donations, each of which waits for the answer. Stateless.
+class WaitingAgent final {
+ public:
+  explicit WaitingAgent(CorvelProtocol& askedAgent) : agent(askedAgent) {}
+
+  // All donations, in the agent's order.
+  [[nodiscard]] Result<std::shared_ptr<const DonationValues>> donations() const;
+  // Null once they are durable. Asks nothing for no values.
+  [[nodiscard]] ErrorPtr donate(const DonationValues& values) const;
+  // Null once they are gone for good. Asks nothing for no identifiers.
+  [[nodiscard]] ErrorPtr remove(const std::vector<std::string>& donationIdentifiers) const;
+
+ private:
+  CorvelProtocol& agent;
+};
+
+}  // namespace quenlet
