@@ -18,6 +18,7 @@ using CommandPtr = std::unique_ptr<Command>;
 
 // In the order in which the help shows them.
 [[nodiscard]] CommandPtr makeDonateWord();
+[[nodiscard]] CommandPtr makeUndoWord();
 [[nodiscard]] CommandPtr makeCardWord();
 [[nodiscard]] CommandPtr makeMeWord();
 [[nodiscard]] CommandPtr makeListWord();
@@ -26,6 +27,7 @@ using CommandPtr = std::unique_ptr<Command>;
 [[nodiscard]] CommandPtr makeRemovalWords();
 [[nodiscard]] CommandPtr makeRejectionWords();
 [[nodiscard]] CommandPtr makeUnrejectWords();
+[[nodiscard]] CommandPtr makeBackupWords();
 [[nodiscard]] CommandPtr makeAccountWord();
 [[nodiscard]] CommandPtr makePreferenceWords();
 [[nodiscard]] CommandPtr makeFileWords();
@@ -34,5 +36,6 @@ using CommandPtr = std::unique_ptr<Command>;
 [[nodiscard]] CommandPtr makeDoctorWord();
 [[nodiscard]] CommandPtr makeStatsWord();
 [[nodiscard]] CommandPtr makeWatchWord();
+[[nodiscard]] CommandPtr makeCompleteWord();
 
 }  // namespace quenlet

@@ -7,6 +7,7 @@
 
 #include "tools/commands/Command.h"
 #include "tools/commands/WordSearch.h"
+#include "tools/help/HelpText.h"
 #include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
@@ -18,7 +19,7 @@ constexpr char description[] =
 
 constexpr char footer[] =
     "Examples:\n"
-    "  quenlet donate me.vcf --bundle org.example.mail\n"
+    "  quenlet donate me.vcf\n"
     "  quenlet card\n"
     "  quenlet list --json\n"
     "  quenlet forget org.example.mail\n"
@@ -31,26 +32,31 @@ constexpr char footer[] =
 // All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
-  const std::array<CommandPtr, 17> commands = {
-      makeDonateWord(),    makeCardWord(),    makeMeWord(),          makeListWord(),
-      makeWhyWord(),       makeShowWord(),    makeRemovalWords(),    makeRejectionWords(),
-      makeUnrejectWords(), makeAccountWord(), makePreferenceWords(), makeFileWords(),
-      makeStatusWord(),    makeClientsWord(), makeDoctorWord(),      makeStatsWord(),
-      makeWatchWord()};
+  const std::array<CommandPtr, 20> commands = {
+      makeDonateWord(),      makeUndoWord(),      makeCardWord(),    makeMeWord(),
+      makeListWord(),        makeWhyWord(),       makeShowWord(),    makeRemovalWords(),
+      makeRejectionWords(),  makeUnrejectWords(), makeBackupWords(), makeAccountWord(),
+      makePreferenceWords(), makeFileWords(),     makeStatusWord(),  makeClientsWord(),
+      makeDoctorWord(),      makeStatsWord(),     makeWatchWord(),   makeCompleteWord()};
   ChosenAction chosen;
   bool isWide = false;
 
-  Words() {
+  explicit Words(const Screen& screen) {
+    // Before the words are added, which inherit it.
+    app.formatter_fn([screen](const CLI::App* word, const std::string&, CLI::AppFormatMode) {
+      return helpText(HelpPage::of(*word), screen);
+    });
+    app.set_help_flag("-h,--help", "Print this help");
     // So that the options of all words may stand behind the word, too.
     app.fallthrough();
-    app.add_flag("--wide", isWide,
-                 "Of tables, show all columns whole, however wide the terminal is");
+    app.add_flag("--wide", isWide, "Show tables whole, however wide the terminal is");
     for (const CommandPtr& command : commands) command->addTo(app, chosen);
     CLI::App* help = app.add_subcommand("help", "Tell more about a word");
     help->add_option("WORD", explained, "The word; without one, all are shown")->type_name("");
     help->callback([this] { chosen = [this](Session& session) { return explain(session); }; });
     app.require_subcommand(0, 1);
-    app.set_version_flag("--version", std::string("quenlet ") + QUENLET_VERSION);
+    app.set_version_flag("--version", std::string("quenlet ") + QUENLET_VERSION,
+                         "Print the version");
     app.footer(footer);
   }
 
@@ -94,8 +100,13 @@ ExitCode tellUsage(const Words& words, const CLI::App& word, const CLI::ParseErr
 
 }  // namespace
 
+HelpPage CommandLine::help() {
+  const Words words({});
+  return HelpPage::of(words.app);
+}
+
 ExitCode CommandLine::run(std::vector<std::string> arguments, Session& session) {
-  Words words;
+  Words words(session.screen);
   const NamedWord named = findWord(words.app, arguments);
   if (named.unknown) return failWithUnknown(session, *named.word, *named.unknown);
   // The parser expects the arguments in reverse order.

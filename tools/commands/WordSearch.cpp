@@ -65,6 +65,8 @@ std::vector<std::string> similarWords(const CLI::App& above, const std::string& 
   if (text.size() > longestText) return similar;
   std::size_t fewest = 1 + text.size() / 4;
   for (const CLI::App* word : wordsBelow(above)) {
+    const bool isHidden = word->get_group().empty();
+    if (isHidden) continue;
     const std::size_t count = mistakes(text, word->get_name());
     if (count > fewest) continue;
     if (count < fewest) similar.clear();

@@ -1,0 +1,56 @@
+#include "tests/process/ProcessTest.h"
+
+namespace quenlet {
+namespace {
+
+// Bash with the completion script of the build, and what it would offer for a command line.
+class CompletionTest : public ProcessTest {
+ protected:
+  std::string offersFor(const std::string& line) {
+    const Ran ran =
+        run({"env", "PATH=" + bin.native() + ":/usr/bin:/bin", "bash", "-c",
+             R"(source "$0"; COMP_LINE=$1 COMP_POINT=${#1}; _quenlet; echo "${COMPREPLY[*]}")",
+             bin.parent_path() / "share/bash-completion/completions/quenlet", line});
+    EXPECT_EQ(ran.code, 0) << ran.err;
+    EXPECT_EQ(ran.err, "");
+    return ran.out.substr(0, ran.out.size() - 1);
+  }
+};
+
+TEST_F(CompletionTest, OffersWordsOptionsAndWhatTheAgentHas) {
+  EXPECT_EQ(offersFor("quenlet list --bundle "), "") << "silent without an agent";
+  startAgent();
+  ASSERT_EQ(donate("com.example.mail", "Anna Berg", {"UID:a", "EMAIL:anna@example.org"}).code, 0);
+  const std::string hostile = "x;touch $HOME/made";
+  ASSERT_EQ(donate(hostile, "Anna Berg", {"UID:b", "TEL:+49 30 1234567"}).code, 0);
+  ASSERT_EQ(donate("org:example", "Anna Berg", {"UID:c", "TEL:+49 30 98"}).code, 0);
+  ASSERT_EQ(quenlet({"reject", "+493098"}).code, 0);
+  const struct {
+    const char* name;
+    const char* line;
+    const char* offers;
+  } rows[] = {
+      {"a word", "quenlet ca", "card"},
+      {"a word below a word", "quenlet account re", "remove"},
+      {"an option of its own", "quenlet watch --j", "--json"},
+      {"an option of all words", "quenlet account list --w", "--wide"},
+      {"a choice", "quenlet card --format j", "json"},
+      {"a choice behind =", "quenlet card --format=vc", "vcard"},
+      {"a donor", "quenlet forget c", "com.example.mail"},
+      {"a donor's option", "quenlet donate --bundle c", "com.example.mail"},
+      {"not the value of another option", "quenlet card --format text --f", "--format"},
+      {"what the shell takes for several words", "quenlet forget org:ex", "example"},
+      {"a file", "quenlet donate /etc/hostnam", "/etc/hostname"},
+      {"what was rejected", "quenlet unreject +", R"(+49\ 30\ 98)"},
+      {"text of a donor", "quenlet forget x", R"(x\;touch\ \$HOME/made)"},
+      {"nothing that anybody knows", "quenlet list --bundle zzz", ""},
+  };
+  for (const auto& [name, line, offers] : rows) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(offersFor(line), offers);
+  }
+  EXPECT_FALSE(std::filesystem::exists(home / "made"));
+}
+
+}  // namespace
+}  // namespace quenlet
