@@ -3,11 +3,16 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <filesystem>
 
 #include "platform/files/UserDirectories.h"
+#include "platform/ipc/ServiceAddress.h"
 #include "platform/notifications/NotificationDirectory.h"
 #include "platform/notifications/SocketNotificationCenter.h"
 #include "platform/scheduling/RunLoop.h"
+#include "protocol/CorvelInterface.h"
+#include "tools/commands/AgentPresence.h"
+#include "tools/commands/CardWatch.h"
 #include "tools/commands/Command.h"
 
 namespace quenlet {
@@ -20,7 +25,31 @@ bool hasReader() {
          (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || ::isatty(STDOUT_FILENO) == 1);
 }
 
-ExitCode watch(Session& session) {
+// "watch": tells what changes on the donated card, until SIGINT or SIGTERM. Run it before the
+// process starts another thread.
+class WatchWord final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] ExitCode run(Session& session) const;
+  // Returns when the loop has ended.
+  void follow(Session& session, RunLoop& runLoop, const std::filesystem::path& path,
+              const ServiceAddress& agentAddress) const;
+
+  bool asJSON = false;
+};
+
+void WatchWord::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* word = app.add_subcommand("watch", "Tell what changes on the card, as it happens");
+  word->add_flag("--json", asJSON, "An object a line, for programs");
+  word->footer(
+      "The first line says that it is ready. Also tells when the agent ends and when one is there\n"
+      "again. Ends with 0 when interrupted, or when nobody reads its lines any more.");
+  word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
+}
+
+ExitCode WatchWord::run(Session& session) const {
   RunLoop runLoop;
   const auto runtime = UserDirectories::runtimeDirectory();
   if (!runtime.ok()) return session.failWith(runtime.error());
@@ -28,35 +57,34 @@ ExitCode watch(Session& session) {
   if (const auto directory = NotificationDirectory::open(path); !directory.ok()) {
     return session.failWith(directory.error());
   }
-  SocketNotificationCenter center(runLoop.eventLoop(), path);
-  const auto token = center.addObserver(MeCardValuesDidChangeNotification, [&] {
-    session.out << Date::now().iso8601() << "  " << MeCardValuesDidChangeNotification << "\n"
-                << std::flush;
-    if (!session.out) runLoop.stop();
-  });
-  if (hasReader()) {
-    static_cast<void>(runLoop.eventLoop().watch(STDOUT_FILENO, EPOLLERR | EPOLLHUP,
-                                                [&](auto) { runLoop.stop(); }));
-  }
-  session.out << "watching…\n" << std::flush;
-  runLoop.run();
-  token->cancel();
+  const Result<ServiceAddress> agentAddress = ServiceAddress::forService(CorvelServiceName);
+  if (!agentAddress.ok()) return session.failWith(agentAddress.error());
+  follow(session, runLoop, path, agentAddress.value());
   return ExitCode::done;
 }
 
-// "watch": writes a line for each change of the donated card, until SIGINT or SIGTERM. Stateless.
-// Run it before the process starts another thread.
-class WatchWord final : public Command {
- public:
-  void addTo(CLI::App& app, ChosenAction& chosen) override;
-};
-
-void WatchWord::addTo(CLI::App& app, ChosenAction& chosen) {
-  CLI::App* word = app.add_subcommand("watch", "Write a line for each change of the card");
-  word->footer(
-      "The first line says that it is ready. Ends with 0 when interrupted, or when nobody"
-      " reads its lines any more.");
-  word->callback([&chosen] { chosen = watch; });
+void WatchWord::follow(Session& session, RunLoop& runLoop, const std::filesystem::path& path,
+                       const ServiceAddress& agentAddress) const {
+  EventLoop& loop = runLoop.eventLoop();
+  WatchReport report(session.out, session.screen,
+                     asJSON ? WatchReport::Format::json : WatchReport::Format::text,
+                     [&] { runLoop.stop(); });
+  CardWatch card(session, loop, report);
+  SocketNotificationCenter center(loop, path);
+  const auto token =
+      center.addObserver(MeCardValuesDidChangeNotification, [&] { card.lookAfterNotification(); });
+  const AgentPresence presence(loop, agentAddress, session.pause, [&](bool isThere) {
+    if (!isThere) return report.agentEnded(Date::now());
+    report.agentAppeared(Date::now());
+    card.lookAgain();
+  });
+  if (hasReader()) {
+    static_cast<void>(
+        loop.watch(STDOUT_FILENO, EPOLLERR | EPOLLHUP, [&](auto) { runLoop.stop(); }));
+  }
+  card.lookAgain();
+  runLoop.run();
+  token->cancel();
 }
 
 }  // namespace
