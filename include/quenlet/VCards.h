@@ -33,9 +33,10 @@ struct VCardDonations final {
 // card the name, e-mail addresses, phone numbers, postal addresses and the image.
 //
 // Donation identifiers are made of the bundle, the card's UID and the property, as in
-// "com.example.mail:4fbe8971:email:2"; without a UID, of the file's name and the card's place in
-// it. A card that was edited thus replaces its former donations. Two cards with the same UID give
-// donations with the same identifiers.
+// "com.example.mail:4fbe8971-0d1f-4f35-9a52-6d0f3f6b1c01:email:2"; without a UID, of the file's
+// name and the card's place in it. A card that was edited thus replaces its former donations. Two
+// cards with the same UID give donations with the same identifiers. Digests stand for the file's
+// name, and for a UID that is not a UUID: either may be personal, and agents log identifiers.
 //
 // An error when the file cannot be read or holds no readable card.
 [[nodiscard]] Result<VCardDonations> readVCards(const std::string& path,

@@ -42,7 +42,7 @@ Result<PropertyListDictionary> readDictionary(const std::string& file) {
 void AccountEdit::addTo(CLI::App& word, Options options) {
   const bool isNew = options == Options::ofNewAccount;
   word.add_option("--id", identifier, "The account's identifier, which names its file too")
-      ->type_name("ID")
+      ->type_name(isNew ? "ID" : "ACCOUNT")
       ->required();
   word.add_option_function<std::string>(
           "--type", [this](const std::string& text) { type = text; },

@@ -26,8 +26,8 @@ constexpr char footer[] =
     "written; without an agent, the next one reads all accounts when it starts.\n"
     "\n"
     "Example:\n"
-    "  quenlet account add --id work --username ann@example.org --property FullUserName='Ann "
-    "Berg'";
+    "  quenlet account add --id work --username ann@example.org \\\n"
+    "    --property FullUserName='Ann Berg'";
 
 ErrorPtr askAgent(Session& session, const AccountPtr& oldAccount, const AccountPtr& newAccount) {
   const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
@@ -96,13 +96,13 @@ void writeJSON(std::ostream& out, const std::vector<AccountPtr>& accounts) {
   out << json.endArray().text() << "\n";
 }
 
-void writeTable(std::ostream& out, const std::vector<AccountPtr>& accounts) {
+void writeTable(std::ostream& out, const Screen& screen, const std::vector<AccountPtr>& accounts) {
   TextTable table({"IDENTIFIER", "TYPE", "ACTIVE", "USER NAME"});
   for (const AccountPtr& account : accounts) {
     table.addRow({account->identifier, typeOf(*account), account->isActive ? "yes" : "no",
                   account->username.value_or("")});
   }
-  table.write(out);
+  table.write(out, screen);
 }
 
 // "account add", "change", "remove" and "list": write the account store and tell the agent about
@@ -149,7 +149,7 @@ void AccountWord::addTo(CLI::App& app, ChosenAction& chosen) {
   onWord(changing, &AccountWord::change);
   CLI::App* removing = word->add_subcommand("remove", "Remove an account");
   removing->add_option("--id", removedIdentifier, "The account's identifier")
-      ->type_name("ID")
+      ->type_name("ACCOUNT")
       ->required();
   onWord(removing, &AccountWord::remove);
   CLI::App* listing = word->add_subcommand("list", "Show all accounts; asks no agent");
@@ -208,7 +208,7 @@ ExitCode AccountWord::list(Session& session, UserAccounts& accounts) const {
   } else if (all.empty()) {
     session.out << "There are no accounts.\n";
   } else {
-    writeTable(session.out, all);
+    writeTable(session.out, session.screen, all);
   }
   return ExitCode::done;
 }

@@ -8,6 +8,7 @@
 #include "platform/contacts/VCard.h"
 #include "tools/commands/Command.h"
 #include "tools/owner/OwnersValues.h"
+#include "tools/owner/ShownNumbers.h"
 #include "tools/presentation/CardPresenter.h"
 
 namespace quenlet {
@@ -32,8 +33,8 @@ void CardWord::addTo(CLI::App& app, ChosenAction& chosen) {
       ->capture_default_str()
       ->check(CLI::IsMember({"text", "vcard", "json"}));
   word->footer(
-      "The text tells for each entry who donated it, under which identifier, until when, and how\n"
-      "many donations are not shown.");
+      "The text tells for each entry its number in the list, who donated it and until when, and\n"
+      "how many donations are not shown.");
   word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
 }
 
@@ -58,7 +59,8 @@ ExitCode CardWord::writeText(Session& session, const Contact& card) {
   const auto hidden = static_cast<std::size_t>(
       std::count_if(listed.value().begin(), listed.value().end(),
                     [](const StatedDonation& stated) { return !stated.isShown(); }));
-  const bool isEmpty = !CardPresenter::writeText(session.out, card);
+  const bool isEmpty = !CardPresenter::writeText(session.out, session.screen, card, listed.value());
+  ShownNumbers::ofDonations().remember(ShownNumbers::itemsOf(donationsOf(listed.value())));
   if (listed.value().empty()) {
     session.out << "The card is empty: nothing is donated. quenlet donate FILE makes a start.\n";
   } else if (isEmpty) {

@@ -51,7 +51,7 @@ void RejectionWords::addTo(CLI::App& app, ChosenAction& chosen) {
       [this, &chosen] { chosen = [this](Session& session) { return reject(session); }; });
 
   CLI::App* byCluster = app.add_subcommand("reject-cluster", "Keep all values of a cluster away");
-  byCluster->add_option("ID", cluster, "The cluster's identifier, as shown by list")
+  byCluster->add_option("CLUSTER", cluster, "The cluster's identifier, as shown by list")
       ->type_name("")
       ->required();
   byCluster->callback(

@@ -62,7 +62,7 @@ struct Untold final {
   }
 };
 
-void writeCard(std::ostream& out, Untold& untold) {
+void writeCard(std::ostream& out, const Screen& screen, Untold& untold) {
   const std::pair<const char*, const char*> rows[] = {
       {"a name", CounterKeys::hasName},
       {"e-mail addresses", CounterKeys::hasEmailAddress},
@@ -77,7 +77,7 @@ void writeCard(std::ostream& out, Untold& untold) {
   }
   if (table.empty()) return;
   out << "\nYour own card has\n";
-  table.write(out, {}, "  ");
+  table.write(out, screen, "  ");
 }
 
 std::string average(const CounterDistribution& samples) {
@@ -87,7 +87,7 @@ std::string average(const CounterDistribution& samples) {
   return text;
 }
 
-void writeDonated(std::ostream& out, Untold& untold) {
+void writeDonated(std::ostream& out, const Screen& screen, Untold& untold) {
   const std::tuple<const char*, const char*, const char*> rows[] = {
       {"e-mail addresses", CounterKeys::matchedEmailAddresses,
        CounterKeys::unmatchedEmailAddresses},
@@ -105,11 +105,11 @@ void writeDonated(std::ostream& out, Untold& untold) {
   }
   if (table.empty()) return;
   out << "\nDonated, on average of all reports\n";
-  table.write(out, {}, "  ");
+  table.write(out, screen, "  ");
 }
 
 // Another version may have written counters that this one does not know.
-void writeOthers(std::ostream& out, const Untold& untold) {
+void writeOthers(std::ostream& out, const Screen& screen, const Untold& untold) {
   if (untold.counters.empty()) return;
   TextTable table;
   for (const auto& [key, value] : untold.counters) {
@@ -119,7 +119,7 @@ void writeOthers(std::ostream& out, const Untold& untold) {
                            : std::to_string(std::get<std::int64_t>(value))});
   }
   out << "\nOther counters\n";
-  table.write(out, {}, "  ");
+  table.write(out, screen, "  ");
 }
 
 }  // namespace
@@ -133,19 +133,23 @@ void StatsWord::addTo(CLI::App& app, ChosenAction& chosen) {
 ExitCode StatsWord::run(Session& session) const {
   const Result<Stats> stats = readStats();
   if (!stats.ok()) return session.failWith(stats.error());
-  (asJSON ? writeJSON : writeText)(session.out, stats.value());
+  if (asJSON) {
+    writeJSON(session.out, stats.value());
+  } else {
+    writeText(session.out, session.screen, stats.value());
+  }
   return ExitCode::done;
 }
 
-void StatsWord::writeText(std::ostream& out, const Stats& stats) {
+void StatsWord::writeText(std::ostream& out, const Screen& screen, const Stats& stats) {
   out << "Last attempt  " << (stats.lastAttempt ? stats.lastAttempt->iso8601() : "never") << "\n";
   Untold untold{stats.counters};
   if (const auto cards = untold.take<std::int64_t>(CounterKeys::meCardCount)) {
     out << "Own cards     " << *cards << "\n";
   }
-  writeCard(out, untold);
-  writeDonated(out, untold);
-  writeOthers(out, untold);
+  writeCard(out, screen, untold);
+  writeDonated(out, screen, untold);
+  writeOthers(out, screen, untold);
 }
 
 void StatsWord::writeJSON(std::ostream& out, const Stats& stats) {

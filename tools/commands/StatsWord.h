@@ -18,7 +18,7 @@ class StatsWord final : public Command {
 
   void addTo(CLI::App& app, ChosenAction& chosen) override;
 
-  static void writeText(std::ostream& out, const Stats& stats);
+  static void writeText(std::ostream& out, const Screen& screen, const Stats& stats);
   static void writeJSON(std::ostream& out, const Stats& stats);
 
  private:

@@ -10,7 +10,7 @@
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
 #include "tools/commands/Question.h"
-#include "tools/owner/Rejections.h"
+#include "tools/owner/OwnersDecisions.h"
 #include "tools/owner/Selection.h"
 #include "tools/owner/ShownNumbers.h"
 #include "tools/presentation/DonationPresenter.h"
@@ -67,7 +67,7 @@ class UnrejectWords final : public Command {
   [[nodiscard]] ExitCode show(Session& session) const;
   [[nodiscard]] ExitCode unreject(Session& session) const;
   [[nodiscard]] ExitCode clear(Session& session) const;
-  [[nodiscard]] static ExitCode takeBack(Session& session, const Rejections& rejections,
+  [[nodiscard]] static ExitCode takeBack(Session& session, const OwnersDecisions& rejections,
                                          const Decisions& wanted);
   // Those that the arguments name. Nothing when one of them names none, which has then been said.
   [[nodiscard]] std::optional<Decisions> named(const Session& session,
@@ -97,20 +97,20 @@ void UnrejectWords::addTo(CLI::App& app, ChosenAction& chosen) {
 void UnrejectWords::addUnreject(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("unreject", "Let a rejected value be donated again");
   CLI::Option* values =
-      word->add_option("VALUE", texts, "The value itself, or its number from rejections")
+      word->add_option("REJECTION", texts, "The value itself, or its number from rejections")
           ->type_name("");
   CLI::Option* all = word->add_flag("--all", isAll, "All that is rejected");
   word->add_flag("--yes", isConfirmed, "With --all, do not ask");
   values->excludes(all);
   word->footer("Needs no agent; a running one notices. The value comes back once it is donated.");
   word->callback([this, &chosen] {
-    if (texts.empty() && !isAll) throw CLI::RequiredError("VALUE or --all");
+    if (texts.empty() && !isAll) throw CLI::RequiredError("REJECTION or --all");
     chosen = [this](Session& session) { return unreject(session); };
   });
 }
 
 ExitCode UnrejectWords::show(Session& session) const {
-  const auto rejections = Rejections::open();
+  const auto rejections = OwnersDecisions::open();
   if (!rejections.ok()) return session.failWith(rejections.error());
   const Result<Decisions> decisions = rejections.value().all();
   if (!decisions.ok()) return session.failWith(decisions.error());
@@ -149,7 +149,7 @@ std::optional<Decisions> UnrejectWords::named(const Session& session,
 }
 
 ExitCode UnrejectWords::unreject(Session& session) const {
-  const auto rejections = Rejections::open();
+  const auto rejections = OwnersDecisions::open();
   if (!rejections.ok()) return session.failWith(rejections.error());
   Result<Decisions> decisions = rejections.value().all();
   if (!decisions.ok()) return session.failWith(decisions.error());
@@ -168,7 +168,7 @@ ExitCode UnrejectWords::unreject(Session& session) const {
   return answer == ExitCode::done ? takeBack(session, rejections.value(), all) : answer;
 }
 
-ExitCode UnrejectWords::takeBack(Session& session, const Rejections& rejections,
+ExitCode UnrejectWords::takeBack(Session& session, const OwnersDecisions& rejections,
                                  const Decisions& wanted) {
   const Result<std::size_t> taken = rejections.takeBack(wanted);
   if (!taken.ok()) return session.failWith(taken.error());
@@ -187,7 +187,7 @@ ExitCode UnrejectWords::clear(Session& session) const {
     session.agent.removeAllRejectionsWithCompletionHandler(std::move(reply));
   });
   if (error) return session.failWith(error);
-  const auto rejections = Rejections::open();
+  const auto rejections = OwnersDecisions::open();
   if (!rejections.ok()) return session.failWith(rejections.error());
   const Result<Decisions> decisions = rejections.value().all();
   if (!decisions.ok()) return session.failWith(decisions.error());

@@ -1,6 +1,8 @@
 #include "tools/presentation/CardPresenter.h"
 
+#include <map>
 #include <string>
+#include <utility>
 
 #include "platform/foundation/JSONWriter.h"
 #include "tools/presentation/DonationPresenter.h"
@@ -20,25 +22,23 @@ void writeValue(JSONWriter& json, const PostalAddress& address) {
   DonationPresenter::writeTexts(json, address.dictionaryRepresentation());
 }
 
-void addEntry(TextTable& section, const std::string& value, const std::string& label,
-              const ValueOrigin* origin) {
-  if (origin == nullptr) return section.addRow({value, label, "", "", ""});
-  section.addRow({value, label, "from " + origin->bundleIdentifier, origin->donationIdentifier,
-                  "until " + dayOf(origin->expirationDate)});
+// The numbers of donations in the list, by identifier.
+using Numbers = std::map<std::string, std::size_t>;
+
+Numbers numbersOf(const StatedDonations& listed) {
+  Numbers numbers;
+  for (const StatedDonation& stated : listed) {
+    numbers.emplace(stated.donation->decoded().origin.donationIdentifier, stated.number);
+  }
+  return numbers;
 }
 
 // Writes sections with an empty line between them.
 class SectionWriter final {
  public:
-  explicit SectionWriter(std::ostream& stream) : out(stream) {}
+  SectionWriter(std::ostream& stream, const Screen& outputScreen, Numbers listNumbers)
+      : out(stream), screen(outputScreen), numbers(std::move(listNumbers)) {}
 
-  void write(const char* title, const TextTable& section) {
-    if (section.empty()) return;
-    if (any) out << "\n";
-    any = true;
-    out << title << "\n";
-    section.write(out, {}, "  ");
-  }
   void write(const char* title, const std::string& line) {
     TextTable section;
     if (!line.empty()) section.addRow({line});
@@ -46,7 +46,12 @@ class SectionWriter final {
   }
   template <typename T>
   void write(const char* title, const LabeledValues<T>& entries) {
-    TextTable section;
+    using Fit = TextTable::Fit;
+    TextTable section({{"", Fit::whole},
+                       "",
+                       "",
+                       {"", Fit::cut, TextStyle::dim},
+                       {"", Fit::whole, TextStyle::dim}});
     for (const auto& entry : entries) {
       addEntry(section, shown(entry->value), entry->label, entry->storeInfo.valueOrigin.get());
     }
@@ -55,7 +60,24 @@ class SectionWriter final {
   [[nodiscard]] bool wroteAnything() const { return any; }
 
  private:
+  void write(const char* title, const TextTable& section) {
+    if (section.empty()) return;
+    if (any) out << "\n";
+    any = true;
+    out << screen.styled(title, TextStyle::bold) << "\n";
+    section.write(out, screen, "  ");
+  }
+  void addEntry(TextTable& section, const std::string& value, const std::string& label,
+                const ValueOrigin* origin) const {
+    if (origin == nullptr) return section.addRow({"", value, label, "", ""});
+    const auto found = numbers.find(origin->donationIdentifier);
+    section.addRow({found == numbers.end() ? "" : std::to_string(found->second), value, label,
+                    "from " + origin->bundleIdentifier, "until " + dayOf(origin->expirationDate)});
+  }
+
   std::ostream& out;
+  const Screen& screen;
+  const Numbers numbers;
   bool any = false;
 };
 
@@ -77,8 +99,9 @@ void writeList(JSONWriter& json, const char* key, const LabeledValues<T>& entrie
 
 }  // namespace
 
-bool CardPresenter::writeText(std::ostream& out, const Contact& card) {
-  SectionWriter sections(out);
+bool CardPresenter::writeText(std::ostream& out, const Screen& screen, const Contact& card,
+                              const StatedDonations& listed) {
+  SectionWriter sections(out, screen, numbersOf(listed));
   sections.write("Name", textOf(PersonNameComponents::componentsForContact(card)));
   sections.write("E-mail", card.emailAddresses());
   sections.write("Phone", card.phoneNumbers());

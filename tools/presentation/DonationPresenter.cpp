@@ -36,23 +36,23 @@ struct ValueWriter final {
 
 }  // namespace
 
-void DonationPresenter::writeTable(std::ostream& out, const DonationValues& values,
-                                   const Screen& screen) {
+void DonationPresenter::writeTable(std::ostream& out, const Screen& screen,
+                                   const DonationValues& values) {
   using Fit = TextTable::Fit;
-  TextTable table({{"KIND", Fit::spare},
-                   {"VALUE", Fit::wrapped},
-                   {"LABEL", Fit::spare},
+  TextTable table({{"KIND", Fit::whole},
+                   "VALUE",
+                   "LABEL",
                    {"BUNDLE", Fit::cut},
-                   {"DONATION", Fit::cut},
+                   {"EXPIRES", Fit::whole},
+                   {"DONATION", Fit::spare},
                    {"CLUSTER", Fit::spare},
-                   {"DONATED", Fit::spare},
-                   {"EXPIRES", Fit::whole}});
+                   {"DONATED", Fit::spare}});
   for (const DonationValuePtr& donation : values) {
     const Value value = donation->value();
     const DonationOrigin& origin = donation->decoded().origin;
-    table.addRow({kindOf(value), textOf(value), labelOf(value), origin.bundleIdentifier,
-                  origin.donationIdentifier, origin.clusterIdentifier.value_or(""),
-                  dayOf(origin.donationDate), dayOf(origin.expirationDate)});
+    table.addRow({titleOfKind(value), textOf(value), labelOf(value), origin.bundleIdentifier,
+                  dayOf(origin.expirationDate), origin.donationIdentifier,
+                  origin.clusterIdentifier.value_or(""), dayOf(origin.donationDate)});
   }
   table.write(out, screen);
 }

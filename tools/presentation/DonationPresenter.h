@@ -15,8 +15,7 @@ class DonationPresenter final {
   DonationPresenter() = delete;
 
   // One line per donation, under headings; nothing for an empty list.
-  static void writeTable(std::ostream& out, const DonationValues& values,
-                         const Screen& screen = {.width = Screen::unlimitedWidth});
+  static void writeTable(std::ostream& out, const Screen& screen, const DonationValues& values);
   // "kind", "value" and, if it has one, "label". The value of a name or postal address is an
   // object, that of an image its size in bytes.
   static void writeContent(JSONWriter& json, const Value& value);

@@ -16,6 +16,14 @@ struct Kind final {
   const char* operator()(const Value::ImageData&) const { return "imageData"; }
 };
 
+struct TitleOfKind final {
+  const char* operator()(const PersonNameComponents&) const { return "name"; }
+  const char* operator()(const Value::EmailAddress&) const { return "e-mail"; }
+  const char* operator()(const Value::PhoneNumber&) const { return "phone"; }
+  const char* operator()(const Value::PostalAddress&) const { return "address"; }
+  const char* operator()(const Value::ImageData&) const { return "image"; }
+};
+
 struct Label final {
   std::string operator()(const PersonNameComponents&) const { return {}; }
   std::string operator()(const Value::ImageData&) const { return {}; }
@@ -46,6 +54,8 @@ const char* imageType(std::string_view bytes) {
 }  // namespace
 
 const char* kindOf(const Value& value) { return std::visit(Kind{}, value.cases()); }
+
+const char* titleOfKind(const Value& value) { return std::visit(TitleOfKind{}, value.cases()); }
 
 std::string labelOf(const Value& value) { return std::visit(Label{}, value.cases()); }
 

@@ -12,6 +12,8 @@ namespace quenlet {
 
 // "name", "emailAddress", "phoneNumber", "postalAddress" or "imageData".
 [[nodiscard]] const char* kindOf(const Value& value);
+// The same for people: "name", "e-mail", "phone", "address" or "image".
+[[nodiscard]] const char* titleOfKind(const Value& value);
 // The label of an address or number, else empty.
 [[nodiscard]] std::string labelOf(const Value& value);
 

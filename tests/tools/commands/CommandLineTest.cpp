@@ -8,10 +8,13 @@
 #include <iterator>
 #include <sstream>
 
+#include "client/Pseudonyms.h"
 #include "platform/files/LockFile.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tools/owner/CardInput.h"
+#include "tools/owner/DonationJournal.h"
 #include "tools/owner/UserAccounts.h"
 
 namespace quenlet {
@@ -58,11 +61,9 @@ class CommandLineTest : public testing::Test {
 };
 
 TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
-  const std::string card = file("card.vcf", "FN:Ann Berg\nEMAIL:ann@example.org\n");
   const std::tuple<std::string, const char*, const char*> cases[] = {
-      {"donate " + card, "donate 2", "Donated 2 values as org.quenlet.cli.\n"},
       {"card", "synchronous;list",
-       "Name\n  Ann\n\nE-mail\n  ann@example.org  home  from bundle  id  until 1970-02-10\n"},
+       "Name\n  Ann\n\nE-mail\n  1  ann@example.org  home  from bundle  until 1970-02-10\n"},
       {"card --format json", "synchronous",
        R"({"name":{"givenName":"Ann"},"emailAddresses":[{"value":"ann@example.org",)"},
       {"card --format vcard", "synchronous",
@@ -159,6 +160,7 @@ TEST_F(CommandLineTest, TellsThePreferenceAndWhetherAnAgentAnswers) {
 TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
   for (const char* words :
        {"", "unknown", "donate", "donate x --expires nan", "donate x --expires 1e9",
+        "donate x --expires 0", "donate x --expires -0.5", "donate x --only a --all",
         "donate x --bundle ''", "card --format xml", "remove", "list status"}) {
     EXPECT_EQ(run(words), 2) << words;
     EXPECT_THAT(err.str(), StartsWith("quenlet: usage 2: "));
@@ -189,37 +191,36 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
   EXPECT_EQ(agent.takeCalls(), "");
 }
 
-TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedUnderStableIdentifiers) {
+TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedAndWhatIsSkipped) {
   const std::string two = file("two%cards.vcf",
                                "FN:Ann Berg\nEMAIL:a@x.org\nEMAIL;TYPE=work:b@x.org\nTEL:no\n"
                                "TEL;TYPE=cell:+49 30 1\nADR;TYPE=home:;;Weg 1;Ulm;;;\n"
                                "PHOTO:data:image/gif;base64,R0lGODlhAQABAAAAADs=\n"
                                "END:VCARD\nBEGIN:VCARD\nVERSION:4.0\nFN:Ann B.\nUID:u:1\n");
-  EXPECT_EQ(run("donate " + two + " --dry-run --bundle a:b --cluster c --expires -0.5"), 0);
-  std::string table =
-      "KIND           VALUE          LABEL  BUNDLE  DONATION                           CLUSTER  "
-      "DONATED     EXPIRES\n";
-  for (const char* row :
-       {"name           Ann Berg              a:b     a%3Ab:two%25cards.vcf:1:name     ",
-        "emailAddress   a@x.org               a:b     a%3Ab:two%25cards.vcf:1:email:1  ",
-        "emailAddress   b@x.org        work   a:b     a%3Ab:two%25cards.vcf:1:email:2  ",
-        "phoneNumber    +49 30 1       cell   a:b     a%3Ab:two%25cards.vcf:1:phone:1  ",
-        "postalAddress  Weg 1, Ulm     home   a:b     a%3Ab:two%25cards.vcf:1:address:1",
-        "imageData      14 bytes, GIF         a:b     a%3Ab:two%25cards.vcf:1:image    ",
-        "name           Ann B.                a:b     a%3Ab:u%3A1:name                 "}) {
-    table += std::string(row) + "  c        2026-01-01  2025-12-31\n";
-  }
-  EXPECT_EQ(out.str(), table);
-  EXPECT_EQ(err.str(), "quenlet: " + two + ": skipped 1 entry without a usable value\n");
-  const std::string some = file("some.vcf", "FN:Ann\nEND:VCARD\nBEGIN:VCARD\nKIND:group\n");
-  EXPECT_EQ(run("donate " + some + " --dry-run"), 0) << "a group is passed over";
+  EXPECT_EQ(run("donate " + two + " --all --dry-run --bundle a:b --cluster c --expires 0.5"), 0);
+  EXPECT_THAT(out.str(), testing::AllOf(HasSubstr("14 bytes,"), HasSubstr("2026-01-01")));
+  EXPECT_EQ(err.str(),
+            "quenlet: " + two + ": skipped 1 entry without a usable value: TEL in line 6\n");
   const std::string bad = file("bad.vcf", "END:VCARD\nBEGIN:VCARD\nBEGIN:VCARD\nFN:Bo\n");
   EXPECT_EQ(run("donate " + bad + " --dry-run"), 1);
-  EXPECT_THAT(out.str(), HasSubstr("bad.vcf:3:name"));
   EXPECT_EQ(err.str(), "quenlet: skipped a card: " + bad + ": line 4: a card without END\n");
-  EXPECT_EQ(run("donate " + two + " " + two + " --dry-run"), 0);
+  const auto identifiersIn = [](const std::string& path, const std::string& bundle) {
+    const Pseudonyms pseudonyms(DonationJournal::open().value().key().value());
+    const CardInput input = CardInput::read(path).value();
+    return identifiersOf(input.donations({.bundleIdentifier = bundle}, pseudonyms).value().donated);
+  };
+  const auto pseudonymOf = [](const std::string& text) {
+    return Pseudonyms(DonationJournal::open().value().key().value()).of(text);
+  };
+  const std::string first = "a%3Ab:" + pseudonymOf(two) + ":1:";
+  EXPECT_EQ(identifiersIn(two, "a:b"), first + "name " + first + "email:1 " + first + "email:2 " +
+                                           first + "phone:1 " + first + "address:1 " + first +
+                                           "image a%3Ab:" + pseudonymOf("u:1") + ":name");
+  EXPECT_EQ(identifiersIn(bad, ""),
+            "org.quenlet.file." + pseudonymOf(bad) + ":" + pseudonymOf(bad) + ":3:name");
+  EXPECT_EQ(run("donate " + two + " " + two + " --all --dry-run"), 0);
   EXPECT_THAT(err.str(), HasSubstr("7 values will replace others"));
-  EXPECT_EQ(run("donate " + file("empty.vcf", "")), 0);
+  EXPECT_EQ(run("donate --dry-run " + file("empty.vcf", "")), 0);
   EXPECT_EQ(out.str(), "The files hold nothing to donate.\n");
   EXPECT_EQ(agent.takeCalls(), "");
 }

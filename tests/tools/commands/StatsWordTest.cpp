@@ -24,7 +24,7 @@ TEST(StatsWordTest, TellsEachCounterInItsColumn) {
                                 {"other", CounterDistribution{9, 9.9}},
                                 {"zero", CounterDistribution{}}}};
   std::ostringstream out;
-  StatsWord::writeText(out, stats);
+  StatsWord::writeText(out, {}, stats);
   EXPECT_EQ(out.str(), R"(Last attempt  1970-01-02T00:00:00Z
 Own cards     3
 

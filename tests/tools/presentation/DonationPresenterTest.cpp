@@ -36,21 +36,22 @@ TEST(DonationPresenterTest, WritesEveryKindOfValueAndEveryKey) {
       originJSON("3");
   const std::string emailJSON = R"("value":"ann@example.org",)" + originJSON("5");
   std::ostringstream out;
-  DonationPresenter::writeTable(out, values);
-  StatePresenter::writeJSON(out,
-                            statesOf(std::make_shared<const DonationValues>(values), OwnCard()));
+  DonationPresenter::writeTable(out, {.width = 100}, values);
+  const StatedDonations stated =
+      statesOf(std::make_shared<const DonationValues>(values), OwnCard());
+  StatePresenter::writeJSON(out, stated);
   // The object with what is known of its place.
   const auto listed = [](const std::string& object, const char* number) {
     return object.substr(0, object.size() - 1) + R"(,"number":)" + number + R"(,"state":"shown"})";
   };
   EXPECT_EQ(
       out.str(),
-      R"(KIND           VALUE                        LABEL  BUNDLE  DONATION  CLUSTER  DONATED     EXPIRES
-name           Dr. Ann B. Berg Jr. "Annie"         b1      i1                 1970-01-02  1970-01-22
-phoneNumber    +49 30 1234567               cell   b2      i2        c2       1970-01-03  1970-01-23
-postalAddress  Weg 1, Ulm                   home   b3      i3                 1970-01-04  1970-01-24
-imageData      6 bytes, GIF                        b4      i4                 1970-01-05  1970-01-25
-emailAddress   ann@example.org                     b5      i5                 1970-01-06  1970-01-26
+      R"(KIND     VALUE                        LABEL  BUNDLE  EXPIRES     DONATION  CLUSTER  DONATED
+name     Dr. Ann B. Berg Jr. "Annie"         b1      1970-01-22  i1                 1970-01-02
+phone    +49 30 1234567               cell   b2      1970-01-23  i2        c2       1970-01-03
+address  Weg 1, Ulm                   home   b3      1970-01-24  i3                 1970-01-04
+image    6 bytes, GIF                        b4      1970-01-25  i4                 1970-01-05
+e-mail   ann@example.org                     b5      1970-01-26  i5                 1970-01-06
 [{"kind":"name","value":{"familyName":"Berg","givenName":"Ann","middleName":"B.","namePrefix":"Dr.",)"
       R"("nameSuffix":"Jr.","nickname":"Annie"},)" +
           listed(originJSON("1"), "1") + R"(,{"kind":"phoneNumber",)" + listed(phoneJSON, "2") +
@@ -65,19 +66,19 @@ emailAddress   ann@example.org                     b5      i5                 19
   fields.phoneNumbers = {entryOf<PhoneNumber>(*values[1])};
   fields.postalAddresses = {entryOf<PostalAddress>(*values[2])};
   fields.imageData = std::make_shared<const std::string>("GIF89a");
-  EXPECT_TRUE(CardPresenter::writeText(out, Contact(fields)));
+  EXPECT_TRUE(CardPresenter::writeText(out, {}, Contact(fields), stated));
   CardPresenter::writeJSON(out, Contact(fields));
   EXPECT_EQ(out.str(), R"(Name
   Dr. "Annie"
 
 E-mail
-  ann@example.org  from b5  i5  until 1970-01-26
+  5  ann@example.org  from b5  until 1970-01-26
 
 Phone
-  +49 30 1234567  cell  from b2  i2  until 1970-01-23
+  2  +49 30 1234567  cell  from b2  until 1970-01-23
 
 Address
-  Weg 1, Ulm  home  from b3  i3  until 1970-01-24
+  3  Weg 1, Ulm  home  from b3  until 1970-01-24
 
 Image
   6 bytes, GIF
@@ -86,7 +87,7 @@ Image
                            R"(],"postalAddresses":[{)" + postalJSON + R"(],"imageBytes":6})" +
                            "\n");
   out.str("");
-  EXPECT_FALSE(CardPresenter::writeText(out, Contact()));
+  EXPECT_FALSE(CardPresenter::writeText(out, {}, Contact(), stated));
   CardPresenter::writeJSON(out, Contact());
   EXPECT_EQ(out.str(), R"({"name":{},"emailAddresses":[],"phoneNumbers":[],"postalAddresses":[],)"
                        "\"imageBytes\":0}\n");
@@ -106,7 +107,7 @@ TEST(DonationPresenterTest, KeepsDonorsFromSteeringTheTerminal) {
                                     "\xE2\x80\xAE", "\r", "\t", "\xE2\x81\xA6", "\xD8\x9C"}) {
     std::ostringstream out;
     DonationPresenter::writeTable(
-        out, {email("a" + hostile + "b", from("b" + hostile, "id"), "x" + hostile)});
+        out, {}, {email("a" + hostile + "b", from("b" + hostile, "id"), "x" + hostile)});
     const std::string shown = out.str();
     EXPECT_EQ(std::count(shown.begin(), shown.end(), '\n'), 2) << shown;
     EXPECT_TRUE(hostile == "\n" || shown.find(hostile) == std::string::npos) << shown;

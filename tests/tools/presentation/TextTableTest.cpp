@@ -58,6 +58,12 @@ TEST(TextTableTest, FitsTheScreen) {
        "7   Weg 12, 89073    org.exa…le.mail  2027-02-22\n"
        "    Ulm, Germany\n"
        "12  ann@example.org  com.example\n"},
+      {"identifiers before longer values",
+       {value, from},
+       {{"Weg 12, 89073 Ulm, Germany", "org.example.address-book"}},
+       46,
+       "VALUE                       FROM\n"
+       "Weg 12, 89073 Ulm, Germany  org.examp…ess-book\n"},
       {"whole columns shrink last",
        {number, value, expires},
        {{"123", "ab", "2027-02-22"}},
@@ -87,6 +93,8 @@ TEST(TextTableTest, FitsTheScreen) {
        {{"abcd東e\xCC\x81z"}},
        5,
        "FROM\nab…e\xCC\x81z\n"},
+      {"cut before a joining character", {from}, {{"abcde\xCC\x81z"}}, 4, "FROM\nab…z\n"},
+      {"words that just fit", {value}, {{"ab cd ef"}}, 5, "VALUE\nab cd\nef\n"},
       {"an address",
        {value},
        {{"robin.hartwell@workshop.example.org"}},
@@ -105,6 +113,15 @@ TEST(TextTableTest, FitsTheScreen) {
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) EXPECT_LE(displayWidth(line), width) << line;
   }
+}
+
+TEST(TextTableTest, ColoursHeadingsAndCellsButNeitherBlanksNorWhatNobodyReads) {
+  const std::vector<Column> columns = {"VALUE", Column("FROM", Fit::cut, TextStyle::dim)};
+  const std::vector<Row> rows = {{"a", "com.example"}, {"ab", ""}};
+  EXPECT_EQ(written(columns, rows, {.width = 80, .isColoured = true}),
+            "\x1B[1mVALUE\x1B[0m  \x1B[1mFROM\x1B[0m\n"
+            "a      \x1B[2mcom.example\x1B[0m\n"
+            "ab\n");
 }
 
 }  // namespace
