@@ -31,8 +31,12 @@ struct Phrase final {
 }  // namespace
 
 std::string numberText(std::size_t number) {
-  std::string text = std::to_string(number);
-  for (std::size_t place = text.size(); place > 3; place -= 3) text.insert(place - 3, ",");
+  const std::string digits = std::to_string(number);
+  std::string text;
+  for (std::size_t i = 0; i < digits.size(); ++i) {
+    if (i > 0 && (digits.size() - i) % 3 == 0) text += ',';
+    text += digits[i];
+  }
   return text;
 }
 
