@@ -43,6 +43,7 @@ TEST_F(CompletionTest, OffersWordsOptionsAndWhatTheAgentHas) {
       {"a file", "quenlet donate /etc/hostnam", "/etc/hostname"},
       {"what was rejected", "quenlet unreject +", R"(+49\ 30\ 98)"},
       {"text of a donor", "quenlet forget x", R"(x\;touch\ \$HOME/made)"},
+      {"an option of a donor's", "quenlet list --bundle c", "com.example.mail"},
       {"nothing that anybody knows", "quenlet list --bundle zzz", ""},
   };
   for (const auto& [name, line, offers] : rows) {

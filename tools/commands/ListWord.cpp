@@ -32,7 +32,8 @@ class ListWord final : public Command {
 void ListWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("list", "Show every donation, its state and its origin");
   word->add_flag("--json", asJSON, "As JSON, for programs");
-  word->add_option("--bundle", bundleIdentifier, "Only what this donor donated")->type_name("ID");
+  word->add_option("--bundle", bundleIdentifier, "Only what this donor donated")
+      ->type_name("BUNDLE");
   word->add_flag_function(
           "--expiring{7}", [this](std::int64_t days) { expiringDays = days; },
           "Only what expires within a week, or within the days given as --expiring=DAYS")
