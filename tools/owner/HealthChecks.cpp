@@ -58,7 +58,7 @@ Finding checkFiles(CorvelProtocol& /*agent*/) {
   std::size_t count = 0;
   for (const UserFile& file : files.value().all()) {
     if (file.keeper != FileKeeper::donations && file.keeper != FileKeeper::quenlet) continue;
-    const Finding directory = examine(file.path.parent_path(), S_IWGRP | S_IWOTH);
+    Finding directory = examine(file.path.parent_path(), S_IWGRP | S_IWOTH);
     if (!directory.isWell) return directory;
     for (const path& present : UserFiles::present(file)) {
       Finding found = examine(present, S_IRWXG | S_IRWXO);
@@ -92,7 +92,7 @@ bool hasSocket() {
 }
 
 Finding checkAgent(CorvelProtocol& agent) {
-  const Finding none{false, "no agent runs", {"systemctl --user start quenlet-agent"}};
+  Finding none{false, "no agent runs", {"systemctl --user start quenlet-agent"}};
   if (!hasSocket()) return none;
   const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
       [&](DonationsReply reply) { agent.meCardDonations(std::move(reply)); });

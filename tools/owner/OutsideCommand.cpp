@@ -20,6 +20,7 @@ constexpr std::size_t mostBytes = std::size_t{64} << 10;
 // The process that runs the command with `output` as its standard output; 0 when it cannot.
 pid_t spawn(std::vector<std::string>& command, const FileDescriptor& output) {
   std::vector<char*> arguments;
+  arguments.reserve(command.size() + 1);
   for (std::string& word : command) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   posix_spawn_file_actions_t actions;
