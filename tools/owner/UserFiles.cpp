@@ -58,7 +58,10 @@ Result<UserFiles> UserFiles::open() {
   const auto home = UserDirectories::homeDirectory();
   if (!home.ok()) return Result<UserFiles>::failure(home.error());
   UserFiles files(home.value());
-  if (const auto runtime = UserDirectories::placeOfRuntimeDirectory(); runtime.ok()) {
+  // A look at the files is not to make the directory.
+  const auto runtime = UserDirectories::placeOfRuntimeDirectory();
+  if (runtime.ok() &&
+      !UserDirectories::examinePrivateDirectory(runtime.value(), "the runtime directory")) {
     files.files.push_back(
         {runtime.value() / PagePath, FileKeeper::donations, "the page that you looked at last"});
   }
