@@ -72,7 +72,7 @@ ErrorPtr afterDonation(const Error& error) {
 
 }  // namespace
 
-Result<Outcome> OwnersDonations::donate(std::vector<DonatedFile> files) const {
+Result<Outcome> OwnersDonations::donate(const std::vector<DonatedFile>& files) const {
   using Donated = Result<Outcome>;
   const auto list = agent.donations();
   if (!list.ok()) return Donated::failure(list.error());

@@ -47,7 +47,7 @@ class OwnersDonations final {
 
   // Donates all files or, on an error from the agent, none. After an error that leaves the outcome
   // open, undo still takes back what was given.
-  [[nodiscard]] Result<Outcome> donate(std::vector<DonatedFile> files) const;
+  [[nodiscard]] Result<Outcome> donate(const std::vector<DonatedFile>& files) const;
   // Takes the last donation back and forgets it, so that the next call takes the one before. Values
   // that others have given in its place since stay. Nothing when the journal is empty.
   [[nodiscard]] Result<std::optional<Undone>> undo() const;
