@@ -162,6 +162,11 @@ TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
   ::setenv("HOME", other.c_str(), 1);
   expect({{{"import", exported}, 3, {"service-error 1: "}}});
   startAgent();
+  // Read later, the accounts would be donated anew, with another date.
+  const auto versions = other / "Library/Contacts/Donations/bundle_versions.plist";
+  ASSERT_TRUE(eventually([&] {
+    return exists(versions) && readFile(versions).find("accounts") != std::string::npos;
+  }));
   const auto othersCard = other / "Library/Contacts/me.vcf";
   expect({
       {{"import", cut}, 1, {"quenlet: ovaro.quenlet.property-list-error "}},
