@@ -9,20 +9,6 @@ using testing::Not;
 
 class DonateWordsTest : public ProcessTest {
  protected:
-  // What the program is to say on either stream.
-  struct Row final {
-    std::vector<std::string> words;
-    int code;
-    std::vector<std::string> said;
-  };
-  void expect(const std::vector<Row>& rows) {
-    for (const Row& row : rows) {
-      const Ran ran = quenlet(row.words);
-      const std::string all = testing::PrintToString(row.words) + "\n" + ran.out + ran.err;
-      EXPECT_EQ(ran.code, row.code) << all;
-      for (const std::string& text : row.said) EXPECT_THAT(all, HasSubstr(text));
-    }
-  }
   std::string file(const std::string& name, const std::string& text) {
     writeFile(temporary / name, text);
     return temporary / name;

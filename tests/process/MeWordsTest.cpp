@@ -13,21 +13,6 @@ constexpr char picture[] = "PHOTO;ENCODING=b:R0lGODlhAQABAAAAADs=";
 
 class MeWordsTest : public ProcessTest {
  protected:
-  struct Row final {
-    std::vector<std::string> words;
-    int code;
-    // In the output and the errors.
-    std::vector<std::string> said;
-  };
-  void expect(const std::vector<Row>& rows) {
-    for (const auto& [words, code, said] : rows) {
-      const Ran ran = quenlet(words);
-      std::string shown;
-      for (const std::string& word : words) shown += word + " ";
-      EXPECT_EQ(ran.code, code) << shown << ran.out << ran.err;
-      for (const std::string& text : said) EXPECT_THAT(ran.out + ran.err, HasSubstr(text)) << shown;
-    }
-  }
   // Puts a command of that name in front of the system's, which writes `text`.
   void replaceSystemctl(const std::string& text) {
     const auto directory = temporary / "commands";

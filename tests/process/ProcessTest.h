@@ -148,6 +148,20 @@ class ProcessTest : public testing::Test {
     words.insert(words.begin(), bin / "quenlet");
     return run(std::move(words));
   }
+  // What a person types, how it ends, and what it says on either stream.
+  struct Row final {
+    std::vector<std::string> words;
+    int code;
+    std::vector<std::string> said;
+  };
+  void expect(const std::vector<Row>& rows) {
+    for (const auto& [words, code, said] : rows) {
+      const Ran ran = quenlet(words);
+      const std::string all = testing::PrintToString(words) + "\n" + ran.out + ran.err;
+      EXPECT_EQ(ran.code, code) << all;
+      for (const std::string& text : said) EXPECT_THAT(all, testing::HasSubstr(text));
+    }
+  }
   // Writes a card and donates it. `lines` are its properties besides FN.
   Ran donate(const std::string& bundle, const std::string& fullName,
              const std::vector<std::string>& lines) {

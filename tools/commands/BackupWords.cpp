@@ -8,6 +8,7 @@
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationRemarks.h"
 #include "tools/owner/OwnersHome.h"
+#include "tools/presentation/Wording.h"
 
 namespace quenlet {
 namespace {
@@ -89,12 +90,12 @@ ExitCode BackupWords::putInPlace(Session& session) const {
     return code;
   }
   const OwnersHome::Imported& imported = outcome.value();
-  session.out << "Imported " << count(imported.donations, "donation", "donations") << ", "
-              << count(imported.decisions, "decision", "decisions") << " on values, "
-              << count(imported.accounts, "account", "accounts")
+  session.out << "Imported " << counted(imported.donations, "donation") << ", "
+              << counted(imported.decisions, "decision") << " on values, "
+              << counted(imported.accounts, "account")
               << (imported.ownCard ? " and your own card.\n" : ".\n");
   if (imported.leftOut > 0) {
-    session.out << count(imported.leftOut, "donation was", "donations were")
+    session.out << counted(imported.leftOut, "donation was", "donations were")
                 << " left out: you rejected " << (imported.leftOut == 1 ? "it\n" : "them\n");
   }
   return ExitCode::done;

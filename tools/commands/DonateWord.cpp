@@ -12,6 +12,7 @@
 #include "tools/presentation/DonationPresenter.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/ValueText.h"
+#include "tools/presentation/Wording.h"
 
 namespace quenlet {
 namespace {
@@ -124,7 +125,7 @@ ExitCode DonateWord::checkPeople(const Inputs& inputs, const Session& session) c
   if (people.names().size() > 1) {
     sentence += "there are " + std::to_string(people.names().size()) + " names, not one";
   } else {
-    sentence += count(people.things().size(), "card is", "cards are") + " not a person's";
+    sentence += counted(people.things().size(), "card is", "cards are") + " not a person's";
   }
   std::vector<std::string> lines = firstOf(people.names());
   for (std::string& thing : firstOf(people.things())) lines.push_back(std::move(thing));

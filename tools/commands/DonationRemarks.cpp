@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tools/presentation/TerminalText.h"
+#include "tools/presentation/Wording.h"
 
 namespace quenlet {
 namespace {
@@ -24,10 +25,6 @@ std::string placesOf(const std::vector<SkippedEntry>& skipped) {
 }
 
 }  // namespace
-
-std::string count(std::size_t number, const char* one, const char* several) {
-  return std::to_string(number) + " " + (number == 1 ? one : several);
-}
 
 std::vector<std::string> firstOf(std::vector<std::string> lines) {
   if (lines.size() <= mostShown) return lines;
@@ -64,7 +61,7 @@ bool tellOfFaults(const std::vector<CardInput>& inputs, const Session& session) 
     }
     if (skipped == 0) continue;
     session.err << "quenlet: " << printable(input.path) << ": skipped "
-                << count(skipped, "entry", "entries")
+                << counted(skipped, "entry", "entries")
                 << " without a usable value: " << placesOf(entries) << "\n";
   }
   return areAllRead;
@@ -78,7 +75,7 @@ void tellOfRepeated(const std::vector<DonatedFile>& files, const Session& sessio
     all += file.donated.size();
   }
   if (all == keys.size()) return;
-  session.err << "quenlet: " << count(all - keys.size(), "value", "values")
+  session.err << "quenlet: " << counted(all - keys.size(), "value")
               << " will replace others of these files, whose cards have the same UID or place\n";
 }
 

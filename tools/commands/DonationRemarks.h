@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -11,8 +10,6 @@
 // What is said of a donation. Remarks go to the error stream.
 namespace quenlet {
 
-// "1 value", "2 values".
-[[nodiscard]] std::string count(std::size_t number, const char* one, const char* several);
 // The first ten, and a line that tells how many more there are.
 [[nodiscard]] std::vector<std::string> firstOf(std::vector<std::string> lines);
 // "5 donated as com.example.mail, 1 left out: you rejected it".

@@ -5,6 +5,7 @@
 #include "tools/commands/DonationRemarks.h"
 #include "tools/owner/OwnersDonations.h"
 #include "tools/presentation/TerminalText.h"
+#include "tools/presentation/Wording.h"
 
 namespace quenlet {
 namespace {
@@ -29,8 +30,8 @@ std::string bundlesOf(const JournalEntry& entry) {
 
 void tellRest(std::size_t number, const char* why, const Session& session) {
   if (number == 0) return;
-  session.out << count(number, "former value does", "former values do") << " not come back: " << why
-              << "\n";
+  session.out << counted(number, "former value does", "former values do")
+              << " not come back: " << why << "\n";
 }
 
 ExitCode tell(const Undone& undone, const Session& session) {
@@ -42,7 +43,7 @@ ExitCode tell(const Undone& undone, const Session& session) {
     session.err << "hint: \"quenlet forget BUNDLE\" takes back all that a donor gave\n";
     return code;
   }
-  session.out << "Took back " << donation << ": " << count(undone.removed, "value", "values")
+  session.out << "Took back " << donation << ": " << counted(undone.removed, "value")
               << " removed, " << undone.restored << " restored.\n";
   tellRest(undone.rejected, "rejected since", session);
   tellRest(undone.expired, "expired since", session);

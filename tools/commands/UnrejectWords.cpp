@@ -50,7 +50,7 @@ void writeTable(const Session& session, const Decisions& decisions) {
   TextTable table({{"#", TextTable::Fit::whole}, "KIND", "VALUE", "STATUS"});
   std::size_t number = 0;
   for (const FeedbackDecision& decision : decisions) {
-    table.addRow({std::to_string(++number), kindOf(decision.value), textOf(decision.value),
+    table.addRow({std::to_string(++number), titleOfKind(decision.value), textOf(decision.value),
                   wordFor(decision.status)});
   }
   table.write(session.out, session.screen);

@@ -100,12 +100,12 @@ void ReasonPresenter::writeGrouped(std::ostream& out, const Screen& screen,
     const DecodedDonation decoded = stated.donation->decoded();
     const Value value(decoded.content);
     groups[stated.state].add(stated.because, {std::to_string(stated.number), textOf(value),
-                                              kindOf(value), decoded.origin.bundleIdentifier});
+                                              titleOfKind(value), decoded.origin.bundleIdentifier});
   }
   for (const UnlistedValue& value : unlisted) {
     groups[value.state].add(value.because,
                             {"", value.value ? shownText(*value.value) : "",
-                             value.value ? kindOf(*value.value) : "", value.bundleIdentifier});
+                             value.value ? titleOfKind(*value.value) : "", value.bundleIdentifier});
   }
   for (const auto& [state, group] : groups) {
     out << "\n" << screen.styled(titleOf(state), TextStyle::bold) << "\n";
@@ -122,7 +122,7 @@ void ReasonPresenter::writeEach(std::ostream& out, const Screen& screen, Date no
     const DecodedDonation decoded = stated.donation->decoded();
     const Value value(decoded.content);
     each.write(textOf(value),
-               "Number " + std::to_string(stated.number) + ", " + kindOf(value) + ", " +
+               "Number " + std::to_string(stated.number) + ", " + titleOfKind(value) + ", " +
                    originText(decoded.origin),
                stated.state, stated.isShown() ? whyStillShown(stated, now) : stated.because);
   }

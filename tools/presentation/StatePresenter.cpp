@@ -1,5 +1,7 @@
 #include "tools/presentation/StatePresenter.h"
 
+#include <string>
+#include <string_view>
 #include <variant>
 
 #include "platform/foundation/JSONWriter.h"
@@ -16,6 +18,17 @@ using Fit = TextTable::Fit;
 bool isWithoutBytes(const Value& value) {
   const auto* image = std::get_if<Value::ImageData>(&value.cases());
   return image && image->bytes->empty();
+}
+
+// "own card has it" for "ownCardHasIt".
+std::string spoken(std::string_view word) {
+  std::string text;
+  for (const char letter : word) {
+    const bool begins = letter >= 'A' && letter <= 'Z';
+    if (begins) text += ' ';
+    text += begins ? static_cast<char>(letter - 'A' + 'a') : letter;
+  }
+  return text;
 }
 
 void writeState(JSONWriter& json, DonationState state, const std::string& because) {
@@ -73,8 +86,8 @@ void StatePresenter::writeTable(std::ostream& out, const Screen& screen,
     const DecodedDonation decoded = stated.donation->decoded();
     const Value value(decoded.content);
     const DonationOrigin& origin = decoded.origin;
-    table.addRow({std::to_string(stated.number), textOf(value), wordFor(stated.state),
-                  origin.bundleIdentifier, dayOf(origin.expirationDate), kindOf(value),
+    table.addRow({std::to_string(stated.number), textOf(value), spoken(wordFor(stated.state)),
+                  origin.bundleIdentifier, dayOf(origin.expirationDate), titleOfKind(value),
                   labelOf(value), origin.donationIdentifier, origin.clusterIdentifier.value_or(""),
                   dayOf(origin.donationDate)});
   }

@@ -4,6 +4,7 @@
 #include <variant>
 
 #include "platform/contacts/PostalAddressFormatter.h"
+#include "tools/presentation/ImageType.h"
 
 namespace quenlet {
 namespace {
@@ -43,14 +44,6 @@ struct Text final {
   std::string operator()(const Value::ImageData& image) const { return imageText(*image.bytes); }
 };
 
-const char* imageType(std::string_view bytes) {
-  if (bytes.starts_with("\xFF\xD8\xFF")) return "JPEG";
-  if (bytes.starts_with("\x89PNG\r\n\x1A\n")) return "PNG";
-  if (bytes.starts_with("GIF87a") || bytes.starts_with("GIF89a")) return "GIF";
-  if (bytes.starts_with("RIFF") && bytes.substr(0, 12).ends_with("WEBP")) return "WebP";
-  return "unknown type";
-}
-
 }  // namespace
 
 const char* kindOf(const Value& value) { return std::visit(Kind{}, value.cases()); }
@@ -82,7 +75,8 @@ std::string textOf(const PostalAddress& address) {
 }
 
 std::string imageText(std::string_view imageData) {
-  return std::to_string(imageData.size()) + " bytes, " + imageType(imageData);
+  const std::optional<ImageType> type = ImageType::of(imageData);
+  return std::to_string(imageData.size()) + " bytes, " + (type ? type->name : "unknown type");
 }
 
 std::string dayOf(Date date) {

@@ -44,6 +44,10 @@ std::string counted(std::size_t number, const std::string& noun) {
   return numberText(number) + " " + noun + (number == 1 ? "" : "s");
 }
 
+std::string counted(std::size_t number, const char* one, const char* several) {
+  return numberText(number) + " " + (number == 1 ? one : several);
+}
+
 std::string enumerated(const std::vector<std::string>& words) {
   constexpr std::size_t most = 3;
   const std::size_t left = words.size() > most + 1 ? words.size() - most : 0;

@@ -13,6 +13,8 @@ namespace quenlet {
 [[nodiscard]] std::string numberText(std::size_t number);
 // "1 donation", "3,000 donations".
 [[nodiscard]] std::string counted(std::size_t number, const std::string& noun);
+// "1 entry", "3 entries".
+[[nodiscard]] std::string counted(std::size_t number, const char* one, const char* several);
 // "a", "a and b", "a, b and c", "a, b, c and 4 more".
 [[nodiscard]] std::string enumerated(const std::vector<std::string>& words);
 // "the e-mail address ann@example.org", "the image (14 bytes, GIF)".

@@ -117,7 +117,7 @@ TEST_F(CommandLineTest, ListsSomeOfTheDonationsAndSaysWhenNoneIsLikeThat) {
       {"list --expiring=0 --bundle bundle", 0, "#  VALUE", ""},
       {"list --expiring --hidden", 0, "The only donation is not like that.\n", ""},
       {"list --expiring=soon", 2, "", "quenlet: usage 2: "},
-      {"why 1", 0, "ann@example.org\n  Number 1, emailAddress, from bundle as id in ", ""},
+      {"why 1", 0, "ann@example.org\n  Number 1, e-mail, from bundle as id in ", ""},
       {"why Ann@Example.ORG", 0, "ann@example.org\n", ""},
       {"why id", 0, "ann@example.org\n", ""},
       {"why 2", 1, "", "quenlet: not-found 1: nothing that was donated is 2\nhint: "},

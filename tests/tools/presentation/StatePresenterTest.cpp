@@ -41,13 +41,14 @@ class StatePresenterTest : public testing::Test {
 
 TEST_F(StatePresenterTest, ListsWithANumberAndAStateInFront) {
   StatePresenter::writeTable(out, {.width = 80}, stated);
-  EXPECT_EQ(out.str(),
-            "#  VALUE            STATE        BUNDLE    EXPIRES     KIND          LABEL\n"
-            "1  +1 202 555 0100  silenced     org.shop  1970-02-10  phoneNumber   home\n"
-            "2  Jo               silenced     org.shop  1970-02-20  name\n"
-            "3  rob@x.org        shown        org.mail  1970-01-21  emailAddress  home\n"
-            "4  Rob@x.org        givenBefore  org.bank  1970-03-02  emailAddress  home\n"
-            "5  eve@x.org        shown        org.bank  1970-03-02  emailAddress  home\n");
+  EXPECT_EQ(
+      out.str(),
+      "#  VALUE            STATE         BUNDLE    EXPIRES     KIND    LABEL  DONATION\n"
+      "1  +1 202 555 0100  silenced      org.shop  1970-02-10  phone   home   s:tel\n"
+      "2  Jo               silenced      org.shop  1970-02-20  name           s:n\n"
+      "3  rob@x.org        shown         org.mail  1970-01-21  e-mail  home   m:1\n"
+      "4  Rob@x.org        given before  org.bank  1970-03-02  e-mail  home   b:1\n"
+      "5  eve@x.org        shown         org.bank  1970-03-02  e-mail  home   b:2\xEF\xBF\xBD\n");
 }
 
 TEST_F(StatePresenterTest, TellsProgramsOfTheStateAndTheOtherDonation) {
@@ -71,26 +72,26 @@ TEST_F(StatePresenterTest, GroupsByStateAndReason) {
   EXPECT_EQ(out.str(), R"(
 Silenced: the donor knows you by another name
   org.shop calls you Jo; your own card says Rob.
-    1  +1 202 555 0100  phoneNumber  org.shop
-    2  Jo               name         org.shop
+    1  +1 202 555 0100  phone  org.shop
+    2  Jo               name   org.shop
   If that is your name as well, put it on your own card:
   quenlet me set FILE. If it is not, quenlet forget BUNDLE
   takes the donor's values away.
 
 Given twice
   org.mail gave it first.
-    4  Rob@x.org  emailAddress  org.bank
+    4  Rob@x.org  e-mail  org.bank
   Nothing is missing: the card shows the value once, as it
   was given first.
 
 Rejected
   You rejected it.
-    +1 202 555 0109  phoneNumber
+    +1 202 555 0109  phone
   quenlet unreject VALUE lets it be donated again.
 
 Expired
   It expired.
-    an image  imageData  org.file
+    an image  image  org.file
   Donate it again; --expires DAYS sets for how long.
 
 Left out when a file was read
@@ -103,14 +104,14 @@ Left out when a file was read
 TEST_F(StatePresenterTest, TellsOfEachValueByItself) {
   ReasonPresenter::writeEach(out, {.width = 66}, Date(30 * day), {stated[2], stated[0]}, unlisted);
   EXPECT_EQ(out.str(), R"(rob@x.org
-  Number 3, emailAddress, from org.mail as m:1, donated
-  1970-01-02, until 1970-01-21
+  Number 3, e-mail, from org.mail as m:1, donated 1970-01-02,
+  until 1970-01-21
   On the card.
   It has expired, and goes when the agent next starts, unless its
   donor renews it.
 
 +1 202 555 0100
-  Number 1, phoneNumber, from org.shop as s:tel in the cluster c,
+  Number 1, phone, from org.shop as s:tel in the cluster c,
   donated 1970-01-02, until 1970-02-10
   Silenced: the donor knows you by another name.
   org.shop calls you Jo; your own card says Rob.
