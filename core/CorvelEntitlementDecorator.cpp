@@ -3,11 +3,6 @@
 #include "protocol/ClientEntitlements.h"
 
 namespace quenlet {
-namespace {
-
-constexpr std::int64_t missingEntitlementCode = 4097;
-
-}  // namespace
 
 CorvelEntitlementDecorator::CorvelEntitlementDecorator(AgentEnvironmentProtocol& environment,
                                                        std::shared_ptr<CorvelProtocol> gatedAgent,
@@ -44,7 +39,7 @@ ErrorPtr CorvelEntitlementDecorator::denial() {
   try {
     const bool entitled = checkEntitlements();
     return endCheck(entitled, entitled ? nullptr
-                                       : makeError(GeneralErrorDomain, missingEntitlementCode,
+                                       : makeError(GeneralErrorDomain, MissingEntitlementCode,
                                                    "connection to corvel: missing entitlement"));
   } catch (...) {
     static_cast<void>(endCheck(std::nullopt, nullptr));

@@ -10,4 +10,14 @@ bool grants(const std::optional<PropertyList>& value) {
   return false;
 }
 
+std::vector<std::string> bundlesIn(const PropertyList& value) {
+  std::vector<std::string> bundles;
+  if (value.array() == nullptr) return bundles;
+  for (const PropertyList& bundle : *value.array()) {
+    if (bundle.string() == nullptr) return {};
+    bundles.push_back(*bundle.string());
+  }
+  return bundles;
+}
+
 }  // namespace quenlet

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "platform/foundation/PropertyList.h"
 
@@ -13,7 +16,12 @@ inline constexpr char SuggestionsEntitlement[] = "ovaro.private.suggestions.cont
 // The bundles under which a program may donate, replace and remove; all without this one.
 inline constexpr char BundlesEntitlement[] = "org.quenlet.bundles";
 
+// The code, in GeneralErrorDomain, of a refusal for want of the first two.
+inline constexpr std::int64_t MissingEntitlementCode = 4097;
+
 // Only `true` or a number other than zero grants; text and lists never do.
 [[nodiscard]] bool grants(const std::optional<PropertyList>& value);
+// The bundles in a value of BundlesEntitlement: none when it is not a list of texts.
+[[nodiscard]] std::vector<std::string> bundlesIn(const PropertyList& value);
 
 }  // namespace quenlet

@@ -1,17 +1,15 @@
 #include "storage/BundleLimit.h"
 
 #include "platform/ipc/ServiceInterface.h"
+#include "protocol/ClientEntitlements.h"
 
 namespace quenlet {
 
 std::optional<BundleLimit> BundleLimit::ofEntitlement(const std::optional<PropertyList>& value) {
   if (!value) return std::nullopt;
   BundleLimit limit;
-  const PropertyListArray* identifiers = value->array();
-  if (identifiers == nullptr) return limit;
-  for (const PropertyList& identifier : *identifiers) {
-    if (identifier.string() == nullptr) return BundleLimit();
-    limit.allowed.insert(DonationKeys::ofText(*identifier.string()));
+  for (const std::string& bundle : bundlesIn(*value)) {
+    limit.allowed.insert(DonationKeys::ofText(bundle));
   }
   return limit;
 }

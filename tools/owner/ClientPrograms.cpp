@@ -15,18 +15,10 @@ bool isGranted(const PropertyListDictionary& entitlements, const char* name) {
   return value != nullptr && grants(*value);
 }
 
-// A list with anything but texts allows no bundle.
-std::optional<std::vector<std::string>> bundlesIn(const PropertyListDictionary& entitlements) {
+std::optional<std::vector<std::string>> bundlesOf(const PropertyListDictionary& entitlements) {
   const PropertyList* value = findEntry(entitlements, BundlesEntitlement);
   if (value == nullptr) return std::nullopt;
-  std::vector<std::string> bundles;
-  const PropertyListArray* listed = value->array();
-  if (listed == nullptr) return bundles;
-  for (const PropertyList& bundle : *listed) {
-    if (bundle.string() == nullptr) return std::vector<std::string>();
-    bundles.push_back(*bundle.string());
-  }
-  return bundles;
+  return bundlesIn(*value);
 }
 
 }  // namespace
@@ -43,7 +35,7 @@ ClientPrograms ClientPrograms::read() {
     read.programs.push_back({path, program.files,
                              isGranted(entitlements, ContactsEntitlement) ||
                                  isGranted(entitlements, SuggestionsEntitlement),
-                             bundlesIn(entitlements), trusted.ok() ? nullptr : trusted.error()});
+                             bundlesOf(entitlements), trusted.ok() ? nullptr : trusted.error()});
   }
   return read;
 }
