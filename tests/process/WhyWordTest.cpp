@@ -32,7 +32,7 @@ TEST_F(WhyWordTest, TellsEachReasonOfWhatTheAgentLists) {
       {{"list", "--hidden", "--bundle", "org.shop"}, 0, {"names disagree", "given before"}},
       {{"list", "--expiring=89"}, 0, {"None of 6 donations is like that.\n"}},
       {{"list", "--expiring=91"}, 0, {"+1 202 555 0120"}},
-      {{"why", "+1 202 555 0199"}, 1, {"quenlet: not-found 1: ", "hint: quenlet list"}},
+      {{"why", "+1 202 555 0199"}, 1, {"quenlet: no-match 1: ", "hint: quenlet list"}},
   });
 
   writeFile(ownersCard, cardText("Robin Hartwell", {"EMAIL:rob@googlemail.com"}));
@@ -79,7 +79,7 @@ TEST_F(WhyWordTest, TellsWhatBecameOfValuesThatTheAgentNoLongerLists) {
             "Left out when a file was read\n  Line 4 of its file (TEL) has no value"}}});
   disableDonations();
   expect({{{"why"}, 0, {"Donations are off, so the agent keeps and shows none: quenlet enable\n"}},
-          {{"why", "+1 202 555 0140"}, 1, {"not-found 1", "hint: donations are off: quenlet"}}});
+          {{"why", "+1 202 555 0140"}, 1, {"no-match 1", "hint: donations are off: quenlet"}}});
 }
 
 }  // namespace

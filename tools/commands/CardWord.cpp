@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <tuple>
 
@@ -10,6 +11,7 @@
 #include "tools/owner/OwnersValues.h"
 #include "tools/owner/ShownNumbers.h"
 #include "tools/presentation/CardPresenter.h"
+#include "tools/presentation/Wording.h"
 
 namespace quenlet {
 namespace {
@@ -56,21 +58,24 @@ ExitCode CardWord::run(Session& session) const {
 ExitCode CardWord::writeText(Session& session, const Contact& card) {
   const Result<StatedDonations> listed = listedDonations(session.agent);
   if (!listed.ok()) return session.failWith(listed.error());
-  const auto hidden = static_cast<std::size_t>(
-      std::count_if(listed.value().begin(), listed.value().end(),
-                    [](const StatedDonation& stated) { return !stated.isShown(); }));
+  StatedDonations shown;
+  std::copy_if(listed.value().begin(), listed.value().end(), std::back_inserter(shown),
+               [](const StatedDonation& stated) { return stated.isShown(); });
+  const std::size_t hidden = listed.value().size() - shown.size();
   const bool isEmpty = !CardPresenter::writeText(session.out, session.screen, card, listed.value());
-  ShownNumbers::ofDonations().remember(ShownNumbers::itemsOf(donationsOf(listed.value())));
-  if (listed.value().empty()) {
+  ShownNumbers::rememberDonations(listed.value(), shown);
+  // The list came after the card, and may be newer.
+  if (isEmpty && listed.value().empty()) {
     session.out << "The card is empty: nothing is donated. quenlet donate FILE makes a start.\n";
+  } else if (isEmpty && hidden == 0) {
+    session.out << "The card is empty: what is donated has no text, or came just now.\n";
   } else if (isEmpty) {
     session.out << "The card is empty. ";
   } else if (hidden > 0) {
     session.out << "\n";
   }
   if (hidden > 0) {
-    session.out << hidden << (hidden == 1 ? " donation is" : " donations are")
-                << " not shown: quenlet why\n";
+    session.out << counted(hidden, "donation is", "donations are") << " not shown: quenlet why\n";
   }
   return ExitCode::done;
 }

@@ -18,7 +18,7 @@ bool isUsable(const Session& session, const DonationValues& list, const Selectio
     return false;
   }
   if (selection.by != SelectedBy::number ||
-      ShownNumbers::ofDonations().hold(ShownNumbers::itemsOf(list))) {
+      ShownNumbers::ofDonations().hold(ShownNumbers::itemsOf(list), selection.places.front())) {
     return true;
   }
   session.refuse("stale-number", "the list has changed since its numbers were shown",

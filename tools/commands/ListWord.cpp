@@ -79,9 +79,8 @@ ExitCode ListWord::run(Session& session) const {
     session.out << whyEmpty(listed.value().size()) << "\n";
   } else {
     StatePresenter::writeTable(session.out, session.screen, some);
-    // The numbers are places in the whole list, whatever is left out here.
-    ShownNumbers::ofDonations().remember(ShownNumbers::itemsOf(donationsOf(listed.value())));
   }
+  ShownNumbers::rememberDonations(listed.value(), some);
   return ExitCode::done;
 }
 

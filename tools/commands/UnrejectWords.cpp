@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -54,7 +55,9 @@ void writeTable(const Session& session, const Decisions& decisions) {
                   wordFor(decision.status)});
   }
   table.write(session.out, session.screen);
-  ShownNumbers::ofRejections().remember(itemsOf(decisions));
+  std::vector<std::size_t> places(decisions.size());
+  std::iota(places.begin(), places.end(), 0);
+  ShownNumbers::ofRejections().remember(itemsOf(decisions), places);
 }
 
 // "rejections", "unreject" and "clear-rejections": what keeps values away, and its end.
@@ -138,7 +141,7 @@ std::optional<Decisions> UnrejectWords::named(const Session& session,
                      "quenlet rejections shows what is");
       return std::nullopt;
     }
-    if (!ShownNumbers::ofRejections().hold(itemsOf(decisions))) {
+    if (!ShownNumbers::ofRejections().hold(itemsOf(decisions), number - 1)) {
       session.refuse("stale-number", "the rejections have changed since their numbers were shown",
                      "quenlet rejections shows the present ones");
       return std::nullopt;

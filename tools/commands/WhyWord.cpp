@@ -9,6 +9,7 @@
 #include "tools/owner/ShownNumbers.h"
 #include "tools/presentation/ReasonPresenter.h"
 #include "tools/presentation/StatePresenter.h"
+#include "tools/presentation/Wording.h"
 
 namespace quenlet {
 namespace {
@@ -69,8 +70,8 @@ std::string summary(const OwnersValues& hidden, std::size_t total) {
   }
   if (total == 0) return "There are no donations: quenlet donate FILE makes a start.";
   if (hidden.listed.empty()) return "Every donation is on the card.";
-  return std::to_string(hidden.listed.size()) + " of " + std::to_string(total) +
-         (total == 1 ? " donation is" : " donations are") + " not shown.";
+  return numberText(hidden.listed.size()) + " of " + counted(total, "donation") +
+         (hidden.listed.size() == 1 ? " is" : " are") + " not shown.";
 }
 
 void WhyWord::write(const Session& session, const OwnersValues& chosen, std::size_t total) const {
@@ -92,16 +93,12 @@ ExitCode WhyWord::run(Session& session) const {
   ExitCode code = ExitCode::done;
   for (const ErrorPtr& problem : all.value().problems) code = session.failWith(problem);
   if (!named.empty() && chosen.listed.empty() && chosen.unlisted.empty()) {
-    code = session.failWith(makeError("not-found", 1, "nothing that was donated is " + named));
-    session.err << (all.value().donationsEnabled ? "hint: quenlet list shows what there is\n"
-                                                 : "hint: donations are off: quenlet enable\n");
-    return code;
+    return session.refuse("no-match", "nothing that was donated is \"" + named + "\"",
+                          all.value().donationsEnabled ? "quenlet list shows what there is"
+                                                       : "donations are off: quenlet enable");
   }
   write(session, chosen, all.value().listed.size());
-  // Both texts show numbers.
-  if (!asJSON) {
-    ShownNumbers::ofDonations().remember(ShownNumbers::itemsOf(donationsOf(all.value().listed)));
-  }
+  ShownNumbers::rememberDonations(all.value().listed, chosen.listed);
   return code;
 }
 

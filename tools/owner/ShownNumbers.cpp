@@ -10,11 +10,7 @@
 namespace quenlet {
 namespace {
 
-std::string digestOf(const std::vector<std::string>& items) {
-  std::string digests;
-  for (const std::string& item : items) digests += sha256(item);
-  return sha256(digests);
-}
+constexpr std::size_t digestSize = 32;
 
 }  // namespace
 
@@ -23,16 +19,35 @@ ShownNumbers::ShownNumbers(const char* fileName) {
   if (runtime.ok()) file = runtime.value() / "quenlet" / fileName;
 }
 
-void ShownNumbers::remember(const std::vector<std::string>& items) const {
-  if (!file) return;
-  PosixFileOperations operations;
-  static_cast<void>(DurableFileWriter(operations).replace(*file, digestOf(items)));
+void ShownNumbers::rememberDonations(const StatedDonations& list, const StatedDonations& shown) {
+  std::vector<std::size_t> places;
+  places.reserve(shown.size());
+  for (const StatedDonation& stated : shown) places.push_back(stated.number - 1);
+  ofDonations().remember(itemsOf(donationsOf(list)), places);
 }
 
-bool ShownNumbers::hold(const std::vector<std::string>& items) const {
-  if (!file) return false;
+std::string ShownNumbers::digests() const {
+  if (!file) return {};
   const auto shown = PosixDataProxy().dataWithContentsOfURL(*file);
-  return shown.result().ok() && shown.result().value() == digestOf(items);
+  return shown.result().ok() ? shown.result().value() : std::string();
+}
+
+void ShownNumbers::remember(const std::vector<std::string>& items,
+                            const std::vector<std::size_t>& shownPlaces) const {
+  if (!file) return;
+  std::string all = digests();
+  all.resize(items.size() * digestSize);
+  for (const std::size_t place : shownPlaces) {
+    all.replace(place * digestSize, digestSize, sha256(items[place]));
+  }
+  PosixFileOperations operations;
+  static_cast<void>(DurableFileWriter(operations).replace(*file, all));
+}
+
+bool ShownNumbers::hold(const std::vector<std::string>& items, std::size_t place) const {
+  const std::string all = digests();
+  return place < items.size() && all.size() >= (place + 1) * digestSize &&
+         all.compare(place * digestSize, digestSize, sha256(items[place])) == 0;
 }
 
 std::vector<std::string> ShownNumbers::itemsOf(const DonationValues& donations) {
@@ -40,7 +55,7 @@ std::vector<std::string> ShownNumbers::itemsOf(const DonationValues& donations) 
   items.reserve(donations.size());
   for (const DonationValuePtr& donation : donations) {
     items.push_back(donation->decoded().origin.donationIdentifier + '\n' +
-                    FeedbackContent::contentOfValue(*donation).key);
+                    FeedbackContent::keyOfValue(donation->value()));
   }
   return items;
 }
