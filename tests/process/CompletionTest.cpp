@@ -51,6 +51,11 @@ TEST_F(CompletionTest, OffersWordsOptionsAndWhatTheAgentHas) {
     EXPECT_EQ(offersFor(line), offers);
   }
   EXPECT_FALSE(std::filesystem::exists(home / "made"));
+  if (run({"/bin/sh", "-c", "command -v fish"}).code != 0) GTEST_SKIP() << "fish is not installed";
+  const Ran fish = run({"env", "PATH=" + bin.native() + ":/usr/bin:/bin", "fish", "-c",
+                        "source $argv[1]; complete -C 'quenlet list --bundle c'",
+                        bin.parent_path() / "share/fish/vendor_completions.d/quenlet.fish"});
+  EXPECT_THAT(fish.out, testing::StartsWith("com.example.mail")) << fish.err;
 }
 
 }  // namespace

@@ -70,13 +70,6 @@ struct Words final {
   std::vector<std::string> explained;
 };
 
-ExitCode failWithUsage(const Session& session, const std::string& sentence,
-                       const std::string& hint) {
-  session.err << "quenlet: usage " << static_cast<int>(ExitCode::usage) << ": "
-              << printable(sentence) << "\nhint: " << hint << "\n";
-  return ExitCode::usage;
-}
-
 std::string hintAtHelp(const CLI::App& word) { return fullName(word) + " --help"; }
 
 ExitCode failWithUnknown(const Session& session, const CLI::App& above, const std::string& text) {
@@ -84,15 +77,15 @@ ExitCode failWithUnknown(const Session& session, const CLI::App& above, const st
   for (const std::string& word : similarWords(above, text)) {
     hint += (hint.empty() ? "did you mean " : " or ") + word;
   }
-  if (hint.empty()) return failWithUsage(session, "there is no word " + text, hintAtHelp(above));
-  return failWithUsage(session, "there is no word " + text, hint + "?");
+  return session.failWithUsage("unknown word: " + text, {},
+                               hint.empty() ? hintAtHelp(above) : hint + "?");
 }
 
 // For a request for help or for the version, and for wrong usage of `word`.
 ExitCode tellUsage(const Words& words, const CLI::App& word, const CLI::ParseError& failure,
                    const Session& session) {
   if (failure.get_exit_code() != 0) {
-    return failWithUsage(session, failure.what(), hintAtHelp(word));
+    return session.failWithUsage(failure.what(), {}, hintAtHelp(word));
   }
   words.app.exit(failure, session.out, session.err);
   return ExitCode::done;
@@ -117,7 +110,7 @@ ExitCode CommandLine::run(std::vector<std::string> arguments, Session& session) 
     return tellUsage(words, *named.word, failure, session);
   }
   if (!words.chosen) {
-    return failWithUsage(session, "it takes a word that says what to do", hintAtHelp(words.app));
+    return session.failWithUsage("it takes a word that says what to do", {}, hintAtHelp(words.app));
   }
   if (words.isWide) session.screen.width = Screen::unlimitedWidth;
   const ExitCode code = words.chosen(session);

@@ -9,8 +9,7 @@ namespace quenlet {
 ExitCode askOwner(const Session& session, bool isConfirmed, const std::string& question) {
   if (isConfirmed) return ExitCode::done;
   if (::isatty(STDIN_FILENO) != 1 || ::isatty(STDERR_FILENO) != 1) {
-    return session.refuse("usage", "nobody can be asked: " + question, "--yes agrees to it",
-                          ExitCode::usage);
+    return session.failWithUsage("nobody can be asked: " + question, {}, "--yes agrees to it");
   }
   session.err << question << " [y/N] " << std::flush;
   std::string answer;

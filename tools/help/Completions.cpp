@@ -136,7 +136,8 @@ _quenlet() {
     '' | any) ;;
     files)
       compopt -o filenames 2>/dev/null
-      mapfile -t COMPREPLY < <(compgen -f -- "$cur")
+      # The shell's own word, in which blanks may be escaped.
+      mapfile -t COMPREPLY < <(compgen -f -- "${2-$cur}")
       ;;
     *)
       while IFS=$'\t' read -r value _; do

@@ -120,7 +120,7 @@ TEST_F(CommandLineTest, ListsSomeOfTheDonationsAndSaysWhenNoneIsLikeThat) {
       {"why 1", 0, "ann@example.org\n  Number 1, e-mail, from bundle as id in ", ""},
       {"why Ann@Example.ORG", 0, "ann@example.org\n", ""},
       {"why id", 0, "ann@example.org\n", ""},
-      {"why 2", 1, "", "quenlet: not-found 1: nothing that was donated is 2\nhint: "},
+      {"why 2", 1, "", "quenlet: no-match 1: nothing that was donated is \"2\"\nhint: "},
   };
   for (const auto& [words, code, text, error] : rows) {
     EXPECT_EQ(run(words), code) << words;
@@ -166,11 +166,11 @@ TEST_F(CommandLineTest, RefusesWrongUsageWithoutAskingTheAgent) {
     EXPECT_THAT(err.str(), StartsWith("quenlet: usage 2: "));
   }
   const std::pair<const char*, const char*> slips[] = {
-      {"lsit", "there is no word lsit\nhint: did you mean list?\n"},
-      {"sta", "there is no word sta\nhint: did you mean status or stats?\n"},
-      {"--wide account ad", "there is no word ad\nhint: did you mean add?\n"},
-      {"help cart", "there is no word cart\nhint: did you mean card?\n"},
-      {"entirely", "there is no word entirely\nhint: quenlet --help\n"},
+      {"lsit", "unknown word: lsit\nhint: did you mean list?\n"},
+      {"sta", "unknown word: sta\nhint: did you mean status or stats?\n"},
+      {"--wide account ad", "unknown word: ad\nhint: did you mean add?\n"},
+      {"help cart", "unknown word: cart\nhint: did you mean card?\n"},
+      {"entirely", "unknown word: entirely\nhint: quenlet --help\n"},
       {"account add", "hint: quenlet account add --help\n"},
   };
   for (const auto& [words, said] : slips) {
