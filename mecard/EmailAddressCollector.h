@@ -19,12 +19,8 @@ class EmailAddressCollector final : public DonationValueVisitor {
  public:
   explicit EmailAddressCollector(const std::vector<std::string>& blacklistedEmailAddresses);
 
-  // Whether `donation` stays: it is anything but a blacklisted address.
-  [[nodiscard]] bool collects(const DonationValue& donation) {
-    return repeatedAddress(donation) == nullptr;
-  }
-  // The curated address that `donation` repeats, valid for the collector's life; null when it
-  // stays.
+  // The curated address that `donation` repeats, valid for the collector's life; null for anything
+  // else, which stays.
   [[nodiscard]] const std::string* repeatedAddress(const DonationValue& donation);
 
   void visitEmailAddress(const DonationValue& donation) override;

@@ -30,7 +30,7 @@ class UserDirectories final {
   // agent.
   [[nodiscard]] static Result<std::filesystem::path> runtimeDirectory(
       const std::filesystem::path& login = "/run/user");
-  // The same place without a look at it, which makes none.
+  // The same place, neither examined nor created.
   [[nodiscard]] static Result<std::filesystem::path> placeOfRuntimeDirectory(
       const std::filesystem::path& login = "/run/user");
 

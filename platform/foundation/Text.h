@@ -43,7 +43,7 @@ void appendCharacter(std::string& output, char32_t character);
 
 // The number of columns that a character takes on a terminal: 2 for the wide ones of East Asia and
 // most emoji; 0 for what joins the character before it or has no shape of its own, such as accents
-// and zero-width joiners. What is a control character has no meaningful width.
+// and zero-width joiners. The width of a control character means nothing.
 [[nodiscard]] std::size_t displayWidth(char32_t character);
 // The sum over all characters of valid UTF-8.
 [[nodiscard]] std::size_t displayWidth(std::string_view text);

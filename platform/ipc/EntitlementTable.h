@@ -25,7 +25,7 @@ class EntitlementTable final {
   struct Program final {
     std::shared_ptr<PropertyListDictionary> entitlements =
         std::make_shared<PropertyListDictionary>();
-    // That name it, in the order in which they were read.
+    // The files that name it, in the order in which they were read.
     std::vector<std::filesystem::path> files;
   };
   // A file, directory or entry that was left out.

@@ -100,7 +100,7 @@ TEST_F(BuiltExtensionTest, DonatesForNoOtherBundleAndDoesWhatTheGuideSays) {
       {"com.example.mail", "guide-extension", ""},
   };
   for (const auto& [bundle, program, said] : rows) {
-    // A copy that nobody else can write, under any umask.
+    // A copy that only the user can write, under any umask.
     const auto bin = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     write(program, readFile(bin / program), 0755);
     install(bundle, root / program);

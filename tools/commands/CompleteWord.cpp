@@ -102,7 +102,7 @@ constexpr std::array<std::pair<const char*, Source>, 5> sources = {{
 }};
 
 // "complete", hidden: what the shells' completion scripts ask. Says nothing when it has nothing to
-// offer, whatever the reason. Stateless but for its argument.
+// offer, for any reason. Keeps its argument only.
 class CompleteWord final : public Command {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen) override;

@@ -124,14 +124,14 @@ ExitCode MeWord::show(Session& session, const WholeCard& card) const {
 
 ExitCode MeWord::showFirst(Session& session, const WholeCard& card) const {
   const auto value = WholeCardPresenter::firstOf(card, wantedKind);
-  if (!value) return fail(session, "there is no " + wantedKind);
+  if (!value) return fail(session, wantedKind + " is not known");
   session.out << printable(*value) << "\n";
   return ExitCode::done;
 }
 
 ExitCode MeWord::writeImage(Session& session, const WholeCard& card) const {
   const auto& image = card.contact.imageData();
-  if (!image) return fail(session, "there is no picture");
+  if (!image) return fail(session, "a picture is not known");
   PosixFileOperations operations;
   DurableFileWriter writer(operations);
   const ErrorPtr error =

@@ -1,7 +1,7 @@
 #include "tools/commands/Session.h"
 
 #include "platform/ipc/ServiceInterface.h"
-#include "tools/commands/Hints.h"
+#include "tools/owner/Hints.h"
 #include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
@@ -10,6 +10,11 @@ namespace {
 
 bool isServiceError(const Error& error, ServiceErrorCode code) {
   return error.domain() == ServiceErrorDomain && error.code() == static_cast<std::int64_t>(code);
+}
+
+void tell(const Session& session, const std::string& lead, const std::string& sentence) {
+  session.errorScreen.writeParagraph(session.err, lead + printable(sentence), 0, 2);
+  session.err << std::flush;
 }
 
 }  // namespace
@@ -23,32 +28,32 @@ bool isNoAnswer(const Error& error) {
   return isNoAgent(error) || isServiceError(error, ServiceErrorCode::timedOut);
 }
 
+void Session::say(const std::string& sentences) const {
+  screen.writeParagraph(out, printable(sentences));
+}
+
 ExitCode Session::failWith(const ErrorPtr& error) const {
-  err << "quenlet: " << printable(error->description()) << "\n" << std::flush;
+  tell(*this, "quenlet: ", error->description());
   hintAt(*error);
   return isNoAnswer(*error) ? ExitCode::noAgent : ExitCode::refused;
 }
 
 void Session::hintAt(const Error& error) const {
-  for (const std::string& line : hintsFor(error)) err << "hint: " << printable(line) << "\n";
-  err << std::flush;
+  for (const std::string& line : hintsFor(error)) tell(*this, "hint: ", line);
 }
 
-ExitCode Session::refuse(const char* domain, const std::string& sentence, const std::string& hint,
-                         ExitCode code) const {
-  err << "quenlet: " << domain << " " << static_cast<int>(code) << ": " << printable(sentence)
-      << "\nhint: " << printable(hint) << "\n"
-      << std::flush;
-  return code;
+ExitCode Session::refuse(const char* domain, const std::string& sentence,
+                         const std::string& hint) const {
+  tell(*this, std::string("quenlet: ") + domain + " 1: ", sentence);
+  tell(*this, "hint: ", hint);
+  return ExitCode::refused;
 }
 
 ExitCode Session::failWithUsage(const std::string& sentence, const std::vector<std::string>& lines,
                                 const std::string& hint) const {
-  err << "quenlet: usage " << static_cast<int>(ExitCode::usage) << ": " << printable(sentence)
-      << "\n";
-  for (const std::string& line : lines) err << "  " << printable(line) << "\n";
-  if (!hint.empty()) err << "hint: " << printable(hint) << "\n";
-  err << std::flush;
+  tell(*this, "quenlet: usage 2: ", sentence);
+  for (const std::string& line : lines) tell(*this, "  ", line);
+  if (!hint.empty()) tell(*this, "hint: ", hint);
   return ExitCode::usage;
 }
 

@@ -33,18 +33,22 @@ struct Session final {
   Date now;
   // Blocks the calling thread.
   std::function<void(std::chrono::milliseconds)> pause;
-  // Of `out`.
+  // What `out` is made for.
   Screen screen{};
+  // What `err` is made for: one line an error unless a person reads them.
+  Screen errorScreen{.width = Screen::unlimitedWidth};
+
+  // Writes sentences to `out`, made safe for a terminal, in lines that fit.
+  void say(const std::string& sentences) const;
 
   // Writes `error` to the error stream as "quenlet: <domain> <code>: <sentence>", with its hints,
   // and returns its exit code: noAgent when no answer came, else refused.
   [[nodiscard]] ExitCode failWith(const ErrorPtr& error) const;
   // Writes a line "hint: …" for each hint of Hints.h.
   void hintAt(const Error& error) const;
-  // Writes why the word itself refuses, as "quenlet: <domain> <code>: <sentence>", and a hint, and
-  // returns `code`.
-  ExitCode refuse(const char* domain, const std::string& sentence, const std::string& hint,
-                  ExitCode code = ExitCode::refused) const;
+  // Writes why the word itself refuses, as "quenlet: <domain> 1: <sentence>", and a hint, and
+  // returns refused.
+  ExitCode refuse(const char* domain, const std::string& sentence, const std::string& hint) const;
   // Writes `sentence` as wrong usage, "quenlet: usage 2: <sentence>", with a line for each of
   // `lines` that tells more and one for a hint if there is any.
   [[nodiscard]] ExitCode failWithUsage(const std::string& sentence,

@@ -12,9 +12,9 @@ namespace quenlet {
 
 // The words that arguments begin with. Valid as long as the parser that was searched.
 struct NamedWord final {
-  // The last of them; the parser itself when the first argument is none.
+  // The last of them; the parser itself when the first argument is not a word.
   const CLI::App* word = nullptr;
-  // The argument after it, when only a word could stand there and it is none.
+  // The argument after it, when a word must stand there and it is not one.
   std::optional<std::string> unknown;
 };
 [[nodiscard]] NamedWord findWord(const CLI::App& parser, const std::vector<std::string>& arguments);

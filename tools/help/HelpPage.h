@@ -34,7 +34,7 @@ struct HelpPage final {
 
   // A part of the remarks.
   struct Block final {
-    // Of a paragraph, the one line that is to be broken; else lines that stay as they are.
+    // A paragraph has one line, which is to be wrapped; other blocks keep their lines.
     std::vector<std::string> lines;
     bool isParagraph = true;
   };

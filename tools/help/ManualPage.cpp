@@ -28,7 +28,7 @@ std::string termOf(const HelpPage::Option& option) {
          ManualPage::escaped(option.placeholder) + "\\fR";
 }
 
-// Of ASCII characters that troff takes for something else, or prints as typographers would.
+// The escape for an ASCII character that troff would interpret or replace; null for others.
 const char* escapeOf(char32_t character) {
   switch (character) {
     case U'\\':

@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
   const std::filesystem::path share = argv[2];
   const HelpPage program = quenlet::CommandLine::help();
   try {
-    // A word that is gone leaves no page behind.
+    // Removes the pages of words that no longer exist.
     std::filesystem::remove_all(share / "man");
     writePages(share / "man/man1", program, argv[1]);
     write(share / "bash-completion/completions/quenlet", Completions::forBash(program));

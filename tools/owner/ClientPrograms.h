@@ -12,11 +12,11 @@ namespace quenlet {
 // A program that a file of entitlements names.
 struct ClientProgram final {
   std::string path;
-  // That name it, in the order in which they are read; what a later one says counts more.
+  // The files that name it, in the order in which they are read; a later one overrules.
   std::vector<std::filesystem::path> files;
   // Whether its entitlements let it talk to the agent.
   bool isEntitled = false;
-  // Under which it may donate; nothing when that is not limited.
+  // The bundles under which it may donate; nothing for all.
   std::optional<std::vector<std::string>> bundles;
   // Why the agent gives it no entitlement all the same; null when it does.
   ErrorPtr mistrust;

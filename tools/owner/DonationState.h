@@ -12,7 +12,7 @@ enum class DonationState : std::uint8_t {
 
   // Its donor calls the owner by another name than the owner's own card.
   silenced,
-  // A name, while the donated names differ and there is no card of the owner's own to decide.
+  // A name, while the donated names differ and the owner keeps no card that decides.
   namesDisagree,
   ownCardHasIt,
   // Another donation gave the same value first.
@@ -41,8 +41,8 @@ enum class DonationState : std::uint8_t {
 [[nodiscard]] const char* wordFor(DonationState state);
 // The heading of a list of such values.
 [[nodiscard]] const char* titleOf(DonationState state);
-// What the owner can do about it, as a sentence without a full stop; empty where there is nothing
-// to do or to say.
+// What the owner can do about it, as a sentence without a full stop; empty where nothing needs
+// doing or saying.
 [[nodiscard]] const char* adviceFor(DonationState state);
 
 }  // namespace quenlet

@@ -13,6 +13,7 @@
 #include "protocol/CorvelInterface.h"
 #include "quenlet/ErrorCodes.h"
 #include "tools/owner/ClientPrograms.h"
+#include "tools/owner/Hints.h"
 #include "tools/owner/OwnCard.h"
 #include "tools/owner/SystemChecks.h"
 #include "tools/owner/UserFiles.h"
@@ -39,7 +40,12 @@ Finding checkHome(CorvelProtocol& /*agent*/) {
 // Files with values of the owner's are for nobody else to read, others for nobody else to write.
 Finding examine(const path& file, mode_t forbidden) {
   struct stat status {};
-  if (::stat(file.c_str(), &status) != 0) return {};
+  if (::stat(file.c_str(), &status) != 0) {
+    if (errno == ENOENT) return {};
+    return {false,
+            file.native() + ": " + std::generic_category().message(errno),
+            {"chmod u+rwx the directories above it"}};
+  }
   if (status.st_uid != ::geteuid()) {
     return {false,
             file.native() + " belongs to another user",
@@ -58,8 +64,12 @@ Finding checkFiles(CorvelProtocol& /*agent*/) {
   std::size_t count = 0;
   for (const UserFile& file : files.value().all()) {
     if (file.keeper != FileKeeper::donations && file.keeper != FileKeeper::quenlet) continue;
-    Finding directory = examine(file.path.parent_path(), S_IWGRP | S_IWOTH);
+    const path parent = file.path.parent_path();
+    Finding directory = examine(parent, S_IWGRP | S_IWOTH);
     if (!directory.isWell) return directory;
+    if (::access(parent.c_str(), R_OK | W_OK | X_OK) != 0 && errno != ENOENT) {
+      return {false, parent.native() + " cannot be written", {"chmod u+rwx " + parent.native()}};
+    }
     for (const path& present : UserFiles::present(file)) {
       Finding found = examine(present, S_IRWXG | S_IRWXO);
       if (!found.isWell) return found;
@@ -75,7 +85,11 @@ Finding checkRuntime(CorvelProtocol& /*agent*/) {
   const std::string name = place.value().native();
   for (const path& directory : {place.value(), place.value() / "quenlet"}) {
     const ErrorPtr error = UserDirectories::examinePrivateDirectory(directory, directory.native());
-    if (!error || error->code() == ENOENT) continue;
+    if (!error) continue;
+    // Missing ones are made, the first of them where the user may.
+    const bool canBeMade =
+        directory != place.value() || ::access(directory.parent_path().c_str(), W_OK | X_OK) == 0;
+    if (error->code() == ENOENT && canBeMade) continue;
     return {false,
             error->debugDescription(),
             {"chmod 700 it if it is yours, or set XDG_RUNTIME_DIR to a directory of your own"}};
@@ -97,13 +111,12 @@ Finding checkAgent(CorvelProtocol& agent) {
   const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
       [&](DonationsReply reply) { agent.meCardDonations(std::move(reply)); });
   if (!error) return {true, "answers, with " + std::to_string(values->size()) + " donations"};
-  if (error->domain() == DonationErrorDomain &&
-      error->code() == static_cast<std::int64_t>(DonationErrorCode::featureNotEnabled)) {
-    return {true, "answers; donations are off (quenlet enable)"};
+  if (isNotEnabled(*error)) return {true, "answers; " + hintsFor(*error).front()};
+  if (error->domain() == ServiceErrorDomain &&
+      error->code() == static_cast<std::int64_t>(ServiceErrorCode::noService)) {
+    return none;
   }
-  if (error->domain() != ServiceErrorDomain) return {false, error->description()};
-  if (error->code() == static_cast<std::int64_t>(ServiceErrorCode::noService)) return none;
-  return {false, error->debugDescription(), {"systemctl --user restart quenlet-agent"}};
+  return {false, error->debugDescription(), hintsFor(*error)};
 }
 
 Finding checkEntitlement(CorvelProtocol& /*agent*/) {
@@ -117,10 +130,10 @@ Finding checkEntitlement(CorvelProtocol& /*agent*/) {
             "not trusted: " + program->mistrust->debugDescription(),
             {"let only yourself or root write it and the directories above it"}};
   }
-  std::vector<std::string> advice = {"install quenlet and its agent together, or name the program",
-                                     "in /etc/quenlet/entitlements"};
+  std::vector<std::string> advice = {
+      "install quenlet and its agent together, or name the program in /etc/quenlet/entitlements"};
   for (const auto& [ignored, reason] : clients.ignored) {
-    advice.push_back(ignored.native() + " is ignored: " + reason);
+    advice.push_back("look at " + ignored.native() + ", which is ignored: " + reason);
   }
   return {false, "no file of entitlements names " + self.native(), std::move(advice)};
 }

@@ -1,9 +1,10 @@
-#include "tools/commands/Hints.h"
+#include "tools/owner/Hints.h"
 
 #include <filesystem>
 #include <system_error>
 
 #include "platform/ipc/ServiceInterface.h"
+#include "protocol/ClientEntitlements.h"
 #include "quenlet/ErrorCodes.h"
 #include "tools/owner/UserPreferences.h"
 
@@ -11,8 +12,6 @@ namespace quenlet {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-constexpr std::int64_t missingEntitlement = 4097;
 
 Lines hintsForService(ServiceErrorCode code) {
   switch (code) {
@@ -47,19 +46,19 @@ Lines hintsForEntitlement() {
           "quenlet clients shows which programs are entitled, and what is not trusted"};
 }
 
+}  // namespace
+
 bool isNotEnabled(const Error& error) {
   return error.domain() == DonationErrorDomain &&
          error.code() == static_cast<std::int64_t>(DonationErrorCode::featureNotEnabled);
 }
-
-}  // namespace
 
 std::vector<std::string> hintsFor(const Error& error) {
   if (error.domain() == ServiceErrorDomain) {
     return hintsForService(static_cast<ServiceErrorCode>(error.code()));
   }
   if (isNotEnabled(error)) return hintsForRefusal();
-  if (error.domain() == GeneralErrorDomain && error.code() == missingEntitlement) {
+  if (error.domain() == GeneralErrorDomain && error.code() == MissingEntitlementCode) {
     return hintsForEntitlement();
   }
   return {};

@@ -13,7 +13,7 @@ namespace {
 using Cells = std::vector<std::string>;
 using Columns = std::vector<TextTable::Column>;
 using Fit = TextTable::Fit;
-// Of each column; 0 for one that is left out.
+// The width of each column; 0 leaves it out.
 using Widths = std::vector<std::size_t>;
 
 constexpr std::size_t gap = 2;

@@ -31,11 +31,11 @@ class TextTable final {
 
     std::string heading;
     Fit fit;
-    // Of the cells; headings are bold.
+    // How the cells look; headings are bold.
     TextStyle style;
   };
 
-  // Without columns all are wrapped, and there are no headings.
+  // Without columns all cells are wrapped, and headings are left out.
   explicit TextTable(std::vector<Column> tableColumns = {});
 
   // Every row must have the same number of cells.
