@@ -118,21 +118,25 @@ tbody th { font-weight: 500; }
   html { font-size: 8pt; line-height: 1.3; }
   body { max-width: none; padding: 0; print-color-adjust: exact; }
   header { margin-bottom: 0.75rem; }
-  .card { box-shadow: none; padding: 1.25rem 1.5rem; }
+  .card { box-shadow: none; padding: 1rem 1.5rem; }
   .portrait { width: 5rem; height: 5rem; border: 1px solid var(--line); }
   .kind { margin-top: 0.75rem; padding-top: 0.75rem; }
   .kind + .kind { margin-top: 0.5rem; }
-  .values { columns: 2; column-gap: 2rem; }
+  .kind { grid-template-columns: 4.5rem 1fr; }
+  .values { columns: 2; column-gap: 1rem; }
   .values li { grid-template-columns: 1fr; margin-bottom: 0.375rem; break-inside: avoid; }
   .values li + li, .kind details li { margin-top: 0; }
   details { margin-top: 0.25rem; }
-  details:not([open]), nav, footer, .advice, details thead { display: none; }
+  nav, footer, .advice, details thead { display: none; }
   summary { list-style: none; padding: 0.125rem 0; }
   main > section { margin-top: 0.75rem; }
   .card h2 { font-size: 1.5rem; }
   main > section > h2 + .note { margin: 0 0 0.25rem; }
   th, td { padding-top: 0.0625rem; padding-bottom: 0.0625rem; }
   tr { break-inside: avoid; }
+  .reasons .value { width: 30%; }
+  .reasons .donor { width: 20%; }
+  .bars { width: 15%; }
 }
 )css");
 
