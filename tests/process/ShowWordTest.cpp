@@ -66,6 +66,8 @@ TEST_F(ShowWordTest, WritesThePageWhereItIsToldTo) {
   const Ran refused = quenlet({"show", "--output", temporary / "mine.html/no"});
   EXPECT_EQ(refused.code, 1);
   EXPECT_THAT(refused.err, StartsWith("quenlet: "));
+  disableDonations();
+  expect({{{"show", "--output", "-"}, 0, {"Donations are off", "You keep no card of your own."}}});
   EXPECT_FALSE(std::filesystem::exists(opened));
   EXPECT_FALSE(std::filesystem::exists(page));
 }

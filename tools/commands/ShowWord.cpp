@@ -1,11 +1,11 @@
 #include <CLI/CLI.hpp>
 #include <string>
+#include <utility>
 
 #include "platform/files/DurableFileWriter.h"
 #include "platform/files/PosixFileOperations.h"
 #include "tools/commands/Command.h"
-#include "tools/owner/AgentDonations.h"
-#include "tools/owner/OwnersDecisions.h"
+#include "tools/owner/OwnersValues.h"
 #include "tools/page/OwnerPage.h"
 #include "tools/page/PrivatePage.h"
 #include "tools/presentation/TerminalText.h"
@@ -20,7 +20,6 @@ class ShowWord final : public Command {
 
  private:
   [[nodiscard]] ExitCode run(Session& session) const;
-  [[nodiscard]] static Result<std::string> makePage(const Session& session);
   [[nodiscard]] ExitCode write(const Session& session, const std::string& page) const;
   [[nodiscard]] static ExitCode open(const Session& session, const std::string& page);
 
@@ -39,24 +38,13 @@ void ShowWord::addTo(CLI::App& app, ChosenAction& chosen) {
 }
 
 ExitCode ShowWord::run(Session& session) const {
-  const Result<std::string> page = makePage(session);
-  if (!page.ok()) return session.failWith(page.error());
-  return output.empty() ? open(session, page.value()) : write(session, page.value());
-}
-
-Result<std::string> ShowWord::makePage(const Session& session) {
-  using Page = Result<std::string>;
-  const Result<DonationListPtr> donations = donationsOf(session.agent);
-  if (!donations.ok()) return Page::failure(donations.error());
-  const Result<OwnCard> own = OwnCard::read();
-  if (!own.ok()) return Page::failure(own.error());
-  const Result<OwnersDecisions> rejections = OwnersDecisions::open();
-  if (!rejections.ok()) return Page::failure(rejections.error());
-  Result<std::vector<FeedbackDecision>> decisions = rejections.value().all();
-  if (!decisions.ok()) return Page::failure(decisions.error());
-  const PageContent content(session.now, own.value(), statesOf(donations.value(), own.value()),
-                            decisions.value());
-  return Page::success(OwnerPage::of(content));
+  Result<OwnersValues> values = OwnersValues::read(session.agent, session.now);
+  if (!values.ok()) return session.failWith(values.error());
+  ExitCode code = ExitCode::done;
+  for (const ErrorPtr& problem : values.value().problems) code = session.failWith(problem);
+  const std::string page = OwnerPage::of(PageContent(session.now, std::move(values).takeValue()));
+  const ExitCode shown = output.empty() ? open(session, page) : write(session, page);
+  return shown == ExitCode::done ? code : shown;
 }
 
 ExitCode ShowWord::write(const Session& session, const std::string& page) const {

@@ -52,8 +52,7 @@ OwnersValues WhyWord::choose(const OwnersValues& all) const {
   if (named.empty()) {
     std::copy_if(all.listed.begin(), all.listed.end(), std::back_inserter(some.listed),
                  [](const StatedDonation& stated) { return !stated.isShown(); });
-    std::copy_if(all.unlisted.begin(), all.unlisted.end(), std::back_inserter(some.unlisted),
-                 [](const UnlistedValue& value) { return value.state != DonationState::absent; });
+    some.unlisted = all.missing();
     return some;
   }
   for (const std::size_t place : select(donationsOf(all.listed), named).places) {

@@ -14,10 +14,10 @@ namespace {
 constexpr std::size_t mostBytesInPicture = std::size_t{4} << 20;
 // More values of a kind than these are shown on demand only.
 constexpr std::size_t mostOpenValues = 8;
-// Of a value that many have given.
+// If many have given a value, so many are named.
 constexpr std::size_t mostDonorsNamed = 3;
 
-// One of the facts that the card has once, and where it comes from.
+// The name on the card, and whether it is the owner's own.
 struct NameOnCard final {
   PersonNameComponents components;
   bool isOwn;
@@ -179,6 +179,15 @@ void writeValues(HTMLWriter& html, std::string_view title, const std::vector<Car
   writeOmission(html, values.size(), "quenlet card");
 }
 
+const char* whyEmpty(const PageContent& content) {
+  if (!content.donations.empty() || !content.missing.empty()) {
+    return "No donation can be shown. The reasons are below.";
+  }
+  return content.donationsEnabled
+             ? "Nothing has been donated yet, and you keep no card of your own."
+             : "You keep no card of your own.";
+}
+
 bool isEmpty(const PageContent& content) {
   return std::none_of(content.donations.begin(), content.donations.end(),
                       [](const PageDonation& donation) { return donation.stated.isShown(); }) &&
@@ -192,9 +201,7 @@ void writeCard(HTMLWriter& html, const PageContent& content) {
     const auto card =
         html.open("section", {{"id", "card"}, {"class", "card"}, {"aria-labelledby", "card-name"}});
     html.element("h2", {{"id", "card-name"}}, "Your card is empty");
-    html.element("p", content.donations.empty()
-                          ? "Nothing has been donated yet, and you keep no card of your own."
-                          : "No donation can be shown. The reasons are below.");
+    html.element("p", whyEmpty(content));
     return;
   }
   const auto card =

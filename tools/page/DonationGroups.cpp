@@ -9,13 +9,19 @@
 namespace quenlet {
 
 std::vector<ReasonGroup> leftOutByReason(const PageContent& content) {
-  std::map<DonationState, SomeDonations> byState;
-  for (const PageDonation& donation : content.donations) {
-    if (!donation.stated.isShown()) byState[donation.stated.state].push_back(&donation);
+  std::map<DonationState, std::vector<LeftOutValue>> byState;
+  for (const auto& [stated, value, origin] : content.donations) {
+    if (stated.isShown()) continue;
+    byState[stated.state].push_back(
+        {stated.number, &value, origin.bundleIdentifier, stated.because});
+  }
+  for (const UnlistedValue& missing : content.missing) {
+    byState[missing.state].push_back(
+        {0, missing.value ? &*missing.value : nullptr, missing.bundleIdentifier, missing.because});
   }
   std::vector<ReasonGroup> groups;
   groups.reserve(byState.size());
-  for (auto& [state, donations] : byState) groups.push_back({state, std::move(donations)});
+  for (auto& [state, values] : byState) groups.push_back({state, std::move(values)});
   return groups;
 }
 

@@ -2,23 +2,34 @@
 
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/page/PageContent.h"
 
-// The page's donations, grouped as its sections show them. Pure functions; what they give is valid
+// The page's values, grouped as its sections show them. Pure functions; what they give is valid
 // as long as the content.
 namespace quenlet {
 
-// What is left out for one reason.
+// A value that is not on the card, on the agent's list or not.
+struct LeftOutValue final {
+  // Of the donation; 0 for what is not on the list.
+  std::size_t number;
+  // Null for an entry of a file that its reader could not use.
+  const Value* value;
+  std::string_view bundleIdentifier;
+  std::string_view because;
+};
+
+// The values that are left out for one reason.
 struct ReasonGroup final {
   DonationState state;
-  SomeDonations donations;
+  std::vector<LeftOutValue> values;
 };
 // In the order of the states; none is empty.
 [[nodiscard]] std::vector<ReasonGroup> leftOutByReason(const PageContent& content);
 
-// What expires in one calendar month (UTC).
+// The donations that expire in one calendar month (UTC).
 struct ExpiryMonth final {
   std::string month;  // "2026-11"; empty for what never expires
   SomeDonations donations;

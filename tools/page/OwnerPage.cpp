@@ -41,27 +41,36 @@ void writeFigure(HTMLWriter& html, HTMLName section, std::size_t count, std::str
 
 // Says at a glance what the sections tell in detail.
 void writeFigures(HTMLWriter& html, const PageContent& content) {
-  if (content.donations.empty()) return;
+  if (content.donations.empty() && content.missing.empty()) return;
   const auto shown = static_cast<std::size_t>(
       std::count_if(content.donations.begin(), content.donations.end(),
                     [](const PageDonation& donation) { return donation.stated.isShown(); }));
   const auto navigation = html.open("nav", {{"aria-label", "On this page"}});
   const auto list = html.open("ul");
   writeFigure(html, "card", shown, shown == 1 ? "donation shown" : "donations shown");
-  if (const std::size_t leftOut = content.donations.size() - shown; leftOut > 0) {
+  if (const std::size_t leftOut = content.donations.size() - shown + content.missing.size();
+      leftOut > 0) {
     writeFigure(html, "left-out", leftOut, "left out");
   }
-  const std::size_t donors = donorsOf(content).size();
-  writeFigure(html, "donors", donors, donors == 1 ? "donor" : "donors");
+  if (const std::size_t donors = donorsOf(content).size(); donors > 0) {
+    writeFigure(html, "donors", donors, donors == 1 ? "donor" : "donors");
+  }
   if (!content.decisions.empty()) {
     writeFigure(html, "decisions", content.decisions.size(), "kept away");
   }
 }
 
+void writePreference(HTMLWriter& html, const PageContent& content) {
+  if (content.donationsEnabled) return;
+  const auto notice = html.open("p", {{"class", "warning"}});
+  html.text("Donations are off, so the agent keeps and shows none: ");
+  html.element("code", "quenlet enable");
+}
+
 void writeFault(HTMLWriter& html, const OwnCard& own) {
   if (!own.fault) return;
   const auto notice = html.open("p", {{"class", "warning"}});
-  html.text("Your own card cannot be read, so that it does not count: ");
+  html.text("Your own card cannot be read and does not count: ");
   writeForeign(html, own.fault->description());
 }
 
@@ -71,11 +80,12 @@ void writeBody(HTMLWriter& html, const PageContent& content) {
     const auto header = html.open("header");
     html.element("h1", "Your me card");
     const auto made = html.open("p", {{"class", "note"}});
-    html.text("As your agent knew it on ");
+    html.text(content.donationsEnabled ? "As your agent knew it on " : "Made on ");
     writeDay(html, content.madeOn);
   }
   {
     const auto main = html.open("main");
+    writePreference(html, content);
     writeFault(html, content.own);
     writeCard(html, content);
     writeFigures(html, content);

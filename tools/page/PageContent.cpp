@@ -27,12 +27,13 @@ Contact merged(const StatedDonations& stated) {
 
 }  // namespace
 
-PageContent::PageContent(Date now, OwnCard ownCard, const StatedDonations& stated,
-                         std::vector<FeedbackDecision> ownersDecisions)
+PageContent::PageContent(Date now, OwnersValues values)
     : madeOn(now),
-      own(std::move(ownCard)),
-      donations(parsed(stated)),
-      donated(merged(stated)),
-      decisions(std::move(ownersDecisions)) {}
+      donationsEnabled(values.donationsEnabled),
+      own(std::move(values.own)),
+      donations(parsed(values.listed)),
+      donated(merged(values.listed)),
+      missing(values.missing()),
+      decisions(std::move(values.decisions)) {}
 
 }  // namespace quenlet

@@ -3,9 +3,7 @@
 #include <vector>
 
 #include "platform/contacts/Contact.h"
-#include "platform/feedback/FeedbackEntries.h"
-#include "tools/owner/DonationStates.h"
-#include "tools/owner/OwnCard.h"
+#include "tools/owner/OwnersValues.h"
 
 namespace quenlet {
 
@@ -23,14 +21,16 @@ using SomeDonations = std::vector<const PageDonation*>;
 // All that the page shows. Immutable.
 class PageContent final {
  public:
-  PageContent(Date now, OwnCard ownCard, const StatedDonations& stated,
-              std::vector<FeedbackDecision> ownersDecisions);
+  PageContent(Date now, OwnersValues values);
 
   const Date madeOn;
+  const bool donationsEnabled;
   const OwnCard own;
   const PageDonations donations;
   // The merged card of what is shown.
   const Contact donated;
+  // What was given and is not on the agent's list.
+  const std::vector<UnlistedValue> missing;
   const std::vector<FeedbackDecision> decisions;
 };
 

@@ -8,7 +8,7 @@ namespace quenlet {
 
 // The card with its name, picture and values.
 void writeCard(HTMLWriter& html, const PageContent& content);
-// Donations that are not on the card, by reason.
+// Values that are not on the card, by reason.
 void writeLeftOut(HTMLWriter& html, const PageContent& content);
 // What expires, by month.
 void writeTimeline(HTMLWriter& html, const PageContent& content);

@@ -17,12 +17,6 @@ using Fit = TextTable::Fit;
 
 constexpr std::size_t indentation = 2;
 
-std::string shownText(const Value& value) {
-  const auto* image = std::get_if<Value::ImageData>(&value.cases());
-  // The journal keeps no bytes.
-  return image && image->bytes->empty() ? "an image" : textOf(value);
-}
-
 // Sentences in the order in which they came, each with the values that it is about.
 class Group final {
  public:

@@ -54,6 +54,11 @@ std::string labelOf(const Value& value) { return std::visit(Label{}, value.cases
 
 std::string textOf(const Value& value) { return std::visit(Text{}, value.cases()); }
 
+std::string shownText(const Value& value) {
+  const auto* image = std::get_if<Value::ImageData>(&value.cases());
+  return image && image->bytes->empty() ? "an image" : textOf(value);
+}
+
 std::string textOf(const PersonNameComponents& name) {
   std::string text;
   for (const std::optional<std::string>* part :

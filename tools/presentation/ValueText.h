@@ -18,6 +18,8 @@ namespace quenlet {
 [[nodiscard]] std::string labelOf(const Value& value);
 
 [[nodiscard]] std::string textOf(const Value& value);
+// The same, but "an image" for one whose bytes were not kept.
+[[nodiscard]] std::string shownText(const Value& value);
 // In spoken order, with the nickname in quotes: Dr. Ann Mae Berg PhD "Annie".
 [[nodiscard]] std::string textOf(const PersonNameComponents& name);
 [[nodiscard]] std::string textOf(const PostalAddress& address);

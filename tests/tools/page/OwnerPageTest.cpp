@@ -55,7 +55,7 @@ class OwnerPageTest : public testing::Test {
       own.emailAddresses = {"ann@example.org"};
     }
     const auto list = std::make_shared<const DonationValues>(std::move(values));
-    return {day("2026-11-26"), own, statesOf(list, own), {}};
+    return {day("2026-11-26"), {.own = own, .listed = statesOf(list, own)}};
   }
 };
 
@@ -108,9 +108,11 @@ TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {
       ownCard());
   std::string groups;
   for (const ReasonGroup& group : leftOutByReason(content)) {
-    groups += std::string(wordFor(group.state)) + ": " + summaryOf(group.donations) + "\n";
+    groups += wordFor(group.state);
+    for (const LeftOutValue& value : group.values) groups += " " + std::to_string(value.number);
+    groups += '\n';
   }
-  EXPECT_EQ(groups, "silenced: 1 2\nownCardHasIt: 3\ngivenBefore: 5\n");
+  EXPECT_EQ(groups, "silenced 1 2\nownCardHasIt 3\ngivenBefore 5\n");
   std::string months;
   for (const ExpiryMonth& month : expiryByMonth(content)) {
     months += month.month + ": " + summaryOf(month.donations) + "\n";
@@ -124,6 +126,28 @@ TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {
   EXPECT_EQ(donors[0].leftOut, 2U);
   EXPECT_EQ(donors[0].lastDonation, day("2026-11-09"));
   EXPECT_EQ(donors[0].nextExpiration, day("2027-02-01"));
+}
+
+TEST_F(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
+  using enum DonationState;
+  const Value kept(Value::ImageData{std::make_shared<const std::string>()});
+  const Value mail = email("bo@example.org")->value();
+  const OwnersValues values{.unlisted = {{rejected, "You said so", mail, nullptr, "club"},
+                                         {absent, "Taken back", mail, nullptr, "attic"},
+                                         {expired, "It is over", kept, nullptr, "shop"},
+                                         {skipped, "Line 4 has no value", {}, nullptr, "bank"},
+                                         {skipped, "Line 7 has no value", {}, nullptr, "bank"}}};
+  const std::string page = OwnerPage::of({day("2026-11-26"), values});
+  for (const char* shown :
+       {"Rejected – 1 value<",
+        "<td class=\"number\"></td>\n<th scope=\"row\" class=\"value\"><bdi>bo@",
+        "<bdi>an image</bdi></th>\n<td class=\"donor\"><bdi>shop<", "<bdi>an entry<",
+        "Left out when a file was read – 2 values<", "<bdi>Line 7 has no value<",
+        "<a href=\"#left-out\"><strong>4</strong> left out", "The reasons are below."}) {
+    EXPECT_THAT(page, HasSubstr(shown));
+  }
+  EXPECT_THAT(page, Not(HasSubstr("attic")));
+  EXPECT_THAT(page, Not(HasSubstr("#donors")));
 }
 
 TEST_F(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
