@@ -1,14 +1,12 @@
 #include <CLI/CLI.hpp>
-#include <cerrno>
 #include <string>
 #include <tuple>
 
 #include "client/waitForReply.h"
 #include "platform/contacts/ContactStore.h"
 #include "platform/contacts/VCard.h"
-#include "platform/files/DurableFileWriter.h"
-#include "platform/files/PosixFileOperations.h"
 #include "tools/commands/Command.h"
+#include "tools/commands/OutputFile.h"
 #include "tools/owner/OwnCard.h"
 #include "tools/owner/OwnCardFile.h"
 #include "tools/presentation/TerminalText.h"
@@ -132,18 +130,11 @@ ExitCode MeWord::showFirst(Session& session, const WholeCard& card) const {
 ExitCode MeWord::writeImage(Session& session, const WholeCard& card) const {
   const auto& image = card.contact.imageData();
   if (!image) return fail(session, "a picture is not known");
-  PosixFileOperations operations;
-  DurableFileWriter writer(operations);
-  const ErrorPtr error =
-      replacesImage ? writer.replace(imageFile, *image) : writer.create(imageFile, *image);
-  if (error && error->domain() == PosixErrorDomain && error->code() == EEXIST) {
-    const ExitCode code = session.failWith(error);
-    session.err << "hint: --force replaces it\n";
-    return code;
+  const ExitCode code = writeOutputFile(session, imageFile, *image, replacesImage);
+  if (code == ExitCode::done) {
+    session.out << "Wrote " << imageText(*image) << ", to " << printable(imageFile) << ".\n";
   }
-  if (error) return session.failWith(error);
-  session.out << "Wrote " << imageText(*image) << ", to " << printable(imageFile) << ".\n";
-  return ExitCode::done;
+  return code;
 }
 
 ExitCode MeWord::set(Session& session) const {

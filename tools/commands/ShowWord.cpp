@@ -2,9 +2,8 @@
 #include <string>
 #include <utility>
 
-#include "platform/files/DurableFileWriter.h"
-#include "platform/files/PosixFileOperations.h"
 #include "tools/commands/Command.h"
+#include "tools/commands/OutputFile.h"
 #include "tools/owner/OwnersValues.h"
 #include "tools/page/OwnerPage.h"
 #include "tools/page/PrivatePage.h"
@@ -24,12 +23,15 @@ class ShowWord final : public Command {
   [[nodiscard]] static ExitCode open(const Session& session, const std::string& page);
 
   std::string output;
+  bool replaces = false;
 };
 
 void ShowWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("show", "Open a page that shows the card and its sources");
-  word->add_option("--output", output, "Write the page to FILE instead; - is standard output")
-      ->type_name("FILE");
+  CLI::Option* file =
+      word->add_option("--output", output, "Write the page to FILE instead; - is standard output")
+          ->type_name("FILE");
+  word->add_flag("--force", replaces, "Replace that file if it is there")->needs(file);
   word->footer(
       "The page stands alone: it loads nothing from elsewhere and runs no script. It is kept in\n"
       "your runtime directory until the next one is made. A browser in a sandbox may not see that\n"
@@ -52,12 +54,9 @@ ExitCode ShowWord::write(const Session& session, const std::string& page) const 
     session.out << page;
     return ExitCode::done;
   }
-  PosixFileOperations operations;
-  if (const ErrorPtr error = DurableFileWriter(operations).replace(output, page)) {
-    return session.failWith(error);
-  }
-  session.out << "Wrote " << printable(output) << ".\n";
-  return ExitCode::done;
+  const ExitCode code = writeOutputFile(session, output, page, replaces);
+  if (code == ExitCode::done) session.out << "Wrote " << printable(output) << ".\n";
+  return code;
 }
 
 ExitCode ShowWord::open(const Session& session, const std::string& page) {
