@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tools/commands/Command.h"
+#include "tools/owner/AgentDonations.h"
 #include "tools/owner/OwnersValues.h"
 #include "tools/owner/ShownNumbers.h"
 #include "tools/presentation/StatePresenter.h"
@@ -47,13 +48,14 @@ void ListWord::addTo(CLI::App& app, ChosenAction& chosen) {
 
 StatedDonations ListWord::choose(const StatedDonations& all, Date now) const {
   const Fingerprint bundle = DonationKeys::ofText(bundleIdentifier);
+  std::optional<Date> until;
+  if (expiringDays) until = now.addingSeconds(secondsPerDay * static_cast<double>(*expiringDays));
   StatedDonations some;
   for (const StatedDonation& stated : all) {
     const DonationValue& donation = *stated.donation;
     if (onlyHidden && stated.isShown()) continue;
     if (!bundleIdentifier.empty() && donation.bundleKey() != bundle) continue;
-    const double daysLeft = donation.expirationDate().timeIntervalSince(now) / secondsPerDay;
-    if (expiringDays && daysLeft > static_cast<double>(*expiringDays)) continue;
+    if (until && !expiresBy(donation, *until)) continue;
     some.push_back(stated);
   }
   return some;

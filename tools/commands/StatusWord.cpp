@@ -1,13 +1,11 @@
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cstddef>
 #include <optional>
-#include <tuple>
 #include <utility>
 
-#include "client/waitForReply.h"
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
+#include "tools/owner/AgentDonations.h"
 #include "tools/owner/OwnCard.h"
 #include "tools/owner/UserPreferences.h"
 #include "tools/presentation/TextTable.h"
@@ -35,12 +33,6 @@ struct Status final {
   }
 };
 
-std::size_t countExpiring(const DonationValues& values, Date before) {
-  return static_cast<std::size_t>(std::count_if(
-      values.begin(), values.end(),
-      [&](const DonationValuePtr& value) { return value->expirationDate() < before; }));
-}
-
 Result<Status> readStatus(Session& session) {
   using Read = Result<Status>;
   const auto user = UserPreferences::open();
@@ -50,12 +42,13 @@ Result<Status> readStatus(Session& session) {
   Status status;
   status.donationsEnabled = user.value()->preferences().isDonationsEnabled();
   status.ownCard = std::move(ownCard).takeValue();
-  const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
-      [&](DonationsReply reply) { session.agent.meCardDonations(std::move(reply)); });
-  status.error = error;
-  if (values) {
-    status.donationCount = values->size();
-    status.expiringSoon = countExpiring(*values, session.now.addingSeconds(secondsInAWeek));
+  const Result<DonationListPtr> donations = donationsOf(session.agent);
+  if (donations.ok()) {
+    const DonationValues& values = *donations.value();
+    status.donationCount = values.size();
+    status.expiringSoon = countExpiring(values, session.now.addingSeconds(secondsInAWeek));
+  } else {
+    status.error = donations.error();
   }
   return Read::success(std::move(status));
 }

@@ -28,6 +28,16 @@ DonationValues missingFrom(const DonationValues& after, const DonationValues& be
   return missing;
 }
 
+bool expiresBy(const DonationValue& donation, Date until) {
+  return donation.expirationDate() <= until;
+}
+
+std::size_t countExpiring(const DonationValues& donations, Date until) {
+  return static_cast<std::size_t>(std::count_if(
+      donations.begin(), donations.end(),
+      [until](const DonationValuePtr& donation) { return expiresBy(*donation, until); }));
+}
+
 std::vector<std::string> donorsOf(const DonationValues& donations) {
   std::set<std::string> donors;
   for (const DonationValuePtr& donation : donations) {

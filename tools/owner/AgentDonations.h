@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +19,11 @@ using DonationListPtr = std::shared_ptr<const DonationValues>;
 
 // Those of `before` whose identifiers are not in `after` any more, in their order.
 [[nodiscard]] DonationValues missingFrom(const DonationValues& after, const DonationValues& before);
+
+// Whether it expires at that moment or has done so before.
+[[nodiscard]] bool expiresBy(const DonationValue& donation, Date until);
+// How many of them do.
+[[nodiscard]] std::size_t countExpiring(const DonationValues& donations, Date until);
 
 // The bundle identifiers of the donors, in ascending order, each once.
 [[nodiscard]] std::vector<std::string> donorsOf(const DonationValues& donations);

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "tools/owner/AgentDonations.h"
 #include "tools/page/DonationGroups.h"
 #include "tools/page/PageSections.h"
 #include "tools/page/PageText.h"
@@ -38,10 +39,44 @@ void writeMonth(HTMLWriter& html, const ExpiryMonth& month, std::size_t most) {
   if (named < count) html.text(" and " + numberText(count - named) + " more");
 }
 
-std::size_t countExpiringBefore(Date limit, const PageContent& content) {
-  return static_cast<std::size_t>(std::count_if(
-      content.donations.begin(), content.donations.end(),
-      [limit](const PageDonation& donation) { return donation.origin.expirationDate <= limit; }));
+void writeTable(HTMLWriter& html, const std::vector<ExpiryMonth>& months) {
+  std::size_t most = 1;
+  for (const ExpiryMonth& month : months) most = std::max(most, month.donations.size());
+  const bool hasNever = months.back().month.empty();
+  const std::size_t dated = months.size() - (hasNever ? 1 : 0);
+  const std::size_t listed = std::min(dated, mostMonths);
+  {
+    const auto table = html.open("table", {{"class", "timeline"}});
+    html.element("caption", "Donations by the month in which they expire");
+    writeHeadings(html, {"Month", "Donations", "", "Among them"});
+    const auto body = html.open("tbody");
+    for (std::size_t i = 0; i < listed; ++i) writeMonth(html, months[i], most);
+    if (hasNever) writeMonth(html, months.back(), most);
+  }
+  if (listed < dated) {
+    html.element("p", {{"class", "note"}}, "And " + counted(dated - listed, "later month") + ".");
+  }
+}
+
+// The agent lists what has expired until it next starts.
+std::string soonText(std::size_t soon, std::size_t expired) {
+  if (soon == 0) return "Nothing expires within a week.";
+  if (soon == expired)
+    return counted(expired, "donation has", "donations have") + " expired already.";
+  const std::string all = counted(soon, "donation expires", "donations expire") + " within a week";
+  if (expired == 0) return all + ".";
+  return all + "; " + counted(expired, "of them has", "of them have") + " expired already.";
+}
+
+void writeSoon(HTMLWriter& html, const PageContent& content) {
+  DonationValues values;
+  values.reserve(content.donations.size());
+  for (const PageDonation& donation : content.donations) {
+    values.push_back(donation.stated.donation);
+  }
+  const std::size_t soon = countExpiring(values, content.madeOn.addingSeconds(week));
+  html.element("p", {{"class", soon > 0 ? "note warning" : "note"}},
+               soonText(soon, countExpiring(values, content.madeOn)));
 }
 
 }  // namespace
@@ -49,26 +84,10 @@ std::size_t countExpiringBefore(Date limit, const PageContent& content) {
 void writeTimeline(HTMLWriter& html, const PageContent& content) {
   const std::vector<ExpiryMonth> months = expiryByMonth(content);
   if (months.empty()) return;
-  std::size_t most = 1;
-  for (const ExpiryMonth& month : months) most = std::max(most, month.donations.size());
   const auto section = html.open("section", {{"id", "expiry"}, {"aria-labelledby", "expiry-h"}});
   html.element("h2", {{"id", "expiry-h"}}, "What expires");
-  const std::size_t soon = countExpiringBefore(content.madeOn.addingSeconds(week), content);
-  html.element("p", {{"class", soon > 0 ? "note warning" : "note"}},
-               soon > 0 ? counted(soon, "donation") + " will expire within a week."
-                        : std::string("Nothing expires within a week."));
-  {
-    const auto table = html.open("table", {{"class", "timeline"}});
-    html.element("caption", "Donations by the month in which they expire");
-    writeHeadings(html, {"Month", "Donations", "", "Among them"});
-    const auto body = html.open("tbody");
-    const std::size_t listed = std::min(months.size(), mostMonths);
-    for (std::size_t i = 0; i < listed; ++i) writeMonth(html, months[i], most);
-  }
-  if (months.size() > mostMonths) {
-    html.element("p", {{"class", "note"}},
-                 "And " + counted(months.size() - mostMonths, "later month") + ".");
-  }
+  writeSoon(html, content);
+  writeTable(html, months);
 }
 
 }  // namespace quenlet

@@ -170,6 +170,25 @@ TEST_F(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
   }
 }
 
+TEST_F(OwnerPageTest, TellsWhatHasExpiredFromWhatWillAndKeepsWhatNeverDoes) {
+  DonationValues values = {
+      email("a@x", given("shop", "over", "2026-11-20")),
+      email("b@x", given("shop", "at this moment", "2026-11-26")),
+      email("c@x", given("shop", "soon", "2026-12-03")),
+      email("d@x", {"shop", "never", {}, day("2026-11-02"), Date::distantFuture()})};
+  for (int i = 0; i < 25; ++i) {
+    const std::string month =
+        std::to_string(2027 + i / 12) + "-" + std::to_string(101 + i % 12).substr(1);
+    values.push_back(email(month + "@x", given("shop", month, month + "-09")));
+  }
+  const std::string page = OwnerPage::of(contentOf(std::move(values)));
+  EXPECT_THAT(page, HasSubstr("3 donations expire within a week; 2 of them have expired already."));
+  EXPECT_THAT(page, HasSubstr(">October 2028</th>"));
+  EXPECT_THAT(page, Not(HasSubstr(">November 2028</th>")));
+  EXPECT_THAT(page, HasSubstr(">Never</th>"));
+  EXPECT_THAT(page, HasSubstr("And 3 later months."));
+}
+
 TEST_F(OwnerPageTest, CutsListsThatNobodyWouldRead) {
   DonationValues values;
   for (int i = 0; i < 700; ++i) {
