@@ -25,10 +25,6 @@ namespace {
 
 using Decisions = std::vector<FeedbackDecision>;
 
-const char* wordFor(FeedbackStatus status) {
-  return status == FeedbackStatus::rejected ? "rejected" : "confirmed";
-}
-
 std::vector<std::string> itemsOf(const Decisions& decisions) {
   std::vector<std::string> items;
   items.reserve(decisions.size());

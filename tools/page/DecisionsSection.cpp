@@ -22,8 +22,7 @@ void writeTable(HTMLWriter& html, const std::vector<FeedbackDecision>& decisions
         const auto value = html.open("th", {{"scope", "row"}});
         writeForeign(html, textOf(decisions[i].value));
       }
-      html.element("td",
-                   decisions[i].status == FeedbackStatus::rejected ? "rejected" : "confirmed");
+      html.element("td", wordFor(decisions[i].status));
     }
   }
   writeOmission(html, decisions.size(), "quenlet rejections");

@@ -62,6 +62,10 @@ std::string enumerated(const std::vector<std::string>& words) {
 
 std::string phraseFor(const Value& value) { return std::visit(Phrase{}, value.cases()); }
 
+const char* wordFor(FeedbackStatus status) {
+  return status == FeedbackStatus::rejected ? "rejected" : "confirmed";
+}
+
 std::string shellWord(const std::string& text) {
   const auto isPlain = [](unsigned char character) {
     return std::string_view("@%+=:,./-_").find(static_cast<char>(character)) !=

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "model/Value.h"
+#include "platform/feedback/FeedbackEntries.h"
 
 // Parts of sentences for people; not made safe for a terminal. Pure functions.
 namespace quenlet {
@@ -19,6 +20,8 @@ namespace quenlet {
 [[nodiscard]] std::string enumerated(const std::vector<std::string>& words);
 // "the e-mail address ann@example.org", "the image (14 bytes, GIF)".
 [[nodiscard]] std::string phraseFor(const Value& value);
+// "rejected" or "confirmed"; JSON has it, too.
+[[nodiscard]] const char* wordFor(FeedbackStatus status);
 // `text` as a word of a shell's command line.
 [[nodiscard]] std::string shellWord(const std::string& text);
 
