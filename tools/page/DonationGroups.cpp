@@ -1,6 +1,5 @@
 #include "tools/page/DonationGroups.h"
 
-#include <algorithm>
 #include <map>
 #include <utility>
 
@@ -38,27 +37,6 @@ std::vector<ExpiryMonth> expiryByMonth(const PageContent& content) {
   for (auto& [month, donations] : byMonth) months.push_back({month, std::move(donations)});
   if (!lasting.empty()) months.push_back({"", std::move(lasting)});
   return months;
-}
-
-std::vector<Donor> donorsOf(const PageContent& content) {
-  std::map<std::string, Donor> byBundle;
-  for (const auto& [stated, value, origin] : content.donations) {
-    const auto [found, isNew] = byBundle.try_emplace(origin.bundleIdentifier);
-    Donor& donor = found->second;
-    if (isNew) {
-      donor.bundleIdentifier = origin.bundleIdentifier;
-      donor.lastDonation = origin.donationDate;
-      donor.nextExpiration = origin.expirationDate;
-    }
-    if (origin.clusterIdentifier) donor.clusters.insert(*origin.clusterIdentifier);
-    ++(stated.isShown() ? donor.shown : donor.leftOut);
-    donor.lastDonation = std::max(donor.lastDonation, origin.donationDate);
-    donor.nextExpiration = std::min(donor.nextExpiration, origin.expirationDate);
-  }
-  std::vector<Donor> donors;
-  donors.reserve(byBundle.size());
-  for (auto& [bundle, donor] : byBundle) donors.push_back(std::move(donor));
-  return donors;
 }
 
 }  // namespace quenlet

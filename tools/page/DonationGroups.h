@@ -1,6 +1,5 @@
 #pragma once
 
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,16 +35,5 @@ struct ExpiryMonth final {
 };
 // Ascending, "never" last; none is empty.
 [[nodiscard]] std::vector<ExpiryMonth> expiryByMonth(const PageContent& content);
-
-struct Donor final {
-  std::string bundleIdentifier;
-  std::set<std::string> clusters;
-  std::size_t shown = 0;
-  std::size_t leftOut = 0;
-  Date lastDonation;
-  Date nextExpiration;
-};
-// In alphabetical order.
-[[nodiscard]] std::vector<Donor> donorsOf(const PageContent& content);
 
 }  // namespace quenlet

@@ -1,6 +1,5 @@
 #include <algorithm>
 
-#include "tools/page/DonationGroups.h"
 #include "tools/page/PageSections.h"
 #include "tools/page/PageText.h"
 #include "tools/presentation/ValueText.h"
@@ -23,7 +22,7 @@ void writeClusters(HTMLWriter& html, const std::set<std::string>& clusters) {
   if (named < clusters.size()) html.text(" and " + numberText(clusters.size() - named) + " more");
 }
 
-void writeDonor(HTMLWriter& html, const Donor& donor) {
+void writeDonor(HTMLWriter& html, const DonorGroup& donor) {
   const auto row = html.open("tr");
   {
     const auto name = html.open("th", {{"scope", "row"}});
@@ -41,7 +40,7 @@ void writeDonor(HTMLWriter& html, const Donor& donor) {
                                                : html.text("never");
 }
 
-void writeTable(HTMLWriter& html, const std::vector<Donor>& donors) {
+void writeTable(HTMLWriter& html, const std::vector<DonorGroup>& donors) {
   {
     const auto table = html.open("table", {{"class", "donors"}});
     html.element("caption", "Donors, and what became of what they gave");
@@ -56,7 +55,7 @@ void writeTable(HTMLWriter& html, const std::vector<Donor>& donors) {
 }  // namespace
 
 void writeDonors(HTMLWriter& html, const PageContent& content) {
-  const std::vector<Donor> donors = donorsOf(content);
+  const std::vector<DonorGroup>& donors = content.donorGroups;
   if (donors.empty()) return;
   const auto section = html.open("section", {{"id", "donors"}, {"aria-labelledby", "donors-h"}});
   html.element("h2", {{"id", "donors-h"}}, "Donors");

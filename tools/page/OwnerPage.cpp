@@ -4,7 +4,6 @@
 
 #include "platform/foundation/Base64.h"
 #include "platform/foundation/SHA256.h"
-#include "tools/page/DonationGroups.h"
 #include "tools/page/HTMLWriter.h"
 #include "tools/page/PageSections.h"
 #include "tools/page/PageStyle.h"
@@ -52,7 +51,7 @@ void writeFigures(HTMLWriter& html, const PageContent& content) {
       leftOut > 0) {
     writeFigure(html, "left-out", leftOut, "left out");
   }
-  if (const std::size_t donors = donorsOf(content).size(); donors > 0) {
+  if (const std::size_t donors = content.donorGroups.size(); donors > 0) {
     writeFigure(html, "donors", donors, donors == 1 ? "donor" : "donors");
   }
   if (!content.decisions.empty()) {

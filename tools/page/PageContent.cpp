@@ -1,5 +1,7 @@
 #include "tools/page/PageContent.h"
 
+#include <algorithm>
+#include <map>
 #include <utility>
 
 #include "mecard/ContactBuilder.h"
@@ -17,6 +19,24 @@ PageDonations parsed(const StatedDonations& stated) {
   return donations;
 }
 
+std::vector<DonorGroup> groupedByDonor(const PageDonations& donations) {
+  std::map<std::string, DonorGroup> byBundle;
+  for (const auto& [stated, value, origin] : donations) {
+    const DonorGroup first{.bundleIdentifier = origin.bundleIdentifier,
+                           .lastDonation = origin.donationDate,
+                           .nextExpiration = origin.expirationDate};
+    DonorGroup& donor = byBundle.try_emplace(origin.bundleIdentifier, first).first->second;
+    if (origin.clusterIdentifier) donor.clusters.insert(*origin.clusterIdentifier);
+    ++(stated.isShown() ? donor.shown : donor.leftOut);
+    donor.lastDonation = std::max(donor.lastDonation, origin.donationDate);
+    donor.nextExpiration = std::min(donor.nextExpiration, origin.expirationDate);
+  }
+  std::vector<DonorGroup> groups;
+  groups.reserve(byBundle.size());
+  for (auto& [bundle, donor] : byBundle) groups.push_back(std::move(donor));
+  return groups;
+}
+
 Contact merged(const StatedDonations& stated) {
   ContactBuilder builder;
   for (const StatedDonation& each : stated) {
@@ -32,6 +52,7 @@ PageContent::PageContent(Date now, OwnersValues values)
       donationsEnabled(values.donationsEnabled),
       own(std::move(values.own)),
       donations(parsed(values.listed)),
+      donorGroups(groupedByDonor(donations)),
       donated(merged(values.listed)),
       missing(values.missing()),
       decisions(std::move(values.decisions)) {}

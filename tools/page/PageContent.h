@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "platform/contacts/Contact.h"
@@ -18,6 +21,16 @@ using PageDonations = std::vector<PageDonation>;
 // Some of the page's donations, in the order of the list.
 using SomeDonations = std::vector<const PageDonation*>;
 
+// What is known of a donor from its donations.
+struct DonorGroup final {
+  std::string bundleIdentifier;
+  std::set<std::string> clusters = {};
+  std::size_t shown = 0;
+  std::size_t leftOut = 0;
+  Date lastDonation;
+  Date nextExpiration;
+};
+
 // All that the page shows. Immutable.
 class PageContent final {
  public:
@@ -27,6 +40,8 @@ class PageContent final {
   const bool donationsEnabled;
   const OwnCard own;
   const PageDonations donations;
+  // In alphabetical order of the donors.
+  const std::vector<DonorGroup> donorGroups;
   // The merged card of what is shown.
   const Contact donated;
   // What was given and is not on the agent's list.

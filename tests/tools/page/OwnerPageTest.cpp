@@ -118,7 +118,7 @@ TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {
     months += month.month + ": " + summaryOf(month.donations) + "\n";
   }
   EXPECT_EQ(months, "2027-02: 1 3\n2027-03: 2 5\n: 4\n");
-  const std::vector<Donor> donors = donorsOf(content);
+  const std::vector<DonorGroup>& donors = content.donorGroups;
   ASSERT_EQ(donors.size(), 2U);
   EXPECT_EQ(donors[0].bundleIdentifier, "mail");
   EXPECT_THAT(donors[0].clusters, ElementsAre("c1", "c2"));
