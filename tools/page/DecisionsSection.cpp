@@ -35,7 +35,8 @@ void writeDecisions(HTMLWriter& html, const PageContent& content) {
   const auto section =
       html.open("section", {{"id", "decisions"}, {"aria-labelledby", "decisions-h"}});
   html.element("h2", {{"id", "decisions-h"}}, "What you decided");
-  html.element("p", {{"class", "note"}}, "These values stay away, whoever donates them.");
+  html.element("p", {{"class", "note"}},
+               "These values stay away, even if someone donates them again.");
   if (content.decisions.size() <= mostOpenDecisions) return writeTable(html, content.decisions);
   const auto details = html.open("details");
   html.element("summary", counted(content.decisions.size(), "value"));

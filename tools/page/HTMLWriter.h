@@ -19,10 +19,10 @@ class HTMLLiteral final {
   std::string_view content;
 };
 
-// Writes one HTML document, front to back, into memory. Whatever text it is given, the page shows
-// that text and nothing else: every text and attribute value is escaped, characters that could
-// reorder or break the page become U+FFFD, and the names of elements and attributes are constants
-// of the program, among them none that runs a script or loads from elsewhere. One thread.
+// Writes one HTML document, front to back, into memory. The page shows the text that it is given
+// and nothing else: every text and attribute value is escaped, characters that could reorder or
+// break the page become U+FFFD, and the names of elements and attributes are constants of the
+// program, among them none that runs a script or loads from elsewhere. One thread.
 class HTMLWriter final {
  public:
   struct Attribute final {

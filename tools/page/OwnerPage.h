@@ -10,7 +10,7 @@ namespace quenlet {
 //
 // The page stands alone: it has no script, and its policy lets a browser load nothing but images
 // within it and apply no style sheet but its own. Its title has no personal value, since browsers
-// keep titles. A list shows its first rows only when it is so long that nobody would read all.
+// keep titles. A long list shows its first rows only.
 class OwnerPage final {
  public:
   OwnerPage() = delete;

@@ -7,17 +7,17 @@
 #include "tools/page/PageContent.h"
 #include "tools/presentation/Wording.h"
 
-// What several sections of the page write. Pure functions besides their output.
+// Pieces that several sections of the page write. No state beside the output.
 namespace quenlet {
 
-// A list shows no more rows than this: a page of any more is of no use to people.
+// A list shows at most so many rows; nobody reads more.
 inline constexpr std::size_t mostRows = 500;
 
 // "November 2026" for "2026-11".
 [[nodiscard]] std::string monthText(const std::string& month);
 
-// A text from outside: set apart from the direction of the text around it, and cut when it is so
-// long that nobody would read on.
+// A text from outside, isolated from the writing direction around it and cut if it is too long to
+// read.
 void writeForeign(HTMLWriter& html, std::string_view text);
 // "26 November 2026", in UTC.
 void writeDay(HTMLWriter& html, Date date);

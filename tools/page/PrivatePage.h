@@ -9,14 +9,14 @@
 
 namespace quenlet {
 
-// The file in which a page waits for the browser: in a directory that nobody but the user can
-// enter and that goes when the session ends, under a name without personal values. There is one; a
-// new page takes the place of the former. Stateless.
+// The file in which a page waits for the browser: in a directory that only the user can enter
+// and that goes when the session ends, under a name without personal values. There is one; a new
+// page takes the place of the former. Stateless.
 class PrivatePage final {
  public:
   PrivatePage() = delete;
 
-  // Mode 0600. An error when there is no directory of the user's own.
+  // Mode 0600. An error if the user has no private runtime directory.
   [[nodiscard]] static Result<std::filesystem::path> write(std::string_view page);
 
   // Asks the desktop to open the file, and returns once it has, or is busy with it. Otherwise the
