@@ -61,8 +61,9 @@ void writeTable(HTMLWriter& html, const std::vector<ExpiryMonth>& months) {
 // The agent lists what has expired until it next starts.
 std::string soonText(std::size_t soon, std::size_t expired) {
   if (soon == 0) return "Nothing expires within a week.";
-  if (soon == expired)
+  if (soon == expired) {
     return counted(expired, "donation has", "donations have") + " expired already.";
+  }
   const std::string all = counted(soon, "donation expires", "donations expire") + " within a week";
   if (expired == 0) return all + ".";
   return all + "; " + counted(expired, "of them has", "of them have") + " expired already.";

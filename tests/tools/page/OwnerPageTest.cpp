@@ -108,11 +108,10 @@ TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {
       ownCard());
   std::string groups;
   for (const ReasonGroup& group : leftOutByReason(content)) {
-    groups += wordFor(group.state);
+    groups += "\n" + std::string(wordFor(group.state)) + ":";
     for (const LeftOutValue& value : group.values) groups += " " + std::to_string(value.number);
-    groups += '\n';
   }
-  EXPECT_EQ(groups, "silenced 1 2\nownCardHasIt 3\ngivenBefore 5\n");
+  EXPECT_EQ(groups, "\nsilenced: 1 2\nownCardHasIt: 3\ngivenBefore: 5");
   std::string months;
   for (const ExpiryMonth& month : expiryByMonth(content)) {
     months += month.month + ": " + summaryOf(month.donations) + "\n";
@@ -130,13 +129,12 @@ TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {
 
 TEST_F(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
   using enum DonationState;
-  const Value kept(Value::ImageData{std::make_shared<const std::string>()});
-  const Value mail = email("bo@example.org")->value();
-  const OwnersValues values{.unlisted = {{rejected, "You said so", mail, nullptr, "club"},
-                                         {absent, "Taken back", mail, nullptr, "attic"},
-                                         {expired, "It is over", kept, nullptr, "shop"},
-                                         {skipped, "Line 4 has no value", {}, nullptr, "bank"},
-                                         {skipped, "Line 7 has no value", {}, nullptr, "bank"}}};
+  const OwnersValues values{
+      .unlisted = {{rejected, "You said so", email("bo@example.org")->value(), nullptr, "club"},
+                   {absent, "Taken back", email("jo@example.org")->value(), nullptr, "attic"},
+                   {expired, "It is over", image("")->value(), nullptr, "shop"},
+                   {skipped, "Line 4 has no value", {}, nullptr, "bank"},
+                   {skipped, "Line 7 has no value", {}, nullptr, "bank"}}};
   const std::string page = OwnerPage::of({day("2026-11-26"), values});
   for (const char* shown :
        {"Rejected – 1 value<",
@@ -146,8 +144,7 @@ TEST_F(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
         "<a href=\"#left-out\"><strong>4</strong> left out", "The reasons are below."}) {
     EXPECT_THAT(page, HasSubstr(shown));
   }
-  EXPECT_THAT(page, Not(HasSubstr("attic")));
-  EXPECT_THAT(page, Not(HasSubstr("#donors")));
+  EXPECT_THAT(page, Not(testing::AnyOf(HasSubstr("attic"), HasSubstr("#donors"))));
 }
 
 TEST_F(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
@@ -171,21 +168,17 @@ TEST_F(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
 }
 
 TEST_F(OwnerPageTest, TellsWhatHasExpiredFromWhatWillAndKeepsWhatNeverDoes) {
-  DonationValues values = {
-      email("a@x", given("shop", "over", "2026-11-20")),
-      email("b@x", given("shop", "at this moment", "2026-11-26")),
-      email("c@x", given("shop", "soon", "2026-12-03")),
-      email("d@x", {"shop", "never", {}, day("2026-11-02"), Date::distantFuture()})};
+  DonationValues values = {email("a@x", given("shop", "a", "2026-11-26")),
+                           email("b@x", given("shop", "b", "2026-12-03")),
+                           email("c@x", from("shop", "c"))};
   for (int i = 0; i < 25; ++i) {
-    const std::string month =
-        std::to_string(2027 + i / 12) + "-" + std::to_string(101 + i % 12).substr(1);
-    values.push_back(email(month + "@x", given("shop", month, month + "-09")));
+    const Date expires = day("2027-01-09").addingSeconds(i * 31 * 86400.0);
+    values.push_back(email("d@x", from("shop", std::to_string(i), {}, expires)));
   }
   const std::string page = OwnerPage::of(contentOf(std::move(values)));
-  EXPECT_THAT(page, HasSubstr("3 donations expire within a week; 2 of them have expired already."));
-  EXPECT_THAT(page, HasSubstr(">October 2028</th>"));
-  EXPECT_THAT(page, Not(HasSubstr(">November 2028</th>")));
+  EXPECT_THAT(page, HasSubstr("2 donations expire within a week; 1 of them has expired already."));
   EXPECT_THAT(page, HasSubstr(">Never</th>"));
+  EXPECT_THAT(page, Not(HasSubstr(">November 2028</th>")));
   EXPECT_THAT(page, HasSubstr("And 3 later months."));
 }
 
