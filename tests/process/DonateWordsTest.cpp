@@ -14,14 +14,8 @@ class DonateWordsTest : public ProcessTest {
     return temporary / name;
   }
   std::string json() { return quenlet({"list", "--json"}).out; }
-  std::size_t count() {
-    const std::string list = json();
-    std::size_t found = 0;
-    for (auto place = list.find("{\"kind\""); place != std::string::npos; ++found) {
-      place = list.find("{\"kind\"", place + 1);
-    }
-    return found;
-  }
+
+  const std::filesystem::path journal = donationsFile.parent_path() / "tool-journal.plist";
 };
 
 TEST_F(DonateWordsTest, TakesNobodyElsesCardsUnlessTheOwnerInsists) {
@@ -66,7 +60,7 @@ TEST_F(DonateWordsTest, TakesNobodyElsesCardsUnlessTheOwnerInsists) {
        {"skipped a card: ", "ann.vcf: 1 don"}},
       {{"forget", "b"}, 0, {}},
   });
-  EXPECT_EQ(count(), 8U);
+  EXPECT_EQ(countDonations(), 8);
 }
 
 TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
@@ -109,13 +103,24 @@ TEST_F(DonateWordsTest, SaysBeforehandThatTheOwnCardHasAnotherName) {
   const std::string joan = file("joan.vcf", cardText("JOAN ASHWOOD", {"EMAIL:j@example.org"}));
   const std::string said =
       "your own card says Joan Ashwood, not Robin Hartwell; these values will not show\n";
-  expect({{{"donate", path}, 2, {"quenlet: usage 2: " + said + "hint: --anyway donates them\n"}}});
+  expect({
+      {{"donate", path}, 2, {"quenlet: usage 2: " + said + "hint: --anyway donates them\n"}},
+      {{"donate", joan}, 3, {}},
+      {{"donate", joan, "--dry-run"}, 0, {"org.quenlet.file."}},
+  });
+  EXPECT_FALSE(exists(journal)) << "nothing was donated";
   startAgent();
   expect({
       {{"donate", path}, 2, {said}},
       {{"list"}, 0, {"There are no donations."}},
       {{"donate", path, "--anyway"}, 0, {"quenlet: " + said, ": 2 donated"}},
       {{"donate", joan}, 0, {": 2 donated"}},
+  });
+  writeFile(journal, "damaged");
+  expect({
+      {{"undo"}, 1, {"property-list-error"}},
+      {{"donate", joan}, 0, {"the journal of donations was damaged, and a copy of it was kept"}},
+      {{"undo"}, 0, {": 2 values removed"}},
   });
   EXPECT_THAT(card(), AllOf(HasSubstr("j@example.org"), Not(HasSubstr("r@example.org"))));
 }
@@ -137,7 +142,7 @@ TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
        0,
        {": 2 donated"}},
   });
-  ASSERT_TRUE(eventually([this] { return count() == 7; })) << json();
+  ASSERT_TRUE(eventually([this] { return countDonations() == 7; })) << json();
   const std::string backup = quenlet({"export"}).out;
   const std::string exported = file("backup.plist", backup);
   const std::string cut = file("cut.plist", backup.substr(0, backup.size() / 2));
@@ -158,7 +163,7 @@ TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
       {{"import", cut}, 1, {"quenlet: ovaro.quenlet.property-list-error "}},
       {{"import", temporary / "none"}, 1, {"posix-error 2: "}},
   });
-  EXPECT_EQ(count(), 0U);
+  EXPECT_EQ(countDonations(), 0);
   EXPECT_FALSE(exists(othersCard) || exists(other / feedback));
   expect({{{"import", exported},
            0,

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "model/SuppressionNameEquivalence.h"
+#include "platform/foundation/PropertyListError.h"
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationRemarks.h"
 #include "tools/owner/CardInput.h"
@@ -55,11 +56,13 @@ class DonateWord final : public Command {
   [[nodiscard]] ExitCode checkPeople(const Inputs& inputs, const Session& session) const;
   [[nodiscard]] ExitCode choose(Inputs& inputs, const Session& session) const;
   [[nodiscard]] ExitCode checkOwnCard(const Files& files, const Session& session) const;
-  [[nodiscard]] Result<Files> filesOf(const Inputs& inputs, const DonationJournal& journal,
+  [[nodiscard]] Result<Files> filesOf(const Inputs& inputs, const Pseudonyms& pseudonyms,
                                       Date now) const;
+  [[nodiscard]] Result<std::string> keyFor(const DonationJournal& journal) const;
   [[nodiscard]] ExitCode offer(const Inputs& inputs, Session& session) const;
   [[nodiscard]] static ExitCode give(const Inputs& inputs, const Files& files,
-                                     const DonationJournal& journal, Session& session);
+                                     const DonationJournal& journal, const std::string& key,
+                                     Session& session);
 
   std::vector<std::string> paths;
   std::string bundleIdentifier;
@@ -167,11 +170,8 @@ ExitCode DonateWord::checkOwnCard(const Files& files, const Session& session) co
   return ExitCode::done;
 }
 
-Result<DonateWord::Files> DonateWord::filesOf(const Inputs& inputs, const DonationJournal& journal,
+Result<DonateWord::Files> DonateWord::filesOf(const Inputs& inputs, const Pseudonyms& pseudonyms,
                                               Date now) const {
-  const Result<std::string> key = journal.key();
-  if (!key.ok()) return Result<Files>::failure(key.error());
-  const Pseudonyms pseudonyms(key.value());
   DonationTerms terms{.bundleIdentifier = bundleIdentifier,
                       .donationDate = now,
                       .expirationDate = now.addingSeconds(expiresInDays * secondsInADay)};
@@ -185,16 +185,30 @@ Result<DonateWord::Files> DonateWord::filesOf(const Inputs& inputs, const Donati
   return Result<Files>::success(std::move(files));
 }
 
+// A damaged journal has none: it begins anew with this donation.
+Result<std::string> DonateWord::keyFor(const DonationJournal& journal) const {
+  const auto known = journal.knownKey();
+  if (!known.ok() && known.error()->domain() != PropertyListErrorDomain) {
+    return Result<std::string>::failure(known.error());
+  }
+  if (known.ok() && known.value()) return Result<std::string>::success(*known.value());
+  // What is only shown needs no secret.
+  return Result<std::string>::success(dryRun ? std::string(Pseudonyms::keySizeInBytes, '\0')
+                                             : DonationJournal::newKey());
+}
+
 ExitCode DonateWord::offer(const Inputs& inputs, Session& session) const {
   const Result<DonationJournal> journal = DonationJournal::open();
   if (!journal.ok()) return session.failWith(journal.error());
-  const Result<Files> files = filesOf(inputs, journal.value(), session.now);
+  const Result<std::string> key = keyFor(journal.value());
+  if (!key.ok()) return session.failWith(key.error());
+  const Result<Files> files = filesOf(inputs, Pseudonyms(key.value()), session.now);
   if (!files.ok()) return session.failWith(files.error());
   if (const ExitCode code = checkOwnCard(files.value(), session); code != ExitCode::done) {
     return code;
   }
   tellOfRepeated(files.value(), session);
-  if (!dryRun) return give(inputs, files.value(), journal.value(), session);
+  if (!dryRun) return give(inputs, files.value(), journal.value(), key.value(), session);
   DonationValues values;
   for (const DonatedFile& file : files.value()) {
     values.insert(values.end(), file.donated.begin(), file.donated.end());
@@ -205,8 +219,8 @@ ExitCode DonateWord::offer(const Inputs& inputs, Session& session) const {
 }
 
 ExitCode DonateWord::give(const Inputs& inputs, const Files& files, const DonationJournal& journal,
-                          Session& session) {
-  const auto outcome = OwnersDonations(session.agent, journal, session.now).donate(files);
+                          const std::string& key, Session& session) {
+  const auto outcome = OwnersDonations(session.agent, journal, session.now).donate(files, key);
   if (!outcome.ok()) return session.failWith(outcome.error());
   for (std::size_t place = 0; place < files.size(); ++place) {
     session.out << printable(inputs[place].path) << ": "

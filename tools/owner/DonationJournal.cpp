@@ -29,13 +29,6 @@ std::optional<std::string> readKey(const PropertyListDictionary& contents) {
   return key->data()->bytes;
 }
 
-std::string newKey() {
-  std::random_device source;
-  std::string bytes;
-  while (bytes.size() < Pseudonyms::keySizeInBytes) bytes += static_cast<char>(source());
-  return bytes;
-}
-
 using Entries = std::vector<JournalEntry>;
 
 // Nothing when the file holds something else in their place.
@@ -58,7 +51,7 @@ ErrorPtr makeDamageError() {
                    std::string(DonationJournal::fileName) + " is damaged: it holds no donations");
 }
 
-// Of what no property list can hold.
+// The size of something that a property list cannot hold.
 constexpr std::size_t noSize = std::numeric_limits<std::size_t>::max();
 
 std::size_t sizeOf(const PropertyList& donation) {
@@ -133,22 +126,18 @@ Result<std::vector<JournalEntry>> DonationJournal::entries() const {
   return Result<Entries>::success(*std::move(entries));
 }
 
-Result<std::string> DonationJournal::key() const {
-  std::optional<std::string> key;
-  // Most often it is there and the file needs no lock.
-  if (const auto contents = file.read(); contents.ok()) key = readKey(contents.value());
-  if (key) return Result<std::string>::success(*std::move(key));
-  const ErrorPtr error = change(
-      [&key](PropertyListDictionary& contents) {
-        key = readKey(contents);
-        if (key) return false;
-        key = newKey();
-        contents.insert_or_assign(secretKey, Data{*key});
-        return true;
-      },
-      PropertyListFile::OnDamage::replaceFile);
-  if (error) return Result<std::string>::failure(error);
-  return Result<std::string>::success(*std::move(key));
+Result<std::optional<std::string>> DonationJournal::knownKey() const {
+  using Known = Result<std::optional<std::string>>;
+  const Result<PropertyListDictionary> contents = file.read();
+  return contents.ok() ? Known::success(readKey(contents.value()))
+                       : Known::failure(contents.error());
+}
+
+std::string DonationJournal::newKey() {
+  std::random_device source;
+  std::string bytes;
+  while (bytes.size() < Pseudonyms::keySizeInBytes) bytes += static_cast<char>(source());
+  return bytes;
 }
 
 ErrorPtr DonationJournal::setKey(const std::string& key) const {
@@ -159,13 +148,17 @@ ErrorPtr DonationJournal::setKey(const std::string& key) const {
         contents.insert_or_assign(secretKey, Data{key});
         return true;
       },
-      PropertyListFile::OnDamage::replaceFile);
+      PropertyListFile::OnDamage::fail);
 }
 
-Result<JournalEntry> DonationJournal::add(JournalEntry entry) const {
+Result<JournalEntry> DonationJournal::add(JournalEntry entry, const std::string& key) const {
   fit(entry, bounds.bytes);
+  bool hasOtherKey = false;
   const ErrorPtr error = change(
       [&](PropertyListDictionary& contents) {
+        hasOtherKey = readKey(contents).value_or(key) != key;
+        if (hasOtherKey) return false;
+        contents.insert_or_assign(secretKey, Data{key});
         std::optional<Entries> entries = entriesIn(contents);
         if (!entries) {
           file.keepDamagedFile();
@@ -181,6 +174,11 @@ Result<JournalEntry> DonationJournal::add(JournalEntry entry) const {
       },
       PropertyListFile::OnDamage::replaceFile);
   if (error) return Result<JournalEntry>::failure(error);
+  if (hasOtherKey) {
+    return Result<JournalEntry>::failure(
+        makeError(GeneralErrorDomain, 0,
+                  "another donation began the journal at the same time; donate again"));
+  }
   return Result<JournalEntry>::success(std::move(entry));
 }
 

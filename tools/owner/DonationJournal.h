@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,22 +33,25 @@ class DonationJournal final {
                   std::shared_ptr<DataProxy> dataProxy);
   DonationJournal(const std::filesystem::path& donationsDirectory,
                   std::shared_ptr<DataProxy> dataProxy, Bounds journalBounds);
-  // That of the calling user; an error when there is no home directory.
+  // The calling user's; an error without a home directory.
   [[nodiscard]] static Result<DonationJournal> open();
 
   [[nodiscard]] const std::filesystem::path& path() const { return file.path(); }
 
   // Oldest first; empty without a file.
   [[nodiscard]] Result<std::vector<JournalEntry>> entries() const;
-  // The secret key under which paths and identifiers of cards have their pseudonyms. The first call
-  // makes it.
-  [[nodiscard]] Result<std::string> key() const;
+  // The secret key under which paths and identifiers of cards have their pseudonyms; nothing before
+  // the first donation.
+  [[nodiscard]] Result<std::optional<std::string>> knownKey() const;
+  // A key for the first donation.
+  [[nodiscard]] static std::string newKey();
   // Takes over a key, unless donations have been noted under another one.
   [[nodiscard]] ErrorPtr setKey(const std::string& key) const;
 
-  // Notes a donation, durably; call it before the agent is asked. The entry comes back as it is
-  // kept: with its number, and with less in it if it is too large to be kept whole.
-  [[nodiscard]] Result<JournalEntry> add(JournalEntry entry) const;
+  // Notes a donation that was made under `key`, durably; call it before the agent is asked. The
+  // entry comes back as it is kept: with its number, and with less in it if it is too large to be
+  // kept whole. The first donation brings the key; an error when there is another one by now.
+  [[nodiscard]] Result<JournalEntry> add(JournalEntry entry, const std::string& key) const;
   // Notes which values of a donation the agent did not take. Nothing happens if it is forgotten.
   [[nodiscard]] ErrorPtr setLeftOut(std::int64_t number,
                                     const std::vector<std::string>& donationIdentifiers) const;

@@ -72,7 +72,8 @@ ErrorPtr afterDonation(const Error& error) {
 
 }  // namespace
 
-Result<Outcome> OwnersDonations::donate(const std::vector<DonatedFile>& files) const {
+Result<Outcome> OwnersDonations::donate(const std::vector<DonatedFile>& files,
+                                        const std::string& key) const {
   using Donated = Result<Outcome>;
   const auto list = agent.donations();
   if (!list.ok()) return Donated::failure(list.error());
@@ -87,7 +88,7 @@ Result<Outcome> OwnersDonations::donate(const std::vector<DonatedFile>& files) c
   }
   JournalEntry noted{.when = now, .files = files};
   noted.replaced = replacedBy(files, former, HeldDonations(list.value()));
-  const Result<JournalEntry> entry = journal.add(std::move(noted));
+  const Result<JournalEntry> entry = journal.add(std::move(noted), key);
   if (!entry.ok()) return Donated::failure(entry.error());
   outcome.kept = entry.value().kept;
   const std::int64_t number = entry.value().number;

@@ -45,9 +45,10 @@ class OwnersDonations final {
   OwnersDonations(CorvelProtocol& askedAgent, DonationJournal donationJournal, Date currentDate)
       : agent(askedAgent), journal(std::move(donationJournal)), now(currentDate) {}
 
-  // Donates all files or, on an error from the agent, none. After an error that leaves the outcome
-  // open, undo still takes back what was given.
-  [[nodiscard]] Result<Outcome> donate(const std::vector<DonatedFile>& files) const;
+  // Donates all files or, on an error from the agent, none. `key` is that of their pseudonyms.
+  // After an error that leaves the outcome open, undo still takes back what was given.
+  [[nodiscard]] Result<Outcome> donate(const std::vector<DonatedFile>& files,
+                                       const std::string& key) const;
   // Takes the last donation back and forgets it, so that the next call takes the one before. Values
   // that others have given in its place since stay. Nothing when the journal is empty.
   [[nodiscard]] Result<std::optional<Undone>> undo() const;

@@ -78,7 +78,7 @@ Result<Backup> OwnersHome::backUp(Date now) const {
   Result<Card> card = ownCard();
   if (!card.ok()) return Taken::failure(card.error());
   backup.ownCard = std::move(card).takeValue();
-  Result<std::string> key = journal.key();
+  auto key = journal.knownKey();
   if (!key.ok()) return Taken::failure(key.error());
   backup.pseudonymKey = std::move(key).takeValue();
   return Taken::success(std::move(backup));
@@ -89,10 +89,11 @@ Result<std::vector<std::string>> OwnersHome::conflicts(const Backup& backup) con
   std::vector<std::string> found;
   const auto list = agent.donations();
   if (!list.ok()) return Found::failure(list.error());
-  // What is added to and cannot be read must be known before anything changes.
+  // Unreadable feedback or an unreadable journal must be found before anything changes.
   if (const auto decisions = feedback.read(); !decisions.ok()) {
     return Found::failure(decisions.error());
   }
+  if (const auto entries = journal.entries(); !entries.ok()) return Found::failure(entries.error());
   const HeldDonations held(list.value());
   for (const DonationValuePtr& value : backup.donations) {
     const DonationValuePtr present = held.inPlaceOf(*value);

@@ -14,7 +14,6 @@
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/owner/CardInput.h"
-#include "tools/owner/DonationJournal.h"
 #include "tools/owner/UserAccounts.h"
 
 namespace quenlet {
@@ -205,12 +204,12 @@ TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedAndWhatIsSkipped) {
   EXPECT_EQ(run("donate " + bad + " --dry-run"), 1);
   EXPECT_EQ(err.str(), "quenlet: skipped a card: " + bad + ": line 4: a card without END\n");
   const auto identifiersIn = [](const std::string& path, const std::string& bundle) {
-    const Pseudonyms pseudonyms(DonationJournal::open().value().key().value());
     const CardInput input = CardInput::read(path).value();
-    return identifiersOf(input.donations({.bundleIdentifier = bundle}, pseudonyms).value().donated);
+    const DonationTerms terms{.bundleIdentifier = bundle};
+    return identifiersOf(input.donations(terms, Pseudonyms::withoutSecret()).value().donated);
   };
   const auto pseudonymOf = [](const std::string& text) {
-    return Pseudonyms(DonationJournal::open().value().key().value()).of(text);
+    return Pseudonyms::withoutSecret().of(text);
   };
   const std::string first = "a%3Ab:" + pseudonymOf(two) + ":1:";
   EXPECT_EQ(identifiersIn(two, "a:b"), first + "name " + first + "email:1 " + first + "email:2 " +

@@ -15,11 +15,14 @@ class DonationJournalTest : public FileFixture {
   DonationJournal journal{
       temporary / "Donations", std::make_shared<PosixDataProxy>(), {.entries = 4, .bytes = 9000}};
 
+  const std::string key = "abcdefghijklmnop";
+
   // Notes a donation of one file and gives its number.
   std::int64_t add(const DonationValues& donated, const DonationValues& replaced = {}) {
     const auto added = journal.add({.when = Date(0.25),
                                     .files = {{"0123", "app", donated, {{"TEL", 7}, {"", 9}}}},
-                                    .replaced = replaced});
+                                    .replaced = replaced},
+                                   key);
     return added.ok() ? added.value().number : -1;
   }
   // "number:donated/replaced/left out" of each donation, or the error.
@@ -89,18 +92,16 @@ TEST_F(DonationJournalTest, ForgetsTheOldestOfTooManyAndWhatIsTooLarge) {
 }
 
 TEST_F(DonationJournalTest, KeepsItsKeyAndTakesOverAnotherOnlyBeforeTheFirstDonation) {
-  const std::string former = journal.key().value();
-  EXPECT_EQ(former.size(), 16U);
-  EXPECT_EQ(journal.key().value(), former);
-  const std::string other = "0123456789abcdef";
-  EXPECT_EQ(journal.setKey(other), nullptr);
-  EXPECT_EQ(journal.key().value(), other);
-  add({email("a@example.org")});
-  EXPECT_EQ(journal.setKey(former), nullptr);
-  EXPECT_EQ(journal.key().value(), other);
-  EXPECT_EQ(journal.erase(), nullptr);
-  EXPECT_NE(journal.key().value(), other);
-  EXPECT_NE(journal.key().value(), former);
+  EXPECT_EQ(journal.knownKey().value(), std::nullopt);
+  EXPECT_FALSE(std::filesystem::exists(journalFile.parent_path())) << "a look creates nothing";
+  EXPECT_NE(DonationJournal::newKey(), DonationJournal::newKey());
+  EXPECT_EQ(journal.setKey("0123456789abcdef"), nullptr);
+  EXPECT_EQ(journal.knownKey().value(), "0123456789abcdef");
+  EXPECT_EQ(add({email("a@example.org")}), -1) << "it was made under another key";
+  EXPECT_EQ(journal.setKey(key), nullptr);
+  EXPECT_EQ(add({email("a@example.org")}), 1);
+  EXPECT_EQ(journal.setKey("0123456789abcdef"), nullptr);
+  EXPECT_EQ(journal.knownKey().value(), key);
 }
 
 TEST_F(DonationJournalTest, ADamagedJournalIsAnErrorAndIsKeptBesideANewOne) {

@@ -83,7 +83,8 @@ class OwnersDonationsTest : public testing::Test {
                      Date expires = Date(1000), const std::string& file = "f") {
     time += 1;
     const OwnersDonations owner(agent, journal, Date(time));
-    const auto outcome = owner.donate({{file, bundle, gifts(bundle, identifiers, expires)}});
+    const auto outcome =
+        owner.donate({{file, bundle, gifts(bundle, identifiers, expires)}}, "0123456789abcdef");
     if (!outcome.ok()) return outcome.error()->debugDescription();
     const OwnersDonations::Given given = outcome.value().files.at(0);
     return std::to_string(given.donated) + "+" + std::to_string(given.leftOut) + "-" +
