@@ -116,6 +116,13 @@ TEST_F(DonateWordsTest, SaysBeforehandThatTheOwnCardHasAnotherName) {
       {{"donate", path, "--anyway"}, 0, {"quenlet: " + said, ": 2 donated"}},
       {{"donate", joan}, 0, {": 2 donated"}},
   });
+  expect({
+      {{"disable", "--yes"}, 0, {"undo can take nothing back", "in 30 seconds"}},
+      {{"enable"}, 0, {}},
+      {{"undo"}, 1, {}},
+  });
+  ASSERT_TRUE(eventually([&] { return quenlet({"donate", joan}).code == 0; }));
+  EXPECT_EQ(countDonations(), 4) << "the file kept its bundle";
   writeFile(journal, "damaged");
   expect({
       {{"undo"}, 1, {"property-list-error"}},

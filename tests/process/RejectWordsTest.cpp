@@ -144,8 +144,11 @@ TEST_F(RejectWordsTest, DisableLeavesNoValueBelowTheHomeOnceNoAgentRuns) {
   writeFile(page, "12 Larch Lane");
   EXPECT_NE(filesWith("Larch"), "");
   expect({
-      {{"disable"}, 2, {"No agent runs: they are deleted at once", "usage 2"}},
-      {{"disable", "--yes"}, 0, {"No donation is stored any more"}},
+      {{"disable"},
+       2,
+       {"No agent runs: they are deleted at once",
+        "first start the agent and run quenlet export > FILE.\n", "usage 2"}},
+      {{"disable", "--yes"}, 0, {"all stored donations are deleted"}},
       {{"disable"}, 0, {"off already"}},
       {{"status"}, 3, {"disabled"}},
   });
@@ -162,12 +165,16 @@ TEST_F(RejectWordsTest, ResetRemovesAllButWhatIsTheOwners) {
   writeFile(ownersCard, cardText("Robin Berg", {}));
   startAgent();
   EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
+  const std::filesystem::path elsewhere = home / "elsewhere.plist";
+  std::filesystem::rename(donationsFile, elsewhere);
+  std::filesystem::create_symlink(elsewhere, donationsFile);
   expect({
       {{"account", "add", "--id", "work"}, 0, {}},
       {{"reject", "+493012 34567"}, 0, {}},
       {{"reset", "--yes"}, 1, {"not-possible", "hint: stop it first: systemctl --user stop"}},
-      {{"disable", "--yes"}, 0, {"in 30 seconds"}},
+      {{"disable", "--yes"}, 0, {"first run quenlet export > FILE.\n", "in 30 seconds"}},
   });
+  EXPECT_TRUE(exists(elsewhere)) << "the agent keeps its file until it deletes the donations";
   EXPECT_EQ(stopAgent(), 0);
   const std::string library = home / "Library";
   writeFile(library + "/Contacts/Feedback/feedback.plist.damaged-1", "Larch");
@@ -190,6 +197,7 @@ TEST_F(RejectWordsTest, ResetRemovesAllButWhatIsTheOwners) {
   const std::string left = "find \"$0\" -type f ! -empty | sort";
   EXPECT_EQ(run({"/bin/sh", "-c", left, library}).out,
             library + "/Accounts/work.plist\n" + ownersCard.string() + "\n");
+  EXPECT_FALSE(exists(elsewhere));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "tools/commands/Command.h"
 #include "tools/commands/Question.h"
 #include "tools/owner/AgentDonations.h"
+#include "tools/owner/DonationJournal.h"
 #include "tools/owner/DonorReturn.h"
 #include "tools/owner/StoredData.h"
 #include "tools/owner/UserAccounts.h"
@@ -18,7 +19,17 @@
 namespace quenlet {
 namespace {
 
-using Paths = std::vector<std::filesystem::path>;
+// What the agent holds, or, when it does not tell, what is stored, and whether an agent runs.
+struct Held final {
+  DonationValues donations;
+  bool agentRuns = true;
+  // Files that no agent removes.
+  std::vector<std::filesystem::path> copies = {};
+  // Whether the journal has donations, as far as can be told.
+  bool isNoted = false;
+
+  [[nodiscard]] bool isEmpty() const { return donations.empty() && copies.empty() && !isNoted; }
+};
 
 // "enable" and "disable": write the preference, which a running agent notices.
 //
@@ -32,7 +43,7 @@ class PreferenceWords final : public Command {
   [[nodiscard]] static ExitCode enable(Session& session);
   [[nodiscard]] ExitCode disable(Session& session) const;
   [[nodiscard]] static ExitCode deleteStored(const Session& session, const StoredData& stored,
-                                             const Paths& copies, bool agentRuns);
+                                             const DonationJournal& journal, const Held& held);
 
   bool isConfirmed = false;
 };
@@ -53,13 +64,7 @@ void PreferenceWords::addTo(CLI::App& app, ChosenAction& chosen) {
       [this, &chosen] { chosen = [this](Session& session) { return disable(session); }; });
 }
 
-// What the agent holds, or, when it does not tell, what is stored, and whether an agent runs.
-struct Held final {
-  DonationValues donations;
-  bool agentRuns = true;
-};
-
-Result<Held> lookAt(const Session& session, const StoredData& stored) {
+Result<Held> lookAtDonations(const Session& session, const StoredData& stored) {
   const auto list = donationsOf(session.agent);
   if (list.ok()) return Result<Held>::success({*list.value(), true});
   const bool agentRuns = !isNoAgent(*list.error());
@@ -72,13 +77,29 @@ Result<Held> lookAt(const Session& session, const StoredData& stored) {
   return Result<Held>::success({{}, agentRuns});
 }
 
+Result<Held> lookAt(const Session& session, const StoredData& stored,
+                    const DonationJournal& journal) {
+  Result<Held> looked = lookAtDonations(session, stored);
+  if (!looked.ok()) return looked;
+  Held held = std::move(looked).takeValue();
+  held.copies = stored.copiesOfDonations();
+  const auto entries = journal.entries();
+  if (!entries.ok() && entries.error()->domain() == PosixErrorDomain) {
+    return Result<Held>::failure(entries.error());
+  }
+  held.isNoted = !entries.ok() || !entries.value().empty();
+  return Result<Held>::success(std::move(held));
+}
+
 void writeLine(const Session& session, std::size_t number, const std::string& what) {
   if (number > 0) session.err << printable("  " + std::to_string(number) + " " + what) << "\n";
 }
 
-// What goes, whether it comes back, and how to keep it.
+// What goes, whether it comes back, and how to keep it: only an agent gives an export, and only
+// while donations are on.
 void tellLoss(const Session& session, const Held& held, const std::filesystem::path& home,
-              std::size_t copies) {
+              bool areEnabled) {
+  const std::size_t copies = held.copies.size();
   const DonorReturn back = DonorReturn::of(held.donations, home);
   session.err << "This deletes " << counted(back.all(), "donation") << ":\n";
   writeLine(session, back.others,
@@ -89,10 +110,18 @@ void tellLoss(const Session& session, const Held& held, const std::filesystem::p
   writeLine(session, copies,
             copies == 1 ? "file with a copy of what was donated"
                         : "files with copies of what was donated");
+  if (held.isNoted) {
+    session.err << "What quenlet donate has noted is deleted at once: undo can take nothing back "
+                   "then.\n";
+  }
   session.err << (held.agentRuns ? "The agent deletes them after 30 seconds; until then, quenlet "
                                    "enable keeps them.\n"
-                                 : "No agent runs: they are deleted at once.\n")
-              << "To keep them, run quenlet export > FILE first.\n";
+                                 : "No agent runs: they are deleted at once.\n");
+  std::vector<std::string> steps;
+  if (!areEnabled) steps.emplace_back("run quenlet enable");
+  if (!held.agentRuns) steps.emplace_back("start the agent");
+  steps.emplace_back("run quenlet export > FILE");
+  session.err << "To keep them, first " << enumerated(steps) << ".\n";
 }
 
 // Deletes what no agent will delete. Whether an agent has turned up that deletes the rest.
@@ -102,7 +131,7 @@ Result<bool> deleteWithoutAgent(const StoredData& stored) {
     return lock.error()->code() == EWOULDBLOCK ? Result<bool>::success(true)
                                                : Result<bool>::failure(lock.error());
   }
-  const ErrorPtr error = StoredData::remove(stored.userFiles().present(FileKeeper::donations));
+  const ErrorPtr error = StoredData::remove(stored.filesOfDonations());
   return error ? Result<bool>::failure(error) : Result<bool>::success(false);
 }
 
@@ -119,37 +148,41 @@ ExitCode PreferenceWords::disable(Session& session) const {
   if (!user.ok()) return session.failWith(user.error());
   const auto stored = StoredData::open();
   if (!stored.ok()) return session.failWith(stored.error());
-  const auto held = lookAt(session, stored.value());
+  const auto journal = DonationJournal::open();
+  if (!journal.ok()) return session.failWith(journal.error());
+  const auto held = lookAt(session, stored.value(), journal.value());
   if (!held.ok()) return session.failWith(held.error());
-  const Paths copies = stored.value().copiesOfDonations();
-  if (!held.value().donations.empty() || !copies.empty()) {
-    tellLoss(session, held.value(), stored.value().userFiles().home(), copies.size());
+  const bool areEnabled = user.value()->preferences().isDonationsEnabled();
+  if (!held.value().isEmpty()) {
+    tellLoss(session, held.value(), stored.value().userFiles().home(), areEnabled);
     const ExitCode answer = askOwner(session, isConfirmed, "turn donations off?");
     if (answer != ExitCode::done) return answer;
-  } else if (!user.value()->preferences().isDonationsEnabled()) {
+  } else if (!areEnabled) {
     session.out << "Donations were off already, and none is stored.\n";
     return ExitCode::done;
   }
   if (const ErrorPtr error = user.value()->preferences().setDonationsEnabled(false)) {
     return session.failWith(error);
   }
-  return deleteStored(session, stored.value(), copies, held.value().agentRuns);
+  return deleteStored(session, stored.value(), journal.value(), held.value());
 }
 
 ExitCode PreferenceWords::deleteStored(const Session& session, const StoredData& stored,
-                                       const Paths& copies, bool agentRuns) {
+                                       const DonationJournal& journal, const Held& held) {
+  bool agentRuns = held.agentRuns;
   if (!agentRuns) {
     const Result<bool> hasTurnedUp = deleteWithoutAgent(stored);
     if (!hasTurnedUp.ok()) return session.failWith(hasTurnedUp.error());
     agentRuns = hasTurnedUp.value();
   }
-  if (const ErrorPtr error = StoredData::remove(copies)) return session.failWith(error);
+  if (const ErrorPtr error = StoredData::remove(held.copies)) return session.failWith(error);
+  if (const ErrorPtr error = journal.erase()) return session.failWith(error);
   if (agentRuns) {
     session.out << "Donations are off. The agent deletes what it holds in 30 seconds.\n";
     return ExitCode::done;
   }
   if (const ErrorPtr error = scheduleAccounts()) return session.failWith(error);
-  session.out << "Donations are off. No donation is stored any more.\n";
+  session.out << "Donations are off, and all stored donations are deleted.\n";
   return ExitCode::done;
 }
 

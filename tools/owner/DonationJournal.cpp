@@ -200,17 +200,37 @@ ErrorPtr DonationJournal::remove(std::int64_t number) const {
 }
 
 ErrorPtr DonationJournal::erase() const {
+  std::error_code failure;
+  if (!std::filesystem::exists(path(), failure) && !failure) return nullptr;
+  ErrorPtr error = change(
+      [](PropertyListDictionary& contents) {
+        PropertyListDictionary kept;
+        if (auto key = readKey(contents)) kept.emplace(secretKey, Data{*std::move(key)});
+        if (kept == contents) return false;
+        contents = std::move(kept);
+        return true;
+      },
+      PropertyListFile::OnDamage::fail);
+  return error && error->domain() == PropertyListErrorDomain ? removeFile() : error;
+}
+
+ErrorPtr DonationJournal::removeFile() const {
   std::filesystem::path lockPath = path();
   lockPath += ".lock";
-  PosixFileOperations operations;
-  std::error_code failure;
-  if (!std::filesystem::exists(path(), failure)) return nullptr;
   const auto lock = LockFile::lock(lockPath);
   if (!lock.ok()) return lock.error();
-  std::filesystem::remove(path(), failure);
-  if (failure) return makePosixError(failure.value(), std::string("remove ") + fileName);
-  const int error = DurableDirectory::synchronize(operations, DurableDirectory::of(path()));
-  return error == 0 ? nullptr : makePosixError(error, std::string("remove ") + fileName);
+  PosixFileOperations operations;
+  // The file may be a link to the damaged one.
+  std::error_code failure;
+  std::filesystem::path target = std::filesystem::weakly_canonical(path(), failure);
+  if (failure) target = path();
+  for (const auto& file : {target, path()}) {
+    std::filesystem::remove(file, failure);
+    int error = failure.value();
+    if (error == 0) error = DurableDirectory::synchronize(operations, DurableDirectory::of(file));
+    if (error != 0) return makePosixError(error, std::string("remove ") + fileName);
+  }
+  return nullptr;
 }
 
 ErrorPtr DonationJournal::changeEntries(

@@ -57,11 +57,13 @@ class DonationJournal final {
                                     const std::vector<std::string>& donationIdentifiers) const;
   // Forgets one donation.
   [[nodiscard]] ErrorPtr remove(std::int64_t number) const;
-  // Removes the file, the key included, durably. Its lock file stays, and so do copies of damaged
-  // ones. Succeeds without a file.
+  // Forgets all donations, but not the key: the same file still replaces what it gave if the agent
+  // holds it after all. A damaged file is removed; copies of damaged ones stay. Succeeds without a
+  // file.
   [[nodiscard]] ErrorPtr erase() const;
 
  private:
+  [[nodiscard]] ErrorPtr removeFile() const;
   [[nodiscard]] ErrorPtr changeEntries(
       const std::function<void(std::vector<JournalEntry>& entries)>& edit) const;
   [[nodiscard]] ErrorPtr change(const PropertyListFile::Change& change,

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <set>
 
@@ -10,10 +11,22 @@
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/PosixFileOperations.h"
 #include "platform/files/PropertyListFile.h"
+#include "tools/owner/DonationJournal.h"
 
 namespace quenlet {
 
 using std::filesystem::path;
+
+namespace {
+
+// The path of a file, and that of the file that it links to, if it is a link.
+std::set<path> namesOf(const path& file) {
+  std::error_code failure;
+  path target = std::filesystem::weakly_canonical(file, failure);
+  return failure ? std::set<path>{file} : std::set<path>{file, std::move(target)};
+}
+
+}  // namespace
 
 Result<StoredData> StoredData::open() {
   auto files = UserFiles::open();
@@ -47,12 +60,21 @@ Result<std::shared_ptr<LockFile>> StoredData::lockAgentOut() const {
   return LockFile::tryLock(directory / DonationFiles::agentLock);
 }
 
+std::vector<path> StoredData::filesOfDonations() const {
+  const path journal = files.home() / DonationFiles::directory / DonationJournal::fileName;
+  std::vector<path> found = files.present(FileKeeper::donations);
+  std::erase_if(found,
+                [names = namesOf(journal)](const path& file) { return names.contains(file); });
+  return found;
+}
+
 std::vector<path> StoredData::copiesOfDonations() const {
-  std::vector<path> copies = files.present(FileKeeper::donations);
-  std::erase_if(copies, [](const path& file) {
-    const std::string name = file.filename();
-    const bool isAgents = name.find(DonationFiles::donations) != std::string::npos;
-    return isAgents && name.find(UserFiles::damagedMark) == std::string::npos;
+  const auto agents = namesOf(files.home() / DonationFiles::directory / DonationFiles::donations);
+  std::vector<path> copies = filesOfDonations();
+  std::erase_if(copies, [&agents](const path& file) {
+    return std::any_of(agents.begin(), agents.end(), [&file](const path& agentsFile) {
+      return file == agentsFile || UserFiles::isUnfinished(file, agentsFile);
+    });
   });
   return copies;
 }

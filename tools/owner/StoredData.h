@@ -32,8 +32,10 @@ class StoredData final {
   // even one that cannot be reached.
   [[nodiscard]] Result<std::shared_ptr<LockFile>> lockAgentOut() const;
 
-  // Files that hold donated values and that no agent removes: copies of damaged versions, and what
-  // this program has donated.
+  // All files that hold donated values, but for the journal, which forgets them itself.
+  [[nodiscard]] std::vector<std::filesystem::path> filesOfDonations() const;
+  // Those of them that no agent removes: copies of damaged versions, and the page. Neither the
+  // agent's file, even where it is a link, nor what the agent may be about to put in its place.
   [[nodiscard]] std::vector<std::filesystem::path> copiesOfDonations() const;
 
   // Removes files, durably. Those that are gone are no error. On failure some may stay.

@@ -1,7 +1,6 @@
 #include "tools/owner/UserFiles.h"
 
 #include <algorithm>
-#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -25,12 +24,13 @@ namespace {
 
 using std::filesystem::path;
 
-// Whether a file of that name stands beside the file `name` on its account: a copy of a damaged or
+// Whether `candidate` stands beside the file on its account: a copy of a damaged or
 // former version, or one that was not finished.
-bool isCompanion(std::string_view candidate, const std::string& name) {
-  return candidate.starts_with(name + UserFiles::damagedMark) ||
-         candidate.starts_with(name + OwnCardFile::formerMark) ||
-         candidate.starts_with("." + name + ".quenlet-");
+bool isCompanion(const path& candidate, const path& file) {
+  const std::string name = candidate.filename();
+  return name.starts_with(file.filename().native() + UserFiles::damagedMark) ||
+         name.starts_with(file.filename().native() + OwnCardFile::formerMark) ||
+         UserFiles::isUnfinished(candidate, file);
 }
 
 void addPresent(std::vector<path>& found, const path& file) {
@@ -46,7 +46,7 @@ void addPresent(std::vector<path>& found, const path& file) {
   std::filesystem::directory_iterator entries(file.parent_path(), failure);
   for (; !failure && entries != std::filesystem::directory_iterator(); entries.increment(failure)) {
     const path& entry = entries->path();
-    if (isCompanion(entry.filename().native(), file.filename())) companions.push_back(entry);
+    if (isCompanion(entry, file)) companions.push_back(entry);
   }
   std::sort(companions.begin(), companions.end());
   found.insert(found.end(), companions.begin(), companions.end());
@@ -108,6 +108,11 @@ std::vector<path> UserFiles::present(const UserFile& file) {
     if (!failure) addPresent(found, target);
   }
   return found;
+}
+
+bool UserFiles::isUnfinished(const path& candidate, const path& file) {
+  return candidate.parent_path() == file.parent_path() &&
+         candidate.filename().native().starts_with("." + file.filename().native() + ".quenlet-");
 }
 
 std::vector<path> UserFiles::present(FileKeeper keeper) const {

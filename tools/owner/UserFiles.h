@@ -14,7 +14,7 @@ inline constexpr char PagePath[] = "quenlet/pages/card.html";
 
 // Whose a file is, and so what may remove it.
 enum class FileKeeper : std::uint8_t {
-  donations,  // holds donated values: `disable` and `reset` remove it
+  donations,  // holds donated values: `disable` and `reset` remove it, `disable` all but a key
   quenlet,    // whatever else the agent and its command keep: `reset` removes it
   owner,      // the owner's own: never removed
   system,     // of the installation or of the running session: never removed
@@ -46,6 +46,9 @@ class UserFiles final {
   // unfinished ones beside it. Not its lock file, which is empty and must stay: another program may
   // be about to lock it. A directory is given back itself.
   [[nodiscard]] static std::vector<std::filesystem::path> present(const UserFile& file);
+  // Whether `candidate` is the unfinished next version of `file`, or the leftover of one.
+  [[nodiscard]] static bool isUnfinished(const std::filesystem::path& candidate,
+                                         const std::filesystem::path& file);
   // All that is present of the files with that keeper.
   [[nodiscard]] std::vector<std::filesystem::path> present(FileKeeper keeper) const;
 

@@ -61,8 +61,13 @@ TEST_F(DonationJournalTest, ReadsBackWhatWasNoted) {
   EXPECT_EQ(journal.remove(1), nullptr);
   EXPECT_EQ(kept(), "2:p//p, ");
   EXPECT_EQ(journal.erase(), nullptr);
-  EXPECT_EQ(journal.erase(), nullptr) << "there is none any more";
   EXPECT_EQ(kept(), "");
+  EXPECT_EQ(journal.knownKey().value(), key);
+  EXPECT_EQ(readFile(journalFile).find("ann@"), std::string::npos);
+  writeFile(journalFile, "ann@example.org");
+  EXPECT_EQ(journal.erase(), nullptr);
+  EXPECT_FALSE(std::filesystem::exists(journalFile));
+  EXPECT_EQ(journal.erase(), nullptr) << "there is none any more";
 }
 
 TEST_F(DonationJournalTest, ForgetsTheOldestOfTooManyAndWhatIsTooLarge) {
