@@ -190,8 +190,10 @@ TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
         "  the account work\nhint: --replace "}},
   });
   EXPECT_EQ(readFile(othersCard), cardText("Ann Berg", {}));
-  expect(
-      {{{"import", exported, "--replace"}, 0, {"0 decisions on values, 1 account and your own"}}});
+  expect({{{"import", exported, "--replace"},
+           0,
+           {"0 decisions on values, 1 account and your own", "kept: " + othersCard.string()}}});
+  EXPECT_EQ(readFile(othersCard.string() + ".former-1"), cardText("Ann Berg", {}));
   EXPECT_EQ(readFile(othersCard), readFile(ownersCard));
   // The key came along: the same file replaces what it gave in the other home.
   writeFile(ann, cardText("Ann Berg", {"EMAIL:ann@example.com"}));

@@ -8,6 +8,7 @@
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationRemarks.h"
 #include "tools/owner/OwnersHome.h"
+#include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
 
 namespace quenlet {
@@ -94,6 +95,9 @@ ExitCode BackupWords::putInPlace(Session& session) const {
               << counted(imported.decisions, "decision") << " on values, "
               << counted(imported.accounts, "account")
               << (imported.ownCard ? " and your own card.\n" : ".\n");
+  if (imported.formerCard) {
+    session.out << "Your former card is kept: " << printable(imported.formerCard->native()) << "\n";
+  }
   if (imported.leftOut > 0) {
     session.out << counted(imported.leftOut, "donation was", "donations were")
                 << " left out: you rejected " << (imported.leftOut == 1 ? "it\n" : "them\n");

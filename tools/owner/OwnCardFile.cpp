@@ -53,23 +53,31 @@ Result<OwnCardFile::Placed> OwnCardFile::replaceWith(const std::filesystem::path
   if (!text.ok()) return failed(text.error());
   Result<VCard> card = onlyCard(source, text.value());
   if (!card.ok()) return failed(card.error());
-  Placed placed;
-  placed.card = std::move(card).takeValue();
+  Result<Replaced> outcome = replaceWithBytes(text.value());
+  if (!outcome.ok()) return failed(outcome.error());
+  Replaced replaced = std::move(outcome).takeValue();
+  return Result<Placed>::success(
+      {std::move(card).takeValue(), std::move(replaced.former), replaced.isUnchanged});
+}
+
+Result<OwnCardFile::Replaced> OwnCardFile::replaceWithBytes(const std::string& bytes) const {
+  const auto failed = [](ErrorPtr error) { return Result<Replaced>::failure(std::move(error)); };
+  Replaced replaced;
   const Result<std::string> former = readFile(path);
   if (former.ok()) {
-    placed.isUnchanged = former.value() == text.value();
-    if (placed.isUnchanged) return Result<Placed>::success(std::move(placed));
+    replaced.isUnchanged = former.value() == bytes;
+    if (replaced.isUnchanged) return Result<Replaced>::success(std::move(replaced));
     Result<std::filesystem::path> copy = keepFormer(former.value());
     if (!copy.ok()) return failed(copy.error());
-    placed.former = std::move(copy).takeValue();
+    replaced.former = std::move(copy).takeValue();
   } else if (!isMissingFile(*former.error())) {
     return failed(former.error());
   }
   PosixFileOperations operations;
-  if (ErrorPtr error = DurableFileWriter(operations).replace(path, text.value())) {
+  if (ErrorPtr error = DurableFileWriter(operations).replace(path, bytes)) {
     return failed(std::move(error));
   }
-  return Result<Placed>::success(std::move(placed));
+  return Result<Replaced>::success(std::move(replaced));
 }
 
 Result<std::filesystem::path> OwnCardFile::keepFormer(const std::string& bytes) const {

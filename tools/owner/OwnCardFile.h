@@ -13,10 +13,16 @@ namespace quenlet {
 // Puts a card of the owner's choice in the place of their own card. One thread.
 class OwnCardFile final {
  public:
-  // What was put there, and what became of the former card.
+  // What became of the former card.
+  struct Replaced final {
+    // The copy of the former card, if there was a different one.
+    std::optional<std::filesystem::path> former;
+    bool isUnchanged = false;
+  };
+  // The same, and what was put there.
   struct Placed final {
     VCard card;
-    // The copy of the former card; none when there was no card, or it was the same.
+    // The copy of the former card, if there was a different one.
     std::optional<std::filesystem::path> former;
     bool isUnchanged = false;
   };
@@ -34,6 +40,9 @@ class OwnCardFile final {
   // "<name>.former-<n>" beside it. An error, and nothing is changed, when the source is not exactly
   // one card, of a person, or when the copy cannot be made.
   [[nodiscard]] Result<Placed> replaceWith(const std::filesystem::path& source) const;
+
+  // The same of bytes, whatever they are.
+  [[nodiscard]] Result<Replaced> replaceWithBytes(const std::string& bytes) const;
 
  private:
   [[nodiscard]] Result<std::filesystem::path> keepFormer(const std::string& bytes) const;

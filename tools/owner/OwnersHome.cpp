@@ -58,7 +58,7 @@ OwnersHome::OwnersHome(CorvelProtocol& askedAgent, const std::filesystem::path& 
                        std::shared_ptr<UserAccounts> userAccounts, DonationJournal donationJournal)
     : agent(askedAgent),
       dataProxy(std::make_shared<PosixDataProxy>()),
-      ownCardPath(home / MeCardPath),
+      ownCardFile(home / MeCardPath),
       feedback(home / FeedbackPath, dataProxy),
       accounts(std::move(userAccounts)),
       journal(std::move(donationJournal)) {}
@@ -151,12 +151,11 @@ ErrorPtr OwnersHome::restoreDonations(const Backup& backup, Imported& imported) 
 
 ErrorPtr OwnersHome::restoreOwnCard(const Backup& backup, Imported& imported) const {
   if (!backup.ownCard) return nullptr;
+  const auto replaced = ownCardFile.replaceWithBytes(*backup.ownCard);
+  if (!replaced.ok()) return replaced.error();
   imported.ownCard = true;
-  const Result<Card> present = ownCard();
-  if (!present.ok()) return present.error();
-  if (present.value() == backup.ownCard) return nullptr;
-  return errorOf(
-      dataProxy->writeData(*backup.ownCard, ownCardPath, WritingOptions::atomic).result());
+  imported.formerCard = replaced.value().former;
+  return nullptr;
 }
 
 ErrorPtr OwnersHome::restoreAccounts(const Backup& backup, Imported& imported) const {
@@ -183,7 +182,8 @@ ErrorPtr OwnersHome::restoreFeedback(const Backup& backup, Imported& imported) c
 }
 
 Result<Card> OwnersHome::ownCard() const {
-  Result<std::string> bytes = readFileOfAtMost(maximumVCardSizeInBytes, ownCardPath, *dataProxy);
+  Result<std::string> bytes =
+      readFileOfAtMost(maximumVCardSizeInBytes, ownCardFile.location(), *dataProxy);
   if (bytes.ok()) return Result<Card>::success(std::move(bytes).takeValue());
   if (isMissingFile(*bytes.error())) return Result<Card>::success(std::nullopt);
   return Result<Card>::failure(bytes.error());

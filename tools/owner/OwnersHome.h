@@ -1,13 +1,16 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/files/DataProxy.h"
 #include "tools/owner/Backup.h"
 #include "tools/owner/DonationJournal.h"
+#include "tools/owner/OwnCardFile.h"
 #include "tools/owner/UserAccounts.h"
 #include "tools/owner/WaitingAgent.h"
 
@@ -23,6 +26,8 @@ class OwnersHome final {
     std::size_t decisions = 0;
     std::size_t accounts = 0;
     bool ownCard = false;
+    // The copy of the former card, if there was a different one.
+    std::optional<std::filesystem::path> formerCard = std::nullopt;
   };
 
   // An error when the user has no home directory.
@@ -48,12 +53,12 @@ class OwnersHome final {
   [[nodiscard]] ErrorPtr restoreAccounts(const Backup& backup, Imported& imported) const;
   [[nodiscard]] ErrorPtr restoreFeedback(const Backup& backup, Imported& imported) const;
   [[nodiscard]] ErrorPtr restoreOwnCard(const Backup& backup, Imported& imported) const;
-  // Nothing when there is no card.
+  // Nothing without a card.
   [[nodiscard]] Result<std::optional<std::string>> ownCard() const;
 
   const WaitingAgent agent;
   const std::shared_ptr<DataProxy> dataProxy;
-  const std::filesystem::path ownCardPath;
+  const OwnCardFile ownCardFile;
   const PropertyListFile feedback;
   const std::shared_ptr<UserAccounts> accounts;
   const DonationJournal journal;
