@@ -88,6 +88,13 @@ TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
       {{"undo"}, 0, {"Took back the donation of 20", ": 3 values removed, 4 restored.\n"}},
   });
   EXPECT_EQ(json(), first);
+  writeFile(path, cardText("Joan Ashwood", {"UID:joan@example.org"}) + "BEGIN:VCARD\r\n");
+  expect({{{"donate", path}, 1, {": 1 donated as org", "what it gave before stays"}}});
+  EXPECT_EQ(countDonations(), 4);
+  expect({{{"undo"}, 0, {": 1 value removed, 1 restored.\n"}}});
+  EXPECT_EQ(json(), first);
+  writeFile(path, cardText("Joan Ashwood", {"EMAIL:joan@example.com", "TEL:no", "TEL:+49 30 1",
+                                            "UID:joan@example.org"}));
 
   expect({
       {{"donate", path, "--bundle", "com.example.mail", "--cluster", "c"}, 0, {": 3 donated"}},

@@ -51,7 +51,11 @@ bool tellOfFaults(const std::vector<CardInput>& inputs, const Session& session) 
   for (const CardInput& input : inputs) {
     for (const ErrorPtr& failure : input.failures) {
       session.err << "quenlet: skipped a card: " << printable(failure->debugDescription()) << "\n";
-      areAllRead = areAllRead && isNotAPerson(*failure);
+    }
+    if (!input.isWhole()) {
+      areAllRead = false;
+      session.err << "quenlet: " << printable(input.path)
+                  << ": what it gave before stays, since not all of it can be read\n";
     }
     std::size_t skipped = 0;
     std::vector<SkippedEntry> entries;

@@ -17,7 +17,7 @@ namespace {
 
 constexpr char standardInput[] = "-";
 
-// What is no file, such as the pipe of a shell's "<(…)", has another path each time.
+// A pipe, such as that of a shell's "<(…)", has another path each time.
 std::string placeOf(const std::string& path) {
   std::error_code failure;
   if (!std::filesystem::is_regular_file(path, failure)) return standardInput;
@@ -70,6 +70,11 @@ bool isNotAPerson(const Error& error) {
          error.code() == static_cast<int>(ContactErrorCode::notAPerson);
 }
 
+bool CardInput::isWhole() const {
+  return std::all_of(failures.begin(), failures.end(),
+                     [](const ErrorPtr& error) { return isNotAPerson(*error); });
+}
+
 Result<CardInput> CardInput::read(const std::string& path) {
   Result<VCards> read = CardFile::read(path);
   if (!read.ok()) return Result<CardInput>::failure(read.error());
@@ -83,7 +88,7 @@ Result<CardInput> CardInput::read(const std::string& path) {
 }
 
 Result<DonatedFile> CardInput::donations(DonationTerms terms, const Pseudonyms& pseudonyms) const {
-  DonatedFile file{.pseudonym = pseudonyms.of(place)};
+  DonatedFile file{.pseudonym = pseudonyms.of(place), .isWhole = isWhole()};
   if (terms.bundleIdentifier.empty()) {
     terms.bundleIdentifier = DonatedFile::bundleOf(file.pseudonym);
   }

@@ -18,6 +18,9 @@ struct CardInput final {
   std::vector<VCard> cards;
   std::vector<ErrorPtr> failures;  // of cards that cannot be read, organisations among them
 
+  // Whether all of its cards could be read, except for those of organisations and the like.
+  [[nodiscard]] bool isWhole() const;
+
   // An error when the file cannot be read, or has no card that is one.
   [[nodiscard]] static Result<CardInput> read(const std::string& path);
 

@@ -20,6 +20,8 @@ struct DonatedFile final {
   DonationValues donated = {};
   // What its reader could not use.
   std::vector<SkippedEntry> skipped = {};
+  // Whether every card could be read, so that what is missing is no longer given. Not kept.
+  bool isWhole = true;
 
   // The bundle under which the file with this pseudonym donates, and no other, by default.
   [[nodiscard]] static std::string bundleOf(const std::string& pseudonym) {

@@ -29,7 +29,9 @@ DonationValues allOf(const std::vector<DonatedFile>& files) {
 DonationValues replacedBy(const std::vector<DonatedFile>& files, const Entries& former,
                           const HeldDonations& held) {
   DonationKeySet keys;
-  for (const DonatedFile& file : files) keys.merge(held.keysFrom(file, former));
+  for (const DonatedFile& file : files) {
+    if (file.isWhole) keys.merge(held.keysFrom(file, former));
+  }
   for (const DonationValuePtr& value : allOf(files)) keys.insert(value->donationKey());
   DonationValues replaced;
   for (const DonationValuePtr& value : held.list()) {
@@ -114,6 +116,7 @@ ErrorPtr OwnersDonations::finish(const std::vector<DonatedFile>& files, const En
   const std::vector<std::string> leftOut = countGiven(files, held, outcome, staying);
   std::vector<std::string> gone;
   for (std::size_t place = 0; place < files.size(); ++place) {
+    if (!files[place].isWhole) continue;
     const DonationKeySet keys = held.keysFrom(files[place], former);
     for (const DonationValuePtr& value : held.list()) {
       const Fingerprint& key = value->donationKey();

@@ -14,9 +14,10 @@ namespace quenlet {
 // Donates files for the owner, whole, and takes such donations back. One thread.
 //
 // A file replaces what it gave before: in a bundle of its own everything, in another one what the
-// journal has from it there. The agent has no operation that replaces and removes at once, so the
-// new values come first: between the two steps, and after a crash there, the card shows both. The
-// same donation made again, or undo, then puts that right.
+// journal has from it there. If a card of it cannot be read, nothing is removed. The agent has no
+// operation that replaces and removes at once, so the new values come first: between the two steps,
+// and after a crash there, the card shows both. The same donation made again, or undo, then puts
+// that right.
 //
 //   donate  list ─▶ journal ─▶ donate ─▶ list ─▶ remove what is left of before ─▶ journal
 //   undo    list ─▶ donate what was replaced ─▶ list ─▶ remove what was given ─▶ journal
