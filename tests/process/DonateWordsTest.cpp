@@ -58,6 +58,9 @@ TEST_F(DonateWordsTest, TakesNobodyElsesCardsUnlessTheOwnerInsists) {
       {{"donate", ann, company, "--all", "--bundle", "b"},
        0,
        {"skipped a card: ", "ann.vcf: 1 don"}},
+      {{"donate", company, "--all"},
+       2,
+       {"skipped a card: ", "nothing was donated: no card is a person's\n"}},
       {{"forget", "b"}, 0, {}},
   });
   EXPECT_EQ(countDonations(), 8);

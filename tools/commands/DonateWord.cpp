@@ -1,4 +1,5 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -82,7 +83,8 @@ void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::Option* only = word->add_option("--only", chosenText,
                                        "The one card whose name, UID or e-mail contains TEXT");
   only->type_name("TEXT")->check(validateText);
-  word->add_flag("--all", takesAll, "All cards as yours, whatever their names")->excludes(only);
+  word->add_flag("--all", takesAll, "All cards of people as yours, whatever their names")
+      ->excludes(only);
   word->add_flag("--anyway", goesAnyway, "Even if your own card has another name");
   word->add_option("--bundle", bundleIdentifier, "Who donates [a donor for each file]")
       ->type_name("BUNDLE")
@@ -99,6 +101,9 @@ void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
   word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
 }
 
+// Of such a file nothing can be given, and nothing that it gave before is to go.
+bool hasNoPerson(const CardInput& input) { return input.cards.empty() && !input.failures.empty(); }
+
 ExitCode DonateWord::run(Session& session) const {
   Result<Inputs> read = readInputs();
   if (!read.ok()) return session.failWith(read.error());
@@ -107,6 +112,11 @@ ExitCode DonateWord::run(Session& session) const {
       chosenText.empty() ? checkPeople(inputs, session) : choose(inputs, session);
   if (checked != ExitCode::done) return checked;
   const bool areAllRead = tellOfFaults(inputs, session);
+  const bool hadOthers = std::any_of(inputs.begin(), inputs.end(), &hasNoPerson);
+  std::erase_if(inputs, &hasNoPerson);
+  if (inputs.empty() && hadOthers) {
+    return session.failWithUsage("nothing was donated: no card is a person's");
+  }
   const ExitCode given = offer(inputs, session);
   return given == ExitCode::done && !areAllRead ? ExitCode::refused : given;
 }
@@ -134,7 +144,7 @@ ExitCode DonateWord::checkPeople(const Inputs& inputs, const Session& session) c
   for (std::string& thing : firstOf(people.things())) lines.push_back(std::move(thing));
   return session.failWithUsage(sentence, lines,
                                "--only TEXT takes the one card whose name, UID or e-mail address "
-                               "contains TEXT; --all takes all of them as yours");
+                               "contains TEXT; --all takes all cards of people as yours");
 }
 
 ExitCode DonateWord::choose(Inputs& inputs, const Session& session) const {
