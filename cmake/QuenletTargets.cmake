@@ -5,6 +5,10 @@
 add_library(quenlet_warnings INTERFACE)
 target_compile_options(quenlet_warnings INTERFACE
   -Wall -Wextra -Wshadow=local -Wnon-virtual-dtor -Werror)
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # Sources that are compiled together look like headers to it.
+  target_compile_options(quenlet_warnings INTERFACE -Wno-subobject-linkage)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
   # Clang has no -Wshadow=local and reads it as an unknown warning.
   target_compile_options(quenlet_warnings INTERFACE -Wno-unknown-warning-option -Wthread-safety)

@@ -116,7 +116,7 @@ std::string joined(Words::const_iterator begin, Words::const_iterator end) {
   return text;
 }
 
-std::optional<std::string> presentUnlessEmpty(std::string text) {
+std::optional<std::string> partUnlessEmpty(std::string text) {
   if (text.empty()) return std::nullopt;
   return text;
 }
@@ -168,7 +168,7 @@ std::optional<std::string> takeNickname(std::string& name) {
     if (end == std::string::npos) continue;
     std::string nickname(trimmed(std::string_view(name).substr(inside, end - inside)));
     name.replace(begin, end + closing.size() - begin, " ");
-    return presentUnlessEmpty(std::move(nickname));
+    return partUnlessEmpty(std::move(nickname));
   }
   return std::nullopt;
 }
@@ -183,7 +183,7 @@ bool takeBracketed(std::string& name, std::optional<std::string>& nickname) {
   const bool isInside =
       !trimmed(text.substr(0, begin)).empty() && !trimmed(text.substr(end + 1)).empty();
   std::string inside(trimmed(text.substr(begin + 1, end - begin - 1)));
-  if (isInside && !nickname) nickname = presentUnlessEmpty(std::move(inside));
+  if (isInside && !nickname) nickname = partUnlessEmpty(std::move(inside));
   name.replace(begin, end + 1 - begin, " ");
   return true;
 }
@@ -295,7 +295,7 @@ Parts partsOf(std::string_view name) {
 PersonNameComponents NameComponentsTokenizer::componentsFromString(std::string_view fullName) {
   PersonNameComponents components;
   if (fullName.size() > mostBytesInName) {
-    components.givenName = presentUnlessEmpty(std::string(trimmed(fullName)));
+    components.givenName = partUnlessEmpty(std::string(trimmed(fullName)));
     return components;
   }
   const std::string spaced =
@@ -315,11 +315,11 @@ PersonNameComponents NameComponentsTokenizer::componentsFromString(std::string_v
     parts.moveTrailingParticles();
   }
   const auto middle = parts.given.begin() + (parts.given.empty() ? 0 : 1);
-  components.namePrefix = presentUnlessEmpty(joined(parts.prefixes.begin(), parts.prefixes.end()));
-  components.givenName = presentUnlessEmpty(joined(parts.given.begin(), middle));
-  components.middleName = presentUnlessEmpty(joined(middle, parts.given.end()));
-  components.familyName = presentUnlessEmpty(joined(parts.family.begin(), parts.family.end()));
-  components.nameSuffix = presentUnlessEmpty(joined(parts.suffixes.begin(), parts.suffixes.end()));
+  components.namePrefix = partUnlessEmpty(joined(parts.prefixes.begin(), parts.prefixes.end()));
+  components.givenName = partUnlessEmpty(joined(parts.given.begin(), middle));
+  components.middleName = partUnlessEmpty(joined(middle, parts.given.end()));
+  components.familyName = partUnlessEmpty(joined(parts.family.begin(), parts.family.end()));
+  components.nameSuffix = partUnlessEmpty(joined(parts.suffixes.begin(), parts.suffixes.end()));
   return components;
 }
 

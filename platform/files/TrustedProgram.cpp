@@ -18,7 +18,7 @@ namespace {
 constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
 
 // Why a directory or program cannot be trusted; null when it can.
-const char* mistrust(const struct stat& status) {
+const char* reasonAgainst(const struct stat& status) {
   if (status.st_uid != 0 && status.st_uid != ::geteuid()) return "it belongs to another user";
   const bool isDirectory = S_ISDIR(status.st_mode);
   const bool isShared = isDirectory && status.st_uid == 0 && (status.st_mode & S_ISVTX) != 0;
@@ -59,7 +59,7 @@ Result<std::filesystem::path> trustedProgram(const std::filesystem::path& execut
       return Program::failure(makePosixError(errno, "open the program"));
     }
     const bool isChosen = isAbove(soFar, chosenBase) && isAbove(chosenBase, program);
-    if (const char* reason = isChosen ? nullptr : mistrust(status)) {
+    if (const char* reason = isChosen ? nullptr : reasonAgainst(status)) {
       return Program::failure(makeError(PosixErrorDomain, EACCES, soFar.native() + ": " + reason));
     }
     reached = std::move(next);

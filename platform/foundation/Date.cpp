@@ -23,7 +23,7 @@ std::optional<int> takeNumber(std::string_view& text, std::size_t digits) {
   return number;
 }
 
-bool takeCharacter(std::string_view& text, char expected) {
+bool takeExpected(std::string_view& text, char expected) {
   if (text.empty() || text.front() != expected) return false;
   text.remove_prefix(1);
   return true;
@@ -31,7 +31,7 @@ bool takeCharacter(std::string_view& text, char expected) {
 
 // Takes ".125" and the like; zero without a fraction, nothing for one without digits.
 std::optional<double> takeFraction(std::string_view& text) {
-  if (!takeCharacter(text, '.')) return 0.0;
+  if (!takeExpected(text, '.')) return 0.0;
   double fraction = 0;
   double weight = 0.1;
   std::size_t digits = 0;
@@ -64,7 +64,7 @@ std::optional<Date> Date::fromISO8601(std::string_view text) {
     const std::optional<int> number = takeNumber(text, digits[i]);
     if (!number) return std::nullopt;
     parts[i] = *number;
-    if (separators[i] != '\0' && !takeCharacter(text, separators[i])) return std::nullopt;
+    if (separators[i] != '\0' && !takeExpected(text, separators[i])) return std::nullopt;
   }
   const std::optional<double> fraction = takeFraction(text);
   if (!fraction || text != "Z") return std::nullopt;

@@ -12,7 +12,7 @@ namespace {
 
 using Names = PersonNameComponents;
 
-const Names annLee{.givenName = "Ann", .familyName = "Lee"};
+const Names curatedAnnLee{.givenName = "Ann", .familyName = "Lee"};
 
 Contact cardOf(const DonationValues& donations) {
   ContactBuilder builder;
@@ -40,22 +40,22 @@ TEST(ContactRebuilderTest, SilencesDonorsThatContradictTheCuratedName) {
                                  image("x", from("b", "b-c", "c"))};
   const auto byA = [](const Names& name) { return DonationValues{named(name, from("a", "n"))}; };
   const std::tuple<const char*, std::optional<Names>, DonationValues, const char*> rows[] = {
-      {"equivalent", annLee, byA({"Dr.", "ann", "B.", "LEE", "Jr.", "x"}), "a-c a b b-c"},
+      {"equivalent", curatedAnnLee, byA({"Dr.", "ann", "B.", "LEE", "Jr.", "x"}), "a-c a b b-c"},
       {"composition", Names{.givenName = "\u00c9va"}, byA({.givenName = "e\u0301va"}),
        "a-c a b b-c"},
-      {"exchanged", annLee, byA({.givenName = "Lee", .familyName = "Ann"}), "b b-c"},
-      {"a blank", annLee, byA({.givenName = "Ann ", .familyName = "Lee"}), "b b-c"},
-      {"contradiction in a cluster", annLee, {named(bob, from("a", "n", "c"))}, "a b"},
-      {"no family name", annLee, byA({.givenName = "Ann"}), "b b-c"},
+      {"exchanged", curatedAnnLee, byA({.givenName = "Lee", .familyName = "Ann"}), "b b-c"},
+      {"a blank", curatedAnnLee, byA({.givenName = "Ann ", .familyName = "Lee"}), "b b-c"},
+      {"contradiction in a cluster", curatedAnnLee, {named(bob, from("a", "n", "c"))}, "a b"},
+      {"no family name", curatedAnnLee, byA({.givenName = "Ann"}), "b b-c"},
       {"an empty family name", Names{.givenName = "Ann"},
        byA({.givenName = "Ann", .familyName = ""}), "b b-c"},
       {"an empty given name", Names{}, byA({.givenName = ""}), "b b-c"},
-      {"contradiction of an app", annLee, byA(bob), "b b-c"},
-      {"an empty cluster is none", annLee, {named(bob, from("b", "n", ""))}, "a-c a"},
+      {"contradiction of an app", curatedAnnLee, byA(bob), "b b-c"},
+      {"an empty cluster is none", curatedAnnLee, {named(bob, from("b", "n", ""))}, "a-c a"},
       {"no name on the card", Names{}, byA(bob), "b b-c"},
       {"no name at all", Names{}, byA({.nickname = "x"}), "a-c a b b-c"},
       {"agreeing names", {}, {named(bob), named(bob, from("a", "m"))}, "a-c a b b-c name m"},
-      {"disagreeing names", {}, {named(bob), named(annLee), named(bob)}, "a-c a b b-c"},
+      {"disagreeing names", {}, {named(bob), named(curatedAnnLee), named(bob)}, "a-c a b b-c"},
   };
   for (const auto& [name, curated, names, kept] : rows) {
     DonationValues donations = others;

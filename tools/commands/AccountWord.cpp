@@ -20,7 +20,7 @@ constexpr char defaultDataClass[] = "mail";
 constexpr int mostAttempts = 100;
 constexpr std::chrono::milliseconds pauseBetweenAttempts(100);
 
-constexpr char footer[] =
+constexpr char accountFooter[] =
     "Accounts lie in ~/Library/Accounts, a property list each. The agent donates the owner's name\n"
     "and one e-mail address of each account in use. It is told of a change after the store is\n"
     "written; without an agent, the next one reads all accounts when it starts.\n"
@@ -130,7 +130,7 @@ class AccountWord final : public Command {
 
 void AccountWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("account", "Keep the accounts that the agent reads");
-  word->footer(footer);
+  word->footer(accountFooter);
   word->require_subcommand(1);
   const auto onWord = [this, &chosen](CLI::App* subword, Operation operation) {
     subword->callback([this, &chosen, operation] {

@@ -17,7 +17,7 @@ constexpr char description[] =
     "Donates values that describe you (names, addresses, numbers, an image) to your agent, and\n"
     "shows the me card that the agent makes of all donations.";
 
-constexpr char footer[] =
+constexpr char generalFooter[] =
     "Examples:\n"
     "  quenlet donate me.vcf\n"
     "  quenlet card\n"
@@ -57,7 +57,7 @@ struct Words final {
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", std::string("quenlet ") + QUENLET_VERSION,
                          "Print the version");
-    app.footer(footer);
+    app.footer(generalFooter);
   }
 
  private:

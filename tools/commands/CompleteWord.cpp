@@ -24,7 +24,7 @@ constexpr std::chrono::seconds longestWait(1);
 using Offers = std::vector<std::pair<std::string, std::string>>;
 
 // Empty when no agent answers in time, or none with a list.
-DonationValues listedDonations(CorvelProtocol& agent) {
+DonationValues donationsIfAny(CorvelProtocol& agent) {
   // Shared with the handler, which may be called after the wait.
   const auto reply = std::make_shared<std::promise<std::shared_ptr<const DonationValues>>>();
   auto list = reply->get_future();
@@ -38,7 +38,7 @@ DonationValues listedDonations(CorvelProtocol& agent) {
 
 Offers donations(CorvelProtocol& agent) {
   Offers offers;
-  for (const DonationValuePtr& donation : listedDonations(agent)) {
+  for (const DonationValuePtr& donation : donationsIfAny(agent)) {
     const Value value = donation->value();
     offers.emplace_back(donation->decoded().origin.donationIdentifier,
                         std::string(titleOfKind(value)) + " " + textOf(value));
@@ -48,7 +48,7 @@ Offers donations(CorvelProtocol& agent) {
 
 Offers bundles(CorvelProtocol& agent) {
   Offers offers;
-  for (const DonationValuePtr& donation : listedDonations(agent)) {
+  for (const DonationValuePtr& donation : donationsIfAny(agent)) {
     offers.emplace_back(donation->decoded().origin.bundleIdentifier, "");
   }
   return offers;
@@ -56,7 +56,7 @@ Offers bundles(CorvelProtocol& agent) {
 
 Offers clusters(CorvelProtocol& agent) {
   Offers offers;
-  for (const DonationValuePtr& donation : listedDonations(agent)) {
+  for (const DonationValuePtr& donation : donationsIfAny(agent)) {
     const DonationOrigin origin = donation->decoded().origin;
     if (origin.clusterIdentifier) {
       offers.emplace_back(*origin.clusterIdentifier, "of " + origin.bundleIdentifier);

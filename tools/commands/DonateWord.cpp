@@ -23,7 +23,7 @@ constexpr double secondsInADay = 86400;
 // About 1,000 years: dates in that range can be written and read back.
 constexpr double mostDays = 365250;
 
-constexpr char footer[] =
+constexpr char donateFooter[] =
     "Donate only your own values: they go on your card. Input with the names of several people,\n"
     "or with cards of organisations, is refused without --only or --all.\n"
     "\n"
@@ -97,7 +97,7 @@ void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
       ->capture_default_str()
       ->check(validateDays);
   word->add_flag("--dry-run", dryRun, "Show what would be donated and ask no agent");
-  word->footer(footer);
+  word->footer(donateFooter);
   word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
 }
 

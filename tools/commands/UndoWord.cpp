@@ -12,7 +12,7 @@ namespace {
 
 using Undone = OwnersDonations::Undone;
 
-constexpr char footer[] =
+constexpr char undoFooter[] =
     "Values that the donation had replaced or removed are donated again, with their former origin\n"
     "and dates. Each further \"undo\" goes one donation back, at most 50. Other programs' "
     "donations,\n"
@@ -65,7 +65,7 @@ class UndoWord final : public Command {
 
 void UndoWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("undo", "Take back the last \"donate\"");
-  word->footer(footer);
+  word->footer(undoFooter);
   word->callback([&chosen] { chosen = &UndoWord::run; });
 }
 

@@ -19,7 +19,7 @@ namespace quenlet {
 namespace {
 
 constexpr char secretKey[] = "key";
-constexpr char donationsKey[] = "donations";
+constexpr char entriesKey[] = "donations";
 
 std::optional<std::string> readKey(const PropertyListDictionary& contents) {
   const PropertyList* key = findEntry(contents, secretKey);
@@ -34,7 +34,7 @@ using Entries = std::vector<JournalEntry>;
 // Nothing when the file holds something else in their place.
 std::optional<Entries> entriesIn(const PropertyListDictionary& contents) {
   Entries entries;
-  const PropertyList* donations = findEntry(contents, donationsKey);
+  const PropertyList* donations = findEntry(contents, entriesKey);
   if (!donations) return entries;
   if (!donations->array()) return std::nullopt;
   for (const PropertyList& donation : *donations->array()) {
@@ -98,7 +98,7 @@ void write(const Entries& entries, DonationJournal::Bounds bounds,
     donations.push_back(std::move(donation));
   }
   std::reverse(donations.begin(), donations.end());
-  contents.insert_or_assign(donationsKey, std::move(donations));
+  contents.insert_or_assign(entriesKey, std::move(donations));
 }
 
 }  // namespace

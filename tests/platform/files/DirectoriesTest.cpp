@@ -11,13 +11,13 @@
 namespace quenlet {
 namespace {
 
-using Names = std::set<std::string>;
+using NameSet = std::set<std::string>;
 
 // The kernel queues a change before the call that makes it returns, so that one turn of the loop
 // sees all that was done before.
 class DirectoryWatchTest : public testing::Test {
  protected:
-  Names changesAfter(const std::function<void()>& change) {
+  NameSet changesAfter(const std::function<void()>& change) {
     changed.clear();
     change();
     loop.post([this] { loop.post([this] { loop.stop(); }); });
@@ -30,29 +30,30 @@ class DirectoryWatchTest : public testing::Test {
 
   TemporaryDirectory home;
   EventLoop loop;
-  Names changed;
+  NameSet changed;
   const std::shared_ptr<Cancelable> watch = DirectoryWatch::watchDirectory(
       loop, home / "new/cards/", [this](const std::string& name) { changed.insert(name); });
 };
 
 TEST_F(DirectoryWatchTest, NamesEntriesHoweverTheyChangeUntilCancelled) {
-  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), Names({"me"}));
-  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "in place"); }), Names({"me"}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), NameSet({"me"}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "in place"); }), NameSet({"me"}));
   home.write("outside", "2");
-  EXPECT_EQ(changesAfter([&] { rename("outside", "new/cards/me"); }), Names({"me"}));
-  EXPECT_EQ(changesAfter([&] { rename("new/cards/me", "new/cards/you"); }), Names({"me", "you"}));
-  EXPECT_EQ(changesAfter([&] { EXPECT_EQ(home.read("new/cards/you"), "2"); }), Names());
-  EXPECT_EQ(changesAfter([&] { std::filesystem::remove(home / "new/cards/you"); }), Names({"you"}));
+  EXPECT_EQ(changesAfter([&] { rename("outside", "new/cards/me"); }), NameSet({"me"}));
+  EXPECT_EQ(changesAfter([&] { rename("new/cards/me", "new/cards/you"); }), NameSet({"me", "you"}));
+  EXPECT_EQ(changesAfter([&] { EXPECT_EQ(home.read("new/cards/you"), "2"); }), NameSet());
+  EXPECT_EQ(changesAfter([&] { std::filesystem::remove(home / "new/cards/you"); }),
+            NameSet({"you"}));
   home.write("new/cards/me", "unseen");
-  EXPECT_EQ(changesAfter([&] { watch->cancel(); }), Names());
+  EXPECT_EQ(changesAfter([&] { watch->cancel(); }), NameSet());
 }
 
 TEST_F(DirectoryWatchTest, CreatesADirectoryThatGoesAndWatchesTheNewOne) {
-  EXPECT_EQ(changesAfter([&] { std::filesystem::remove_all(home / "new"); }), Names({""}));
-  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), Names({"me"}));
-  EXPECT_EQ(changesAfter([&] { rename("new/cards", "new/old"); }), Names({""}));
-  EXPECT_EQ(changesAfter([&] { home.write("new/old/me", "2"); }), Names());
-  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "3"); }), Names({"me"}));
+  EXPECT_EQ(changesAfter([&] { std::filesystem::remove_all(home / "new"); }), NameSet({""}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), NameSet({"me"}));
+  EXPECT_EQ(changesAfter([&] { rename("new/cards", "new/old"); }), NameSet({""}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/old/me", "2"); }), NameSet());
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "3"); }), NameSet({"me"}));
 }
 
 TEST_F(DirectoryWatchTest, TriesAgainUntilItWatchesAndSaysOnceThatItFailed) {
@@ -69,7 +70,7 @@ TEST_F(DirectoryWatchTest, TriesAgainUntilItWatchesAndSaysOnceThatItFailed) {
   const auto removal =
       scheduler.afterDelay(0.02, [this] { std::filesystem::remove(home / "file"); });
   loop.run();
-  EXPECT_EQ(changed, Names({"new", "me"}));
+  EXPECT_EQ(changed, NameSet({"new", "me"}));
   const std::string said = testing::internal::GetCapturedStderr();
   EXPECT_TRUE(said.starts_with("quenlet: ")) << said;
   EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;

@@ -16,11 +16,11 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-Date day(const std::string& text) { return *Date::fromISO8601(text + "T12:00:00Z"); }
+Date noonOf(const std::string& text) { return *Date::fromISO8601(text + "T12:00:00Z"); }
 
 DonationOrigin given(const std::string& bundle, const std::string& identifier,
                      const std::string& expires, std::optional<std::string> cluster = {}) {
-  return {bundle, identifier, std::move(cluster), day("2026-11-02"), day(expires)};
+  return {bundle, identifier, std::move(cluster), noonOf("2026-11-02"), noonOf(expires)};
 }
 
 std::shared_ptr<Contact> ownCard() {
@@ -55,7 +55,7 @@ class OwnerPageTest : public testing::Test {
       own.emailAddresses = {"ann@example.org"};
     }
     const auto list = std::make_shared<const DonationValues>(std::move(values));
-    return {day("2026-11-26"), {.own = own, .listed = statesOf(list, own)}};
+    return {noonOf("2026-11-26"), {.own = own, .listed = statesOf(list, own)}};
   }
 };
 
@@ -103,7 +103,7 @@ TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {
       {named({.givenName = "Bo", .familyName = "Ek"}, given("stranger", "1", "2027-02-28", "c7")),
        email("bo@example.org", given("stranger", "2", "2027-03-01", "c7")),
        email("ann@example.org", given("mail", "3", "2027-02-01", "c2")),
-       email("ann2@example.org", {"mail", "4", day("2026-11-09"), Date::distantFuture()}),
+       email("ann2@example.org", {"mail", "4", noonOf("2026-11-09"), Date::distantFuture()}),
        email("ANN2@example.org", given("mail", "5", "2027-03-31", "c1"))},
       ownCard());
   std::string groups;
@@ -123,8 +123,8 @@ TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {
   EXPECT_THAT(donors[0].clusters, ElementsAre("c1", "c2"));
   EXPECT_EQ(donors[0].shown, 1U);
   EXPECT_EQ(donors[0].leftOut, 2U);
-  EXPECT_EQ(donors[0].lastDonation, day("2026-11-09"));
-  EXPECT_EQ(donors[0].nextExpiration, day("2027-02-01"));
+  EXPECT_EQ(donors[0].lastDonation, noonOf("2026-11-09"));
+  EXPECT_EQ(donors[0].nextExpiration, noonOf("2027-02-01"));
 }
 
 TEST_F(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
@@ -135,7 +135,7 @@ TEST_F(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
                    {expired, "It is over", image("")->value(), nullptr, "shop"},
                    {skipped, "Line 4 has no value", {}, nullptr, "bank"},
                    {skipped, "Line 7 has no value", {}, nullptr, "bank"}}};
-  const std::string page = OwnerPage::of({day("2026-11-26"), values});
+  const std::string page = OwnerPage::of({noonOf("2026-11-26"), values});
   for (const char* shown :
        {"Rejected – 1 value<",
         "<td class=\"number\"></td>\n<th scope=\"row\" class=\"value\"><bdi>bo@",
@@ -172,7 +172,7 @@ TEST_F(OwnerPageTest, TellsWhatHasExpiredFromWhatWillAndKeepsWhatNeverDoes) {
                            email("b@x", given("shop", "b", "2026-12-03")),
                            email("c@x", from("shop", "c"))};
   for (int i = 0; i < 25; ++i) {
-    const Date expires = day("2027-01-09").addingSeconds(i * 31 * 86400.0);
+    const Date expires = noonOf("2027-01-09").addingSeconds(i * 31 * 86400.0);
     values.push_back(email("d@x", from("shop", std::to_string(i), {}, expires)));
   }
   const std::string page = OwnerPage::of(contentOf(std::move(values)));

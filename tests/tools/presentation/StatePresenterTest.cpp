@@ -12,11 +12,11 @@ namespace {
 
 using Names = PersonNameComponents;
 
-constexpr double day = 86400;
+constexpr double aDay = 86400;
 
 DonationOrigin until(const char* bundle, const char* identifier, int onDay,
                      std::optional<std::string> cluster = {}) {
-  return {bundle, identifier, std::move(cluster), Date(1.5 * day), Date(onDay * day)};
+  return {bundle, identifier, std::move(cluster), Date(1.5 * aDay), Date(onDay * aDay)};
 }
 
 class StatePresenterTest : public testing::Test {
@@ -102,7 +102,7 @@ Left out when a file was read
 }
 
 TEST_F(StatePresenterTest, TellsOfEachValueByItself) {
-  ReasonPresenter::writeEach(out, {.width = 66}, Date(30 * day), {stated[2], stated[0]}, unlisted);
+  ReasonPresenter::writeEach(out, {.width = 66}, Date(30 * aDay), {stated[2], stated[0]}, unlisted);
   EXPECT_EQ(out.str(), R"(rob@x.org
   Number 3, e-mail, from org.mail as m:1, donated 1970-01-02,
   until 1970-01-21
