@@ -139,7 +139,7 @@ ErrorPtr OwnersHome::restoreDonations(const Backup& backup, Imported& imported) 
     const DonationValuePtr held = present.inPlaceOf(*value);
     if (!held || !(*held == *value)) missing.push_back(value);
   }
-  if (ErrorPtr error = agent.donate(missing)) return error;
+  if (ErrorPtr error = agent.donateInParts(missing)) return error;
   const auto after = agent.donations();
   if (!after.ok()) return after.error();
   const HeldDonations held(after.value());

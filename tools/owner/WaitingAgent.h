@@ -19,6 +19,9 @@ class WaitingAgent final {
   [[nodiscard]] Result<std::shared_ptr<const DonationValues>> donations() const;
   // Null once they are durable. Asks nothing for no values.
   [[nodiscard]] ErrorPtr donate(const DonationValues& values) const;
+  // The same in as many requests as it takes to keep each below the bound of a message. An error
+  // says how many of the values are in place: those before the refused request.
+  [[nodiscard]] ErrorPtr donateInParts(const DonationValues& values) const;
   // Null once they are gone for good. Asks nothing for no identifiers.
   [[nodiscard]] ErrorPtr remove(const std::vector<std::string>& donationIdentifiers) const;
 

@@ -2,65 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <set>
-
 #include "platform/files/PosixDataProxy.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "tests/support/DonationFactory.h"
+#include "tests/support/KeepingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
 namespace {
-
-// Keeps donations as the agent does. The `failing`th call from now on, counted from 1, is answered
-// with `failure`.
-class KeepingAgent final : public CorvelProtocol {
- public:
-  DonationValues held;
-  std::set<std::string> rejectedIdentifiers;
-  int failing = 0;
-  ErrorPtr failure;
-
-  void donateMeCardValues(DonationValues values, ErrorReply reply) override {
-    if (fails()) return reply(failure);
-    for (const DonationValuePtr& value : values) {
-      if (rejectedIdentifiers.contains(value->decoded().origin.donationIdentifier)) continue;
-      const auto place = std::find_if(held.begin(), held.end(), [&](const auto& present) {
-        return present->donationKey() == value->donationKey();
-      });
-      if (place == held.end()) {
-        held.push_back(value);
-      } else {
-        *place = value;
-      }
-    }
-    reply(nullptr);
-  }
-  void removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
-                                               SuccessReply reply) override {
-    if (fails()) return reply(false, failure);
-    for (const std::string& identifier : identifiers) {
-      std::erase_if(held, [key = DonationKeys::ofText(identifier)](const auto& value) {
-        return value->donationKey() == key;
-      });
-    }
-    reply(true, nullptr);
-  }
-  void meCardDonations(DonationsReply reply) override {
-    if (fails()) return reply(nullptr, failure);
-    reply(std::make_shared<const DonationValues>(held), nullptr);
-  }
-  void removeDonatedMeCardValuesWithBundleIdentifier(std::string, SuccessReply) override {}
-  void fetchDonatedMeCard(ContactReply) override {}
-  void synchronousDonatedMeCard(EitherContactReply) override {}
-  void changeFromAccount(AccountPtr, AccountPtr, ErrorReply) override {}
-  void rejectValueWithDonationIdentifier(std::string, ErrorReply) override {}
-  void rejectValuesWithClusterIdentifier(std::string, ErrorReply) override {}
-  void removeAllRejectionsWithCompletionHandler(ErrorReply) override {}
-
- private:
-  bool fails() { return failing > 0 && --failing == 0; }
-};
 
 class OwnersDonationsTest : public testing::Test {
  protected:

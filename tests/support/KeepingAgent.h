@@ -1,0 +1,64 @@
+#pragma once
+
+#include <algorithm>
+#include <set>
+#include <string>
+
+#include "protocol/CorvelProtocol.h"
+
+namespace quenlet {
+
+// Keeps donations as the agent does. The `failing`th call from now on, counted from 1, is answered
+// with `failure`.
+class KeepingAgent final : public CorvelProtocol {
+ public:
+  DonationValues held;
+  // How many values came in each request, "3 1 ".
+  std::string requests;
+  std::set<std::string> rejectedIdentifiers;
+  int failing = 0;
+  ErrorPtr failure;
+
+  void donateMeCardValues(DonationValues values, ErrorReply reply) override {
+    requests += std::to_string(values.size()) + " ";
+    if (fails()) return reply(failure);
+    for (const DonationValuePtr& value : values) {
+      if (rejectedIdentifiers.contains(value->decoded().origin.donationIdentifier)) continue;
+      const auto place = std::find_if(held.begin(), held.end(), [&](const auto& present) {
+        return present->donationKey() == value->donationKey();
+      });
+      if (place == held.end()) {
+        held.push_back(value);
+      } else {
+        *place = value;
+      }
+    }
+    reply(nullptr);
+  }
+  void removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
+                                               SuccessReply reply) override {
+    if (fails()) return reply(false, failure);
+    for (const std::string& identifier : identifiers) {
+      std::erase_if(held, [key = DonationKeys::ofText(identifier)](const auto& value) {
+        return value->donationKey() == key;
+      });
+    }
+    reply(true, nullptr);
+  }
+  void meCardDonations(DonationsReply reply) override {
+    if (fails()) return reply(nullptr, failure);
+    reply(std::make_shared<const DonationValues>(held), nullptr);
+  }
+  void removeDonatedMeCardValuesWithBundleIdentifier(std::string, SuccessReply) override {}
+  void fetchDonatedMeCard(ContactReply) override {}
+  void synchronousDonatedMeCard(EitherContactReply) override {}
+  void changeFromAccount(AccountPtr, AccountPtr, ErrorReply) override {}
+  void rejectValueWithDonationIdentifier(std::string, ErrorReply) override {}
+  void rejectValuesWithClusterIdentifier(std::string, ErrorReply) override {}
+  void removeAllRejectionsWithCompletionHandler(ErrorReply) override {}
+
+ private:
+  bool fails() { return failing > 0 && --failing == 0; }
+};
+
+}  // namespace quenlet

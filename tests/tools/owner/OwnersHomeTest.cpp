@@ -1,0 +1,44 @@
+#include "tools/owner/OwnersHome.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/ipc/ServiceInterface.h"
+#include "tests/support/DonationFactory.h"
+#include "tests/support/KeepingAgent.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+namespace {
+
+class OwnersHomeTest : public testing::Test {
+ protected:
+  OwnersHomeTest() { ::setenv("HOME", home.path().c_str(), 1); }
+
+  // What is put in place: its counts, or why not.
+  std::string import(const Backup& backup) {
+    const OwnersHome owner = OwnersHome::open(agent).takeValue();
+    const auto outcome = owner.restore(backup);
+    if (!outcome.ok()) return outcome.error()->debugDescription();
+    return std::to_string(outcome.value().donations) + " donations";
+  }
+
+  const TemporaryDirectory home;
+  KeepingAgent agent;
+};
+
+TEST_F(OwnersHomeTest, SendsMuchInPartsAndGoesOnAfterARefusal) {
+  Backup backup;
+  for (const char* identifier : {"a", "b", "c"}) {
+    const std::string picture(std::size_t{8} << 20, 'x');
+    backup.donations.push_back(image(picture, from("app", identifier)));
+  }
+  agent.failing = 3;  // the list, a part, the next part
+  agent.failure = makeServiceError(ServiceErrorCode::timedOut, "silent");
+  EXPECT_EQ(import(backup), "2 of 3 donations are in place, then it failed: silent");
+  EXPECT_EQ(import(backup), "3 donations");
+  EXPECT_EQ(agent.requests, "2 1 1 ");
+  EXPECT_EQ(identifiersOf(agent.held), "a b c");
+}
+
+}  // namespace
+}  // namespace quenlet
