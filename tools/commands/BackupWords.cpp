@@ -63,9 +63,9 @@ ExitCode BackupWords::takeBackup(Session& session) {
     return session.failWithUsage("an export is not for a terminal", {},
                                  "quenlet export > quenlet-backup.plist");
   }
-  const Result<OwnersHome> home = OwnersHome::open(session.agent);
+  const Result<OwnersHome> home = OwnersHome::open(session.agent, session.now);
   if (!home.ok()) return session.failWith(home.error());
-  const Result<Backup> backup = home.value().backUp(session.now);
+  const Result<Backup> backup = home.value().backUp();
   if (!backup.ok()) return session.failWith(backup.error());
   const Result<std::string> text = backup.value().text();
   if (!text.ok()) return session.failWith(text.error());
@@ -76,7 +76,7 @@ ExitCode BackupWords::takeBackup(Session& session) {
 ExitCode BackupWords::putInPlace(Session& session) const {
   const Result<Backup> backup = read();
   if (!backup.ok()) return session.failWith(backup.error());
-  const Result<OwnersHome> home = OwnersHome::open(session.agent);
+  const Result<OwnersHome> home = OwnersHome::open(session.agent, session.now);
   if (!home.ok()) return session.failWith(home.error());
   const auto conflicts = home.value().conflicts(backup.value());
   if (!conflicts.ok()) return session.failWith(conflicts.error());
@@ -97,6 +97,9 @@ ExitCode BackupWords::putInPlace(Session& session) const {
               << (imported.ownCard ? " and your own card.\n" : ".\n");
   if (imported.formerCard) {
     session.out << "Your former card is kept: " << printable(imported.formerCard->native()) << "\n";
+  }
+  if (imported.expired > 0) {
+    session.out << counted(imported.expired, "donation") << " had expired.\n";
   }
   if (imported.leftOut > 0) {
     session.out << counted(imported.leftOut, "donation was", "donations were")

@@ -9,6 +9,7 @@
 #include "platform/files/FileReading.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
+#include "tools/owner/AgentDonations.h"
 #include "tools/owner/HeldDonations.h"
 
 namespace quenlet {
@@ -43,7 +44,7 @@ std::size_t addDecisions(const PropertyListDictionary& from, PropertyListDiction
 
 }  // namespace
 
-Result<OwnersHome> OwnersHome::open(CorvelProtocol& agent) {
+Result<OwnersHome> OwnersHome::open(CorvelProtocol& agent, Date now) {
   const auto home = UserDirectories::homeDirectory();
   if (!home.ok()) return Result<OwnersHome>::failure(home.error());
   auto accounts = UserAccounts::open();
@@ -51,19 +52,21 @@ Result<OwnersHome> OwnersHome::open(CorvelProtocol& agent) {
   auto journal = DonationJournal::open();
   if (!journal.ok()) return Result<OwnersHome>::failure(journal.error());
   return Result<OwnersHome>::success(OwnersHome(
-      agent, home.value(), std::move(accounts).takeValue(), std::move(journal).takeValue()));
+      agent, now, home.value(), std::move(accounts).takeValue(), std::move(journal).takeValue()));
 }
 
-OwnersHome::OwnersHome(CorvelProtocol& askedAgent, const std::filesystem::path& home,
+OwnersHome::OwnersHome(CorvelProtocol& askedAgent, Date currentDate,
+                       const std::filesystem::path& home,
                        std::shared_ptr<UserAccounts> userAccounts, DonationJournal donationJournal)
     : agent(askedAgent),
+      now(currentDate),
       dataProxy(std::make_shared<PosixDataProxy>()),
       ownCardFile(home / MeCardPath),
       feedback(home / FeedbackPath, dataProxy),
       accounts(std::move(userAccounts)),
       journal(std::move(donationJournal)) {}
 
-Result<Backup> OwnersHome::backUp(Date now) const {
+Result<Backup> OwnersHome::backUp() const {
   using Taken = Result<Backup>;
   Backup backup{.made = now};
   const auto list = agent.donations();
@@ -95,7 +98,7 @@ Result<std::vector<std::string>> OwnersHome::conflicts(const Backup& backup) con
   }
   if (const auto entries = journal.entries(); !entries.ok()) return Found::failure(entries.error());
   const HeldDonations held(list.value());
-  for (const DonationValuePtr& value : backup.donations) {
+  for (const DonationValuePtr& value : lastingOf(backup)) {
     const DonationValuePtr present = held.inPlaceOf(*value);
     if (!present || *present == *value) continue;
     found.push_back("the donation " + value->decoded().origin.donationIdentifier);
@@ -134,8 +137,10 @@ ErrorPtr OwnersHome::restoreDonations(const Backup& backup, Imported& imported) 
   const auto before = agent.donations();
   if (!before.ok()) return before.error();
   const HeldDonations present(before.value());
+  const DonationValues lasting = lastingOf(backup);
+  imported.expired = backup.donations.size() - lasting.size();
   DonationValues missing;
-  for (const DonationValuePtr& value : backup.donations) {
+  for (const DonationValuePtr& value : lasting) {
     const DonationValuePtr held = present.inPlaceOf(*value);
     if (!held || !(*held == *value)) missing.push_back(value);
   }
@@ -143,7 +148,7 @@ ErrorPtr OwnersHome::restoreDonations(const Backup& backup, Imported& imported) 
   const auto after = agent.donations();
   if (!after.ok()) return after.error();
   const HeldDonations held(after.value());
-  for (const DonationValuePtr& value : backup.donations) {
+  for (const DonationValuePtr& value : lasting) {
     ++(held.hasGift(*value) ? imported.donations : imported.leftOut);
   }
   return nullptr;
@@ -179,6 +184,12 @@ ErrorPtr OwnersHome::restoreFeedback(const Backup& backup, Imported& imported) c
                          },
                          PropertyListFile::OnDamage::fail)
                      .result());
+}
+
+DonationValues OwnersHome::lastingOf(const Backup& backup) const {
+  DonationValues lasting = backup.donations;
+  std::erase_if(lasting, [this](const auto& value) { return expiresBy(*value, now); });
+  return lasting;
 }
 
 Result<Card> OwnersHome::ownCard() const {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/files/DataProxy.h"
+#include "quenlet/Date.h"
 #include "tools/owner/Backup.h"
 #include "tools/owner/DonationJournal.h"
 #include "tools/owner/OwnCardFile.h"
@@ -23,6 +24,7 @@ class OwnersHome final {
   struct Imported final {
     std::size_t donations = 0;
     std::size_t leftOut = 0;  // the owner has rejected them
+    std::size_t expired = 0;  // since the backup was taken: they are not given again
     std::size_t decisions = 0;
     std::size_t accounts = 0;
     bool ownCard = false;
@@ -31,11 +33,11 @@ class OwnersHome final {
   };
 
   // An error when the user has no home directory.
-  [[nodiscard]] static Result<OwnersHome> open(CorvelProtocol& agent);
+  [[nodiscard]] static Result<OwnersHome> open(CorvelProtocol& agent, Date now);
 
   // An error when anything cannot be read, except for accounts: those are left out, and reported on
   // standard error.
-  [[nodiscard]] Result<Backup> backUp(Date now) const;
+  [[nodiscard]] Result<Backup> backUp() const;
 
   // What putting `backup` in place would overwrite, in words: donations and accounts with the same
   // identifiers but another content, another own card. The same content is no conflict, so that an
@@ -46,7 +48,7 @@ class OwnersHome final {
   [[nodiscard]] Result<Imported> restore(const Backup& backup) const;
 
  private:
-  OwnersHome(CorvelProtocol& askedAgent, const std::filesystem::path& home,
+  OwnersHome(CorvelProtocol& askedAgent, Date currentDate, const std::filesystem::path& home,
              std::shared_ptr<UserAccounts> userAccounts, DonationJournal donationJournal);
 
   [[nodiscard]] ErrorPtr restoreDonations(const Backup& backup, Imported& imported) const;
@@ -56,7 +58,11 @@ class OwnersHome final {
   // Nothing without a card.
   [[nodiscard]] Result<std::optional<std::string>> ownCard() const;
 
+  // Those that have not expired.
+  [[nodiscard]] DonationValues lastingOf(const Backup& backup) const;
+
   const WaitingAgent agent;
+  const Date now;
   const std::shared_ptr<DataProxy> dataProxy;
   const OwnCardFile ownCardFile;
   const PropertyListFile feedback;

@@ -16,10 +16,12 @@ class OwnersHomeTest : public testing::Test {
 
   // What is put in place: its counts, or why not.
   std::string import(const Backup& backup) {
-    const OwnersHome owner = OwnersHome::open(agent).takeValue();
+    const OwnersHome owner = OwnersHome::open(agent, Date(100)).takeValue();
     const auto outcome = owner.restore(backup);
     if (!outcome.ok()) return outcome.error()->debugDescription();
-    return std::to_string(outcome.value().donations) + " donations";
+    const OwnersHome::Imported& imported = outcome.value();
+    return std::to_string(imported.donations) + " donations, " + std::to_string(imported.expired) +
+           " expired";
   }
 
   const TemporaryDirectory home;
@@ -35,9 +37,18 @@ TEST_F(OwnersHomeTest, SendsMuchInPartsAndGoesOnAfterARefusal) {
   agent.failing = 3;  // the list, a part, the next part
   agent.failure = makeServiceError(ServiceErrorCode::timedOut, "silent");
   EXPECT_EQ(import(backup), "2 of 3 donations are in place, then it failed: silent");
-  EXPECT_EQ(import(backup), "3 donations");
+  EXPECT_EQ(import(backup), "3 donations, 0 expired");
   EXPECT_EQ(agent.requests, "2 1 1 ");
   EXPECT_EQ(identifiersOf(agent.held), "a b c");
+}
+
+TEST_F(OwnersHomeTest, LeavesOutWhatHasExpiredSince) {
+  agent.held = {email("new@example.org", from("app", "b"))};
+  const Backup backup{.donations = {email("a@example.org", from("app", "a", {}, Date(101))),
+                                    email("b@example.org", from("app", "b", {}, Date(100)))}};
+  EXPECT_TRUE(OwnersHome::open(agent, Date(100)).value().conflicts(backup).value().empty());
+  EXPECT_EQ(import(backup), "1 donations, 1 expired");
+  EXPECT_EQ(identifiersOf(agent.held), "b a");
 }
 
 }  // namespace
