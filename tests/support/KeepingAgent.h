@@ -5,6 +5,7 @@
 #include <string>
 
 #include "protocol/CorvelProtocol.h"
+#include "tests/support/DonationFactory.h"
 
 namespace quenlet {
 
@@ -45,6 +46,12 @@ class KeepingAgent final : public CorvelProtocol {
     }
     reply(true, nullptr);
   }
+  // Donates the new account's identifier at 99.
+  void changeFromAccount(AccountPtr from, AccountPtr to, ErrorReply reply) override {
+    requests += (from ? "change " : "add ") + to->identifier + " ";
+    DonationOrigin origin{"accounts", to->identifier, {}, Date(99), Date(1000)};
+    donateMeCardValues({email(to->username.value_or(""), std::move(origin))}, std::move(reply));
+  }
   void meCardDonations(DonationsReply reply) override {
     if (fails()) return reply(nullptr, failure);
     reply(std::make_shared<const DonationValues>(held), nullptr);
@@ -52,7 +59,6 @@ class KeepingAgent final : public CorvelProtocol {
   void removeDonatedMeCardValuesWithBundleIdentifier(std::string, SuccessReply) override {}
   void fetchDonatedMeCard(ContactReply) override {}
   void synchronousDonatedMeCard(EitherContactReply) override {}
-  void changeFromAccount(AccountPtr, AccountPtr, ErrorReply) override {}
   void rejectValueWithDonationIdentifier(std::string, ErrorReply) override {}
   void rejectValuesWithClusterIdentifier(std::string, ErrorReply) override {}
   void removeAllRejectionsWithCompletionHandler(ErrorReply) override {}

@@ -119,8 +119,9 @@ Result<std::vector<std::string>> OwnersHome::conflicts(const Backup& backup) con
 
 Result<OwnersHome::Imported> OwnersHome::restore(const Backup& backup) const {
   Imported imported;
-  for (const auto& restorePart : {&OwnersHome::restoreDonations, &OwnersHome::restoreOwnCard,
-                                  &OwnersHome::restoreAccounts, &OwnersHome::restoreFeedback}) {
+  for (const auto& restorePart :
+       {&OwnersHome::restoreDonations, &OwnersHome::restoreAccounts, &OwnersHome::restoreDonations,
+        &OwnersHome::restoreOwnCard, &OwnersHome::restoreFeedback}) {
     if (ErrorPtr error = (this->*restorePart)(backup, imported)) {
       return Result<Imported>::failure(std::move(error));
     }
@@ -148,6 +149,7 @@ ErrorPtr OwnersHome::restoreDonations(const Backup& backup, Imported& imported) 
   const auto after = agent.donations();
   if (!after.ok()) return after.error();
   const HeldDonations held(after.value());
+  imported.donations = imported.leftOut = 0;
   for (const DonationValuePtr& value : lasting) {
     ++(held.hasGift(*value) ? imported.donations : imported.leftOut);
   }
@@ -168,10 +170,29 @@ ErrorPtr OwnersHome::restoreAccounts(const Backup& backup, Imported& imported) c
   const auto lock = accounts->store().lock();
   if (!lock.ok()) return lock.error();
   for (const Account& account : backup.accounts) {
-    if (ErrorPtr error = accounts->store().save(account)) return error;
-    ++imported.accounts;
+    if (ErrorPtr error = restoreAccount(account, imported)) return error;
   }
   return nullptr;
+}
+
+ErrorPtr OwnersHome::restoreAccount(const Account& account, Imported& imported) const {
+  PropertyListAccountStore& store = accounts->store();
+  const auto present = store.accountWithIdentifier(account.identifier);
+  if (present.ok() && *present.value() == account) return nullptr;
+  if (ErrorPtr error = store.save(account)) return error;
+  AccountPtr former = present.ok() ? present.value() : nullptr;
+  // Nobody knows what a damaged account gave; its identifier alone is enough to have it removed.
+  if (!former && !isUnknown(*present.error())) {
+    former = std::make_shared<const Account>(Account{.identifier = account.identifier});
+  }
+  ErrorPtr error = agent.changeAccount(former, std::make_shared<const Account>(account));
+  if (!error) {
+    ++imported.accounts;
+    return nullptr;
+  }
+  // An import that is made again must find a difference, or it would not tell the agent.
+  static_cast<void>(present.ok() ? store.save(*former) : store.remove(account.identifier));
+  return error;
 }
 
 ErrorPtr OwnersHome::restoreFeedback(const Backup& backup, Imported& imported) const {

@@ -43,8 +43,10 @@ class OwnersHome final {
   // identifiers but another content, another own card. The same content is no conflict, so that an
   // import that was cut short can be made again. An error when anything there cannot be read.
   [[nodiscard]] Result<std::vector<std::string>> conflicts(const Backup& backup) const;
-  // Puts all of it in place, the donations first: when the agent refuses them, nothing has changed.
-  // What is there besides stays. After an error the same call can be made again.
+  // Puts all of it in place. The donations come first, in their order; then the agent is told of
+  // each account that changes and donates its values anew, so those of the backup follow once more
+  // and bring back their own dates. What is there besides stays. After an error the same call can
+  // be made again.
   [[nodiscard]] Result<Imported> restore(const Backup& backup) const;
 
  private:
@@ -53,6 +55,7 @@ class OwnersHome final {
 
   [[nodiscard]] ErrorPtr restoreDonations(const Backup& backup, Imported& imported) const;
   [[nodiscard]] ErrorPtr restoreAccounts(const Backup& backup, Imported& imported) const;
+  [[nodiscard]] ErrorPtr restoreAccount(const Account& account, Imported& imported) const;
   [[nodiscard]] ErrorPtr restoreFeedback(const Backup& backup, Imported& imported) const;
   [[nodiscard]] ErrorPtr restoreOwnCard(const Backup& backup, Imported& imported) const;
   // Nothing without a card.

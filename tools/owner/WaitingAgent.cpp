@@ -56,6 +56,12 @@ ErrorPtr WaitingAgent::donateInParts(const DonationValues& values) const {
   return nullptr;
 }
 
+ErrorPtr WaitingAgent::changeAccount(const AccountPtr& from, const AccountPtr& to) const {
+  const auto [error] = waitForReply<ErrorPtr>(
+      [&](ErrorReply reply) { agent.changeFromAccount(from, to, std::move(reply)); });
+  return error;
+}
+
 ErrorPtr WaitingAgent::remove(const std::vector<std::string>& donationIdentifiers) const {
   if (donationIdentifiers.empty()) return nullptr;
   const auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
