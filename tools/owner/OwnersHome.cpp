@@ -24,14 +24,24 @@ bool isUnknown(const Error& error) {
          error.code() == static_cast<int>(AccountErrorCode::unknownAccount);
 }
 
-// Adds the decisions that the list of the same contact lacks; gives their number. A list that is
-// none is left as it is.
+// The contacts of `from` that `contacts` has something else than a list for.
+std::vector<std::string> contactsWithoutList(const PropertyListDictionary& from,
+                                             const PropertyListDictionary& contacts) {
+  std::vector<std::string> found;
+  for (const auto& [contact, decisions] : from) {
+    const PropertyList* present = findEntry(contacts, contact);
+    if (present && !present->array()) found.push_back(contact);
+  }
+  return found;
+}
+
+// Adds the decisions that the list of the same contact lacks; gives their number. Anything but a
+// list gives way to one.
 std::size_t addDecisions(const PropertyListDictionary& from, PropertyListDictionary& contacts) {
   std::size_t added = 0;
   for (const auto& [contact, decisions] : from) {
     const PropertyList& present = contacts.try_emplace(contact, PropertyListArray()).first->second;
-    if (!present.array()) continue;
-    PropertyListArray all = *present.array();
+    PropertyListArray all = present.array() ? *present.array() : PropertyListArray();
     for (const PropertyList& decision : *decisions.array()) {
       if (std::find(all.begin(), all.end(), decision) != all.end()) continue;
       all.push_back(decision);
@@ -93,9 +103,8 @@ Result<std::vector<std::string>> OwnersHome::conflicts(const Backup& backup) con
   const auto list = agent.donations();
   if (!list.ok()) return Found::failure(list.error());
   // Unreadable feedback or an unreadable journal must be found before anything changes.
-  if (const auto decisions = feedback.read(); !decisions.ok()) {
-    return Found::failure(decisions.error());
-  }
+  const auto decisions = feedback.read();
+  if (!decisions.ok()) return Found::failure(decisions.error());
   if (const auto entries = journal.entries(); !entries.ok()) return Found::failure(entries.error());
   const HeldDonations held(list.value());
   for (const DonationValuePtr& value : lastingOf(backup)) {
@@ -107,6 +116,9 @@ Result<std::vector<std::string>> OwnersHome::conflicts(const Backup& backup) con
   if (!card.ok()) return Found::failure(card.error());
   if (backup.ownCard && card.value() && *card.value() != *backup.ownCard) {
     found.push_back("your own card");
+  }
+  for (const std::string& contact : contactsWithoutList(backup.feedback, decisions.value())) {
+    found.push_back("the decisions on the contact " + contact);
   }
   for (const Account& account : backup.accounts) {
     const auto present = accounts->store().accountWithIdentifier(account.identifier);
@@ -200,8 +212,11 @@ ErrorPtr OwnersHome::restoreFeedback(const Backup& backup, Imported& imported) c
   return errorOf(feedback
                      .update(
                          [&](PropertyListDictionary& contacts) {
+                           const bool loses =
+                               !contactsWithoutList(backup.feedback, contacts).empty();
+                           if (loses) feedback.keepDamagedFile();
                            imported.decisions = addDecisions(backup.feedback, contacts);
-                           return imported.decisions > 0;
+                           return loses || imported.decisions > 0;
                          },
                          PropertyListFile::OnDamage::fail)
                      .result());

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/feedback/FeedbackFile.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/KeepingAgent.h"
@@ -71,6 +72,19 @@ TEST_F(OwnersHomeTest, TellsTheAgentOfAccountsThatChangeBeforeItBringsBackTheirD
   EXPECT_EQ(agent.requests, "2 add new 1 1 ");
   EXPECT_TRUE(*agent.held.at(1) == *backup.donations[1]) << "with its own dates, in its place";
   EXPECT_EQ(*store->store().accountWithIdentifier("damaged").value(), backup.accounts[0]);
+}
+
+TEST_F(OwnersHomeTest, NamesFeedbackThatIsNoListAndKeepsACopyOfIt) {
+  const PropertyListArray decisions{PropertyListDictionary{{"status", "rejected"}}};
+  const std::string former = "<plist version=\"1.0\"><dict><key>me</key><true/></dict></plist>";
+  home.write(FeedbackPath, former);
+  const Backup backup{.feedback = {{"me", decisions}}};
+  const OwnersHome owner = OwnersHome::open(agent, Date(100)).takeValue();
+  EXPECT_THAT(owner.conflicts(backup).value(),
+              testing::ElementsAre("the decisions on the contact me"));
+  EXPECT_EQ(owner.restore(backup).value().decisions, 1U);
+  EXPECT_EQ(owner.backUp().value().feedback, backup.feedback);
+  EXPECT_EQ(home.read(FeedbackPath + std::string(".damaged-1")), former);
 }
 
 }  // namespace
