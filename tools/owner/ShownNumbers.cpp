@@ -14,9 +14,9 @@ constexpr std::size_t digestSize = 32;
 
 }  // namespace
 
-ShownNumbers::ShownNumbers(const char* fileName) {
+ShownNumbers::ShownNumbers(const char* path) {
   const auto runtime = UserDirectories::runtimeDirectory();
-  if (runtime.ok()) file = runtime.value() / "quenlet" / fileName;
+  if (runtime.ok()) file = runtime.value() / path;
 }
 
 void ShownNumbers::rememberDonations(const StatedDonations& list, const StatedDonations& shown) {

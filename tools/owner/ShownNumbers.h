@@ -21,9 +21,13 @@ namespace quenlet {
 //   shown: c alone the file: a c       2 holds again
 class ShownNumbers final {
  public:
+  // Below the runtime directory.
+  static constexpr char donationsPath[] = "quenlet/shown-donations";
+  static constexpr char rejectionsPath[] = "quenlet/shown-rejections";
+
   // Those of the agent's donations, and of the rejections.
-  [[nodiscard]] static ShownNumbers ofDonations() { return ShownNumbers("shown-donations"); }
-  [[nodiscard]] static ShownNumbers ofRejections() { return ShownNumbers("shown-rejections"); }
+  [[nodiscard]] static ShownNumbers ofDonations() { return ShownNumbers(donationsPath); }
+  [[nodiscard]] static ShownNumbers ofRejections() { return ShownNumbers(rejectionsPath); }
 
   // Notes that these donations of the agent's list are shown now.
   static void rememberDonations(const StatedDonations& list, const StatedDonations& shown);
@@ -39,7 +43,7 @@ class ShownNumbers final {
   [[nodiscard]] static std::vector<std::string> itemsOf(const DonationValues& donations);
 
  private:
-  explicit ShownNumbers(const char* fileName);
+  explicit ShownNumbers(const char* path);
   [[nodiscard]] std::string digests() const;
 
   std::optional<std::filesystem::path> file;  // nothing without a runtime directory

@@ -16,8 +16,10 @@
 #include "platform/preferences/UserDefaults.h"
 #include "platform/telephony/PropertyListDeviceInfo.h"
 #include "platform/telephony/PropertyListPhoneNumberMonitor.h"
+#include "protocol/CorvelInterface.h"
 #include "tools/owner/DonationJournal.h"
 #include "tools/owner/OwnCardFile.h"
+#include "tools/owner/ShownNumbers.h"
 
 namespace quenlet {
 namespace {
@@ -62,8 +64,16 @@ Result<UserFiles> UserFiles::open() {
   const auto runtime = UserDirectories::placeOfRuntimeDirectory();
   if (runtime.ok() &&
       !UserDirectories::examinePrivateDirectory(runtime.value(), "the runtime directory")) {
-    files.files.push_back(
-        {runtime.value() / PagePath, FileKeeper::donations, "the page that you looked at last"});
+    const std::vector<UserFile> more = {
+        {runtime.value() / PagePath, FileKeeper::donations, "the page that you looked at last"},
+        {runtime.value() / ShownNumbers::donationsPath, FileKeeper::quenlet,
+         "which numbers list showed"},
+        {runtime.value() / ShownNumbers::rejectionsPath, FileKeeper::quenlet,
+         "which numbers rejections showed"},
+        {runtime.value() / "quenlet" / CorvelServiceName, FileKeeper::system,
+         "where the agent listens"},
+    };
+    files.files.insert(files.files.end(), more.begin(), more.end());
   }
   return Result<UserFiles>::success(std::move(files));
 }
