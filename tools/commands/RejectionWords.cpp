@@ -12,7 +12,6 @@
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationChoice.h"
 #include "tools/owner/AgentDonations.h"
-#include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
 
 namespace quenlet {
@@ -29,7 +28,8 @@ class RejectionWords final : public Command {
 
   [[nodiscard]] ExitCode reject(Session& session) const;
   [[nodiscard]] ExitCode rejectCluster(Session& session) const;
-  // Rejects each of `identifiers`, then tells which of `wanted` are gone.
+  // Rejects each of `identifiers` until the agent refuses one, then tells which of `wanted` are
+  // gone.
   [[nodiscard]] static ExitCode perform(Session& session, Operation operation,
                                         const std::vector<std::string>& identifiers,
                                         const DonationValues& wanted);
@@ -99,13 +99,12 @@ void tellGone(const Session& session, const DonationValues& gone) {
   for (const DonationValuePtr& donation : gone) {
     const auto found = byContent.find(keyOf(donation));
     if (found == byContent.end()) continue;
-    session.out << printable("Rejected " + phraseFor(donation->value()) + ": " +
-                             counted(found->second.size(), "donation") + ", from " +
-                             enumerated(donorsOf(found->second)) + ".")
-                << "\n";
+    session.say("Rejected " + phraseFor(donation->value()) + ": " +
+                counted(found->second.size(), "donation") + ", from " +
+                enumerated(donorsOf(found->second)) + ".");
     byContent.erase(found);
   }
-  session.out << "quenlet rejections shows what is rejected; quenlet unreject takes it back.\n";
+  session.say("quenlet rejections shows what is rejected; quenlet unreject takes it back.");
 }
 
 ExitCode RejectionWords::reject(Session& session) const {
@@ -142,18 +141,20 @@ ExitCode RejectionWords::rejectCluster(Session& session) const {
 ExitCode RejectionWords::perform(Session& session, Operation operation,
                                  const std::vector<std::string>& identifiers,
                                  const DonationValues& wanted) {
-  for (const std::string& identifier : identifiers) {
-    const auto [error] = waitForReply<ErrorPtr>(
-        [&](ErrorReply reply) { (session.agent.*operation)(identifier, std::move(reply)); });
-    if (!error) continue;
-    const ExitCode code = session.failWith(error);
-    session.err << "hint: what is missing from quenlet list now may come back when it is donated\n"
-                << std::flush;
-    return code;
+  ErrorPtr error;
+  for (std::size_t place = 0; place < identifiers.size() && !error; ++place) {
+    std::tie(error) = waitForReply<ErrorPtr>([&](ErrorReply reply) {
+      (session.agent.*operation)(identifiers[place], std::move(reply));
+    });
   }
   const auto after = donationsOf(session.agent);
-  if (!after.ok()) return session.failWith(after.error());
+  if (!after.ok()) return session.failWith(error ? error : after.error());
   const DonationValues gone = missingFrom(*after.value(), wanted);
+  if (error) {
+    if (!gone.empty()) tellGone(session, gone);
+    session.out << std::flush;
+    return session.failWith(error);
+  }
   if (gone.empty()) {
     return session.refuse("not-done", "the agent still holds what it was asked to reject",
                           "quenlet list shows what there is");

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <numeric>
 #include <optional>
+#include <set>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -15,7 +16,6 @@
 #include "tools/owner/Selection.h"
 #include "tools/owner/ShownNumbers.h"
 #include "tools/presentation/DonationPresenter.h"
-#include "tools/presentation/TerminalText.h"
 #include "tools/presentation/TextTable.h"
 #include "tools/presentation/ValueText.h"
 #include "tools/presentation/Wording.h"
@@ -30,6 +30,11 @@ std::vector<std::string> itemsOf(const Decisions& decisions) {
   items.reserve(decisions.size());
   for (const FeedbackDecision& decision : decisions) items.push_back(decision.key);
   return items;
+}
+
+Decisions onlyRejected(Decisions decisions) {
+  std::erase_if(decisions, [](const auto& one) { return one.status != FeedbackStatus::rejected; });
+  return decisions;
 }
 
 void writeJSON(std::ostream& out, const Decisions& decisions) {
@@ -68,7 +73,8 @@ class UnrejectWords final : public Command {
   [[nodiscard]] ExitCode clear(Session& session) const;
   [[nodiscard]] static ExitCode takeBack(Session& session, const OwnersDecisions& rejections,
                                          const Decisions& wanted);
-  // Those that the arguments name. Nothing when one of them names none, which has then been said.
+  // Those that the arguments name, each once. Nothing when one of them names none, which has then
+  // been said.
   [[nodiscard]] std::optional<Decisions> named(const Session& session,
                                                const Decisions& decisions) const;
 
@@ -125,13 +131,16 @@ ExitCode UnrejectWords::show(Session& session) const {
 
 std::optional<Decisions> UnrejectWords::named(const Session& session,
                                               const Decisions& decisions) const {
-  Decisions found;
+  std::set<std::size_t> places;
   for (const std::string& text : texts) {
     const std::size_t number = placeNumber(text);
-    const std::size_t before = found.size();
-    std::copy_if(decisions.begin(), decisions.end(), std::back_inserter(found),
-                 [&](const FeedbackDecision& one) { return isValueNamed(one.value, text); });
-    if (found.size() > before) continue;
+    bool isFound = false;
+    for (std::size_t place = 0; place < decisions.size(); ++place) {
+      if (!isValueNamed(decisions[place].value, text)) continue;
+      places.insert(place);
+      isFound = true;
+    }
+    if (isFound) continue;
     if (number == 0 || number > decisions.size()) {
       session.refuse("no-match", "\"" + text + "\" is not rejected",
                      "quenlet rejections shows what is");
@@ -142,8 +151,10 @@ std::optional<Decisions> UnrejectWords::named(const Session& session,
                      "quenlet rejections shows the present ones");
       return std::nullopt;
     }
-    found.push_back(decisions[number - 1]);
+    places.insert(number - 1);
   }
+  Decisions found;
+  for (const std::size_t place : places) found.push_back(decisions[place]);
   return found;
 }
 
@@ -156,8 +167,7 @@ ExitCode UnrejectWords::unreject(Session& session) const {
     const std::optional<Decisions> wanted = named(session, decisions.value());
     return wanted ? takeBack(session, rejections.value(), *wanted) : ExitCode::refused;
   }
-  Decisions all = std::move(decisions).takeValue();
-  std::erase_if(all, [](const auto& one) { return one.status != FeedbackStatus::rejected; });
+  const Decisions all = onlyRejected(std::move(decisions).takeValue());
   if (all.empty()) {
     session.out << "Nothing is rejected.\n";
     return ExitCode::done;
@@ -172,12 +182,11 @@ ExitCode UnrejectWords::takeBack(Session& session, const OwnersDecisions& reject
   const Result<std::size_t> taken = rejections.takeBack(wanted);
   if (!taken.ok()) return session.failWith(taken.error());
   for (const FeedbackDecision& decision : wanted) {
-    session.out << printable("Not " + std::string(wordFor(decision.status)) +
-                             " any more: " + phraseFor(decision.value) + ".")
-                << "\n";
+    session.say("Not " + std::string(wordFor(decision.status)) +
+                " any more: " + phraseFor(decision.value) + ".");
   }
-  session.out << (wanted.size() == 1 ? "It comes back when it is" : "They come back when they are")
-              << " donated again, as with quenlet donate.\n";
+  session.say((wanted.size() == 1 ? "It comes back when it is" : "They come back when they are") +
+              std::string(" donated again, as with quenlet donate."));
   return ExitCode::done;
 }
 
@@ -188,12 +197,12 @@ ExitCode UnrejectWords::clear(Session& session) const {
   if (error) return session.failWith(error);
   const auto rejections = OwnersDecisions::open();
   if (!rejections.ok()) return session.failWith(rejections.error());
-  const Result<Decisions> decisions = rejections.value().all();
+  Result<Decisions> decisions = rejections.value().all();
   if (!decisions.ok()) return session.failWith(decisions.error());
-  session.out << "The agent keeps no rejections of its own: nothing has changed, and "
-              << counted(decisions.value().size(), "value")
-              << (decisions.value().size() == 1 ? " stays" : " stay")
-              << " rejected.\nquenlet unreject --all takes them back.\n";
+  const std::size_t count = onlyRejected(std::move(decisions).takeValue()).size();
+  session.say("The agent keeps no rejections of its own: nothing has changed, and " +
+              counted(count, "value stays", "values stay") +
+              " rejected. quenlet unreject --all takes them back.");
   return ExitCode::done;
 }
 
