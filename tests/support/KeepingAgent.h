@@ -17,6 +17,7 @@ class KeepingAgent final : public CorvelProtocol {
   // How many values came in each request, "3 1 ".
   std::string requests;
   std::set<std::string> rejectedIdentifiers;
+  bool rejectsAll = false;
   int failing = 0;
   ErrorPtr failure;
 
@@ -24,7 +25,9 @@ class KeepingAgent final : public CorvelProtocol {
     requests += std::to_string(values.size()) + " ";
     if (fails()) return reply(failure);
     for (const DonationValuePtr& value : values) {
-      if (rejectedIdentifiers.contains(value->decoded().origin.donationIdentifier)) continue;
+      if (rejectsAll || rejectedIdentifiers.contains(value->decoded().origin.donationIdentifier)) {
+        continue;
+      }
       const auto place = std::find_if(held.begin(), held.end(), [&](const auto& present) {
         return present->donationKey() == value->donationKey();
       });
@@ -59,7 +62,11 @@ class KeepingAgent final : public CorvelProtocol {
   void removeDonatedMeCardValuesWithBundleIdentifier(std::string, SuccessReply) override {}
   void fetchDonatedMeCard(ContactReply) override {}
   void synchronousDonatedMeCard(EitherContactReply) override {}
-  void rejectValueWithDonationIdentifier(std::string, ErrorReply) override {}
+  void rejectValueWithDonationIdentifier(std::string identifier, ErrorReply reply) override {
+    removeDonatedMeCardValuesForIdentifiers(
+        {std::move(identifier)},
+        [reply = std::move(reply)](bool, const ErrorPtr& error) { reply(error); });
+  }
   void rejectValuesWithClusterIdentifier(std::string, ErrorReply) override {}
   void removeAllRejectionsWithCompletionHandler(ErrorReply) override {}
 

@@ -101,10 +101,7 @@ ExitCode BackupWords::putInPlace(Session& session) const {
   if (imported.expired > 0) {
     session.out << counted(imported.expired, "donation") << " had expired.\n";
   }
-  if (imported.leftOut > 0) {
-    session.out << counted(imported.leftOut, "donation was", "donations were")
-                << " left out: you rejected " << (imported.leftOut == 1 ? "it\n" : "them\n");
-  }
+  for (const std::string& reason : reasonsOf(imported.leftOut)) session.say(reason + ".");
   return ExitCode::done;
 }
 

@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include "tools/owner/OwnersDecisions.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
 
@@ -34,12 +35,21 @@ std::vector<std::string> firstOf(std::vector<std::string> lines) {
   return lines;
 }
 
+std::vector<std::string> reasonsOf(const DonationValues& leftOut) {
+  const std::size_t decided = countDecided(leftOut);
+  const std::size_t others = leftOut.size() - decided;
+  std::vector<std::string> reasons;
+  if (decided > 0) {
+    reasons.push_back(numberText(decided) + " left out: you rejected " +
+                      (decided == 1 ? "it" : "them"));
+  }
+  if (others > 0) reasons.push_back(numberText(others) + " left out: " + notTaken);
+  return reasons;
+}
+
 std::string textOf(const OwnersDonations::Given& given, const std::string& bundle) {
   std::string text = std::to_string(given.donated) + " donated as " + bundle;
-  if (given.leftOut > 0) {
-    text += ", " + std::to_string(given.leftOut) + " left out: you rejected " +
-            (given.leftOut == 1 ? "it" : "them");
-  }
+  for (const std::string& reason : reasonsOf(given.leftOut)) text += ", " + reason;
   if (given.removed > 0) {
     text += ", " + std::to_string(given.removed) + " removed: no longer given";
   }

@@ -3,6 +3,7 @@
 
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationRemarks.h"
+#include "tools/owner/OwnersDecisions.h"
 #include "tools/owner/OwnersDonations.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
@@ -45,7 +46,9 @@ ExitCode tell(const Undone& undone, const Session& session) {
   }
   session.out << "Took back " << donation << ": " << counted(undone.removed, "value")
               << " removed, " << undone.restored << " restored.\n";
-  tellRest(undone.rejected, "rejected since", session);
+  const std::size_t decided = countDecided(undone.leftOut);
+  tellRest(decided, "rejected since", session);
+  tellRest(undone.leftOut.size() - decided, notTaken, session);
   tellRest(undone.expired, "expired since", session);
   tellRest(undone.changed, "another donor has given something in its place since", session);
   if (undone.entry.kept == JournalEntry::Kept::allButFormerImages) {

@@ -1,5 +1,8 @@
 #include "tools/owner/OwnersDecisions.h"
 
+#include <algorithm>
+#include <set>
+
 #include "platform/contacts/ContactStore.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
@@ -23,6 +26,19 @@ Result<std::size_t> OwnersDecisions::takeBack(
   keys.reserve(decisions.size());
   for (const FeedbackDecision& decision : decisions) keys.push_back(decision.key);
   return file.remove(keys, MeCardContactIdentifier);
+}
+
+std::size_t countDecided(const DonationValues& values) {
+  const Result<OwnersDecisions> opened = OwnersDecisions::open();
+  if (values.empty() || !opened.ok()) return 0;
+  const auto decisions = opened.value().all();
+  if (!decisions.ok()) return 0;
+  std::set<std::string> keys;
+  for (const FeedbackDecision& decision : decisions.value()) keys.insert(decision.key);
+  return static_cast<std::size_t>(
+      std::count_if(values.begin(), values.end(), [&](const DonationValuePtr& value) {
+        return keys.contains(FeedbackContent::keyOfValue(value->value()));
+      }));
 }
 
 }  // namespace quenlet

@@ -32,4 +32,8 @@ class OwnersDecisions final {
   FeedbackFile file;
 };
 
+// How many of `values` the owner has decided on, so that the agent does not take them. None when
+// the decisions cannot be read.
+[[nodiscard]] std::size_t countDecided(const DonationValues& values);
+
 }  // namespace quenlet

@@ -52,7 +52,7 @@ std::vector<std::string> countGiven(const std::vector<DonatedFile>& files,
       if (held.hasGift(*value)) {
         if (taken.insert(value->donationKey()).second) ++given.donated;
       } else if (refused.insert(value->donationKey()).second) {
-        ++given.leftOut;
+        given.leftOut.push_back(value);
         leftOut.push_back(identifierOf(value));
       }
     }
@@ -125,8 +125,11 @@ ErrorPtr OwnersDonations::finish(const std::vector<DonatedFile>& files, const En
       ++outcome.files[place].removed;
     }
   }
-  if (ErrorPtr error = agent.remove(gone)) return error;
-  return leftOut.empty() ? nullptr : journal.setLeftOut(number, leftOut);
+  // Noted first: if the removal fails, undo and why still know of it.
+  if (!leftOut.empty()) {
+    if (ErrorPtr error = journal.setLeftOut(number, leftOut)) return error;
+  }
+  return agent.remove(gone);
 }
 
 Result<std::optional<Undone>> OwnersDonations::undo() const {
@@ -176,7 +179,11 @@ Result<Undone> OwnersDonations::takeBack(JournalEntry entry) const {
   if (!after.ok()) return Attempt::failure(after.error());
   const HeldDonations held(after.value());
   for (const DonationValuePtr& value : values) {
-    ++(held.hasGift(*value) ? undone.restored : undone.rejected);
+    if (held.hasGift(*value)) {
+      ++undone.restored;
+    } else {
+      undone.leftOut.push_back(value);
+    }
   }
   std::vector<std::string> gone;
   for (const DonationValuePtr& value : allOf(undone.entry.files)) {

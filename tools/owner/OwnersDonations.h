@@ -19,13 +19,13 @@ namespace quenlet {
 // and after a crash there, the card shows both. The same donation made again, or undo, then puts
 // that right.
 //
-//   donate  list ─▶ journal ─▶ donate ─▶ list ─▶ remove what is left of before ─▶ journal
+//   donate  list ─▶ journal ─▶ donate ─▶ list ─▶ journal ─▶ remove what is left of before
 //   undo    list ─▶ donate what was replaced ─▶ list ─▶ remove what was given ─▶ journal
 class OwnersDonations final {
  public:
   struct Given final {
     std::size_t donated = 0;
-    std::size_t leftOut = 0;  // the owner has rejected them
+    DonationValues leftOut;   // the agent did not take them
     std::size_t removed = 0;  // the file gave them before and has them no longer
   };
   struct Outcome final {
@@ -36,11 +36,11 @@ class OwnersDonations final {
   };
   struct Undone final {
     JournalEntry entry = {};
-    std::size_t removed = 0;   // values of that donation
-    std::size_t restored = 0;  // values that it had replaced or removed
-    std::size_t expired = 0;   // such that have expired since and do not come back
-    std::size_t rejected = 0;  // such that the owner has rejected since
-    std::size_t changed = 0;   // such in whose place another donor has given something since
+    std::size_t removed = 0;      // values of that donation
+    std::size_t restored = 0;     // values that it had replaced or removed
+    std::size_t expired = 0;      // such that have expired since and do not come back
+    std::size_t changed = 0;      // such in whose place another donor has given something since
+    DonationValues leftOut = {};  // such that the agent did not take
   };
 
   OwnersDonations(CorvelProtocol& askedAgent, DonationJournal donationJournal, Date currentDate)

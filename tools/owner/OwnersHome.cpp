@@ -161,9 +161,14 @@ ErrorPtr OwnersHome::restoreDonations(const Backup& backup, Imported& imported) 
   const auto after = agent.donations();
   if (!after.ok()) return after.error();
   const HeldDonations held(after.value());
-  imported.donations = imported.leftOut = 0;
+  imported.donations = 0;
+  imported.leftOut.clear();
   for (const DonationValuePtr& value : lasting) {
-    ++(held.hasGift(*value) ? imported.donations : imported.leftOut);
+    if (held.hasGift(*value)) {
+      ++imported.donations;
+    } else {
+      imported.leftOut.push_back(value);
+    }
   }
   return nullptr;
 }

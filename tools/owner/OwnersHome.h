@@ -23,8 +23,8 @@ class OwnersHome final {
  public:
   struct Imported final {
     std::size_t donations = 0;
-    std::size_t leftOut = 0;  // the owner has rejected them
-    std::size_t expired = 0;  // since the backup was taken: they are not given again
+    DonationValues leftOut = {};  // the agent did not take them
+    std::size_t expired = 0;      // since the backup was taken: they are not given again
     std::size_t decisions = 0;
     std::size_t accounts = 0;
     bool ownCard = false;

@@ -77,8 +77,8 @@ class JournalReader final {
 
   // The agent keeps what it held before under that identifier.
   void addLeftOut(const DonationValuePtr& donation) {
-    add(DonationState::absent, "You had rejected it when it was donated on " + givenOn(donation),
-        donation);
+    add(DonationState::absent,
+        "The agent did not take it when it was donated on " + givenOn(donation), donation);
   }
 
   void addGiven(const DonationValuePtr& donation) {

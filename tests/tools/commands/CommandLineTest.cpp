@@ -11,6 +11,7 @@
 #include "client/Pseudonyms.h"
 #include "platform/files/LockFile.h"
 #include "platform/ipc/ServiceInterface.h"
+#include "tests/support/KeepingAgent.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/owner/CardInput.h"
@@ -32,14 +33,15 @@ class CommandLineTest : public testing::Test {
   }
 
   // The exit code of words that blanks set apart, '' for none; what was written is in `out` and
-  // `err`.
-  int run(const std::string& text) {
+  // `err`. Asks `other`, or else `agent`.
+  int run(const std::string& text, CorvelProtocol* other = nullptr) {
     std::istringstream stream(text);
     std::vector<std::string> words(std::istream_iterator<std::string>(stream), {});
     std::replace(words.begin(), words.end(), std::string("''"), std::string());
     out.str("");
     err.str("");
-    Session session{out, err, agent, Date(1767225600), pause};  // 2026-01-01
+    CorvelProtocol& asked = other == nullptr ? static_cast<CorvelProtocol&>(agent) : *other;
+    Session session{out, err, asked, Date(1767225600), pause};  // 2026-01-01
     return static_cast<int>(CommandLine::run(words, session));
   }
   std::string file(const std::string& name, const std::string& properties) {
@@ -224,6 +226,34 @@ TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedAndWhatIsSkipped) {
   EXPECT_EQ(run("donate --dry-run " + file("empty.vcf", "")), 0);
   EXPECT_EQ(out.str(), "The files hold nothing to donate.\n");
   EXPECT_EQ(agent.takeCalls(), "");
+}
+
+TEST_F(CommandLineTest, SaysWhatTheAgentDidNotDoAndWhyOnlyIfItIsKnown) {
+  KeepingAgent keeper;
+  keeper.held = {email("ann@x.org", from("app", "1"), "home"),
+                 email("ann@x.org", from("app", "2"), "work")};
+  keeper.failing = 3;  // the list, the first label, the second
+  keeper.failure = makeError("domain", 7, "a sentence");
+  EXPECT_EQ(run("reject ann@x.org", &keeper), 1);
+  EXPECT_THAT(out.str(), StartsWith("Rejected the e-mail address ann@x.org: 1 donation, from app"));
+  EXPECT_EQ(err.str(), "quenlet: domain 7: a sentence\n");
+  home.write("Library/Contacts/Feedback/feedback.plist",
+             "<plist version='1.0'><dict><key>ovaro.quenlet.me-card</key><array>"
+             "<dict><key>status</key><string>rejected</string>"
+             "<key>emailAddress</key><string>a@x.org</string></dict>"
+             "<dict><key>status</key><string>confirmed</string>"
+             "<key>phoneNumber</key><string>+49 30 1</string></dict></array></dict></plist>");
+  EXPECT_EQ(run("clear-rejections"), 0);
+  EXPECT_THAT(out.str(), HasSubstr("nothing has changed, and 1 value stays\nrejected."));
+  const std::string card = file("c.vcf", "FN:Ann\nUID:u\nEMAIL:a@x.org\nEMAIL:b@x.org\n");
+  keeper.rejectsAll = true;
+  EXPECT_EQ(run("donate " + card + " --bundle app", &keeper), 0);
+  EXPECT_THAT(out.str(), HasSubstr(": 0 donated as app, 1 left out: you rejected it, 2 left out: "
+                                   "not taken by the agent"));
+  EXPECT_EQ(run("unreject a@x.org A@X.ORG 1"), 1) << "no number was shown";
+  EXPECT_EQ(run("unreject a@x.org A@X.ORG"), 0);
+  EXPECT_THAT(out.str(),
+              StartsWith("Not rejected any more: the e-mail address a@x.org.\nIt comes"));
 }
 
 TEST_F(CommandLineTest, ShowsStatsFromTheUsersFilesAndAsksNoAgent) {

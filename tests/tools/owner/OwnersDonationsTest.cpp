@@ -36,7 +36,7 @@ class OwnersDonationsTest : public testing::Test {
         owner.donate({{file, bundle, gifts(bundle, identifiers, expires)}}, "0123456789abcdef");
     if (!outcome.ok()) return outcome.error()->debugDescription();
     const OwnersDonations::Given given = outcome.value().files.at(0);
-    return std::to_string(given.donated) + "+" + std::to_string(given.leftOut) + "-" +
+    return std::to_string(given.donated) + "+" + std::to_string(given.leftOut.size()) + "-" +
            std::to_string(given.removed);
   }
   // "removed+restored", what did not come back, or why not.
@@ -48,7 +48,7 @@ class OwnersDonationsTest : public testing::Test {
     const OwnersDonations::Undone& undone = *outcome.value();
     std::string text = std::to_string(undone.removed) + "+" + std::to_string(undone.restored);
     if (undone.expired > 0) text += " expired " + std::to_string(undone.expired);
-    if (undone.rejected > 0) text += " rejected " + std::to_string(undone.rejected);
+    if (!undone.leftOut.empty()) text += " left out " + std::to_string(undone.leftOut.size());
     if (undone.changed > 0) text += " changed " + std::to_string(undone.changed);
     return text;
   }
@@ -94,7 +94,7 @@ TEST_F(OwnersDonationsTest, UndoLeavesWhatOthersGaveSinceAndSaysWhatDoesNotComeB
   EXPECT_EQ(donate("app", "a b d e"), "4+0-1");
   agent.held[0] = gifts("other", "a", Date(1000))[0];
   agent.rejectedIdentifiers = {"b"};
-  EXPECT_EQ(undo(), "3+1 rejected 1 changed 1");
+  EXPECT_EQ(undo(), "3+1 left out 1 changed 1");
   EXPECT_EQ(held(), "a@102 c@101 ");
   EXPECT_EQ(donate("app", "c"), "1+0-0");
   time = 150;
@@ -116,8 +116,10 @@ TEST_F(OwnersDonationsTest, AFailureLosesNoWayBack) {
   EXPECT_EQ(donate("app", "c"), "failed") << "or perhaps not";
   EXPECT_EQ(undo(), "0+0") << "the note was kept";
   fail(4, ServiceErrorCode::timedOut);
-  EXPECT_EQ(donate("app", "c"), "the values were donated, but what comes then failed: failed");
+  agent.rejectedIdentifiers = {"d"};
+  EXPECT_EQ(donate("app", "c d"), "the values were donated, but what comes then failed: failed");
   EXPECT_EQ(held(), "a@104 b@104 c@107 ");
+  EXPECT_EQ(journal.entries().value().back().leftOut, std::vector<std::string>{"d"});
   fail(3, ServiceErrorCode::timedOut);
   EXPECT_EQ(undo(), "failed");
   EXPECT_EQ(undo(), "1+0") << "begun again";

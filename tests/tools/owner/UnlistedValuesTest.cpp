@@ -81,7 +81,7 @@ TEST(UnlistedValuesTest, TellWhatBecameOfEachValueOnceAndWithItsLatestReason) {
       {"rejected when it was given, and not any more",
        {},
        {refused},
-       "absent app 2: You had rejected it when it was donated on 1970-01-11\n"},
+       "absent app 2: The agent did not take it when it was donated on 1970-01-11\n"},
       {"rejected when it was given in the place of another",
        {phone("+1 202 555 0102", given("2", 9))},
        {refused},
