@@ -20,6 +20,12 @@ class MeWordsTest : public ProcessTest {
     ::setenv("PATH", (directory.native() + ":/usr/bin:/bin").c_str(), 1);
   }
 
+  void TearDown() override {
+    ::setenv("PATH", formerPath.c_str(), 1);
+    ProcessTest::TearDown();
+  }
+
+  const std::string formerPath = ::getenv("PATH");
   const std::filesystem::path own = temporary / "own.vcf";
 };
 
@@ -126,6 +132,11 @@ TEST_F(MeWordsTest, PutsAnOwnCardInPlaceAndShowsItBeforeWhatWasDonated) {
       {{{"me", "set", own}, 0, {"The former one is kept: " + ownersCard.native() + ".former-1\n"}},
        {{"me", "--get", "name"}, 0, {"Berta Berg\n"}}});
   EXPECT_EQ(readFile(ownersCard.native() + ".former-1"), former);
+  const std::string large(std::size_t{33} << 20, 'x');
+  mayRemark = true;  // of the card
+  writeFile(ownersCard, large);
+  expect({{{"me", "set", own}, 0, {"The former one is kept: ", ".former-2\n"}}});
+  EXPECT_EQ(readFile(ownersCard.native() + ".former-2").size(), large.size());
   disableDonations();
   expect({{{"me"}, 1, {"Berta Berg", "hint: donations are off; turn them on: quenlet enable\n"}}});
 }
@@ -145,7 +156,7 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
   EXPECT_TRUE(eventually([this] { return std::filesystem::exists(donationsFile); }));
   const Ran sound = quenlet({"doctor"});
   EXPECT_EQ(sound.code, 0) << sound.out;
-  EXPECT_THAT(sound.out, AllOf(HasSubstr("answers, with 1 donations"), Not(HasSubstr("NOT"))));
+  EXPECT_THAT(sound.out, AllOf(HasSubstr("answers, with 1 donation\n"), Not(HasSubstr("NOT"))));
 
   std::filesystem::permissions(donationsFile, std::filesystem::perms(0644));
   mayRemark = true;  // of the card

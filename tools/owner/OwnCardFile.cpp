@@ -5,6 +5,7 @@
 
 #include "platform/contacts/ContactStore.h"
 #include "platform/contacts/VCardContactStore.h"
+#include "platform/files/DurableDirectory.h"
 #include "platform/files/DurableFileWriter.h"
 #include "platform/files/FileReading.h"
 #include "platform/files/PosixDataProxy.h"
@@ -64,14 +65,12 @@ Result<OwnCardFile::Replaced> OwnCardFile::replaceWithBytes(const std::string& b
   const auto failed = [](ErrorPtr error) { return Result<Replaced>::failure(std::move(error)); };
   Replaced replaced;
   const Result<std::string> former = readFile(path);
-  if (former.ok()) {
-    replaced.isUnchanged = former.value() == bytes;
-    if (replaced.isUnchanged) return Result<Replaced>::success(std::move(replaced));
-    Result<std::filesystem::path> copy = keepFormer(former.value());
-    if (!copy.ok()) return failed(copy.error());
-    replaced.former = std::move(copy).takeValue();
-  } else if (!isMissingFile(*former.error())) {
-    return failed(former.error());
+  replaced.isUnchanged = former.ok() && former.value() == bytes;
+  if (replaced.isUnchanged) return Result<Replaced>::success(std::move(replaced));
+  if (former.ok() || !isMissingFile(*former.error())) {
+    Result<std::filesystem::path> kept = keepFormer(former);
+    if (!kept.ok()) return failed(kept.error());
+    replaced.former = std::move(kept).takeValue();
   }
   PosixFileOperations operations;
   if (ErrorPtr error = DurableFileWriter(operations).replace(path, bytes)) {
@@ -80,7 +79,7 @@ Result<OwnCardFile::Replaced> OwnCardFile::replaceWithBytes(const std::string& b
   return Result<Replaced>::success(std::move(replaced));
 }
 
-Result<std::filesystem::path> OwnCardFile::keepFormer(const std::string& bytes) const {
+Result<std::filesystem::path> OwnCardFile::keepFormer(const Result<std::string>& former) const {
   using Kept = Result<std::filesystem::path>;
   PosixFileOperations operations;
   DurableFileWriter writer(operations);
@@ -88,7 +87,12 @@ Result<std::filesystem::path> OwnCardFile::keepFormer(const std::string& bytes) 
   for (int number = 1;; ++number) {
     std::filesystem::path copy = path;
     copy += formerMark + std::to_string(number);
-    ErrorPtr error = writer.create(copy, bytes);
+    int failure = operations.link(path, copy) == 0 ? 0 : errno;
+    if (failure == 0) failure = DurableDirectory::synchronize(operations, copy.parent_path());
+    if (failure == 0) return Kept::success(std::move(copy));
+    // Not every file system can link, but a copy does as well.
+    ErrorPtr error = makePosixError(failure, "keep " + path.native());
+    if (failure != EEXIST && former.ok()) error = writer.create(copy, former.value());
     if (!error) return Kept::success(std::move(copy));
     const bool isTaken = error->domain() == PosixErrorDomain && error->code() == EEXIST;
     if (!isTaken || number == mostCopies) return Kept::failure(std::move(error));

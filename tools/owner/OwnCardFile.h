@@ -15,14 +15,14 @@ class OwnCardFile final {
  public:
   // What became of the former card.
   struct Replaced final {
-    // The copy of the former card, if there was a different one.
+    // Where the former card is kept, if there was a different one.
     std::optional<std::filesystem::path> former;
     bool isUnchanged = false;
   };
-  // The same, and what was put there.
+  // The same, and the card that was put there.
   struct Placed final {
     VCard card;
-    // The copy of the former card, if there was a different one.
+    // Where the former card is kept, if there was a different one.
     std::optional<std::filesystem::path> former;
     bool isUnchanged = false;
   };
@@ -36,16 +36,17 @@ class OwnCardFile final {
 
   [[nodiscard]] const std::filesystem::path& location() const { return path; }
 
-  // The bytes of `source` take the place of the card durably; the former one is first copied to
-  // "<name>.former-<n>" beside it. An error, and nothing is changed, when the source is not exactly
-  // one card, of a person, or when the copy cannot be made.
+  // The bytes of `source` take the place of the card durably; the former one stays beside it as
+  // "<name>.former-<n>", even if it cannot be read or is too large for a card. An error, and
+  // nothing is changed, when the source is not exactly one card, of a person, or when the former
+  // one cannot be kept.
   [[nodiscard]] Result<Placed> replaceWith(const std::filesystem::path& source) const;
 
   // The same of bytes, whatever they are.
   [[nodiscard]] Result<Replaced> replaceWithBytes(const std::string& bytes) const;
 
  private:
-  [[nodiscard]] Result<std::filesystem::path> keepFormer(const std::string& bytes) const;
+  [[nodiscard]] Result<std::filesystem::path> keepFormer(const Result<std::string>& former) const;
 
   std::filesystem::path path;
 };
