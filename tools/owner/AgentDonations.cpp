@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <iterator>
 #include <set>
-#include <tuple>
 
-#include "client/waitForReply.h"
+#include "tools/owner/WaitingAgent.h"
 
 namespace quenlet {
 
 Result<DonationListPtr> donationsOf(CorvelProtocol& agent) {
-  const auto [values, error] = waitForReply<DonationListPtr, ErrorPtr>(
-      [&](DonationsReply reply) { agent.meCardDonations(std::move(reply)); });
-  return error ? Result<DonationListPtr>::failure(error) : Result<DonationListPtr>::success(values);
+  return WaitingAgent(agent).donations();
 }
 
 DonationValues missingFrom(const DonationValues& after, const DonationValues& before) {

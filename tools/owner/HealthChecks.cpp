@@ -6,12 +6,11 @@
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
-#include <tuple>
 
-#include "client/waitForReply.h"
 #include "platform/files/UserDirectories.h"
 #include "protocol/CorvelInterface.h"
 #include "quenlet/ErrorCodes.h"
+#include "tools/owner/AgentDonations.h"
 #include "tools/owner/ClientPrograms.h"
 #include "tools/owner/Hints.h"
 #include "tools/owner/OwnCard.h"
@@ -108,9 +107,13 @@ bool hasSocket() {
 Finding checkAgent(CorvelProtocol& agent) {
   Finding none{false, "no agent runs", {"systemctl --user start quenlet-agent"}};
   if (!hasSocket()) return none;
-  const auto [values, error] = waitForReply<std::shared_ptr<const DonationValues>, ErrorPtr>(
-      [&](DonationsReply reply) { agent.meCardDonations(std::move(reply)); });
-  if (!error) return {true, "answers, with " + std::to_string(values->size()) + " donations"};
+  const Result<DonationListPtr> list = donationsOf(agent);
+  if (list.ok()) {
+    const std::size_t count = list.value()->size();
+    return {true,
+            "answers, with " + std::to_string(count) + (count == 1 ? " donation" : " donations")};
+  }
+  const ErrorPtr error = list.error();
   if (isNotEnabled(*error)) return {true, "answers; " + hintsFor(*error).front()};
   if (error->domain() == ServiceErrorDomain &&
       error->code() == static_cast<std::int64_t>(ServiceErrorCode::noService)) {
