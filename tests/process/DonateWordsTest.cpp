@@ -72,7 +72,7 @@ TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
                                                           "TEL:+49 30 2", "UID:joan@example.org"}));
   startAgent();
   expect({
-      {{"undo"}, 1, {"there is no donation of this program to take back"}},
+      {{"undo"}, 1, {"this program has no donation to take back"}},
       {{"donate", path, "--expires", "0"}, 2, {"above 0"}},
       {{"donate", path}, 0, {": 4 donated as org.quenlet.file."}},
   });

@@ -79,7 +79,7 @@ ExitCode UndoWord::run(Session& session) {
   if (!undone.ok()) return session.failWith(undone.error());
   if (undone.value()) return tell(*undone.value(), session);
   return session.failWith(
-      makeError(GeneralErrorDomain, 0, "there is no donation of this program to take back"));
+      makeError(GeneralErrorDomain, 0, "this program has no donation to take back"));
 }
 
 }  // namespace

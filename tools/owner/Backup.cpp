@@ -21,7 +21,7 @@ constexpr char ownCardKey[] = "ownCard";
 constexpr char pseudonymKeyKey[] = "pseudonymKey";
 
 ErrorPtr fault(std::string sentence) {
-  return makeError(PropertyListErrorDomain, 0, "this is no export: " + std::move(sentence));
+  return makeError(PropertyListErrorDomain, 0, "not a quenlet export: " + std::move(sentence));
 }
 
 std::string nth(const char* what, std::size_t place) {
@@ -51,7 +51,7 @@ ErrorPtr readDonations(const PropertyListDictionary& entries, Backup& backup) {
     const PropertyListDictionary* record = (*records)[place].dictionary();
     DonationValuePtr value =
         record ? DonationValue::initWithPropertyListRepresentation(*record) : nullptr;
-    if (!value) return fault(nth("donation", place) + " is none");
+    if (!value) return fault(nth("donation", place) + " cannot be read");
     if (const auto violation = DonationBounds::violation(*record)) {
       return fault(nth("donation", place) + ": " + *violation);
     }
@@ -67,7 +67,7 @@ ErrorPtr readFeedback(const PropertyListDictionary& entries, Backup& backup) {
   const PropertyListDictionary* contacts = findDictionary(entries, feedbackKey);
   if (!contacts) return fault("it has no feedback");
   for (const auto& [contact, decisions] : *contacts) {
-    if (!decisions.array()) return fault("its feedback is no list");
+    if (!decisions.array()) return fault("its feedback is not a list");
   }
   backup.feedback = *contacts;
   return nullptr;
@@ -80,7 +80,7 @@ ErrorPtr readAccounts(const PropertyListDictionary& entries, Backup& backup) {
   for (std::size_t place = 0; place < records->size(); ++place) {
     const PropertyListDictionary* record = (*records)[place].dictionary();
     auto account = record ? Account::initWithPropertyListRepresentation(*record) : std::nullopt;
-    if (!account) return fault(nth("account", place) + " is none");
+    if (!account) return fault(nth("account", place) + " cannot be read");
     const ErrorPtr problem = PropertyListAccountStore::problemOfAccount(*account);
     if (problem) return fault(nth("account", place) + ": " + problem->debugDescription());
     if (!identifiers.insert(account->identifier).second) {
@@ -95,12 +95,12 @@ ErrorPtr readAccounts(const PropertyListDictionary& entries, Backup& backup) {
 ErrorPtr readBytes(const PropertyListDictionary& entries, Backup& backup) {
   const PropertyList* card = findEntry(entries, ownCardKey);
   if (card && (!card->data() || card->data()->bytes.size() > maximumVCardSizeInBytes)) {
-    return fault("what it has in place of the own card is none, or too large");
+    return fault("its own card is not data, or is too large");
   }
   if (card) backup.ownCard = card->data()->bytes;
   const PropertyList* secret = findEntry(entries, pseudonymKeyKey);
   if (secret && (!secret->data() || secret->data()->bytes.size() != Pseudonyms::keySizeInBytes)) {
-    return fault("its key for pseudonyms is none");
+    return fault("its key for pseudonyms is not a key");
   }
   if (secret) backup.pseudonymKey = secret->data()->bytes;
   return nullptr;
