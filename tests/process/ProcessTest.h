@@ -157,7 +157,8 @@ class ProcessTest : public testing::Test {
   void expect(const std::vector<Row>& rows) {
     for (const auto& [words, code, said] : rows) {
       const Ran ran = quenlet(words);
-      const std::string all = testing::PrintToString(words) + "\n" + ran.out + ran.err;
+      const std::string all = ran.out + ran.err;
+      SCOPED_TRACE(testing::PrintToString(words));
       EXPECT_EQ(ran.code, code) << all;
       for (const std::string& text : said) EXPECT_THAT(all, testing::HasSubstr(text));
     }

@@ -15,6 +15,12 @@ class ShowWordTest : public ProcessTest {
     ::unsetenv("WAYLAND_DISPLAY");
   }
 
+  void TearDown() override {
+    ::setenv("PATH", formerPath.c_str(), 1);
+    ::unsetenv("WAYLAND_DISPLAY");
+    ProcessTest::TearDown();
+  }
+
   // A program of that name, which writes down what it is asked to open.
   void installOpener(const std::string& ending) {
     const std::filesystem::path opener = temporary / "xdg-open";
@@ -29,6 +35,7 @@ class ShowWordTest : public ProcessTest {
     return status.st_mode & 0777;
   }
 
+  const std::string formerPath = ::getenv("PATH");
   const std::filesystem::path opened = temporary / "opened";
   const std::filesystem::path page = temporary / "quenlet/pages/card.html";
 };

@@ -65,7 +65,7 @@ TEST_F(WhyWordTest, TellsWhatBecameOfValuesThatTheAgentNoLongerLists) {
        0,
        {"Replaced by a later donation.", "org.a gave another value under its identifier on"}},
       {{"reject", "+1 202 555 0130"}, 0, {"1 donation, from org.a"}},
-      {{"donate", donatedCard, "--bundle", "org.c", "--expires", "0.00002"}, 0, {"2 donated"}},
+      {{"donate", donatedCard, "--bundle", "org.c", "--expires", "0.00006"}, 0, {"2 donated"}},
   });
   ASSERT_TRUE(eventually([this] {
     return quenlet({"why", "rob@example.com"}).out.find("It has expired") != std::string::npos;
