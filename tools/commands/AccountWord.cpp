@@ -37,7 +37,7 @@ ErrorPtr askAgent(Session& session, const AccountPtr& oldAccount, const AccountP
 }
 
 ExitCode finishWithout(const Session& session) {
-  session.err << "quenlet: no agent runs; the next one reads all accounts when it starts\n";
+  session.warn("no agent runs; the next one reads all accounts when it starts");
   return ExitCode::done;
 }
 
@@ -57,7 +57,7 @@ ExitCode tellAgent(Session& session, const UserAccounts& accounts, const Account
     if (!isRefusal && !obstacle) return finishWithout(session);
     const bool agentRuns = obstacle && obstacle->code() == EWOULDBLOCK;
     if (isRefusal || !agentRuns || attempt == mostAttempts) {
-      session.err << "quenlet: the agent does not follow the account store\n";
+      session.warn("the agent does not follow the account store");
       return session.failWith(isRefusal || agentRuns ? error : obstacle);
     }
     session.pause(pauseBetweenAttempts);
@@ -68,8 +68,7 @@ ExitCode tellAgent(Session& session, const UserAccounts& accounts, const Account
 ExitCode saveAndTell(Session& session, UserAccounts& accounts, const AccountPtr& oldAccount,
                      Account account) {
   if (const ErrorPtr error = accounts.store().save(account)) return session.failWith(error);
-  session.out << (oldAccount ? "Changed" : "Added") << " account " << printable(account.identifier)
-              << ".\n";
+  session.say((oldAccount ? "Changed account " : "Added account ") + account.identifier + ".");
   return tellAgent(session, accounts, oldAccount,
                    std::make_shared<const Account>(std::move(account)));
 }
@@ -189,7 +188,7 @@ ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
   const Result<AccountPtr> present = accounts.store().accountWithIdentifier(removedIdentifier);
   const ErrorPtr error = accounts.store().remove(removedIdentifier);
   if (error && !isUnknown(*error)) return session.failWith(error);
-  if (!error) session.out << "Removed account " << printable(removedIdentifier) << ".\n";
+  if (!error) session.say("Removed account " + removedIdentifier + ".");
   // The identifier alone is enough to remove an account's donations, if it cannot be read or its
   // file is already gone.
   const AccountPtr oldAccount =

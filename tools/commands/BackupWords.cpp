@@ -87,19 +87,19 @@ ExitCode BackupWords::putInPlace(Session& session) const {
   const auto outcome = home.value().restore(backup.value());
   if (!outcome.ok()) {
     const ExitCode code = session.failWith(outcome.error());
-    session.err << "hint: import it again: what is in place already stays\n";
+    session.hint("import it again: what is in place already stays");
     return code;
   }
   const OwnersHome::Imported& imported = outcome.value();
-  session.out << "Imported " << counted(imported.donations, "donation") << ", "
-              << counted(imported.decisions, "decision") << " on values, "
-              << counted(imported.accounts, "account")
-              << (imported.ownCard ? " and your own card.\n" : ".\n");
+  session.say("Imported " + counted(imported.donations, "donation") + ", " +
+              counted(imported.decisions, "decision") + " on values, " +
+              counted(imported.accounts, "account") +
+              (imported.ownCard ? " and your own card." : "."));
   if (imported.formerCard) {
-    session.out << "Your former card is kept: " << printable(imported.formerCard->native()) << "\n";
+    session.say("Your former card is kept: " + imported.formerCard->native());
   }
   if (imported.expired > 0) {
-    session.out << counted(imported.expired, "donation") << " had expired.\n";
+    session.say(counted(imported.expired, "donation") + " had expired.");
   }
   for (const std::string& reason : reasonsOf(imported.leftOut)) session.say(reason + ".");
   return ExitCode::done;

@@ -173,7 +173,7 @@ ExitCode DonateWord::checkOwnCard(const Files& files, const Session& session) co
                                    ", not " + textOf(value->value()) +
                                    "; these values will not show";
       if (!goesAnyway) return session.failWithUsage(sentence, {}, "--anyway donates them");
-      session.err << "quenlet: " << printable(sentence) << "\n";
+      session.warn(sentence);
       return ExitCode::done;
     }
   }
@@ -233,9 +233,8 @@ ExitCode DonateWord::give(const Inputs& inputs, const Files& files, const Donati
   const auto outcome = OwnersDonations(session.agent, journal, session.now).donate(files, key);
   if (!outcome.ok()) return session.failWith(outcome.error());
   for (std::size_t place = 0; place < files.size(); ++place) {
-    session.out << printable(inputs[place].path) << ": "
-                << printable(textOf(outcome.value().files[place], files[place].bundleIdentifier))
-                << "\n";
+    session.say(inputs[place].path + ": " +
+                textOf(outcome.value().files[place], files[place].bundleIdentifier));
   }
   tellOfJournal(outcome.value(), session);
   return ExitCode::done;

@@ -60,12 +60,11 @@ bool tellOfFaults(const std::vector<CardInput>& inputs, const Session& session) 
   bool areAllRead = true;
   for (const CardInput& input : inputs) {
     for (const ErrorPtr& failure : input.failures) {
-      session.err << "quenlet: skipped a card: " << printable(failure->debugDescription()) << "\n";
+      session.warn("skipped a card: " + failure->debugDescription());
     }
     if (!input.isWhole()) {
       areAllRead = false;
-      session.err << "quenlet: " << printable(input.path)
-                  << ": what it gave before stays, since not all of it can be read\n";
+      session.warn(input.path + ": what it gave before stays, since not all of it can be read");
     }
     std::size_t skipped = 0;
     std::vector<SkippedEntry> entries;
@@ -74,9 +73,8 @@ bool tellOfFaults(const std::vector<CardInput>& inputs, const Session& session) 
       entries.insert(entries.end(), card.skipped.begin(), card.skipped.end());
     }
     if (skipped == 0) continue;
-    session.err << "quenlet: " << printable(input.path) << ": skipped "
-                << counted(skipped, "entry", "entries")
-                << " without a usable value: " << placesOf(entries) << "\n";
+    session.warn(input.path + ": skipped " + counted(skipped, "entry", "entries") +
+                 " without a usable value: " + placesOf(entries));
   }
   return areAllRead;
 }
@@ -89,20 +87,20 @@ void tellOfRepeated(const std::vector<DonatedFile>& files, const Session& sessio
     all += file.donated.size();
   }
   if (all == keys.size()) return;
-  session.err << "quenlet: " << counted(all - keys.size(), "value")
-              << " will replace others of these files, whose cards have the same UID or place\n";
+  session.warn(counted(all - keys.size(), "value") +
+               " will replace others of these files, whose cards have the same UID or place");
 }
 
 void tellOfJournal(const OwnersDonations::Outcome& outcome, const Session& session) {
   if (outcome.beganNewJournal) {
-    session.err << "quenlet: the journal of donations was damaged, and a copy of it was kept; "
-                   "earlier donations can no longer be undone\n";
+    session.warn(
+        "the journal of donations was damaged, and a copy of it was kept; earlier donations "
+        "can no longer be undone");
   }
   if (outcome.kept == JournalEntry::Kept::frame) {
-    session.err << "quenlet: this donation is too large for \"quenlet undo\"\n";
+    session.warn("this donation is too large for \"quenlet undo\"");
   } else if (outcome.kept == JournalEntry::Kept::allButFormerImages) {
-    session.err << "quenlet: \"quenlet undo\" will not bring back the former image, which is too "
-                   "large\n";
+    session.warn("\"quenlet undo\" will not bring back the former image, which is too large");
   }
 }
 

@@ -155,10 +155,10 @@ ExitCode FileWords::removeAll(Session& session, const std::vector<path>& files) 
   if (!user.ok()) return session.failWith(user.error());
   const bool wereOn = user.value()->preferences().isDonationsEnabled();
   if (const ErrorPtr error = StoredData::remove(files)) return session.failWith(error);
-  session.out << "Removed " << counted(files.size(), "file")
-              << ". Your own card and your accounts are as they were.\n";
+  session.say("Removed " + counted(files.size(), "file") +
+              ". Your own card and your accounts are as they were.");
   if (!wereOn) {
-    session.out << "Donations were off; without preferences they are on: quenlet disable\n";
+    session.say("Donations were off; without preferences they are on: quenlet disable");
   }
   return ExitCode::done;
 }

@@ -132,7 +132,7 @@ ExitCode MeWord::writeImage(Session& session, const WholeCard& card) const {
   if (!image) return fail(session, "a picture is not known");
   const ExitCode code = writeOutputFile(session, imageFile, *image, replacesImage);
   if (code == ExitCode::done) {
-    session.out << "Wrote " << imageText(*image) << ", to " << printable(imageFile) << ".\n";
+    session.say("Wrote " + imageText(*image) + ", to " + imageFile + ".");
   }
   return code;
 }
@@ -143,13 +143,12 @@ ExitCode MeWord::set(Session& session) const {
   const auto placed = file.value().replaceWith(cardFile);
   if (!placed.ok()) return session.failWith(placed.error());
   const auto& [card, former, isUnchanged] = placed.value();
-  session.out << (isUnchanged ? "This is your own card already: "
-                              : "Your own card is now this one: ")
-              << printable(textOf(PersonNameComponents::componentsForContact(card.contact)))
-              << "\n";
-  if (former) session.out << "The former one is kept: " << printable(former->native()) << "\n";
+  const std::string name = textOf(PersonNameComponents::componentsForContact(card.contact));
+  session.say(
+      (isUnchanged ? "This is your own card already: " : "Your own card is now this one: ") + name);
+  if (former) session.say("The former one is kept: " + former->native());
   for (const SkippedEntry& entry : card.skipped) {
-    session.err << "quenlet: skipped " << printable(WholeCardPresenter::textOf(entry)) << "\n";
+    session.warn("skipped " + WholeCardPresenter::textOf(entry));
   }
   return ExitCode::done;
 }

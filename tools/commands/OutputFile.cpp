@@ -14,7 +14,7 @@ ExitCode writeOutputFile(const Session& session, const std::string& file, std::s
   const ErrorPtr error = replaces ? writer.replace(file, data) : writer.create(file, data);
   const ExitCode code = session.finishWith(error);
   if (error && error->domain() == PosixErrorDomain && error->code() == EEXIST) {
-    session.err << "hint: --force replaces it\n";
+    session.hint("--force replaces it");
   }
   return code;
 }

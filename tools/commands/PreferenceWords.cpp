@@ -92,7 +92,7 @@ Result<Held> lookAt(const Session& session, const StoredData& stored,
 }
 
 void writeLine(const Session& session, std::size_t number, const std::string& what) {
-  if (number > 0) session.err << printable("  " + std::to_string(number) + " " + what) << "\n";
+  if (number > 0) session.tell(numberText(number) + " " + what, 2);
 }
 
 // What goes, whether it comes back, and how to keep it: only an agent gives an export, and only
@@ -101,7 +101,7 @@ void tellLoss(const Session& session, const Held& held, const std::filesystem::p
               bool areEnabled) {
   const std::size_t copies = held.copies.size();
   const DonorReturn back = DonorReturn::of(held.donations, home);
-  session.err << "This deletes " << counted(back.all(), "donation") << ":\n";
+  session.tell("This deletes " + counted(back.all(), "donation") + ":");
   writeLine(session, back.others,
             "from " + enumerated(back.otherDonors) + ", who would have to donate them again");
   writeLine(session, back.extensions, "from extensions, which are asked again later");
@@ -111,17 +111,18 @@ void tellLoss(const Session& session, const Held& held, const std::filesystem::p
             copies == 1 ? "file with a copy of what was donated"
                         : "files with copies of what was donated");
   if (held.isNoted) {
-    session.err << "What quenlet donate has noted is deleted at once: undo can take nothing back "
-                   "then.\n";
+    session.tell(
+        "What quenlet donate has noted is deleted at once: undo can take nothing back then.");
   }
-  session.err << (held.agentRuns ? "The agent deletes them after 30 seconds; until then, quenlet "
-                                   "enable keeps them.\n"
-                                 : "No agent runs: they are deleted at once.\n");
+  session.tell(held.agentRuns
+                   ? "The agent deletes them after 30 seconds; until then, quenlet enable "
+                     "keeps them."
+                   : "No agent runs: they are deleted at once.");
   std::vector<std::string> steps;
   if (!areEnabled) steps.emplace_back("run quenlet enable");
   if (!held.agentRuns) steps.emplace_back("start the agent");
   steps.emplace_back("run quenlet export > FILE");
-  session.err << "To keep them, first " << enumerated(steps) << ".\n";
+  session.tell("To keep them, first " + enumerated(steps) + ".");
 }
 
 // Deletes what no agent will delete. Whether an agent has turned up that deletes the rest.
@@ -198,15 +199,15 @@ ExitCode PreferenceWords::enable(Session& session) {
   if (wasEnabled) {
     session.out << "Donations were on already.\n";
   } else if (agentRuns) {
-    session.out << "Donations are on. The agent asks accounts and extensions; donations that it\n"
-                   "has not deleted yet stay.\n";
+    session.say(
+        "Donations are on. The agent asks accounts and extensions; donations that it has not "
+        "deleted "
+        "yet stay.");
   } else {
     if (const ErrorPtr error = scheduleAccounts()) return session.failWith(error);
     session.out << "Donations are on. No agent runs; the next one reads your accounts.\n";
-    session.err << "hint: extensions are asked when donations come on while an agent runs; once "
-                   "it does:\n"
-                   "hint: quenlet disable --yes && quenlet enable\n"
-                << std::flush;
+    session.hint("extensions are asked when donations come on while an agent runs; once it does:");
+    session.hint("quenlet disable --yes && quenlet enable");
   }
   return ExitCode::done;
 }

@@ -60,9 +60,8 @@ ExitCode tellRemoved(const Session& session, const DonationValues& wanted, bool 
     return session.refuse("not-done", "the agent still holds what it was asked to remove",
                           "a donor may just have donated it again: quenlet list");
   }
-  session.out << printable("Removed " + counted(gone.size(), "donation") + ", from " +
-                           enumerated(donorsOf(gone)) + ".")
-              << "\n";
+  session.say("Removed " + counted(gone.size(), "donation") + ", from " +
+              enumerated(donorsOf(gone)) + ".");
   return ExitCode::done;
 }
 

@@ -12,7 +12,7 @@ bool isServiceError(const Error& error, ServiceErrorCode code) {
   return error.domain() == ServiceErrorDomain && error.code() == static_cast<std::int64_t>(code);
 }
 
-void tell(const Session& session, const std::string& lead, const std::string& sentence) {
+void tellBehind(const Session& session, const std::string& lead, const std::string& sentence) {
   session.errorScreen.writeParagraph(session.err, lead + printable(sentence), 0, 2);
   session.err << std::flush;
 }
@@ -32,28 +32,36 @@ void Session::say(const std::string& sentences) const {
   screen.writeParagraph(out, printable(sentences));
 }
 
+void Session::tell(const std::string& sentences, std::size_t indentation) const {
+  errorScreen.writeParagraph(err, printable(sentences), indentation, 2);
+}
+
+void Session::warn(const std::string& sentence) const { tellBehind(*this, "quenlet: ", sentence); }
+
+void Session::hint(const std::string& sentence) const { tellBehind(*this, "hint: ", sentence); }
+
 ExitCode Session::failWith(const ErrorPtr& error) const {
-  tell(*this, "quenlet: ", error->description());
+  tellBehind(*this, "quenlet: ", error->description());
   hintAt(*error);
   return isNoAnswer(*error) ? ExitCode::noAgent : ExitCode::refused;
 }
 
 void Session::hintAt(const Error& error) const {
-  for (const std::string& line : hintsFor(error)) tell(*this, "hint: ", line);
+  for (const std::string& line : hintsFor(error)) hint(line);
 }
 
 ExitCode Session::refuse(const char* domain, const std::string& sentence,
                          const std::string& hint) const {
-  tell(*this, std::string("quenlet: ") + domain + " 1: ", sentence);
-  tell(*this, "hint: ", hint);
+  tellBehind(*this, std::string("quenlet: ") + domain + " 1: ", sentence);
+  this->hint(hint);
   return ExitCode::refused;
 }
 
 ExitCode Session::failWithUsage(const std::string& sentence, const std::vector<std::string>& lines,
                                 const std::string& hint) const {
-  tell(*this, "quenlet: usage 2: ", sentence);
-  for (const std::string& line : lines) tell(*this, "  ", line);
-  if (!hint.empty()) tell(*this, "hint: ", hint);
+  tellBehind(*this, "quenlet: usage 2: ", sentence);
+  for (const std::string& line : lines) tellBehind(*this, "  ", line);
+  if (!hint.empty()) this->hint(hint);
   return ExitCode::usage;
 }
 

@@ -55,20 +55,20 @@ ExitCode ShowWord::write(const Session& session, const std::string& page) const 
     return ExitCode::done;
   }
   const ExitCode code = writeOutputFile(session, output, page, replaces);
-  if (code == ExitCode::done) session.out << "Wrote " << printable(output) << ".\n";
+  if (code == ExitCode::done) session.say("Wrote " + output + ".");
   return code;
 }
 
 ExitCode ShowWord::open(const Session& session, const std::string& page) {
   const Result<std::filesystem::path> file = PrivatePage::write(page);
   if (!file.ok()) return session.failWith(file.error());
-  const std::string name = printable(file.value().native());
+  const std::string& name = file.value().native();
   if (const std::optional<std::string> obstacle = PrivatePage::open(file.value())) {
-    session.out << "The page is in " << name << "\n";
-    session.err << "quenlet: did not open it: " << *obstacle
-                << "\nhint: open it with a browser, or choose its place with --output\n";
+    session.say("The page is in " + name);
+    session.warn("did not open it: " + *obstacle);
+    session.hint("open it with a browser, or choose its place with --output");
   } else {
-    session.out << "Opened " << name << "\n";
+    session.say("Opened " + name);
   }
   return ExitCode::done;
 }

@@ -31,21 +31,20 @@ std::string bundlesOf(const JournalEntry& entry) {
 
 void tellRest(std::size_t number, const char* why, const Session& session) {
   if (number == 0) return;
-  session.out << counted(number, "former value does", "former values do")
-              << " not come back: " << why << "\n";
+  session.say(counted(number, "former value does", "former values do") + " not come back: " + why);
 }
 
 ExitCode tell(const Undone& undone, const Session& session) {
-  const std::string donation = "the donation of " + undone.entry.when.iso8601() + " as " +
-                               printable(bundlesOf(undone.entry));
+  const std::string donation =
+      "the donation of " + undone.entry.when.iso8601() + " as " + bundlesOf(undone.entry);
   if (undone.entry.kept == JournalEntry::Kept::frame) {
     const ExitCode code = session.failWith(makeError(
         GeneralErrorDomain, 0, donation + " is too large to be taken back, and is passed over"));
-    session.err << "hint: \"quenlet forget BUNDLE\" takes back all that a donor gave\n";
+    session.hint("\"quenlet forget BUNDLE\" takes back all that a donor gave");
     return code;
   }
-  session.out << "Took back " << donation << ": " << counted(undone.removed, "value")
-              << " removed, " << undone.restored << " restored.\n";
+  session.say("Took back " + donation + ": " + counted(undone.removed, "value") + " removed, " +
+              numberText(undone.restored) + " restored.");
   const std::size_t decided = countDecided(undone.leftOut);
   tellRest(decided, "rejected since", session);
   tellRest(undone.leftOut.size() - decided, notTaken, session);

@@ -12,16 +12,6 @@
 namespace quenlet {
 namespace {
 
-std::string shown(const std::string& text) { return text; }
-std::string shown(const PhoneNumber& number) { return number.stringValue(); }
-std::string shown(const PostalAddress& address) { return textOf(address); }
-
-void writeValue(JSONWriter& json, const std::string& text) { json.value(text); }
-void writeValue(JSONWriter& json, const PhoneNumber& number) { json.value(number.stringValue()); }
-void writeValue(JSONWriter& json, const PostalAddress& address) {
-  DonationPresenter::writeTexts(json, address.dictionaryRepresentation());
-}
-
 // The numbers of donations in the list, by identifier.
 using Numbers = std::map<std::string, std::size_t>;
 
@@ -53,7 +43,7 @@ class SectionWriter final {
                        {"", Fit::cut, TextStyle::dim},
                        {"", Fit::whole, TextStyle::dim}});
     for (const auto& entry : entries) {
-      addEntry(section, shown(entry->value), entry->label, entry->storeInfo.valueOrigin.get());
+      addEntry(section, textOf(entry->value), entry->label, entry->storeInfo.valueOrigin.get());
     }
     write(title, section);
   }
@@ -86,7 +76,7 @@ void writeList(JSONWriter& json, const char* key, const LabeledValues<T>& entrie
   json.key(key).beginArray();
   for (const auto& entry : entries) {
     json.beginObject().key("value");
-    writeValue(json, entry->value);
+    DonationPresenter::writeBareValue(json, entry->value);
     DonationPresenter::writeLabel(json, entry->label);
     if (const auto& origin = entry->storeInfo.valueOrigin) {
       json.key("origin");

@@ -80,6 +80,18 @@ void DonationPresenter::writeLabel(JSONWriter& json, const std::string& label) {
   if (!label.empty()) json.key("label").value(label);
 }
 
+void DonationPresenter::writeBareValue(JSONWriter& json, const std::string& emailAddress) {
+  json.value(emailAddress);
+}
+
+void DonationPresenter::writeBareValue(JSONWriter& json, const PhoneNumber& number) {
+  json.value(number.stringValue());
+}
+
+void DonationPresenter::writeBareValue(JSONWriter& json, const PostalAddress& address) {
+  writeTexts(json, address.dictionaryRepresentation());
+}
+
 void DonationPresenter::writeTexts(JSONWriter& json, const PropertyListDictionary& texts) {
   json.beginObject();
   for (const auto& [key, text] : texts) {

@@ -24,6 +24,10 @@ class DonationPresenter final {
   static void writeOrigin(JSONWriter& json, const DonationOrigin& origin);
   // The key "label" and the label; nothing for an empty label.
   static void writeLabel(JSONWriter& json, const std::string& label);
+  // What stands under "value" for an e-mail address, a phone number and a postal address.
+  static void writeBareValue(JSONWriter& json, const std::string& emailAddress);
+  static void writeBareValue(JSONWriter& json, const PhoneNumber& number);
+  static void writeBareValue(JSONWriter& json, const PostalAddress& address);
   // An object of the texts in a flat dictionary.
   static void writeTexts(JSONWriter& json, const PropertyListDictionary& texts);
 };

@@ -23,6 +23,8 @@ namespace quenlet {
 // In spoken order, with the nickname in quotes: Dr. Ann Mae Berg PhD "Annie".
 [[nodiscard]] std::string textOf(const PersonNameComponents& name);
 [[nodiscard]] std::string textOf(const PostalAddress& address);
+[[nodiscard]] inline std::string textOf(const std::string& emailAddress) { return emailAddress; }
+[[nodiscard]] inline std::string textOf(const PhoneNumber& number) { return number.stringValue(); }
 // "1234 bytes, JPEG".
 [[nodiscard]] std::string imageText(std::string_view imageData);
 // "2026-05-01", in UTC.

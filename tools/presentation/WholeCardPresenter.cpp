@@ -13,16 +13,6 @@ namespace {
 
 const char* sourceOf(bool isOwn) { return isOwn ? "own card" : "donated"; }
 
-const std::string& entryText(const std::string& text) { return text; }
-std::string entryText(const PhoneNumber& number) { return number.stringValue(); }
-std::string entryText(const PostalAddress& address) { return quenlet::textOf(address); }
-
-void writeEntry(JSONWriter& json, const std::string& text) { json.value(text); }
-void writeEntry(JSONWriter& json, const PhoneNumber& number) { json.value(number.stringValue()); }
-void writeEntry(JSONWriter& json, const PostalAddress& address) {
-  DonationPresenter::writeTexts(json, address.dictionaryRepresentation());
-}
-
 std::string nameOf(const WholeCard& card) {
   return textOf(PersonNameComponents::componentsForContact(card.contact));
 }
@@ -32,7 +22,7 @@ void addEntries(TextTable& table, const char* title, const LabeledValues<T>& ent
   std::string heading = title;
   for (const auto& entry : entries) {
     const ValueOrigin* origin = entry->storeInfo.valueOrigin.get();
-    table.addRow({std::exchange(heading, {}), entryText(entry->value), entry->label,
+    table.addRow({std::exchange(heading, {}), textOf(entry->value), entry->label,
                   origin == nullptr ? sourceOf(true) : "from " + origin->bundleIdentifier,
                   origin == nullptr ? "" : "until " + dayOf(origin->expirationDate)});
   }
@@ -43,7 +33,7 @@ void writeEntries(JSONWriter& json, const char* key, const LabeledValues<T>& ent
   json.key(key).beginArray();
   for (const auto& entry : entries) {
     json.beginObject().key("value");
-    writeEntry(json, entry->value);
+    DonationPresenter::writeBareValue(json, entry->value);
     DonationPresenter::writeLabel(json, entry->label);
     const auto& origin = entry->storeInfo.valueOrigin;
     json.key("source").value(sourceOf(origin == nullptr));
@@ -59,7 +49,7 @@ void writeEntries(JSONWriter& json, const char* key, const LabeledValues<T>& ent
 template <typename T>
 std::optional<std::string> first(const LabeledValues<T>& entries) {
   if (entries.empty()) return std::nullopt;
-  return entryText(entries.front()->value);
+  return quenlet::textOf(entries.front()->value);
 }
 
 }  // namespace
