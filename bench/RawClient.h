@@ -5,7 +5,7 @@
 #include <string>
 
 #include "model/DonationValue.h"
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "quenlet/Extension.h"
 
 namespace quenlet {

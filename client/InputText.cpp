@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <utility>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 namespace {

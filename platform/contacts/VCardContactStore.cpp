@@ -4,10 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <string>
 #include <utility>
+
+#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 namespace {
@@ -23,53 +24,25 @@ bool isMissingCard(const Error& error) {
          error.code() == static_cast<int>(ContactErrorCode::noMeContact);
 }
 
-class OpenFile final {
- public:
-  explicit OpenFile(const std::filesystem::path& path)
-      : descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {}
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() {
-    if (descriptor >= 0) close(descriptor);
-  }
-
-  const int descriptor;
-};
-
-// Reads at most one byte more than a card may have, which is enough to see that a growing file is
-// too large.
-ReadResult readBounded(int descriptor, std::size_t expectedBytes) {
-  constexpr std::size_t mostBytes = maximumVCardSizeInBytes + 1;
-  std::string bytes;
-  std::size_t count = 0;
-  while (count < mostBytes) {
-    bytes.resize(std::min(mostBytes, std::max(expectedBytes + 1, count + count / 2 + 1)));
-    const ssize_t received = read(descriptor, bytes.data() + count, bytes.size() - count);
-    if (received < 0 && errno == EINTR) continue;
-    if (received < 0) return ReadResult::failure(makePosixError(errno, "read the me card"));
-    if (received == 0) break;
-    count += static_cast<std::size_t>(received);
-  }
-  bytes.resize(count);
-  return ReadResult::success(std::move(bytes));
-}
-
 ReadResult readCardFile(const std::filesystem::path& path) {
-  const OpenFile file(path);
-  if (file.descriptor < 0 && (errno == ENOENT || errno == ENOTDIR)) {
+  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  if (!file.isOpen() && (errno == ENOENT || errno == ENOTDIR)) {
     return ReadResult::failure(
         makeCardError(ContactErrorCode::noMeContact, "there is no me card file"));
   }
   struct stat status = {};
-  if (file.descriptor < 0 || fstat(file.descriptor, &status) != 0) {
+  if (!file.isOpen() || fstat(file.get(), &status) != 0) {
     return ReadResult::failure(makePosixError(errno, "open the me card"));
   }
   if (!S_ISREG(status.st_mode)) {
     return ReadResult::failure(
         makeCardError(ContactErrorCode::invalidCard, "the me card is not a regular file"));
   }
-  const auto size = static_cast<std::size_t>(status.st_size);
-  return readBounded(file.descriptor, std::min(size, maximumVCardSizeInBytes));
+  // One byte more than a card may have is enough to see that it is too large.
+  return readAtMost(
+      maximumVCardSizeInBytes + 1,
+      [&](char* room, std::size_t size) { return read(file.get(), room, size); },
+      "read the me card");
 }
 
 void copyField(KeyDescriptor key, const Contact& contact, ContactFields& fields) {

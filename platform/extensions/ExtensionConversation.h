@@ -9,10 +9,10 @@
 
 #include "platform/extensions/ExtensionRequest.h"
 #include "platform/extensions/ExtensionSchedulers.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/ipc/FrameReader.h"
 #include "platform/ipc/OutputQueue.h"
 #include "platform/scheduling/EventLoop.h"
-#include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
 

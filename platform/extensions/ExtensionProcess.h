@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <memory>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/scheduling/EventLoop.h"
-#include "platform/scheduling/FileDescriptor.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {

@@ -13,10 +13,10 @@
 
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/PosixFileOperations.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/StandardStreams.h"
 #include "platform/scheduling/EventLoopScheduler.h"
-#include "platform/scheduling/FileDescriptor.h"
 #include "quenlet/Error.h"
 
 namespace quenlet {

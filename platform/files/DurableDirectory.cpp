@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 

@@ -12,7 +12,7 @@
 #include <utility>
 
 #include "platform/files/DurableDirectory.h"
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {

@@ -16,8 +16,8 @@
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/FileReading.h"
 #include "platform/files/PosixFileOperations.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/StandardStreams.h"
-#include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
 namespace {
@@ -40,22 +40,6 @@ int openToRead(FileOperations& operations, const path& file) {
   do descriptor = operations.open(file, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0);
   while (descriptor < 0 && errno == EINTR);
   return descriptor;
-}
-
-// 0 or an errno value. Does not trust the size of the file, which may grow meanwhile.
-int readAll(FileOperations& operations, int descriptor, std::string& content) {
-  std::array<char, 65536> buffer;
-  while (true) {
-    const ssize_t count = operations.read(descriptor, buffer.data(), buffer.size());
-    if (count == 0) return 0;
-    if (count > 0) {
-      const std::size_t room = PosixDataProxy::maximumFileSizeInBytes - content.size();
-      if (static_cast<std::size_t>(count) > room) return EFBIG;
-      content.append(buffer.data(), static_cast<std::size_t>(count));
-    } else if (errno != EINTR) {
-      return errno;
-    }
-  }
 }
 
 path damagedCopy(const path& file, std::uintmax_t number) {
@@ -113,8 +97,9 @@ Future<std::string> PosixDataProxy::dataWithContentsOfURL(const path& url) {
 
 Result<std::string> PosixDataProxy::readFile(const path& file) const try {
   using Content = Result<std::string>;
+  const std::string action = "read " + file.filename().string();
   const auto failed = [&](int failure) {
-    return Content::failure(makePosixError(failure, "read " + file.filename().string()));
+    return Content::failure(makePosixError(failure, action));
   };
   const FileDescriptor descriptor(openToRead(operations, file));
   if (!descriptor.isOpen()) return failed(errno);
@@ -122,9 +107,12 @@ Result<std::string> PosixDataProxy::readFile(const path& file) const try {
   if (::fstat(descriptor.get(), &status) != 0) return failed(errno);
   if (!S_ISREG(status.st_mode)) return failed(S_ISDIR(status.st_mode) ? EISDIR : EINVAL);
   if (static_cast<std::uintmax_t>(status.st_size) > maximumFileSizeInBytes) return failed(EFBIG);
-  std::string content;
-  if (const int failure = readAll(operations, descriptor.get(), content)) return failed(failure);
-  return Content::success(std::move(content));
+  Content content = readAtMost(
+      maximumFileSizeInBytes + 1,
+      [&](char* room, std::size_t size) { return operations.read(descriptor.get(), room, size); },
+      action);
+  if (content.ok() && content.value().size() > maximumFileSizeInBytes) return failed(EFBIG);
+  return content;
 } catch (const std::bad_alloc&) {
   // A file larger than the memory is not ours: an error, but no reason to end the process.
   return Result<std::string>::failure(makePosixError(ENOMEM, "read a file"));

@@ -33,21 +33,6 @@ Result<std::string> refuse(ErrorPtr error) {
   return Result<std::string>::failure(std::move(error));
 }
 
-// At most `size` bytes, even if the file grows meanwhile.
-Result<std::string> readBytes(const FileDescriptor& file, std::size_t size) {
-  std::string bytes(size, '\0');
-  std::size_t held = 0;
-  while (held < size) {
-    const ssize_t count = ::read(file.get(), bytes.data() + held, size - held);
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return refuse(makePosixError(errno, "read"));
-    if (count == 0) break;
-    held += static_cast<std::size_t>(count);
-  }
-  bytes.resize(held);
-  return Result<std::string>::success(std::move(bytes));
-}
-
 }  // namespace
 
 TrustedDirectory::TrustedDirectory(std::filesystem::path path, FileDescriptor opened)
@@ -107,7 +92,9 @@ Result<std::string> TrustedDirectory::readFile(const std::string& name,
         makeError(PosixErrorDomain, EFBIG,
                   "it is larger than " + std::to_string(maximumSizeInBytes >> 10) + " KiB"));
   }
-  return readBytes(file, static_cast<std::size_t>(status.st_size));
+  return readAtMost(
+      static_cast<std::size_t>(status.st_size),
+      [&](char* room, std::size_t size) { return ::read(file.get(), room, size); }, "read");
 }
 
 ErrorPtr TrustedDirectory::examineFile(const std::string& name) const {

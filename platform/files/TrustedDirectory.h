@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "quenlet/Error.h"
 #include "quenlet/Result.h"
 

@@ -10,7 +10,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 namespace {

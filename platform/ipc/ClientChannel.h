@@ -10,13 +10,13 @@
 #include <utility>
 #include <vector>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/FrameReader.h"
 #include "platform/ipc/OutputQueue.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "platform/ipc/ServiceLimits.h"
 #include "platform/ipc/TimeLimit.h"
-#include "platform/scheduling/FileDescriptor.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {

@@ -10,7 +10,7 @@
 #include <string>
 #include <system_error>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 
 #ifndef SO_PEERPIDFD
 #define SO_PEERPIDFD 77

@@ -6,9 +6,9 @@
 #include <string>
 #include <utility>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/ipc/ReplyQueue.h"
 #include "platform/ipc/ServiceContext.h"
-#include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
 

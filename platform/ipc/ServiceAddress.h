@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/ipc/TimeLimit.h"
-#include "platform/scheduling/FileDescriptor.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {

@@ -6,10 +6,10 @@
 #include <string>
 #include <thread>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "platform/ipc/TimeLimit.h"
-#include "platform/scheduling/FileDescriptor.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {

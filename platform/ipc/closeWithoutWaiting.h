@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/scheduling/PatientThread.h"
 
 namespace quenlet {

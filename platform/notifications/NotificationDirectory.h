@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {

@@ -13,8 +13,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Mutex.h"
-#include "platform/scheduling/FileDescriptor.h"
 #include "platform/scheduling/runGuarded.h"
 
 namespace quenlet {

@@ -8,9 +8,9 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/scheduling/CancelableBlock.h"
-#include "platform/scheduling/FileDescriptor.h"
 #include "platform/scheduling/TimerQueue.h"
 #include "platform/scheduling/runGuarded.h"
 

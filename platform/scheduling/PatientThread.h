@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <memory>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Mutex.h"
-#include "platform/scheduling/FileDescriptor.h"
 #include "platform/scheduling/Scheduler.h"
 
 namespace quenlet {

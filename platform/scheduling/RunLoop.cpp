@@ -12,10 +12,10 @@
 #include <utility>
 #include <vector>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/StandardStreams.h"
 #include "platform/scheduling/EventLoopScheduler.h"
-#include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
 namespace {

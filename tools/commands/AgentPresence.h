@@ -5,9 +5,9 @@
 #include <memory>
 
 #include "platform/foundation/Cancelable.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/ipc/ServiceAddress.h"
 #include "platform/scheduling/EventLoop.h"
-#include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
 

@@ -10,7 +10,7 @@
 #include <array>
 #include <cerrno>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 namespace {

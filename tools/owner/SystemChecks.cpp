@@ -14,7 +14,7 @@
 #include <utility>
 
 #include "platform/files/UserDirectories.h"
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "tools/owner/OutsideCommand.h"
 
 namespace quenlet {

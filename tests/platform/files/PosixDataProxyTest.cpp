@@ -7,7 +7,7 @@
 #include <latch>
 
 #include "platform/files/FileReading.h"
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "tests/platform/files/SteeredFileOperations.h"
 #include "tests/support/TemporaryDirectory.h"
 

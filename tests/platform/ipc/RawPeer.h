@@ -9,10 +9,10 @@
 #include <cstring>
 #include <filesystem>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/FrameReader.h"
 #include "platform/ipc/WireEncoder.h"
-#include "platform/scheduling/FileDescriptor.h"
 
 namespace quenlet {
 

@@ -11,8 +11,8 @@
 #include <latch>
 #include <thread>
 
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/scheduling/EventLoop.h"
-#include "platform/scheduling/FileDescriptor.h"
 #include "platform/scheduling/ProductionSchedulerProvider.h"
 #include "platform/scheduling/RunLoop.h"
 #include "platform/scheduling/TimerQueue.h"

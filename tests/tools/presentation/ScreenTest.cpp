@@ -7,7 +7,7 @@
 
 #include <sstream>
 
-#include "platform/scheduling/FileDescriptor.h"
+#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 namespace {

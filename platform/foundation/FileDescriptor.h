@@ -2,7 +2,12 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <string>
 #include <utility>
+
+#include "quenlet/Result.h"
 
 namespace quenlet {
 
@@ -32,5 +37,25 @@ class FileDescriptor final {
  private:
   int descriptor = -1;
 };
+
+// What `read`, called like ::read() without its first argument, gives up to its end, but not more
+// than `mostBytes`, even if the file grows meanwhile. An error of its errno, for `action`.
+template <typename Read>
+[[nodiscard]] Result<std::string> readAtMost(std::size_t mostBytes, const Read& read,
+                                             const std::string& action) {
+  constexpr std::size_t pieceInBytes = 65536;
+  std::string bytes;
+  std::size_t held = 0;
+  while (held < mostBytes) {
+    bytes.resize(std::min(mostBytes, held + pieceInBytes));
+    const ssize_t count = read(bytes.data() + held, bytes.size() - held);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) return Result<std::string>::failure(makePosixError(errno, action));
+    if (count == 0) break;
+    held += static_cast<std::size_t>(count);
+  }
+  bytes.resize(held);
+  return Result<std::string>::success(std::move(bytes));
+}
 
 }  // namespace quenlet
