@@ -15,7 +15,6 @@ class MeCardFields final {
   constexpr MeCardFields() = default;
   explicit constexpr MeCardFields(std::uint8_t bits) : raw(bits) {}
 
-  [[nodiscard]] constexpr std::uint8_t rawValue() const { return raw; }
   [[nodiscard]] constexpr bool contains(MeCardFields options) const {
     return (raw & options.raw) == options.raw;
   }

@@ -16,7 +16,6 @@
 #define EXCLUDES(...) QUENLET_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 #define ACQUIRE(...) QUENLET_ATTRIBUTE(acquire_capability(__VA_ARGS__))
 #define RELEASE(...) QUENLET_ATTRIBUTE(release_capability(__VA_ARGS__))
-#define ASSERT_CAPABILITY(x) QUENLET_ATTRIBUTE(assert_capability(x))
 
 namespace quenlet {
 
@@ -29,8 +28,6 @@ class CAPABILITY("mutex") Mutex final {
 
   void lock() ACQUIRE() { mutex.lock(); }
   void unlock() RELEASE() { mutex.unlock(); }
-  // Tells the analysis that the lock is held, inside a lambda that runs under it.
-  void assertHeld() const ASSERT_CAPABILITY(this) {}
 
  private:
   friend class ConditionVariable;
