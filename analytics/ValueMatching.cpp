@@ -1,7 +1,6 @@
 #include "analytics/ValueMatching.h"
 
 #include "platform/contacts/PostalAddressFormatter.h"
-#include "platform/foundation/NumberText.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
@@ -15,18 +14,7 @@ Matching<ComparableNumber> matchingOf(const PhoneNumber& number) {
   return {key, candidate};
 }
 
-// All fields, each after its size, so that different addresses never share a key.
-Matching<AnyCandidate> matchingOf(const PostalAddress& address) {
-  std::string key;
-  for (const std::string* field :
-       {&address.street, &address.subLocality, &address.city, &address.subAdministrativeArea,
-        &address.state, &address.postalCode, &address.country, &address.isoCountryCode}) {
-    const std::string canonical = canonicalKey(*field);
-    appendNumber(key, canonical.size());
-    key.append(":").append(canonical);
-  }
-  return {key, {}};
-}
+Matching<AnyCandidate> matchingOf(const PostalAddress& address) { return {address.key(), {}}; }
 
 std::string describedValue(const std::string& emailAddress) { return emailAddress; }
 

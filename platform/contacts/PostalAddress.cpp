@@ -27,6 +27,16 @@ std::optional<PostalAddress> PostalAddress::postalAddressWithDictionaryRepresent
   return address;
 }
 
+// Each field after its size: otherwise ("ab", "c") and ("a", "bc") would share a key.
+std::string PostalAddress::key() const {
+  std::string key;
+  for (const auto& entry : postalFieldsByKey) {
+    const std::string canonical = canonicalKey(this->*entry.second);
+    key.append(std::to_string(canonical.size())).append(":").append(canonical);
+  }
+  return key;
+}
+
 PostalAddress::Field PostalAddress::fieldForKey(std::string_view key) {
   for (const auto& [fieldKey, field] : postalFieldsByKey) {
     if (fieldKey == key) return field;

@@ -34,6 +34,8 @@ struct PostalAddress final {
   [[nodiscard]] static std::optional<PostalAddress> postalAddressWithDictionaryRepresentation(
       const PropertyListDictionary& entries);
 
+  // The same text for equal addresses, and for no others.
+  [[nodiscard]] std::string key() const;
   // The field under `key` in the dictionary form; null for an unknown key.
   [[nodiscard]] static Field fieldForKey(std::string_view key);
 

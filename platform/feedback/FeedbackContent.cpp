@@ -39,15 +39,7 @@ std::string keyOfEmailAddress(std::string_view address) {
 
 std::string keyOfPhoneNumber(const PhoneNumber& number) { return "p" + number.digits(); }
 
-std::string keyOfPostalAddress(const PostalAddress& address) {
-  std::string key = "a";
-  for (const std::string* field :
-       {&address.street, &address.subLocality, &address.city, &address.subAdministrativeArea,
-        &address.state, &address.postalCode, &address.country, &address.isoCountryCode}) {
-    appendField(key, *field);
-  }
-  return key;
-}
+std::string keyOfPostalAddress(const PostalAddress& address) { return "a" + address.key(); }
 
 std::string keyOfImage(std::string_view bytes) { return "i" + std::string(bytes); }
 
