@@ -11,35 +11,17 @@ namespace {
 constexpr std::size_t leastDigits = 2;
 constexpr std::size_t mostDigits = 20;
 
-// The digit zero of every script of the basic plane; the other nine follow each.
-constexpr char32_t zeros[] = {0x0030, 0x0660, 0x06F0, 0x07C0, 0x0966, 0x09E6, 0x0A66, 0x0AE6,
-                              0x0B66, 0x0BE6, 0x0C66, 0x0CE6, 0x0D66, 0x0DE6, 0x0E50, 0x0ED0,
-                              0x0F20, 0x1040, 0x1090, 0x17E0, 0x1810, 0x1946, 0x19D0, 0x1A80,
-                              0x1A90, 0x1B50, 0x1BB0, 0x1C40, 0x1C50, 0xA620, 0xA8D0, 0xA900,
-                              0xA9D0, 0xA9F0, 0xAA50, 0xABF0, 0xFF10};
-
 std::optional<char> asciiDigit(char32_t character) {
-  const auto* above = std::upper_bound(std::begin(zeros), std::end(zeros), character);
-  if (above == std::begin(zeros)) return std::nullopt;
-  const char32_t distance = character - *std::prev(above);
-  if (distance > 9) return std::nullopt;
-  return static_cast<char>('0' + distance);
+  const std::optional<int> digit = decimalDigit(character);
+  return digit ? std::optional(static_cast<char>('0' + *digit)) : std::nullopt;
 }
 
-bool isBlank(char32_t character) {
-  return character == ' ' || character == '\t' || character == 0xA0 ||
-         (character >= 0x2000 && character <= 0x200A) || character == 0x202F || character == 0x3000;
-}
-
-bool isDirectionMark(char32_t character) {
-  return character == 0x200E || character == 0x200F ||
-         (character >= 0x202A && character <= 0x202E) ||
-         (character >= 0x2066 && character <= 0x2069) || character == 0xFEFF;
-}
+// The byte order mark can come with copied text as well.
+bool isInvisible(char32_t character) { return isDirectional(character) || character == 0xFEFF; }
 
 bool isSeparator(char32_t character) {
   constexpr std::u32string_view punctuation = U"-./()[]\u2212\uFF0D\uFF0E\uFF08\uFF09\u30FC";
-  return isBlank(character) || isDirectionMark(character) ||
+  return isBlank(character) || isInvisible(character) ||
          (character >= 0x2010 && character <= 0x2015) ||
          punctuation.find(character) != std::u32string_view::npos;
 }
@@ -175,7 +157,7 @@ bool PhoneNumberScanner::skipWord(std::string_view lowerCaseWord) {
 }
 
 void PhoneNumberScanner::skipBlanks() {
-  for (auto next = peek(); next && (isBlank(*next) || isDirectionMark(*next)); next = peek()) {
+  for (auto next = peek(); next && (isBlank(*next) || isInvisible(*next)); next = peek()) {
     advance();
   }
 }

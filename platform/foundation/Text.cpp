@@ -78,6 +78,13 @@ void appendCharacter(std::string& output, char32_t character) {
   output.append(reinterpret_cast<const char*>(bytes), length);
 }
 
+std::optional<int> decimalDigit(char32_t character) {
+  const std::int32_t value = u_charDigitValue(static_cast<UChar32>(character));
+  return value >= 0 ? std::optional<int>(value) : std::nullopt;
+}
+
+bool isBlank(char32_t character) { return u_isblank(static_cast<UChar32>(character)) != 0; }
+
 std::string onOneLine(std::string_view text, std::size_t maximumSizeInBytes) {
   std::string line;
   while (!text.empty()) {

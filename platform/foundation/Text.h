@@ -21,6 +21,11 @@ namespace quenlet {
 // Appends the UTF-8 form of `character`, a Unicode scalar value (no surrogate, at most U+10FFFF).
 void appendCharacter(std::string& output, char32_t character);
 
+// The value of a decimal digit of any script; nothing for other characters.
+[[nodiscard]] std::optional<int> decimalDigit(char32_t character);
+// Whether a character is a tab, or a blank of any width.
+[[nodiscard]] bool isBlank(char32_t character);
+
 // Whether a character can end a line or steer a terminal: a control character (C0, DEL, C1) or one
 // of Unicode's own line and paragraph separators.
 [[nodiscard]] constexpr bool isControlOrLineBreak(char32_t character) {

@@ -110,6 +110,7 @@ TEST(PhoneNumberTest, KeepsTheTextAndFindsItsDigits) {
         "202 555 0101 extn 7", "202 555 0101 Extn. 8", "2025550101p12w3#", "202 555 0101 W 12"}},
       {"+813555", {"\uFF0B\uFF18\uFF11\uFF08\uFF13\uFF09\uFF0D\uFF15\uFF15\uFF15"}},
       {"01341", {"\u0660\u0661 \u06F3\u06F4 \u0967"}},
+      {"89", {"\u061C\u1680\U00011D58\u205F\U0001D7D7"}},
   };
   for (const auto& [digits, texts] : rows) {
     for (const std::string& text : texts) {
@@ -129,7 +130,8 @@ TEST(PhoneNumberTest, RefusesTextWithoutAPlausibleNumber) {
       {"an unfinished extension", {"112 x", "112;ext=", "112p", "112,a", "112 ext 12 a"}},
       {"a wrong parameter", {"112;=5", "112;ext=1 2"}},
       {"other words", {"555-HELP", "112 pm", "112 (home", "112 (a\nb)", "112\n"}},
-      {"digits of no decimal system", {"11\u09E52", "\U0001D7CF\U0001D7CF"}},
+      {"digits of no decimal system",
+       {"11\u09E52", "\u2460\u2461", "\u00B9\u00B2", "\u5341\u4E8C"}},
       {"no UTF-8", {"1\xE0\x80\xB0\xE0\x80\xB1", "11\xC3", "11\xE2\x80", "11\xE2(\xA1", "11\xFF"}},
       {"bytes that no text has", {"112 (\xFF)", std::string("112\0", 4)}},
   };
