@@ -1,6 +1,6 @@
 #include "mecard/CollectedSuppressionResult.h"
 
-#include "model/SuppressionNameEquivalence.h"
+#include "model/DonationKeys.h"
 
 namespace quenlet {
 namespace {

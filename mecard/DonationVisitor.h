@@ -8,6 +8,7 @@
 #include "mecard/CardReasons.h"
 #include "model/DonationValue.h"
 #include "platform/contacts/Contact.h"
+#include "platform/foundation/KeyIndex.h"
 
 namespace quenlet {
 

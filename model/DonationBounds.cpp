@@ -3,57 +3,49 @@
 #include <algorithm>
 #include <string_view>
 
-#include "model/DonationText.h"
+#include "model/DonationRecord.h"
+#include "platform/contacts/ValueBounds.h"
 
 namespace quenlet {
 namespace {
 
-bool isTextField(std::string_view field) {
-  const auto isKey = [field](const auto& entry) { return entry.first == field; };
-  const std::string_view others[] = {DonationValueEmailAddressKey,
-                                     DonationValuePhoneNumberKey,
-                                     DonationValueLabelKey,
-                                     DonationOrigin::bundleIdentifierKey,
-                                     DonationOrigin::donationIdentifierKey,
-                                     DonationOrigin::clusterIdentifierKey};
-  return std::any_of(nameComponentsByKey.begin(), nameComponentsByKey.end(), isKey) ||
-         std::any_of(postalFieldsByKey.begin(), postalFieldsByKey.end(), isKey) ||
-         std::find(std::begin(others), std::end(others), field) != std::end(others);
+using Violation = std::optional<std::string>;
+
+bool isTextKey(std::string_view key) {
+  const auto isKey = [key](const auto& entry) { return entry.first == key; };
+  return std::ranges::any_of(nameComponentsByKey, isKey) || PostalAddress::fieldForKey(key) ||
+         key == DonationValueEmailAddressKey || key == DonationValuePhoneNumberKey ||
+         key == DonationValueLabelKey || key == DonationOrigin::bundleIdentifierKey ||
+         key == DonationOrigin::donationIdentifierKey ||
+         key == DonationOrigin::clusterIdentifierKey;
 }
 
-std::optional<std::string> violationOfText(const std::string& field, const std::string& text) {
-  if (!isTextField(field)) return std::nullopt;
-  if (text.size() > DonationBounds::textSizeInBytes) {
-    return field + " is larger than " + std::to_string(DonationBounds::textSizeInBytes >> 10) +
-           " KiB";
+Violation violationOfEntry(const std::string& key, const PropertyList& entry) {
+  const std::string* text = isTextKey(key) ? entry.string() : nullptr;
+  const Data* image = key == DonationValueImageDataKey ? entry.data() : nullptr;
+  const bool mayBeEmpty =
+      key != DonationOrigin::bundleIdentifierKey && key != DonationOrigin::donationIdentifierKey;
+  if (text && text->size() > mostBytesInText) {
+    return key + " is larger than " + std::to_string(mostBytesInText >> 10) + " KiB";
   }
-  const bool mayBeEmpty = field != DonationOrigin::bundleIdentifierKey &&
-                          field != DonationOrigin::donationIdentifierKey;
-  return mayBeEmpty || !text.empty() ? std::nullopt : std::optional(field + " is empty");
-}
-
-std::optional<std::string> violationOfEntry(const std::string& field, const PropertyList& entry) {
-  if (const std::string* text = entry.string()) return violationOfText(field, *text);
-  const Data* image = field == DonationText::imageDataKey ? entry.data() : nullptr;
-  if (image == nullptr || image->bytes.size() <= DonationBounds::imageSizeInBytes) {
-    return std::nullopt;
+  if (image && image->bytes.size() > mostBytesInImage) {
+    return key + " is larger than " + std::to_string(mostBytesInImage >> 20) + " MiB";
   }
-  return field + " is larger than " + std::to_string(DonationBounds::imageSizeInBytes >> 20) +
-         " MiB";
+  return text && text->empty() && !mayBeEmpty ? Violation(key + " is empty") : std::nullopt;
 }
 
 }  // namespace
 
-std::optional<std::string> DonationBounds::violation(const PropertyListDictionary& record) {
-  for (const auto& [field, entry] : record) {
+Violation DonationBounds::violation(const PropertyListDictionary& record) {
+  for (const auto& [key, entry] : record) {
     // Names, postal addresses and origins are dictionaries of their own.
     const PropertyListDictionary* parts = entry.dictionary();
     if (parts == nullptr) {
-      if (auto found = violationOfEntry(field, entry)) return found;
+      if (Violation found = violationOfEntry(key, entry)) return found;
       continue;
     }
-    for (const auto& [part, partEntry] : *parts) {
-      if (auto found = violationOfEntry(part, partEntry)) return found;
+    for (const auto& [partKey, part] : *parts) {
+      if (Violation found = violationOfEntry(partKey, part)) return found;
     }
   }
   return std::nullopt;

@@ -1,25 +1,26 @@
 #include "model/DonationValue.h"
 
 #include <algorithm>
-#include <cassert>
-
-#include "model/DonationPropertyList.h"
-#include "model/SuppressionNameEquivalence.h"
 
 namespace quenlet {
 namespace {
 
-// The last record left keeps its whole block alive, so blocks must not be large.
-constexpr std::size_t enoughForBlockInBytes = std::size_t{1} << 16;
+// The records at the front of `texts` that are good to keep in one block: the last one left keeps
+// all of it alive, so blocks must not be large, and a large record gets one of its own.
+std::string_view enoughForBlock(std::string_view texts) {
+  constexpr std::size_t enoughInBytes = std::size_t{1} << 16;
+  constexpr std::string_view end = "</dict>\n";
+  constexpr std::string_view endAndBeginning = "</dict>\n<dict>\n";
+  if (texts.size() <= enoughInBytes) return texts;
+  std::size_t last = texts.rfind(endAndBeginning, enoughInBytes);
+  if (last == std::string_view::npos) last = texts.find(endAndBeginning);
+  return last == std::string_view::npos ? texts : texts.substr(0, last + end.size());
+}
 
 std::shared_ptr<const char[]> makeBlock(std::string_view texts) {
   auto block = std::make_shared_for_overwrite<char[]>(texts.size());
   std::copy(texts.begin(), texts.end(), block.get());
   return block;
-}
-
-[[maybe_unused]] bool readsBack(std::string_view text) {
-  return DonationText::take(text).has_value() && text.empty();
 }
 
 struct ContentKey final {
@@ -38,114 +39,63 @@ struct ContentKey final {
   Fingerprint operator()(const Value::ImageData&) const { return {}; }
 };
 
+Fingerprint keyOfCluster(const std::optional<std::string>& identifier) {
+  return identifier && !identifier->empty() ? DonationKeys::ofText(*identifier) : Fingerprint();
+}
+
 }  // namespace
 
-DonationValue::Digest::Digest(const DecodedDonation& decoded, std::size_t textSizeInBytes)
-    : kind(static_cast<DonationKind>(decoded.content.index())),
-      textSize(static_cast<std::uint32_t>(textSizeInBytes)),
-      expirationDate(decoded.origin.expirationDate),
-      donation(DonationKeys::ofText(decoded.origin.donationIdentifier)),
-      bundle(DonationKeys::ofText(decoded.origin.bundleIdentifier)),
-      content(std::visit(ContentKey{}, decoded.content)) {
-  const std::string& clusterIdentifier = decoded.origin.clusterIdentifier.value_or("");
-  if (!clusterIdentifier.empty()) cluster = DonationKeys::ofText(clusterIdentifier);
-}
+DonationValue::DonationValue(DecodedDonation&& value, std::shared_ptr<const char> startOfText,
+                             std::size_t sizeOfText)
+    : kindOfContent(static_cast<DonationKind>(value.content.index())),
+      textSize(static_cast<std::uint32_t>(sizeOfText)),
+      expiration(value.origin.expirationDate),
+      donation(DonationKeys::ofText(value.origin.donationIdentifier)),
+      bundle(DonationKeys::ofText(value.origin.bundleIdentifier)),
+      cluster(keyOfCluster(value.origin.clusterIdentifier)),
+      content(std::visit(ContentKey{}, value.content)),
+      text(std::move(startOfText)),
+      kept(textSize == 0 || kindOfContent == DonationKind::imageData
+               ? std::make_unique<const DecodedDonation>(std::move(value))
+               : nullptr) {}
 
-DonationValuePtr DonationValue::donationValueWithNameComponents(PersonNameComponents name,
-                                                                DonationOrigin origin) {
-  return makeRecord({std::move(name), std::move(origin)});
-}
-
-DonationValuePtr DonationValue::donationValueWithEmailAddress(std::string emailAddress,
-                                                              std::string label,
-                                                              DonationOrigin origin) {
-  return makeRecord(
-      {Value::EmailAddress{std::move(emailAddress), std::move(label)}, std::move(origin)});
-}
-
-DonationValuePtr DonationValue::donationValueWithPhoneNumber(const PhoneNumber& phoneNumber,
-                                                             std::string label,
-                                                             DonationOrigin origin) {
-  return makeRecord(
-      {Value::PhoneNumber{phoneNumber.stringValue(), std::move(label)}, std::move(origin)});
-}
-
-DonationValuePtr DonationValue::donationValueWithPostalAddress(PostalAddress postalAddress,
-                                                               PostalAddressStyle style,
-                                                               std::string label,
-                                                               DonationOrigin origin) {
-  return makeRecord(
-      {Value::PostalAddress{std::move(postalAddress), style, std::move(label)}, std::move(origin)});
-}
-
-DonationValuePtr DonationValue::donationValueWithImageData(std::string imageData,
-                                                           DonationOrigin origin) {
-  return makeRecord({Value::ImageData{std::make_shared<const std::string>(std::move(imageData))},
-                     std::move(origin)});
-}
-
-DonationValuePtr DonationValue::makeRecord(DecodedDonation donation) {
-  const std::string text = DonationText::write(donation).value_or("");
-  assert(text.empty() || readsBack(text));
-  const Digest digest(donation, text.size());
+DonationValuePtr DonationValue::makeRecord(DecodedDonation value) {
+  const std::string text = value.textRepresentation().value_or("");
   const auto block = makeBlock(text);
-  Kept kept;
-  if (text.empty() || digest.kind == DonationKind::imageData) {
-    kept = std::make_unique<const DecodedDonation>(std::move(donation));
-  }
   return std::make_shared<const DonationValue>(
-      digest, std::shared_ptr<const char>(block, block.get()), std::move(kept));
-}
-
-bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationValues& values) {
-  std::vector<std::pair<Digest, Kept>> taken;
-  std::string_view rest = texts;
-  std::size_t size = 0;
-  while (size < enoughForBlockInBytes && rest.starts_with(DonationText::beginning)) {
-    std::optional<DecodedDonation> donation = DonationText::take(rest);
-    if (!donation) return false;
-    const std::size_t textSize = texts.size() - rest.size() - size;
-    // A large record gets a block of its own.
-    if (!taken.empty() && textSize > enoughForBlockInBytes) break;
-    const Digest digest(*donation, textSize);
-    taken.emplace_back(digest, nullptr);
-    if (digest.kind == DonationKind::imageData) {
-      taken.back().second = std::make_unique<const DecodedDonation>(*std::move(donation));
-    }
-    size += textSize;
-  }
-  if (taken.empty()) return false;
-  const auto block = makeBlock(texts.substr(0, size));
-  const char* start = block.get();
-  for (auto& [digest, kept] : taken) {
-    values.push_back(std::make_shared<const DonationValue>(
-        digest, std::shared_ptr<const char>(block, start), std::move(kept)));
-    start += digest.textSize;
-  }
-  texts.remove_prefix(size);
-  return true;
+      std::move(value), std::shared_ptr<const char>(block, block.get()), text.size());
 }
 
 DonationValuePtr DonationValue::initWithPropertyListRepresentation(
     const PropertyListDictionary& entries) {
-  std::optional<DecodedDonation> donation = DonationPropertyList::read(entries);
-  return donation ? makeRecord(*std::move(donation)) : nullptr;
+  std::optional<DecodedDonation> value = DecodedDonation::donationWithDictionary(entries);
+  return value ? makeRecord(*std::move(value)) : nullptr;
 }
 
-PropertyListDictionary DonationValue::propertyListRepresentation() const {
-  return DonationPropertyList::write(decoded());
+bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationValues& values) {
+  const std::size_t formerSize = values.size();
+  const std::string_view together = enoughForBlock(texts);
+  const auto block = makeBlock(together);
+  std::string_view rest(block.get(), together.size());
+  while (rest.starts_with(DecodedDonation::beginningOfText)) {
+    const std::shared_ptr<const char> start(block, rest.data());
+    std::optional<DecodedDonation> value = DecodedDonation::takeFromTexts(rest);
+    if (!value) {
+      values.resize(formerSize);
+      return false;
+    }
+    const auto size = static_cast<std::size_t>(rest.data() - start.get());
+    values.push_back(std::make_shared<const DonationValue>(*std::move(value), start, size));
+  }
+  texts.remove_prefix(together.size() - rest.size());
+  return values.size() > formerSize;
 }
 
 DecodedDonation DonationValue::decoded() const {
   if (kept) return *kept;
   std::string_view written = *propertyListText();
   // Written or read before, when the record was made: it cannot fail.
-  return *DonationText::take(written);
-}
-
-DonationValue::Value DonationValue::value() const {
-  DecodedDonation donation = decoded();
-  return Value(std::move(donation.content));
+  return *DecodedDonation::takeFromTexts(written);
 }
 
 DonationValuePtr DonationValue::copyWithNewExpirationDate(Date expirationDate) const {
@@ -160,7 +110,7 @@ void DonationValue::acceptDonationValueVisitor(DonationValueVisitor& visitor) co
       &DonationValueVisitor::visitNameComponents, &DonationValueVisitor::visitEmailAddress,
       &DonationValueVisitor::visitPhoneNumber, &DonationValueVisitor::visitPostalAddress,
       &DonationValueVisitor::visitImageData};
-  (visitor.*byKind[static_cast<std::size_t>(digest.kind)])(*this);
+  (visitor.*byKind[static_cast<std::size_t>(kindOfContent)])(*this);
 }
 
 bool operator==(const DonationValue& a, const DonationValue& b) {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "model/DonationKeys.h"
-#include "model/DonationText.h"
+#include "model/DonationRecord.h"
 #include "platform/contacts/PhoneNumber.h"
 
 namespace quenlet {
@@ -28,7 +28,6 @@ class DonationValueVisitor {
   virtual void visitImageData(const DonationValue& /*donation*/) {}
 };
 
-class DonationValue;
 using DonationValuePtr = std::shared_ptr<const DonationValue>;
 // A list of donated values, in order; the values are shared, never copied.
 using DonationValues = std::vector<DonationValuePtr>;
@@ -63,19 +62,33 @@ class DonationValue final {
   using Value = quenlet::Value;
 
   [[nodiscard]] static DonationValuePtr donationValueWithNameComponents(PersonNameComponents name,
-                                                                        DonationOrigin origin);
+                                                                        DonationOrigin origin) {
+    return makeRecord({std::move(name), std::move(origin)});
+  }
   [[nodiscard]] static DonationValuePtr donationValueWithEmailAddress(std::string emailAddress,
                                                                       std::string label,
-                                                                      DonationOrigin origin);
+                                                                      DonationOrigin origin) {
+    return makeRecord(
+        {Value::EmailAddress{std::move(emailAddress), std::move(label)}, std::move(origin)});
+  }
   [[nodiscard]] static DonationValuePtr donationValueWithPhoneNumber(const PhoneNumber& phoneNumber,
                                                                      std::string label,
-                                                                     DonationOrigin origin);
-  [[nodiscard]] static DonationValuePtr donationValueWithPostalAddress(PostalAddress postalAddress,
+                                                                     DonationOrigin origin) {
+    return makeRecord(
+        {Value::PhoneNumber{phoneNumber.stringValue(), std::move(label)}, std::move(origin)});
+  }
+  [[nodiscard]] static DonationValuePtr donationValueWithPostalAddress(PostalAddress address,
                                                                        PostalAddressStyle style,
                                                                        std::string label,
-                                                                       DonationOrigin origin);
+                                                                       DonationOrigin origin) {
+    return makeRecord(
+        {Value::PostalAddress{std::move(address), style, std::move(label)}, std::move(origin)});
+  }
   [[nodiscard]] static DonationValuePtr donationValueWithImageData(std::string imageData,
-                                                                   DonationOrigin origin);
+                                                                   DonationOrigin origin) {
+    return makeRecord({Value::ImageData{std::make_shared<const std::string>(std::move(imageData))},
+                       std::move(origin)});
+  }
 
   // Reads what propertyListRepresentation() gives. Null when `entries` is not a valid record: not
   // exactly one content, a missing label or style, an origin without its identifiers or dates, a
@@ -89,61 +102,56 @@ class DonationValue final {
   // invalid.
   [[nodiscard]] static bool takeFromPropertyListTexts(std::string_view& texts,
                                                       DonationValues& values);
-  [[nodiscard]] PropertyListDictionary propertyListRepresentation() const;
+  [[nodiscard]] PropertyListDictionary propertyListRepresentation() const {
+    return decoded().dictionaryRepresentation();
+  }
   // The text of that dictionary, valid for the record's life. Nothing for a record with text or a
   // date that the form cannot hold, or with an empty bundle or donation identifier.
   [[nodiscard]] std::optional<std::string_view> propertyListText() const {
-    if (digest.textSize == 0) return std::nullopt;
-    return std::string_view(text.get(), digest.textSize);
+    return textSize > 0 ? std::optional(std::string_view(text.get(), textSize)) : std::nullopt;
   }
 
   // Content and origin, parsed from the text.
   [[nodiscard]] DecodedDonation decoded() const;
   // The content alone, parsed from the text.
-  [[nodiscard]] Value value() const;
+  [[nodiscard]] Value value() const { return Value(decoded().content); }
   // The same content and origin with another expiration date.
   [[nodiscard]] DonationValuePtr copyWithNewExpirationDate(Date expirationDate) const;
   // Calls the one operation of `visitor` that fits the kind.
   void acceptDonationValueVisitor(DonationValueVisitor& visitor) const;
 
-  [[nodiscard]] DonationKind kind() const { return digest.kind; }
-  [[nodiscard]] Date expirationDate() const { return digest.expirationDate; }
-  [[nodiscard]] const Fingerprint& donationKey() const { return digest.donation; }
-  [[nodiscard]] const Fingerprint& bundleKey() const { return digest.bundle; }
+  [[nodiscard]] DonationKind kind() const { return kindOfContent; }
+  [[nodiscard]] Date expirationDate() const { return expiration; }
+  [[nodiscard]] const Fingerprint& donationKey() const { return donation; }
+  [[nodiscard]] const Fingerprint& bundleKey() const { return bundle; }
   // No key for a donation without a cluster.
-  [[nodiscard]] const Fingerprint& clusterKey() const { return digest.cluster; }
+  [[nodiscard]] const Fingerprint& clusterKey() const { return cluster; }
   // Names of the same person have equal keys, and so have addresses or numbers that are duplicates
   // on the donated card. Images and postal addresses without text have no key.
-  [[nodiscard]] const Fingerprint& contentKey() const { return digest.content; }
+  [[nodiscard]] const Fingerprint& contentKey() const { return content; }
 
   // By content and origin. Unlike Value, images with the same bytes are equal.
   friend bool operator==(const DonationValue& a, const DonationValue& b);
 
+  // For a record whose text, if it has one, starts there. Use the factory operations; public only
+  // for std::make_shared.
+  DonationValue(DecodedDonation&& value, std::shared_ptr<const char> startOfText,
+                std::size_t sizeOfText);
+
  private:
-  struct Digest final {
-    DonationKind kind;
-    std::uint32_t textSize;  // 0 for a record that has no text
-    Date expirationDate;
-    Fingerprint donation;
-    Fingerprint bundle;
-    Fingerprint cluster;
-    Fingerprint content;
+  [[nodiscard]] static DonationValuePtr makeRecord(DecodedDonation value);
 
-    Digest(const DecodedDonation& donation, std::size_t textSizeInBytes);
-  };
-  using Kept = std::unique_ptr<const DecodedDonation>;
+  // The digest.
+  const DonationKind kindOfContent;
+  const std::uint32_t textSize;  // 0 for a record that has no text
+  const Date expiration;
+  const Fingerprint donation;
+  const Fingerprint bundle;
+  const Fingerprint cluster;
+  const Fingerprint content;
 
-  [[nodiscard]] static DonationValuePtr makeRecord(DecodedDonation donation);
-
-  const Digest digest;
   const std::shared_ptr<const char> text;
-  const Kept kept;
-
- public:
-  // Use the factory operations; public only for std::make_shared.
-  DonationValue(const Digest& textDigest, std::shared_ptr<const char> startOfText,
-                Kept keptDonation)
-      : digest(textDigest), text(std::move(startOfText)), kept(std::move(keptDonation)) {}
+  const std::unique_ptr<const DecodedDonation> kept;
 };
 
 // For loops over many records, which lie scattered in memory: fetches a later one while the one at

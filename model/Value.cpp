@@ -1,21 +1,9 @@
 #include "model/Value.h"
 
-#include <algorithm>
-
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
-
-// The entry under `key` when it is a dictionary from string to string, else null.
-const PropertyListDictionary* findStringDictionary(const PropertyListDictionary& entries,
-                                                   std::string_view key) {
-  const PropertyListDictionary* found = findDictionary(entries, key);
-  if (!found) return nullptr;
-  const bool onlyStrings = std::all_of(found->begin(), found->end(),
-                                       [](const auto& entry) { return entry.second.string(); });
-  return onlyStrings ? found : nullptr;
-}
 
 struct Equality final {
   bool operator()(const PersonNameComponents& a, const PersonNameComponents& b) const {
@@ -41,21 +29,19 @@ struct Equality final {
 
 std::optional<Value> Value::valueWithDictionary(const PropertyListDictionary& entries) {
   if (const auto* components = findStringDictionary(entries, DonationValueNameComponentsKey)) {
-    return name(PersonNameComponents::componentsWithDictionary(*components));
+    return Value(PersonNameComponents::componentsWithDictionary(*components));
   }
   const std::string* label = findString(entries, DonationValueLabelKey);
   if (const std::string* address = findString(entries, DonationValueEmailAddressKey)) {
-    if (!label) return std::nullopt;
-    return emailAddress(*address, *label);
+    return label ? std::optional(Value(EmailAddress{*address, *label})) : std::nullopt;
   }
   if (const std::string* number = findString(entries, DonationValuePhoneNumberKey)) {
-    if (!label) return std::nullopt;
-    return phoneNumber(*number, *label);
+    return label ? std::optional(Value(PhoneNumber{*number, *label})) : std::nullopt;
   }
   if (const auto* fields = findStringDictionary(entries, DonationValuePostalAddressKey)) {
     auto address = quenlet::PostalAddress::postalAddressWithDictionaryRepresentation(*fields);
     if (!address) return std::nullopt;
-    return postalAddress(std::move(*address), PostalAddressStyle{}, label ? *label : std::string());
+    return Value(PostalAddress{*std::move(address), {}, label ? *label : std::string()});
   }
   return std::nullopt;
 }

@@ -15,7 +15,10 @@ inline constexpr char DonationValueNameComponentsKey[] = "nameComponents";
 inline constexpr char DonationValueEmailAddressKey[] = "emailAddress";
 inline constexpr char DonationValuePhoneNumberKey[] = "phoneNumber";
 inline constexpr char DonationValuePostalAddressKey[] = "postalAddress";
+inline constexpr char DonationValueImageDataKey[] = "imageData";
 inline constexpr char DonationValueLabelKey[] = "label";
+inline constexpr char DonationValueStyleKey[] = "style";
+inline constexpr char DonationValueOriginKey[] = "origin";
 
 // The content of a donation without its origin: one of five kinds. A value type.
 //

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "model/DonationValue.h"
+#include "platform/foundation/KeyIndex.h"
 
 namespace quenlet {
 

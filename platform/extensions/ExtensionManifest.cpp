@@ -4,7 +4,7 @@
 #include <optional>
 #include <utility>
 
-#include "model/DonationOrigin.h"
+#include "model/DonationRecord.h"
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/foundation/Text.h"
 

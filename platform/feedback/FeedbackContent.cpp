@@ -9,8 +9,6 @@
 namespace quenlet {
 namespace {
 
-constexpr auto& imageDataKey = DonationText::imageDataKey;
-
 // A key is a letter for the kind, then the content. Fields are preceded by their length: otherwise
 // ("ab", "c") and ("a", "bc") would share a key. Absent differs from empty: "-" and "0:".
 void appendField(std::string& key, std::string_view text) {
@@ -71,7 +69,7 @@ struct EntryOf final {
     return {{DonationValuePostalAddressKey, postal.address.dictionaryRepresentation()}};
   }
   PropertyListDictionary operator()(const Value::ImageData& image) const {
-    return {{imageDataKey, Data{*image.bytes}}};
+    return {{DonationValueImageDataKey, Data{*image.bytes}}};
   }
 };
 
@@ -111,7 +109,7 @@ std::optional<Value> FeedbackContent::valueOfEntry(const PropertyListDictionary&
   if (const auto* fields = findDictionary(entry, DonationValuePostalAddressKey)) {
     return postalAddressOfFields(*fields);
   }
-  const PropertyList* image = findEntry(entry, imageDataKey);
+  const PropertyList* image = findEntry(entry, DonationValueImageDataKey);
   if (!image || !image->data()) return std::nullopt;
   return Value::imageData(std::make_shared<const std::string>(image->data()->bytes));
 }

@@ -1,5 +1,7 @@
 #include "platform/foundation/PropertyList.h"
 
+#include <algorithm>
+
 namespace quenlet {
 
 const PropertyList* findEntry(const PropertyListDictionary& entries, std::string_view key) {
@@ -16,6 +18,13 @@ const PropertyListDictionary* findDictionary(const PropertyListDictionary& entri
                                              std::string_view key) {
   const PropertyList* entry = findEntry(entries, key);
   return entry ? entry->dictionary() : nullptr;
+}
+
+const PropertyListDictionary* findStringDictionary(const PropertyListDictionary& entries,
+                                                   std::string_view key) {
+  const PropertyListDictionary* found = findDictionary(entries, key);
+  const auto isString = [](const auto& entry) { return entry.second.string() != nullptr; };
+  return found && std::ranges::all_of(*found, isString) ? found : nullptr;
 }
 
 }  // namespace quenlet

@@ -64,13 +64,15 @@ class PropertyList final {
   Storage storage;
 };
 
-// The entry under `key`, or null. findString() and findDictionary() also return null for an entry
-// of another type.
+// The entry under `key`, or null. The others also return null for an entry of another type.
 [[nodiscard]] const PropertyList* findEntry(const PropertyListDictionary& entries,
                                             std::string_view key);
 [[nodiscard]] const std::string* findString(const PropertyListDictionary& entries,
                                             std::string_view key);
 [[nodiscard]] const PropertyListDictionary* findDictionary(const PropertyListDictionary& entries,
                                                            std::string_view key);
+// Only for a dictionary whose entries are all strings.
+[[nodiscard]] const PropertyListDictionary* findStringDictionary(
+    const PropertyListDictionary& entries, std::string_view key);
 
 }  // namespace quenlet

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "model/DonationOrigin.h"
+#include "model/DonationRecord.h"
 #include "platform/PlatformServices.h"
 #include "platform/contacts/ContactStore.h"
 #include "platform/foundation/Text.h"

@@ -3,7 +3,7 @@
 
 #include "mecard/ContactBuilder.h"
 #include "mecard/ProductionInfoProvider.h"
-#include "model/SuppressionNameEquivalence.h"
+#include "model/DonationKeys.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/TestEnvironment.h"
 

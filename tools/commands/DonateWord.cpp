@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "model/SuppressionNameEquivalence.h"
+#include "model/DonationKeys.h"
 #include "platform/foundation/PropertyListError.h"
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationRemarks.h"

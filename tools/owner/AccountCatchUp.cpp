@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "model/DonationOrigin.h"
+#include "model/DonationRecord.h"
 #include "platform/files/DonationFiles.h"
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/LockFile.h"

@@ -8,7 +8,7 @@
 #include "client/CardDonor.h"
 #include "client/CardFile.h"
 #include "client/Conversion.h"
-#include "model/SuppressionNameEquivalence.h"
+#include "model/DonationKeys.h"
 #include "platform/contacts/ContactStore.h"
 #include "platform/foundation/Text.h"
 
