@@ -7,7 +7,6 @@
 #include "analytics/AnalyticsReporting.h"
 #include "analytics/AugmentationClassifier.h"
 #include "analytics/MeCardClassifier.h"
-#include "analytics/MeCardFields.h"
 #include "platform/PlatformServices.h"
 #include "platform/foundation/ProblemReporter.h"
 

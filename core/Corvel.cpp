@@ -8,7 +8,7 @@
 #include "platform/foundation/FreedMemory.h"
 #include "protocol/CorvelInterface.h"
 #include "sources/DonationSolicitor.h"
-#include "sources/sim/SIMCardDonationSolicitor.h"
+#include "sources/sim/SIMCardMonitor.h"
 #include "storage/DonationPersistence.h"
 
 namespace quenlet {

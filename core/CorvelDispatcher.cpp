@@ -10,7 +10,7 @@
 #include "protocol/ContactWire.h"
 #include "protocol/CorvelInterface.h"
 #include "protocol/DonationWire.h"
-#include "protocol/EncodedCard.h"
+#include "protocol/EncodedReplies.h"
 
 namespace quenlet {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "platform/ipc/ServiceConnection.h"
 #include "protocol/CorvelProtocol.h"
-#include "protocol/EncodedDonations.h"
+#include "protocol/EncodedReplies.h"
 
 namespace quenlet {
 

@@ -5,7 +5,7 @@
 
 #include "platform/PlatformServices.h"
 #include "platform/extensions/DonorExtension.h"
-#include "platform/logging/StandardOutput.h"
+#include "platform/foundation/StandardStreams.h"
 #include "sources/DonationSolicitor.h"
 
 namespace quenlet {
@@ -58,19 +58,20 @@ void Discovery::solicitDonations(std::weak_ptr<CorvelProtocol> agent, const Soli
 
 void Discovery::printExtensions(std::weak_ptr<CorvelProtocol> agent,
                                 Scheduler& mainThreadScheduler) {
-  printLine("Discovering all extensions");
-  const auto subscription = PlatformServices::current()
-                                .currentExtensionsObservable(std::move(agent))
-                                ->subscribe(Observer<DonorObjectPtr>::observerWithResultBlock(
-                                    [](const DonorObjectPtr& object) {
-                                      printLine("Discovered extensions: " + object->description());
-                                    },
-                                    [] { printLine("Discovery completed"); },
-                                    [](const ErrorPtr& error) {
-                                      printLine("Discovery failed: " + error->description());
-                                    }));
+  StandardStreams::writeOutput("Discovering all extensions");
+  const auto subscription =
+      PlatformServices::current()
+          .currentExtensionsObservable(std::move(agent))
+          ->subscribe(Observer<DonorObjectPtr>::observerWithResultBlock(
+              [](const DonorObjectPtr& object) {
+                StandardStreams::writeOutput("Discovered extensions: " + object->description());
+              },
+              [] { StandardStreams::writeOutput("Discovery completed"); },
+              [](const ErrorPtr& error) {
+                StandardStreams::writeOutput("Discovery failed: " + error->description());
+              }));
   static_cast<void>(mainThreadScheduler.afterDelay(discoverySeconds, [subscription] {
-    printLine("Ending discovery");
+    StandardStreams::writeOutput("Ending discovery");
     subscription->cancel();
   }));
 }

@@ -5,8 +5,8 @@
 
 #include "model/DonationError.h"
 #include "platform/PlatformServices.h"
+#include "platform/foundation/StandardStreams.h"
 #include "platform/foundation/Text.h"
-#include "platform/logging/StandardOutput.h"
 
 namespace quenlet {
 namespace {
@@ -28,8 +28,10 @@ DonationValuePtr placeholderValue() {
 }
 
 void printRenewal(std::optional<Date> newExpirationDate, const ErrorPtr& error) {
-  if (newExpirationDate) printLine("Donation renewed until " + newExpirationDate->iso8601());
-  if (error) printLine("Error renewing: " + error->description());
+  if (newExpirationDate) {
+    StandardStreams::writeOutput("Donation renewed until " + newExpirationDate->iso8601());
+  }
+  if (error) StandardStreams::writeOutput("Error renewing: " + error->description());
 }
 
 }  // namespace
@@ -121,7 +123,8 @@ void Renewal::discoverExtensionWithIdentifier(const std::string& bundleIdentifie
   loader->donorWithIdentifier(bundleIdentifier)
       .onCompletion([loader](const Result<DonorObjectPtr>& donor) {
         if (!donor.ok()) {
-          printLine("Could not discover extension: " + donor.error()->description());
+          StandardStreams::writeOutput("Could not discover extension: " +
+                                       donor.error()->description());
         } else if (const auto extension =
                        std::dynamic_pointer_cast<DonorExtension>(donor.value())) {
           extension->renewExpirationDateForDonatedValue(placeholderValue(), printRenewal);

@@ -7,7 +7,7 @@
 #include "core/ProductionEnvironment.h"
 #include "mecard/ProductionInfoProvider.h"
 #include "platform/PlatformServices.h"
-#include "platform/logging/StandardOutput.h"
+#include "platform/foundation/StandardStreams.h"
 #include "protocol/CorvelInterface.h"
 
 namespace quenlet {
@@ -76,7 +76,7 @@ void AgentProcess::scheduleSIMCardMonitor() {
 
 void AgentProcess::installSignalHandlers() {
   signalSources.push_back(runLoop.addSignalSource(SIGHUP, [agent = agent] {
-    printLine("Hup hup hup!!");
+    StandardStreams::writeOutput("Hup hup hup!!");
     agent->discoverAllExtensions();
   }));
   // The run loop ends after the work under way, to which no new request may add.

@@ -1,12 +1,30 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <vector>
 
-#include "core/maintenance/DonationMaintenanceProtocol.h"
 #include "platform/ipc/ServiceListener.h"
 #include "platform/logging/AgentLogger.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
+
+inline constexpr char MaintenanceServiceName[] = "ovaro.quenlet.maintenance";
+
+namespace MaintenanceSelector {
+
+// No arguments; replies a list of texts or null, and an error or null.
+inline constexpr char extensionIdentifiers[] = "extensionIdentifiers:";
+
+}  // namespace MaintenanceSelector
+
+// The operations of the maintenance service. Implementations say on which thread they run.
+class DonationMaintenanceProtocol {
+ public:
+  virtual ~DonationMaintenanceProtocol() = default;
+  [[nodiscard]] virtual Result<std::vector<std::string>> extensionIdentifiers() = 0;
+};
 
 // Answers maintainers, with two fixed identifiers: it shows that the service is there, and knows
 // nothing of installed extensions. Stateless; any thread.

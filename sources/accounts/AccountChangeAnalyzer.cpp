@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/foundation/StandardStreams.h"
 #include "platform/foundation/Text.h"
-#include "platform/logging/StandardOutput.h"
 #include "sources/OwnDonations.h"
 #include "sources/accounts/AccountPropertyParser.h"
 
@@ -70,7 +70,8 @@ bool AccountChangeAnalyzer::isRelevantAccount(const Account& account) {
   }
   if (!account.enabledDataclasses.empty()) return true;
   if (account.accountStore.expired()) {
-    printLine("Dead accountStore on account object! Ignoring " + onOneLine(account.description()));
+    StandardStreams::writeOutput("Dead accountStore on account object! Ignoring " +
+                                 onOneLine(account.description()));
   }
   return false;
 }

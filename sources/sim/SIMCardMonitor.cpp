@@ -5,12 +5,32 @@
 #include "model/DonationRecord.h"
 #include "platform/PlatformServices.h"
 #include "platform/contacts/ContactStore.h"
+#include "platform/foundation/StandardStreams.h"
 #include "platform/foundation/Text.h"
-#include "platform/logging/StandardOutput.h"
 #include "sources/OwnDonations.h"
-#include "sources/sim/SIMCardText.h"
 
 namespace quenlet {
+namespace {
+
+constexpr char nothing[] = "nothing";
+
+// For lines about SIM cards: control characters and line breaks of a card or an error become
+// blanks. "[identifier value, identifier value]", "[]" for an empty list.
+std::string shown(const std::optional<SIMCardItems>& items) {
+  if (!items) return nothing;
+  std::string text;
+  for (const SIMCardItem& item : *items) {
+    if (!text.empty()) text += ", ";
+    text += onOneLine(item.identifier) + " " + onOneLine(item.value);
+  }
+  return "[" + text + "]";
+}
+
+std::string shown(const ErrorPtr& error) {
+  return error ? onOneLine(error->description()) : nothing;
+}
+
+}  // namespace
 
 SIMCardMonitor::SIMCardMonitor(std::shared_ptr<CorvelProtocol> agent,
                                std::shared_ptr<PhoneNumberMonitor> phoneNumberMonitor)
@@ -35,7 +55,7 @@ void SIMCardMonitor::handleSIMItems(const SIMCardItems& items, CorvelProtocol& a
     agent.removeDonatedMeCardValuesWithBundleIdentifier(
         SIMCardBundleIdentifier, [](bool success, const ErrorPtr& error) {
           if (success) return;
-          printLine("Could not remove previous SIM donations: " + SIMCardText::of(error));
+          StandardStreams::writeOutput("Could not remove previous SIM donations: " + shown(error));
         });
     return;
   }
@@ -45,7 +65,7 @@ void SIMCardMonitor::handleSIMItems(const SIMCardItems& items, CorvelProtocol& a
 void SIMCardMonitor::donateWithSimCardItem(const SIMCardItem& item, CorvelProtocol& agent) {
   const std::optional<PhoneNumber> number = PhoneNumber::withStringValue(item.value);
   if (!number) {
-    printLine("Could not convert phone number " + onOneLine(item.value));
+    StandardStreams::writeOutput("Could not convert phone number " + onOneLine(item.value));
     return;
   }
   DonationOrigin origin{SIMCardBundleIdentifier, item.identifier, PlatformServices::current().now(),
@@ -55,8 +75,17 @@ void SIMCardMonitor::donateWithSimCardItem(const SIMCardItem& item, CorvelProtoc
   if (values.empty()) return;
   agent.donateMeCardValues(std::move(values), [](const ErrorPtr& error) {
     if (!error) return;
-    printLine("Error donating device phone number: " + SIMCardText::of(error));
+    StandardStreams::writeOutput("Error donating device phone number: " + shown(error));
   });
+}
+
+void SIMCardDonationSolicitor::runWithReason(std::uint64_t /*reason*/) {
+  if (!SIMCardMonitor::shouldMonitor()) return;
+  PlatformServices::current().makePhoneNumberMonitor()->infoWithCompletion(
+      [](const std::optional<SIMCardItems>& items, const ErrorPtr& error) {
+        StandardStreams::writeOutput("SIM info: " + shown(items));
+        StandardStreams::writeOutput("Error: " + shown(error));
+      });
 }
 
 }  // namespace quenlet

@@ -1,6 +1,5 @@
 #include "sources/sim/SIMCardMonitor.h"
 
-#include "sources/sim/SIMCardDonationSolicitor.h"
 #include "tests/core/AgentFixture.h"
 #include "tests/support/RecordingAgent.h"
 

@@ -1,4 +1,4 @@
-#include "protocol/EncodedDonations.h"
+#include "protocol/EncodedReplies.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/logging/SyslogConnection.h"
+#include "platform/logging/SyslogSystemLog.h"
 
 #include <syslog.h>
 
