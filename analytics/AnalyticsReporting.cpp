@@ -7,7 +7,7 @@
 
 #include "analytics/DescriptionBuilder.h"
 #include "platform/PlatformServices.h"
-#include "platform/counters/CounterKeys.h"
+#include "platform/counters/CounterStore.h"
 #include "platform/logging/SystemLog.h"
 
 namespace quenlet {

@@ -5,7 +5,7 @@
 
 #include "platform/foundation/Mutex.h"
 #include "platform/preferences/DonationPreferences.h"
-#include "platform/scheduling/SchedulerProvider.h"
+#include "platform/scheduling/Scheduler.h"
 
 namespace quenlet {
 

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "platform/AgentEnvironmentProtocol.h"
-#include "platform/extensions/DonorLoader.h"
+#include "platform/extensions/DonorExtension.h"
 #include "protocol/CorvelProtocol.h"
 #include "storage/DonationStore.h"
 

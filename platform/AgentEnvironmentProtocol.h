@@ -7,7 +7,7 @@
 #include "platform/logging/AgentLogger.h"
 #include "platform/notifications/DistributedNotificationCenter.h"
 #include "platform/preferences/DonationPreferences.h"
-#include "platform/scheduling/SchedulerProvider.h"
+#include "platform/scheduling/Scheduler.h"
 
 namespace quenlet {
 

@@ -4,10 +4,10 @@
 #include <memory>
 #include <string>
 
-#include "platform/accounts/AccountStore.h"
+#include "platform/accounts/Account.h"
 #include "platform/contacts/ContactStore.h"
 #include "platform/counters/CounterStore.h"
-#include "platform/extensions/DonorLoader.h"
+#include "platform/extensions/DonorExtension.h"
 #include "platform/feedback/DonationFeedbackStore.h"
 #include "platform/files/DataProxy.h"
 #include "platform/foundation/Observable.h"
@@ -18,9 +18,8 @@
 #include "platform/preferences/DonationPreferences.h"
 #include "platform/preferences/UserDefaults.h"
 #include "platform/scheduling/ProcessTransaction.h"
-#include "platform/scheduling/SchedulerProvider.h"
-#include "platform/telephony/DeviceInfo.h"
-#include "platform/telephony/PhoneNumberMonitor.h"
+#include "platform/scheduling/Scheduler.h"
+#include "platform/telephony/Telephony.h"
 #include "protocol/CorvelProtocol.h"
 #include "quenlet/Date.h"
 

@@ -10,7 +10,7 @@
 #include "mecard/CuratedInfoProviderProtocol.h"
 #include "platform/AgentEnvironmentProtocol.h"
 #include "platform/contacts/Contact.h"
-#include "platform/scheduling/ReaderWriterScheduler.h"
+#include "platform/scheduling/Scheduler.h"
 #include "storage/DonationPersistenceProtocol.h"
 #include "storage/DonationTable.h"
 #include "storage/StoreChange.h"

@@ -5,8 +5,10 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "platform/foundation/PropertyList.h"
+#include "quenlet/Result.h"
 
 namespace quenlet {
 
@@ -48,5 +50,14 @@ struct Account final {
 };
 
 using AccountPtr = std::shared_ptr<const Account>;
+
+// The owner's current accounts. Thread-safe.
+class AccountStore {
+ public:
+  virtual ~AccountStore() = default;
+  // All accounts, in the store's order, without those that cannot be read. An error means that the
+  // set of accounts is unknown.
+  [[nodiscard]] virtual Result<std::vector<AccountPtr>> accounts() = 0;
+};
 
 }  // namespace quenlet

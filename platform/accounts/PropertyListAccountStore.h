@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/accounts/Account.h"
 #include "platform/accounts/AccountFileProblems.h"
-#include "platform/accounts/AccountStore.h"
 #include "platform/files/DataProxy.h"
 #include "platform/files/LockFile.h"
 #include "quenlet/Result.h"

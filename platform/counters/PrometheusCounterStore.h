@@ -6,7 +6,6 @@
 #include <string>
 
 #include "platform/counters/CounterStore.h"
-#include "platform/counters/CounterValues.h"
 #include "platform/files/DataProxy.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/ProblemReporter.h"

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/counters/CounterValues.h"
+#include "platform/counters/CounterStore.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {

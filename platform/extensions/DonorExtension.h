@@ -7,6 +7,7 @@
 #include <string>
 
 #include "model/DonationValue.h"
+#include "platform/foundation/Future.h"
 #include "quenlet/Date.h"
 #include "quenlet/Error.h"
 
@@ -36,6 +37,16 @@ class DonorExtension : public DonorObject {
       DonationValuePtr value, AcknowledgementHandler acknowledgementHandler) = 0;
   // Asks the donor to donate all its values.
   virtual void redonateAllValuesWithReason(std::uint64_t reason) = 0;
+};
+
+// Loads installed donors. Thread-safe.
+class DonorLoader {
+ public:
+  virtual ~DonorLoader() = default;
+  // `donorWithIdentifier:`. Fails when nothing usable is installed for that bundle identifier, or
+  // the donor cannot be started. Completes on any thread, perhaps before it returns.
+  [[nodiscard]] virtual Future<DonorObjectPtr> donorWithIdentifier(
+      const std::string& bundleIdentifier) = 0;
 };
 
 }  // namespace quenlet

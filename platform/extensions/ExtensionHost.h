@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "platform/extensions/DonorLoader.h"
+#include "platform/extensions/DonorExtension.h"
 #include "platform/extensions/ExtensionLimits.h"
 #include "platform/extensions/ExtensionSchedulers.h"
 #include "platform/extensions/ManifestDirectory.h"

@@ -4,7 +4,7 @@
 
 #include "platform/foundation/Observable.h"
 #include "platform/notifications/DistributedNotificationCenter.h"
-#include "platform/scheduling/SchedulerProvider.h"
+#include "platform/scheduling/Scheduler.h"
 #include "quenlet/Error.h"
 
 namespace quenlet {

@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/scheduling/ReaderWriterScheduler.h"
+#include "platform/scheduling/Scheduler.h"
 #include "platform/scheduling/WorkerPool.h"
 
 namespace quenlet {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/scheduling/PoolServices.h"
-#include "platform/scheduling/SchedulerProvider.h"
+#include "platform/scheduling/Scheduler.h"
 
 namespace quenlet {
 

@@ -5,7 +5,7 @@
 
 #include "platform/files/DataProxy.h"
 #include "platform/foundation/ProblemReporter.h"
-#include "platform/telephony/DeviceInfo.h"
+#include "platform/telephony/Telephony.h"
 
 namespace quenlet {
 

@@ -6,7 +6,7 @@
 
 #include "platform/files/DataProxy.h"
 #include "platform/scheduling/EventLoop.h"
-#include "platform/telephony/PhoneNumberMonitor.h"
+#include "platform/telephony/Telephony.h"
 
 namespace quenlet {
 

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "platform/foundation/Cancelable.h"
-#include "platform/telephony/PhoneNumberMonitor.h"
+#include "platform/telephony/Telephony.h"
 #include "protocol/CorvelProtocol.h"
 #include "sources/DonationSolicitor.h"
 

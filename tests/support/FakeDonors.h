@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "platform/extensions/DonorLoader.h"
+#include "platform/extensions/DonorExtension.h"
 #include "platform/foundation/Observable.h"
 #include "tests/support/Trace.h"
 

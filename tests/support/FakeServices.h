@@ -6,11 +6,11 @@
 #include <set>
 
 #include "mecard/CuratedInfoProviderProtocol.h"
-#include "platform/accounts/AccountStore.h"
+#include "platform/accounts/Account.h"
 #include "platform/contacts/ContactStore.h"
 #include "platform/feedback/DonationFeedbackStore.h"
 #include "platform/preferences/DonationPreferences.h"
-#include "platform/telephony/DeviceInfo.h"
+#include "platform/telephony/Telephony.h"
 #include "storage/DonationPersistenceProtocol.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/Trace.h"

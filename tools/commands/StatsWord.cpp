@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 
-#include "platform/counters/CounterKeys.h"
+#include "platform/counters/CounterStore.h"
 #include "platform/counters/PrometheusCounterStore.h"
 #include "platform/counters/PrometheusText.h"
 #include "platform/files/FileReading.h"

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/counters/CounterValues.h"
+#include "platform/counters/CounterStore.h"
 #include "tools/commands/Command.h"
 
 namespace quenlet {

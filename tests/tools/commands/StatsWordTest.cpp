@@ -4,7 +4,7 @@
 
 #include <sstream>
 
-#include "platform/counters/CounterKeys.h"
+#include "platform/counters/CounterStore.h"
 
 namespace quenlet {
 namespace {

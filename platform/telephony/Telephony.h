@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -10,6 +11,17 @@
 #include "quenlet/Error.h"
 
 namespace quenlet {
+
+inline constexpr char DeviceClassNumberKey[] = "DeviceClassNumber";
+
+// Facts about the device by key. Thread-safe.
+class DeviceInfo {
+ public:
+  virtual ~DeviceInfo() = default;
+  // The device's integer for `key`; `defaultAnswer` when it has none.
+  [[nodiscard]] virtual std::int64_t integerAnswer(const std::string& key,
+                                                   std::int64_t defaultAnswer) = 0;
+};
 
 // A phone number on one of the device's SIM cards. A value type.
 struct SIMCardItem final {
