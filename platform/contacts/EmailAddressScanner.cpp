@@ -1,9 +1,9 @@
 #include "platform/contacts/EmailAddressScanner.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 
+#include "platform/contacts/EmailCharacters.h"
 #include "platform/foundation/Text.h"
 
 // Each "@" is tried once, from left to right, until one has an address around it:
@@ -20,6 +20,12 @@
 namespace quenlet {
 namespace {
 
+using EmailCharacters::Character;
+using EmailCharacters::isASCIILetter;
+using EmailCharacters::isDigit;
+using EmailCharacters::isLetter;
+using EmailCharacters::isUnspaced;
+
 constexpr std::size_t longestLocalPart = 64;
 constexpr std::size_t longestLabel = 63;
 constexpr std::size_t longestDomain = 253;
@@ -29,79 +35,7 @@ constexpr std::string_view marksAroundAddresses = "!#$%&'*-^~.";
 constexpr std::string_view plainPunctuation = "!#$%&'*+-/=?^_`{|}~.";
 constexpr std::string_view fullWidthAt = "\uFF20";
 
-bool isDigit(char32_t character) { return character >= '0' && character <= '9'; }
-
-bool isASCIILetter(char32_t character) {
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-}
-
-struct CharacterRange final {
-  char32_t first;
-  char32_t last;
-};
-
-template <std::size_t Size>
-bool isWithin(const std::array<CharacterRange, Size>& ranges, char32_t character) {
-  return std::any_of(ranges.begin(), ranges.end(), [character](const CharacterRange& range) {
-    return character >= range.first && character <= range.last;
-  });
-}
-
-// Beyond ASCII: punctuation, symbols and emoji, blanks, private use. All else counts as a letter.
-constexpr std::array<CharacterRange, 17> separators = {{
-    {0x80, 0xA9},
-    {0xAB, 0xB4},
-    {0xB6, 0xB9},
-    {0xBB, 0xBF},
-    {0xD7, 0xD7},
-    {0xF7, 0xF7},
-    {0x60C, 0x60C},
-    {0x61B, 0x61F},
-    {0x66A, 0x66D},
-    {0x6D4, 0x6D4},
-    {0x964, 0x965},
-    {0x2000, 0x2BFF},
-    {0x2E00, 0x2E7F},
-    {0x3000, 0x3004},
-    {0x3008, 0x3020},
-    {0xE000, 0xF8FF},
-    {0x1F000, 0x1FAFF},
-}};
-constexpr std::array<CharacterRange, 4> wideSeparators = {
-    {{0xFE00, 0xFE6F}, {0xFEFF, 0xFF65}, {0xFFE0, 0xFFFF}, {0x40000, 0x10FFFF}}};
-
-// Thai and its neighbours, Khmer, the scripts of China, Japan and Korea.
-constexpr std::array<CharacterRange, 8> unspacedScripts = {{{0xE00, 0xEFF},
-                                                            {0x1000, 0x109F},
-                                                            {0x1780, 0x17FF},
-                                                            {0x2E80, 0xA4CF},
-                                                            {0xAC00, 0xD7AF},
-                                                            {0xF900, 0xFAFF},
-                                                            {0xFF66, 0xFFDC},
-                                                            {0x20000, 0x3FFFF}}};
-
-bool isUnspaced(char32_t character) { return isWithin(unspacedScripts, character); }
-
-bool isLetter(char32_t character) {
-  if (character < 0x80) return isASCIILetter(character);
-  return !isWithin(separators, character) && !isWithin(wideSeparators, character);
-}
-
 bool isContinuationByte(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
-
-// The first character of `text` with its size. At the end and for invalid bytes it is '\0', which
-// no address contains.
-struct Character final {
-  char32_t value = 0;
-  std::size_t size = 1;
-
-  explicit Character(std::string_view text) {
-    if (text.empty()) return;
-    std::string_view rest = text;
-    value = takeCharacter(rest).value_or(0);
-    size = text.size() - rest.size();
-  }
-};
 
 // The text behind one "@", read as a domain.
 class DomainReader final {
