@@ -123,10 +123,6 @@ void Corvel::stop() {
   preferencesMonitor->setOnEnable(nullptr);
 }
 
-void Corvel::setFeatureEnabled(bool enabled) { feature.applySuppression(!enabled); }
-
-void Corvel::reenableDonations() { feature.runEnableRoutine(); }
-
 void Corvel::disableDonations() {
   store->submitWriterBlock([log = logger](DonationStore& donations) {
     donations.deleteAll();
@@ -282,18 +278,6 @@ void Corvel::donateAccountChangesFrom(const AccountPtr& oldAccount, const Accoun
 }
 
 void Corvel::reloadAllAccounts() { accounts.reloadAllAccounts(accountReceiver()); }
-
-void Corvel::deleteDonationsWithBundleID(const std::string& bundleIdentifier) {
-  store->deleteDonationsWithBundleID(bundleIdentifier);
-}
-
-void Corvel::renewWithDonations(const DonationValues& values) {
-  renewal->renewWithDonations(values, weak_from_this());
-}
-
-void Corvel::discoverExtensionWithIdentifier(const std::string& bundleIdentifier) {
-  Renewal::discoverExtensionWithIdentifier(bundleIdentifier, weak_from_this());
-}
 
 void Corvel::rejectValueWithDonationIdentifier(std::string donationIdentifier,
                                                ErrorReply completionHandler) {

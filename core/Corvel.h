@@ -62,11 +62,11 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
 
   [[nodiscard]] bool featureEnabled() const { return feature.isEnabled(); }
   // Changes the state at once: call it in a writer block.
-  void setFeatureEnabled(bool enabled);
+  void setFeatureEnabled(bool enabled) { feature.applySuppression(!enabled); }
   // Submits the deletion of all donations; leaves the feature state alone.
   void disableDonations();
   // Runs the enable routine at once: call it in a writer block.
-  void reenableDonations();
+  void reenableDonations() { feature.runEnableRoutine(); }
 
   void donateMeCardValues(DonationValues values, ErrorReply completionHandler) override;
   void removeDonatedMeCardValuesForIdentifiers(std::vector<std::string> identifiers,
@@ -98,10 +98,16 @@ class Corvel final : public CorvelProtocol, public std::enable_shared_from_this<
 
   // The reader/writer scheduler "ovaro.quenlet.agent.state".
   [[nodiscard]] const std::shared_ptr<ReaderWriterScheduler>& lock() const { return store->lock(); }
-  void deleteDonationsWithBundleID(const std::string& bundleIdentifier);
+  void deleteDonationsWithBundleID(const std::string& bundleIdentifier) {
+    store->deleteDonationsWithBundleID(bundleIdentifier);
+  }
 
-  void renewWithDonations(const DonationValues& values);
-  void discoverExtensionWithIdentifier(const std::string& bundleIdentifier);
+  void renewWithDonations(const DonationValues& values) {
+    renewal->renewWithDonations(values, weak_from_this());
+  }
+  void discoverExtensionWithIdentifier(const std::string& bundleIdentifier) {
+    Renewal::discoverExtensionWithIdentifier(bundleIdentifier, weak_from_this());
+  }
 
   void loadExtensionVersions() { versions->loadExtensionVersions(); }
   void saveExtensionVersions() { versions->saveExtensionVersions(); }
