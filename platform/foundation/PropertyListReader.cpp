@@ -3,7 +3,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -286,10 +285,6 @@ Result<pugi::xml_node> PropertyListReader::firstElement(pugi::xml_node container
         error(unexpectedContent, "text between elements", container));
   }
   return elementFrom(container.first_child());
-}
-
-Result<pugi::xml_node> PropertyListReader::nextElement(pugi::xml_node element) const {
-  return elementFrom(element.next_sibling());
 }
 
 ErrorPtr PropertyListReader::error(PropertyListErrorCode code, const char* sentence,

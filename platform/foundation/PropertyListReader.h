@@ -41,7 +41,9 @@ class PropertyListReader final {
   // blanks on the way.
   [[nodiscard]] Result<pugi::xml_node> elementFrom(pugi::xml_node node) const;
   [[nodiscard]] Result<pugi::xml_node> firstElement(pugi::xml_node container) const;
-  [[nodiscard]] Result<pugi::xml_node> nextElement(pugi::xml_node element) const;
+  [[nodiscard]] Result<pugi::xml_node> nextElement(pugi::xml_node element) const {
+    return elementFrom(element.next_sibling());
+  }
 
   [[nodiscard]] ErrorPtr error(PropertyListErrorCode code, const char* sentence,
                                pugi::xml_node place) const;
