@@ -3,26 +3,19 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <utility>
 
 #include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 namespace {
 
+// One byte more than may be is enough to see that the text is too large.
 Result<std::string> readAll(int descriptor, const std::string& path, std::size_t mostBytes) {
-  std::string text;
-  std::array<char, 65536> block;
-  while (text.size() <= mostBytes) {
-    const ssize_t count = ::read(descriptor, block.data(), block.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return Result<std::string>::failure(makePosixError(errno, "read " + path));
-    if (count == 0) break;
-    text.append(block.data(), static_cast<std::size_t>(count));
-  }
-  return Result<std::string>::success(std::move(text));
+  return readAtMost(
+      mostBytes + 1,
+      [descriptor](char* room, std::size_t size) { return ::read(descriptor, room, size); },
+      "read " + path);
 }
 
 }  // namespace
