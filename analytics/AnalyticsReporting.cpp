@@ -1,4 +1,4 @@
-#include "analytics/AnalyticsReporting.h"
+#include "analytics/MetricsAttempt.h"
 
 #include <initializer_list>
 #include <memory>

@@ -4,7 +4,6 @@
 #include <optional>
 #include <utility>
 
-#include "analytics/AnalyticsReporting.h"
 #include "analytics/AugmentationClassifier.h"
 #include "analytics/MeCardClassifier.h"
 #include "platform/PlatformServices.h"

@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/ipc/ServiceConnection.h"
+#include "platform/ipc/ServiceListener.h"
 #include "protocol/CorvelProtocol.h"
 #include "protocol/EncodedReplies.h"
 

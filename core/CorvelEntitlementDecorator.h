@@ -6,7 +6,7 @@
 
 #include "platform/AgentEnvironmentProtocol.h"
 #include "platform/foundation/Mutex.h"
-#include "platform/ipc/ServiceConnection.h"
+#include "platform/ipc/ServiceListener.h"
 #include "protocol/CorvelProtocol.h"
 
 namespace quenlet {

@@ -5,7 +5,7 @@
 #include <mutex>
 
 #include "platform/PlatformServices.h"
-#include "platform/accounts/AccountFileProblems.h"
+#include "platform/accounts/PropertyListAccountStore.h"
 #include "platform/contacts/VCardContactStore.h"
 #include "platform/extensions/ExtensionHost.h"
 #include "platform/feedback/FeedbackFile.h"

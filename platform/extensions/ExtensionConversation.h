@@ -8,7 +8,7 @@
 #include <memory>
 
 #include "platform/extensions/ExtensionRequest.h"
-#include "platform/extensions/ExtensionSchedulers.h"
+#include "platform/extensions/ExtensionServing.h"
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/ipc/FrameReader.h"
 #include "platform/ipc/OutputQueue.h"

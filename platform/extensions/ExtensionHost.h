@@ -4,8 +4,7 @@
 #include <vector>
 
 #include "platform/extensions/DonorExtension.h"
-#include "platform/extensions/ExtensionLimits.h"
-#include "platform/extensions/ExtensionSchedulers.h"
+#include "platform/extensions/ExtensionServing.h"
 #include "platform/extensions/ManifestDirectory.h"
 #include "platform/foundation/Observable.h"
 #include "protocol/CorvelProtocol.h"

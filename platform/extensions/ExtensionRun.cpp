@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/extensions/ExtensionError.h"
-#include "platform/scheduling/refuseDescriptors.h"
+#include "platform/scheduling/attachedDescriptors.h"
 
 namespace quenlet {
 

@@ -6,11 +6,10 @@
 #include <vector>
 
 #include "platform/extensions/ExtensionConversation.h"
-#include "platform/extensions/ExtensionLimits.h"
 #include "platform/extensions/ExtensionManifest.h"
 #include "platform/extensions/ExtensionProcess.h"
 #include "platform/extensions/ExtensionRequest.h"
-#include "platform/extensions/ExtensionSchedulers.h"
+#include "platform/extensions/ExtensionServing.h"
 
 namespace quenlet {
 

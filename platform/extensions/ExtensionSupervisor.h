@@ -5,11 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/extensions/ExtensionLimits.h"
 #include "platform/extensions/ExtensionManifest.h"
 #include "platform/extensions/ExtensionRequest.h"
 #include "platform/extensions/ExtensionRun.h"
-#include "platform/extensions/ExtensionSchedulers.h"
+#include "platform/extensions/ExtensionServing.h"
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/ProblemReporter.h"
 

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "platform/ipc/FrameReader.h"
-#include "platform/ipc/ServiceConnection.h"
 #include "platform/ipc/ServiceLimits.h"
+#include "platform/ipc/ServiceListener.h"
 
 namespace quenlet {
 

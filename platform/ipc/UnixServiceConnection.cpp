@@ -8,7 +8,7 @@
 
 #include "platform/ipc/PendingReply.h"
 #include "platform/ipc/closeWithoutWaiting.h"
-#include "platform/scheduling/receiveWithoutDescriptors.h"
+#include "platform/scheduling/attachedDescriptors.h"
 
 namespace quenlet {
 

@@ -14,8 +14,8 @@
 #include "platform/ipc/PeerIdentity.h"
 #include "platform/ipc/ReplyWriter.h"
 #include "platform/ipc/RequestAccount.h"
-#include "platform/ipc/ServiceConnection.h"
 #include "platform/ipc/ServiceContext.h"
+#include "platform/ipc/ServiceListener.h"
 
 namespace quenlet {
 

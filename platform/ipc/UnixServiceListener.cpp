@@ -15,7 +15,7 @@
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/OutputQueue.h"
 #include "platform/ipc/closeWithoutWaiting.h"
-#include "platform/scheduling/refuseDescriptors.h"
+#include "platform/scheduling/attachedDescriptors.h"
 
 namespace quenlet {
 

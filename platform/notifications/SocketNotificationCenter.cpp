@@ -23,8 +23,7 @@
 #include "platform/foundation/Text.h"
 #include "platform/notifications/NotificationDirectory.h"
 #include "platform/scheduling/PatientThread.h"
-#include "platform/scheduling/receiveWithoutDescriptors.h"
-#include "platform/scheduling/refuseDescriptors.h"
+#include "platform/scheduling/attachedDescriptors.h"
 
 namespace quenlet {
 namespace {

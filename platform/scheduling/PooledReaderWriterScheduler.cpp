@@ -1,4 +1,4 @@
-#include "platform/scheduling/PooledReaderWriterScheduler.h"
+#include "platform/scheduling/PoolSchedulers.h"
 
 #include <deque>
 #include <optional>

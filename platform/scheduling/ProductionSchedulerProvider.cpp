@@ -4,10 +4,8 @@
 #include <utility>
 
 #include "platform/scheduling/ImmediateScheduler.h"
-#include "platform/scheduling/PoolServices.h"
-#include "platform/scheduling/PooledReaderWriterScheduler.h"
+#include "platform/scheduling/PoolSchedulers.h"
 #include "platform/scheduling/Scheduler.h"
-#include "platform/scheduling/SerialScheduler.h"
 
 namespace quenlet {
 namespace {

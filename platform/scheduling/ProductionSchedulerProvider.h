@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "platform/scheduling/PoolServices.h"
+#include "platform/scheduling/PoolSchedulers.h"
 #include "platform/scheduling/Scheduler.h"
 
 namespace quenlet {

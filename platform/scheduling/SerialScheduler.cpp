@@ -1,4 +1,4 @@
-#include "platform/scheduling/SerialScheduler.h"
+#include "platform/scheduling/PoolSchedulers.h"
 
 #include <deque>
 #include <utility>

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/logging/AccountLogger.h"
+#include "platform/logging/DonationLoggerProvider.h"
 #include "protocol/CorvelProtocol.h"
 
 namespace quenlet {

@@ -1,4 +1,4 @@
-#include "sources/accounts/AccountPropertyEmailParser.h"
+#include "sources/accounts/AccountPropertyParser.h"
 
 #include <algorithm>
 #include <utility>

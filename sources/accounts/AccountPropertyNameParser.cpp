@@ -1,4 +1,4 @@
-#include "sources/accounts/AccountPropertyNameParser.h"
+#include "sources/accounts/AccountPropertyParser.h"
 
 #include <algorithm>
 #include <array>

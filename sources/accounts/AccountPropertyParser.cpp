@@ -4,8 +4,6 @@
 #include <utility>
 
 #include "platform/PlatformServices.h"
-#include "sources/accounts/AccountPropertyEmailParser.h"
-#include "sources/accounts/AccountPropertyNameParser.h"
 
 namespace quenlet {
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/logging/AccountLogger.h"
+#include "platform/logging/DonationLoggerProvider.h"
 #include "protocol/CorvelProtocol.h"
 #include "storage/DonationStore.h"
 #include "storage/SourceVersions.h"

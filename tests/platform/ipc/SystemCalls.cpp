@@ -6,7 +6,7 @@
 
 #include <cerrno>
 
-#include "platform/scheduling/refuseDescriptors.h"
+#include "platform/scheduling/attachedDescriptors.h"
 
 using quenlet::SystemCalls;
 

@@ -8,7 +8,7 @@
 #include <atomic>
 #include <thread>
 
-#include "platform/scheduling/refuseDescriptors.h"
+#include "platform/scheduling/attachedDescriptors.h"
 #include "tests/platform/ipc/EchoService.h"
 #include "tests/platform/ipc/RawPeer.h"
 #include "tests/platform/ipc/SystemCalls.h"

@@ -1,6 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
+
+#include "platform/scheduling/EventLoop.h"
+#include "platform/scheduling/Scheduler.h"
 
 namespace quenlet {
 
@@ -20,6 +24,17 @@ struct ExtensionLimits final {
   std::size_t unansweredRequests = 16;
   // The program's soft limit of open files; 0 to inherit the agent's.
   std::size_t openFiles = 0;
+};
+
+// The threads on which extensions are served. A value type.
+struct ExtensionSchedulers final {
+  // Watches the sockets and the ends of the programs.
+  EventLoop& loop;
+  // Runs its blocks on the thread of `loop`.
+  std::shared_ptr<Scheduler> onLoop;
+  // Serial, for work that would hold up the loop's thread, which serves more than extensions. Being
+  // serial, it keeps a donor's re-donations in order.
+  std::shared_ptr<Scheduler> background;
 };
 
 }  // namespace quenlet
