@@ -123,7 +123,9 @@ TEST_F(MeWordsTest, PutsAnOwnCardInPlaceAndShowsItBeforeWhatWasDonated) {
       {{"me", "--get", "phone"}, 1, {"phone is not known\n"}},
       {{"me", "--get", "name", "--format", "json"}, 2, {"usage 2"}},
       {{"me", "--image", image, "--force"}, 0, {"GIF"}},
-      {{"status"}, 0, {"Donations   3\n", "line 5: TEL without a usable value\n"}},
+      {{"status"},
+       0,
+       {"Donations   3\n", "line 5: TEL without a usable value\n", " served: quenlet clients\n"}},
   });
   EXPECT_EQ(readFile(image).size(), 14U);
   const std::string former = readFile(own);

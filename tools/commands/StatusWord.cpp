@@ -1,15 +1,19 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <utility>
 
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
 #include "tools/owner/AgentDonations.h"
+#include "tools/owner/ClientPrograms.h"
 #include "tools/owner/OwnCard.h"
 #include "tools/owner/UserPreferences.h"
 #include "tools/presentation/TextTable.h"
 #include "tools/presentation/WholeCardPresenter.h"
+#include "tools/presentation/Wording.h"
 
 namespace quenlet {
 namespace {
@@ -23,6 +27,8 @@ struct Status final {
   // How many of them expire within a week.
   std::size_t expiringSoon = 0;
   OwnCard ownCard;
+  // How many programs may ask the agent.
+  std::size_t servedPrograms = 0;
   // Why the count is missing: no agent, no answer in time, or a refusal.
   ErrorPtr error;
 
@@ -42,6 +48,9 @@ Result<Status> readStatus(Session& session) {
   Status status;
   status.donationsEnabled = user.value()->preferences().isDonationsEnabled();
   status.ownCard = std::move(ownCard).takeValue();
+  const std::vector<ClientProgram> programs = ClientPrograms::read().programs;
+  status.servedPrograms = static_cast<std::size_t>(
+      std::count_if(programs.begin(), programs.end(), std::mem_fn(&ClientProgram::isServed)));
   const Result<DonationListPtr> donations = donationsOf(session.agent);
   if (donations.ok()) {
     const DonationValues& values = *donations.value();
@@ -78,6 +87,8 @@ void writeText(std::ostream& out, const Status& status, const Screen& screen) {
     table.addRow({"Refusal", status.error->description()});
   }
   addOwnCard(table, status.ownCard);
+  table.addRow(
+      {"Programs", counted(status.servedPrograms, "program") + " served: quenlet clients"});
   table.write(out, screen);
 }
 
@@ -110,6 +121,7 @@ void writeJSON(std::ostream& out, const Status& status) {
   }
   if (status.error) writeError(json, *status.error);
   writeOwnCard(json, status.ownCard);
+  json.key("servedPrograms").value(static_cast<std::int64_t>(status.servedPrograms));
   out << json.endObject().text() << "\n";
 }
 

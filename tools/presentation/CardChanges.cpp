@@ -10,7 +10,7 @@
 namespace quenlet {
 namespace {
 
-using Entries = std::vector<CardEntry>;
+using Entries = std::vector<WatchedEntry>;
 
 Value valueOf(const LabeledValue<std::string>& entry) {
   return Value::emailAddress(entry.value, entry.label);
@@ -35,7 +35,7 @@ bool isSameValue(const Value& a, const Value& b) {
   return image && other ? *image->bytes == *other->bytes : a == b;
 }
 
-bool isSame(const CardEntry& a, const CardEntry& b) {
+bool isSame(const WatchedEntry& a, const WatchedEntry& b) {
   if (!a.origin || !b.origin) return a.origin == b.origin && isSameValue(a.value, b.value);
   return *a.origin == *b.origin && isSameValue(a.value, b.value);
 }
@@ -48,10 +48,10 @@ class Matching final {
   // Pairs entries with the same key that have not been paired before.
   template <typename KeyOf>
   void pair(KeyOf keyOf) {
-    std::multimap<std::string, CardEntry> earlier;
-    for (CardEntry& entry : removed) earlier.emplace(keyOf(entry), std::move(entry));
+    std::multimap<std::string, WatchedEntry> earlier;
+    for (WatchedEntry& entry : removed) earlier.emplace(keyOf(entry), std::move(entry));
     Entries unpaired;
-    for (CardEntry& entry : added) {
+    for (WatchedEntry& entry : added) {
       const auto found = earlier.find(keyOf(entry));
       if (found == earlier.end()) {
         unpaired.push_back(std::move(entry));
@@ -79,7 +79,7 @@ class Matching final {
 
 }  // namespace
 
-std::vector<CardEntry> entriesOf(const Contact& card) {
+std::vector<WatchedEntry> entriesOf(const Contact& card) {
   Entries entries;
   auto name = PersonNameComponents::componentsForContact(card);
   if (!textOf(name).empty()) entries.push_back({Value::name(std::move(name)), nullptr});
@@ -98,11 +98,11 @@ bool CardChanges::Change::isRenewal() const {
 
 CardChanges CardChanges::between(const Contact& before, const Contact& after) {
   Matching matching(entriesOf(before), entriesOf(after));
-  matching.pair([](const CardEntry& entry) {
+  matching.pair([](const WatchedEntry& entry) {
     const std::string kind = kindOf(entry.value);
     return entry.origin ? kind + ' ' + entry.origin->donationIdentifier : kind;
   });
-  matching.pair([](const CardEntry& entry) {
+  matching.pair([](const WatchedEntry& entry) {
     return std::string(kindOf(entry.value)).append(" ").append(textOf(entry.value));
   });
   return std::move(matching).take();

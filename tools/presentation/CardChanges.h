@@ -9,14 +9,14 @@
 namespace quenlet {
 
 // One value of a card and where it comes from.
-struct CardEntry final {
+struct WatchedEntry final {
   Value value;
   // Null for the name and the image.
   std::shared_ptr<const ValueOrigin> origin;
 };
 
 // In the card's order; its name first, its image last.
-[[nodiscard]] std::vector<CardEntry> entriesOf(const Contact& card);
+[[nodiscard]] std::vector<WatchedEntry> entriesOf(const Contact& card);
 
 // How a card differs from an earlier one. A value type.
 //
@@ -24,15 +24,15 @@ struct CardEntry final {
 // value now comes from another donation. The name and the image change, too.
 struct CardChanges final {
   struct Change final {
-    CardEntry from;
-    CardEntry to;
+    WatchedEntry from;
+    WatchedEntry to;
 
     // Whether the same donation says the same, only for another span.
     [[nodiscard]] bool isRenewal() const;
   };
 
-  std::vector<CardEntry> added;
-  std::vector<CardEntry> removed;
+  std::vector<WatchedEntry> added;
+  std::vector<WatchedEntry> removed;
   std::vector<Change> changed;
 
   [[nodiscard]] static CardChanges between(const Contact& before, const Contact& after);

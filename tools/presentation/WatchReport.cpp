@@ -12,14 +12,14 @@
 namespace quenlet {
 namespace {
 
-void addRow(TextTable& table, const char* word, const CardEntry& entry) {
+void addRow(TextTable& table, const char* word, const WatchedEntry& entry) {
   const ValueOrigin* origin = entry.origin.get();
   table.addRow({word, titleOfKind(entry.value), textOf(entry.value), labelOf(entry.value),
                 origin ? origin->bundleIdentifier : "",
                 origin ? "until " + dayOf(origin->expirationDate) : ""});
 }
 
-void writeEntry(JSONWriter& json, const CardEntry& entry) {
+void writeEntry(JSONWriter& json, const WatchedEntry& entry) {
   json.beginObject();
   DonationPresenter::writeContent(json, entry.value);
   if (entry.origin) {
@@ -29,9 +29,9 @@ void writeEntry(JSONWriter& json, const CardEntry& entry) {
   json.endObject();
 }
 
-void writeEntries(JSONWriter& json, const char* key, const std::vector<CardEntry>& entries) {
+void writeEntries(JSONWriter& json, const char* key, const std::vector<WatchedEntry>& entries) {
   json.key(key).beginArray();
-  for (const CardEntry& entry : entries) writeEntry(json, entry);
+  for (const WatchedEntry& entry : entries) writeEntry(json, entry);
   json.endArray();
 }
 
@@ -104,8 +104,8 @@ void WatchReport::changed(Date when, const CardChanges& changes) {
   using Column = TextTable::Column;
   TextTable table({"", "", "", "", Column("", TextTable::Fit::cut, TextStyle::dim),
                    Column("", TextTable::Fit::whole, TextStyle::dim)});
-  for (const CardEntry& entry : changes.added) addRow(table, "added", entry);
-  for (const CardEntry& entry : changes.removed) addRow(table, "removed", entry);
+  for (const WatchedEntry& entry : changes.added) addRow(table, "added", entry);
+  for (const WatchedEntry& entry : changes.removed) addRow(table, "removed", entry);
   for (const CardChanges::Change& change : changes.changed) {
     addRow(table, change.isRenewal() ? "renewed" : "changed", change.to);
     if (!change.isRenewal()) addRow(table, "was", change.from);
