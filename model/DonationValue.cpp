@@ -1,6 +1,7 @@
 #include "model/DonationValue.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace quenlet {
 namespace {
@@ -15,6 +16,10 @@ std::string_view enoughForBlock(std::string_view texts) {
   std::size_t last = texts.rfind(endAndBeginning, enoughInBytes);
   if (last == std::string_view::npos) last = texts.find(endAndBeginning);
   return last == std::string_view::npos ? texts : texts.substr(0, last + end.size());
+}
+
+[[maybe_unused]] bool readsBack(std::string_view text) {
+  return DecodedDonation::takeFromTexts(text).has_value() && text.empty();
 }
 
 std::shared_ptr<const char[]> makeBlock(std::string_view texts) {
@@ -61,6 +66,7 @@ DonationValue::DonationValue(DecodedDonation&& value, std::shared_ptr<const char
 
 DonationValuePtr DonationValue::makeRecord(DecodedDonation value) {
   const std::string text = value.textRepresentation().value_or("");
+  assert(text.empty() || readsBack(text));
   const auto block = makeBlock(text);
   return std::make_shared<const DonationValue>(
       std::move(value), std::shared_ptr<const char>(block, block.get()), text.size());
@@ -73,6 +79,7 @@ DonationValuePtr DonationValue::initWithPropertyListRepresentation(
 }
 
 bool DonationValue::takeFromPropertyListTexts(std::string_view& texts, DonationValues& values) {
+  if (!texts.starts_with(DecodedDonation::beginningOfText)) return false;
   const std::size_t formerSize = values.size();
   const std::string_view together = enoughForBlock(texts);
   const auto block = makeBlock(together);

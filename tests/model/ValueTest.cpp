@@ -140,6 +140,29 @@ TEST(DonationValueTest, ReadsATextAsTheGeneralReaderDoesOrNotAtAll) {
   EXPECT_GT(others, 500);
 }
 
+// So that a small record left alone keeps little alive, and what is loaded stays close together.
+TEST(DonationValueTest, KeepsTextsTogetherInSmallBlocksAndALargeOneByItself) {
+  DonationValues values;
+  for (int i = 0; i < 306; ++i) {
+    values.push_back(i == 300 ? image(std::string(100'000, 'i'), from("a", "image"))
+                              : email("a@x", from("a", std::to_string(1000 + i))));
+  }
+  std::string texts;
+  for (const DonationValuePtr& value : values) texts += *value->propertyListText();
+  const std::size_t smallSize = values[0]->propertyListText()->size();
+  const std::size_t fitting = (std::size_t{1} << 16) / smallSize;
+  DonationValues records;
+  std::vector<std::size_t> blocks;
+  for (std::string_view rest = texts; !rest.empty();) {
+    const std::size_t former = records.size();
+    ASSERT_TRUE(DonationValue::takeFromPropertyListTexts(rest, records)) << former;
+    blocks.push_back(records.size() - former);
+  }
+  EXPECT_EQ(blocks, (std::vector<std::size_t>{fitting, 300 - fitting, 1, 5}));
+  ASSERT_EQ(records.size(), values.size());
+  for (std::size_t i = 0; i < values.size(); ++i) EXPECT_EQ(*records[i], *values[i]) << i;
+}
+
 TEST(DonationBoundsTest, NamesTheFieldThatIsBeyondItsBound) {
   const std::string text(65'536, 't');
   const std::string more = text + "t";
