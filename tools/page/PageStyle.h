@@ -112,10 +112,10 @@ tbody th { font-weight: 500; }
   .what { display: none; }
 }
 @media print {
-  @page { margin: 10mm 12mm; }
+  @page { margin: 8mm 12mm; }
   :root { color-scheme: light; --paper: #ffffff; --card: #ffffff; --ink: #000000; --muted: #444444;
     --line: #cccccc; --accent: #2c6152; --tint: #ffffff; --warning: #000000; }
-  html { font-size: 8pt; line-height: 1.3; }
+  html { font-size: 7.5pt; line-height: 1.25; }
   body { max-width: none; padding: 0; print-color-adjust: exact; }
   header { margin-bottom: 0.75rem; }
   .card { box-shadow: none; padding: 1rem 1.5rem; }
