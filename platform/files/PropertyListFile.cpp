@@ -52,7 +52,11 @@ PropertyListFile::PropertyListFile(std::filesystem::path path, std::shared_ptr<D
 Result<PropertyListDictionary> PropertyListFile::read() const {
   const Future<std::string> reading = dataProxy->dataWithContentsOfURL(filePath);
   const Result<std::string>& bytes = reading.result();
-  if (bytes.ok()) return dictionaryOfBytes(bytes.value());
+  if (bytes.ok()) {
+    Result<PropertyListDictionary> entries = dictionaryOfBytes(bytes.value());
+    if (entries.ok()) return entries;
+    return Result<PropertyListDictionary>::failure(damageNaming(filePath, *entries.error()));
+  }
   if (!isMissingFile(*bytes.error())) return Result<PropertyListDictionary>::failure(bytes.error());
   return Result<PropertyListDictionary>::success({});
 }
@@ -66,7 +70,7 @@ Future<bool> PropertyListFile::update(const Change& change, OnDamage onDamage) c
   const bool damaged = !current.ok();
   if (damaged && !isDamage(current.error())) return Future<bool>::futureWithError(current.error());
   if (damaged && onDamage == OnDamage::fail) {
-    return Future<bool>::futureWithError(damageNaming(filePath, *current.error()));
+    return Future<bool>::futureWithError(current.error());
   }
   PropertyListDictionary entries;
   if (!damaged) entries = std::move(current).takeValue();

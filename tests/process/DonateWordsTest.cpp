@@ -25,8 +25,9 @@ TEST_F(DonateWordsTest, TakesNobodyElsesCardsUnlessTheOwnerInsists) {
     book += cardText(name, {"EMAIL:p" + std::to_string(number) + "@example.org"});
   }
   const std::string all = file("book500.vcf", book);
-  const std::string two = file("two.vcf", cardText("Ann Berg", {"UID:one", "TEL:+49 30 1"}) +
-                                              cardText("Bo Lee", {"EMAIL:bo@example.org"}));
+  const std::string cards = cardText("Ann Berg", {"UID:one", "TEL:+49 30 1"}) +
+                            cardText("Bo Lee", {"EMAIL:bo@example.org"});
+  const std::string two = file("two.vcf", cards);
   const std::string nameless = file("nameless.vcf", cardText("", {"TEL:+49 30 2"}));
   const std::string company = file("company.vcf", cardText("Ann's", {"KIND:org", "TEL:+49 30 3"}));
   const std::string device = file("device.vcf", cardText("Ann's", {"KIND:device"}));
@@ -51,7 +52,9 @@ TEST_F(DonateWordsTest, TakesNobodyElsesCardsUnlessTheOwnerInsists) {
       {{"list"}, 0, {"There are no donations."}},
       {{"donate", ann, nameless}, 0, {"ann.vcf: 1 donated as", "nameless.vcf: 1 donated as"}},
       {{"donate", two, "--only", "ONE"}, 0, {"two.vcf: 2 donated as org.quenlet.file."}},
-      {{"donate", two, "--only", "BO@"}, 0, {": 2 donated as", ", 2 removed: no longer given"}},
+      {{"donate", two, "--only", "BO@"},
+       0,
+       {": 2 donated as", ", 2 removed: given before, but not now"}},
       {{"donate", two, "--all", "--bundle", "com.example.two"},
        0,
        {"4 donated as com.example.two"}},
@@ -64,6 +67,10 @@ TEST_F(DonateWordsTest, TakesNobodyElsesCardsUnlessTheOwnerInsists) {
       {{"forget", "b"}, 0, {}},
   });
   EXPECT_EQ(countDonations(), 8);
+  file("two.vcf", cardText("Ann Berg", {"UID:one"}) + "BEGIN:VCARD\n");
+  expect({{{"donate", two, "--only", "one"},
+           1,
+           {"skipped a card: ", "what it gave before stays", ": 1 donated as"}}});
 }
 
 TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
@@ -86,7 +93,7 @@ TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
   expect({
       {{"donate", path},
        0,
-       {": 3 donated as org.quenlet.file.", ", 1 removed: no longer given\n",
+       {": 3 donated as org.quenlet.file.", ", 1 removed: given before, but not now\n",
         "skipped 1 entry without a usable value: TEL in line 5\n"}},
       {{"undo"}, 0, {"Took back the donation of 20", ": 3 values removed, 4 restored.\n"}},
   });
@@ -207,7 +214,13 @@ TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
   EXPECT_EQ(readFile(othersCard), readFile(ownersCard));
   // The key came along: the same file replaces what it gave in the other home.
   writeFile(ann, cardText("Ann Berg", {"EMAIL:ann@example.com"}));
-  expect({{{"donate", ann}, 0, {": 2 donated as", ", 2 removed: no longer given\n"}}});
+  expect({{{"donate", ann}, 0, {": 2 donated as", ", 2 removed: given before, but not now\n"}},
+          {{"unreject", "no@example.org"}, 0, {}},
+          {{"donate", gone, "--bundle", "com.example.own"}, 0, {": 1 donated"}},
+          {{"import", exported}, 2, {", whose value the export has as rejected\n"}},
+          {{"export", "--output", cut}, 1, {"hint: --force replaces it\n"}},
+          {{"export", "--output", cut, "--force"}, 0, {"Wrote " + cut}}});
+  EXPECT_EQ(std::filesystem::status(cut).permissions(), std::filesystem::perms(0600));
 }
 
 }  // namespace

@@ -147,7 +147,7 @@ TEST_F(RejectWordsTest, DisableLeavesNoValueBelowTheHomeOnceNoAgentRuns) {
       {{"disable"},
        2,
        {"No agent runs: they are deleted at once",
-        "first start the agent and run quenlet export > FILE.\n", "usage 2"}},
+        "first start the agent and run quenlet export --output FILE.\n", "usage 2"}},
       {{"disable", "--yes"}, 0, {"all stored donations are deleted"}},
       {{"disable"}, 0, {"off already"}},
       {{"status"}, 3, {"disabled"}},
@@ -172,7 +172,7 @@ TEST_F(RejectWordsTest, ResetRemovesAllButWhatIsTheOwners) {
       {{"account", "add", "--id", "work"}, 0, {}},
       {{"reject", "+493012 34567"}, 0, {}},
       {{"reset", "--yes"}, 1, {"not-possible", "hint: stop it first: systemctl --user stop"}},
-      {{"disable", "--yes"}, 0, {"first run quenlet export > FILE.\n", "in 30 seconds"}},
+      {{"disable", "--yes"}, 0, {"first run quenlet export --output FILE.\n", "in 30 seconds"}},
   });
   EXPECT_TRUE(exists(elsewhere)) << "the agent keeps its file until it deletes the donations";
   EXPECT_EQ(stopAgent(), 0);

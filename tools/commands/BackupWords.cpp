@@ -7,6 +7,7 @@
 #include "client/InputText.h"
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationRemarks.h"
+#include "tools/commands/OutputFile.h"
 #include "tools/owner/OwnersHome.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
@@ -18,12 +19,12 @@ namespace {
 constexpr std::size_t mostBytes = std::size_t{256} << 20;
 
 constexpr char exportFooter[] =
-    "Writes a property list to standard output: the donations with their origins, the rejections,\n"
-    "the accounts and your own card. It holds all your values: keep it where nobody else reads "
-    "it.\n"
-    "Needs the agent, which alone knows the donations.\n"
+    "Writes a property list: the donations with their origins, the rejections, the accounts and\n"
+    "your own card. It holds all your values: keep it where nobody else reads it. Without "
+    "--output\n"
+    "it goes to standard output. Needs the agent, which alone knows the donations.\n"
     "\n"
-    "  quenlet export > quenlet-backup.plist";
+    "  quenlet export --output quenlet-backup.plist";
 
 constexpr char importFooter[] =
     "Adds what the export has to what is there. Anything different in its place, such as another\n"
@@ -35,18 +36,25 @@ class BackupWords final : public Command {
   void addTo(CLI::App& app, ChosenAction& chosen) override;
 
  private:
-  [[nodiscard]] static ExitCode takeBackup(Session& session);
+  [[nodiscard]] ExitCode takeBackup(Session& session) const;
   [[nodiscard]] ExitCode putInPlace(Session& session) const;
   [[nodiscard]] Result<Backup> read() const;
 
   std::string path;
   bool replaces = false;
+  std::string output;
+  bool replacesFile = false;
 };
 
 void BackupWords::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* taking = app.add_subcommand("export", "Write all that is yours, for a backup");
   taking->footer(exportFooter);
-  taking->callback([&chosen] { chosen = &BackupWords::takeBackup; });
+  CLI::Option* file =
+      taking->add_option("--output", output, "Write to FILE, for you alone to read");
+  file->type_name("FILE");
+  taking->add_flag("--force", replacesFile, "Replace that file if it is there")->needs(file);
+  taking->callback(
+      [this, &chosen] { chosen = [this](Session& session) { return takeBackup(session); }; });
 
   CLI::App* putting = app.add_subcommand("import", "Put an export in place");
   putting->add_option("FILE", path, "What \"export\" wrote; - reads standard input")
@@ -58,10 +66,10 @@ void BackupWords::addTo(CLI::App& app, ChosenAction& chosen) {
       [this, &chosen] { chosen = [this](Session& session) { return putInPlace(session); }; });
 }
 
-ExitCode BackupWords::takeBackup(Session& session) {
-  if (::isatty(STDOUT_FILENO) == 1) {
+ExitCode BackupWords::takeBackup(Session& session) const {
+  if (output.empty() && ::isatty(STDOUT_FILENO) == 1) {
     return session.failWithUsage("an export is not for a terminal", {},
-                                 "quenlet export > quenlet-backup.plist");
+                                 "quenlet export --output quenlet-backup.plist");
   }
   const Result<OwnersHome> home = OwnersHome::open(session.agent, session.now);
   if (!home.ok()) return session.failWith(home.error());
@@ -69,8 +77,13 @@ ExitCode BackupWords::takeBackup(Session& session) {
   if (!backup.ok()) return session.failWith(backup.error());
   const Result<std::string> text = backup.value().text();
   if (!text.ok()) return session.failWith(text.error());
-  session.out << text.value();
-  return ExitCode::done;
+  if (output.empty()) {
+    session.out << text.value();
+    return ExitCode::done;
+  }
+  const ExitCode code = writeOutputFile(session, output, text.value(), replacesFile);
+  if (code == ExitCode::done) session.say("Wrote " + output + ".");
+  return code;
 }
 
 ExitCode BackupWords::putInPlace(Session& session) const {
@@ -102,6 +115,12 @@ ExitCode BackupWords::putInPlace(Session& session) const {
     session.say(counted(imported.expired, "donation") + " had expired.");
   }
   for (const std::string& reason : reasonsOf(imported.leftOut)) session.say(reason + ".");
+  if (imported.hasOtherKey) {
+    session.say(
+        "Files were donated here before the import: a file that is in the export counts as a new "
+        "one when it is donated again, and does not replace what was imported.");
+    session.hint("quenlet list shows the bundles; quenlet forget BUNDLE takes one away");
+  }
   return ExitCode::done;
 }
 
@@ -111,7 +130,11 @@ Result<Backup> BackupWords::read() const {
   if (bytes.value().size() > mostBytes) {
     return Result<Backup>::failure(makePosixError(EFBIG, "read " + path));
   }
-  return Backup::read(bytes.value());
+  Result<Backup> backup = Backup::read(bytes.value());
+  if (backup.ok()) return backup;
+  const Error& error = *backup.error();
+  return Result<Backup>::failure(
+      makeError(error.domain(), error.code(), path + ": " + error.debugDescription()));
 }
 
 }  // namespace

@@ -51,7 +51,7 @@ std::string textOf(const OwnersDonations::Given& given, const std::string& bundl
   std::string text = std::to_string(given.donated) + " donated as " + bundle;
   for (const std::string& reason : reasonsOf(given.leftOut)) text += ", " + reason;
   if (given.removed > 0) {
-    text += ", " + std::to_string(given.removed) + " removed: no longer given";
+    text += ", " + std::to_string(given.removed) + " removed: given before, but not now";
   }
   return text;
 }

@@ -101,19 +101,23 @@ void tellLoss(const Session& session, const Held& held, const std::filesystem::p
               bool areEnabled) {
   const std::size_t copies = held.copies.size();
   const DonorReturn back = DonorReturn::of(held.donations, home);
-  session.tell("This deletes " + counted(back.all(), "donation") + ":");
+  std::vector<std::string> gone;
+  if (back.all() > 0) gone.push_back(counted(back.all(), "donation"));
+  if (copies > 0) gone.push_back(counted(copies, "file"));
+  if (!gone.empty()) session.tell("This deletes " + enumerated(gone) + ":");
   writeLine(session, back.others,
             "from " + enumerated(back.otherDonors) + ", who would have to donate them again");
   writeLine(session, back.extensions, "from extensions, which are asked again later");
   writeLine(session, back.accounts, "from your accounts, which are read again later");
   writeLine(session, back.simCards, "from SIM cards, which are read when the agent starts");
-  writeLine(session, copies,
-            copies == 1 ? "file with a copy of what was donated"
-                        : "files with copies of what was donated");
+  writeLine(
+      session, copies,
+      copies == 1 ? "file that may show what was donated" : "files that may show what was donated");
   if (held.isNoted) {
     session.tell(
         "What quenlet donate has noted is deleted at once: undo can take nothing back then.");
   }
+  if (back.all() == 0) return;
   session.tell(held.agentRuns
                    ? "The agent deletes them after 30 seconds; until then, quenlet enable "
                      "keeps them."
@@ -121,7 +125,7 @@ void tellLoss(const Session& session, const Held& held, const std::filesystem::p
   std::vector<std::string> steps;
   if (!areEnabled) steps.emplace_back("run quenlet enable");
   if (!held.agentRuns) steps.emplace_back("start the agent");
-  steps.emplace_back("run quenlet export > FILE");
+  steps.emplace_back("run quenlet export --output FILE");
   session.tell("To keep them, first " + enumerated(steps) + ".");
 }
 

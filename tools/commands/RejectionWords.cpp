@@ -107,6 +107,31 @@ void tellGone(const Session& session, const DonationValues& gone) {
   session.say("quenlet rejections shows what is rejected; quenlet unreject takes it back.");
 }
 
+// Tells what is gone although not all could be rejected. The donation that failed may have been
+// removed all the same, but is noted nowhere.
+ExitCode tellFailure(const Session& session, const ErrorPtr& error,
+                     const std::vector<std::string>& rejectedIdentifiers,
+                     const DonationValues& gone) {
+  const auto isRejected = [&](const DonationValuePtr& donation) {
+    return std::any_of(gone.begin(), gone.end(), [&](const DonationValuePtr& other) {
+      const auto& identifier = other->decoded().origin.donationIdentifier;
+      return other->value() == donation->value() &&
+             std::find(rejectedIdentifiers.begin(), rejectedIdentifiers.end(), identifier) !=
+                 rejectedIdentifiers.end();
+    });
+  };
+  DonationValues rejected;
+  std::copy_if(gone.begin(), gone.end(), std::back_inserter(rejected), isRejected);
+  if (!rejected.empty()) tellGone(session, rejected);
+  session.out << std::flush;
+  const ExitCode code = session.failWith(error);
+  if (const std::size_t others = gone.size() - rejected.size(); others > 0) {
+    session.hint(counted(others, "donation is", "donations are") +
+                 " gone, but not noted as rejected, and may come back");
+  }
+  return code;
+}
+
 ExitCode RejectionWords::reject(Session& session) const {
   const auto list = donationsOf(session.agent);
   if (!list.ok()) return session.failWith(list.error());
@@ -142,18 +167,18 @@ ExitCode RejectionWords::perform(Session& session, Operation operation,
                                  const std::vector<std::string>& identifiers,
                                  const DonationValues& wanted) {
   ErrorPtr error;
-  for (std::size_t place = 0; place < identifiers.size() && !error; ++place) {
+  std::ptrdiff_t done = 0;
+  while (done < std::ssize(identifiers) && !error) {
     std::tie(error) = waitForReply<ErrorPtr>([&](ErrorReply reply) {
-      (session.agent.*operation)(identifiers[place], std::move(reply));
+      (session.agent.*operation)(identifiers[static_cast<std::size_t>(done)], std::move(reply));
     });
+    if (!error) ++done;
   }
   const auto after = donationsOf(session.agent);
   if (!after.ok()) return session.failWith(error ? error : after.error());
   const DonationValues gone = missingFrom(*after.value(), wanted);
   if (error) {
-    if (!gone.empty()) tellGone(session, gone);
-    session.out << std::flush;
-    return session.failWith(error);
+    return tellFailure(session, error, {identifiers.begin(), identifiers.begin() + done}, gone);
   }
   if (gone.empty()) {
     return session.refuse("not-done", "the agent still holds what it was asked to reject",

@@ -53,8 +53,8 @@ class CardPeople final {
 [[nodiscard]] bool isNotAPerson(const Error& error);
 
 // Leaves of all cards those whose name, UID or an e-mail address contains `text`, in any letter
-// case; drops inputs without any, and what is known of unreadable cards. Gives how each of the
-// cards is called.
+// case; drops inputs without any, and what is known of cards of organisations and the like. Gives
+// how each of the cards is called.
 std::vector<std::string> keepCardsWith(const std::string& text, std::vector<CardInput>& inputs);
 
 }  // namespace quenlet

@@ -140,15 +140,19 @@ std::string DonationJournal::newKey() {
   return bytes;
 }
 
-ErrorPtr DonationJournal::setKey(const std::string& key) const {
-  return change(
-      [&key](PropertyListDictionary& contents) {
+Result<bool> DonationJournal::setKey(const std::string& key) const {
+  bool isKey = false;
+  const ErrorPtr error = change(
+      [&](PropertyListDictionary& contents) {
+        isKey = readKey(contents) == key;
         const std::optional<Entries> entries = entriesIn(contents);
-        if (!entries || !entries->empty()) return false;
+        if (isKey || !entries || !entries->empty()) return false;
         contents.insert_or_assign(secretKey, Data{key});
+        isKey = true;
         return true;
       },
       PropertyListFile::OnDamage::fail);
+  return error ? Result<bool>::failure(error) : Result<bool>::success(isKey);
 }
 
 Result<JournalEntry> DonationJournal::add(JournalEntry entry, const std::string& key) const {

@@ -45,8 +45,9 @@ class DonationJournal final {
   [[nodiscard]] Result<std::optional<std::string>> knownKey() const;
   // A key for the first donation.
   [[nodiscard]] static std::string newKey();
-  // Takes over a key, unless donations have been noted under another one.
-  [[nodiscard]] ErrorPtr setKey(const std::string& key) const;
+  // Takes over a key, unless donations have been noted under another one. Whether this is the key
+  // now.
+  [[nodiscard]] Result<bool> setKey(const std::string& key) const;
 
   // Notes a donation that was made under `key`, durably; call it before the agent is asked. The
   // entry comes back as it is kept: with its number, and with less in it if it is too large to be

@@ -1,6 +1,7 @@
 #include "tools/owner/OwnersDecisions.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 #include "platform/contacts/ContactStore.h"
@@ -33,12 +34,19 @@ std::size_t countDecided(const DonationValues& values) {
   if (values.empty() || !opened.ok()) return 0;
   const auto decisions = opened.value().all();
   if (!decisions.ok()) return 0;
+  return valuesDecidedOn(values, decisions.value()).size();
+}
+
+DonationValues valuesDecidedOn(const DonationValues& values,
+                               const std::vector<FeedbackDecision>& decisions) {
   std::set<std::string> keys;
-  for (const FeedbackDecision& decision : decisions.value()) keys.insert(decision.key);
-  return static_cast<std::size_t>(
-      std::count_if(values.begin(), values.end(), [&](const DonationValuePtr& value) {
-        return keys.contains(FeedbackContent::keyOfValue(value->value()));
-      }));
+  for (const FeedbackDecision& decision : decisions) keys.insert(decision.key);
+  DonationValues decided;
+  std::copy_if(values.begin(), values.end(), std::back_inserter(decided),
+               [&](const DonationValuePtr& value) {
+                 return keys.contains(FeedbackContent::keyOfValue(value->value()));
+               });
+  return decided;
 }
 
 }  // namespace quenlet

@@ -36,4 +36,8 @@ class OwnersDecisions final {
 // the decisions cannot be read.
 [[nodiscard]] std::size_t countDecided(const DonationValues& values);
 
+// Those among `values` that one of `decisions` keeps away.
+[[nodiscard]] DonationValues valuesDecidedOn(const DonationValues& values,
+                                             const std::vector<FeedbackDecision>& decisions);
+
 }  // namespace quenlet

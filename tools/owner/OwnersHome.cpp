@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/contacts/ContactStore.h"
 #include "platform/contacts/VCard.h"
 #include "platform/contacts/VCardContactStore.h"
 #include "platform/feedback/FeedbackFile.h"
@@ -11,6 +12,7 @@
 #include "platform/files/UserDirectories.h"
 #include "tools/owner/AgentDonations.h"
 #include "tools/owner/HeldDonations.h"
+#include "tools/owner/OwnersDecisions.h"
 
 namespace quenlet {
 namespace {
@@ -50,6 +52,12 @@ std::size_t addDecisions(const PropertyListDictionary& from, PropertyListDiction
     contacts.insert_or_assign(contact, std::move(all));
   }
   return added;
+}
+
+std::vector<FeedbackDecision> decisionsOf(const Backup& backup) {
+  const PropertyList* list = findEntry(backup.feedback, MeCardContactIdentifier);
+  if (!list || !list->array()) return {};
+  return FeedbackEntries::decisionsOfList(*list->array());
 }
 
 }  // namespace
@@ -117,6 +125,10 @@ Result<std::vector<std::string>> OwnersHome::conflicts(const Backup& backup) con
   if (backup.ownCard && card.value() && *card.value() != *backup.ownCard) {
     found.push_back("your own card");
   }
+  for (const DonationValuePtr& value : valuesDecidedOn(*list.value(), decisionsOf(backup))) {
+    found.push_back("the donation " + value->decoded().origin.donationIdentifier +
+                    ", whose value the export has as rejected");
+  }
   for (const std::string& contact : contactsWithoutList(backup.feedback, decisions.value())) {
     found.push_back("the decisions on the contact " + contact);
   }
@@ -139,9 +151,9 @@ Result<OwnersHome::Imported> OwnersHome::restore(const Backup& backup) const {
     }
   }
   if (backup.pseudonymKey) {
-    if (ErrorPtr error = journal.setKey(*backup.pseudonymKey)) {
-      return Result<Imported>::failure(std::move(error));
-    }
+    const Result<bool> isTaken = journal.setKey(*backup.pseudonymKey);
+    if (!isTaken.ok()) return Result<Imported>::failure(isTaken.error());
+    imported.hasOtherKey = !isTaken.value();
   }
   return Result<Imported>::success(imported);
 }

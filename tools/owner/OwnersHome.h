@@ -28,6 +28,8 @@ class OwnersHome final {
     std::size_t decisions = 0;
     std::size_t accounts = 0;
     bool ownCard = false;
+    // Files donated before the export was made have new bundles here, beside those imported.
+    bool hasOtherKey = false;
     // The copy of the former card, if there was a different one.
     std::optional<std::filesystem::path> formerCard = std::nullopt;
   };

@@ -149,10 +149,12 @@ TEST_F(CommandLineTest, TellsThePreferenceAndWhetherAnAgentAnswers) {
       EXPECT_EQ(run("status"), code);
       EXPECT_EQ(out.str(), std::string("Preference  ") + (enabled ? "enabled" : "disabled") +
                                "\nAgent       " + text +
-                               "Own card    none; quenlet me set FILE puts one in place\n");
+                               "Own card    none; quenlet me set FILE puts one in place\n" +
+                               "Programs    1 program served: quenlet clients\n");
       EXPECT_EQ(run("status --json"), code);
-      EXPECT_EQ(out.str(), std::string("{\"donationsEnabled\":") + (enabled ? "true" : "false") +
-                               "," + json + R"(,"ownCard":{"isRead":false,"faults":[]}})" + "\n");
+      EXPECT_EQ(out.str(),
+                std::string("{\"donationsEnabled\":") + (enabled ? "true" : "false") + "," + json +
+                    R"(,"ownCard":{"isRead":false,"faults":[]},"servedPrograms":1})" + "\n");
       EXPECT_EQ(err.str(), "");
     }
   }

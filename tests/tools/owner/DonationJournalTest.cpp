@@ -100,12 +100,12 @@ TEST_F(DonationJournalTest, KeepsItsKeyAndTakesOverAnotherOnlyBeforeTheFirstDona
   EXPECT_EQ(journal.knownKey().value(), std::nullopt);
   EXPECT_FALSE(std::filesystem::exists(journalFile.parent_path())) << "a look creates nothing";
   EXPECT_NE(DonationJournal::newKey(), DonationJournal::newKey());
-  EXPECT_EQ(journal.setKey("0123456789abcdef"), nullptr);
+  EXPECT_TRUE(journal.setKey("0123456789abcdef").value());
   EXPECT_EQ(journal.knownKey().value(), "0123456789abcdef");
   EXPECT_EQ(add({email("a@example.org")}), -1) << "it was made under another key";
-  EXPECT_EQ(journal.setKey(key), nullptr);
+  EXPECT_TRUE(journal.setKey(key).value());
   EXPECT_EQ(add({email("a@example.org")}), 1);
-  EXPECT_EQ(journal.setKey("0123456789abcdef"), nullptr);
+  EXPECT_FALSE(journal.setKey("0123456789abcdef").value());
   EXPECT_EQ(journal.knownKey().value(), key);
 }
 
