@@ -1,0 +1,209 @@
+"""The agent for programs without an event loop: every operation waits for its answer."""
+
+from __future__ import annotations
+
+import select
+import socket
+import time
+from collections.abc import Iterable, Iterator
+from typing import Any, TypeVar
+
+from . import location, notifications, operations
+from .errors import DonationsDisabled, QuenletError, broken, error, timed_out
+from .protocol import TIME_LIMIT, Answer, Connection, Operation
+from .values import Account, Card, Donation
+
+_RECEIVED_AT_ONCE = 1 << 18
+_PAUSE = 0.02
+
+T = TypeVar("T")
+
+
+class _Stream:
+    """A connection and its socket. For one thread at a time, but `shut` is for any."""
+
+    def __init__(self, deadline: float) -> None:
+        """Connects. Raises NoAgent, or TimedOut if the agent does not accept in time."""
+        self._socket = _connected(deadline)
+        self._connection = Connection()
+        self._unsent = memoryview(b"")
+        self._failure: QuenletError | None = None
+
+    def perform(self, operation: Operation[T], deadline: float) -> T:
+        if self._failure:
+            raise error(*self._failure.args)
+        while self._unsent:  # A former request has timed out half-way.
+            for _ in self._exchange(deadline):
+                pass
+        identifier, data = self._connection.request(operation)
+        self._unsent = memoryview(data)
+        try:
+            while True:
+                for answer in self._exchange(deadline):
+                    if answer.identifier != identifier:
+                        continue
+                    if answer.error:
+                        raise answer.error
+                    result: T = answer.result
+                    return result
+        finally:
+            self._connection.forget(identifier)
+
+    def wait_for(self, receiver: notifications.Receiver) -> None:
+        """Waits until a notification may have come. Raises ConnectionBroken when the agent ends."""
+        poll = select.poll()
+        poll.register(receiver, select.POLLIN)
+        poll.register(self._socket, select.POLLIN)
+        while not any(ready == receiver.fileno() for ready, _ in poll.poll()):
+            for _ in self._receive():
+                pass  # There is no request under way, and so no answer either.
+
+    def shut(self) -> None:
+        """Ends the connection, and with it the operation that another thread may wait for."""
+        try:
+            self._socket.shutdown(socket.SHUT_RDWR)
+        except OSError:
+            pass  # The agent was first.
+
+    def close(self) -> None:
+        self._end(broken("the client is closed"))
+        self._socket.close()
+
+    def _end(self, failure: QuenletError) -> None:
+        self._failure = self._failure or failure
+        self.shut()
+
+    def _exchange(self, deadline: float) -> Iterator[Answer[Any]]:
+        """Waits, sends and receives once. Raises TimedOut if neither can be done in time."""
+        seconds = deadline - time.monotonic()
+        poll = select.poll()
+        poll.register(self._socket, select.POLLIN | (select.POLLOUT if self._unsent else 0))
+        ready = poll.poll(seconds * 1000) if seconds > 0 else []
+        if not ready:
+            raise timed_out()
+        if ready[0][1] & select.POLLOUT:
+            self._send()
+        if ready[0][1] & ~select.POLLOUT:
+            yield from self._receive()
+
+    def _send(self) -> None:
+        try:
+            self._unsent = self._unsent[self._socket.send(self._unsent) :]
+        except BlockingIOError:
+            pass
+        except OSError:
+            # The agent is gone. It may have said why, so that the end is left to `_receive`.
+            self._unsent = memoryview(b"")
+
+    def _receive(self) -> Iterator[Answer[Any]]:
+        try:
+            data = self._socket.recv(_RECEIVED_AT_ONCE)
+        except BlockingIOError:
+            return
+        except OSError:
+            data = b""
+        try:
+            if not data:
+                raise broken()
+            yield from self._connection.receive(data)
+        except QuenletError as fault:
+            self._end(fault)
+            raise
+
+
+def _connected(deadline: float) -> socket.socket:
+    while True:
+        connected = location.connect()
+        if connected:
+            return connected
+        if time.monotonic() > deadline:
+            raise timed_out()
+        time.sleep(_PAUSE)
+
+
+class Client:
+    """The agent, on one connection: `with Client() as me: card = me.card()`.
+
+    For one thread at a time; only `close` may be called from others. The operations are those of
+    `quenlet.Client`, which says what they do, and their errors are the same. After an operation has
+    timed out the next one may be tried; after the connection has broken every one says so.
+    """
+
+    def __init__(self, *, time_limit: float = TIME_LIMIT) -> None:
+        """`time_limit` is for connecting, and for each answer, in seconds; it may be changed."""
+        self.time_limit = time_limit
+        self._stream: _Stream | None = None
+
+    def __enter__(self) -> Client:
+        """Connects. Raises NoAgent, or TimedOut if the agent does not accept in time."""
+        self._stream = _Stream(self._deadline())
+        return self
+
+    def __exit__(self, *_: object) -> None:
+        if self._stream:
+            self._stream.close()
+
+    def close(self) -> None:
+        """Ends the connection. What waits in another thread ends with ConnectionBroken."""
+        if self._stream:
+            self._stream.shut()
+
+    def card(self) -> Card:
+        return self._perform(operations.card())
+
+    def synchronous_card(self) -> Card:
+        return self._perform(operations.synchronous_card())
+
+    def donations(self) -> list[Donation]:
+        return self._perform(operations.donations())
+
+    def donate(self, donations: Iterable[Donation]) -> None:
+        self._perform(operations.donate(donations))
+
+    def remove(self, donation_identifiers: Iterable[str]) -> None:
+        self._perform(operations.remove(donation_identifiers))
+
+    def remove_bundle(self, bundle_identifier: str) -> None:
+        self._perform(operations.remove_bundle(bundle_identifier))
+
+    def reject(self, donation_identifier: str) -> None:
+        self._perform(operations.reject(donation_identifier))
+
+    def reject_cluster(self, cluster_identifier: str) -> None:
+        self._perform(operations.reject_cluster(cluster_identifier))
+
+    def remove_all_rejections(self) -> None:
+        self._perform(operations.remove_all_rejections())
+
+    def change_account(self, old: Account | None, new: Account | None) -> None:
+        self._perform(operations.change_account(old, new))
+
+    def changes(self) -> Iterator[Card | None]:
+        stream = self._connected_stream()
+        with notifications.Receiver() as receiver:
+            card = self._card_if_any()
+            yield card
+            while True:
+                stream.wait_for(receiver)
+                if not receiver.card_has_changed():
+                    continue
+                former, card = card, self._card_if_any()
+                if card != former:
+                    yield card
+
+    def _card_if_any(self) -> Card | None:
+        try:
+            return self.card()
+        except DonationsDisabled:
+            return None
+
+    def _perform(self, operation: Operation[T]) -> T:
+        return self._connected_stream().perform(operation, self._deadline())
+
+    def _connected_stream(self) -> _Stream:
+        if not self._stream:
+            raise broken("the client is not connected: use it in `with`")
+        return self._stream
+
+    def _deadline(self) -> float:
+        return time.monotonic() + self.time_limit
