@@ -1,0 +1,159 @@
+"""Agents that hang, die, refuse and change: what both kinds of client make of it."""
+
+from __future__ import annotations
+
+import asyncio
+import contextlib
+import os
+import socket
+import subprocess
+import sys
+import threading
+import time
+from pathlib import Path
+from signal import SIGCONT, SIGKILL
+from typing import Any
+
+import pytest
+from conftest import RUNTIME, Agent, Ask, ask_asyncio, ask_blocking, card, code, donation, listener
+
+import quenlet
+from quenlet import ConnectionBroken, EmailAddress, Image, Name, NoAgent, TimedOut
+
+BROKEN = (ConnectionBroken, 2)
+MAIL = donation(EmailAddress("zoe@example.org", "home"), "mail")
+# None of them fits into a socket's buffer.
+PICTURES = [donation(Image(bytes(size)), f"{size}") for size in (700_000, 800_000, 900_000)]
+
+# A program without an entitlement, and what it is told in each form of reply.
+REFUSED = """
+import quenlet
+with quenlet.blocking.Client() as me:
+    remove = lambda: me.remove([])
+    for ask in me.card, me.synchronous_card, me.donations, remove, me.remove_all_rejections:
+        try:
+            print(ask())
+        except quenlet.NotEntitled as fault:
+            print(fault.code)
+"""
+
+
+def test_goes_on_after_a_late_answer(agent: Agent, ask: Ask) -> None:
+    def resumed(me: Any) -> Any:
+        agent.signal(SIGCONT)
+        me.time_limit = 20
+        return me.donations()
+
+    agent.pause()
+    # The rest of the picture goes out before what comes next.
+    results = ask(card, lambda me: me.donate(PICTURES[:1]), resumed, time_limit=0.3)
+    assert [code(each) for each in results] == [(TimedOut, 11), (TimedOut, 11), PICTURES[:1]]
+
+
+def test_ends_when_the_agent_is_killed(agent: Agent, ask: Ask) -> None:
+    agent.pause()
+    killer = threading.Timer(0.3, agent.signal, [SIGKILL])
+    killer.start()
+    assert [code(each) for each in ask(card, card)] == [BROKEN, BROKEN]
+    killer.join()
+    with pytest.raises(NoAgent):
+        ask(card)
+    agent.end(SIGKILL)
+    agent.start()
+    assert ask(card) == [quenlet.Card()]
+
+
+def test_gives_up_when_nobody_accepts(home: Path, ask: Ask) -> None:
+    with listener(home) as busy, socket.socket(socket.AF_UNIX) as first:
+        busy.listen(0)
+        with contextlib.chdir(home / RUNTIME / "quenlet"):
+            first.connect("ovaro.quenlet.agent")
+        with pytest.raises(TimedOut):
+            ask(card, time_limit=0.3)
+
+
+def test_trusts_no_directory_that_is_open_to_others(agent: Agent, ask: Ask) -> None:
+    for directory in (RUNTIME, f"{RUNTIME}/quenlet"):
+        (agent.home / directory).chmod(0o750)
+        with pytest.raises(NoAgent, match="open to others"):
+            ask(card)
+        (agent.home / directory).chmod(0o700)
+
+
+@pytest.mark.skipif(os.geteuid() != 0, reason="only root can pose as another user")
+def test_trusts_no_socket_of_another_user(home: Path, ask: Ask) -> None:
+    with listener(home) as other:
+        os.seteuid(65534)
+        other.listen()
+        os.seteuid(0)
+        with pytest.raises(NoAgent, match="another user"):
+            ask(card)
+
+
+def test_is_refused_without_an_entitlement(agent: Agent) -> None:
+    python = Path(sys.base_prefix) / "bin/python3"
+    command = [str(python), "-c", REFUSED]
+    done = subprocess.run(command, capture_output=True, text=True, timeout=30)
+    assert (done.stdout.split(), done.stderr) == (["4097"] * 5, "")
+
+
+def test_can_be_cancelled_and_asked_many_things_at_once(agent: Agent) -> None:
+    async def cancelled(me: Any) -> Any:
+        with pytest.raises(TimeoutError):
+            await asyncio.wait_for(me.card(), 0.2)
+        agent.signal(SIGCONT)
+        return await asyncio.gather(*(me.donate([each]) for each in PICTURES), me.donations())
+
+    agent.pause()
+    assert ask_asyncio(cancelled) == [[None, None, None, PICTURES]]
+
+
+def test_can_be_closed_by_another_thread(agent: Agent) -> None:
+    def closed(me: Any) -> Any:
+        threading.Timer(0.2, me.close).start()
+        return me.card()
+
+    agent.pause()
+    assert [code(each) for each in ask_blocking(closed, card)] == [BROKEN, BROKEN]
+
+
+def sockets(agent: Agent) -> int:
+    """The sockets that wait for notifications."""
+    return len(os.listdir(agent.home / RUNTIME / "quenlet/notifications"))
+
+
+def test_follows_the_card(agent: Agent) -> None:
+    seen: list[Any] = []
+
+    def follow_blocking(me: Any) -> Any:
+        for card in me.changes():
+            proceed(me, card)
+
+    async def follow_asyncio(me: Any) -> Any:
+        async for card in me.changes():
+            await asyncio.to_thread(proceed, me, card)
+
+    def donate() -> None:
+        for each in (donation(Name(), "hidden"), MAIL):
+            ask_blocking(lambda me: me.donate([each]))
+            time.sleep(0.3)
+
+    def proceed(me: Any, card: Any) -> None:
+        """What happens after each card that came."""
+        seen.append(card and [entry.content for entry in card.email_addresses])
+        if seen == [[]]:
+            threading.Thread(target=donate).start()
+        elif seen[-1]:
+            agent.tool("disable", "--yes")
+        else:
+            agent.end()
+
+    for ask, follow in ((ask_blocking, follow_blocking), (ask_asyncio, follow_asyncio)):
+        before = sockets(agent)
+        assert [code(each) for each in ask(follow)] == [BROKEN]
+        assert seen == [[], [MAIL.content], None]
+        assert sockets(agent) < before
+        agent.tool("reset", "--yes")
+        agent.tool("enable")
+        agent.start()
+        seen.clear()
