@@ -209,7 +209,8 @@ TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
   EXPECT_EQ(readFile(othersCard), cardText("Ann Berg", {}));
   expect({{{"import", exported, "--replace"},
            0,
-           {"0 decisions on values, 1 account and your own", "kept: " + othersCard.string()}}});
+           {"Overwritten:\n  the donation email:work\n  your own card\n",
+            "0 decisions on values, 1 account and your own", "kept: " + othersCard.string()}}});
   EXPECT_EQ(readFile(othersCard.string() + ".former-1"), cardText("Ann Berg", {}));
   EXPECT_EQ(readFile(othersCard), readFile(ownersCard));
   // The key came along: the same file replaces what it gave in the other home.

@@ -163,12 +163,13 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
   std::filesystem::permissions(donationsFile, std::filesystem::perms(0644));
   mayRemark = true;  // of the card
   writeFile(ownersCard, "no card");
+  writeFile(home / "Library/Contacts/Feedback/feedback.plist", "<plist>");
   replaceSystemctl("masked");
   expect({{{"doctor", "--wide"},
            1,
            {"donations.plist is open to others\n", "do: chmod go= " + donationsFile.native(),
-            "NOT WELL  own card", "NOT WELL  unit", "do: systemctl --user unmask quenlet-agent\n",
-            "well      agent"}},
+            "NOT WELL  own card", "NOT WELL  records      feedback.plist is damaged: ",
+            "NOT WELL  unit", "do: systemctl --user unmask quenlet-agent\n", "well      agent"}},
           {{"doctor", "--json"}, 1, {R"({"check":"own card","well":false,"found":)"}}});
   expect(
       {{{"clients", "--wide"}, 0, {(bin / "quenlet").native() + "  ", "  all         served  "}},

@@ -104,6 +104,10 @@ ExitCode BackupWords::putInPlace(Session& session) const {
     return code;
   }
   const OwnersHome::Imported& imported = outcome.value();
+  if (!conflicts.value().empty()) session.say("Overwritten:");
+  for (const std::string& line : firstOf(conflicts.value())) {
+    session.screen.writeParagraph(session.out, printable(line), 2, 2);
+  }
   session.say("Imported " + counted(imported.donations, "donation") + ", " +
               counted(imported.decisions, "decision") + " on values, " +
               counted(imported.accounts, "account") +

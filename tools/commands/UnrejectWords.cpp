@@ -201,8 +201,9 @@ ExitCode UnrejectWords::clear(Session& session) const {
   if (!decisions.ok()) return session.failWith(decisions.error());
   const std::size_t count = onlyRejected(std::move(decisions).takeValue()).size();
   session.say("The agent keeps no rejections of its own: nothing has changed, and " +
-              counted(count, "value stays", "values stay") +
-              " rejected. quenlet unreject --all takes them back.");
+              (count == 0 ? "nothing is rejected."
+                          : counted(count, "value stays", "values stay") +
+                                " rejected. quenlet unreject --all takes them back."));
   return ExitCode::done;
 }
 

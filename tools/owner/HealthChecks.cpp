@@ -12,8 +12,10 @@
 #include "quenlet/ErrorCodes.h"
 #include "tools/owner/AgentDonations.h"
 #include "tools/owner/ClientPrograms.h"
+#include "tools/owner/DonationJournal.h"
 #include "tools/owner/Hints.h"
 #include "tools/owner/OwnCard.h"
+#include "tools/owner/OwnersDecisions.h"
 #include "tools/owner/SystemChecks.h"
 #include "tools/owner/UserFiles.h"
 
@@ -76,6 +78,24 @@ Finding checkFiles(CorvelProtocol& /*agent*/) {
     }
   }
   return {true, std::to_string(count) + " files, all private"};
+}
+
+Finding checkRecords(CorvelProtocol& /*agent*/) {
+  const auto decisions = OwnersDecisions::open();
+  if (!decisions.ok()) return {false, decisions.error()->description()};
+  if (const auto all = decisions.value().all(); !all.ok()) {
+    return {false,
+            all.error()->debugDescription(),
+            {"mend it or put it aside; without it nothing is rejected"}};
+  }
+  const auto journal = DonationJournal::open();
+  if (!journal.ok()) return {false, journal.error()->description()};
+  if (const auto entries = journal.value().entries(); !entries.ok()) {
+    return {false,
+            entries.error()->debugDescription(),
+            {"mend it or put it aside; without it nothing can be undone"}};
+  }
+  return {true, "rejections and journal can be read"};
 }
 
 Finding checkRuntime(CorvelProtocol& /*agent*/) {
@@ -166,6 +186,7 @@ const std::vector<HealthCheck>& healthChecks() {
       {"disk", [](CorvelProtocol&) { return checkDisk(); }},
       {"home", checkHome},
       {"files", checkFiles},
+      {"records", checkRecords},
       {"own card", checkOwnCard},
       {"runtime", checkRuntime},
       {"unit", [](CorvelProtocol&) { return checkUnit(); }},

@@ -189,7 +189,7 @@ ErrorPtr OwnersHome::restoreOwnCard(const Backup& backup, Imported& imported) co
   if (!backup.ownCard) return nullptr;
   const auto replaced = ownCardFile.replaceWithBytes(*backup.ownCard);
   if (!replaced.ok()) return replaced.error();
-  imported.ownCard = true;
+  imported.ownCard = !replaced.value().isUnchanged;
   imported.formerCard = replaced.value().former;
   return nullptr;
 }
@@ -220,8 +220,12 @@ ErrorPtr OwnersHome::restoreAccount(const Account& account, Imported& imported) 
     return nullptr;
   }
   // An import that is made again must find a difference, or it would not tell the agent.
-  static_cast<void>(present.ok() ? store.save(*former) : store.remove(account.identifier));
-  return error;
+  const ErrorPtr stays = present.ok() ? store.save(*former) : store.remove(account.identifier);
+  if (!stays) return error;
+  return makeError(
+      error->domain(), error->code(),
+      error->debugDescription() + "; the agent hears of the account " + account.identifier +
+          " when it starts, since it could not be put back: " + stays->debugDescription());
 }
 
 ErrorPtr OwnersHome::restoreFeedback(const Backup& backup, Imported& imported) const {
