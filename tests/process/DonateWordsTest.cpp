@@ -14,6 +14,11 @@ class DonateWordsTest : public ProcessTest {
     return temporary / name;
   }
   std::string json() { return quenlet({"list", "--json"}).out; }
+  // Whether the agent of that home is past its first look, which donates accounts anew.
+  static bool hasReadAccounts(const std::filesystem::path& ownersHome) {
+    const auto versions = ownersHome / "Library/Contacts/Donations/bundle_versions.plist";
+    return exists(versions) && readFile(versions).find("accounts") != std::string::npos;
+  }
 
   const std::filesystem::path journal = donationsFile.parent_path() / "tool-journal.plist";
 };
@@ -157,6 +162,7 @@ TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
   expect({{{"export"}, 3, {"quenlet: ovaro.quenlet.service-error 1: "}}});
   writeFile(ownersCard, cardText("Ann Berg", {"EMAIL:own@example.org"}));
   startAgent();
+  ASSERT_TRUE(eventually([&] { return hasReadAccounts(home); }));
   expect({
       {{"account", "add", "--id", "work", "--username", "work@example.org"}, 0, {}},
       {{"donate", ann, "--cluster", "c"}, 0, {": 4 donated"}},
@@ -177,11 +183,7 @@ TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
   ::setenv("HOME", other.c_str(), 1);
   expect({{{"import", exported}, 3, {"service-error 1: "}}});
   startAgent();
-  // Read later, the accounts would be donated anew, with another date.
-  const auto versions = other / "Library/Contacts/Donations/bundle_versions.plist";
-  ASSERT_TRUE(eventually([&] {
-    return exists(versions) && readFile(versions).find("accounts") != std::string::npos;
-  }));
+  ASSERT_TRUE(eventually([&] { return hasReadAccounts(other); }));
   const auto othersCard = other / "Library/Contacts/me.vcf";
   expect({
       {{"import", cut}, 1, {"quenlet: ovaro.quenlet.property-list-error "}},
