@@ -28,13 +28,16 @@ class _Stream:
         self._connection = Connection()
         self._unsent = memoryview(b"")
         self._failure: QuenletError | None = None
+        # Set while what is known of the stream may be behind what has passed over it.
+        self._is_moving = False
 
     def perform(self, operation: Operation[T], deadline: float) -> T:
+        if self._is_moving:
+            self._end(broken("a signal handler has interrupted an operation"))
         if self._failure:
             raise error(*self._failure.args)
         while self._unsent:  # A former request has timed out half-way.
-            for _ in self._exchange(deadline):
-                pass
+            self._exchange(deadline)
         identifier, data = self._connection.request(operation)
         self._unsent = memoryview(data)
         try:
@@ -55,8 +58,7 @@ class _Stream:
         poll.register(receiver, select.POLLIN)
         poll.register(self._socket, select.POLLIN)
         while not any(ready == receiver.fileno() for ready, _ in poll.poll()):
-            for _ in self._receive():
-                pass  # There is no request under way, and so no answer either.
+            self._receive()  # There is no request under way, and so no answer either.
 
     def shut(self) -> None:
         """Ends the connection, and with it the operation that another thread may wait for."""
@@ -73,7 +75,7 @@ class _Stream:
         self._failure = self._failure or failure
         self.shut()
 
-    def _exchange(self, deadline: float) -> Iterator[Answer[Any]]:
+    def _exchange(self, deadline: float) -> list[Answer[Any]]:
         """Waits, sends and receives once. Raises TimedOut if neither can be done in time."""
         seconds = deadline - time.monotonic()
         poll = select.poll()
@@ -83,32 +85,43 @@ class _Stream:
             raise timed_out()
         if ready[0][1] & select.POLLOUT:
             self._send()
-        if ready[0][1] & ~select.POLLOUT:
-            yield from self._receive()
+        return self._receive() if ready[0][1] & ~select.POLLOUT else []
 
     def _send(self) -> None:
+        self._is_moving = True
         try:
-            self._unsent = self._unsent[self._socket.send(self._unsent) :]
+            sent = self._socket.send(self._unsent, socket.MSG_NOSIGNAL)
+            self._unsent = self._unsent[sent:]
         except BlockingIOError:
             pass
         except OSError:
             # The agent is gone. It may have said why, so that the end is left to `_receive`.
             self._unsent = memoryview(b"")
+        self._is_moving = False
 
-    def _receive(self) -> Iterator[Answer[Any]]:
+    def _receive(self) -> list[Answer[Any]]:
+        """All answers that have come. Raises the failure that ends the connection, if none has."""
+        answers: list[Answer[Any]] = []
+        self._is_moving = True
         try:
             data = self._socket.recv(_RECEIVED_AT_ONCE)
         except BlockingIOError:
-            return
+            self._is_moving = False
+            return answers
         except OSError:
             data = b""
         try:
             if not data:
                 raise broken()
-            yield from self._connection.receive(data)
+            for answer in self._connection.receive(data):
+                answers.append(answer)
         except QuenletError as fault:
             self._end(fault)
-            raise
+            if not answers:
+                self._is_moving = False
+                raise error(*(self._failure or fault).args) from None
+        self._is_moving = False
+        return answers
 
 
 def _connected(deadline: float) -> socket.socket:

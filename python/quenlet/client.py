@@ -28,22 +28,25 @@ class _Stream:
         self._futures: dict[int, asyncio.Future[Any]] = {}
         self._failure: QuenletError | None = None
         self._unsent = memoryview(b"")
+        self._turn = asyncio.Lock()
         self._all_sent = asyncio.Event()
         self._all_sent.set()
         self._watchers: set[asyncio.Event] = set()
         self._loop.add_reader(connected, self._receive)
 
     async def perform(self, operation: Operation[T]) -> T:
-        # One request waits to be sent; those behind it wait here, and can still be taken back.
-        while not self._all_sent.is_set():
-            await self._all_sent.wait()
-        if self._failure:
-            raise error(*self._failure.args)
-        identifier, data = self._connection.request(operation)
-        future: asyncio.Future[T] = self._loop.create_future()
-        self._futures[identifier] = future
-        self._unsent = memoryview(data)
-        self._send()
+        # One request waits to be sent; those behind it wait here, in the order in which they came,
+        # and can still be taken back.
+        async with self._turn:
+            while not self._all_sent.is_set():
+                await self._all_sent.wait()
+            if self._failure:
+                raise error(*self._failure.args)
+            identifier, data = self._connection.request(operation)
+            future: asyncio.Future[T] = self._loop.create_future()
+            self._futures[identifier] = future
+            self._unsent = memoryview(data)
+            self._send()
         try:
             return await future
         finally:
@@ -73,7 +76,8 @@ class _Stream:
 
     def _send(self) -> None:
         try:
-            self._unsent = self._unsent[self._socket.send(self._unsent) :]
+            sent = self._socket.send(self._unsent, socket.MSG_NOSIGNAL)
+            self._unsent = self._unsent[sent:]
         except BlockingIOError:
             pass
         except OSError:

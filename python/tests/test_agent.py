@@ -50,6 +50,23 @@ def test_goes_on_after_a_late_answer(agent: Agent, ask: Ask) -> None:
     assert [code(each) for each in results] == [(TimedOut, 11), (TimedOut, 11), PICTURES[:1]]
 
 
+def test_sends_nothing_twice_after_a_signal_handler_has_raised(
+    agent: Agent, monkeypatch: pytest.MonkeyPatch
+) -> None:
+    original = socket.socket.send
+
+    def interrupted(self: socket.socket, *arguments: Any) -> int:
+        original(self, *arguments)
+        raise KeyboardInterrupt
+
+    with quenlet.blocking.Client() as me:
+        with monkeypatch.context() as patch, pytest.raises(KeyboardInterrupt):
+            patch.setattr(socket.socket, "send", interrupted)
+            me.donate(PICTURES[:1])
+        with pytest.raises(ConnectionBroken):
+            me.card()
+
+
 def test_ends_when_the_agent_is_killed(agent: Agent, ask: Ask) -> None:
     agent.pause()
     killer = threading.Timer(0.3, agent.signal, [SIGKILL])
