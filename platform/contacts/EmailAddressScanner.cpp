@@ -20,11 +20,11 @@
 namespace quenlet {
 namespace {
 
-using EmailCharacters::Character;
-using EmailCharacters::isASCIILetter;
-using EmailCharacters::isDigit;
-using EmailCharacters::isLetter;
-using EmailCharacters::isUnspaced;
+using email_characters::Character;
+using email_characters::isASCIILetter;
+using email_characters::isDigit;
+using email_characters::isLetter;
+using email_characters::isUnspaced;
 
 constexpr std::size_t longestLocalPart = 64;
 constexpr std::size_t longestLabel = 63;

@@ -53,16 +53,16 @@ constexpr std::array<CharacterRange, 8> unspacedScripts = {{{0xE00, 0xEFF},
 
 }  // namespace
 
-bool EmailCharacters::isUnspaced(char32_t character) {
+bool email_characters::isUnspaced(char32_t character) {
   return isWithin(unspacedScripts, character);
 }
 
-bool EmailCharacters::isLetter(char32_t character) {
+bool email_characters::isLetter(char32_t character) {
   if (character < 0x80) return isASCIILetter(character);
   return !isWithin(separators, character) && !isWithin(wideSeparators, character);
 }
 
-EmailCharacters::Character::Character(std::string_view text) {
+email_characters::Character::Character(std::string_view text) {
   if (text.empty()) return;
   std::string_view rest = text;
   value = takeCharacter(rest).value_or(0);

@@ -5,7 +5,7 @@
 
 // Which characters of a text can belong to an e-mail address: the tables behind
 // EmailAddressScanner. Pure functions.
-namespace quenlet::EmailCharacters {
+namespace quenlet::email_characters {
 
 [[nodiscard]] constexpr bool isDigit(char32_t character) {
   return character >= '0' && character <= '9';
@@ -31,4 +31,4 @@ struct Character final {
   explicit Character(std::string_view text);
 };
 
-}  // namespace quenlet::EmailCharacters
+}  // namespace quenlet::email_characters

@@ -23,7 +23,7 @@ namespace {
 
 constexpr std::size_t mostBytesInName = 1000;
 
-using namespace NameWords;
+using namespace name_words;
 using Words = std::vector<std::string>;
 
 std::string joined(Words::const_iterator begin, Words::const_iterator end) {

@@ -33,7 +33,7 @@ bool allCharacters(std::string_view word, Predicate predicate) {
 
 }  // namespace
 
-bool NameWords::isPrefix(const std::string& word) {
+bool name_words::isPrefix(const std::string& word) {
   // "Dr.-Ing." and "Univ.-Prof.": two titles in one word.
   if (const std::size_t hyphen = word.find(".-"); hyphen != std::string::npos) {
     return isPrefix(word.substr(0, hyphen + 1)) || isPrefix(word.substr(hyphen + 2));
@@ -53,18 +53,18 @@ bool NameWords::isPrefix(const std::string& word) {
                          "sr", "bc", "doc", "dipl"});
 }
 
-bool NameWords::continuesPrefix(const std::string& word) {
+bool name_words::continuesPrefix(const std::string& word) {
   return isPrefix(word) || (word.ends_with('.') && word.front() >= 'a' && word.front() <= 'z');
 }
 
-bool NameWords::isSuffix(const std::string& word) {
+bool name_words::isSuffix(const std::string& word) {
   if (isOneOf(word, {"II", "III", "IV", "B.A.", "M.A.", "B.S.", "M.S."})) return true;
   return isOneOf(plainForm(word), {"jr",  "jnr",   "junior", "júnior", "sr",  "snr", "senior",
                                    "phd", "dphil", "md",     "dds",    "esq", "mba", "cpa",
                                    "msc", "bsc",   "llm",    "rn",     "obe", "cbe", "mbe"});
 }
 
-bool NameWords::isParticle(const std::string& word) {
+bool name_words::isParticle(const std::string& word) {
   return isOneOf(
       lowercased(word),
       {"van",  "von", "der", "den",  "de",       "del",      "della", "di",  "da", "du",   "dos",
@@ -74,18 +74,18 @@ bool NameWords::isParticle(const std::string& word) {
        "uí",   "af",  "av",  "graf", "freiherr", "freifrau", "gräfin"});
 }
 
-bool NameWords::isAnd(const std::string& word) { return isOneOf(word, {"y", "i", "e"}); }
+bool name_words::isAnd(const std::string& word) { return isOneOf(word, {"y", "i", "e"}); }
 
-bool NameWords::isInSmallLetters(const std::string& word) {
+bool name_words::isInSmallLetters(const std::string& word) {
   constexpr std::size_t longest = 3;
   return word.size() <= longest && word.front() >= 'a' && word.front() <= 'z';
 }
 
-bool NameWords::isKatakana(const std::string& word) {
+bool name_words::isKatakana(const std::string& word) {
   return allCharacters(word, [](char32_t c) { return c >= 0x30A0 && c <= 0x30FF; });
 }
 
-bool NameWords::isEastAsian(const std::string& word) {
+bool name_words::isEastAsian(const std::string& word) {
   return allCharacters(word, [](char32_t c) {
     return c == U'々' || (c >= 0x3040 && c <= 0x30FF) || (c >= 0x3400 && c <= 0x9FFF) ||
            (c >= 0xAC00 && c <= 0xD7AF) || (c >= 0xF900 && c <= 0xFAFF) ||

@@ -4,7 +4,7 @@
 
 // What single words of a person's full name tell: the tables behind NameComponentsTokenizer. Pure
 // functions; no word is empty.
-namespace quenlet::NameWords {
+namespace quenlet::name_words {
 
 // "Dr.", "Mrs", "Univ.-Prof."; some only with a dot, because they are also names.
 [[nodiscard]] bool isPrefix(const std::string& word);
@@ -22,4 +22,4 @@ namespace quenlet::NameWords {
 // Chinese characters, kana and Hangul.
 [[nodiscard]] bool isEastAsian(const std::string& word);
 
-}  // namespace quenlet::NameWords
+}  // namespace quenlet::name_words

@@ -133,7 +133,7 @@ Finding checkAgent(CorvelProtocol& agent) {
     return {true,
             "answers, with " + std::to_string(count) + (count == 1 ? " donation" : " donations")};
   }
-  const ErrorPtr error = list.error();
+  const ErrorPtr& error = list.error();
   if (isNotEnabled(*error)) return {true, "answers; " + hintsFor(*error).front()};
   if (error->domain() == ServiceErrorDomain &&
       error->code() == static_cast<std::int64_t>(ServiceErrorCode::noService)) {

@@ -46,7 +46,7 @@ ErrorPtr WaitingAgent::donate(const DonationValues& values) const {
 ErrorPtr WaitingAgent::donateInParts(const DonationValues& values) const {
   for (std::size_t place = 0; place < values.size();) {
     const std::size_t inPlace = place;
-    const ErrorPtr error = donate(nextPart(values, place));
+    ErrorPtr error = donate(nextPart(values, place));
     if (!error) continue;
     if (inPlace == 0) return error;
     return makeError(error->domain(), error->code(),
