@@ -75,7 +75,7 @@ TEST_F(DonateWordsTest, TakesNobodyElsesCardsUnlessTheOwnerInsists) {
   file("two.vcf", cardText("Ann Berg", {"UID:one"}) + "BEGIN:VCARD\n");
   expect({{{"donate", two, "--only", "one"},
            1,
-           {"skipped a card: ", "what it gave before stays", ": 1 donated as"}}});
+           {"skipped a card: ", "its earlier values stay", ": 1 donated as"}}});
 }
 
 TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
@@ -104,7 +104,7 @@ TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
   });
   EXPECT_EQ(json(), first);
   writeFile(path, cardText("Joan Ashwood", {"UID:joan@example.org"}) + "BEGIN:VCARD\r\n");
-  expect({{{"donate", path}, 1, {": 1 donated as org", "what it gave before stays"}}});
+  expect({{{"donate", path}, 1, {": 1 donated as org", "its earlier values stay"}}});
   EXPECT_EQ(countDonations(), 4);
   expect({{{"undo"}, 0, {": 1 value removed, 1 restored.\n"}}});
   EXPECT_EQ(json(), first);

@@ -64,7 +64,7 @@ bool tellOfFaults(const std::vector<CardInput>& inputs, const Session& session) 
     }
     if (!input.isWhole()) {
       areAllRead = false;
-      session.warn(input.path + ": what it gave before stays, since not all of it can be read");
+      session.warn(input.path + ": its earlier values stay, since part of it cannot be read");
     }
     std::size_t skipped = 0;
     std::vector<SkippedEntry> entries;

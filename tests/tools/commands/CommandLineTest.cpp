@@ -216,7 +216,7 @@ TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedAndWhatIsSkipped) {
   EXPECT_EQ(run("donate " + bad + " --dry-run"), 1);
   EXPECT_EQ(err.str(), "quenlet: skipped a card: " + bad +
                            ": line 4: a card without END\nquenlet: " + bad +
-                           ": what it gave before stays, since not all of it can be read\n");
+                           ": its earlier values stay, since part of it cannot be read\n");
   const auto identifiersIn = [](const std::string& path, const std::string& bundle) {
     const CardInput input = CardInput::read(path).value();
     const DonationTerms terms{.bundleIdentifier = bundle};
