@@ -83,7 +83,7 @@ void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::Option* only = word->add_option("--only", chosenText,
                                        "The one card whose name, UID or e-mail contains TEXT");
   only->type_name("TEXT")->check(validateText);
-  word->add_flag("--all", takesAll, "All cards of people as yours, whatever their names")
+  word->add_flag("--all", takesAll, "All cards of people as yours, even under other names")
       ->excludes(only);
   word->add_flag("--anyway", goesAnyway, "Even if your own card has another name");
   word->add_option("--bundle", bundleIdentifier, "Who donates [a donor for each file]")
@@ -101,7 +101,7 @@ void DonateWord::addTo(CLI::App& app, ChosenAction& chosen) {
   word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
 }
 
-// Of such a file nothing can be given, and nothing that it gave before is to go.
+// Such a file gives nothing, and its earlier values must stay.
 bool hasNoPerson(const CardInput& input) { return input.cards.empty() && !input.failures.empty(); }
 
 ExitCode DonateWord::run(Session& session) const {
@@ -195,7 +195,7 @@ Result<DonateWord::Files> DonateWord::filesOf(const Inputs& inputs, const Pseudo
   return Result<Files>::success(std::move(files));
 }
 
-// A damaged journal has none: it begins anew with this donation.
+// A damaged journal gives no key: this donation starts a new one.
 Result<std::string> DonateWord::keyFor(const DonationJournal& journal) const {
   const auto known = journal.knownKey();
   if (!known.ok() && known.error()->domain() != PropertyListErrorDomain) {

@@ -7,8 +7,8 @@
 
 namespace quenlet {
 
-// Writes `data` to a file that the command line names, with mode 0600. Only with `replaces` does it
-// take the place of one that is there; else it says so, and that --force would.
+// Writes `data` to a file that the command line names, with mode 0600. Replaces an existing
+// file only with `replaces`; otherwise reports it and suggests --force.
 [[nodiscard]] ExitCode writeOutputFile(const Session& session, const std::string& file,
                                        std::string_view data, bool replaces);
 

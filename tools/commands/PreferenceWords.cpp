@@ -19,7 +19,7 @@
 namespace quenlet {
 namespace {
 
-// What the agent holds, or, when it does not tell, what is stored, and whether an agent runs.
+// The agent's donations, or the stored ones if it does not tell, and whether an agent runs.
 struct Held final {
   DonationValues donations;
   bool agentRuns = true;

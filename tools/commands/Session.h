@@ -40,8 +40,8 @@ struct Session final {
 
   // Writes sentences to `out`, made safe for a terminal, in lines that fit.
   void say(const std::string& sentences) const;
-  // The same to `err`: what comes before a question; behind "quenlet: " something that the owner
-  // should know besides the outcome, behind "hint: " what to do.
+  // The same to `err`: text before a question; behind "quenlet: " a warning; behind "hint: "
+  // advice.
   void tell(const std::string& sentences, std::size_t indentation = 0) const;
   void warn(const std::string& sentence) const;
   void hint(const std::string& sentence) const;

@@ -73,8 +73,8 @@ class UnrejectWords final : public Command {
   [[nodiscard]] ExitCode clear(Session& session) const;
   [[nodiscard]] static ExitCode takeBack(Session& session, const OwnersDecisions& rejections,
                                          const Decisions& wanted);
-  // Those that the arguments name, each once. Nothing when one of them names none, which has then
-  // been said.
+  // The decisions that the arguments name, each once. Nothing, after an error message, when an
+  // argument does not name any.
   [[nodiscard]] std::optional<Decisions> named(const Session& session,
                                                const Decisions& decisions) const;
 

@@ -14,7 +14,7 @@ namespace quenlet {
 struct NamedWord final {
   // The last of them; the parser itself when the first argument is not a word.
   const CLI::App* word = nullptr;
-  // The argument after it, when a word must stand there and it is not one.
+  // The argument after it, if that should be a word but is not.
   std::optional<std::string> unknown;
 };
 [[nodiscard]] NamedWord findWord(const CLI::App& parser, const std::vector<std::string>& arguments);

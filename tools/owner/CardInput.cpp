@@ -130,7 +130,7 @@ std::vector<std::string> keepCardsWith(const std::string& text, std::vector<Card
   for (CardInput& input : inputs) {
     std::erase_if(input.cards, [&](const VCard& card) { return !holds(card, searched); });
     for (const VCard& card : input.cards) kept.push_back(callNameOf(card));
-    // What cannot be read may be what was meant.
+    // A card that cannot be read may be the one that was meant.
     std::erase_if(input.failures, [](const auto& failure) { return isNotAPerson(*failure); });
   }
   std::erase_if(inputs, [](const CardInput& input) { return input.cards.empty(); });

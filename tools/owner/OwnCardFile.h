@@ -42,7 +42,7 @@ class OwnCardFile final {
   // one cannot be kept.
   [[nodiscard]] Result<Placed> replaceWith(const std::filesystem::path& source) const;
 
-  // The same of bytes, whatever they are.
+  // The same with `bytes`, which are not checked.
   [[nodiscard]] Result<Replaced> replaceWithBytes(const std::string& bytes) const;
 
  private:

@@ -13,8 +13,8 @@ namespace quenlet {
 
 // Donates files for the owner, whole, and takes such donations back. One thread.
 //
-// A file replaces what it gave before: in a bundle of its own everything, in another one what the
-// journal has from it there. If a card of it cannot be read, nothing is removed. The agent has no
+// A file replaces its earlier values: all of them in its own bundle, in another bundle those that
+// the journal has from it. If one of its cards cannot be read, nothing is removed. The agent has no
 // operation that replaces and removes at once, so the new values come first: between the two steps,
 // and after a crash there, the card shows both. The same donation made again, or undo, then puts
 // that right.
@@ -38,9 +38,9 @@ class OwnersDonations final {
     JournalEntry entry = {};
     std::size_t removed = 0;      // values of that donation
     std::size_t restored = 0;     // values that it had replaced or removed
-    std::size_t expired = 0;      // such that have expired since and do not come back
-    std::size_t changed = 0;      // such in whose place another donor has given something since
-    DonationValues leftOut = {};  // such that the agent did not take
+    std::size_t expired = 0;      // values that have expired since and do not come back
+    std::size_t changed = 0;      // values that another donor has replaced since
+    DonationValues leftOut = {};  // values that the agent did not take
   };
 
   OwnersDonations(CorvelProtocol& askedAgent, DonationJournal donationJournal, Date currentDate)

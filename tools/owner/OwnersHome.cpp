@@ -26,7 +26,7 @@ bool isUnknown(const Error& error) {
          error.code() == static_cast<int>(AccountErrorCode::unknownAccount);
 }
 
-// The contacts of `from` that `contacts` has something else than a list for.
+// The contacts of `from` whose entry in `contacts` is not a list.
 std::vector<std::string> contactsWithoutList(const PropertyListDictionary& from,
                                              const PropertyListDictionary& contacts) {
   std::vector<std::string> found;
@@ -37,8 +37,8 @@ std::vector<std::string> contactsWithoutList(const PropertyListDictionary& from,
   return found;
 }
 
-// Adds the decisions that the list of the same contact lacks; gives their number. Anything but a
-// list gives way to one.
+// Adds the decisions that the list of the same contact lacks; gives their number. Replaces an
+// entry that is not a list.
 std::size_t addDecisions(const PropertyListDictionary& from, PropertyListDictionary& contacts) {
   std::size_t added = 0;
   for (const auto& [contact, decisions] : from) {

@@ -42,14 +42,14 @@ class OwnersHome final {
   [[nodiscard]] Result<Backup> backUp() const;
 
   // What putting `backup` in place would overwrite, in words: donations and accounts with the same
-  // identifiers but another content, another own card, feedback that is no list. The same content
-  // is no conflict, so that an import that was cut short can be made again. An error when anything
-  // there cannot be read.
+  // identifiers but different content, a different own card, feedback that is not a list. Equal
+  // content does not conflict, so an import that was cut short can be repeated. An error when
+  // anything there cannot be read.
   [[nodiscard]] Result<std::vector<std::string>> conflicts(const Backup& backup) const;
-  // Puts all of it in place. The donations come first, in their order; then the agent is told of
-  // each account that changes and donates its values anew, so those of the backup follow once more
-  // and bring back their own dates. What is there besides stays. After an error the same call can
-  // be made again.
+  // Puts the whole backup in place. The donations come first, in their order; then the agent is
+  // told of each account that changes and donates its values anew, so those of the backup follow
+  // once more and bring back their own dates. Everything else stays. After an error the same call
+  // can be repeated.
   [[nodiscard]] Result<Imported> restore(const Backup& backup) const;
 
  private:

@@ -19,7 +19,7 @@ struct OwnersValues final {
   StatedDonations listed = {};
   std::vector<FeedbackDecision> decisions = {};
   std::vector<UnlistedValue> unlisted = {};
-  // What kept decisions and a part of `unlisted` from being read: damaged files.
+  // The damaged files that kept decisions and a part of `unlisted` from being read.
   std::vector<ErrorPtr> problems = {};
 
   // Asks the agent once. An error when it gives no list, or the user has no home directory.

@@ -13,8 +13,8 @@ namespace quenlet {
 
 // Whether a short number of a list still means what it meant when it was last shown: numbers are
 // places, and a donation that goes moves all behind it. For this, a file in the runtime directory,
-// which is the user's alone, holds a digest of the item at each place. Whoever reads a digest can
-// test a guess of the item. One thread.
+// which is the user's alone, holds a digest of the item at each place. A reader of a digest can
+// test guesses of the item. One thread.
 //
 //   shown: a b c   the file: a b c     1, 2 and 3 hold
 //   b goes         the file: a b c     2 would be c now: only 1 holds

@@ -32,7 +32,7 @@ class StoredData final {
   // even one that cannot be reached.
   [[nodiscard]] Result<std::shared_ptr<LockFile>> lockAgentOut() const;
 
-  // All files that hold donated values, but for the journal, which forgets them itself.
+  // All files that hold donated values, except the journal, which forgets them itself.
   [[nodiscard]] std::vector<std::filesystem::path> filesOfDonations() const;
   // Those of them that no agent removes: copies of damaged versions, and the page. Neither the
   // agent's file, even where it is a link, nor what the agent may be about to put in its place.

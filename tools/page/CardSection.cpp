@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t mostBytesInPicture = std::size_t{4} << 20;
 // More values of a kind than these are shown on demand only.
 constexpr std::size_t mostOpenValues = 8;
-// If many have given a value, so many are named.
+// The most donors that are named for one value.
 constexpr std::size_t mostDonorsNamed = 3;
 
 // The name on the card, and whether it is the owner's own.

@@ -12,7 +12,7 @@ namespace quenlet {
 
 // A value that is not on the card, on the agent's list or not.
 struct LeftOutValue final {
-  // Of the donation; 0 for what is not on the list.
+  // The donation's number on the list; 0 if it is not there.
   std::size_t number;
   // Null for an entry of a file that its reader could not use.
   const Value* value;

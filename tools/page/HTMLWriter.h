@@ -22,7 +22,7 @@ class HTMLLiteral final {
 // Writes one HTML document, front to back, into memory. The page shows the text that it is given
 // and nothing else: every text and attribute value is escaped, characters that could reorder or
 // break the page become U+FFFD, and the names of elements and attributes are constants of the
-// program, among them none that runs a script or loads from elsewhere. One thread.
+// program that cannot run a script or load from elsewhere. One thread.
 class HTMLWriter final {
  public:
   struct Attribute final {

@@ -44,7 +44,7 @@ class PageContent final {
   const std::vector<DonorGroup> donorGroups;
   // The merged card of what is shown.
   const Contact donated;
-  // What was given and is not on the agent's list.
+  // Values that were given and are not on the agent's list.
   const std::vector<UnlistedValue> missing;
   const std::vector<FeedbackDecision> decisions;
 };

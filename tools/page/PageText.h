@@ -10,7 +10,7 @@
 // Pieces that several sections of the page write. No state beside the output.
 namespace quenlet {
 
-// A list shows at most so many rows; nobody reads more.
+// The most rows that a list shows: nobody reads more.
 inline constexpr std::size_t mostRows = 500;
 
 // "November 2026" for "2026-11".
