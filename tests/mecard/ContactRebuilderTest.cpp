@@ -51,7 +51,7 @@ TEST(ContactRebuilderTest, SilencesDonorsThatContradictTheCuratedName) {
        byA({.givenName = "Ann", .familyName = ""}), "b b-c"},
       {"an empty given name", Names{}, byA({.givenName = ""}), "b b-c"},
       {"contradiction of an app", curatedAnnLee, byA(bob), "b b-c"},
-      {"an empty cluster is none", curatedAnnLee, {named(bob, from("b", "n", ""))}, "a-c a"},
+      {"an empty cluster identifier", curatedAnnLee, {named(bob, from("b", "n", ""))}, "a-c a"},
       {"no name on the card", Names{}, byA(bob), "b b-c"},
       {"no name at all", Names{}, byA({.nickname = "x"}), "a-c a b b-c"},
       {"agreeing names", {}, {named(bob), named(bob, from("a", "m"))}, "a-c a b b-c name m"},

@@ -140,7 +140,7 @@ TEST(DonationValueTest, ReadsATextAsTheGeneralReaderDoesOrNotAtAll) {
   EXPECT_GT(others, 500);
 }
 
-// So that a small record left alone keeps little alive, and what is loaded stays close together.
+// A small record that is left alone keeps little alive, and loaded records stay close together.
 TEST(DonationValueTest, KeepsTextsTogetherInSmallBlocksAndALargeOneByItself) {
   DonationValues values;
   for (int i = 0; i < 306; ++i) {

@@ -72,7 +72,7 @@ TEST_F(MeWordsTest, TellsSoonThatTheAgentHangsWhateverTheWord) {
     EXPECT_EQ(running[i]->wait(), rows[i].code) << rows[i].words.front() << running[i]->err();
     for (const std::string& text : rows[i].said) EXPECT_TRUE(running[i]->says(text)) << text;
   }
-  // All at once, and less than the wait of a word that was answered, on a machine that may be busy.
+  // All run at once, in less time than a word waits after a first answer, even on a busy machine.
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
   agent->signal(SIGCONT);
   EXPECT_EQ(quenlet({"list"}).code, 0);

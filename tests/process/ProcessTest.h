@@ -232,7 +232,7 @@ class ProcessTest : public testing::Test {
     return text;
   }
 
-  // What people read fits into 80 columns; a long path has a line to itself.
+  // Text for people fits into 80 columns; a long path gets its own line.
   static void lookAtWidth(const std::vector<std::string>& words, const std::string& out) {
     static const std::set<std::string> data = {"--json", "json",     "vcard", "--wide",
                                                "export", "complete", "-"};

@@ -67,7 +67,7 @@ TEST_F(DonationJournalTest, ReadsBackWhatWasNoted) {
   writeFile(journalFile, "ann@example.org");
   EXPECT_EQ(journal.erase(), nullptr);
   EXPECT_FALSE(std::filesystem::exists(journalFile));
-  EXPECT_EQ(journal.erase(), nullptr) << "there is none any more";
+  EXPECT_EQ(journal.erase(), nullptr) << "the file is already gone";
 }
 
 TEST_F(DonationJournalTest, ForgetsTheOldestOfTooManyAndWhatIsTooLarge) {

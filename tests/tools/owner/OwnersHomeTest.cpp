@@ -15,7 +15,7 @@ class OwnersHomeTest : public testing::Test {
  protected:
   OwnersHomeTest() { ::setenv("HOME", home.path().c_str(), 1); }
 
-  // What is put in place: its counts, or why not.
+  // Puts `backup` in place and gives its counts, or the error.
   std::string import(const Backup& backup) {
     const OwnersHome owner = OwnersHome::open(agent, Date(100)).takeValue();
     const auto outcome = owner.restore(backup);
