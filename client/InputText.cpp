@@ -10,7 +10,7 @@
 namespace quenlet {
 namespace {
 
-// One byte more than may be is enough to see that the text is too large.
+// One byte beyond the limit is enough to see that the text is too large.
 Result<std::string> readAll(int descriptor, const std::string& path, std::size_t mostBytes) {
   return readAtMost(
       mostBytes + 1,

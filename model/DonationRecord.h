@@ -45,8 +45,8 @@ struct DecodedDonation final {
   // bundle or donation identifier is empty.
   [[nodiscard]] std::optional<std::string> textRepresentation() const;
   // Takes one record off the front of `texts`. Nothing for any deviation from what
-  // textRepresentation() gives, such as an unknown key, and for an invalid record; `texts` is then
-  // of no further use. The dictionary of the same text gives the same donation.
+  // textRepresentation() gives, such as an unknown key, and for an invalid record; `texts` is
+  // then unusable. The dictionary of the same text gives the same donation.
   [[nodiscard]] static std::optional<DecodedDonation> takeFromTexts(std::string_view& texts);
 };
 

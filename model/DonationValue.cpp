@@ -6,8 +6,8 @@
 namespace quenlet {
 namespace {
 
-// The records at the front of `texts` that are good to keep in one block: the last one left keeps
-// all of it alive, so blocks must not be large, and a large record gets one of its own.
+// The records at the front of `texts` that go into one block. A single record keeps its whole block
+// alive, so blocks must not be large, and a large record gets its own.
 std::string_view enoughForBlock(std::string_view texts) {
   constexpr std::size_t enoughInBytes = std::size_t{1} << 16;
   constexpr std::string_view end = "</dict>\n";

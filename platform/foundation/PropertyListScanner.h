@@ -8,10 +8,10 @@
 namespace quenlet {
 
 // Takes the entries of dictionaries off the front of a text that PropertyListWriter wrote, in the
-// order in which they stand there, without a tree. Each operation gives nothing when no such entry
-// stands under that key next, for entries may be missing. For one that the writer would not have
-// written so, and for a dictionary that does not end where it has to, the rest of the text is
-// dropped: nothing else can be taken then, so the last step fails too. One thread at a time.
+// order in which they stand there, without a tree. Each operation gives nothing when the next entry
+// has another key, since entries may be missing. At an entry that the writer would not have written
+// so, or a dictionary that does not end where it must, the rest of the text is dropped: nothing
+// else can be taken then, and the last step fails. One thread at a time.
 class PropertyListScanner final {
  public:
   // Takes the entries off `fragment` itself.
