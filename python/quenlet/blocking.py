@@ -3,28 +3,27 @@
 from __future__ import annotations
 
 import select
-import socket
 import time
 from collections.abc import Iterable, Iterator
 from typing import Any, TypeVar
 
 from . import location, notifications, operations
+from .channel import Channel
 from .errors import DonationsDisabled, QuenletError, broken, error, timed_out
 from .protocol import TIME_LIMIT, Answer, Connection, Operation
 from .values import Account, Card, Donation
 
-_RECEIVED_AT_ONCE = 1 << 18
 _PAUSE = 0.02
 
 T = TypeVar("T")
 
 
 class _Stream:
-    """A connection and its socket. For one thread at a time, but `shut` is for any."""
+    """A connection and its channel. For one thread at a time, but `shut` is for any."""
 
     def __init__(self, deadline: float) -> None:
         """Connects. Raises NoAgent, or TimedOut if the agent does not accept in time."""
-        self._socket = _connected(deadline)
+        self._channel = _connected(deadline)
         self._connection = Connection()
         self._unsent = memoryview(b"")
         self._failure: QuenletError | None = None
@@ -32,6 +31,7 @@ class _Stream:
         self._is_moving = False
 
     def perform(self, operation: Operation[T], deadline: float) -> T:
+        self._channel.check_owner()
         if self._is_moving:
             self._end(broken("a signal handler has interrupted an operation"))
         if self._failure:
@@ -54,22 +54,20 @@ class _Stream:
 
     def wait_for(self, receiver: notifications.Receiver) -> None:
         """Waits until a notification may have come. Raises ConnectionBroken when the agent ends."""
+        self._channel.check_owner()
         poll = select.poll()
         poll.register(receiver, select.POLLIN)
-        poll.register(self._socket, select.POLLIN)
+        poll.register(self._channel, select.POLLIN)
         while not any(ready == receiver.fileno() for ready, _ in poll.poll()):
             self._receive()  # There is no request under way, and so no answer either.
 
     def shut(self) -> None:
         """Ends the connection, and with it the operation that another thread may wait for."""
-        try:
-            self._socket.shutdown(socket.SHUT_RDWR)
-        except OSError:
-            pass  # The agent was first.
+        self._channel.shut()
 
     def close(self) -> None:
         self._end(broken("the client is closed"))
-        self._socket.close()
+        self._channel.close()
 
     def _end(self, failure: QuenletError) -> None:
         self._failure = self._failure or failure
@@ -79,7 +77,7 @@ class _Stream:
         """Waits, sends and receives once. Raises TimedOut if neither can be done in time."""
         seconds = deadline - time.monotonic()
         poll = select.poll()
-        poll.register(self._socket, select.POLLIN | (select.POLLOUT if self._unsent else 0))
+        poll.register(self._channel, select.POLLIN | (select.POLLOUT if self._unsent else 0))
         ready = poll.poll(seconds * 1000) if seconds > 0 else []
         if not ready:
             raise timed_out()
@@ -89,14 +87,7 @@ class _Stream:
 
     def _send(self) -> None:
         self._is_moving = True
-        try:
-            sent = self._socket.send(self._unsent, socket.MSG_NOSIGNAL)
-            self._unsent = self._unsent[sent:]
-        except BlockingIOError:
-            pass
-        except OSError:
-            # The agent is gone. It may have said why, so that the end is left to `_receive`.
-            self._unsent = memoryview(b"")
+        self._unsent = self._channel.send(self._unsent)
         self._is_moving = False
 
     def _receive(self) -> list[Answer[Any]]:
@@ -104,16 +95,7 @@ class _Stream:
         answers: list[Answer[Any]] = []
         self._is_moving = True
         try:
-            data = self._socket.recv(_RECEIVED_AT_ONCE)
-        except BlockingIOError:
-            self._is_moving = False
-            return answers
-        except OSError:
-            data = b""
-        try:
-            if not data:
-                raise broken()
-            for answer in self._connection.receive(data):
+            for answer in self._connection.receive(self._channel.receive()):
                 answers.append(answer)
         except QuenletError as fault:
             self._end(fault)
@@ -124,11 +106,11 @@ class _Stream:
         return answers
 
 
-def _connected(deadline: float) -> socket.socket:
+def _connected(deadline: float) -> Channel:
     while True:
         connected = location.connect()
         if connected:
-            return connected
+            return Channel(connected)
         if time.monotonic() > deadline:
             raise timed_out()
         time.sleep(_PAUSE)

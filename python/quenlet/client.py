@@ -3,26 +3,25 @@
 from __future__ import annotations
 
 import asyncio
-import socket
 from collections.abc import AsyncIterator, Awaitable, Iterable
 from typing import Any, TypeVar
 
 from . import location, notifications, operations
+from .channel import Channel
 from .errors import DonationsDisabled, QuenletError, broken, error, timed_out
 from .protocol import TIME_LIMIT, Answer, Connection, Operation
 from .values import Account, Card, Donation
 
-_RECEIVED_AT_ONCE = 1 << 18
 _PAUSE = 0.02
 
 T = TypeVar("T")
 
 
 class _Stream:
-    """A connection and its socket on the running event loop."""
+    """A connection and its channel on the running event loop."""
 
-    def __init__(self, connected: socket.socket) -> None:
-        self._socket = connected
+    def __init__(self, channel: Channel) -> None:
+        self._channel = channel
         self._loop = asyncio.get_running_loop()
         self._connection = Connection()
         self._futures: dict[int, asyncio.Future[Any]] = {}
@@ -32,9 +31,10 @@ class _Stream:
         self._all_sent = asyncio.Event()
         self._all_sent.set()
         self._watchers: set[asyncio.Event] = set()
-        self._loop.add_reader(connected, self._receive)
+        self._loop.add_reader(channel, self._receive)
 
     async def perform(self, operation: Operation[T]) -> T:
+        self._channel.check_owner()
         # One request waits to be sent; those behind it wait here, in the order in which they came,
         # and can still be taken back.
         async with self._turn:
@@ -65,9 +65,9 @@ class _Stream:
         if self._failure:
             return
         self._failure = failure
-        self._loop.remove_reader(self._socket)
+        self._loop.remove_reader(self._channel)
         self._drop_unsent()
-        self._socket.close()
+        self._channel.close()
         for watcher in self._watchers:
             watcher.set()
         for future in self._futures.values():
@@ -75,37 +75,22 @@ class _Stream:
                 future.set_exception(error(*failure.args))
 
     def _send(self) -> None:
-        try:
-            sent = self._socket.send(self._unsent, socket.MSG_NOSIGNAL)
-            self._unsent = self._unsent[sent:]
-        except BlockingIOError:
-            pass
-        except OSError:
-            # The agent is gone. It may have said why, so that the end is left to the reader.
-            self._unsent = memoryview(b"")
+        self._unsent = self._channel.send(self._unsent)
         if not self._unsent:
             self._drop_unsent()
         elif self._all_sent.is_set():
             self._all_sent.clear()
-            self._loop.add_writer(self._socket, self._send)
+            self._loop.add_writer(self._channel, self._send)
 
     def _drop_unsent(self) -> None:
         self._unsent = memoryview(b"")
         if not self._all_sent.is_set():
-            self._loop.remove_writer(self._socket)
+            self._loop.remove_writer(self._channel)
             self._all_sent.set()
 
     def _receive(self) -> None:
         try:
-            data = self._socket.recv(_RECEIVED_AT_ONCE)
-        except BlockingIOError:
-            return
-        except OSError:
-            data = b""
-        try:
-            if not data:
-                raise broken()
-            for answer in self._connection.receive(data):
+            for answer in self._connection.receive(self._channel.receive()):
                 self._deliver(answer)
         except QuenletError as fault:
             self.close(fault)
@@ -124,7 +109,7 @@ async def _connected() -> _Stream:
     while True:
         connected = location.connect()
         if connected:
-            return _Stream(connected)
+            return _Stream(Channel(connected))
         await asyncio.sleep(_PAUSE)
 
 

@@ -25,7 +25,8 @@ class Receiver:
 
         An OSError of the system, as when it has no descriptors left, passes through.
         """
-        self._name = f"{os.getpid()}-{secrets.token_hex(16)}"
+        self._owner = os.getpid()
+        self._name = f"{self._owner}-{secrets.token_hex(16)}"
         self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM | socket.SOCK_NONBLOCK)
         try:
             self._directory = location.open_directory("notifications")
@@ -53,9 +54,10 @@ class Receiver:
 
     def close(self) -> None:
         self._socket.close()
-        # Whoever posted meanwhile may have removed it as one that nobody reads.
-        with contextlib.suppress(OSError):
-            os.unlink(self._name, dir_fd=self._directory)
+        if os.getpid() == self._owner:  # A forked child leaves the file to its parent.
+            # Whoever posted meanwhile may have removed it as one that nobody reads.
+            with contextlib.suppress(OSError):
+                os.unlink(self._name, dir_fd=self._directory)
         os.close(self._directory)
 
     def __enter__(self) -> Receiver:

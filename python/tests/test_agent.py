@@ -134,6 +134,27 @@ def test_can_be_closed_by_another_thread(agent: Agent) -> None:
     assert [code(each) for each in ask_blocking(closed, card)] == [BROKEN, BROKEN]
 
 
+def test_leaves_the_parents_connection_alone_in_a_forked_child(agent: Agent) -> None:
+    with quenlet.blocking.Client() as me:
+        changes = me.changes()
+        next(changes)
+        before = sockets(agent)
+        child = os.fork()
+        if child == 0:
+            faults = [code(each) for each in (error_of(me.card), error_of(lambda: next(changes)))]
+            me.__exit__()
+            os._exit(0 if faults == [BROKEN, BROKEN] else 1)
+        assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
+        assert (me.card(), sockets(agent)) == (quenlet.Card(), before)
+
+
+def error_of(operation: Any) -> Any:
+    try:
+        return operation()
+    except Exception as fault:
+        return fault
+
+
 def sockets(agent: Agent) -> int:
     """The sockets that wait for notifications."""
     return len(os.listdir(agent.home / RUNTIME / "quenlet/notifications"))
