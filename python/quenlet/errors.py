@@ -4,6 +4,7 @@ from __future__ import annotations
 
 SERVICE = "ovaro.quenlet.service-error"
 DONATION = "ovaro.quenlet.donation-error"
+POSIX = "posix-error"
 GENERAL = "ovaro.general-error"
 EXTENSION = "ovaro.quenlet.extension-error"
 
@@ -89,6 +90,10 @@ def invalid(sentence: str) -> QuenletError:
 
 def malformed(sentence: str) -> QuenletError:
     return error(SERVICE, 5, sentence)
+
+
+def of_system(fault: OSError) -> QuenletError:
+    return error(POSIX, fault.errno or 0, fault.strerror or "")
 
 
 def timed_out() -> QuenletError:

@@ -8,7 +8,7 @@ import socket
 import stat
 import struct
 
-from .errors import QuenletError, no_agent
+from .errors import QuenletError, no_agent, of_system
 
 SERVICE_NAME = "ovaro.quenlet.agent"
 
@@ -31,12 +31,13 @@ def runtime_directory() -> str:
 def open_directory(*names: str) -> int:
     """Opens the directory with these names below the runtime directory; makes it if it is missing.
 
-    Raises NoAgent if one on the way is not the user's own, closed to others.
+    Raises NoAgent if one on the way is not the user's own, closed to others, or else the error of
+    the system.
     """
-    descriptor = os.open("/", os.O_PATH | os.O_CLOEXEC)
+    descriptor = _entered(None, "/")
     try:
         for name in (runtime_directory(), "quenlet", *names):
-            below = _entered(descriptor, name)
+            below = _made(descriptor, name)
             os.close(descriptor)
             descriptor = below
     except QuenletError:
@@ -50,19 +51,30 @@ def address(directory: int, name: str) -> str:
     return f"/proc/self/fd/{directory}/{name}"
 
 
-def _entered(parent: int, name: str) -> int:
+def _made(parent: int, name: str) -> int:
     try:
         with contextlib.suppress(FileExistsError):
             os.mkdir(name, 0o700, dir_fd=parent)
-        flags = os.O_PATH | os.O_DIRECTORY | os.O_NOFOLLOW | os.O_CLOEXEC
-        descriptor = os.open(name, flags, dir_fd=parent)
+    except FileNotFoundError:
+        raise no_agent(f"nothing leads to {name}") from None
     except OSError as fault:
-        raise no_agent(f"{name}: {fault.strerror}") from None
+        raise of_system(fault) from None
+    descriptor = _entered(parent, name)
     status = os.fstat(descriptor)
     if status.st_uid == os.geteuid() and not stat.S_IMODE(status.st_mode) & 0o077:
         return descriptor
     os.close(descriptor)
     raise no_agent(f"the directory {name} is not the user's own, or open to others")
+
+
+def _entered(parent: int | None, name: str) -> int:
+    flags = os.O_PATH | os.O_DIRECTORY | os.O_NOFOLLOW | os.O_CLOEXEC
+    try:
+        return os.open(name, flags, dir_fd=parent)
+    except NotADirectoryError:
+        raise no_agent(f"{name} is no directory") from None
+    except OSError as fault:
+        raise of_system(fault) from None
 
 
 def _check_peer(peer: socket.socket) -> None:
@@ -75,15 +87,18 @@ def _check_peer(peer: socket.socket) -> None:
 def connect() -> socket.socket | None:
     """Connects to the agent. Returns None while the agent has no time to accept: try again.
 
-    Raises NoAgent if nobody listens, or somebody who is not to be trusted. Does not wait.
+    Raises NoAgent if nobody listens, or somebody who is not to be trusted, or else the
+    error of the system. Does not wait.
     """
     directory = open_directory()
     try:
         return _connected(address(directory, SERVICE_NAME))
     except BlockingIOError:
         return None
+    except (FileNotFoundError, ConnectionRefusedError):
+        raise no_agent(f"nobody listens under {SERVICE_NAME}") from None
     except OSError as fault:
-        raise no_agent(f"nobody listens under {SERVICE_NAME}: {fault.strerror}") from None
+        raise of_system(fault) from None
     finally:
         os.close(directory)
 

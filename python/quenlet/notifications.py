@@ -8,7 +8,7 @@ import secrets
 import socket
 
 from . import location
-from .errors import QuenletError
+from .errors import QuenletError, of_system
 
 CARD_CHANGED = b"ovaro.quenlet.me-card-values-did-change"
 
@@ -21,23 +21,25 @@ class Receiver:
     """A socket of its own among those that get every notification, until it is closed."""
 
     def __init__(self) -> None:
-        """Raises NoAgent if the directory of the sockets is not the user's own.
-
-        An OSError of the system, as when it has no descriptors left, passes through.
+        """Raises NoAgent if the directory of the sockets is not the user's own, or else the error
+        of the system, as when it has no descriptors left.
         """
         self._owner = os.getpid()
         self._name = f"{self._owner}-{secrets.token_hex(16)}"
-        self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM | socket.SOCK_NONBLOCK)
+        try:
+            self._socket = socket.socket(socket.AF_UNIX, socket.SOCK_DGRAM | socket.SOCK_NONBLOCK)
+        except OSError as fault:
+            raise of_system(fault) from None
         try:
             self._directory = location.open_directory("notifications")
-        except (OSError, QuenletError):
+        except QuenletError:
             self._socket.close()
             raise
         try:
             self._socket.bind(location.address(self._directory, self._name))
-        except OSError:
+        except OSError as fault:
             self.close()
-            raise
+            raise of_system(fault) from None
 
     def fileno(self) -> int:
         return self._socket.fileno()

@@ -4,7 +4,10 @@ from __future__ import annotations
 
 import asyncio
 import contextlib
+import errno
+import itertools
 import os
+import resource
 import socket
 import subprocess
 import sys
@@ -36,6 +39,13 @@ with quenlet.blocking.Client() as me:
         except quenlet.NotEntitled as fault:
             print(fault.code)
 """
+
+
+def error_of(operation: Any) -> Any:
+    try:
+        return operation()
+    except Exception as fault:
+        return fault
 
 
 def test_goes_on_after_a_late_answer(agent: Agent, ask: Ask) -> None:
@@ -97,6 +107,28 @@ def test_trusts_no_directory_that_is_open_to_others(agent: Agent, ask: Ask) -> N
         (agent.home / directory).chmod(0o700)
 
 
+def test_tells_what_the_system_refuses(agent: Agent, monkeypatch: pytest.MonkeyPatch) -> None:
+    def fault_of(operation: Any) -> Any:
+        limits = resource.getrlimit(resource.RLIMIT_NOFILE)
+        for free in itertools.count():
+            last = os.dup(0)
+            os.close(last)
+            resource.setrlimit(resource.RLIMIT_NOFILE, (last + free, limits[1]))
+            fault = error_of(operation)
+            resource.setrlimit(resource.RLIMIT_NOFILE, limits)
+            if not isinstance(fault, quenlet.QuenletError):
+                return fault
+            assert code(fault) == (quenlet.QuenletError, errno.EMFILE)
+
+    assert fault_of(lambda: ask_blocking(card)) == [quenlet.Card()]
+    with quenlet.blocking.Client() as me:
+        assert fault_of(lambda: next(me.changes())) == quenlet.Card()
+    monkeypatch.setenv("XDG_RUNTIME_DIR", "/nowhere/at/all")
+    assert code(error_of(lambda: ask_blocking(card))) == (NoAgent, 1)
+    monkeypatch.setenv("XDG_RUNTIME_DIR", "/proc/quenlet")
+    assert code(error_of(lambda: ask_blocking(card))) == (NoAgent, 1)
+
+
 @pytest.mark.skipif(os.geteuid() != 0, reason="only root can pose as another user")
 def test_trusts_no_socket_of_another_user(home: Path, ask: Ask) -> None:
     with listener(home) as other:
@@ -146,13 +178,6 @@ def test_leaves_the_parents_connection_alone_in_a_forked_child(agent: Agent) -> 
             os._exit(0 if faults == [BROKEN, BROKEN] else 1)
         assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
         assert (me.card(), sockets(agent)) == (quenlet.Card(), before)
-
-
-def error_of(operation: Any) -> Any:
-    try:
-        return operation()
-    except Exception as fault:
-        return fault
 
 
 def sockets(agent: Agent) -> int:
