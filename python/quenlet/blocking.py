@@ -87,7 +87,12 @@ class _Stream:
 
     def _send(self) -> None:
         self._is_moving = True
-        self._unsent = self._channel.send(self._unsent)
+        try:
+            self._unsent = self._channel.send(self._unsent)
+        except QuenletError as fault:
+            self._end(fault)
+            self._is_moving = False
+            raise
         self._is_moving = False
 
     def _receive(self) -> list[Answer[Any]]:

@@ -5,7 +5,7 @@ from __future__ import annotations
 import os
 import socket
 
-from .errors import broken
+from .errors import broken, of_system
 
 _RECEIVED_AT_ONCE = 1 << 18
 
@@ -29,23 +29,30 @@ class Channel:
             raise broken("the client belongs to the process before the fork: make a new one")
 
     def send(self, data: memoryview) -> memoryview:
-        """Sends what the socket takes. Returns the rest."""
+        """Sends what the socket takes. Returns the rest. Raises the error of the system."""
         try:
             return data[self._socket.send(data, socket.MSG_NOSIGNAL) :]
         except BlockingIOError:
             return data
-        except OSError:
+        except (BrokenPipeError, ConnectionResetError):
             # The agent is gone. It may have said why, so that the end is left to `receive`.
             return memoryview(b"")
+        except OSError as fault:
+            raise of_system(fault) from None
 
     def receive(self) -> bytes:
-        """What has come; nothing if nothing has. Raises ConnectionBroken once the agent ended."""
+        """What has come; nothing if nothing has.
+
+        Raises ConnectionBroken once the agent has ended, or else the error of the system.
+        """
         try:
             data = self._socket.recv(_RECEIVED_AT_ONCE)
         except BlockingIOError:
             return b""
-        except OSError:
+        except ConnectionResetError:
             raise broken() from None
+        except OSError as fault:
+            raise of_system(fault) from None
         if not data:
             raise broken()
         return data

@@ -75,7 +75,11 @@ class _Stream:
                 future.set_exception(error(*failure.args))
 
     def _send(self) -> None:
-        self._unsent = self._channel.send(self._unsent)
+        try:
+            self._unsent = self._channel.send(self._unsent)
+        except QuenletError as fault:
+            self.close(fault)
+            return
         if not self._unsent:
             self._drop_unsent()
         elif self._all_sent.is_set():

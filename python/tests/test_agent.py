@@ -77,6 +77,22 @@ def test_sends_nothing_twice_after_a_signal_handler_has_raised(
             me.card()
 
 
+@pytest.mark.parametrize("call", ["send", "recv"])
+def test_ends_when_the_system_refuses(
+    agent: Agent, ask: Ask, monkeypatch: pytest.MonkeyPatch, call: str
+) -> None:
+    def refuse(*_: Any) -> Any:
+        raise OSError(errno.ENOMEM, "no memory")
+
+    def refused(me: Any) -> Any:
+        patch.setattr(socket.socket, call, refuse)
+        return me.card()
+
+    refusal = (quenlet.QuenletError, errno.ENOMEM)
+    with monkeypatch.context() as patch:
+        assert [code(each) for each in ask(refused, card)] == [refusal, refusal]
+
+
 def test_ends_when_the_agent_is_killed(agent: Agent, ask: Ask) -> None:
     agent.pause()
     killer = threading.Timer(0.3, agent.signal, [SIGKILL])
