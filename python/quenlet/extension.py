@@ -13,13 +13,12 @@ from typing import Protocol
 from .errors import EXTENSION, SERVICE, QuenletError, error, invalid, malformed
 from .messages import Kind, Message, MessageReader, pack
 from .protocol import error_object
-from .records import DONATION_CLASS, donation_from, donation_object
+from .records import DONATION, donation_from, donation_object
 from .values import Donation
 from .wire import Reader, Value, WireError, encode
 
 _RENEW = "renewExpirationDateForDonatedValue:acknowledgementHandler:"
 _DONATE_ALL = "redonateAllValuesWithReason:"
-_CLASSES = frozenset({DONATION_CLASS})
 _RECEIVED_AT_ONCE = 1 << 18
 
 
@@ -78,7 +77,7 @@ def answer(request: Message, donor: Donor) -> bytes:
 
 def _reply(request: bytes, donor: Donor) -> bytes:
     """The bytes of the reply's values. Raises QuenletError if the request makes no sense."""
-    reader = Reader(request, _CLASSES)
+    reader = Reader(request, DONATION)
     try:
         values = [reader.value()]
         while not reader.at_end():

@@ -5,33 +5,34 @@ from __future__ import annotations
 from collections.abc import Iterable
 
 from .errors import invalid
-from .protocol import ERROR_CLASS, Operation, error_from
+from .protocol import ERROR, ERROR_CLASS, Operation, error_from
 from .records import (
     CARD_CLASS,
-    DONATION_CLASS,
+    CARD_KEYS,
+    DONATION,
     account_object,
     card_from,
     donation_from,
     donation_object,
 )
 from .values import Account, Card, Donation
-from .wire import Reader, Value, WireError, WireObject
+from .wire import Known, Reader, Value, WireError, WireObject
 
 _EITHER_CLASS = "Either"
-_CARD_CLASSES = frozenset({CARD_CLASS, _EITHER_CLASS, ERROR_CLASS})
-_LIST_CLASSES = frozenset({DONATION_CLASS, ERROR_CLASS})
+_CARD = Known(ERROR.classes | {CARD_CLASS, _EITHER_CLASS}, ERROR.keys | CARD_KEYS)
+_LIST = Known(ERROR.classes | DONATION.classes, ERROR.keys | DONATION.keys)
 
 
 def card() -> Operation[Card]:
-    return Operation("fetchDonatedMeCard:", (), _read_card, _CARD_CLASSES)
+    return Operation("fetchDonatedMeCard:", (), _read_card, _CARD)
 
 
 def synchronous_card() -> Operation[Card]:
-    return Operation("synchronousDonatedMeCard:", (), _read_either, _CARD_CLASSES)
+    return Operation("synchronousDonatedMeCard:", (), _read_either, _CARD)
 
 
 def donations() -> Operation[list[Donation]]:
-    return Operation("meCardDonations:", (), _read_donations, _LIST_CLASSES)
+    return Operation("meCardDonations:", (), _read_donations, _LIST)
 
 
 def donate(values: Iterable[Donation]) -> Operation[None]:

@@ -12,10 +12,12 @@ from typing import Any, Generic, TypeVar
 
 from .errors import SERVICE, QuenletError, error, invalid, malformed
 from .messages import Kind, Message, MessageReader, pack
-from .wire import Reader, Value, WireError, WireObject, encode
+from .wire import Known, Reader, Value, WireError, WireObject, encode
 
 ERROR_CLASS = "Error"
-_ERROR_CLASSES = frozenset({ERROR_CLASS})
+ERROR = Known(
+    frozenset({ERROR_CLASS}), frozenset({"domain", "code", "userInfo", "DebugDescription"})
+)
 
 # How many bytes of answers that come in parts a client holds.
 ANSWER_LIMIT = 1 << 30
@@ -30,14 +32,14 @@ T = TypeVar("T")
 class Operation(Generic[T]):
     """A request of one of the agent's operations, and how its reply is read.
 
-    `read` takes the reply's values from a reader that knows `classes`, and raises what the agent
+    `read` takes the reply's values from a reader of what is `known`, and raises what the agent
     answered, or WireError if the values are not those of this operation.
     """
 
     name: str
     arguments: Sequence[Value]
     read: Callable[[Reader], T]
-    classes: frozenset[str] = _ERROR_CLASSES
+    known: Known = ERROR
 
 
 @dataclass(frozen=True)
@@ -125,7 +127,7 @@ class Connection:
     def _take(self, message: Message) -> Answer[Any] | None:
         identifier = message.identifier
         if message.kind == Kind.FAILURE and identifier == 0:
-            raise error_from(Reader(message.body, _ERROR_CLASSES).value())
+            raise error_from(Reader(message.body, ERROR).value())
         if identifier in self._forgotten:
             if message.kind != Kind.PART:
                 self._forgotten.remove(identifier)
@@ -160,14 +162,14 @@ class Connection:
 
 def _failure(message: Message) -> Answer[Any]:
     try:
-        failure = error_from(Reader(message.body, _ERROR_CLASSES).value())
+        failure = error_from(Reader(message.body, ERROR).value())
     except WireError as fault:
         failure = malformed(str(fault))
     return Answer(message.identifier, None, failure)
 
 
 def _reply(identifier: int, operation: Operation[Any], body: bytes | bytearray) -> Answer[Any]:
-    reader = Reader(body, operation.classes)
+    reader = Reader(body, operation.known)
     try:
         result = operation.read(reader)
         if not reader.at_end():

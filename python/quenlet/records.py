@@ -23,14 +23,29 @@ from .values import (
     PhoneNumber,
     PostalAddress,
 )
-from .wire import Value, WireError, WireObject, date_at, seconds_since_epoch
+from .wire import (
+    BOOLEAN,
+    DATA,
+    DATE,
+    DICTIONARY,
+    INTEGER,
+    LIST,
+    REAL,
+    STRING,
+    Known,
+    Record,
+    Value,
+    WireError,
+    WireObject,
+    date_at,
+    seconds_since_epoch,
+)
 
 DONATION_CLASS = "DonationValue"
 CARD_CLASS = "Contact"
 ACCOUNT_CLASS = "Account"
 
 _CONTENT_KEYS = ("nameComponents", "emailAddress", "phoneNumber", "postalAddress", "imageData")
-_KNOWN_KEYS = frozenset((*_CONTENT_KEYS, "origin", "label", "style"))
 
 # From the names of the fields to those of the keys.
 _NAME_KEYS = {
@@ -52,6 +67,22 @@ _ADDRESS_KEYS = {
     "iso_country_code": "isoCountryCode",
 }
 
+_ORIGIN_KEYS = (
+    "bundleIdentifier",
+    "donationIdentifier",
+    "donationDate",
+    "expirationDate",
+    "clusterIdentifier",
+)
+_FIELD_KEYS = (*_ORIGIN_KEYS, *_NAME_KEYS.values(), *_ADDRESS_KEYS.values())
+_ENTRIES_KEYS = ("emailAddresses", "phoneNumbers", "postalAddresses")
+
+CARD_KEYS = frozenset((*_ENTRIES_KEYS, "imageData", "value", "label", "valueOrigin", *_FIELD_KEYS))
+DONATION = Known(
+    frozenset({DONATION_CLASS}),
+    frozenset((*_CONTENT_KEYS, "origin", "label", "style", *_FIELD_KEYS)),
+)
+
 T = TypeVar("T")
 
 
@@ -64,7 +95,7 @@ def donation_object(donation: Donation) -> WireObject:
 
 def donation_from(value: Value) -> Donation:
     record = _content_of(value, DONATION_CLASS)
-    if not all(key in _KNOWN_KEYS or _is_property_list(record[key]) for key in record):
+    if not _is_property_list(record):
         raise WireError("a donation that is no property list")
     found = [key for key in _CONTENT_KEYS if key in record]
     if len(found) != 1:
@@ -132,7 +163,8 @@ def _origin_record(origin: Origin) -> dict[str, Value]:
 def _content_from(record: Mapping[str, Value], key: str) -> Content:
     if key == "nameComponents":
         components = _dictionary(record, key)
-        if not all(isinstance(each, str) for each in components.values()):
+        known_are_texts = all(isinstance(each, str) for each in components.values())
+        if not known_are_texts or not components.unknown_are(STRING):
             raise WireError("a component of a name that is no text")
         return Name(**_texts(components, _NAME_KEYS))
     if key == "imageData":
@@ -193,16 +225,16 @@ def _postal_address(entry: Mapping[str, Value]) -> PostalAddress:
     return PostalAddress(**texts, label=_required(entry, "label", str))
 
 
-def _content_of(value: Value, class_name: str) -> dict[str, Value]:
+def _content_of(value: Value, class_name: str) -> Record:
     if not isinstance(value, WireObject) or value.class_name != class_name:
         raise WireError(f"not a {class_name}")
-    if not isinstance(value.content, dict):
+    if not isinstance(value.content, Record):
         raise WireError(f"a {class_name} that is no dictionary")
     return value.content
 
 
-def _dictionary(record: Mapping[str, Value], key: str) -> dict[str, Value]:
-    return _required(record, key, dict)
+def _dictionary(record: Mapping[str, Value], key: str) -> Record:
+    return _required(record, key, Record)
 
 
 def _required(record: Mapping[str, Value], key: str, kind: type[T]) -> T:
@@ -222,7 +254,9 @@ def _texts(record: Mapping[str, Value], keys: Mapping[str, str]) -> dict[str, An
 
 
 def _is_property_list(value: Value) -> bool:
-    if isinstance(value, dict):
+    if isinstance(value, Record):
+        if not value.unknown_are(BOOLEAN, INTEGER, REAL, DATE, STRING, DATA, LIST, DICTIONARY):
+            return False
         return all(map(_is_property_list, value.values()))
     if isinstance(value, list):
         return all(map(_is_property_list, value))

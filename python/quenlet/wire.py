@@ -1,13 +1,15 @@
 """Values as bytes: what requests, answers and notifications are made of.
 
 Whoever sends the bytes is taken for an enemy. Decoding needs memory in proportion to the bytes that
-are there, whatever sizes they announce, and ends with a `WireError` at the first fault.
+are there, whatever sizes they announce, and ends with a `WireError` at the first fault. What stands
+under keys that the reader does not know is checked, but not kept.
 """
 
 from __future__ import annotations
 
 import math
 import struct
+import sys
 from collections.abc import Iterator, Mapping, Sequence
 from dataclasses import dataclass
 from datetime import datetime, timedelta, timezone
@@ -24,7 +26,8 @@ _FIRST_DATE = datetime.min.replace(tzinfo=timezone.utc)
 _LAST_DATE = datetime.max.replace(tzinfo=timezone.utc)
 
 # A decoded value is larger than its bytes, up to sixty times for an empty list. So a body may hold
-# these many values, and one more for each so many of its bytes: more than any value of the agent's.
+# these many values that are kept, and one more for each so many of its bytes: more than any value
+# of the agent's.
 _FREE_VALUES = 1_000
 _BYTES_A_VALUE = 4
 
@@ -39,6 +42,29 @@ class WireObject:
 
     class_name: str
     content: "Value"
+
+
+class Record(dict[str, "Value"]):
+    """A dictionary without its unknown keys."""
+
+    __slots__ = ("unknown_kinds",)
+
+    def __init__(self) -> None:
+        super().__init__()
+        # A bit for each kind of value under unknown keys, at any depth.
+        self.unknown_kinds = 0
+
+    def unknown_are(self, *kinds: int) -> bool:
+        """Whether all values under unknown keys are of these kinds, at any depth."""
+        return not self.unknown_kinds & ~sum(1 << kind for kind in kinds)
+
+
+@dataclass(frozen=True)
+class Known:
+    """The classes of objects that may occur, and the keys whose values are kept, at any depth."""
+
+    classes: frozenset[str] = frozenset()
+    keys: frozenset[str] = frozenset()
 
 
 Value = Union[
@@ -154,11 +180,13 @@ def date_at(seconds: float) -> datetime:
 class Reader:
     """Takes values off the front of some bytes. After a WireError it is of no use."""
 
-    def __init__(self, data: bytes | bytearray, classes: frozenset[str] = frozenset()) -> None:
-        """`classes` names the objects that may occur, at any depth. `data` must stay as it is."""
+    def __init__(self, data: bytes | bytearray, known: Known) -> None:
+        """`data` must stay as it is."""
         self._data = data
-        self._classes = classes
+        self._known = known
         self._at = 0
+        self._is_keeping = True
+        self._kinds = 0
         self._values_left = _FREE_VALUES + len(data) // _BYTES_A_VALUE
 
     def at_end(self) -> bool:
@@ -182,10 +210,8 @@ class Reader:
             yield self._value(1)
 
     def _value(self, depth: int) -> Value:
-        self._values_left -= 1
-        if self._values_left < 0:
-            raise WireError("too many values")
         kind = self._byte()
+        self._count(kind)
         if kind == STRING:
             return self._text()
         if kind == DICTIONARY or kind == LIST or kind == OBJECT:
@@ -205,24 +231,50 @@ class Reader:
             return self._boolean()
         raise WireError("an unknown type of value")
 
+    def _count(self, kind: int) -> None:
+        if not self._is_keeping:
+            self._kinds |= 1 << kind
+            return
+        self._values_left -= 1
+        if self._values_left < 0:
+            raise WireError("too many values")
+
     def _container(self, kind: int, depth: int) -> Value:
         if depth > NESTING_LIMIT:
             raise WireError(f"nested more than {NESTING_LIMIT} deep")
         if kind == OBJECT:
             name = self._text()
-            if name not in self._classes:
+            if name not in self._known.classes:
                 raise WireError("an object of a class that does not belong here")
             return WireObject(name, self._value(depth))
-        size = self._size()
-        if kind == LIST:
-            return [self._value(depth) for _ in range(size)]
-        dictionary: dict[str, Value] = {}
-        for _ in range(size):
+        if kind == DICTIONARY:
+            return self._dictionary(depth)
+        if self._is_keeping:
+            return [self._value(depth) for _ in range(self._size())]
+        for _ in range(self._size()):
+            self._value(depth)
+        return None
+
+    def _dictionary(self, depth: int) -> Value:
+        record = Record()
+        for _ in range(self._size()):
             if self._byte() != STRING:
                 raise WireError("a key that is no string")
             key = self._text()
-            dictionary[key] = self._value(depth)
-        return dictionary
+            if not self._is_keeping:
+                self._value(depth)
+            elif key in self._known.keys:
+                record[sys.intern(key)] = self._value(depth)
+            else:
+                record.unknown_kinds |= self._pass_over(depth)
+        return record
+
+    def _pass_over(self, depth: int) -> int:
+        """Checks a value without keeping it. Returns a bit for each kind of value in it."""
+        self._is_keeping, self._kinds = False, 0
+        self._value(depth)
+        self._is_keeping = True
+        return self._kinds
 
     def _boolean(self) -> bool:
         byte = self._byte()

@@ -15,8 +15,9 @@ from conftest import donation
 import quenlet
 from quenlet import EmailAddress, Image, QuenletError, extension
 from quenlet.messages import Kind, Message, MessageReader, pack
-from quenlet.records import DONATION_CLASS, donation_object
-from quenlet.wire import Reader, WireObject, encode
+from quenlet.protocol import ERROR
+from quenlet.records import DONATION, DONATION_CLASS, donation_object
+from quenlet.wire import Known, Reader, WireObject, encode
 
 RENEW = "renewExpirationDateForDonatedValue:acknowledgementHandler:"
 DONATE_ALL = "redonateAllValuesWithReason:"
@@ -49,6 +50,7 @@ BAD_RECORDS: dict[str, Any] = {
     "no content": {},
     "two contents": {"imageData": b"", "nameComponents": {}},
     "number in a name": {"nameComponents": {"new": 1}},
+    "number under another's key": {"nameComponents": {"street": 1}},
     "null in a list": {"imageData": b"", "new": [None]},
     "flag for a style": {"postalAddress": {}, "label": "", "style": True},
 }
@@ -89,7 +91,9 @@ REQUESTS: dict[str, Any] = {
 def test_answers_each_request(row: str) -> None:
     body, expected = REQUESTS[row]
     [answer] = MessageReader().feed(extension.answer(Message(Kind.REQUEST, 17, body), Donor()))
-    values = Reader(answer.body, frozenset({DONATION_CLASS, "Error"}))
+    values = Reader(
+        answer.body, Known(DONATION.classes | ERROR.classes, DONATION.keys | ERROR.keys)
+    )
     result: Any = values.value()
     fault: Any = result if answer.kind == Kind.FAILURE else values.value()
     assert answer.identifier == 17 and values.at_end() and "zoe" not in str(fault)

@@ -5,6 +5,7 @@ from __future__ import annotations
 import contextlib
 import struct
 import threading
+import tracemalloc
 from collections.abc import Iterator
 from pathlib import Path
 
@@ -54,6 +55,8 @@ FAILURE = b"\x09\5Error\x08\3" + text("domain") + text("dom") + text("code") + b
 FAILURE += text("more") + b"\0"
 NO_CODE = b"\x09\5Error\x08\1" + text("domain") + text("d")
 
+MILLION = b"\7\x80\x80\x40" + b"\7\0" * 2**20
+
 MALFORMED_REPLIES = {
     "no values": b"",
     "neither": b"\0\0",
@@ -72,7 +75,7 @@ MALFORMED_REPLIES = {
     "endless size": nickname(b"\5" + b"\xff" * 40),
     "huge text": nickname(b"\5" + b"\xff" * 8 + b"\x7fx"),
     "huge list": new(b"\7" + b"\xff" * 8 + b"\x7f\0"),
-    "a million lists": new(b"\7\x80\x80\x40" + b"\7\0" * 2**20),
+    "a million lists": nickname(MILLION),
     "deep": new(b"\7\1" * 63 + b"\0"),
     "infinite date": new(b"\4" + INFINITE),
     "entry without label": mail(b"\x08\1" + text("value") + text("x")),
@@ -146,6 +149,19 @@ def test_reads_what_python_cannot_hold(home: Path, ask: Ask) -> None:
     [entry] = read.email_addresses
     assert (entry.content.address, entry.origin.expiration_date.year) == ("a@b.example", 9999)
     assert "a@b" not in repr(read)
+
+
+def test_keeps_nothing_under_unknown_keys() -> None:
+    connection = Connection()
+    connection.request(operations.card())
+    records = b"\7\x80\x80\4" + (b"\x08\1" + text("x") + b"\7\1\0") * 2**16
+    data = message(1, contact(text("new") + records, text("newer") + MILLION))
+    tracemalloc.start()
+    [answer] = connection.receive(data)
+    peak = tracemalloc.get_traced_memory()[1]
+    tracemalloc.stop()
+    assert answer.result == Card()
+    assert peak < 4 * len(data)
 
 
 def test_holds_parts_within_bounds_and_drops_late_ones() -> None:
