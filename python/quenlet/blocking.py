@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import select
 import time
-from collections.abc import Iterable, Iterator
+from collections.abc import Generator, Iterable
 from typing import Any, TypeVar
 
 from . import location, notifications, operations
@@ -31,11 +31,7 @@ class _Stream:
         self._is_moving = False
 
     def perform(self, operation: Operation[T], deadline: float) -> T:
-        self._channel.check_owner()
-        if self._is_moving:
-            self._end(broken("a signal handler has interrupted an operation"))
-        if self._failure:
-            raise error(*self._failure.args)
+        self._check()
         while self._unsent:  # A former request has timed out half-way.
             self._exchange(deadline)
         identifier, data = self._connection.request(operation)
@@ -54,7 +50,7 @@ class _Stream:
 
     def wait_for(self, receiver: notifications.Receiver) -> None:
         """Waits until a notification may have come. Raises ConnectionBroken when the agent ends."""
-        self._channel.check_owner()
+        self._check()
         poll = select.poll()
         poll.register(receiver, select.POLLIN)
         poll.register(self._channel, select.POLLIN)
@@ -68,6 +64,14 @@ class _Stream:
     def close(self) -> None:
         self._end(broken("the client is closed"))
         self._channel.close()
+
+    def _check(self) -> None:
+        """Raises what has ended the connection, if anything has."""
+        self._channel.check_owner()
+        if self._is_moving:
+            self._end(broken("a signal handler has interrupted an operation"))
+        if self._failure:
+            raise error(*self._failure.args)
 
     def _end(self, failure: QuenletError) -> None:
         self._failure = self._failure or failure
@@ -136,17 +140,21 @@ class Client:
 
     def __enter__(self) -> Client:
         """Connects. Raises NoAgent, or TimedOut if the agent does not accept in time."""
+        if self._stream:
+            raise RuntimeError("the client is in use")
         self._stream = _Stream(self._deadline())
         return self
 
     def __exit__(self, *_: object) -> None:
         if self._stream:
             self._stream.close()
+            self._stream = None
 
     def close(self) -> None:
         """Ends the connection. What waits in another thread ends with ConnectionBroken."""
-        if self._stream:
-            self._stream.shut()
+        stream = self._stream  # Its thread may end it meanwhile.
+        if stream:
+            stream.shut()
 
     def card(self) -> Card:
         return self._perform(operations.card())
@@ -178,7 +186,7 @@ class Client:
     def change_account(self, old: Account | None, new: Account | None) -> None:
         self._perform(operations.change_account(old, new))
 
-    def changes(self) -> Iterator[Card | None]:
+    def changes(self) -> Generator[Card | None, None, None]:
         stream = self._connected_stream()
         with notifications.Receiver() as receiver:
             card = self._card_if_any()

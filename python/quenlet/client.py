@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import asyncio
-from collections.abc import AsyncIterator, Awaitable, Iterable
+from collections.abc import AsyncGenerator, Awaitable, Iterable
 from typing import Any, TypeVar
 
 from . import location, notifications, operations
@@ -133,11 +133,14 @@ class Client:
 
     async def __aenter__(self) -> Client:
         """Connects. Raises NoAgent, or TimedOut if the agent does not accept in time."""
+        if self._stream:
+            raise RuntimeError("the client is in use")
         self._stream = await self._in_time(_connected())
         return self
 
     async def __aexit__(self, *_: object) -> None:
         self.close()
+        self._stream = None
 
     def close(self) -> None:
         """Ends the connection. Operations under way end with ConnectionBroken."""
@@ -188,7 +191,7 @@ class Client:
         """Tells of an account as it was and as it is; None before it was added, once removed."""
         await self._perform(operations.change_account(old, new))
 
-    async def changes(self) -> AsyncIterator[Card | None]:
+    async def changes(self) -> AsyncGenerator[Card | None, None]:
         """Yields the card, and again whenever it has become another one: None while there is none,
         since donations are off or the agent is just starting.
 

@@ -130,7 +130,7 @@ PropertyList = Union[
 class Account:
     """An account of the owner's, from which the agent takes a name and an address."""
 
-    identifier: str
+    identifier: str = field(repr=False)
     type: str | None = None
     username: str | None = field(default=None, repr=False)
     active: bool = False

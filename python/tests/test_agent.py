@@ -196,6 +196,26 @@ def test_leaves_the_parents_connection_alone_in_a_forked_child(agent: Agent) -> 
         assert (me.card(), sockets(agent)) == (quenlet.Card(), before)
 
 
+def test_cannot_be_entered_twice_or_followed_after_its_end(agent: Agent) -> None:
+    me = quenlet.blocking.Client()
+    with me:
+        changes = me.changes()
+        next(changes)
+        assert isinstance(error_of(me.__enter__), RuntimeError)
+        assert me.card() == quenlet.Card()
+    assert code(error_of(lambda: next(changes))) == BROKEN
+    with me:
+        assert me.card() == quenlet.Card()
+
+    async def enter_twice() -> None:
+        async with quenlet.Client() as us:
+            with pytest.raises(RuntimeError):
+                await us.__aenter__()
+            assert await us.card() == quenlet.Card()
+
+    asyncio.run(enter_twice())
+
+
 def sockets(agent: Agent) -> int:
     """The sockets that wait for notifications."""
     return len(os.listdir(agent.home / RUNTIME / "quenlet/notifications"))
