@@ -118,12 +118,13 @@ def _donate_all(arguments: list[Value], donor: Donor) -> bytes:
 
 def _asked(ask: Callable[[], Value]) -> bytes:
     try:
-        return encode([ask(), None])
-    except QuenletError as fault:
-        refusal = fault
+        try:
+            return encode([ask(), None])
+        except QuenletError as fault:
+            return encode([None, error_object(fault)])
     except Exception:  # An author's code may raise anything, and its text may quote values.
         refusal = error(EXTENSION, 9, "the donor's own code raised an exception")
-    return encode([None, error_object(refusal)])
+        return encode([None, error_object(refusal)])
 
 
 def _taken_over() -> socket.socket | None:

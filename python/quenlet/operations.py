@@ -70,7 +70,10 @@ def remove_all_rejections() -> Operation[None]:
 
 
 def change_account(old: Account | None, new: Account | None) -> Operation[None]:
-    accounts = [account_object(each) if each else None for each in (old, new)]
+    try:
+        accounts = [account_object(each) if each else None for each in (old, new)]
+    except WireError as fault:
+        raise invalid(str(fault)) from None
     return Operation("changeFromAccount:toAccount:completionHandler:", accounts, _read_completion)
 
 

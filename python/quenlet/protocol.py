@@ -64,7 +64,9 @@ def error_from(value: Value) -> QuenletError:
 
 
 def error_object(fault: QuenletError) -> WireObject:
-    """The Error object that `error_from` reads."""
+    """The Error object that `error_from` reads. Raises WireError if its parts have wrong types."""
+    if not isinstance(fault.domain, str) or type(fault.code) is not int:
+        raise WireError("an error without domain or code")
     details: Mapping[str, Value] = {"DebugDescription": fault.sentence} if fault.sentence else {}
     content: Value = {"domain": fault.domain, "code": fault.code, "userInfo": details}
     return WireObject(ERROR_CLASS, content)

@@ -88,6 +88,8 @@ T = TypeVar("T")
 
 def donation_object(donation: Donation) -> WireObject:
     """Raises WireError for a donation without content, or whose dates have no time zone."""
+    if not isinstance(donation, Donation) or not isinstance(donation.origin, Origin):
+        raise WireError("a donation is a Donation with an Origin")
     record = _content_record(donation.content)
     record["origin"] = _origin_record(donation.origin)
     return WireObject(DONATION_CLASS, record)
@@ -116,6 +118,8 @@ def card_from(value: Value) -> Card:
 
 
 def account_object(account: Account) -> WireObject:
+    if isinstance(account.data_classes, str):
+        raise WireError("one data class where several belong")
     record: dict[str, Value] = {
         "identifier": account.identifier,
         "active": account.active,

@@ -112,6 +112,8 @@ def _append(out: bytearray, value: Value, depth: int) -> None:
     elif isinstance(value, str):
         _append_text(out, STRING, value)
     elif isinstance(value, (bytes, bytearray, memoryview)):
+        if isinstance(value, memoryview) and (value.ndim != 1 or value.itemsize != 1):
+            raise WireError("memory that is not bytes")
         out.append(DATA)
         _append_size(out, len(value))
         out += value
@@ -129,6 +131,8 @@ def _append_container(out: bytearray, value: Value, depth: int) -> None:
         out.append(DICTIONARY)
         _append_size(out, len(value))
         for key, item in value.items():
+            if not isinstance(key, str):
+                raise WireError("a key that is no string")
             _append_text(out, STRING, key)
             _append(out, item, depth)
     elif isinstance(value, Sequence):
@@ -158,8 +162,8 @@ def _append_size(out: bytearray, size: int) -> None:
 
 
 def seconds_since_epoch(date: datetime) -> float:
-    """The date as it travels. Raises WireError for one without a time zone."""
-    if date.tzinfo is None:
+    """The date as it travels. Raises WireError for one without a time zone, or for no datetime."""
+    if not isinstance(date, datetime) or date.utcoffset() is None:
         raise WireError("a date without a time zone")
     return (date - _EPOCH).total_seconds()
 

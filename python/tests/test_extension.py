@@ -35,6 +35,8 @@ class Donor:
     def all_donations(self, reason: int) -> Any:
         if reason == 2:
             raise QuenletError("com.example.error", 31, "no network")
+        if reason in (8, 9):
+            raise QuenletError("\ud800" if reason == 8 else "d", 2**63, "zoe")
         return {1: [], 3: [MAIL, MAIL], 2**64 - 4: [MAIL], 5: [SURROGATE]}[reason]
 
     def renew(self, donation: quenlet.Donation) -> Any:
@@ -72,6 +74,8 @@ REQUESTS: dict[str, Any] = {
     "two": (encode([DONATE_ALL, 3]), [donation_object(MAIL)] * 2),
     "unsigned": (encode([DONATE_ALL, -4]), [donation_object(MAIL)]),
     "its own error": (encode([DONATE_ALL, 2]), OWN_ERROR),
+    "error with a surrogate": (encode([DONATE_ALL, 8]), EXCEPTION),
+    "error with a huge code": (encode([DONATE_ALL, 9]), EXCEPTION),
     "exception": (encode([DONATE_ALL, 7]), EXCEPTION),
     "surrogate": (encode([DONATE_ALL, 5]), EXCEPTION),
     "no date": (renewal("none"), EXCEPTION),

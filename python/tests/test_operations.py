@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import json
-from datetime import datetime, timezone
+from datetime import date, datetime, timezone
 from typing import Any, cast
 
 import pytest
@@ -66,6 +66,7 @@ def test_tells_of_accounts(agent: Agent, ask: Ask) -> None:
     assert left == []
 
 
+WIDE = memoryview(b"12345678").cast("I")
 BAD_CONTENTS = {
     "no number": (PhoneNumber("none"), 4),
     "long": (EmailAddress(LONG), 501),
@@ -76,6 +77,11 @@ BAD_CONTENTS = {
 BAD_ARGUMENTS: dict[str, Any] = {
     "no zone": lambda me: me.donate([donation(Name(), "4", donation_date=datetime(2026, 1, 2))]),
     "null": lambda me: me.remove([None]),
+    "wide memory": lambda me: me.donate([donation(Image(cast(Any, WIDE)), "5")]),
+    "day": lambda me: me.donate([donation(Name(), "6", donation_date=date(2026, 1, 2))]),
+    "no donation": lambda me: me.donate([8]),
+    "number as key": lambda me: me.change_account(None, Account("7", properties=cast(Any, {7: 8}))),
+    "one data class": lambda me: me.change_account(None, Account("8", data_classes="mail")),
     "no list": lambda me: me.remove("com"),
     "no identifier": lambda me: me.change_account(None, Account("")),
 }
