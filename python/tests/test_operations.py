@@ -17,7 +17,6 @@ PHONE = donation(PhoneNumber("+49 30 1234567", "mobile"), "phone", cluster_ident
 HOME = donation(PostalAddress("1 Oak St\nFlat 2", city="Trier", country="DE", style=1), "home")
 OLD = datetime(1969, 7, 20, 4, tzinfo=timezone.utc)
 IMAGE = donation(Image(b"\x89PNG\0"), "image", donation_date=OLD)
-LONG = "x" * 70_000
 ALL = [NAME, MAIL, PHONE, HOME, IMAGE]
 
 
@@ -41,7 +40,6 @@ def test_gives_back_what_was_donated(agent: Agent, ask: Ask) -> None:
 CHANGES = {
     "remove": (lambda me: me.remove([f"{BUNDLE}:mail", f"{BUNDLE}:home"]), [NAME, PHONE, IMAGE]),
     "bundle": (lambda me: me.remove_bundle(BUNDLE), []),
-    "other bundle": (lambda me: me.remove_bundle("com.example.other"), ALL),
     "reject": (lambda me: me.reject(f"{BUNDLE}:phone"), [NAME, MAIL, HOME, IMAGE]),
     "reject cluster": (lambda me: me.reject_cluster("work"), [NAME, HOME, IMAGE]),
     "remove rejections": (lambda me: me.remove_all_rejections(), ALL),
@@ -69,21 +67,18 @@ def test_tells_of_accounts(agent: Agent, ask: Ask) -> None:
 WIDE = memoryview(b"12345678").cast("I")
 BAD_CONTENTS = {
     "no number": (PhoneNumber("none"), 4),
-    "long": (EmailAddress(LONG), 501),
     "surrogate": (EmailAddress("\ud800"), 4),
     "no value": (cast(Any, 8), 4),
     "32 MiB": (Image(bytes(2**25)), 6),
 }
 BAD_ARGUMENTS: dict[str, Any] = {
     "no zone": lambda me: me.donate([donation(Name(), "4", donation_date=datetime(2026, 1, 2))]),
-    "null": lambda me: me.remove([None]),
     "wide memory": lambda me: me.donate([donation(Image(cast(Any, WIDE)), "5")]),
     "day": lambda me: me.donate([donation(Name(), "6", donation_date=date(2026, 1, 2))]),
     "no donation": lambda me: me.donate([8]),
     "number as key": lambda me: me.change_account(None, Account("7", properties=cast(Any, {7: 8}))),
     "one data class": lambda me: me.change_account(None, Account("8", data_classes="mail")),
     "no list": lambda me: me.remove("com"),
-    "no identifier": lambda me: me.change_account(None, Account("")),
 }
 
 
@@ -94,4 +89,3 @@ def test_refuses_bad_arguments_and_goes_on(agent: Agent, ask: Ask, row: str) -> 
     refused, held = ask(operation, donations)
     assert (refused.code, held) == (number, [])
     assert isinstance(refused, InvalidArguments) == (number == 4)
-    assert LONG[:20] not in str(refused)
