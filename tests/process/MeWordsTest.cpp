@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include "tests/process/ProcessTest.h"
 
 namespace quenlet {
@@ -13,19 +11,6 @@ constexpr char picture[] = "PHOTO;ENCODING=b:R0lGODlhAQABAAAAADs=";
 
 class MeWordsTest : public ProcessTest {
  protected:
-  // Puts a command of that name in front of the system's, which writes `text`.
-  void replaceSystemctl(const std::string& text) {
-    const auto directory = temporary / "commands";
-    writeFile(directory / "systemctl", "#!/bin/sh\necho " + text + "\n", 0700);
-    ::setenv("PATH", (directory.native() + ":/usr/bin:/bin").c_str(), 1);
-  }
-
-  void TearDown() override {
-    ::setenv("PATH", formerPath.c_str(), 1);
-    ProcessTest::TearDown();
-  }
-
-  const std::string formerPath = ::getenv("PATH");
   const std::filesystem::path own = temporary / "own.vcf";
 };
 
@@ -36,31 +21,26 @@ TEST_F(MeWordsTest, TellsSoonThatTheAgentHangsWhateverTheWord) {
   const auto exported = temporary / "exported.plist";
   writeFile(exported, quenlet({"export"}).out);
   agent->signal(SIGSTOP);
-  const std::vector<Row> rows = {
+  std::vector<Row> rows = {
       {{"card"}, 3, {"service-error 11", "hint: systemctl --user restart quenlet-agent\n"}},
       {{"list"}, 3, {"did not answer within 5 seconds"}},
       {{"status"}, 3, {"Agent       does not answer\n", "hint: "}},
       {{"status", "--json"}, 3, {"\"agentAnswers\":false"}},
-      {{"me"}, 3, {"service-error 11"}},
-      {{"why", "x"}, 3, {"service-error 11"}},
-      {{"undo"}, 3, {"service-error 11"}},
       {{"import", exported}, 3, {"service-error 11"}},
-      {{"me", "--get", "phone"}, 3, {"service-error 11"}},
-      {{"clear-rejections"}, 3, {"service-error 11"}},
+      {{"donate", own, "--bundle", "com.example.mail"}, 3, {"service-error 11"}},
       {{"complete", "bundles"}, 0, {}},
       {{"reset", "--yes"}, 1, {"not-possible 1"}},
       {{"clients"}, 0, {}},
       {{"rejections"}, 0, {}},
-      {{"export"}, 3, {"service-error 11"}},
-      {{"show", "--output", "-"}, 3, {"service-error 11"}},
-      {{"donate", own, "--bundle", "com.example.mail"}, 3, {"service-error 11"}},
-      {{"remove", "id"}, 3, {"service-error 11"}},
-      {{"forget", "com.example.mail"}, 3, {"service-error 11"}},
-      {{"reject", "id"}, 3, {"service-error 11"}},
-      {{"reject-cluster", "id"}, 3, {"service-error 11"}},
-      {{"account", "add", "--id", "id"}, 3, {"service-error 11"}},
       {{"doctor"}, 1, {"NOT WELL  agent", "do: systemctl --user restart quenlet-agent\n"}},
   };
+  for (const std::string line :
+       {"me", "why x", "undo", "me --get phone", "clear-rejections", "export", "show --output -",
+        "remove id", "forget com.example.mail", "reject id", "reject-cluster id",
+        "account add --id id"}) {
+    std::istringstream words(line);
+    rows.push_back({{std::istream_iterator<std::string>(words), {}}, 3, {"service-error 11"}});
+  }
   const auto begin = std::chrono::steady_clock::now();
   std::vector<std::unique_ptr<ChildProcess>> running;
   for (const Row& row : rows) {
@@ -144,7 +124,7 @@ TEST_F(MeWordsTest, PutsAnOwnCardInPlaceAndShowsItBeforeWhatWasDonated) {
 }
 
 TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
-  replaceSystemctl("enabled");
+  installCommand("systemctl", "echo enabled");
   std::filesystem::create_directories(home);
   ::setenv("XDG_RUNTIME_DIR", (temporary / "none").c_str(), 1);
   expect({{{"doctor"},
@@ -164,7 +144,7 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
   mayRemark = true;  // of the card
   writeFile(ownersCard, "no card");
   writeFile(home / "Library/Contacts/Feedback/feedback.plist", "<plist>");
-  replaceSystemctl("masked");
+  installCommand("systemctl", "echo masked");
   expect({{{"doctor", "--wide"},
            1,
            {"donations.plist is open to others\n", "do: chmod go= " + donationsFile.native(),

@@ -119,7 +119,10 @@ class ProcessTest : public testing::Test {
     ::unsetenv("XDG_CONFIG_HOME");
     ::setenv("XDG_RUNTIME_DIR", temporary.path().c_str(), 1);
   }
-  void TearDown() override { lookAtLog(); }
+  void TearDown() override {
+    ::setenv("PATH", formerPath.c_str(), 1);
+    lookAtLog();
+  }
 
   void startAgent() { startAgent({bin / "quenlet-agent"}); }
   void startAgent(std::vector<std::string> command) {
@@ -181,6 +184,12 @@ class ProcessTest : public testing::Test {
     EXPECT_EQ(run({"python3", "-c", program, donationsFile}).code, 0);
   }
 
+  // Puts a command of that name in front of the system's while the test lasts.
+  void installCommand(const std::string& name, const std::string& script) {
+    writeFile(commands / name, "#!/bin/sh\n" + script + "\n", 0700);
+    ::setenv("PATH", (commands.native() + ":" + formerPath).c_str(), 1);
+  }
+
   static std::string cardText(const std::string& fullName, const std::vector<std::string>& lines) {
     std::string text = "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + fullName + "\r\n";
     for (const std::string& line : lines) text += line + "\r\n";
@@ -197,16 +206,19 @@ class ProcessTest : public testing::Test {
   int countDonations() {
     const Ran ran = quenlet({"list", "--json"});
     if (ran.code != 0) return -1;
+    return occurrences(ran.out, "\"origin\":");
+  }
+  static int occurrences(const std::string& text, const std::string& part) {
     int count = 0;
-    for (std::size_t at = 0; (at = ran.out.find("\"origin\":", at)) != std::string::npos; ++at) {
-      ++count;
-    }
+    for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
     return count;
   }
 
   const std::filesystem::path bin =  // where the programs are
       std::filesystem::read_symlink("/proc/self/exe").parent_path();
   TemporaryDirectory temporary;
+  const std::string formerPath = ::getenv("PATH");
+  const std::filesystem::path commands = temporary / "commands";
   const std::filesystem::path home = temporary / "missing" / "home";
   const std::filesystem::path donationsFile = home / "Library/Contacts/Donations/donations.plist";
   const std::filesystem::path extensions = home / ".config/quenlet/extensions";

@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include "tests/process/ProcessTest.h"
 
 namespace quenlet {
@@ -15,27 +13,15 @@ class ShowWordTest : public ProcessTest {
     ::unsetenv("WAYLAND_DISPLAY");
   }
 
-  void TearDown() override {
-    ::setenv("PATH", formerPath.c_str(), 1);
-    ::unsetenv("WAYLAND_DISPLAY");
-    ProcessTest::TearDown();
-  }
-
   // A program of that name, which writes down what it is asked to open.
   void installOpener(const std::string& ending) {
-    const std::filesystem::path opener = temporary / "xdg-open";
-    writeFile(opener, "#!/bin/sh\nprintf '%s\\n' \"$@\" >>" + opened.native() + "\n" + ending);
-    ::chmod(opener.c_str(), 0700);
-    ::setenv("PATH", (temporary.path().native() + ":" + ::getenv("PATH")).c_str(), 1);
+    installCommand("xdg-open", "printf '%s\\n' \"$@\" >>" + opened.native() + "\n" + ending);
     ::setenv("WAYLAND_DISPLAY", "wayland-7", 1);
   }
   static mode_t modeOf(const std::filesystem::path& file) {
-    struct stat status {};
-    EXPECT_EQ(::stat(file.c_str(), &status), 0) << file;
-    return status.st_mode & 0777;
+    return static_cast<mode_t>(std::filesystem::status(file).permissions());
   }
 
-  const std::string formerPath = ::getenv("PATH");
   const std::filesystem::path opened = temporary / "opened";
   const std::filesystem::path page = temporary / "quenlet/pages/card.html";
 };
@@ -58,7 +44,7 @@ TEST_F(ShowWordTest, KeepsOnePrivatePageAndHasTheDesktopOpenIt) {
   EXPECT_THAT(readFile(page), HasSubstr("ann@example.org"));
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(page.parent_path()), {}), 1);
 
-  installOpener("exit 4\n");
+  installOpener("exit 4");
   EXPECT_THAT(quenlet({"show"}).err, StartsWith("quenlet: did not open it: xdg-open failed\n"));
 }
 

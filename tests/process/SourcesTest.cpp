@@ -33,11 +33,6 @@ class SourcesTest : public ProcessTest {
     writeTelephony("new", "<array>" + list + "</array>");
     std::filesystem::rename(telephony / "new", telephony / "sim.plist");
   }
-  static int occurrences(const std::string& text, const std::string& part) {
-    int count = 0;
-    for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
-    return count;
-  }
   static std::string dayInAMonth() {
     return Date::now().addingSeconds(30 * 86400).iso8601().substr(0, 10);
   }

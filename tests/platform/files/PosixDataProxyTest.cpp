@@ -30,9 +30,7 @@ class PosixDataProxyTest : public testing::Test {
     return outcome.ok() ? 0 : outcome.error()->code();
   }
   mode_t mode(const std::string& name) {
-    struct stat status {};
-    EXPECT_EQ(::stat((home / name).c_str(), &status), 0);
-    return status.st_mode & 07777;
+    return static_cast<mode_t>(std::filesystem::status(home / name).permissions());
   }
 
   TemporaryDirectory home;
