@@ -25,6 +25,12 @@ class RejectWordsTest : public ProcessTest {
     return run(command);
   }
 
+  void linkDonationsElsewhere() const {
+    std::filesystem::rename(donationsFile, elsewhere);
+    std::filesystem::create_symlink(elsewhere, donationsFile);
+  }
+
+  const std::filesystem::path elsewhere = home / "elsewhere.plist";
   const std::vector<std::string> robin = {"EMAIL;TYPE=home:robin@example.org",
                                           "EMAIL;TYPE=work:Robin@Example.org",
                                           "TEL:+49 (30) 1234567",
@@ -56,7 +62,6 @@ TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
       {{"reject", "3"}, 1, {"stale-number"}},
       {{"list"}, 0, {}},
       {{"reject", "2"}, 0, {"the postal address 12 Larch Lane, Springfield: 2 donations"}},
-      {{"reject", "2"}, 1, {"stale-number"}},
       {{"reject", "99"}, 1, {"no-match"}},
       {{"reject-cluster", "none"}, 1, {"no-match"}},
       {{"unreject", "joan@example.org"}, 1, {"quenlet: no-match 1: ", "hint: quenlet rejections"}},
@@ -75,13 +80,6 @@ TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
   EXPECT_THAT(quenlet({"rejections"}).out, HasSubstr("1  address"));
   EXPECT_EQ(atTerminal("y", {"unreject", "--all"}).code, 0);
   EXPECT_EQ(quenlet({"rejections"}).out, "Nothing is rejected.\n");
-  // The agent hears of the file's change beside its requests.
-  EXPECT_TRUE(eventually([&] {
-    return donate("com.example.mail", "Robin Berg", robin).code == 0 &&
-           donate("com.example.phone", "Robin Berg", robin).code == 0 && countDonations() == 12;
-  }));
-  expect({{{"forget", "com.example.mail"}, 0, {"Removed 6 donations, from com.example.mail.\n"}}});
-  EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
   expect({
       {{"remove", "Robin Berg", "nobody"}, 1, {"no-match"}},
       {{"remove", "Robin Berg", "com.example.mail:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:name",
@@ -94,8 +92,9 @@ TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
       {{"forget", "com.example.shop"},
        1,
        {"no-match", "hint: the donors: com.example.mail and com.example.phone"}},
+      {{"forget", "com.example.mail"}, 0, {"Removed 1 donation, from com.example.mail.\n"}},
   });
-  EXPECT_EQ(countDonations(), 10);
+  EXPECT_EQ(countDonations(), 1);
 }
 
 TEST_F(RejectWordsTest, RejectThenDonateThenUnrejectThenDonateGivesTheSameCard) {
@@ -113,6 +112,7 @@ TEST_F(RejectWordsTest, RejectThenDonateThenUnrejectThenDonateGivesTheSameCard) 
   EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
   EXPECT_EQ(countDonations(), 0);
   EXPECT_EQ(quenlet({"unreject", "--all", "--yes"}).code, 0);
+  // The agent hears of the file's change beside its requests.
   EXPECT_TRUE(eventually([&] {
     return donate("com.example.mail", "Robin Berg", robin).code == 0 &&
            quenlet({"card", "--format", "vcard"}).out == before;
@@ -133,9 +133,7 @@ TEST_F(RejectWordsTest, DisableLeavesNoValueBelowTheHomeOnceNoAgentRuns) {
   EXPECT_EQ(countDonations(), 7);
   EXPECT_EQ(stopAgent(), 0);
   const std::filesystem::path directory = donationsFile.parent_path();
-  const std::filesystem::path elsewhere = home / "elsewhere.plist";
-  std::filesystem::rename(donationsFile, elsewhere);
-  std::filesystem::create_symlink(elsewhere, donationsFile);
+  linkDonationsElsewhere();
   for (const char* name : {"donations.plist.damaged-7", ".donations.plist.quenlet-0123456789abcdef",
                            "tool-journal.plist.damaged-1"}) {
     std::filesystem::copy_file(elsewhere, directory / name);
@@ -165,9 +163,7 @@ TEST_F(RejectWordsTest, ResetRemovesAllButWhatIsTheOwners) {
   writeFile(ownersCard, cardText("Robin Berg", {}));
   startAgent();
   EXPECT_EQ(donate("com.example.mail", "Robin Berg", robin).code, 0);
-  const std::filesystem::path elsewhere = home / "elsewhere.plist";
-  std::filesystem::rename(donationsFile, elsewhere);
-  std::filesystem::create_symlink(elsewhere, donationsFile);
+  linkDonationsElsewhere();
   expect({
       {{"account", "add", "--id", "work"}, 0, {}},
       {{"reject", "+493012 34567"}, 0, {}},
