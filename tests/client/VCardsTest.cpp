@@ -13,22 +13,26 @@ namespace {
 TEST(VCardsTest, MakesDonationsOfAFileAndTellsWhatItLeavesOut) {
   const TemporaryDirectory directory;
   const std::string card = "BEGIN:VCARD\nVERSION:4.0\n";
-  directory.write("mail.vcf", card +
-                                  "UID:URN:uuid:4FBE8971-0d1f-4f35-9a52-6d0f3f6b1c01\nN:Berg;Ann;;;"
-                                  "\nTEL:none\nTEL;TYPE=cell:+4930123456\nEND:VCARD\n" +
-                                  card + "ADR;TYPE=home:;;Weg 1;Ulm;;89073;\nEND:VCARD\n" + card);
-  const DonationTerms terms{"app", "cluster", Date(1), Date(3)};
+  directory.write(
+      "mail.vcf",
+      card +
+          "UID:URN:uuid:4FBE8971-0d1f-4f35-9a52-6d0f3f6b1c01\nN:Berg;Ann;;;"
+          "\nEMAIL:a@x.org\nEMAIL:b@x.org\nTEL:none\nTEL;TYPE=cell:+4930123456\nEND:VCARD\n" +
+          card + "ADR;TYPE=home:;;Weg 1;Ulm;;89073;\nEND:VCARD\n" + card);
+  const DonationTerms terms{"a:b", "cluster", Date(1), Date(3)};
   const auto donation = [&](decltype(Donation::content) content, const std::string& identifier) {
-    return Donation{std::move(content), "app", identifier, "cluster", Date(1), Date(3)};
+    return Donation{std::move(content), "a:b", identifier, "cluster", Date(1), Date(3)};
   };
-  const std::string uid = "app:URN%3Auuid%3A4FBE8971-0d1f-4f35-9a52-6d0f3f6b1c01:";
-  const std::string digest = "app:" + Pseudonyms::withoutSecret().of("mail.vcf") + ":";
+  const std::string uid = "a%3Ab:URN%3Auuid%3A4FBE8971-0d1f-4f35-9a52-6d0f3f6b1c01:";
+  const std::string digest = "a%3Ab:" + Pseudonyms::withoutSecret().of("mail.vcf") + ":";
   const auto read = readVCards((directory / "mail.vcf").native(), terms);
   ASSERT_TRUE(read.ok());
   EXPECT_EQ(
       read.value().donations,
       (std::vector{
           donation(Name{.givenName = "Ann", .familyName = "Berg"}, uid + "name"),
+          donation(Email{"a@x.org", ""}, uid + "email:1"),
+          donation(Email{"b@x.org", ""}, uid + "email:2"),
           donation(Phone{"+4930123456", "cell"}, uid + "phone:1"),
           donation(Postal{{.street = "Weg 1", .city = "Ulm", .postalCode = "89073"}, {}, "home"},
                    digest + "2:address:1")}));

@@ -37,7 +37,6 @@ TEST_F(CompletionTest, OffersWordsOptionsAndWhatTheAgentHas) {
       {"a choice", "quenlet card --format j", "json"},
       {"a choice behind =", "quenlet card --format=vc", "vcard"},
       {"a donor", "quenlet forget c", "com.example.mail"},
-      {"a donor's option", "quenlet donate --bundle c", "com.example.mail"},
       {"not the value of another option", "quenlet card --format text --f", "--format"},
       {"what the shell takes for several words", "quenlet forget org:ex", "example"},
       {"a file", "quenlet donate /etc/hostnam", "/etc/hostname"},

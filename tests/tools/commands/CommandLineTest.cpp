@@ -73,7 +73,6 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
       {"card --format vcard", "synchronous",
        "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:Ann\r\nN:;Ann;;;\r\nEMAIL;TYPE=home:ann@example.org\r\n"},
       {"list", "list", "#  VALUE "},
-      {"why", "list", "Every donation is on the card.\n"},
       {"list --json", "list", R"([{"kind":"emailAddress","value":"ann@example.org",)"},
       {"clear-rejections", "clear", "The agent keeps no rejections of its own: "},
   };
@@ -119,12 +118,7 @@ TEST_F(CommandLineTest, ListsSomeOfTheDonationsAndSaysWhenNoneIsLikeThat) {
       {"list --bundle other --json", 0, "[]\n", ""},
       {"list --expiring", 0, "#  VALUE", ""},
       {"list --expiring=0 --bundle bundle", 0, "#  VALUE", ""},
-      {"list --expiring --hidden", 0, "The only donation is not like that.\n", ""},
       {"list --expiring=soon", 2, "", "quenlet: usage 2: "},
-      {"why 1", 0, "ann@example.org\n  Number 1, e-mail, from bundle as id in ", ""},
-      {"why Ann@Example.ORG", 0, "ann@example.org\n", ""},
-      {"why id", 0, "ann@example.org\n", ""},
-      {"why 2", 1, "", "quenlet: no-match 1: nothing that was donated is \"2\"\nhint: "},
   };
   for (const auto& [words, code, text, error] : rows) {
     EXPECT_EQ(run(words), code) << words;
