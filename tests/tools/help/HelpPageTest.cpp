@@ -37,32 +37,33 @@ TEST(HelpPageTest, ReadsTheParsersModel) {
   EXPECT_EQ(page.name('-'), "tool-say");
   EXPECT_EQ(page.options[2].choices, (std::vector<std::string>{"json", "text"}));
   EXPECT_EQ(helpText(page, {.width = 30}),
-            "Says them\n"
-            "\n"
-            "Usage: tool say\n"
-            "       [OPTIONS] FILE...\n"
-            "\n"
-            "Arguments:\n"
-            "  FILE...  Files\n"
-            "\n"
-            "Options:\n"
-            "  -h, --help   Print this help\n"
-            "               message and\n"
-            "               exit\n"
-            "  -q, --quiet  Quiet (not with\n"
-            "               --as)\n"
-            "  --as FORMAT  The form [json]\n"
-            "               (not with\n"
-            "               --quiet)\n"
-            "  --wide       Wide\n"
-            "\n"
-            "One. Two.\n"
-            "  tool say  a\n"
-            "  tool say b\n"
-            "\n"
-            "Three.\n"
-            "\n"
-            "Four.\n");
+            R"(Says them
+
+Usage: tool say
+       [OPTIONS] FILE...
+
+Arguments:
+  FILE...  Files
+
+Options:
+  -h, --help   Print this help
+               message and
+               exit
+  -q, --quiet  Quiet (not with
+               --as)
+  --as FORMAT  The form [json]
+               (not with
+               --quiet)
+  --wide       Wide
+
+One. Two.
+  tool say  a
+  tool say b
+
+Three.
+
+Four.
+)");
 }
 
 TEST(HelpTextTest, NoWordsHelpIsWiderThanATerminal) {

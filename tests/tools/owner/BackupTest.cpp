@@ -35,14 +35,8 @@ TEST(BackupTest, ReadsBackWhatItWrote) {
 
 TEST(BackupTest, TakesNothingOfWhatIsNotWhollyAnExport) {
   const PropertyListDictionary record = good().donations[0]->propertyListRepresentation();
-  const auto recordWith = [&](const char* key, PropertyList value) {
-    PropertyListDictionary changed = record;
-    changed.insert_or_assign(key, std::move(value));
-    return PropertyListArray{std::move(changed)};
-  };
   const PropertyListDictionary account = good().accounts[0].propertyListRepresentation();
-  const auto accountWith = [&](const char* key, PropertyList value) {
-    PropertyListDictionary changed = account;
+  const auto with = [](PropertyListDictionary changed, const char* key, PropertyList value) {
     changed.insert_or_assign(key, std::move(value));
     return PropertyListArray{std::move(changed)};
   };
@@ -57,17 +51,18 @@ TEST(BackupTest, TakesNothingOfWhatIsNotWhollyAnExport) {
       {"made", 7, "it has no date"},
       {"donations", PropertyListDictionary(), "it has no list of donations"},
       {"donations", PropertyListArray{record, 4}, "donation 2 cannot be read"},
-      {"donations", recordWith("origin", "app"), "donation 1 cannot be read"},
-      {"donations", recordWith("emailAddress", std::string(65'537, 'x')),
+      {"donations", with(record, "origin", "app"), "donation 1 cannot be read"},
+      {"donations", with(record, "emailAddress", std::string(65'537, 'x')),
        "donation 1: emailAddress is larger than 64 KiB"},
       {"donations", PropertyListArray{record, record},
        "donation 2 has the identifier of an earlier one"},
       {"feedback", "none", "it has no feedback"},
       {"feedback", PropertyListDictionary{{"me", 4}}, "its feedback is not a list"},
       {"accounts", 4, "it has no list of accounts"},
-      {"accounts", accountWith("active", "yes"), "account 1 cannot be read"},
-      {"accounts", accountWith("identifier", "../x"), "account 1: an account's identifier has"},
-      {"accounts", accountWith("username", std::string(1 << 20, 'x')), "account 1: write work.pl"},
+      {"accounts", with(account, "active", "yes"), "account 1 cannot be read"},
+      {"accounts", with(account, "identifier", "../x"), "account 1: an account's identifier has"},
+      {"accounts", with(account, "username", std::string(1 << 20, 'x')),
+       "account 1: write work.pl"},
       {"accounts", PropertyListArray{account, account},
        "account 2 has the identifier of an earlier one"},
       {"ownCard", "BEGIN:VCARD", "its own card is not data, or is too large"},
