@@ -204,9 +204,8 @@ ExitCode PreferenceWords::enable(Session& session) {
     session.out << "Donations were on already.\n";
   } else if (agentRuns) {
     session.say(
-        "Donations are on. The agent asks accounts and extensions; donations that it has not "
-        "deleted "
-        "yet stay.");
+        "Donations are on. The agent asks accounts and extensions; what it has not deleted yet "
+        "stays.");
   } else {
     if (const ErrorPtr error = scheduleAccounts()) return session.failWith(error);
     session.out << "Donations are on. No agent runs; the next one reads your accounts.\n";

@@ -104,21 +104,13 @@ std::string valuesTable(const HelpPage& program) {
 
 constexpr char bashFunction[] = R"sh(
 _quenlet() {
-  local line=${COMP_LINE:0:COMP_POINT} at='' wanted='' word cur typed value
+  local line=${COMP_LINE:0:COMP_POINT} at='' wanted='' cur typed value
   local -a words
   COMPREPLY=()
   read -ra words <<<"$line"
   [[ $line == *[[:blank:]] ]] && words+=('')
   cur=${words[${#words[@]} - 1]}
-  for word in "${words[@]:1:${#words[@]} - 2}"; do
-    if [[ -n $wanted ]]; then
-      wanted=''
-    elif [[ $word == -* ]]; then
-      [[ $word == *=* ]] || wanted=$(_quenlet_value "$at" "$word")
-    elif [[ " $(_quenlet_words "$at") " == *" $word "* ]]; then
-      at+=${at:+ }$word
-    fi
-  done
+  _quenlet_place "${words[@]:1:${#words[@]} - 2}"
   if [[ -z $wanted && $cur == --*=* ]]; then
     wanted=$(_quenlet_value "$at" "${cur%%=*}")
     cur=${cur#*=}
@@ -150,6 +142,22 @@ _quenlet() {
 complete -F _quenlet quenlet
 )sh";
 
+// Goes through the words before the cursor: sets the caller's `at` to the command's words among
+// them, and `wanted` to what the value of a last option is.
+constexpr char placeFunction[] = R"sh(_quenlet_place() {
+  local word
+  for word in "$@"; do
+    if [[ -n $wanted ]]; then
+      wanted=''
+    elif [[ $word == -* ]]; then
+      [[ $word == *=* ]] || wanted=$(_quenlet_value "$at" "$word")
+    elif [[ " $(_quenlet_words "$at") " == *" $word "* ]]; then
+      at+=${at:+ }$word
+    fi
+  done
+}
+)sh";
+
 // Values that may be there, one a line, each perhaps with a tab and an explanation behind it.
 constexpr char listFunction[] = R"sh(_quenlet_list() {
   case $1 in
@@ -162,17 +170,9 @@ constexpr char listFunction[] = R"sh(_quenlet_list() {
 
 constexpr char zshFunction[] = R"sh(
 _quenlet() {
-  local at='' wanted='' word cur=${words[CURRENT]} value text
+  local at='' wanted='' cur=${words[CURRENT]} value text
   local -a values shown
-  for word in "${(@)words[2,CURRENT-1]}"; do
-    if [[ -n $wanted ]]; then
-      wanted=''
-    elif [[ $word == -* ]]; then
-      [[ $word == *=* ]] || wanted=$(_quenlet_value "$at" "$word")
-    elif [[ " $(_quenlet_words "$at") " == *" $word "* ]]; then
-      at+=${at:+ }$word
-    fi
-  done
+  _quenlet_place "${(@)words[2,CURRENT-1]}"
   if [[ -z $wanted && $cur == --*=* ]]; then
     wanted=$(_quenlet_value "$at" "${cur%%=*}")
     compset -P '*='
@@ -249,13 +249,13 @@ std::string fishLines(const HelpPage& page) {
 
 std::string Completions::forBash(const HelpPage& program) {
   return "# Completion of quenlet's words, options and values for bash.\n\n" + wordsTable(program) +
-         optionsTable(program) + valuesTable(program) + listFunction + bashFunction;
+         optionsTable(program) + valuesTable(program) + placeFunction + listFunction + bashFunction;
 }
 
 std::string Completions::forZsh(const HelpPage& program) {
   return "#compdef quenlet\n# Completion of quenlet's words, options and values.\n\n" +
-         wordsTable(program) + optionsTable(program) + valuesTable(program) + listFunction +
-         zshFunction;
+         wordsTable(program) + optionsTable(program) + valuesTable(program) + placeFunction +
+         listFunction + zshFunction;
 }
 
 std::string Completions::forFish(const HelpPage& program) {
