@@ -136,9 +136,10 @@ struct EventLoop::State {
     return stopping;
   }
 
-  void waitForEvents() {
+  // Waits as epoll_wait() does: 0 not at all, -1 for as long as it takes.
+  void waitForEvents(int milliseconds) {
     std::array<epoll_event, 64> ready{};
-    const int count = ::epoll_wait(epoll.get(), ready.data(), ready.size(), -1);
+    const int count = ::epoll_wait(epoll.get(), ready.data(), ready.size(), milliseconds);
     if (count < 0) {
       if (errno == EINTR) return;
       throw std::system_error(errno, std::generic_category(), "wait for events");
@@ -211,9 +212,19 @@ void EventLoop::post(Block block) { state->postBlock(std::move(block)); }
 void EventLoop::run() {
   const std::shared_ptr<State> running = state;
   running->loopThread = std::this_thread::get_id();
-  while (!running->runPostedBlocks()) running->waitForEvents();
+  while (!running->runPostedBlocks()) running->waitForEvents(-1);
   running->loopThread = std::thread::id();
 }
+
+void EventLoop::dispatch() {
+  const std::shared_ptr<State> running = state;
+  running->loopThread = std::this_thread::get_id();
+  running->waitForEvents(0);
+  running->runPostedBlocks();
+  running->loopThread = std::thread::id();
+}
+
+int EventLoop::descriptor() const { return state->epoll.get(); }
 
 void EventLoop::stop() {
   MutexLock lock(state->mutex);

@@ -10,7 +10,8 @@
 namespace quenlet {
 
 // Waits on file descriptors and runs their handlers and posted blocks on the one thread that calls
-// run(). Level-triggered; epoll underneath. All operations but run() are thread-safe. An exception
+// run(), or dispatch() when another loop drives this one. Level-triggered; epoll underneath. All
+// operations but these two are thread-safe. An exception
 // ends only the handler or block that throws it (see runGuarded.h); a handler that cannot do its
 // part should cancel its watch, or it is called again. Destroying the loop drops blocks that have
 // not run. Watches may outlive the loop.
@@ -43,6 +44,9 @@ class EventLoop final {
   void post(Block block);
   // Runs handlers and blocks until stop(); blocks posted before the stop still run.
   void run();
+  // Runs what is due and does not wait. descriptor() is readable as long as something is.
+  void dispatch();
+  [[nodiscard]] int descriptor() const;
   // Makes run() return soon. Before run(), makes the next run() return at once.
   void stop();
   [[nodiscard]] bool isLoopThread() const;
