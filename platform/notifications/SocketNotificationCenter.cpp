@@ -1,34 +1,24 @@
 #include "platform/notifications/SocketNotificationCenter.h"
 
 #include <sys/epoll.h>
-#include <sys/random.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
-#include <cstdint>
 #include <map>
-#include <optional>
 #include <set>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/foundation/Mutex.h"
 #include "platform/foundation/StandardStreams.h"
-#include "platform/foundation/Text.h"
-#include "platform/notifications/NotificationDirectory.h"
+#include "platform/notifications/NotificationReceiver.h"
 #include "platform/scheduling/PatientThread.h"
-#include "platform/scheduling/attachedDescriptors.h"
 
 namespace quenlet {
 namespace {
-
-constexpr int datagramsPerTurn = 64;  // then other handlers of the loop get a turn
 
 struct NotificationObserver final {
   std::string name;
@@ -36,26 +26,6 @@ struct NotificationObserver final {
   std::atomic<bool> cancelled = false;
 };
 using ObserverPtr = std::shared_ptr<NotificationObserver>;
-
-bool isNotificationName(std::string_view text) {
-  return !text.empty() && text.size() <= SocketNotificationCenter::maximumNameSizeInBytes &&
-         isValidUTF8(text);
-}
-
-// The process identifier is for people who look into the directory. Thanks to the random part no
-// name is used twice, so removing a stale socket cannot hit a new one.
-Result<std::string> newSocketName() {
-  std::array<std::uint8_t, 16> random{};
-  if (::getrandom(random.data(), random.size(), 0) != static_cast<ssize_t>(random.size())) {
-    return Result<std::string>::failure(makePosixError(errno, "get random bytes"));
-  }
-  std::string name = std::to_string(::getpid()) + "-";
-  for (const std::uint8_t byte : random) {
-    name += "0123456789abcdef"[byte >> 4];
-    name += "0123456789abcdef"[byte & 15];
-  }
-  return Result<std::string>::success(std::move(name));
-}
 
 // Zero, or errno.
 int sendName(const FileDescriptor& socket, const std::string& name) {
@@ -66,13 +36,6 @@ int sendName(const FileDescriptor& socket, const std::string& name) {
 }  // namespace
 
 struct SocketNotificationCenter::State final : std::enable_shared_from_this<State> {
-  // This process's own socket.
-  struct Receiver {
-    std::shared_ptr<const NotificationDirectory> directory;
-    std::string name;
-    std::shared_ptr<const FileDescriptor> socket;
-    std::shared_ptr<EventLoop::Watch> watch;
-  };
   // Names that did not fit into the full queue of another process.
   struct Backlog {
     FileDescriptor socket;
@@ -87,12 +50,10 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   const std::filesystem::path directoryPath;
   std::atomic<bool> hasReported = false;
   Mutex mutex;
-  std::optional<Receiver> receiver GUARDED_BY(mutex);
+  // This process's own; null while nobody here observes.
+  std::shared_ptr<NotificationReceiver> receiver GUARDED_BY(mutex);
   std::multimap<std::string, ObserverPtr, std::less<>> observers GUARDED_BY(mutex);
   std::map<std::string, Backlog> backlogs GUARDED_BY(mutex);  // by the receiver's socket name
-  // Takes messages with descriptors attached, if the kernel cannot refuse them (see
-  // refuseDescriptors).
-  std::optional<PatientThread> patient GUARDED_BY(mutex);
   PatientThread sender;
   ConditionVariable changed;
   std::vector<std::string> posted GUARDED_BY(mutex);  // not sent yet, each name once
@@ -105,21 +66,12 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   }
 
   ErrorPtr openReceiver() REQUIRES(mutex) {
-    Result<NotificationDirectory> directory = NotificationDirectory::open(directoryPath);
-    if (!directory.ok()) return directory.error();
-    const Result<std::string> name = newSocketName();
-    if (!name.ok()) return name.error();
-    Result<FileDescriptor> socket = directory.value().bindSocket(name.value());
-    if (!socket.ok()) return socket.error();
-    if (!refuseDescriptors(socket.value().get())) patient.emplace();
-    receiver.emplace(
-        Receiver{std::make_shared<const NotificationDirectory>(std::move(directory).takeValue()),
-                 name.value(),
-                 std::make_shared<const FileDescriptor>(std::move(socket).takeValue()), nullptr});
-    receiver->watch =
-        eventLoop.watch(receiver->socket->get(), EPOLLIN, [weak = weak_from_this()](std::uint32_t) {
-          if (const auto state = weak.lock()) state->receive();
+    const auto opened = NotificationReceiver::open(
+        eventLoop, directoryPath, [weak = weak_from_this()](const std::string& name) {
+          if (const auto state = weak.lock()) state->notify(name);
         });
+    if (!opened.ok()) return opened.error();
+    receiver = opened.value();
     return nullptr;
   }
 
@@ -137,40 +89,6 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
         observers.erase(entry);
         return;
       }
-    }
-  }
-
-  // One datagram; nothing when none can be had now.
-  std::optional<std::string> receiveDatagram() EXCLUDES(mutex) {
-    std::array<char, maximumNameSizeInBytes + 1> buffer;  // one more, to notice longer names
-    MutexLock lock(mutex);
-    if (!receiver) return std::nullopt;
-    const int socket = receiver->socket->get();
-    const ssize_t size = patient ? receiveWithoutDescriptors(socket, buffer)
-                                 : ::recv(socket, buffer.data(), buffer.size(), MSG_DONTWAIT);
-    if (size < 0) {
-      if (patient && errno == EBADMSG) dropPatiently();
-      return std::nullopt;
-    }
-    return std::string(buffer.data(), static_cast<std::size_t>(size));
-  }
-
-  // Has another thread take the datagram with descriptors, as that may block. The socket is paused
-  // until then.
-  void dropPatiently() REQUIRES(mutex) {
-    receiver->watch->setEvents(0);
-    patient->perform([socket = receiver->socket, watch = receiver->watch] {
-      char first = 0;
-      [[maybe_unused]] const ssize_t size = ::recv(socket->get(), &first, 1, MSG_DONTWAIT);
-      watch->setEvents(EPOLLIN);
-    });
-  }
-
-  void receive() EXCLUDES(mutex) {
-    for (int count = 0; count < datagramsPerTurn; ++count) {
-      const std::optional<std::string> name = receiveDatagram();
-      if (!name) return;
-      if (isNotificationName(*name)) notify(*name);
     }
   }
 
@@ -218,8 +136,8 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     std::string withoutObserver;  // this process, if nobody here observes the name
     {
       MutexLock lock(mutex);
-      if (receiver) directory = receiver->directory;
-      if (receiver && !observers.contains(name)) withoutObserver = receiver->name;
+      if (receiver) directory = receiver->directory();
+      if (receiver && !observers.contains(name)) withoutObserver = receiver->socketName();
     }
     // Another directory may have taken its place since, with the sockets of later processes.
     if (!directory || !directory->isPrivateAt(directoryPath)) {
@@ -296,10 +214,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
     for (auto& [socketName, backlog] : backlogs) backlog.watch->cancel();
     backlogs.clear();
     if (!receiver) return;
-    receiver->watch->cancel();
-    receiver->directory->removeSocket(receiver->name);
-    // Closes descriptors attached to unread datagrams along with the socket, which may block.
-    if (patient) patient->perform([socket = std::move(receiver->socket)] {});
+    receiver->close();
     receiver.reset();
   }
 };
@@ -325,7 +240,7 @@ std::shared_ptr<Cancelable> SocketNotificationCenter::addObserver(const std::str
 }
 
 void SocketNotificationCenter::post(const std::string& name) {
-  if (isNotificationName(name)) state->post(name);
+  if (NotificationReceiver::isNotificationName(name)) state->post(name);
 }
 
 }  // namespace quenlet

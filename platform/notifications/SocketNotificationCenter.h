@@ -31,8 +31,6 @@ namespace quenlet {
 // post() or addObserver() tries again.
 class SocketNotificationCenter final : public DistributedNotificationCenter {
  public:
-  // Longer names, empty ones and names that are not UTF-8 are neither posted nor received.
-  static constexpr std::size_t maximumNameSizeInBytes = 255;
   static constexpr std::size_t maximumBacklogs = 32;
 
   // Throws std::system_error when the thread cannot be started.

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "platform/notifications/NotificationDirectory.h"
+#include "platform/notifications/NotificationReceiver.h"
 #include "tests/platform/ipc/RawPeer.h"
 #include "tests/platform/ipc/SystemCalls.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -94,7 +95,7 @@ TEST_F(SocketNotificationCenterTest, DoesNotCallAnObserverThatAnEarlierCallbackC
 }
 
 TEST_F(SocketNotificationCenterTest, IgnoresDatagramsThatAreNoNames) {
-  const std::string longest(SocketNotificationCenter::maximumNameSizeInBytes, 'n');
+  const std::string longest(NotificationReceiver::maximumNameSizeInBytes, 'n');
   observe(center, longest, "longest");
   observe(center, "", "empty");
   observe(center, "caf\xe9", "not UTF-8");

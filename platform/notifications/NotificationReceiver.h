@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/foundation/FileDescriptor.h"
+#include "platform/foundation/Mutex.h"
+#include "platform/notifications/NotificationDirectory.h"
+#include "platform/scheduling/EventLoop.h"
+#include "platform/scheduling/PatientThread.h"
+
+namespace quenlet {
+
+// A socket of this process's own in the directory of notifications, as long as it is open.
+// Thread-safe. Needs a thread only for descriptors that somebody attaches to a notification, on
+// kernels that cannot refuse them.
+class NotificationReceiver final : public std::enable_shared_from_this<NotificationReceiver> {
+ public:
+  // Longer names, empty ones and names that are not UTF-8 are none.
+  static constexpr std::size_t maximumNameSizeInBytes = 255;
+
+  // Calls `onName` on the loop's thread for every notification.
+  [[nodiscard]] static Result<std::shared_ptr<NotificationReceiver>> open(
+      EventLoop& eventLoop, const std::filesystem::path& directoryPath,
+      std::function<void(const std::string& name)> onName);
+  // As close().
+  ~NotificationReceiver();
+  NotificationReceiver(const NotificationReceiver&) = delete;
+  NotificationReceiver& operator=(const NotificationReceiver&) = delete;
+
+  // Removes the socket. The loop must still be there.
+  void close() EXCLUDES(mutex);
+
+  [[nodiscard]] const std::shared_ptr<const NotificationDirectory>& directory() const {
+    return parent;
+  }
+  [[nodiscard]] const std::string& socketName() const { return name; }
+
+  [[nodiscard]] static bool isNotificationName(std::string_view text);
+
+ private:
+  NotificationReceiver(NotificationDirectory directory, std::string socketName,
+                       FileDescriptor bound, std::function<void(const std::string& name)> onName);
+  void watchSocket(EventLoop& eventLoop) EXCLUDES(mutex);
+  void receive();
+  [[nodiscard]] std::optional<std::string> receiveDatagram() EXCLUDES(mutex);
+  void dropPatiently() REQUIRES(mutex);
+
+  const std::shared_ptr<const NotificationDirectory> parent;
+  const std::string name;
+  const std::function<void(const std::string& name)> take;
+  Mutex mutex;
+  std::shared_ptr<const FileDescriptor> socket GUARDED_BY(mutex);  // null once closed
+  std::shared_ptr<EventLoop::Watch> watch GUARDED_BY(mutex);
+  // Takes messages with descriptors attached, if the kernel cannot refuse them (see
+  // refuseDescriptors).
+  std::optional<PatientThread> patient GUARDED_BY(mutex);
+};
+
+}  // namespace quenlet
