@@ -1,6 +1,5 @@
 #include "client/CorvelProxy.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "platform/ipc/ErrorWire.h"
@@ -50,61 +49,29 @@ Result<ContactPtr> decodeEitherReply(const Result<std::string>& outcome) {
 }  // namespace
 
 CorvelProxy::CorvelProxy(Patience patience)
-    : CorvelProxy([patience] {
-        return ServiceClient::connect(CorvelServiceName, makeCorvelInterface(), patience);
-      }) {}
+    : CorvelProxy(std::make_shared<AgentConnection>(patience), nullptr) {}
 
-CorvelProxy::CorvelProxy(Connect connectToAgent) : connect(std::move(connectToAgent)) {}
+CorvelProxy::CorvelProxy(AgentConnection::Connect connectToAgent)
+    : CorvelProxy(std::make_shared<AgentConnection>(std::move(connectToAgent)), nullptr) {}
 
-CorvelProxy::ConnectionPtr CorvelProxy::livingConnection() {
-  if (!current || current->client->isBroken()) return nullptr;
-  ++current->callsUnderWay;
-  return current;
-}
-
-// Returns a working connection and counts the call. A broken one cannot be destroyed at once: its
-// destructor joins the thread that runs the handlers, and a handler may be calling this.
-//
-//   current --broken, at the next call--> retired --callsUnderWay is 0--> finished: destroyed here,
-//                                                                         after the lock
-Result<CorvelProxy::ConnectionPtr> CorvelProxy::takeConnection() {
-  {
-    MutexLock lock(mutex);
-    if (ConnectionPtr living = livingConnection()) return Result<ConnectionPtr>::success(living);
-  }
-  // Connecting can take as long as the time limit, so not under the lock. Another thread may have
-  // connected meanwhile; then ours is dropped unused.
-  Result<std::shared_ptr<ServiceClient>> connected = connect();
-  if (!connected.ok()) return Result<ConnectionPtr>::failure(connected.error());
-  std::vector<ConnectionPtr> finished;
-  MutexLock lock(mutex);
-  if (ConnectionPtr living = livingConnection()) return Result<ConnectionPtr>::success(living);
-  if (current) retired.push_back(std::move(current));
-  const auto busy = std::partition(retired.begin(), retired.end(), [](const ConnectionPtr& old) {
-    return old->callsUnderWay == 0;
-  });
-  finished.assign(std::make_move_iterator(retired.begin()), std::make_move_iterator(busy));
-  retired.erase(retired.begin(), busy);
-  current = std::make_shared<Connection>(connected.value());
-  ++current->callsUnderWay;
-  return Result<ConnectionPtr>::success(current);
-}
+CorvelProxy::CorvelProxy(std::shared_ptr<AgentConnection> shared,
+                         std::shared_ptr<ClientLoop> handlerLoop)
+    : connection(std::move(shared)), loop(std::move(handlerLoop)) {}
 
 void CorvelProxy::call(const char* selector, std::string encodedArguments,
                        ServiceClient::Completion completion) {
-  const Result<ConnectionPtr> connection = takeConnection();
-  if (!connection.ok()) {
-    completion(Result<std::string>::failure(connection.error()));
-    return;
+  const auto client = connection->working();
+  if (!client.ok() && loop) {
+    loop->events.post([completion = std::move(completion), error = client.error()] {
+      completion(Result<std::string>::failure(error));
+    });
+  } else if (!client.ok()) {
+    completion(Result<std::string>::failure(client.error()));
+  } else if (loop) {
+    client.value()->call(selector, std::move(encodedArguments), std::move(completion), loop);
+  } else {
+    completion(client.value()->callAndWait(selector, std::move(encodedArguments)));
   }
-  // By reference: the connection lives until all its completions have returned, and a completion
-  // that owned it could destroy it on its own thread.
-  Connection& used = *connection.value();
-  used.client->call(selector, std::move(encodedArguments),
-                    [&used, completion = std::move(completion)](Result<std::string> reply) {
-                      completion(std::move(reply));
-                      --used.callsUnderWay;
-                    });
 }
 
 void CorvelProxy::callForError(const char* selector, std::string encodedArguments,
@@ -157,12 +124,9 @@ void CorvelProxy::fetchDonatedMeCard(ContactReply reply) {
 }
 
 void CorvelProxy::synchronousDonatedMeCard(EitherContactReply reply) {
-  const Result<ConnectionPtr> connection = takeConnection();
-  if (!connection.ok()) return reply(Result<ContactPtr>::failure(connection.error()));
-  const Result<std::string> outcome =
-      connection.value()->client->callSynchronously(CorvelSelector::synchronousFetch, {});
-  --connection.value()->callsUnderWay;
-  reply(decodeEitherReply(outcome));
+  const auto client = connection->working();
+  if (!client.ok()) return reply(Result<ContactPtr>::failure(client.error()));
+  reply(decodeEitherReply(client.value()->callAndWait(CorvelSelector::synchronousFetch, {})));
 }
 
 void CorvelProxy::meCardDonations(DonationsReply reply) {

@@ -1,13 +1,10 @@
 #pragma once
 
-#include <atomic>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "platform/foundation/Mutex.h"
-#include "platform/ipc/ServiceClient.h"
+#include "client/AgentConnection.h"
 #include "protocol/CorvelProtocol.h"
 
 namespace quenlet {
@@ -27,26 +24,23 @@ namespace quenlet {
 //       });
 //
 // A donation replaces the one with the same donation identifier, even another donor's: begin
-// identifiers with the bundle identifier. To wait for a reply, see client/waitForReply.h.
+// identifiers with the bundle identifier. To get a reply as a value, see client/waitForReply.h.
 //
-// Thread-safe. Every operation calls its handler exactly once and never throws. Handlers run on a
-// thread of the proxy's, one at a time. When the agent cannot be reached, and for
-// synchronousDonatedMeCard(), they run on the calling thread before the operation returns. A
-// handler may call the proxy, but must not wait for another reply and must not destroy the proxy.
+// Thread-safe. Every operation calls its handler exactly once and never throws. Without a loop the
+// operations wait: each returns once its handler has returned. With one they return at once, and
+// handlers run on the loop; only synchronousDonatedMeCard() waits all the same.
 //
 // The agent's own errors are passed on unchanged. The proxy adds ServiceErrorDomain errors:
 // noService when no agent runs; connectionBroken when it ended before its reply; timedOut when it
 // did not reply within the time limit (it may or may not have performed the operation, which may be
-// repeated); malformedMessage for an invalid reply. The proxy connects at the first operation, and
-// again at the next one after the connection broke.
+// repeated); malformedMessage for an invalid reply.
 class CorvelProxy final : public CorvelProtocol {
  public:
-  using Connect = std::function<Result<std::shared_ptr<ServiceClient>>()>;
-
-  // Connects to the user's agent, or with `connectToAgent`.
+  // Waits. Connects to the user's agent, or with `connectToAgent`.
   explicit CorvelProxy(Patience patience = ServiceClient::standardTimeLimit);
-  explicit CorvelProxy(Connect connectToAgent);
-  // Pending operations fail with connectionBroken before this returns.
+  explicit CorvelProxy(AgentConnection::Connect connectToAgent);
+  // Shares a connection with others. Waits if `handlerLoop` is null.
+  CorvelProxy(std::shared_ptr<AgentConnection> shared, std::shared_ptr<ClientLoop> handlerLoop);
   ~CorvelProxy() override = default;
   CorvelProxy(const CorvelProxy&) = delete;
   CorvelProxy& operator=(const CorvelProxy&) = delete;
@@ -69,28 +63,13 @@ class CorvelProxy final : public CorvelProtocol {
   void removeAllRejectionsWithCompletionHandler(ErrorReply completionHandler) override;
 
  private:
-  // A connection with the number of its calls that have not been replied to.
-  struct Connection final {
-    explicit Connection(std::shared_ptr<ServiceClient> connected) : client(std::move(connected)) {}
-    std::atomic<int> callsUnderWay = 0;
-    // Destroyed first: its destructor runs the pending completions, which use callsUnderWay.
-    std::shared_ptr<ServiceClient> client;
-  };
-  using ConnectionPtr = std::shared_ptr<Connection>;
-
-  // Both return a working connection with one more call under way.
-  [[nodiscard]] Result<ConnectionPtr> takeConnection() EXCLUDES(mutex);
-  [[nodiscard]] ConnectionPtr livingConnection() REQUIRES(mutex);
   void call(const char* selector, std::string encodedArguments,
             ServiceClient::Completion completion);
   void callForError(const char* selector, std::string encodedArguments, ErrorReply reply);
   void callForSuccess(const char* selector, std::string encodedArguments, SuccessReply reply);
 
-  const Connect connect;
-  Mutex mutex;
-  ConnectionPtr current GUARDED_BY(mutex);
-  // Broken connections whose handlers have not all returned.
-  std::vector<ConnectionPtr> retired GUARDED_BY(mutex);
+  const std::shared_ptr<AgentConnection> connection;
+  const std::shared_ptr<ClientLoop> loop;
 };
 
 }  // namespace quenlet

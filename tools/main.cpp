@@ -10,10 +10,7 @@
 #include "tools/commands/CommandLine.h"
 
 int main(int argc, char** argv) {
-  // Somebody waits at the keyboard: an agent that hangs is to be told soon. One that has answered
-  // may take its time over a large donation.
-  using std::chrono::seconds;
-  quenlet::CorvelProxy agent(quenlet::Patience(seconds(5), seconds(25)));
+  quenlet::CorvelProxy agent(quenlet::patienceAtKeyboard);
   quenlet::Session session{std::cout,
                            std::cerr,
                            agent,

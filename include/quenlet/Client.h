@@ -5,12 +5,14 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "quenlet/AccountRecord.h"
 #include "quenlet/Card.h"
 #include "quenlet/Donation.h"
 #include "quenlet/Error.h"
+#include "quenlet/Export.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {
@@ -25,30 +27,57 @@ namespace quenlet {
 //         .donationIdentifier = "com.example.mail:account-1:email"}});
 //   if (error) std::cerr << error->description() << "\n";
 //
-// Each operation exists twice. Without a handler it waits and returns the outcome; a null ErrorPtr
-// is success. With a handler it returns before the agent has answered, and the handler is called
-// exactly once, on a thread of the client's, one handler at a time. It is called on the calling
-// thread, before the operation returns, when the agent cannot be reached or an argument is not
-// valid. Handlers are not empty and do not throw. They may start further operations, but must not
-// wait for one and must not destroy the client.
+// Each operation exists twice. Without a handler it waits, on the calling thread alone, and returns
+// the outcome; a null ErrorPtr is success. With a handler it returns at once; the handler is called
+// exactly once, one handler at a time, and never before the operation has returned. Handlers are
+// not empty and do not throw. They may use the client, but must not destroy it.
+//
+// Handlers run on a thread of the client's, which the first one starts, or where the program calls
+// dispatch(): to be used in an event loop, without a thread.
+//
+//   quenlet::Client agent(quenlet::Client::standardTimeLimit,
+//   quenlet::Client::Handlers::inDispatch); agent.card([](quenlet::Result<quenlet::Card> card) { …
+//   });
+//   // Whenever agent.fd().value() is readable:
+//   agent.dispatch();
 //
 // The agent's errors are passed on unchanged. Further errors are of ServiceErrorDomain: noService
 // when no agent runs; connectionBroken when it ended before its answer; timedOut when it did not
 // answer within the time limit; malformedMessage for an answer that is not valid; messageTooLarge
 // for a request of more than 32 MiB; invalidArguments for an argument that is not valid. After
 // connectionBroken and timedOut the agent may have done what it was asked, or still do it; all
-// operations may be repeated.
+// operations may be repeated. When the system has no thread or descriptor left for handlers, they
+// get its error, on the calling thread.
 //
 // The client connects at the first operation, and again at the next one after the connection broke.
-// Thread-safe.
-class Client final {
+// Thread-safe; dispatch() on one thread at a time.
+class QUENLET_API Client final {
  public:
   using ErrorHandler = std::function<void(ErrorPtr error)>;
   using CardHandler = std::function<void(Result<Card> card)>;
   using DonationsHandler = std::function<void(Result<std::vector<Donation>> donations)>;
 
+  // Where handlers run.
+  enum class Handlers { onOwnThread, inDispatch };
+
+  // What has been begun with a handler. May outlive the client. A value type.
+  class QUENLET_API Call final {
+   public:
+    // The handler is not called any more, unless it is being called, and is destroyed. The agent
+    // may do what it was asked all the same. Thread-safe; may be repeated.
+    void cancel() const;
+
+   private:
+    friend class Client;
+    explicit Call(std::function<void()> cancellation) : end(std::move(cancellation)) {}
+    std::function<void()> end;
+  };
+
+  static constexpr std::chrono::milliseconds standardTimeLimit{25'000};
+
   // Asks no agent yet. `timeLimit` is for connecting and for each answer.
-  explicit Client(std::chrono::milliseconds timeLimit = std::chrono::seconds(25));
+  explicit Client(std::chrono::milliseconds timeLimit = standardTimeLimit,
+                  Handlers handlers = Handlers::onOwnThread);
   // Handlers that still wait get connectionBroken before this returns.
   ~Client();
   Client(const Client&) = delete;
@@ -56,48 +85,58 @@ class Client final {
 
   // The donated me card.
   [[nodiscard]] Result<Card> card();
-  void card(CardHandler handler);
+  Call card(CardHandler handler);
+  // Calls the handler with the card, and again whenever it has become another one, or cannot be had
+  // for another reason, until this is cancelled. Goes on when the agent has been restarted.
+  Call onCardChange(CardHandler handler);
 
   // All donations, in the agent's order.
   [[nodiscard]] Result<std::vector<Donation>> donations();
-  void donations(DonationsHandler handler);
+  Call donations(DonationsHandler handler);
 
   // Donates all of `values` or, on an error, none. Succeeds once they are on the disk. The error is
   // invalidArguments if a phone number is not one.
   [[nodiscard]] ErrorPtr donate(std::vector<Donation> values);
-  void donate(std::vector<Donation> values, ErrorHandler handler);
+  Call donate(std::vector<Donation> values, ErrorHandler handler);
 
   // Takes donations back. Identifiers that the agent does not know are ignored.
   [[nodiscard]] ErrorPtr remove(std::vector<std::string> donationIdentifiers);
-  void remove(std::vector<std::string> donationIdentifiers, ErrorHandler handler);
+  Call remove(std::vector<std::string> donationIdentifiers, ErrorHandler handler);
 
   // Takes back all donations of one bundle.
   [[nodiscard]] ErrorPtr removeBundle(std::string bundleIdentifier);
-  void removeBundle(std::string bundleIdentifier, ErrorHandler handler);
+  Call removeBundle(std::string bundleIdentifier, ErrorHandler handler);
 
   // Tells the agent that an account was added (no `before`), changed or removed (no `after`), so
   // that it donates the values of `after` and takes back those of `before`. The error is
   // invalidArguments if an identifier is empty, or that of a property list that cannot be read.
   [[nodiscard]] ErrorPtr changeAccount(std::optional<AccountRecord> before,
                                        std::optional<AccountRecord> after);
-  void changeAccount(std::optional<AccountRecord> before, std::optional<AccountRecord> after,
+  Call changeAccount(std::optional<AccountRecord> before, std::optional<AccountRecord> after,
                      ErrorHandler handler);
 
   // Removes all donations that equal this one in content and label, and keeps them away when they
   // are donated again. Finds no images.
   [[nodiscard]] ErrorPtr reject(std::string donationIdentifier);
-  void reject(std::string donationIdentifier, ErrorHandler handler);
+  Call reject(std::string donationIdentifier, ErrorHandler handler);
 
   // The same for all donations of a cluster, images included.
   [[nodiscard]] ErrorPtr rejectCluster(std::string clusterIdentifier);
-  void rejectCluster(std::string clusterIdentifier, ErrorHandler handler);
+  Call rejectCluster(std::string clusterIdentifier, ErrorHandler handler);
 
   // The agent answers with success, but keeps its rejections.
   [[nodiscard]] ErrorPtr removeAllRejections();
-  void removeAllRejections(ErrorHandler handler);
+  Call removeAllRejections(ErrorHandler handler);
+
+  // For handlers that run in dispatch(): the descriptor that is readable when it is to be called,
+  // the same one as long as the client lives. Only for polling. The error is the system's, or
+  // invalidArguments if the handlers have a thread of their own.
+  [[nodiscard]] Result<int> fd();
+  // Runs the handlers that are due. Does not wait.
+  void dispatch();
 
  private:
-  class Implementation;
+  class __attribute__((visibility("hidden"))) Implementation;
   const std::unique_ptr<Implementation> implementation;
 };
 

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "client/waitForReply.h"
+#include "platform/ipc/HandlerLoop.h"
 #include "platform/ipc/WireEncoder.h"
 #include "tests/client/ServedAgent.h"
 
@@ -40,24 +41,32 @@ class CorvelProxyTest : public ServedAgent {
         [&](ContactReply reply) { proxy.fetchDonatedMeCard(std::move(reply)); }));
   }
 
-  CorvelProxy proxy;
+  HandlerLoop handlers{HandlerLoop::Thread::own};
+  CorvelProxy proxy{std::make_shared<AgentConnection>(), handlers.loop()};
 };
 
 TEST_F(CorvelProxyTest, CarriesAllOperationsAndRepliesOnceAsSoonAsThereIsAnAgent) {
-  EXPECT_EQ(repliesOfAll(proxy), Errors(10, noService));
-  serveAgent();
-  EXPECT_EQ(repliesOfAll(proxy), Errors(10));
-  EXPECT_EQ(agent->takeCalls(), RecordingAgent::allCalls);
-  agent->setError(makeError("domain", 7, "no"));
-
-  EXPECT_EQ(repliesOfAll(proxy), Errors(10, "domain 7"));
-  EXPECT_EQ(exporter->connections, 1);
+  CorvelProxy waiting;
+  for (CorvelProxy* asked : {&proxy, &waiting}) {
+    listener.reset();
+    agent->setError(nullptr);
+    EXPECT_EQ(repliesOfAll(*asked), Errors(10, noService));
+    serveAgent();
+    EXPECT_EQ(repliesOfAll(*asked), Errors(10));
+    EXPECT_EQ(agent->takeCalls(), RecordingAgent::allCalls);
+    agent->setError(makeError("domain", 7, "no"));
+    EXPECT_EQ(repliesOfAll(*asked), Errors(10, "domain 7"));
+  }
+  EXPECT_EQ(exporter->connections, 2);
 }
 
 TEST_F(CorvelProxyTest, WaitsForNoReplyLongerThanItWasMadeTo) {
   serve(std::make_shared<FixedReply>());
-  CorvelProxy impatient(std::chrono::milliseconds(20));
-  EXPECT_EQ(repliesOfAll(impatient), Errors(10, timedOut));
+  const auto impatient = std::make_shared<AgentConnection>(std::chrono::milliseconds(20));
+  for (const auto& loop : {handlers.loop(), std::shared_ptr<ClientLoop>()}) {
+    CorvelProxy asking(impatient, loop);
+    EXPECT_EQ(repliesOfAll(asking), Errors(10, timedOut));
+  }
 }
 
 TEST_F(CorvelProxyTest, RepliesToWhatIsUnderWayWhenTheAgentGoesAndConnectsAnew) {
@@ -98,21 +107,24 @@ TEST_F(CorvelProxyTest, ServesManyThreadsWhileTheAgentIsRestarted) {
   constexpr int calls = 100;
   std::atomic<int> replies = 0;
   std::atomic<int> threadsLeft = 2;
-  auto shared = std::make_unique<CorvelProxy>();  // its end replies to what is under way
+  auto connection = std::make_shared<AgentConnection>();
+  auto dispatching = std::make_unique<HandlerLoop>(HandlerLoop::Thread::own);
+  CorvelProxy shared(connection, dispatching->loop());
   std::vector<std::jthread> threads;
   for (int i = 0; i < 2; ++i) {
     threads.emplace_back([&] {
       for (int n = 0; n < calls; ++n) {
-        shared->meCardDonations([&](const auto&, const ErrorPtr&) { ++replies; });
-        shared->synchronousDonatedMeCard([&](const Result<ContactPtr>&) { ++replies; });
-        static_cast<void>(fetchError(*shared));
+        shared.meCardDonations([&](const auto&, const ErrorPtr&) { ++replies; });
+        shared.synchronousDonatedMeCard([&](const Result<ContactPtr>&) { ++replies; });
+        static_cast<void>(fetchError(shared));
       }
       --threadsLeft;
     });
   }
   while (threadsLeft > 0) serveAgent();
   threads.clear();
-  shared.reset();
+  connection->stop();  // replies to what is under way
+  dispatching.reset();
   EXPECT_EQ(replies, 2 * 2 * calls);
 }
 

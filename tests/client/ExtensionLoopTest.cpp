@@ -50,7 +50,7 @@ class ExtensionLoopTest : public testing::Test {
   }
 
   std::string ask(const char* selector, const WireEncoder& arguments) {
-    const auto reply = client->callSynchronously(selector, arguments.bytes());
+    const auto reply = client->callAndWait(selector, arguments.bytes());
     if (!reply.ok()) return "invalid";
     WireReader values(reply.value());
     values.skip();

@@ -20,7 +20,8 @@ class HeavyUseTest : public TrustTest {
       EXPECT_TRUE(!error || error->code() == 1) << error->description();
       ++replies;
     };
-    CorvelProxy client;
+    const HandlerLoop handlers(HandlerLoop::Thread::own);
+    CorvelProxy client(std::make_shared<AgentConnection>(), handlers.loop());
     const int requests = count(5'000, 100'000);
     for (int i = 0; i < requests; ++i) {
       ask(client, randomHere() % numberOfOperations, randomHere() % 8, replied);

@@ -121,10 +121,13 @@ class HostilePeersTest : public TrustTest {
     std::vector<std::string> found;
     while (found.size() < numberOfOperations - 1) {
       auto [theirs, ours] = connectedPair();
-      CorvelProxy client([socket = std::make_shared<FileDescriptor>(std::move(theirs))] {
-        return Result<std::shared_ptr<ServiceClient>>::success(
-            ServiceClient::withConnectedSocket(std::move(*socket), makeCorvelInterface()));
-      });
+      const HandlerLoop notRun(HandlerLoop::Thread::callers);
+      const auto connected = std::make_shared<AgentConnection>(
+          [socket = std::make_shared<FileDescriptor>(std::move(theirs))] {
+            return Result<std::shared_ptr<ServiceClient>>::success(
+                ServiceClient::withConnectedSocket(std::move(*socket), makeCorvelInterface()));
+          });
+      CorvelProxy client(connected, notRun.loop());
       ask(client, found.size(), 1, [](const ErrorPtr&) {});
       std::string& bytes = found.emplace_back(1 << 16, '\0');
       bytes.resize(static_cast<std::size_t>(::recv(ours.get(), bytes.data(), bytes.size(), 0)));

@@ -2,44 +2,15 @@
 
 #include <utility>
 
-#include "platform/foundation/Mutex.h"
-
 namespace quenlet {
-
-// The way back to the loop for replies, which can come on any thread and after the loop has gone.
-class CardWatch::Mailbox final {
- public:
-  explicit Mailbox(EventLoop& eventLoop) : loop(&eventLoop) {}
-
-  void deliver(Block block) EXCLUDES(mutex) {
-    // Under the lock, so that the loop stays as long as it is used; it only queues the block.
-    MutexLock lock(mutex);
-    if (loop != nullptr) loop->post(std::move(block));
-  }
-  void close() EXCLUDES(mutex) {
-    MutexLock lock(mutex);
-    loop = nullptr;
-  }
-
- private:
-  Mutex mutex;
-  EventLoop* loop GUARDED_BY(mutex);
-};
-
-CardWatch::CardWatch(Session& commandSession, EventLoop& eventLoop, WatchReport& watchReport)
-    : session(commandSession), report(watchReport), mailbox(std::make_shared<Mailbox>(eventLoop)) {}
-
-CardWatch::~CardWatch() { mailbox->close(); }
 
 void CardWatch::lookAgain() {
   if (std::exchange(isFetching, true)) {
     isOutdated = true;
     return;
   }
-  session.agent.fetchDonatedMeCard(
-      [this, box = mailbox](const ContactPtr& card, const ErrorPtr& error) {
-        box->deliver([this, card, error] { receive(card, error); });
-      });
+  asked.fetchDonatedMeCard(
+      [this](const ContactPtr& card, const ErrorPtr& error) { receive(card, error); });
 }
 
 void CardWatch::lookAfterNotification() {

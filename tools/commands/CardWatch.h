@@ -1,11 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-
 #include "platform/contacts/Contact.h"
-#include "platform/scheduling/EventLoop.h"
 #include "protocol/CorvelProtocol.h"
 #include "tools/commands/Session.h"
 #include "tools/presentation/WatchReport.h"
@@ -13,14 +8,15 @@
 namespace quenlet {
 
 // Fetches the card whenever something may have changed, and reports how it differs from the one
-// before. The agent is never waited for. Use on the loop's thread; destroy it when the loop does
-// not run any more.
+// before. The agent is never waited for. Use on the thread on which it replies; it outlives the
+// replies.
 //
 // The card of an agent that has ended is the one before for the next agent.
 class CardWatch final {
  public:
-  CardWatch(Session& commandSession, EventLoop& eventLoop, WatchReport& watchReport);
-  ~CardWatch();
+  // `agent` does not reply before its operations have returned.
+  CardWatch(Session& commandSession, CorvelProtocol& agent, WatchReport& watchReport)
+      : session(commandSession), asked(agent), report(watchReport) {}
   CardWatch(const CardWatch&) = delete;
   CardWatch& operator=(const CardWatch&) = delete;
 
@@ -32,15 +28,13 @@ class CardWatch final {
   void lookAfterNotification();
 
  private:
-  class Mailbox;
-
   void receive(const ContactPtr& card, const ErrorPtr& error);
   void begin(const ErrorPtr& error);
   void note(const ErrorPtr& error);
 
   Session& session;
+  CorvelProtocol& asked;
   WatchReport& report;
-  const std::shared_ptr<Mailbox> mailbox;
   bool hasBegun = false;
   bool isFetching = false;
   bool isOutdated = false;

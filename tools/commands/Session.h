@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/ipc/TimeLimit.h"
 #include "protocol/CorvelProtocol.h"
 #include "quenlet/Date.h"
 #include "tools/presentation/Screen.h"
@@ -23,6 +24,10 @@ enum class ExitCode : int {
   usage = 2,
   noAgent = 3,
 };
+
+// Somebody waits at the keyboard: an agent that hangs is to be told soon. One that has answered may
+// take its time over a large donation.
+inline const Patience patienceAtKeyboard(std::chrono::seconds(5), std::chrono::seconds(25));
 
 // The environment in which a word runs. One thread.
 struct Session final {

@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 
+#include "client/CorvelProxy.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/ipc/ServiceAddress.h"
 #include "platform/notifications/NotificationDirectory.h"
@@ -69,7 +70,11 @@ void WatchWord::follow(Session& session, RunLoop& runLoop, const std::filesystem
   WatchReport report(session.out, session.screen,
                      asJSON ? WatchReport::Format::json : WatchReport::Format::text,
                      [&] { runLoop.stop(); });
-  CardWatch card(session, loop, report);
+  const auto replies = std::make_shared<ClientLoop>();
+  CorvelProxy agent(std::make_shared<AgentConnection>(patienceAtKeyboard), replies);
+  const auto repliesWatch =
+      loop.watch(replies->events.descriptor(), EPOLLIN, [&](auto) { replies->events.dispatch(); });
+  CardWatch card(session, agent, report);
   SocketNotificationCenter center(loop, path);
   const auto token =
       center.addObserver(MeCardValuesDidChangeNotification, [&] { card.lookAfterNotification(); });
@@ -84,6 +89,7 @@ void WatchWord::follow(Session& session, RunLoop& runLoop, const std::filesystem
   }
   card.lookAgain();
   runLoop.run();
+  repliesWatch->cancel();
   token->cancel();
 }
 

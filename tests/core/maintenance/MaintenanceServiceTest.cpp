@@ -34,7 +34,7 @@ TEST(MaintenanceServiceTest, AnswersEveryProcessFromItsStartToItsEnd) {
     MaintenanceService service;
     EXPECT_FALSE(connect().ok()) << "it is not started";
     ASSERT_EQ(service.start(), nullptr);
-    EXPECT_EQ(connect().value()->callSynchronously(MaintenanceSelector::extensionIdentifiers, {}),
+    EXPECT_EQ(connect().value()->callAndWait(MaintenanceSelector::extensionIdentifiers, {}),
               Result<std::string>::success(
                   WireEncoder().list(2).string("hello").string("world").null().bytes()));
     EXPECT_NE(MaintenanceService().start(), nullptr) << "the name is taken";

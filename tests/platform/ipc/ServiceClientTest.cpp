@@ -1,11 +1,11 @@
 #include "platform/ipc/ServiceClient.h"
 
-#include <pthread.h>
+#include <poll.h>
 
-#include <cerrno>
 #include <future>
 #include <thread>
 
+#include "platform/ipc/HandlerLoop.h"
 #include "platform/ipc/ServiceAddress.h"
 #include "tests/platform/ipc/EchoService.h"
 #include "tests/platform/ipc/RawPeer.h"
@@ -32,13 +32,14 @@ class ServiceClientTest : public EchoTest {
     client = ServiceClient::connect("test.echo", EchoService::interface()).value();
   }
   std::string call(const std::string& selector, const std::string& content) {
-    return outcome(client->callSynchronously(selector, text(content)));
+    return outcome(client->callAndWait(selector, text(content)));
   }
   std::future<std::string> callLater(const std::string& selector, const std::string& content) {
     auto promise = std::make_shared<std::promise<std::string>>();
-    client->call(selector, text(content), [promise](const Result<std::string>& reply) {
-      promise->set_value(outcome(reply));
-    });
+    client->call(
+        selector, text(content),
+        [promise](const Result<std::string>& reply) { promise->set_value(outcome(reply)); },
+        handlers.loop());
     return promise->get_future();
   }
 
@@ -49,6 +50,7 @@ class ServiceClientTest : public EchoTest {
     return RawPeer(std::move(theirs));
   }
 
+  HandlerLoop handlers{HandlerLoop::Thread::own};
   std::shared_ptr<ServiceClient> client;
 };
 
@@ -82,25 +84,43 @@ TEST_F(ServiceClientTest, MovesLargeMessagesBothWaysAtOnceAndRefusesTooLargeOnes
 
 TEST_F(ServiceClientTest, CompletionsMayCallAndLetTheClientGo) {
   std::promise<std::string> nested;
-  client->call("echo", text("a"), [&nested, held = client](const Result<std::string>&) mutable {
-    const std::string reply = outcome(held->callSynchronously("echo", text("b")));
-    held.reset();
-    nested.set_value(reply);
-  });
+  client->call(
+      "echo", text("a"),
+      [&nested, held = client](const Result<std::string>&) mutable {
+        const std::string reply = outcome(held->callAndWait("echo", text("b")));
+        held.reset();
+        nested.set_value(reply);
+      },
+      handlers.loop());
   client.reset();
   EXPECT_EQ(nested.get_future().get(), "b");
 }
 
-TEST_F(ServiceClientTest, RepliesWithTheReasonWhenItCannotHaveAThread) {
-  pthread_attr_t usual;
-  ASSERT_EQ(::pthread_getattr_default_np(&usual), 0);
-  pthread_attr_t vast = usual;
-  ::pthread_attr_setstacksize(&vast, std::size_t{1} << 46);
-  ASSERT_EQ(::pthread_setattr_default_np(&vast), 0);
-  std::future<std::string> reply = callLater("echo", "a");
-  ASSERT_EQ(::pthread_setattr_default_np(&usual), 0);
-  EXPECT_EQ(reply.get(), "!" + std::to_string(EAGAIN));
-  EXPECT_EQ(callLater("echo", "b").get(), "b");
+TEST_F(ServiceClientTest, IsDrivenByALoopThatSomebodyElseRuns) {
+  HandlerLoop driven(HandlerLoop::Thread::callers);
+  std::vector<std::string> replies;
+  const auto begin = [&](const std::string& selector, const std::string& content) {
+    client->call(
+        selector, text(content),
+        [&replies](const Result<std::string>& reply) { replies.push_back(outcome(reply)); },
+        driven.loop());
+  };
+  EventLoop& events = driven.loop()->events;
+  pollfd look{events.descriptor(), POLLIN, 0};
+  const std::vector<std::string> contents{std::string(1'500'000, 'x'), "b", "c"};
+  for (const std::string& content : contents) begin("echo", content);
+  EXPECT_EQ(replies.size(), 0) << "before a dispatch";
+  while (replies.size() < contents.size()) {
+    ASSERT_EQ(::poll(&look, 1, 10'000), 1);
+    events.dispatch();
+  }
+  EXPECT_EQ(replies, contents);
+  EXPECT_EQ(::poll(&look, 1, 0), 0) << "nothing is left to do";
+
+  begin("later", "d");
+  client.reset();
+  events.dispatch();
+  EXPECT_EQ(replies.back(), "!2");
 }
 
 TEST_F(ServiceClientTest, TrustsNothingThatAServiceSays) {
@@ -140,7 +160,7 @@ TEST_F(ServiceClientTest, WaitsNoLongerThanItsTimeLimitAndDropsWhatComesLater) {
   EXPECT_EQ(call("echo", "2"), "!11") << "while the other one reads";
   EXPECT_EQ(asynchronous.get(), "!11");
   const auto sentence = [this] {
-    return client->callSynchronously("echo", text("x")).error()->debugDescription();
+    return client->callAndWait("echo", text("x")).error()->debugDescription();
   };
   EXPECT_EQ(sentence(), "the service did not answer within 0.02 seconds");
   ASSERT_TRUE(peer.send(RawPeer::frame(FrameKind::partOfReply, 3, "\5")));

@@ -1,0 +1,38 @@
+#include "client/AgentConnection.h"
+
+#include <utility>
+
+#include "protocol/CorvelInterface.h"
+
+namespace quenlet {
+
+AgentConnection::AgentConnection(Patience patience)
+    : AgentConnection([patience] {
+        return ServiceClient::connect(CorvelServiceName, makeCorvelInterface(), patience);
+      }) {}
+
+AgentConnection::AgentConnection(Connect connectToAgent) : connect(std::move(connectToAgent)) {}
+
+AgentConnection::~AgentConnection() { stop(); }
+
+Result<std::shared_ptr<ServiceClient>> AgentConnection::working() {
+  using Working = Result<std::shared_ptr<ServiceClient>>;
+  {
+    MutexLock lock(mutex);
+    if (works()) return Working::success(current);
+  }
+  // Not under the lock, as it takes time. Another thread may have connected meanwhile; then ours is
+  // dropped unused.
+  Working connected = connect();
+  if (!connected.ok()) return connected;
+  MutexLock lock(mutex);
+  if (!works()) current = std::move(connected).takeValue();
+  return Working::success(current);
+}
+
+void AgentConnection::stop() {
+  MutexLock lock(mutex);
+  if (current) current->stop();
+}
+
+}  // namespace quenlet

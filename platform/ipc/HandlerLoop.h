@@ -1,0 +1,30 @@
+#pragma once
+
+#include <memory>
+#include <thread>
+
+#include "platform/ipc/ClientLoop.h"
+
+namespace quenlet {
+
+// The loop on which a client's handlers run: on a thread of its own, or on that of whoever
+// dispatches.
+class HandlerLoop final {
+ public:
+  enum class Thread { own, callers };
+
+  // Throws std::system_error when the system has no thread or descriptor left.
+  explicit HandlerLoop(Thread thread);
+  // Runs what is due.
+  ~HandlerLoop();
+  HandlerLoop(const HandlerLoop&) = delete;
+  HandlerLoop& operator=(const HandlerLoop&) = delete;
+
+  [[nodiscard]] const std::shared_ptr<ClientLoop>& loop() const { return shared; }
+
+ private:
+  const std::shared_ptr<ClientLoop> shared = std::make_shared<ClientLoop>();
+  std::thread ownThread;
+};
+
+}  // namespace quenlet
