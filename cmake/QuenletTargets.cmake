@@ -4,7 +4,7 @@
 # Alone for programs that are built as those of others are: without a way to the internal headers.
 add_library(quenlet_warnings INTERFACE)
 target_compile_options(quenlet_warnings INTERFACE
-  -Wall -Wextra -Wshadow=local -Wnon-virtual-dtor -Werror)
+  -Wall -Wextra -Wshadow=local -Wnon-virtual-dtor $<$<BOOL:${QUENLET_WARNINGS_AS_ERRORS}>:-Werror>)
 if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # Sources that are compiled together look like headers to it.
   target_compile_options(quenlet_warnings INTERFACE -Wno-subobject-linkage)
@@ -58,7 +58,7 @@ function(quenlet_module module folder)
   set(target "quenlet_${module}")
   add_library(${target} MODULE ${sources})
   set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME "${module}"
-    LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib/quenlet")
+    LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib/quenlet")
   target_link_libraries(${target} PRIVATE quenlet_options ${ARG_PRIVATE})
   cmake_path(GET CMAKE_INSTALL_BINDIR PARENT_PATH prefix)
   cmake_path(APPEND prefix lib quenlet OUTPUT_VARIABLE destination)

@@ -5,10 +5,12 @@
 #include <string>
 #include <string_view>
 
+#include "quenlet/Export.h"
+
 namespace quenlet {
 
 // An absolute instant, in seconds since 1970-01-01 00:00:00 UTC, fractions included. A value type.
-class Date final {
+class QUENLET_API Date final {
  public:
   constexpr Date() = default;
   explicit constexpr Date(double secondsSince1970) : seconds(secondsSince1970) {}

@@ -6,6 +6,8 @@
 #include <string>
 #include <utility>
 
+#include "quenlet/Export.h"
+
 namespace quenlet {
 
 inline constexpr char DonationErrorDomain[] = "ovaro.quenlet.donation-error";
@@ -17,7 +19,7 @@ inline constexpr char DebugDescriptionKey[] = "DebugDescription";
 
 // A failure: a domain, a code within it, and texts that explain it. Immutable. Held as an ErrorPtr,
 // which is null for success, and passed on unchanged.
-class Error final {
+class QUENLET_API Error final {
  public:
   using UserInfo = std::map<std::string, std::string>;
 
@@ -43,10 +45,10 @@ class Error final {
 using ErrorPtr = std::shared_ptr<const Error>;
 
 // An error with the given sentence under DebugDescriptionKey; without user info when that is empty.
-[[nodiscard]] ErrorPtr makeError(std::string domain, std::int64_t code,
-                                 std::string debugDescription = {});
+[[nodiscard]] QUENLET_API ErrorPtr makeError(std::string domain, std::int64_t code,
+                                             std::string debugDescription = {});
 // The error of a failed system call: `action` ("open donations.plist") and the text of
 // `errorNumber`.
-[[nodiscard]] ErrorPtr makePosixError(int errorNumber, const std::string& action);
+[[nodiscard]] QUENLET_API ErrorPtr makePosixError(int errorNumber, const std::string& action);
 
 }  // namespace quenlet

@@ -5,6 +5,7 @@
 
 #include "quenlet/Date.h"
 #include "quenlet/Donation.h"
+#include "quenlet/Export.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {
@@ -12,7 +13,7 @@ namespace quenlet {
 // What the author of a donor extension implements. Called one request at a time, on the thread that
 // runs the extension. An exception becomes an error to the agent, without its text. The text of an
 // error goes into the agent's log: it must not contain personal values.
-class Extension {
+class QUENLET_API Extension {
  public:
   // The agent asks because donations have just been enabled.
   static constexpr std::uint64_t donationsEnabled = 1;
@@ -30,6 +31,6 @@ class Extension {
 // input, which reads as empty from then on, and answers requests on the calling thread until the
 // agent closes the socket. Returns the exit status: 0, or 2 with a line on standard error when it
 // was not the agent that started the program.
-[[nodiscard]] int runExtension(Extension& extension);
+[[nodiscard]] QUENLET_API int runExtension(Extension& extension);
 
 }  // namespace quenlet

@@ -8,6 +8,7 @@
 #include "quenlet/Date.h"
 #include "quenlet/Donation.h"
 #include "quenlet/Error.h"
+#include "quenlet/Export.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {
@@ -39,7 +40,7 @@ struct VCardDonations final {
 // name, and for a UID that is not a UUID: either may be personal, and agents log identifiers.
 //
 // An error when the file cannot be read or holds no readable card.
-[[nodiscard]] Result<VCardDonations> readVCards(const std::string& path,
-                                                const DonationTerms& terms);
+[[nodiscard]] QUENLET_API Result<VCardDonations> readVCards(const std::string& path,
+                                                            const DonationTerms& terms);
 
 }  // namespace quenlet
