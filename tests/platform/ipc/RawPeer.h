@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <filesystem>
@@ -114,6 +115,17 @@ class RawPeer final {
     }
   }
 
+  // The bytes of the next message, to be used without receive(); fewer when the connection ends.
+  [[nodiscard]] std::string receiveMessage() const {
+    std::string bytes = take(4);
+    std::uint32_t length = 0;
+    for (std::size_t i = bytes.size(); i-- > 0;) {
+      length = length << 8 | static_cast<unsigned char>(bytes[i]);
+    }
+    EXPECT_LE(length, 1U << 20);
+    return length > 1U << 20 ? bytes : bytes + take(length);
+  }
+
   // Nothing more is sent.
   void finish() const { ::shutdown(socket.get(), SHUT_WR); }
   void close() { socket.reset(); }
@@ -121,6 +133,13 @@ class RawPeer final {
   [[nodiscard]] int release() { return socket.release(); }
 
  private:
+  [[nodiscard]] std::string take(std::size_t count) const {
+    std::string bytes(count, '\0');
+    const ssize_t taken = ::recv(socket.get(), bytes.data(), count, MSG_WAITALL);
+    bytes.resize(static_cast<std::size_t>(std::max<ssize_t>(taken, 0)));
+    return bytes;
+  }
+
   FileDescriptor socket;
   FrameReader reader{std::size_t{64} << 20, FrameKind::partOfReply};
   bool inParts = false;
