@@ -17,7 +17,7 @@ struct QuenletInternationalNumber final {
 // Reads '+' and ASCII digits; 1 when the library accepts them as a number of some country, else 0.
 // Thread-safe.
 using QuenletReadNumber = int(const char* text, QuenletInternationalNumber* number);
-QuenletReadNumber quenletReadNumber;
+__attribute__((visibility("default"))) QuenletReadNumber quenletReadNumber;
 }
 
 namespace quenlet {
