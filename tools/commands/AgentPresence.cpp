@@ -37,6 +37,7 @@ void AgentPresence::connect() {
     const int failure = socket.isOpen() ? address.connect(socket.get(), limit.deadline()) : errno;
     if (failure == 0) {
       connection = std::move(socket);
+      since = std::chrono::steady_clock::now();
       break;
     }
     // The name of a socket appears a moment before anybody listens.
@@ -55,14 +56,17 @@ void AgentPresence::noticeEntry(const std::string& name) {
 
 void AgentPresence::noticeEnd() {
   // An agent that ends takes connections for a moment longer. One with too many of them goes on
-  // without this one, and is not to be asked all the time.
+  // without this one, ends each at once, and is not to be asked all the time.
   constexpr std::chrono::milliseconds pauseBeforeNextLook(100);
+  constexpr std::chrono::seconds longestRefusal(1);
+  const bool wasRefused = std::chrono::steady_clock::now() - since < longestRefusal;
   watch->cancel();
   watch = nullptr;
   connection = FileDescriptor();
   waitFor(pauseBeforeNextLook);
   connect();
-  if (!isThere()) changed(false);
+  // Where a service manager listens, there is no time without a socket between two agents.
+  if (!isThere() || !wasRefused) changed(isThere());
 }
 
 }  // namespace quenlet

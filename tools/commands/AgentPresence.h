@@ -18,7 +18,8 @@ class AgentPresence final {
   using Pause = std::function<void(std::chrono::milliseconds)>;
   using Handler = std::function<void(bool isThere)>;
 
-  // `onChange` runs on the loop's thread, from its next turn on.
+  // `onChange` runs on the loop's thread, from its next turn on. It is told of the next agent only
+  // if that one took the place of another without a gap.
   AgentPresence(EventLoop& eventLoop, ServiceAddress agentAddress, Pause pause, Handler onChange);
   ~AgentPresence();
   AgentPresence(const AgentPresence&) = delete;
@@ -36,6 +37,7 @@ class AgentPresence final {
   const Pause waitFor;
   const Handler changed;
   FileDescriptor connection;
+  std::chrono::steady_clock::time_point since;
   std::shared_ptr<EventLoop::Watch> watch;
   std::shared_ptr<Cancelable> directoryWatch;
 };
