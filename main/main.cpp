@@ -33,20 +33,24 @@ void openStandardDescriptors() {
   }
 }
 
+quenlet::ErrorPtr start(quenlet::LinuxPlatform& platform, quenlet::AgentProcess& process) {
+  // The name comes first, so that an agent that has to give way leaves nothing in its home.
+  if (quenlet::ErrorPtr error = process.claimName()) return error;
+  if (quenlet::ErrorPtr error = platform.examineFiles()) return error;
+  if (quenlet::ErrorPtr error = platform.claimDonations()) return error;
+  return process.start();
+}
+
 int runAgent() {
   openStandardDescriptors();
   forbidCoreFiles();
-  auto opened = quenlet::LinuxPlatform::open();
+  auto opened = quenlet::LinuxPlatform::open(quenlet::HandedSockets::fromEnvironment());
   if (!opened.ok()) return complain(*opened.error());
   // Never destroyed: the agent's parts hold each other for good, and blocks that are still queued
   // when the run loop ends use the platform.
   quenlet::LinuxPlatform& platform = *std::move(opened).takeValue().release();
   auto& process = *new quenlet::AgentProcess(platform.mainRunLoop());
-  // The name comes first, so that an agent that has to give way leaves nothing in its home.
-  if (const quenlet::ErrorPtr error = process.claimName()) return complain(*error);
-  if (const quenlet::ErrorPtr error = platform.examineFiles()) return complain(*error);
-  if (const quenlet::ErrorPtr error = platform.claimDonations()) return complain(*error);
-  const quenlet::ErrorPtr error = process.start();
+  const quenlet::ErrorPtr error = start(platform, process);
   if (!error) process.run();
   platform.finish();
   return error ? complain(*error) : EXIT_SUCCESS;

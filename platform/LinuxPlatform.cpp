@@ -51,7 +51,7 @@ ErrorPtr errorAt(const std::filesystem::path& file, const Error& error) {
 
 }  // namespace
 
-Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
+Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open(HandedSockets handed) {
   using Outcome = Result<std::unique_ptr<LinuxPlatform>>;
   const Result<std::filesystem::path> home = UserDirectories::homeDirectory();
   if (!home.ok()) return Outcome::failure(home.error());
@@ -60,7 +60,7 @@ Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
   const ExtensionLimits extensionLimits{.openFiles = raiseDescriptorLimit()};
   try {
     return Outcome::success(std::unique_ptr<LinuxPlatform>(
-        new LinuxPlatform(home.value(), runtime.value(), extensionLimits)));
+        new LinuxPlatform(home.value(), runtime.value(), extensionLimits, std::move(handed))));
   } catch (const std::system_error& failure) {
     return Outcome::failure(makePosixError(failure.code().value(), "start the platform layer"));
   }
@@ -68,8 +68,9 @@ Result<std::unique_ptr<LinuxPlatform>> LinuxPlatform::open() {
 
 LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
                              const std::filesystem::path& runtimeDirectory,
-                             const ExtensionLimits& extensionLimits)
+                             const ExtensionLimits& extensionLimits, HandedSockets handed)
     : library(homeDirectory / "Library"),
+      handedSockets(std::move(handed)),
       schedulerProvider(
           std::make_shared<ProductionSchedulerProvider>(runLoop.mainThreadScheduler())),
       dataProxy(
@@ -191,9 +192,9 @@ PlatformServices LinuxPlatform::makeServices() {
     return std::make_shared<VCardContactStore>(meCardPath());
   };
   services.makeServiceListener = [this](const std::string& serviceName) {
-    return std::make_shared<UnixServiceListener>(serviceName, entitlements,
-                                                 ServiceLimits::forThisProcess(),
-                                                 [this] { return beginTransaction("request"); });
+    return std::make_shared<UnixServiceListener>(
+        serviceName, entitlements, ServiceLimits::forThisProcess(),
+        [this] { return beginTransaction("request"); }, std::exchange(handedSockets, {}));
   };
   addSources(services);
   addAnalytics(services);

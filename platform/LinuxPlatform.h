@@ -12,6 +12,7 @@
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/ipc/EntitlementDatabase.h"
+#include "platform/ipc/HandedSockets.h"
 #include "platform/notifications/MeCardFileWatch.h"
 #include "platform/notifications/SocketNotificationCenter.h"
 #include "platform/preferences/PropertyListDonationPreferences.h"
@@ -31,8 +32,8 @@ class LinuxPlatform final {
  public:
   // An error when the user has no home or runtime directory, or the system is out of resources.
   // Raises the process's soft limit of open files as far as the system permits, up to 65,536; donor
-  // extensions get the former limit.
-  [[nodiscard]] static Result<std::unique_ptr<LinuxPlatform>> open();
+  // extensions get the former limit. The first service listener gets `handed`.
+  [[nodiscard]] static Result<std::unique_ptr<LinuxPlatform>> open(HandedSockets handed);
   ~LinuxPlatform();
   LinuxPlatform(const LinuxPlatform&) = delete;
   LinuxPlatform& operator=(const LinuxPlatform&) = delete;
@@ -56,7 +57,7 @@ class LinuxPlatform final {
  private:
   LinuxPlatform(const std::filesystem::path& homeDirectory,
                 const std::filesystem::path& runtimeDirectory,
-                const ExtensionLimits& extensionLimits);
+                const ExtensionLimits& extensionLimits, HandedSockets handed);
   [[nodiscard]] PlatformServices makeServices();
   void addSources(PlatformServices& services);
   void addAnalytics(PlatformServices& services);
@@ -73,6 +74,7 @@ class LinuxPlatform final {
   }
 
   const std::filesystem::path library;
+  HandedSockets handedSockets;
   std::shared_ptr<LockFile> donationsLock;
   RunLoop runLoop;
   const std::shared_ptr<SchedulerProvider> schedulerProvider;

@@ -2,9 +2,11 @@
 
 #include <fcntl.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/time.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 
 #include "platform/files/UserDirectories.h"
@@ -69,6 +71,29 @@ int ServiceAddress::connect(int socket, TimeLimit::Instant deadline) const {
     }
     if (errno != EINTR) return errno;
   }
+}
+
+bool ServiceAddress::isWhereBound(int socket) const {
+  sockaddr_un bound{};
+  socklen_t size = sizeof(bound);
+  if (::getsockname(socket, reinterpret_cast<sockaddr*>(&bound), &size) != 0) return false;
+  if (size <= offsetof(sockaddr_un, sun_path)) return false;
+  // The longest path has no zero at its end.
+  const std::string path(bound.sun_path, ::strnlen(bound.sun_path, sizeof(bound.sun_path)));
+  struct stat theirs {};
+  struct stat ours {};
+  // Whoever bound it may have had another working directory.
+  return path.starts_with('/') && ::lstat(path.c_str(), &theirs) == 0 &&
+         ::lstat(socketPath().c_str(), &ours) == 0 && S_ISSOCK(ours.st_mode) &&
+         theirs.st_dev == ours.st_dev && theirs.st_ino == ours.st_ino;
+}
+
+bool ServiceAddress::hasListener() const {
+  constexpr std::chrono::seconds patience(1);
+  const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  const int failure = connect(socket.get(), TimeLimit(patience).deadline());
+  // A full queue, and a socket of another type, have an owner as well.
+  return failure == 0 || failure == EAGAIN || failure == EPROTOTYPE;
 }
 
 }  // namespace quenlet

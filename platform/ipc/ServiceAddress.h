@@ -25,6 +25,10 @@ class ServiceAddress final {
   [[nodiscard]] int bind(int socket) const;
   // `socket` must block. EAGAIN when the service has no room for the connection until `deadline`.
   [[nodiscard]] int connect(int socket, TimeLimit::Instant deadline) const;
+  // Whether the file to which somebody bound the Unix socket is the one at socketPath().
+  [[nodiscard]] bool isWhereBound(int socket) const;
+  // Whether somebody listens. Asks with a connection that is closed again.
+  [[nodiscard]] bool hasListener() const;
 
  private:
   ServiceAddress(std::filesystem::path privateDirectory, std::string serviceName)

@@ -45,8 +45,11 @@ FileDescriptor acceptOne(const FileDescriptor& listening) {
 
 UnixServiceListener::UnixServiceListener(
     std::string serviceName, std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
-    ServiceLimits serviceLimits, RequestAdmission::Begin beginTransaction)
-    : name(std::move(serviceName)), context(std::make_shared<ServiceContext>()) {
+    ServiceLimits serviceLimits, RequestAdmission::Begin beginTransaction,
+    HandedSockets handedSockets)
+    : name(std::move(serviceName)),
+      context(std::make_shared<ServiceContext>()),
+      handed(std::move(handedSockets)) {
   context->loop = loop;
   context->limits = serviceLimits;
   context->entitlements = std::move(entitlementDatabase);
@@ -69,7 +72,7 @@ UnixServiceListener::~UnixServiceListener() {
   for (const auto& entry : connections) entry.second->close();
   context->workers->shutDown();
   // While the name is still locked: the socket could be a successor's otherwise.
-  ::unlink(socketPath.c_str());
+  if (!socketPath.empty()) ::unlink(socketPath.c_str());
 }
 
 void UnixServiceListener::setDelegate(std::weak_ptr<ServiceListenerDelegate> newDelegate) {
@@ -86,6 +89,13 @@ ErrorPtr UnixServiceListener::claimName() {
     if (locked.error()->code() != EWOULDBLOCK) return locked.error();
     return makeServiceError(ServiceErrorCode::nameTaken, "another process serves " + name);
   }
+  listeningSocket = handed.takeListening(found.value());
+  // Nobody else has the lock, so who listens is a service manager, and would listen to nobody from
+  // then on if the file were replaced.
+  if (!listeningSocket.isOpen() && found.value().hasListener()) {
+    return makeServiceError(ServiceErrorCode::nameTaken,
+                            "a service manager listens for " + name + ", and would start it");
+  }
   address.emplace(std::move(found).takeValue());
   nameLock = std::move(locked).takeValue();
   return nullptr;
@@ -93,7 +103,7 @@ ErrorPtr UnixServiceListener::claimName() {
 
 ErrorPtr UnixServiceListener::resume() {
   if (ErrorPtr error = claimName()) return error;
-  if (ErrorPtr error = openSocket(*address)) return error;
+  if (ErrorPtr error = listen()) return error;
   spareDescriptor = openSpare();
   watch =
       loop->watch(listeningSocket.get(), EPOLLIN, [this](std::uint32_t) { acceptConnection(); });
@@ -107,19 +117,32 @@ ErrorPtr UnixServiceListener::resume() {
   return nullptr;
 }
 
-ErrorPtr UnixServiceListener::openSocket(const ServiceAddress& at) {
-  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+ErrorPtr UnixServiceListener::listen() {
+  const bool wasHanded = listeningSocket.isOpen();
+  if (!wasHanded) {
+    if (ErrorPtr error = bindSocket()) return error;
+  }
+  const int socket = listeningSocket.get();
+  if (::fcntl(socket, F_SETFL, O_NONBLOCK) != 0) return makePosixError(errno, "prepare a socket");
+  // Clients that have connected to a handed socket by now may have attached descriptors.
+  const bool mayHaveDescriptors = !refuseDescriptors(socket) || wasHanded;
+  if (mayHaveDescriptors) context->patient = std::make_shared<PatientThread>();
+  // A handed socket listens already. From now on clients see this process behind it.
+  if (::listen(socket, SOMAXCONN) != 0) return makePosixError(errno, "listen to " + name);
+  return nullptr;
+}
+
+ErrorPtr UnixServiceListener::bindSocket() {
+  FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!socket.isOpen()) return makePosixError(errno, "create a socket");
-  // We hold the name's lock, so a socket that is there was left by a listener that crashed.
-  ::unlink(at.socketPath().c_str());
+  // Nobody listens there: it was left by a listener that crashed.
+  ::unlink(address->socketPath().c_str());
   // bind() gives the file the socket's mode: it is never accessible to others, not even briefly.
   if (::fchmod(socket.get(), 0600) != 0) return makePosixError(errno, "protect a socket");
-  if (const int failure = at.bind(socket.get()); failure != 0) {
+  if (const int failure = address->bind(socket.get()); failure != 0) {
     return makePosixError(failure, "bind the socket of " + name);
   }
-  socketPath = at.socketPath();
-  if (!refuseDescriptors(socket.get())) context->patient = std::make_shared<PatientThread>();
-  if (::listen(socket.get(), SOMAXCONN) != 0) return makePosixError(errno, "listen to " + name);
+  socketPath = address->socketPath();
   listeningSocket = std::move(socket);
   return nullptr;
 }

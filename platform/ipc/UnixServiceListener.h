@@ -8,6 +8,7 @@
 
 #include "platform/files/LockFile.h"
 #include "platform/foundation/Mutex.h"
+#include "platform/ipc/HandedSockets.h"
 #include "platform/ipc/ServiceAddress.h"
 #include "platform/ipc/ServiceContext.h"
 #include "platform/ipc/ServiceListener.h"
@@ -20,6 +21,10 @@ namespace quenlet {
 // accepts, reads and dispatches. The name is exclusive: a lock file tells a running listener from
 // the socket that a crashed one left behind. Thread-safe; call resume() once.
 //
+// A socket of that name which a service manager has handed over is used as it is, and stays:
+// clients go on connecting to it when there is no listener. One at which a service manager listens
+// for somebody else is never replaced.
+//
 // Peers of other users, except root, are disconnected at once; a connection beyond the limit gets
 // an error first. When the connections hold too much memory, some are closed, in the order of
 // UnixServiceConnection::Standing. The destructor ends all connections; it must not run on the
@@ -31,7 +36,8 @@ class UnixServiceListener final : public ServiceListener {
   UnixServiceListener(std::string serviceName,
                       std::shared_ptr<const EntitlementDatabase> entitlementDatabase,
                       ServiceLimits serviceLimits = {},
-                      RequestAdmission::Begin beginTransaction = nullptr);
+                      RequestAdmission::Begin beginTransaction = nullptr,
+                      HandedSockets handedSockets = {});
   ~UnixServiceListener() override;
   UnixServiceListener(const UnixServiceListener&) = delete;
   UnixServiceListener& operator=(const UnixServiceListener&) = delete;
@@ -42,7 +48,8 @@ class UnixServiceListener final : public ServiceListener {
   void suspend() override { context->admission->suspend(); }
 
  private:
-  [[nodiscard]] ErrorPtr openSocket(const ServiceAddress& at);
+  [[nodiscard]] ErrorPtr listen();
+  [[nodiscard]] ErrorPtr bindSocket();
   void acceptConnection();
   void admit(FileDescriptor socket) EXCLUDES(mutex);
   void refuseOne(int failure);
@@ -63,6 +70,8 @@ class UnixServiceListener final : public ServiceListener {
   // Set by claimName() and resume(), then used by the listener's thread only until it has ended.
   std::optional<ServiceAddress> address;
   std::shared_ptr<LockFile> nameLock;
+  HandedSockets handed;
+  // Empty while the socket's file is not ours.
   std::filesystem::path socketPath;
   FileDescriptor listeningSocket;
   // Without descriptors, closed for a moment to accept a connection and refuse it.

@@ -30,12 +30,17 @@ template <typename Condition>
 }
 
 // A program that runs beside the test, with its output in the files that `outputPath` with ".out"
-// and ".err" appended names. It is killed when this goes. Use on one thread.
+// and ".err" appended names. It is killed when this goes. It has copies of the descriptors `handed`
+// from 3 on, and the environment says so as a service manager would. Use on one thread.
 class ChildProcess final {
  public:
-  ChildProcess(std::vector<std::string> command, std::string outputPath)
+  ChildProcess(std::vector<std::string> command, std::string outputPath,
+               const std::vector<int>& handed = {})
       : path(std::move(outputPath)), pid(::fork()) {
-    if (pid == 0) runInstead(command);
+    if (pid == 0) {
+      takeOver(handed);
+      runInstead(command);
+    }
     EXPECT_GT(pid, 0) << command.front();
   }
   ~ChildProcess() {
@@ -85,6 +90,17 @@ class ChildProcess final {
   }
 
  private:
+  static void takeOver(const std::vector<int>& handed) {
+    if (handed.empty()) return;
+    constexpr int beyondAll = 500;
+    std::vector<int> copies;
+    for (const int each : handed) copies.push_back(::fcntl(each, F_DUPFD_CLOEXEC, beyondAll));
+    int next = STDERR_FILENO;
+    for (const int copy : copies) ::dup2(copy, ++next);
+    ::setenv("LISTEN_FDS", std::to_string(handed.size()).c_str(), 1);
+    ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
+    ::setenv("LISTEN_FDNAMES", "quenlet-agent.socket", 1);
+  }
   // Never returns: 127 when the program cannot be run.
   [[noreturn]] void runInstead(std::vector<std::string>& command) {
     std::vector<char*> arguments;
@@ -140,9 +156,10 @@ class ProcessTest : public testing::Test {
     EXPECT_TRUE(eventually([this] { return quenlet({"card"}).code == 1; }));
   }
 
-  std::unique_ptr<ChildProcess> start(std::vector<std::string> command) {
+  std::unique_ptr<ChildProcess> start(std::vector<std::string> command,
+                                      const std::vector<int>& handed = {}) {
     const auto output = temporary / ("child-" + std::to_string(++childrenStarted));
-    return std::make_unique<ChildProcess>(std::move(command), output);
+    return std::make_unique<ChildProcess>(std::move(command), output, handed);
   }
   Ran run(std::vector<std::string> command) {
     const auto child = start(std::move(command));
@@ -208,6 +225,26 @@ class ProcessTest : public testing::Test {
     if (ran.code != 0) return -1;
     return occurrences(ran.out, "\"origin\":");
   }
+  // Where a line ends depends on the length of the temporary directory's name.
+  static std::string asOneLine(std::string text) {
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+  }
+
+  // Text for people fits into 80 columns; a long path gets its own line.
+  static void lookAtWidth(const std::vector<std::string>& words, const std::string& out) {
+    static const std::set<std::string> data = {"--json", "json",     "vcard", "--wide",
+                                               "export", "complete", "-"};
+    for (const std::string& word : words) {
+      if (data.contains(word)) return;
+    }
+    std::istringstream lines(out);
+    for (std::string line; std::getline(lines, line);) {
+      const bool isOneWord = line.find(' ', line.find_first_not_of(' ')) == std::string::npos;
+      EXPECT_TRUE(displayWidth(line) <= 80 || isOneWord) << testing::PrintToString(words) << line;
+    }
+  }
+
   static int occurrences(const std::string& text, const std::string& part) {
     int count = 0;
     for (auto at = text.find(part); at != text.npos; at = text.find(part, at + 1)) ++count;
@@ -235,26 +272,6 @@ class ProcessTest : public testing::Test {
     std::istringstream lines(agent->err());
     for (std::string line; std::getline(lines, line);) {
       EXPECT_TRUE(mayRemark || line.starts_with("{\"")) << line;
-    }
-  }
-
-  // Where a line ends depends on the length of the temporary directory's name.
-  static std::string asOneLine(std::string text) {
-    std::replace(text.begin(), text.end(), '\n', ' ');
-    return text;
-  }
-
-  // Text for people fits into 80 columns; a long path gets its own line.
-  static void lookAtWidth(const std::vector<std::string>& words, const std::string& out) {
-    static const std::set<std::string> data = {"--json", "json",     "vcard", "--wide",
-                                               "export", "complete", "-"};
-    for (const std::string& word : words) {
-      if (data.contains(word)) return;
-    }
-    std::istringstream lines(out);
-    for (std::string line; std::getline(lines, line);) {
-      const bool isOneWord = line.find(' ', line.find_first_not_of(' ')) == std::string::npos;
-      EXPECT_TRUE(displayWidth(line) <= 80 || isOneWord) << testing::PrintToString(words) << line;
     }
   }
 
