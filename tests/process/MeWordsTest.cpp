@@ -148,9 +148,21 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
   expect({{{"doctor", "--wide"},
            1,
            {"donations.plist is open to others\n", "do: chmod go= " + donationsFile.native(),
-            "NOT WELL  own card", "NOT WELL  records      feedback.plist is damaged: ",
-            "NOT WELL  unit", "do: systemctl --user unmask quenlet-agent\n", "well      agent"}},
+            "NOT WELL  own card",
+            "NOT WELL  records      feedback.plist is damaged: ", "NOT WELL  unit",
+            "do: systemctl --user unmask quenlet-agent.service\n", "well      agent"}},
           {{"doctor", "--json"}, 1, {R"({"check":"own card","well":false,"found":)"}}});
+  const std::string toEnable = "do: systemctl --user enable --now quenlet-agent\n";
+  for (const auto& [service, socket, said] :
+       {std::tuple<std::string, std::string, std::string>{
+            "disabled", "enabled", "well      unit         socket enabled: starts on demand\n"},
+        {"disabled", "disabled", "NOT WELL  unit         disabled: systemd does not"},
+        {"disabled", "not-found", toEnable},
+        {"enabled", "masked", "do: systemctl --user unmask quenlet-agent.socket\n"}}) {
+    installCommand("systemctl",
+                   "[ $3 = quenlet-agent.socket ] && echo " + socket + " || echo " + service);
+    expect({{{"doctor", "--wide"}, 1, {said}}});
+  }
   expect(
       {{{"clients", "--wide"}, 0, {(bin / "quenlet").native() + "  ", "  all         served  "}},
        {{"clients", "--json"}, 0, {(bin / "quenlet").native() + "\",\"served\":true,\"files\""}}});

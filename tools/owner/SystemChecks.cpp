@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -98,15 +99,26 @@ Finding checkDisk() {
 }
 
 Finding checkUnit() {
-  const auto state = outputOf({"systemctl", "--user", "is-enabled", "quenlet-agent"});
+  const auto stateOf = [](const std::string& unit) {
+    return outputOf({"systemctl", "--user", "is-enabled", unit}).value_or("");
+  };
+  const std::string service = stateOf("quenlet-agent.service");
   // Without a manager, its command writes nothing there.
-  if (!state || state->empty()) return {true, "no systemd for this user; start the agent yourself"};
-  if (*state == "not-found") return {true, "not installed for systemd; start the agent yourself"};
-  if (*state != "disabled" && !state->starts_with("masked")) return {true, *state};
+  if (service.empty()) return {true, "no systemd for this user; start the agent yourself"};
+  if (service == "not-found") return {true, "not installed for systemd; start the agent yourself"};
+  const std::string socket = stateOf("quenlet-agent.socket");
+  for (const auto& [unit, state] :
+       {std::pair("quenlet-agent.service", service), std::pair("quenlet-agent.socket", socket)}) {
+    if (!state.starts_with("masked")) continue;
+    return {false,
+            std::string(unit) + " is " + state + ": systemd does not start the agent",
+            {std::string("systemctl --user unmask ") + unit}};
+  }
+  if (service != "disabled") return {true, service};
+  if (socket.starts_with("enabled")) return {true, "socket " + socket + ": starts on demand"};
   return {false,
-          *state + ": systemd does not start the agent",
-          {state->starts_with("masked") ? "systemctl --user unmask quenlet-agent"
-                                        : "systemctl --user enable --now quenlet-agent"}};
+          service + ": systemd does not start the agent",
+          {"systemctl --user enable --now quenlet-agent"}};
 }
 
 }  // namespace quenlet
