@@ -6,6 +6,7 @@
 
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
+#include "tools/commands/ProgramReport.h"
 #include "tools/owner/HealthChecks.h"
 #include "tools/presentation/TextTable.h"
 
@@ -36,7 +37,8 @@ void writeJSON(std::ostream& out, const Findings& findings) {
   out << json.endArray().text() << "\n";
 }
 
-// "doctor": looks at all that the agent and its command need.
+// "doctor": looks at all that the agent and its command need; "doctor PROGRAM" at what a program
+// needs to be served.
 class DoctorWord final : public Command {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen) override;
@@ -44,14 +46,25 @@ class DoctorWord final : public Command {
  private:
   [[nodiscard]] ExitCode run(Session& session) const;
 
+  std::string program;
   bool asJSON = false;
 };
 
 void DoctorWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("doctor", "Look whether all is well, and say what to do");
+  CLI::Option* named =
+      word->add_option("PROGRAM", program, "Only whether the agent serves it; needs no agent")
+          ->type_name("");
   word->add_flag("--json", asJSON, "As JSON, for programs");
-  word->footer("Changes nothing. Ends with 0 when all is well, with 1 otherwise.");
-  word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
+  word->footer(
+      "Changes nothing. Ends with 0 when all is well, or the program is served; with 1 otherwise.\n"
+      "PROGRAM is the path of a program or script. It does not need to be running.");
+  word->callback([this, named, &chosen] {
+    const bool asksForProgram = named->count() > 0;
+    chosen = [this, asksForProgram](Session& session) {
+      return asksForProgram ? reportProgram(session, program, asJSON) : run(session);
+    };
+  });
 }
 
 ExitCode DoctorWord::run(Session& session) const {

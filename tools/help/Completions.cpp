@@ -12,8 +12,9 @@ namespace {
 // What a value may be, as the scripts read it: "files", "words", a kind of "quenlet complete",
 // "= text json" for a choice, or "any".
 std::string kindOf(const std::string& placeholder) {
-  constexpr std::array<std::pair<std::string_view, const char*>, 9> kinds = {{
+  constexpr std::array<std::pair<std::string_view, const char*>, 10> kinds = {{
       {"FILE", "files"},
+      {"PROGRAM", "files"},
       {"DIRECTORY", "files"},
       {"WORD", "words"},
       {"BUNDLE", "bundles"},

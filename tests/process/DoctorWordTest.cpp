@@ -1,0 +1,123 @@
+#include "tests/process/ProcessTest.h"
+
+namespace quenlet {
+namespace {
+
+// The command of an installation with entitlements of its own.
+class DoctorWordTest : public ProcessTest {
+ protected:
+  DoctorWordTest() {
+    std::filesystem::create_directories(prefix / "bin");
+    std::filesystem::copy_file(bin / "quenlet", prefix / "bin/quenlet");
+    for (const char* name : {".", "bin"}) {
+      std::filesystem::permissions(prefix / name, std::filesystem::perms(0755));
+    }
+  }
+  void entitle(const std::string& file, const std::string& entries, mode_t mode = 0644) {
+    const std::filesystem::path directory = prefix / "share/quenlet/entitlements";
+    writeFile(directory / file, "<plist version=\"1.0\"><dict>" + entries + "</dict></plist>",
+              mode);
+    for (auto place = directory; place != prefix; place = place.parent_path()) {
+      std::filesystem::permissions(place, std::filesystem::perms(0755));
+    }
+  }
+  static std::string entry(const std::string& program, const std::string& rest,
+                           const std::string& value = "<true/>") {
+    return "<key>bin/" + program + "</key><dict><key>ovaro.private.contacts</key>" + value + rest +
+           "</dict>";
+  }
+  static std::string bundles(const std::string& list) {
+    return "<key>org.quenlet.bundles</key><array>" + list + "</array>";
+  }
+  std::filesystem::path install(const std::string& name, const std::string& content = "\x7f\x45LF",
+                                mode_t mode = 0755) {
+    writeFile(prefix / "bin" / name, content, mode);
+    return prefix / "bin" / name;
+  }
+
+  const std::filesystem::path prefix = temporary / "installed";
+};
+
+TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
+  const std::string limited =
+      bundles("<string>com.example.one</string><string>com.example.two</string>");
+  entitle("donors.plist", entry("limited", limited) + entry("all", "") +
+                              entry("mute", bundles("")) + entry("denied", "", "<false/>") +
+                              entry("open", ""));
+  entitle("loose.plist", entry("loose", ""), 0664);
+  for (const char* name : {"limited", "all", "mute", "denied", "unnamed"}) install(name);
+  install("open", "", 0775);
+  install("both", "", 0757);
+  install("takes-on", "", 04755);
+  install("no program", "", 0644);
+  install("script", "#! " + (prefix / "bin/all").native() + " -x\n");
+  install("by env", "#!/usr/bin/env -S NAME=1 -i limited -x\n");
+  install("by envs rules", "#!/usr/bin/env -u NAME limited\n");
+  install("unserved", "#!" + (prefix / "bin/unnamed").native());
+  install("returns", "#!/bin/sh\r\n");
+  install("loop", "#!" + (prefix / "bin/loop").native() + "\n");
+  std::filesystem::create_symlink("limited", prefix / "bin/link");
+  ::setenv("PATH", ((prefix / "bin").native() + ":" + formerPath).c_str(), 1);
+  const std::string files = prefix / "share/quenlet/entitlements";
+
+  const struct {
+    const char* program;
+    int code;
+    std::vector<std::string> said;
+  } rows[] = {
+      {"limited",
+       0,
+       {"/bin/limited is served.", "donated under com.example.one, com.example.two.",
+        "It is named in " + files + "/donors.plist"}},
+      {"all", 0, {"It may change what anybody donated."}},
+      {"mute", 0, {"It may change nothing that was donated."}},
+      {"link", 0, {"/bin/limited is served."}},
+      {"../bin/link", 0, {"/bin/limited is served."}},
+      {"script", 0, {"/bin/script is a script.", "/bin/all is served."}},
+      {"by env", 0, {"/bin/by env is a script.", "/bin/limited is served."}},
+      {"denied",
+       1,
+       {"/bin/denied is not served: its entitlements do not grant it.",
+        "do: set ovaro.private.contacts to true for it in " + files + "/donors.plist"}},
+      {"unnamed",
+       1,
+       {"do: as root, write /etc/quenlet/entitlements/unnamed.plist",
+        "do: look at " + files + "/loose.plist, which is ignored: ",
+        "do: chmod go-w '" + files + "/loose.plist'",
+        "<key>" + (prefix / "bin/unnamed").native() + "</key><dict>",
+        "<key>ovaro.private.contacts</key><true/>"}},
+      {"unserved",
+       1,
+       {"/bin/unnamed is not served: ", "do: rather than that program, name a copy"}},
+      {"open",
+       1,
+       {"is not served: it is not trusted: ", "do: chmod go-w '" + (prefix / "bin/open").native()}},
+      {"both", 1, {"names it; and it is not trusted: ", "do: chmod go-w '", "<key>"}},
+      {"takes-on", 1, {"do: chmod ug-s '" + (prefix / "bin/takes-on").native() + "'"}},
+      {"no program", 1, {"quenlet: posix-error 13: execute "}},
+      {"by envs rules", 1, {"/by envs rules: it is unclear what env starts for it"}},
+      {"returns", 1, {"/bin/returns: its first line ends with a return character"}},
+      {"loop", 1, {"/bin/loop: too many scripts run one another"}},
+      {"missing", 1, {"quenlet: posix-error 2: find ", "No such file or directory"}},
+      {".", 1, {"/bin: it is not a file that can be executed"}},
+  };
+  for (const auto& [program, code, said] : rows) {
+    SCOPED_TRACE(program);
+    const Ran ran = run({prefix / "bin/quenlet", "doctor", prefix / "bin" / program});
+    lookAtWidth({"doctor"}, ran.out);
+    EXPECT_EQ(ran.code, code);
+    // Where a line ends depends on the length of the temporary directory's name.
+    for (const std::string& text : said) {
+      EXPECT_THAT(asOneLine(ran.out + ran.err), testing::HasSubstr(text));
+    }
+  }
+  const std::string json =
+      run({prefix / "bin/quenlet", "doctor", "--json", prefix / "bin/script"}).out;
+  EXPECT_EQ(json, "{\"executable\":\"" + (prefix / "bin/all").native() + "\",\"scripts\":[\"" +
+                      (prefix / "bin/script").native() + "\"],\"served\":true,\"files\":[\"" +
+                      files + "/donors.plist\"],\"advice\":[]}\n");
+  EXPECT_THAT(quenlet({"doctor", "cat"}).err, testing::HasSubstr("hint: name it by its path: "));
+}
+
+}  // namespace
+}  // namespace quenlet
