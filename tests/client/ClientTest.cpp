@@ -1,12 +1,16 @@
 #include "quenlet/Client.h"
 
+#include <poll.h>
 #include <stdio.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <latch>
+#include <thread>
 
 #include "client/Conversion.h"
 #include "platform/ipc/WireEncoder.h"
+#include "platform/notifications/SocketNotificationCenter.h"
 #include "tests/client/ServedAgent.h"
 
 namespace quenlet {
@@ -40,14 +44,11 @@ class ClientTest : public ServedAgent {
             outcomeOf(client.rejectCluster("cluster")),
             outcomeOf(client.removeAllRejections())};
   }
-  Errors handleAll() {
-    Errors errors(9);
-    const auto left = std::make_shared<std::latch>(9);
-    const auto handler = [&](std::size_t place) {
-      return [&, left, place](const auto& outcome) {
-        errors[place] = outcomeOf(outcome);
-        left->count_down();
-      };
+  // Begins each operation; `note` gets its place and outcome.
+  void beginAll(Client& client,
+                const std::function<void(std::size_t place, std::string outcome)>& note) {
+    const auto handler = [&, note](std::size_t place) {
+      return [this, note, place](const auto& outcome) { note(place, outcomeOf(outcome)); };
     };
     client.donate({donation}, handler(0));
     client.remove({"id1", "id2"}, handler(1));
@@ -58,8 +59,26 @@ class ClientTest : public ServedAgent {
     client.reject("id", handler(6));
     client.rejectCluster("cluster", handler(7));
     client.removeAllRejections(handler(8));
-    left->wait();
+  }
+  Errors handleAll() {
+    Errors errors(9);
+    std::latch left(9);
+    beginAll(client, [&](std::size_t place, std::string outcome) {
+      errors[place] = std::move(outcome);
+      left.count_down();
+    });
+    left.wait();
     return errors;
+  }
+
+  // Lets the program's loop turn until something holds.
+  template <typename Condition>
+  static void dispatchUntil(Client& driven, Condition condition) {
+    pollfd ready{driven.fd().value(), POLLIN, 0};
+    while (!condition()) {
+      ASSERT_EQ(::poll(&ready, 1, 10'000), 1) << "nothing comes";
+      driven.dispatch();
+    }
   }
 
   const Donation donation = Conversion::donation(*agent->value);
@@ -88,6 +107,87 @@ TEST_F(ClientTest, AsksNoAgentForWhatIsNotValid) {
   EXPECT_EQ(outcomeOf(client.changeAccount(account, AccountRecord())), invalidArguments);
   EXPECT_EQ(outcomeOf(client.changeAccount(AccountRecord(), account)), invalidArguments);
   EXPECT_EQ(agent->takeCalls(), "");
+}
+
+TEST_F(ClientTest, RunsHandlersWhereTheProgramDispatches) {
+  Client driven(Client::standardTimeLimit, Client::Handlers::inDispatch);
+  const auto caller = std::this_thread::get_id();
+  Errors errors;
+  const auto note = [&](std::size_t, std::string outcome) {
+    EXPECT_EQ(std::this_thread::get_id(), caller);
+    errors.push_back(std::move(outcome));
+  };
+  beginAll(driven, note);
+  driven.donate({Donation{.content = Phone{"none", ""}}},
+                [&](const ErrorPtr& error) { note(9, outcomeOf(error)); });
+  listener.reset();
+  EXPECT_EQ(errors, Errors()) << "before a dispatch";
+  dispatchUntil(driven, [&] { return errors.size() == 10; });
+  driven.card([&](const Result<Card>& card) { note(0, outcomeOf(card)); });
+  EXPECT_EQ(errors.size(), 10);
+  dispatchUntil(driven, [&] { return errors.size() == 11; });
+  EXPECT_EQ(errors.back(), "ovaro.quenlet.service-error 1");
+  EXPECT_EQ(std::count(errors.begin(), errors.end(), "ovaro.quenlet.service-error 4"), 1);
+  EXPECT_EQ(outcomeOf(client.fd().ok() ? nullptr : client.fd().error()),
+            "ovaro.quenlet.service-error 4")
+      << "its handlers have a thread";
+}
+
+TEST_F(ClientTest, TakesHandlersBackAndCallsTheRestAtItsEnd) {
+  for (const auto place : {Client::Handlers::onOwnThread, Client::Handlers::inDispatch}) {
+    agent->holdsReplies = true;
+    auto ended = std::make_unique<Client>(Client::standardTimeLimit, place);
+    auto owned = std::make_shared<int>();
+    std::atomic<int> calls = 0;
+    Errors errors;
+    const Client::Call taken = ended->card([&calls, owned](const Result<Card>&) { ++calls; });
+    ended->card([&](const Result<Card>& card) { errors.push_back(outcomeOf(card)); });
+    EXPECT_EQ(owned.use_count(), 2);
+    taken.cancel();
+    EXPECT_EQ(owned.use_count(), 1) << "what the handler held is gone";
+    ended.reset();
+    EXPECT_EQ(errors, Errors{"ovaro.quenlet.service-error 2"});
+    EXPECT_EQ(calls, 0);
+    taken.cancel();
+  }
+}
+
+TEST_F(ClientTest, FollowsTheCardFromOneAgentToTheNext) {
+  EventLoop unused;
+  SocketNotificationCenter center(unused, runtime.path() / "quenlet/notifications");
+  Client driven(Client::standardTimeLimit, Client::Handlers::inDispatch);
+  Errors seen;
+  const Client::Call following =
+      driven.onCardChange([&](const Result<Card>& card) { seen.push_back(outcomeOf(card)); });
+  const auto expectNext = [&](const std::string& outcome) {
+    const std::size_t before = seen.size();
+    dispatchUntil(driven, [&] { return seen.size() > before; });
+    EXPECT_EQ(seen.back(), outcome);
+  };
+  const auto change = [&](ErrorPtr error) {
+    agent->setError(std::move(error));
+    center.post(MeCardValuesDidChangeNotification);
+  };
+  expectNext("");
+  center.post(MeCardValuesDidChangeNotification);
+  change(makeError("domain", 7, "no"));
+  expectNext("domain 7");
+  change(nullptr);
+  expectNext("");
+  listener.reset();
+  center.post(MeCardValuesDidChangeNotification);
+  expectNext("ovaro.quenlet.service-error 1");
+  serveAgent();
+  center.post("something else");
+  center.post(MeCardValuesDidChangeNotification);
+  expectNext("");
+  EXPECT_EQ(seen.size(), 5) << "no card twice";
+
+  following.cancel();
+  EXPECT_EQ(std::distance(
+                std::filesystem::directory_iterator(runtime.path() / "quenlet/notifications"), {}),
+            0)
+      << "its socket is gone";
 }
 
 TEST_F(ClientTest, TakesNeitherSuccessNorErrorForAnError) {

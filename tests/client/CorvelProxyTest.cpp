@@ -56,6 +56,7 @@ TEST_F(CorvelProxyTest, CarriesAllOperationsAndRepliesOnceAsSoonAsThereIsAnAgent
     EXPECT_EQ(agent->takeCalls(), RecordingAgent::allCalls);
     agent->setError(makeError("domain", 7, "no"));
     EXPECT_EQ(repliesOfAll(*asked), Errors(10, "domain 7"));
+    EXPECT_EQ(agent->takeCalls(), RecordingAgent::allCalls);
   }
   EXPECT_EQ(exporter->connections, 2);
 }
