@@ -160,6 +160,14 @@ void LinuxPlatform::watchMeCard() {
   });
 }
 
+void LinuxPlatform::addListener(PlatformServices& services) {
+  services.makeServiceListener = [this](const std::string& serviceName) {
+    return std::make_shared<UnixServiceListener>(
+        serviceName, entitlements, ServiceLimits::forThisProcess(),
+        [this] { return beginTransaction("request"); }, std::exchange(handedSockets, {}));
+  };
+}
+
 PlatformServices LinuxPlatform::makeServices() {
   PlatformServices services;
   services.now = &Date::now;
@@ -191,11 +199,7 @@ PlatformServices LinuxPlatform::makeServices() {
     watchMeCard();
     return std::make_shared<VCardContactStore>(meCardPath());
   };
-  services.makeServiceListener = [this](const std::string& serviceName) {
-    return std::make_shared<UnixServiceListener>(
-        serviceName, entitlements, ServiceLimits::forThisProcess(),
-        [this] { return beginTransaction("request"); }, std::exchange(handedSockets, {}));
-  };
+  addListener(services);
   addSources(services);
   addAnalytics(services);
   return services;

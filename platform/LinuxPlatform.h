@@ -59,6 +59,7 @@ class LinuxPlatform final {
                 const std::filesystem::path& runtimeDirectory,
                 const ExtensionLimits& extensionLimits, HandedSockets handed);
   [[nodiscard]] PlatformServices makeServices();
+  void addListener(PlatformServices& services);
   void addSources(PlatformServices& services);
   void addAnalytics(PlatformServices& services);
   void watchMeCard();

@@ -86,28 +86,7 @@ ExitCode BackupWords::takeBackup(Session& session) const {
   return code;
 }
 
-ExitCode BackupWords::putInPlace(Session& session) const {
-  const Result<Backup> backup = read();
-  if (!backup.ok()) return session.failWith(backup.error());
-  const Result<OwnersHome> home = OwnersHome::open(session.agent, session.now);
-  if (!home.ok()) return session.failWith(home.error());
-  const auto conflicts = home.value().conflicts(backup.value());
-  if (!conflicts.ok()) return session.failWith(conflicts.error());
-  if (!conflicts.value().empty() && !replaces) {
-    return session.failWithUsage("nothing was imported: something else is in the place of",
-                                 firstOf(conflicts.value()), "--replace overwrites it");
-  }
-  const auto outcome = home.value().restore(backup.value());
-  if (!outcome.ok()) {
-    const ExitCode code = session.failWith(outcome.error());
-    session.hint("import it again: what is in place already stays");
-    return code;
-  }
-  const OwnersHome::Imported& imported = outcome.value();
-  if (!conflicts.value().empty()) session.say("Overwritten:");
-  for (const std::string& line : firstOf(conflicts.value())) {
-    session.screen.writeParagraph(session.out, printable(line), 2, 2);
-  }
+void tellImported(Session& session, const OwnersHome::Imported& imported) {
   session.say("Imported " + counted(imported.donations, "donation") + ", " +
               counted(imported.decisions, "decision") + " on values, " +
               counted(imported.accounts, "account") +
@@ -125,6 +104,30 @@ ExitCode BackupWords::putInPlace(Session& session) const {
         "one when it is donated again, and does not replace what was imported.");
     session.hint("quenlet list shows the bundles; quenlet forget BUNDLE takes one away");
   }
+}
+
+ExitCode BackupWords::putInPlace(Session& session) const {
+  const Result<Backup> backup = read();
+  if (!backup.ok()) return session.failWith(backup.error());
+  const Result<OwnersHome> home = OwnersHome::open(session.agent, session.now);
+  if (!home.ok()) return session.failWith(home.error());
+  const auto conflicts = home.value().conflicts(backup.value());
+  if (!conflicts.ok()) return session.failWith(conflicts.error());
+  if (!conflicts.value().empty() && !replaces) {
+    return session.failWithUsage("nothing was imported: something else is in the place of",
+                                 firstOf(conflicts.value()), "--replace overwrites it");
+  }
+  const auto outcome = home.value().restore(backup.value());
+  if (!outcome.ok()) {
+    const ExitCode code = session.failWith(outcome.error());
+    session.hint("import it again: what is in place already stays");
+    return code;
+  }
+  if (!conflicts.value().empty()) session.say("Overwritten:");
+  for (const std::string& line : firstOf(conflicts.value())) {
+    session.screen.writeParagraph(session.out, printable(line), 2, 2);
+  }
+  tellImported(session, outcome.value());
   return ExitCode::done;
 }
 
