@@ -18,7 +18,8 @@ std::string bundlesIn(const ClientProgram& program) {
   return "It may change what is donated under " + text + ".";
 }
 
-void writeText(const Session& session, const RunProgram& run, const ProgramVerdict& verdict) {
+void writeProgramText(const Session& session, const RunProgram& run,
+                      const ProgramVerdict& verdict) {
   for (const auto& script : run.scripts) session.say(script.native() + " is a script.");
   if (!run.scripts.empty()) {
     session.say(
@@ -42,7 +43,8 @@ void writeText(const Session& session, const RunProgram& run, const ProgramVerdi
   for (std::string line; std::getline(lines, line);) session.out << printable(line) << "\n";
 }
 
-void writeJSON(const Session& session, const RunProgram& run, const ProgramVerdict& verdict) {
+void writeProgramJSON(const Session& session, const RunProgram& run,
+                      const ProgramVerdict& verdict) {
   JSONWriter json;
   json.beginObject().key("executable").value(run.executable.native()).key("scripts").beginArray();
   for (const auto& script : run.scripts) json.value(script.native());
@@ -77,7 +79,7 @@ ExitCode reportProgram(const Session& session, const std::filesystem::path& file
     return code;
   }
   const ProgramVerdict verdict = ProgramVerdict::on(run.value(), ClientPrograms::read());
-  (asJSON ? writeJSON : writeText)(session, run.value(), verdict);
+  (asJSON ? writeProgramJSON : writeProgramText)(session, run.value(), verdict);
   return verdict.isServed() ? ExitCode::done : ExitCode::refused;
 }
 
