@@ -7,7 +7,8 @@ foreach(folder client_c client model platform_foundation platform_contacts platf
     protocol platform_extensions)
   list(APPEND clientObjects "$<TARGET_OBJECTS:quenlet_${folder}>")
 endforeach()
-set(clientDependencies ICU::uc pugixml::pugixml ${MD_LIBRARY} Threads::Threads ${CMAKE_DL_LIBS})
+set(clientDependencies ICU::uc pugixml::pugixml ${MD_LIBRARY} Threads::Threads ${CMAKE_DL_LIBS}
+  ${QUENLET_ATOMIC_LIBRARY})
 
 function(_quenlet_client_target target exportName)
   set_target_properties(${target} PROPERTIES OUTPUT_NAME quenlet EXPORT_NAME ${exportName}
@@ -56,6 +57,10 @@ install(FILES ${publicHeaders} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/quenlet"
   PERMISSIONS ${everybodyReads})
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX
   BASE_DIRECTORY "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" OUTPUT_VARIABLE prefixFromPkgConfig)
+set(atomicFlag "")
+if(QUENLET_ATOMIC_LIBRARY)
+  set(atomicFlag " -l${QUENLET_ATOMIC_LIBRARY}")
+endif()
 configure_file(cmake/quenlet.pc.in "${PROJECT_BINARY_DIR}/quenlet.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/quenlet.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig" PERMISSIONS ${everybodyReads})

@@ -50,31 +50,35 @@ function(quenlet_library folder)
 endfunction()
 
 # A library that programs load when they need it, from the sources of one folder. It stands in
-# lib/quenlet below the prefix that bin is in, in the build tree as in an install, which is where
-# programs look for it.
+# lib/quenlet/<version> below the prefix that bin is in, in the build tree as in an install, which is
+# where programs of this version look for it.
 function(quenlet_module module folder)
   cmake_parse_arguments(ARG "" "" "PRIVATE" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.cpp")
   set(target "quenlet_${module}")
   add_library(${target} MODULE ${sources})
   set_target_properties(${target} PROPERTIES PREFIX "" OUTPUT_NAME "${module}"
-    LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib/quenlet")
+    LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib/quenlet/${PROJECT_VERSION}")
   target_link_libraries(${target} PRIVATE quenlet_options ${ARG_PRIVATE})
-  cmake_path(GET CMAKE_INSTALL_BINDIR PARENT_PATH prefix)
-  cmake_path(APPEND prefix lib quenlet OUTPUT_VARIABLE destination)
-  install(TARGETS ${target} LIBRARY DESTINATION "${destination}")
+  if(QUENLET_INSTALL)
+    cmake_path(GET CMAKE_INSTALL_BINDIR PARENT_PATH prefix)
+    cmake_path(APPEND prefix lib quenlet "${PROJECT_VERSION}" OUTPUT_VARIABLE destination)
+    install(TARGETS ${target} LIBRARY DESTINATION "${destination}")
+  endif()
 endfunction()
 
-# A program from all sources of one folder.
+# A program from all sources of one folder, for the build tree alone unless INSTALL says where to.
 function(quenlet_program program folder)
-  cmake_parse_arguments(ARG "" "" "DEPENDS;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "" "INSTALL" "DEPENDS;PRIVATE" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.cpp")
   if(NOT sources)
     return()
   endif()
   add_executable(${program} ${sources})
   _quenlet_link(${program} PRIVATE ${ARG_DEPENDS} ${ARG_PRIVATE})
-  install(TARGETS ${program} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  if(QUENLET_INSTALL AND ARG_INSTALL)
+    install(TARGETS ${program} RUNTIME DESTINATION "${ARG_INSTALL}")
+  endif()
 endfunction()
 
 # Under any umask of the builder's: the agent answers no program that others can write.

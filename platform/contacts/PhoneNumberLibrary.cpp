@@ -10,11 +10,12 @@
 namespace quenlet {
 namespace {
 
-// <prefix>/bin/<program> and <prefix>/lib/quenlet/<module>: installed and in the build tree alike.
+// Beside the folder of the program, which is bin or libexec, installed and in the build tree alike.
+// The module of another version, which may have another interface, is in another folder.
 std::filesystem::path moduleOfRunningProgram() {
   std::error_code failure;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
-  return program.parent_path().parent_path() / "lib/quenlet/phone-numbers.so";
+  return program.parent_path().parent_path() / "lib/quenlet" / QUENLET_VERSION / "phone-numbers.so";
 }
 
 }  // namespace

@@ -67,7 +67,8 @@ using quenlet::pass;
 
 extern "C" {
 
-int open(const char* path, int flags, int mode) {
+// What open() is with file offsets of 64 bits.
+int open64(const char* path, int flags, int mode) {
   return pass('o', -1, path, "", 0, SYS_openat, AT_FDCWD, path, flags, mode);
 }
 ssize_t read(int descriptor, void* room, size_t size) {
