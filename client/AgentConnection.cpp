@@ -17,8 +17,13 @@ AgentConnection::~AgentConnection() { stop(); }
 
 Result<std::shared_ptr<ServiceClient>> AgentConnection::working() {
   using Working = Result<std::shared_ptr<ServiceClient>>;
+  const auto ended = [] {
+    return Working::failure(
+        makeServiceError(ServiceErrorCode::connectionBroken, "the client has ended"));
+  };
   {
     MutexLock lock(mutex);
+    if (stopped) return ended();
     if (works()) return Working::success(current);
   }
   // Not under the lock, as it takes time. Another thread may have connected meanwhile; then ours is
@@ -26,12 +31,14 @@ Result<std::shared_ptr<ServiceClient>> AgentConnection::working() {
   Working connected = connect();
   if (!connected.ok()) return connected;
   MutexLock lock(mutex);
+  if (stopped) return ended();
   if (!works()) current = std::move(connected).takeValue();
   return Working::success(current);
 }
 
 void AgentConnection::stop() {
   MutexLock lock(mutex);
+  stopped = true;
   if (current) current->stop();
 }
 

@@ -25,7 +25,8 @@ class AgentConnection final {
 
   // The working connection. Connecting can take as long as the time limit.
   [[nodiscard]] Result<std::shared_ptr<ServiceClient>> working() EXCLUDES(mutex);
-  // Breaks the connection: what is under way fails with connectionBroken.
+  // Breaks the connection for good: what is under way, and all that comes, fails with
+  // connectionBroken.
   void stop() EXCLUDES(mutex);
 
  private:
@@ -34,6 +35,7 @@ class AgentConnection final {
   const Connect connect;
   Mutex mutex;
   std::shared_ptr<ServiceClient> current GUARDED_BY(mutex);
+  bool stopped GUARDED_BY(mutex) = false;
 };
 
 }  // namespace quenlet

@@ -122,6 +122,15 @@ auto clusterRejection(std::string identifier) {
   };
 }
 
+Result<std::shared_ptr<CardFollower>> startFollower(std::shared_ptr<ClientLoop> loop,
+                                                    std::shared_ptr<CorvelProtocol> agent,
+                                                    const Client::CardHandler& handler) {
+  const auto runtime = UserDirectories::runtimeDirectory();
+  if (!runtime.ok()) return Result<std::shared_ptr<CardFollower>>::failure(runtime.error());
+  return CardFollower::start(std::move(loop), std::move(agent),
+                             runtime.value() / "quenlet/notifications", handler);
+}
+
 ErrorPtr removeRejections(CorvelProtocol& agent, Client::ErrorHandler reply) {
   agent.removeAllRejectionsWithCompletionHandler(std::move(reply));
   return nullptr;
@@ -167,15 +176,15 @@ class Client::Implementation final {
 };
 
 Client::Implementation::~Implementation() {
-  std::unique_ptr<Handling> ended;
+  Handling* ending = nullptr;
   {
     MutexLock lock(mutex);
     for (const auto& follower : followers) follower->cancel();
-    ended = std::move(current);
+    ending = current.get();
   }
   connection->stop();
-  // Runs the handlers that still wait.
-  ended.reset();
+  // Without the lock: it runs the handlers that still wait, and they may use the client.
+  if (ending != nullptr) ending->handlers.finish();
 }
 
 Result<Client::Implementation::Handling*> Client::Implementation::handling() try {
@@ -214,18 +223,19 @@ Client::Call Client::Implementation::begin(std::function<void(Outcome)> handler,
 }
 
 Client::Call Client::Implementation::follow(CardHandler handler) {
-  const auto refuse = [&handler](ErrorPtr error) {
-    handler(Result<Card>::failure(std::move(error)));
-    return Call([] {});
-  };
   const auto used = handling();
-  if (!used.ok()) return refuse(used.error());
-  const auto runtime = UserDirectories::runtimeDirectory();
-  if (!runtime.ok()) return refuse(runtime.error());
-  const auto started =
-      CardFollower::start(used.value()->handlers.loop(), used.value()->agent,
-                          runtime.value() / "quenlet/notifications", std::move(handler));
-  if (!started.ok()) return refuse(started.error());
+  if (!used.ok()) {
+    handler(Result<Card>::failure(used.error()));
+    return Call([] {});
+  }
+  auto& [handlers, agent] = *used.value();
+  const auto started = startFollower(handlers.loop(), agent, handler);
+  if (!started.ok()) {
+    handlers.loop()->events.post([handler = std::move(handler), error = started.error()] {
+      handler(Result<Card>::failure(error));
+    });
+    return Call([] {});
+  }
   MutexLock lock(mutex);
   std::erase_if(followers, [](const auto& follower) { return follower->isCancelled(); });
   followers.push_back(started.value());

@@ -2,8 +2,7 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
-#include <memory>
-#include <new>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,40 +22,34 @@ class Calls final {
  public:
   std::uint64_t newNumber() EXCLUDES(mutex) {
     MutexLock lock(mutex);
-    calls.emplace(++last, nullptr);
+    calls.emplace(++last, std::nullopt);
     return last;
   }
-  // No effect for a call that has ended meanwhile.
+  // No effect for one that has ended or been cancelled meanwhile.
   void began(std::uint64_t number, Client::Call call) EXCLUDES(mutex) {
-    auto begun = std::make_unique<Client::Call>(std::move(call));
     MutexLock lock(mutex);
     const auto found = calls.find(number);
-    if (found != calls.end()) found->second = std::move(begun);
+    if (found != calls.end()) found->second = std::move(call);
   }
-  void ended(std::uint64_t number) EXCLUDES(mutex) {
-    std::unique_ptr<Client::Call> dropped;  // outlives the lock
+  // Whether it has neither ended nor been cancelled.
+  [[nodiscard]] bool isUnderWay(std::uint64_t number) EXCLUDES(mutex) {
+    MutexLock lock(mutex);
+    return calls.contains(number);
+  }
+  // Ends it, and gives the call back if it has begun; false if it had ended or been cancelled.
+  bool take(std::uint64_t number, std::optional<Client::Call>& call) EXCLUDES(mutex) {
     MutexLock lock(mutex);
     const auto found = calls.find(number);
-    if (found == calls.end()) return;
-    dropped = std::move(found->second);
+    if (found == calls.end()) return false;
+    call = std::move(found->second);
     calls.erase(found);
-  }
-  void cancel(std::uint64_t number) EXCLUDES(mutex) {
-    std::unique_ptr<Client::Call> cancelled;
-    {
-      MutexLock lock(mutex);
-      const auto found = calls.find(number);
-      if (found == calls.end()) return;
-      cancelled = std::move(found->second);
-      calls.erase(found);
-    }
-    if (cancelled) cancelled->cancel();
+    return true;
   }
 
  private:
   Mutex mutex;
   std::uint64_t last GUARDED_BY(mutex) = 0;
-  std::map<std::uint64_t, std::unique_ptr<Client::Call>> calls GUARDED_BY(mutex);
+  std::map<std::uint64_t, std::optional<Client::Call>> calls GUARDED_BY(mutex);
 };
 
 }  // namespace
@@ -73,13 +66,16 @@ struct quenlet_client final {
 namespace {
 
 template <typename Outcome>
-void callBack(const Outcome& outcome, quenlet_values_callback callback, void* data) {
-  if (!outcome.ok()) {
-    const quenlet_error error = ErrorByValue::of(outcome.error());
-    return callback(nullptr, &error, data);
-  }
-  const quenlet_values values = valuesOf(outcome.value());
-  callback(&values, nullptr, data);
+void callBack(Outcome outcome, quenlet_values_callback callback, void* data) {
+  quenlet_values values;
+  quenlet_error error{};
+  ErrorByValue::guarded(&error, [&] {
+    if (!outcome.ok()) return ErrorByValue::of(outcome.error());
+    values = valuesOf(std::move(outcome).takeValue());
+    return ErrorByValue::of(nullptr);
+  });
+  const bool succeeded = error.status == QUENLET_OK;
+  callback(succeeded ? &values : nullptr, succeeded ? nullptr : &error, data);
 }
 
 void callBack(const ErrorPtr& outcome, quenlet_done_callback callback, void* data) {
@@ -87,19 +83,30 @@ void callBack(const ErrorPtr& outcome, quenlet_done_callback callback, void* dat
   callback(outcome ? &error : nullptr, data);
 }
 
-// Begins with a handler that calls back and then forgets the call.
-template <typename Callback, typename Begin>
+// Whether a call's handler is called once, or until it is cancelled.
+enum class Handled { once, often };
+
+template <Handled handled, typename Callback, typename Begin>
 std::uint64_t begin(quenlet_client* client, Callback callback, void* data,
-                    const Begin& operation) noexcept try {
+                    const Begin& operation) noexcept {
   if (client == nullptr || callback == nullptr) return 0;
-  const std::uint64_t number = client->calls.newNumber();
-  client->calls.began(number, operation([client, number, callback, data](const auto& outcome) {
-                        client->calls.ended(number);
-                        callBack(outcome, callback, data);
-                      }));
-  return number;
-} catch (...) {
-  return 0;
+  std::uint64_t number = 0;
+  try {
+    number = client->calls.newNumber();
+    client->calls.began(number, operation([client, number, callback, data](auto outcome) {
+                          std::optional<Client::Call> ended;
+                          const bool isWanted = handled == Handled::once
+                                                    ? client->calls.take(number, ended)
+                                                    : client->calls.isUnderWay(number);
+                          if (isWanted) callBack(std::move(outcome), callback, data);
+                        }));
+    return number;
+  } catch (...) {
+    // It may have been sent all the same: its handler finds that nobody waits.
+    std::optional<Client::Call> dropped;
+    client->calls.take(number, dropped);
+    return 0;
+  }
 }
 
 // Waits for an operation that returns an error.
@@ -206,32 +213,29 @@ void quenlet_client_dispatch(quenlet_client* client) {
 
 uint64_t quenlet_client_fetch_card_async(quenlet_client* client, quenlet_values_callback callback,
                                          void* data) {
-  return begin(client, callback, data,
-               [&](auto handler) { return client->client.card(std::move(handler)); });
+  return begin<Handled::once>(client, callback, data, [&](auto handler) {
+    return client->client.card(std::move(handler));
+  });
 }
 
 uint64_t quenlet_client_on_card_change(quenlet_client* client, quenlet_values_callback callback,
-                                       void* data) try {
-  if (client == nullptr || callback == nullptr) return 0;
-  const std::uint64_t number = client->calls.newNumber();
-  client->calls.began(number, client->client.onCardChange([callback, data](const auto& card) {
-    callBack(card, callback, data);
-  }));
-  return number;
-} catch (...) {
-  return 0;
+                                       void* data) {
+  return begin<Handled::often>(client, callback, data, [&](auto handler) {
+    return client->client.onCardChange(std::move(handler));
+  });
 }
 
 uint64_t quenlet_client_fetch_donations_async(quenlet_client* client,
                                               quenlet_values_callback callback, void* data) {
-  return begin(client, callback, data,
-               [&](auto handler) { return client->client.donations(std::move(handler)); });
+  return begin<Handled::once>(client, callback, data, [&](auto handler) {
+    return client->client.donations(std::move(handler));
+  });
 }
 
 uint64_t quenlet_client_donate_async(quenlet_client* client, const quenlet_values* donations,
                                      quenlet_done_callback callback, void* data) {
   if (donations == nullptr) return 0;
-  return begin(client, callback, data, [&](auto handler) {
+  return begin<Handled::once>(client, callback, data, [&](auto handler) {
     return client->client.donate(donationsOf(*donations), std::move(handler));
   });
 }
@@ -239,11 +243,12 @@ uint64_t quenlet_client_donate_async(quenlet_client* client, const quenlet_value
 uint64_t quenlet_client_remove_async(quenlet_client* client, const char* const* identifiers,
                                      size_t count, quenlet_done_callback callback, void* data) {
   if (!areTexts(identifiers, count)) return 0;
-  return begin(client, callback, data, [&](auto handler) {
+  return begin<Handled::once>(client, callback, data, [&](auto handler) {
     return client->client.remove(copied(identifiers, count), std::move(handler));
   });
 }
 
 void quenlet_client_cancel(quenlet_client* client, uint64_t call) {
-  if (client != nullptr) client->calls.cancel(call);
+  std::optional<Client::Call> cancelled;
+  if (client != nullptr && client->calls.take(call, cancelled) && cancelled) cancelled->cancel();
 }

@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstddef>
 #include <memory>
 #include <utility>
 
@@ -45,8 +46,11 @@ class CExtension final : public Extension {
 
 int quenlet_extension_run(const quenlet_extension* extension) try {
   constexpr int notStarted = 2;
-  if (extension == nullptr || extension->size < sizeof(quenlet_extension) ||
-      extension->renew == nullptr || extension->all_donations == nullptr) {
+  // As far as the first version went: programs that know no more are served for ever.
+  constexpr std::size_t leastSize =
+      offsetof(quenlet_extension, all_donations) + sizeof(extension->all_donations);
+  if (extension == nullptr || extension->size < leastSize || extension->renew == nullptr ||
+      extension->all_donations == nullptr) {
     return notStarted;
   }
   quenlet::CExtension asked(*extension);

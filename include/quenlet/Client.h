@@ -29,8 +29,9 @@ namespace quenlet {
 //
 // Each operation exists twice. Without a handler it waits, on the calling thread alone, and returns
 // the outcome; a null ErrorPtr is success. With a handler it returns at once; the handler is called
-// exactly once, one handler at a time, and never before the operation has returned. Handlers are
-// not empty and do not throw. They may use the client, but must not destroy it.
+// exactly once, one handler at a time, and never within the operation. Handlers are not empty and
+// do not throw. They may use the client, but must not dispatch or destroy it. An operation may wait
+// for the agent to accept a connection, within the time limit.
 //
 // Handlers run on a thread of the client's, which the first one starts, or where the program calls
 // dispatch(): to be used in an event loop, without a thread.
@@ -50,7 +51,8 @@ namespace quenlet {
 // get its error, on the calling thread.
 //
 // The client connects at the first operation, and again at the next one after the connection broke.
-// Thread-safe; dispatch() on one thread at a time.
+// Thread-safe; dispatch() on one thread at a time. After a fork the child must not use or destroy
+// its parent's client.
 class QUENLET_API Client final {
  public:
   using ErrorHandler = std::function<void(ErrorPtr error)>;
@@ -78,7 +80,8 @@ class QUENLET_API Client final {
   // Asks no agent yet. `timeLimit` is for connecting and for each answer.
   explicit Client(std::chrono::milliseconds timeLimit = standardTimeLimit,
                   Handlers handlers = Handlers::onOwnThread);
-  // Handlers that still wait get connectionBroken before this returns.
+  // Handlers that still wait get connectionBroken before this returns. What they begin is not done,
+  // and its handlers are not called.
   ~Client();
   Client(const Client&) = delete;
   Client& operator=(const Client&) = delete;

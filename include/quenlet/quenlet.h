@@ -24,7 +24,8 @@
  * All text is UTF-8 that ends with a null character. Functions copy what they are given. What a
  * function called "new", "copy" or "fetch" returns belongs to the caller, who frees it; all other
  * pointers belong to what they were taken from and are good until that is changed or freed. Freeing
- * NULL does nothing. No function throws or ends the program. An `error` may be NULL.
+ * NULL does nothing. No function throws or ends the program. An `error` may be NULL. After a fork
+ * the child must not use or free its parent's client.
  *
  * These functions keep their meaning as long as the library is called libquenlet.so.0.
  */
@@ -46,6 +47,7 @@ typedef enum quenlet_status {
   QUENLET_BUNDLE_NOT_ALLOWED = 6,
   QUENLET_DONATIONS_DISABLED = 7,
   QUENLET_INVALID_ARGUMENT = 8,
+  /* Or, in a donation, text that no file can hold. */
   QUENLET_TOO_LARGE = 9,
   QUENLET_OUT_OF_MEMORY = 10
 } quenlet_status;
@@ -117,7 +119,8 @@ QUENLET_API const quenlet_value* quenlet_values_at(const quenlet_values* values,
 QUENLET_API quenlet_value* quenlet_values_add(quenlet_values* values, quenlet_kind kind);
 
 QUENLET_API quenlet_kind quenlet_value_kind(const quenlet_value* value);
-/* NULL if it is absent, empty but not the text of a name, or not of this kind of value. */
+/* NULL if it is absent or not of this kind of value. Of names and clusters, an empty text is not an
+ * absent one. */
 QUENLET_API const char* quenlet_value_text(const quenlet_value* value, quenlet_text which);
 /* The bytes of an image file and their number; NULL and 0 for other kinds. */
 QUENLET_API const void* quenlet_value_image(const quenlet_value* value, size_t* size);
@@ -141,8 +144,8 @@ typedef struct quenlet_client quenlet_client;
 /* `time_limit` is for connecting and for each answer, in milliseconds; 0 means 25,000. NULL when
  * there is no memory. */
 QUENLET_API quenlet_client* quenlet_client_new(unsigned int time_limit);
-/* Callbacks that still wait are called with QUENLET_CONNECTION_BROKEN before this returns. Not to
- * be called in a callback. */
+/* Callbacks that still wait are called with QUENLET_CONNECTION_BROKEN before this returns; what
+ * they begin is not done. Not to be called in a callback. */
 QUENLET_API void quenlet_client_free(quenlet_client* client);
 
 /* These wait for the agent. A fetch returns NULL if it fails. */
@@ -167,8 +170,11 @@ QUENLET_API quenlet_status quenlet_client_reject_cluster(quenlet_client* client,
 
 /* The same without waiting, for programs with an event loop: poll quenlet_client_fd() and call
  * quenlet_client_dispatch() whenever it is readable; callbacks run there, each once. Of `values`
- * and `error` one is NULL; both are good until the callback returns. Each function returns a number
- * for quenlet_client_cancel(), and 0 when there is no memory: then the callback is not called. */
+ * and `error` one is NULL; both are good until the callback returns. Callbacks may use the
+ * client, but must not dispatch or free it. Each function returns a number for
+ * quenlet_client_cancel(), and 0 when there is no memory or an argument is NULL: then the callback
+ * is not called. It is called outside of a dispatch only when the system has no descriptor left.
+ * Connecting may wait for the agent to accept, within the time limit. */
 
 typedef void (*quenlet_values_callback)(const quenlet_values* values, const quenlet_error* error,
                                         void* data);
@@ -194,7 +200,8 @@ QUENLET_API uint64_t quenlet_client_donate_async(quenlet_client* client,
 QUENLET_API uint64_t quenlet_client_remove_async(quenlet_client* client,
                                                  const char* const* identifiers, size_t count,
                                                  quenlet_done_callback callback, void* data);
-/* The callback is not called any more. The agent may do what it was asked all the same. */
+/* The callback is not called any more, unless another thread that dispatches is just calling it.
+ * The agent may do what it was asked all the same. */
 QUENLET_API void quenlet_client_cancel(quenlet_client* client, uint64_t call);
 
 /* Donor extensions: programs that the agent starts and asks. */

@@ -1,27 +1,10 @@
 #include "platform/ipc/HandlerLoop.h"
 
-#include <signal.h>
+#include <utility>
+
+#include "platform/scheduling/SignalsBlocked.h"
 
 namespace quenlet {
-namespace {
-
-// The program's signals are for its own threads.
-class SignalsBlocked final {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &before);
-  }
-  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before, nullptr); }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
- private:
-  sigset_t before{};
-};
-
-}  // namespace
 
 HandlerLoop::HandlerLoop(Thread thread) {
   if (thread == Thread::callers) return;
@@ -29,7 +12,10 @@ HandlerLoop::HandlerLoop(Thread thread) {
   ownThread = std::thread([running = shared] { running->events.run(); });
 }
 
-HandlerLoop::~HandlerLoop() {
+HandlerLoop::~HandlerLoop() { finish(); }
+
+void HandlerLoop::finish() {
+  if (std::exchange(hasFinished, true)) return;
   if (ownThread.joinable()) {
     shared->events.stop();
     ownThread.join();

@@ -15,16 +15,19 @@ class HandlerLoop final {
 
   // Throws std::system_error when the system has no thread or descriptor left.
   explicit HandlerLoop(Thread thread);
-  // Runs what is due.
+  // As finish().
   ~HandlerLoop();
   HandlerLoop(const HandlerLoop&) = delete;
   HandlerLoop& operator=(const HandlerLoop&) = delete;
 
+  // Runs what is due, for the last time.
+  void finish();
   [[nodiscard]] const std::shared_ptr<ClientLoop>& loop() const { return shared; }
 
  private:
   const std::shared_ptr<ClientLoop> shared = std::make_shared<ClientLoop>();
   std::thread ownThread;
+  bool hasFinished = false;
 };
 
 }  // namespace quenlet

@@ -92,8 +92,8 @@ bool ServiceAddress::hasListener() const {
   constexpr std::chrono::seconds patience(1);
   const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   const int failure = connect(socket.get(), TimeLimit(patience).deadline());
-  // A full queue, and a socket of another type, have an owner as well.
-  return failure == 0 || failure == EAGAIN || failure == EPROTOTYPE;
+  // Whatever cannot be asked, such as a full queue or a socket of another type, may have an owner.
+  return failure != ENOENT && failure != ECONNREFUSED;
 }
 
 }  // namespace quenlet

@@ -99,13 +99,14 @@ void ServiceClient::serve(std::uint32_t readyEvents) {
     if ((readyEvents & ~std::uint32_t{EPOLLOUT}) == 0 || broken) return;
     if (reading) {
       watchIsPaused = true;
-      watch->setEvents(0);
-      return;
+      return awaitEvents();
     }
     settledByLoop = &settled;
     beginReading();
-    readOnce();
+    const bool hasRead = readOnce();
     endReading();
+    // As when the kernel refuses to watch the socket.
+    if ((readyEvents & EPOLLERR) != 0 && !hasRead) breakConnection(connectionBroken());
     settledByLoop = nullptr;
   }
   for (auto& [completion, reply] : settled) {
@@ -115,12 +116,12 @@ void ServiceClient::serve(std::uint32_t readyEvents) {
 
 void ServiceClient::armTimer() {
   if (timerIsSet || requests.empty()) return;
-  timerIsSet = true;
   const std::chrono::duration<double> left =
       requests.begin()->second.deadline - std::chrono::steady_clock::now();
   static_cast<void>(loop->timers.afterDelay(left.count(), [weak = weak_from_this()] {
     if (const auto self = weak.lock()) self->endWhatIsDue();
   }));
+  timerIsSet = true;
 }
 
 void ServiceClient::endWhatIsDue() {
@@ -158,7 +159,19 @@ bool ServiceClient::isBroken() {
   }
   // While no reply is due nobody may be reading, and a hang-up goes unnoticed: ask the socket.
   pollfd look{socket.get(), POLLRDHUP, 0};
-  return ::poll(&look, 1, 0) > 0;
+  if (::poll(&look, 1, 0) <= 0) return false;
+  MutexLock lock(mutex);
+  takeLastReplies();
+  return true;
+}
+
+// What came before the end answers requests all the same.
+void ServiceClient::takeLastReplies() {
+  for (bool mayHaveMore = true; mayHaveMore && !reading && !broken;) {
+    beginReading();
+    mayHaveMore = readOnce();
+    endReading();
+  }
 }
 
 ErrorPtr ServiceClient::enqueue(const std::string& selector, std::string encodedArguments,
@@ -195,9 +208,7 @@ void ServiceClient::writeAll(std::uint64_t end, const TimeLimit& limit,
         waitForRoom(deadline);
         break;
       case OutputQueue::Outcome::failed:
-        // The service may have sent its reason before it closed. Reading finds that, or the end.
-        output.clear();
-        return;
+        return dropOutput();
     }
   }
 }
@@ -206,9 +217,20 @@ void ServiceClient::writeAll(std::uint64_t end, const TimeLimit& limit,
 void ServiceClient::writeWhatFits() {
   if (broken) return;
   if (!output.empty() && output.writeTo(socket.get()) == OutputQueue::Outcome::failed) {
-    output.clear();
+    dropOutput();
   }
-  if (!watchIsPaused) watch->setEvents(output.empty() ? EPOLLIN : EPOLLIN | EPOLLOUT);
+  awaitEvents();
+}
+
+void ServiceClient::awaitEvents() {
+  watch->setEvents((watchIsPaused ? 0 : EPOLLIN) | (output.empty() ? 0 : EPOLLOUT));
+}
+
+// The service may have sent its reason before it closed: reading finds that, or the end. Nothing
+// may follow a message that was cut.
+void ServiceClient::dropOutput() {
+  output.clear();
+  ::shutdown(socket.get(), SHUT_WR);
 }
 
 // Reads meanwhile, unless another thread does: a service with too many unread replies stops reading
@@ -241,14 +263,14 @@ void ServiceClient::beginReading() {
 void ServiceClient::endReading() {
   mutex.lock();
   reading = false;
-  if (std::exchange(watchIsPaused, false) && !broken) {
-    watch->setEvents(output.empty() ? EPOLLIN : EPOLLIN | EPOLLOUT);
-  }
+  if (std::exchange(watchIsPaused, false) && !broken) awaitEvents();
   endOverdueRequests();
   changed.notifyAll();
 }
 
 void ServiceClient::waitForChange() {
+  // Ours may have been taken out, to be settled next.
+  if (requests.empty()) return changed.wait(mutex);
   const TimeLimit::Instant deadline = requests.begin()->second.deadline;
   if (!changed.waitUntil(mutex, deadline)) endOverdueRequests();
 }
@@ -265,20 +287,26 @@ void ServiceClient::endOverdueRequests() {
   }
 }
 
-void ServiceClient::readOnce() {
+bool ServiceClient::readOnce() noexcept try {
   const std::span<char> room = reader.room();
   const ssize_t count = ::recv(socket.get(), room.data(), room.size(), MSG_DONTWAIT);
-  if (count < 0 && (errno == EINTR || errno == EAGAIN)) return;
+  if (count < 0 && (errno == EINTR || errno == EAGAIN)) return errno == EINTR;
   if (count <= 0) {
     MutexLock lock(mutex);
     breakConnection(connectionBroken());
-    return;
+    return true;
   }
   reader.added(static_cast<std::size_t>(count));
   while (const std::optional<FrameReader::Frame> frame = reader.next()) {
     deliver(*frame);
-    if (frame->error) return;
+    if (frame->error) break;
   }
+  return true;
+} catch (const std::exception&) {
+  // There is no memory for a reply. What has been read of it is lost.
+  MutexLock lock(mutex);
+  breakConnection(noMemory);
+  return true;
 }
 
 // Whether the frame answers a request that has timed out. The last message of the reply forgets it.

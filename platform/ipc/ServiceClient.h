@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -96,6 +97,8 @@ class ServiceClient final : public std::enable_shared_from_this<ServiceClient> {
   void writeAll(std::uint64_t end, const TimeLimit& limit, TimeLimit::Instant deadline)
       REQUIRES(mutex);
   void writeWhatFits() REQUIRES(mutex);
+  void dropOutput() REQUIRES(mutex);
+  void awaitEvents() REQUIRES(mutex);
   void waitForRoom(TimeLimit::Instant deadline) REQUIRES(mutex);
   // Both return by the deadline of the oldest request, and end the requests that are overdue.
   void takeReadingOver() REQUIRES(mutex);
@@ -103,7 +106,9 @@ class ServiceClient final : public std::enable_shared_from_this<ServiceClient> {
   void beginReading() RELEASE(mutex);
   void endReading() ACQUIRE(mutex);
   void endOverdueRequests() REQUIRES(mutex);
-  void readOnce() EXCLUDES(mutex);
+  // False when there was nothing to read.
+  bool readOnce() noexcept EXCLUDES(mutex);
+  void takeLastReplies() REQUIRES(mutex);
   [[nodiscard]] bool isOverdue(const FrameReader::Frame& frame) REQUIRES(mutex);
   void deliver(const FrameReader::Frame& frame) EXCLUDES(mutex);
   void addPart(Request& request, std::string_view part) REQUIRES(mutex);
@@ -115,6 +120,7 @@ class ServiceClient final : public std::enable_shared_from_this<ServiceClient> {
   const TimeLimit limitOfLaterReplies;
   const std::size_t maximumMessageSize = ServiceLimits().messageSizeInBytes;
   const FileDescriptor socket;
+  const ErrorPtr noMemory = makePosixError(ENOMEM, "read from the service");
   // Used only by the thread that set `reading`.
   FrameReader reader{maximumMessageSize, FrameKind::partOfReply};
 

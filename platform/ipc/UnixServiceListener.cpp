@@ -41,6 +41,13 @@ FileDescriptor acceptOne(const FileDescriptor& listening) {
   return FileDescriptor(::accept4(listening.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
 }
 
+// Which file is there; nothing but zeros for none.
+std::pair<dev_t, ino_t> fileAt(const std::filesystem::path& path) {
+  struct stat status {};
+  if (::lstat(path.c_str(), &status) != 0) return {};
+  return {status.st_dev, status.st_ino};
+}
+
 }  // namespace
 
 UnixServiceListener::UnixServiceListener(
@@ -71,8 +78,9 @@ UnixServiceListener::~UnixServiceListener() {
   watch->cancel();
   for (const auto& entry : connections) entry.second->close();
   context->workers->shutDown();
-  // While the name is still locked: the socket could be a successor's otherwise.
-  if (!socketPath.empty()) ::unlink(socketPath.c_str());
+  // While the name is still locked: the socket could be a successor's otherwise. A service manager
+  // asks for no lock before it puts its own there.
+  if (!boundPath.empty() && fileAt(boundPath) == boundFile) ::unlink(boundPath.c_str());
 }
 
 void UnixServiceListener::setDelegate(std::weak_ptr<ServiceListenerDelegate> newDelegate) {
@@ -142,7 +150,8 @@ ErrorPtr UnixServiceListener::bindSocket() {
   if (const int failure = address->bind(socket.get()); failure != 0) {
     return makePosixError(failure, "bind the socket of " + name);
   }
-  socketPath = address->socketPath();
+  boundPath = address->socketPath();
+  boundFile = fileAt(boundPath);
   listeningSocket = std::move(socket);
   return nullptr;
 }

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <memory>
 #include <optional>
 #include <string>
 #include <thread>
 #include <unordered_map>
+#include <utility>
 
 #include "platform/files/LockFile.h"
 #include "platform/foundation/Mutex.h"
@@ -72,7 +75,8 @@ class UnixServiceListener final : public ServiceListener {
   std::shared_ptr<LockFile> nameLock;
   HandedSockets handed;
   // Empty while the socket's file is not ours.
-  std::filesystem::path socketPath;
+  std::filesystem::path boundPath;
+  std::pair<dev_t, ino_t> boundFile;
   FileDescriptor listeningSocket;
   // Without descriptors, closed for a moment to accept a connection and refuse it.
   FileDescriptor spareDescriptor;

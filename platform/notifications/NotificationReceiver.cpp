@@ -68,7 +68,7 @@ NotificationReceiver::~NotificationReceiver() { close(); }
 
 void NotificationReceiver::watchSocket(EventLoop& eventLoop) {
   MutexLock lock(mutex);
-  if (!refuseDescriptors(socket->get())) patient.emplace();
+  refusesDescriptors = refuseDescriptors(socket->get());
   watch = eventLoop.watch(socket->get(), EPOLLIN, [weak = weak_from_this()](std::uint32_t) {
     if (const auto self = weak.lock()) self->receive();
   });
@@ -79,8 +79,14 @@ void NotificationReceiver::close() {
   if (!socket) return;
   if (watch) watch->cancel();
   parent->removeSocket(name);
-  // Closes descriptors attached to unread datagrams along with the socket, which may block.
-  if (patient) patient->perform([held = std::move(socket)] {});
+  // Nobody can send to it any more. The descriptors of a datagram that nobody has read are closed
+  // with it, which may block.
+  ::shutdown(socket->get(), SHUT_RD);
+  char first = 0;
+  if (!refusesDescriptors &&
+      ::recv(socket->get(), &first, sizeof first, MSG_DONTWAIT | MSG_PEEK) >= 0) {
+    patient.perform([held = std::move(socket)] {});
+  }
   socket.reset();
 }
 
@@ -89,10 +95,11 @@ std::optional<std::string> NotificationReceiver::receiveDatagram() {
   std::array<char, maximumNameSizeInBytes + 1> buffer;  // one more, to notice longer names
   MutexLock lock(mutex);
   if (!socket) return std::nullopt;
-  const ssize_t size = patient ? receiveWithoutDescriptors(socket->get(), buffer)
-                               : ::recv(socket->get(), buffer.data(), buffer.size(), MSG_DONTWAIT);
+  const ssize_t size = refusesDescriptors
+                           ? ::recv(socket->get(), buffer.data(), buffer.size(), MSG_DONTWAIT)
+                           : receiveWithoutDescriptors(socket->get(), buffer);
   if (size < 0) {
-    if (patient && errno == EBADMSG) dropPatiently();
+    if (errno == EBADMSG) dropPatiently();
     return std::nullopt;
   }
   return std::string(buffer.data(), static_cast<std::size_t>(size));
@@ -102,7 +109,7 @@ std::optional<std::string> NotificationReceiver::receiveDatagram() {
 // until then.
 void NotificationReceiver::dropPatiently() {
   watch->setEvents(0);
-  patient->perform([held = socket, paused = watch] {
+  patient.perform([held = socket, paused = watch] {
     char first = 0;
     [[maybe_unused]] const ssize_t size = ::recv(held->get(), &first, 1, MSG_DONTWAIT);
     paused->setEvents(EPOLLIN);

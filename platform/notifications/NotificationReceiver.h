@@ -16,8 +16,8 @@
 namespace quenlet {
 
 // A socket of this process's own in the directory of notifications, as long as it is open.
-// Thread-safe. Needs a thread only for descriptors that somebody attaches to a notification, on
-// kernels that cannot refuse them.
+// Thread-safe. Starts a thread only for descriptors that somebody has attached to a notification,
+// on kernels that cannot refuse them.
 class NotificationReceiver final : public std::enable_shared_from_this<NotificationReceiver> {
  public:
   // Longer names, empty ones and names that are not UTF-8 are none.
@@ -56,9 +56,10 @@ class NotificationReceiver final : public std::enable_shared_from_this<Notificat
   Mutex mutex;
   std::shared_ptr<const FileDescriptor> socket GUARDED_BY(mutex);  // null once closed
   std::shared_ptr<EventLoop::Watch> watch GUARDED_BY(mutex);
-  // Takes messages with descriptors attached, if the kernel cannot refuse them (see
-  // refuseDescriptors).
-  std::optional<PatientThread> patient GUARDED_BY(mutex);
+  // Whether the kernel keeps senders from attaching descriptors; see refuseDescriptors.
+  bool refusesDescriptors GUARDED_BY(mutex) = false;
+  // Takes messages with descriptors attached.
+  PatientThread patient{PatientThread::Start::whenNeeded};
 };
 
 }  // namespace quenlet

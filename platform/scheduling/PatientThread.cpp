@@ -1,8 +1,11 @@
 #include "platform/scheduling/PatientThread.h"
 
 #include <deque>
+#include <system_error>
 #include <thread>
 #include <utility>
+
+#include "platform/scheduling/SignalsBlocked.h"
 
 namespace quenlet {
 
@@ -12,11 +15,12 @@ struct PatientThread::State final {
   // The first one is running.
   std::deque<Block> blocks GUARDED_BY(mutex);
   bool ending GUARDED_BY(mutex) = false;
+  bool hasThread GUARDED_BY(mutex) = false;
 
   // Null when nothing is left to do and the owner is gone.
   Block* next() EXCLUDES(mutex) {
     MutexLock lock(mutex);
-    while (blocks.empty() && !ending) changed.wait(mutex);
+    while (blocks.empty() && !ending && hasThread) changed.wait(mutex);
     return blocks.empty() ? nullptr : &blocks.front();
   }
 
@@ -29,10 +33,22 @@ struct PatientThread::State final {
       blocks.pop_front();
     }
   }
+
+  static void start(const std::shared_ptr<State>& state) EXCLUDES(state->mutex) {
+    MutexLock lock(state->mutex);
+    if (std::exchange(state->hasThread, true)) return;
+    const SignalsBlocked blocked;
+    try {
+      std::thread([held = state] { held->run(); }).detach();
+    } catch (...) {
+      state->hasThread = false;
+      throw;
+    }
+  }
 };
 
-PatientThread::PatientThread() : state(std::make_shared<State>()) {
-  std::thread([held = state] { held->run(); }).detach();
+PatientThread::PatientThread(Start start) : state(std::make_shared<State>()) {
+  if (start == Start::now) State::start(state);
 }
 
 PatientThread::~PatientThread() {
@@ -42,9 +58,16 @@ PatientThread::~PatientThread() {
 }
 
 void PatientThread::perform(Block block) {
-  MutexLock lock(state->mutex);
-  state->blocks.push_back(std::move(block));
-  state->changed.notifyAll();
+  {
+    MutexLock lock(state->mutex);
+    state->blocks.push_back(std::move(block));
+    state->changed.notifyAll();
+  }
+  try {
+    State::start(state);
+  } catch (const std::system_error&) {
+    state->run();
+  }
 }
 
 void PatientThread::close(FileDescriptor descriptor) {

@@ -14,12 +14,15 @@ namespace quenlet {
 // throw. The destructor does not wait: remaining blocks still run, so they own what they need.
 class PatientThread final {
  public:
-  // Throws std::system_error when the thread cannot be started.
-  PatientThread();
+  enum class Start { now, whenNeeded };
+
+  // Throws std::system_error when the thread is to be started now and cannot be.
+  explicit PatientThread(Start start = Start::now);
   ~PatientThread();
   PatientThread(const PatientThread&) = delete;
   PatientThread& operator=(const PatientThread&) = delete;
 
+  // Without a thread, and when none can be had, the block runs on the calling one.
   void perform(Block block);
   // Closes the descriptor and, with it, any descriptors attached to unread messages.
   void close(FileDescriptor descriptor);
