@@ -223,7 +223,10 @@ void ServiceClient::writeWhatFits() {
 }
 
 void ServiceClient::awaitEvents() {
-  watch->setEvents((watchIsPaused ? 0 : EPOLLIN) | (output.empty() ? 0 : EPOLLOUT));
+  std::uint32_t events = 0;
+  if (!watchIsPaused) events |= EPOLLIN;
+  if (!output.empty()) events |= EPOLLOUT;
+  watch->setEvents(events);
 }
 
 // The service may have sent its reason before it closed: reading finds that, or the end. Nothing
