@@ -90,7 +90,8 @@ class QUENLET_API Client final {
   [[nodiscard]] Result<Card> card();
   Call card(CardHandler handler);
   // Calls the handler with the card, and again whenever it has become another one, or cannot be had
-  // for another reason, until this is cancelled. Goes on when the agent has been restarted.
+  // for another reason, until this is cancelled. Goes on when the agent has been restarted; that an
+  // agent ends is not told.
   Call onCardChange(CardHandler handler);
 
   // All donations, in the agent's order.

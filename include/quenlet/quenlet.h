@@ -188,7 +188,7 @@ QUENLET_API void quenlet_client_dispatch(quenlet_client* client);
 QUENLET_API uint64_t quenlet_client_fetch_card_async(quenlet_client* client,
                                                      quenlet_values_callback callback, void* data);
 /* Calls back with the card, and again whenever it has become another one, or cannot be had for
- * another reason, until it is cancelled. */
+ * another reason, until it is cancelled. That an agent ends is not told. */
 QUENLET_API uint64_t quenlet_client_on_card_change(quenlet_client* client,
                                                    quenlet_values_callback callback, void* data);
 QUENLET_API uint64_t quenlet_client_fetch_donations_async(quenlet_client* client,
