@@ -27,18 +27,18 @@ namespace quenlet {
 //         .donationIdentifier = "com.example.mail:account-1:email"}});
 //   if (error) std::cerr << error->description() << "\n";
 //
-// Each operation exists twice. Without a handler it waits, on the calling thread alone, and returns
-// the outcome; a null ErrorPtr is success. With a handler it returns at once; the handler is called
-// exactly once, one handler at a time, and never within the operation. Handlers are not empty and
-// do not throw. They may use the client, but must not dispatch or destroy it. An operation may wait
-// for the agent to accept a connection, within the time limit.
+// Each operation but onCardChange() exists twice. Without a handler it waits, on the calling thread
+// alone, and returns the outcome; a null ErrorPtr is success. With a handler it returns at once;
+// the handler is called exactly once, one handler at a time, and never within the operation.
+// Handlers are not empty and do not throw. They may use the client, but must not dispatch or
+// destroy it. An operation may wait for the agent to accept a connection, within the time limit.
 //
 // Handlers run on a thread of the client's, which the first one starts, or where the program calls
 // dispatch(): to be used in an event loop, without a thread.
 //
-//   quenlet::Client agent(quenlet::Client::standardTimeLimit,
-//   quenlet::Client::Handlers::inDispatch); agent.card([](quenlet::Result<quenlet::Card> card) { …
-//   });
+//   using quenlet::Client;
+//   Client agent(Client::standardTimeLimit, Client::Handlers::inDispatch);
+//   agent.card([](quenlet::Result<quenlet::Card> card) { … });
 //   // Whenever agent.fd().value() is readable:
 //   agent.dispatch();
 //

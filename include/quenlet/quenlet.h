@@ -15,8 +15,9 @@
  *   if (card == NULL) fprintf(stderr, "%s\n", error.sentence);
  *   for (size_t i = 0; i < quenlet_values_count(card); ++i) {
  *     const quenlet_value *value = quenlet_values_at(card, i);
- *     if (quenlet_value_kind(value) == QUENLET_EMAIL) puts(quenlet_value_text(value,
- * QUENLET_TEXT));
+ *     if (quenlet_value_kind(value) == QUENLET_PHONE) {
+ *       puts(quenlet_value_text(value, QUENLET_TEXT));
+ *     }
  *   }
  *   quenlet_values_free(card);
  *   quenlet_client_free(agent);
