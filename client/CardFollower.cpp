@@ -16,7 +16,7 @@ bool areSame(const Result<Card>& left, const Result<Card>& right) {
 }  // namespace
 
 Result<std::shared_ptr<CardFollower>> CardFollower::start(
-    std::shared_ptr<ClientLoop> loop, std::shared_ptr<CorvelProtocol> agent,
+    const std::shared_ptr<ClientLoop>& loop, std::shared_ptr<CorvelProtocol> agent,
     const std::filesystem::path& notifications, Handler handler) {
   using Started = Result<std::shared_ptr<CardFollower>>;
   const std::shared_ptr<CardFollower> follower(

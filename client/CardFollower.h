@@ -25,7 +25,7 @@ class CardFollower final : public std::enable_shared_from_this<CardFollower> {
   // `agent` replies on the loop. `handler` is called there with the card as it is, then with each
   // other one. An error when notifications cannot be received.
   [[nodiscard]] static Result<std::shared_ptr<CardFollower>> start(
-      std::shared_ptr<ClientLoop> loop, std::shared_ptr<CorvelProtocol> agent,
+      const std::shared_ptr<ClientLoop>& loop, std::shared_ptr<CorvelProtocol> agent,
       const std::filesystem::path& notifications, Handler handler);
   CardFollower(const CardFollower&) = delete;
   CardFollower& operator=(const CardFollower&) = delete;

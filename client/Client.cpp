@@ -122,13 +122,13 @@ auto clusterRejection(std::string identifier) {
   };
 }
 
-Result<std::shared_ptr<CardFollower>> startFollower(std::shared_ptr<ClientLoop> loop,
+Result<std::shared_ptr<CardFollower>> startFollower(const std::shared_ptr<ClientLoop>& loop,
                                                     std::shared_ptr<CorvelProtocol> agent,
                                                     const Client::CardHandler& handler) {
   const auto runtime = UserDirectories::runtimeDirectory();
   if (!runtime.ok()) return Result<std::shared_ptr<CardFollower>>::failure(runtime.error());
-  return CardFollower::start(std::move(loop), std::move(agent),
-                             runtime.value() / "quenlet/notifications", handler);
+  return CardFollower::start(loop, std::move(agent), runtime.value() / "quenlet/notifications",
+                             handler);
 }
 
 ErrorPtr removeRejections(CorvelProtocol& agent, Client::ErrorHandler reply) {

@@ -60,6 +60,9 @@ ErrorPtr AgentProcess::openDonationService() {
         return std::make_shared<BundleLimitDecorator>(agent, std::move(limit));
       });
   donationListener->setDelegate(listenerDelegate);
+  // Whoever had the service manager start this agent is to hear of the card, and not that the agent
+  // has just started: by the end of this block the donations are there and the switch is known.
+  if (donationListener->mayHaveClients()) agent->lock()->performSynchronousReaderBlock([] {});
   return donationListener->resume();
 }
 

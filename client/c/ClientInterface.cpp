@@ -2,6 +2,7 @@
 #include <chrono>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -86,7 +87,7 @@ void callBack(const ErrorPtr& outcome, quenlet_done_callback callback, void* dat
 // Whether a call's handler is called once, or until it is cancelled.
 enum class Handled { once, often };
 
-template <Handled handled, typename Callback, typename Begin>
+template <Handled Times, typename Callback, typename Begin>
 std::uint64_t begin(quenlet_client* client, Callback callback, void* data,
                     const Begin& operation) noexcept {
   if (client == nullptr || callback == nullptr) return 0;
@@ -95,7 +96,7 @@ std::uint64_t begin(quenlet_client* client, Callback callback, void* data,
     number = client->calls.newNumber();
     client->calls.began(number, operation([client, number, callback, data](auto outcome) {
                           std::optional<Client::Call> ended;
-                          const bool isWanted = handled == Handled::once
+                          const bool isWanted = Times == Handled::once
                                                     ? client->calls.take(number, ended)
                                                     : client->calls.isUnderWay(number);
                           if (isWanted) callBack(std::move(outcome), callback, data);
@@ -128,7 +129,7 @@ quenlet_values* fetch(quenlet_client* client, quenlet_error* error,
     if (client == nullptr) return ErrorByValue::invalidArgument("the client is null");
     auto outcome = operation(client->client);
     if (!outcome.ok()) return ErrorByValue::of(outcome.error());
-    values = new quenlet_values(valuesOf(std::move(outcome).takeValue()));
+    values = std::make_unique<quenlet_values>(valuesOf(std::move(outcome).takeValue())).release();
     return ErrorByValue::of(nullptr);
   });
   return values;
@@ -145,9 +146,9 @@ std::vector<std::string> copied(const char* const* texts, size_t count) {
 
 }  // namespace
 
-quenlet_client* quenlet_client_new(unsigned int time_limit) try {
-  return new quenlet_client(time_limit == 0 ? Client::standardTimeLimit
-                                            : std::chrono::milliseconds(time_limit));
+quenlet_client* quenlet_client_new(unsigned int timeLimit) try {
+  return new quenlet_client(timeLimit == 0 ? Client::standardTimeLimit
+                                           : std::chrono::milliseconds(timeLimit));
 } catch (...) {
   return nullptr;
 }

@@ -109,8 +109,8 @@ void ServiceClient::serve(std::uint32_t readyEvents) {
     if ((readyEvents & EPOLLERR) != 0 && !hasRead) breakConnection(connectionBroken());
     settledByLoop = nullptr;
   }
-  for (auto& [completion, reply] : settled) {
-    runGuarded([&] { std::exchange(completion, nullptr)(std::move(reply)); });
+  for (auto& entry : settled) {
+    runGuarded([&entry] { std::exchange(entry.first, nullptr)(std::move(entry.second)); });
   }
 }
 

@@ -104,10 +104,13 @@ ErrorPtr UnixServiceListener::claimName() {
     return makeServiceError(ServiceErrorCode::nameTaken,
                             "a service manager listens for " + name + ", and would start it");
   }
+  wasHanded = listeningSocket.isOpen();
   address.emplace(std::move(found).takeValue());
   nameLock = std::move(locked).takeValue();
   return nullptr;
 }
+
+bool UnixServiceListener::mayHaveClients() const { return wasHanded; }
 
 ErrorPtr UnixServiceListener::resume() {
   if (ErrorPtr error = claimName()) return error;
@@ -126,7 +129,6 @@ ErrorPtr UnixServiceListener::resume() {
 }
 
 ErrorPtr UnixServiceListener::listen() {
-  const bool wasHanded = listeningSocket.isOpen();
   if (!wasHanded) {
     if (ErrorPtr error = bindSocket()) return error;
   }

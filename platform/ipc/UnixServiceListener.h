@@ -47,6 +47,7 @@ class UnixServiceListener final : public ServiceListener {
 
   void setDelegate(std::weak_ptr<ServiceListenerDelegate> newDelegate) override EXCLUDES(mutex);
   [[nodiscard]] ErrorPtr claimName() override;
+  [[nodiscard]] bool mayHaveClients() const override;
   [[nodiscard]] ErrorPtr resume() override;
   void suspend() override { context->admission->suspend(); }
 
@@ -78,6 +79,7 @@ class UnixServiceListener final : public ServiceListener {
   std::filesystem::path boundPath;
   std::pair<dev_t, ino_t> boundFile;
   FileDescriptor listeningSocket;
+  bool wasHanded = false;
   // Without descriptors, closed for a moment to accept a connection and refuse it.
   FileDescriptor spareDescriptor;
   std::shared_ptr<EventLoop::Watch> watch;
