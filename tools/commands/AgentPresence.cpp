@@ -65,7 +65,7 @@ void AgentPresence::noticeEnd() {
   connection = FileDescriptor();
   waitFor(pauseBeforeNextLook);
   connect();
-  // Where a service manager listens, there is no time without a socket between two agents.
+  // A service manager keeps the socket open between two agents.
   if (!isThere() || !wasRefused) changed(isThere());
 }
 

@@ -12,6 +12,7 @@
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationChoice.h"
 #include "tools/owner/AgentDonations.h"
+#include "tools/owner/ShellWord.h"
 #include "tools/presentation/Wording.h"
 
 namespace quenlet {

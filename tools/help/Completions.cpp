@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/owner/ShellWord.h"
+
 namespace quenlet {
 namespace {
 
@@ -37,12 +39,6 @@ std::string kindOf(const HelpPage::Option& option) {
   return kind;
 }
 
-std::string quoted(const std::string& text) {
-  std::string shown = "'";
-  for (const char c : text) shown += c == '\'' ? "'\\''" : std::string(1, c);
-  return shown + "'";
-}
-
 // The words below the program that lead to a page: "account add".
 std::string pathOf(const HelpPage& page) {
   return page.words.size() == 1 ? std::string() : page.name().substr(page.words.front().size() + 1);
@@ -60,7 +56,7 @@ std::string table(const std::string& function, const HelpPage& program,
   forEachPage(program, [&](const HelpPage& page) {
     const std::string line = printed(page);
     if (line.empty()) return;
-    text += "    " + quoted(pathOf(page)) + ") printf '%s\\n' " + quoted(line) + " ;;\n";
+    text += "    " + shellQuoted(pathOf(page)) + ") printf '%s\\n' " + shellQuoted(line) + " ;;\n";
   });
   return text + "  esac\n}\n";
 }
@@ -91,7 +87,8 @@ std::string optionsTable(const HelpPage& program) {
 std::string valuesTable(const HelpPage& program) {
   std::string text = "_quenlet_value() {\n  case \"$1 $2\" in\n";
   const auto add = [&](const std::string& what, const std::string& kind) {
-    if (!kind.empty()) text += "    " + quoted(what) + ") printf '%s\\n' " + quoted(kind) + " ;;\n";
+    if (!kind.empty())
+      text += "    " + shellQuoted(what) + ") printf '%s\\n' " + shellQuoted(kind) + " ;;\n";
   };
   forEachPage(program, [&](const HelpPage& page) {
     for (const auto& option : page.options) {
@@ -201,11 +198,11 @@ _quenlet "$@"
 
 // Prints what stands for the values of a kind in a command of fish.
 std::string fishArguments(const std::string& kind) {
-  if (kind.starts_with("= ")) return " -a " + quoted(kind.substr(2));
+  if (kind.starts_with("= ")) return " -a " + shellQuoted(kind.substr(2));
   if (kind == "files") return " -F";
-  if (kind == "words") return " -a " + quoted("(__quenlet_words)");
+  if (kind == "words") return " -a " + shellQuoted("(__quenlet_words)");
   if (kind.empty() || kind == "any") return {};
-  return " -a " + quoted("(command quenlet complete " + kind + " 2>/dev/null)");
+  return " -a " + shellQuoted("(command quenlet complete " + kind + " 2>/dev/null)");
 }
 
 constexpr char fishFunction[] = R"sh(
@@ -224,10 +221,11 @@ complete -c quenlet -f
 
 // The commands of fish that offer what may follow the words of a page.
 std::string fishLines(const HelpPage& page) {
-  const std::string at = "complete -c quenlet -n " + quoted("__quenlet_at " + pathOf(page));
+  const std::string at = "complete -c quenlet -n " + shellQuoted("__quenlet_at " + pathOf(page));
   std::string lines;
   for (const HelpPage& below : page.pages) {
-    lines += at + " -a " + quoted(below.words.back()) + " -d " + quoted(below.summary) + "\n";
+    lines +=
+        at + " -a " + shellQuoted(below.words.back()) + " -d " + shellQuoted(below.summary) + "\n";
   }
   for (const auto& option : page.options) {
     lines += at;
@@ -239,7 +237,7 @@ std::string fishLines(const HelpPage& page) {
       const std::string kind = kindOf(option);
       lines += (kind == "files" ? " -r" : " -x") + fishArguments(kind);
     }
-    lines += " -d " + quoted(option.text) + "\n";
+    lines += " -d " + shellQuoted(option.text) + "\n";
   }
   if (page.arguments.empty()) return lines;
   const std::string values = fishArguments(kindOf(page.arguments.back().name));
@@ -263,7 +261,7 @@ std::string Completions::forFish(const HelpPage& program) {
   std::string paths;
   std::string lines;
   forEachPage(program, [&](const HelpPage& page) {
-    if (page.words.size() > 1) paths += " " + quoted(pathOf(page));
+    if (page.words.size() > 1) paths += " " + shellQuoted(pathOf(page));
     lines += fishLines(page);
   });
   std::string words;

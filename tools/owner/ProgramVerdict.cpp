@@ -10,23 +10,18 @@
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/ipc/EntitlementDatabase.h"
 #include "protocol/ClientEntitlements.h"
+#include "tools/owner/ShellWord.h"
 
 namespace quenlet {
 namespace {
 
 using std::filesystem::path;
 
-std::string quoted(const std::string& word) {
-  std::string text = "'";
-  for (const char byte : word) text += byte == '\'' ? std::string("'\\''") : std::string(1, byte);
-  return text + "'";
-}
-
 // Says what mends the owner and mode of a file or directory that is not trusted because of them.
 void adviseToMend(std::vector<std::string>& advice, const path& place) {
   struct stat status {};
   if (::lstat(place.c_str(), &status) != 0) return;
-  const std::string name = quoted(place.native());
+  const std::string name = shellQuoted(place.native());
   const mode_t mode = status.st_mode;
   if (status.st_uid != 0 && status.st_uid != ::geteuid()) advice.push_back("chown root " + name);
   const bool isSticky = S_ISDIR(mode) && (mode & S_ISVTX) != 0;
@@ -72,8 +67,8 @@ void adviseToName(ProgramVerdict& verdict, const RunProgram& program,
                            (isThere ? "add the entry below to " : "write ") +
                            example.file.native() + (isThere ? "" : ", as below") +
                            "; without the list of bundles it may change everything");
-  verdict.advice.push_back("let nobody but root or yourself write that file: chmod go-w " +
-                           quoted(example.file.native()));
+  verdict.advice.push_back("let only root or yourself write that file: chmod go-w " +
+                           shellQuoted(example.file.native()));
   verdict.example = std::move(example);
 }
 

@@ -71,7 +71,7 @@ Result<path> startedByEnv(const path& script, std::string_view arguments) {
 Result<std::string> beginningOf(const path& program) {
   const FileDescriptor file(::open(program.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file.isOpen()) {
-    // Whoever may only execute it has a program: an interpreter has to read its script.
+    // A file that can only be executed is a program: a script has to be read.
     if (errno == EACCES) return Result<std::string>::success({});
     return Result<std::string>::failure(makePosixError(errno, "open " + program.native()));
   }
@@ -85,7 +85,7 @@ Result<path> interpreterOf(const path& script, std::string_view line) {
   line = line.substr(scriptMark.size(), line.find('\n') - scriptMark.size());
   line.remove_prefix(std::min(line.find_first_not_of(blanks), line.size()));
   if (line.empty()) return notPossible(script, "its first line names no program");
-  // It would be part of a name that nobody sees.
+  // It would become an invisible part of the name.
   if (line.ends_with('\r'))
     return notPossible(script, "its first line ends with a return character");
   const std::size_t end = std::min(line.find_first_of(blanks), line.size());

@@ -1,7 +1,6 @@
 #include "tools/presentation/Wording.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
 #include <variant>
 
@@ -64,24 +63,6 @@ std::string phraseFor(const Value& value) { return std::visit(Phrase{}, value.ca
 
 const char* wordFor(FeedbackStatus status) {
   return status == FeedbackStatus::rejected ? "rejected" : "confirmed";
-}
-
-std::string shellWord(const std::string& text) {
-  const auto isPlain = [](unsigned char character) {
-    return std::string_view("@%+=:,./-_").find(static_cast<char>(character)) !=
-               std::string_view::npos ||
-           (character < 0x80 && std::isalnum(character) != 0);
-  };
-  if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain)) return text;
-  std::string quoted = "'";
-  for (const char character : text) {
-    if (character == '\'') {
-      quoted += "'\\''";
-    } else {
-      quoted += character;
-    }
-  }
-  return quoted + "'";
 }
 
 }  // namespace quenlet

@@ -22,7 +22,5 @@ namespace quenlet {
 [[nodiscard]] std::string phraseFor(const Value& value);
 // "rejected" or "confirmed"; JSON has it, too.
 [[nodiscard]] const char* wordFor(FeedbackStatus status);
-// `text` as a word of a shell's command line.
-[[nodiscard]] std::string shellWord(const std::string& text);
 
 }  // namespace quenlet

@@ -1,11 +1,11 @@
-#include "tools/presentation/Wording.h"
+#include "tools/owner/ShellWord.h"
 
 #include <gtest/gtest.h>
 
 namespace quenlet {
 namespace {
 
-TEST(WordingTest, ShellsReadAWordBackAsItWas) {
+TEST(ShellWordTest, ShellsReadAWordBackAsItWas) {
   const std::tuple<const char*, const char*> rows[] = {
       {"com.example.mail:4/a+b%20", "com.example.mail:4/a+b%20"},
       {"", "''"},
