@@ -10,6 +10,7 @@
 #include "client/HandlerSlot.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/ipc/HandlerLoop.h"
+#include "platform/notifications/NotificationDirectory.h"
 
 namespace quenlet {
 namespace {
@@ -127,7 +128,7 @@ Result<std::shared_ptr<CardFollower>> startFollower(const std::shared_ptr<Client
                                                     const Client::CardHandler& handler) {
   const auto runtime = UserDirectories::runtimeDirectory();
   if (!runtime.ok()) return Result<std::shared_ptr<CardFollower>>::failure(runtime.error());
-  return CardFollower::start(loop, std::move(agent), runtime.value() / "quenlet/notifications",
+  return CardFollower::start(loop, std::move(agent), NotificationDirectory::below(runtime.value()),
                              handler);
 }
 

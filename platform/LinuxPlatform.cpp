@@ -24,6 +24,7 @@
 #include "platform/logging/DonationLoggerProvider.h"
 #include "platform/logging/StandardErrorLogSink.h"
 #include "platform/logging/SyslogSystemLog.h"
+#include "platform/notifications/NotificationDirectory.h"
 #include "platform/preferences/PropertyListUserDefaults.h"
 #include "platform/telephony/PropertyListDeviceInfo.h"
 #include "platform/telephony/PropertyListPhoneNumberMonitor.h"
@@ -78,7 +79,7 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       loggerProvider(std::make_shared<DonationLoggerProvider>(
           StructuredLog(std::make_shared<StandardErrorLogSink>(), &Date::now))),
       notificationCenter(std::make_shared<SocketNotificationCenter>(
-          runLoop.eventLoop(), runtimeDirectory / "quenlet" / "notifications")),
+          runLoop.eventLoop(), NotificationDirectory::below(runtimeDirectory))),
       entitlements(std::make_shared<EntitlementDatabase>(
           EntitlementDatabase::prefixOfRunningProgram(), EntitlementDatabase::systemConfiguration)),
       entitlementsWatch(entitlements->reloadOnChanges(runLoop.eventLoop())),

@@ -15,6 +15,10 @@ namespace quenlet {
 // open descriptor, which also avoids the length limit of socket addresses. Immutable, movable.
 class NotificationDirectory final {
  public:
+  // Where it is in the user's runtime directory.
+  [[nodiscard]] static std::filesystem::path below(const std::filesystem::path& runtimeDirectory) {
+    return runtimeDirectory / "quenlet" / "notifications";
+  }
   // Creates the directory and its parent (0700) when missing. An error when either is not private
   // to the user.
   [[nodiscard]] static Result<NotificationDirectory> open(const std::filesystem::path& path);

@@ -79,8 +79,8 @@ void NotificationReceiver::close() {
   if (!socket) return;
   if (watch) watch->cancel();
   parent->removeSocket(name);
-  // Nobody can send to it any more. The descriptors of a datagram that nobody has read are closed
-  // with it, which may block.
+  // From here on sends fail. Closing the socket also closes the descriptors of unread datagrams,
+  // which may block.
   ::shutdown(socket->get(), SHUT_RD);
   char first = 0;
   if (!refusesDescriptors &&
@@ -105,7 +105,7 @@ std::optional<std::string> NotificationReceiver::receiveDatagram() {
   return std::string(buffer.data(), static_cast<std::size_t>(size));
 }
 
-// Has another thread take the datagram with descriptors, as that may block. The socket is paused
+// Has another thread take the datagram with descriptors, which may block. The socket is paused
 // until then.
 void NotificationReceiver::dropPatiently() {
   watch->setEvents(0);

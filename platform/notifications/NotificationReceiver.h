@@ -20,7 +20,7 @@ namespace quenlet {
 // on kernels that cannot refuse them.
 class NotificationReceiver final : public std::enable_shared_from_this<NotificationReceiver> {
  public:
-  // Longer names, empty ones and names that are not UTF-8 are none.
+  // Datagrams that are longer, empty or not UTF-8 are ignored.
   static constexpr std::size_t maximumNameSizeInBytes = 255;
 
   // Calls `onName` on the loop's thread for every notification.

@@ -50,7 +50,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   const std::filesystem::path directoryPath;
   std::atomic<bool> hasReported = false;
   Mutex mutex;
-  // This process's own; null while nobody here observes.
+  // This process's own; null until its first observer.
   std::shared_ptr<NotificationReceiver> receiver GUARDED_BY(mutex);
   std::multimap<std::string, ObserverPtr, std::less<>> observers GUARDED_BY(mutex);
   std::map<std::string, Backlog> backlogs GUARDED_BY(mutex);  // by the receiver's socket name

@@ -54,7 +54,7 @@ ExitCode WatchWord::run(Session& session) const {
   RunLoop runLoop;
   const auto runtime = UserDirectories::runtimeDirectory();
   if (!runtime.ok()) return session.failWith(runtime.error());
-  const auto path = runtime.value() / "quenlet/notifications";
+  const auto path = NotificationDirectory::below(runtime.value());
   if (const auto directory = NotificationDirectory::open(path); !directory.ok()) {
     return session.failWith(directory.error());
   }

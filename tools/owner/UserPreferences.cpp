@@ -2,6 +2,7 @@
 
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
+#include "platform/notifications/NotificationDirectory.h"
 #include "platform/notifications/SocketNotificationCenter.h"
 #include "platform/preferences/PropertyListDonationPreferences.h"
 #include "platform/preferences/UserDefaults.h"
@@ -23,6 +24,6 @@ UserPreferences::UserPreferences(const std::filesystem::path& home,
     : donationPreferences(std::make_shared<PropertyListDonationPreferences>(
           home / PreferencesPath, std::make_shared<PosixDataProxy>(), eventLoop,
           std::make_shared<SocketNotificationCenter>(eventLoop,
-                                                     runtime / "quenlet/notifications"))) {}
+                                                     NotificationDirectory::below(runtime)))) {}
 
 }  // namespace quenlet
