@@ -26,8 +26,8 @@ Result<std::shared_ptr<ServiceClient>> AgentConnection::working() {
     if (stopped) return ended();
     if (works()) return Working::success(current);
   }
-  // Not under the lock, as it takes time. Another thread may have connected meanwhile; then ours is
-  // dropped unused.
+  // Without the lock, since it takes time. If another thread has connected meanwhile, ours is
+  // dropped.
   Working connected = connect();
   if (!connected.ok()) return connected;
   MutexLock lock(mutex);

@@ -51,9 +51,6 @@ Result<ContactPtr> decodeEitherReply(const Result<std::string>& outcome) {
 CorvelProxy::CorvelProxy(Patience patience)
     : CorvelProxy(std::make_shared<AgentConnection>(patience), nullptr) {}
 
-CorvelProxy::CorvelProxy(AgentConnection::Connect connectToAgent)
-    : CorvelProxy(std::make_shared<AgentConnection>(std::move(connectToAgent)), nullptr) {}
-
 CorvelProxy::CorvelProxy(std::shared_ptr<AgentConnection> shared,
                          std::shared_ptr<ClientLoop> handlerLoop)
     : connection(std::move(shared)), loop(std::move(handlerLoop)) {}

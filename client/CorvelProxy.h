@@ -36,9 +36,8 @@ namespace quenlet {
 // repeated); malformedMessage for an invalid reply.
 class CorvelProxy final : public CorvelProtocol {
  public:
-  // Waits. Connects to the user's agent, or with `connectToAgent`.
+  // Waits. Connects to the user's agent.
   explicit CorvelProxy(Patience patience = ServiceClient::standardTimeLimit);
-  explicit CorvelProxy(AgentConnection::Connect connectToAgent);
   // Shares a connection with others. Waits if `handlerLoop` is null.
   CorvelProxy(std::shared_ptr<AgentConnection> shared, std::shared_ptr<ClientLoop> handlerLoop);
   ~CorvelProxy() override = default;

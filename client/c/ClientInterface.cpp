@@ -32,7 +32,7 @@ class Calls final {
     const auto found = calls.find(number);
     if (found != calls.end()) found->second = std::move(call);
   }
-  // Whether it has neither ended nor been cancelled.
+  // False once it has ended or been cancelled.
   [[nodiscard]] bool isUnderWay(std::uint64_t number) EXCLUDES(mutex) {
     MutexLock lock(mutex);
     return calls.contains(number);
@@ -103,7 +103,7 @@ std::uint64_t begin(quenlet_client* client, Callback callback, void* data,
                         }));
     return number;
   } catch (...) {
-    // It may have been sent all the same: its handler finds that nobody waits.
+    // The request may have been sent. Its handler finds the number gone and does nothing.
     std::optional<Client::Call> dropped;
     client->calls.take(number, dropped);
     return 0;

@@ -77,7 +77,7 @@ quenlet_status ErrorByValue::put(quenlet_error* place, const quenlet_error& erro
 quenlet_error ErrorByValue::ofCurrentException() noexcept try {
   throw;
 } catch (const std::bad_alloc&) {
-  return made(QUENLET_OUT_OF_MEMORY, 0, "", "there is no memory left");
+  return made(QUENLET_OUT_OF_MEMORY, 0, "", "out of memory");
 } catch (...) {
   return made(QUENLET_FAILED, 0, "", "something has gone wrong");
 }

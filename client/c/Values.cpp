@@ -14,8 +14,8 @@ namespace {
 
 using Content = decltype(Donation::content);
 
-// The text that `which` means in a value: as std::string, which is empty if there is none, or as an
-// optional one. Null if values of this kind have no such text.
+// Where a value keeps the text that `which` means: in a string, empty if absent, or in an optional.
+// Both are null if values of this kind lack that text.
 struct TextPlace final {
   std::string* text = nullptr;
   std::optional<std::string>* optional = nullptr;
@@ -241,7 +241,7 @@ quenlet_status quenlet_value_set_text(quenlet_value* value, quenlet_text which, 
     } else if (place.text != nullptr) {
       *place.text = text == nullptr ? "" : text;
     } else {
-      return ErrorByValue::invalidArgument("the value has no such text");
+      return ErrorByValue::invalidArgument("values of this kind lack that text");
     }
     return ErrorByValue::of(nullptr);
   });
@@ -251,7 +251,7 @@ quenlet_status quenlet_value_set_image(quenlet_value* value, const void* bytes, 
   return ErrorByValue::guarded(nullptr, [&] {
     auto* const image = value == nullptr ? nullptr : std::get_if<Image>(&value->donation.content);
     if (image == nullptr || (bytes == nullptr && size > 0)) {
-      return ErrorByValue::invalidArgument("the value is no image");
+      return ErrorByValue::invalidArgument("the value is not an image");
     }
     image->bytes.assign(static_cast<const char*>(bytes), size);
     return ErrorByValue::of(nullptr);

@@ -30,7 +30,7 @@ std::optional<int> takeNumber(const char* variable) {
 
 void sayUnused(int descriptor, std::string_view reason) {
   StandardStreams::writeError("quenlet: descriptor " + std::to_string(descriptor) +
-                              " was handed over, but is of no use: " + std::string(reason));
+                              " was handed over, but is useless: " + std::string(reason));
 }
 
 std::optional<int> optionOf(int socket, int option) {

@@ -13,14 +13,14 @@ namespace quenlet {
 // time.
 class HandedSockets final {
  public:
-  // None.
+  // Holds none.
   HandedSockets() = default;
   // Also removes the variables from the environment, and closes the descriptors on exec: what this
   // process starts is not to take them for its own. Call it once, before other threads exist.
   [[nodiscard]] static HandedSockets fromEnvironment();
 
-  // The one that listens at `address`, not open if there is none. Closes all others, and says on
-  // standard error why they are of no use. The file of the socket belongs to the service manager.
+  // The one that listens at `address`; not open if none does. Closes all others, and says on
+  // standard error why they are useless. The file of the socket belongs to the service manager.
   [[nodiscard]] FileDescriptor takeListening(const ServiceAddress& address);
 
  private:

@@ -7,8 +7,7 @@
 
 namespace quenlet {
 
-// The loop on which a client's handlers run: on a thread of its own, or on that of whoever
-// dispatches.
+// The loop on which a client's handlers run: on its own thread, or on the thread that dispatches.
 class HandlerLoop final {
  public:
   enum class Thread { own, callers };

@@ -82,7 +82,7 @@ bool ServiceAddress::isWhereBound(int socket) const {
   const std::string path(bound.sun_path, ::strnlen(bound.sun_path, sizeof(bound.sun_path)));
   struct stat theirs {};
   struct stat ours {};
-  // Whoever bound it may have had another working directory.
+  // A relative path depends on the working directory of the process that bound it.
   return path.starts_with('/') && ::lstat(path.c_str(), &theirs) == 0 &&
          ::lstat(socketPath().c_str(), &ours) == 0 && S_ISSOCK(ours.st_mode) &&
          theirs.st_dev == ours.st_dev && theirs.st_ino == ours.st_ino;
@@ -92,7 +92,7 @@ bool ServiceAddress::hasListener() const {
   constexpr std::chrono::seconds patience(1);
   const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   const int failure = connect(socket.get(), TimeLimit(patience).deadline());
-  // Whatever cannot be asked, such as a full queue or a socket of another type, may have an owner.
+  // Any other failure, such as a full queue or a socket of another type, may hide a listener.
   return failure != ENOENT && failure != ECONNREFUSED;
 }
 

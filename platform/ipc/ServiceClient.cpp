@@ -24,8 +24,8 @@ namespace quenlet {
 //   the loop                 | leaves it alone ..... | reads ... calls the completion of 3
 //
 // Who writes. A thread that waits, until its own request has gone out; the loop, once the socket
-// takes more of what call() left. `output` keeps messages whole and in order, whoever writes. Only
-// completions run user code, and no lock is held then.
+// takes more of what call() left. `output` keeps messages whole and in order, in any of these
+// threads. Only completions run user code, and no lock is held then.
 
 namespace {
 
@@ -157,7 +157,7 @@ bool ServiceClient::isBroken() {
     MutexLock lock(mutex);
     if (broken) return true;
   }
-  // While no reply is due nobody may be reading, and a hang-up goes unnoticed: ask the socket.
+  // A hang-up goes unnoticed while nothing reads, as when no reply is due: ask the socket.
   pollfd look{socket.get(), POLLRDHUP, 0};
   if (::poll(&look, 1, 0) <= 0) return false;
   MutexLock lock(mutex);
@@ -179,7 +179,8 @@ ErrorPtr ServiceClient::enqueue(const std::string& selector, std::string encoded
   if (broken) return broken;
   const auto* replyParameters = interface.parameters(selector, OfReply::yes);
   if (replyParameters == nullptr) {
-    return makeServiceError(ServiceErrorCode::unknownOperation, "there is no such operation");
+    return makeServiceError(ServiceErrorCode::unknownOperation,
+                            "the interface lacks this operation");
   }
   WireEncoder start;
   start.string(selector);
@@ -306,7 +307,7 @@ bool ServiceClient::readOnce() noexcept try {
   }
   return true;
 } catch (const std::exception&) {
-  // There is no memory for a reply. What has been read of it is lost.
+  // Out of memory, and with a part of the stream lost.
   MutexLock lock(mutex);
   breakConnection(noMemory);
   return true;
@@ -343,9 +344,16 @@ void ServiceClient::deliver(const FrameReader::Frame& frame) {
   }
   if (request.replyParameters == nullptr) return;
   // Without the lock: a large reply takes a while to check.
-  Reply reply = ReplyDecoder::reply(frame, std::move(request.parts), *request.replyParameters);
+  Reply reply = decoded(frame, request);
   MutexLock lock(mutex);
   settle(request, std::move(reply));
+}
+
+ServiceClient::Reply ServiceClient::decoded(const FrameReader::Frame& last, Request& request) const
+    try {
+  return ReplyDecoder::reply(last, std::move(request.parts), *request.replyParameters);
+} catch (const std::bad_alloc&) {
+  return failed(noMemory);
 }
 
 void ServiceClient::addPart(Request& request, std::string_view part) {

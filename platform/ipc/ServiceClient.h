@@ -111,6 +111,8 @@ class ServiceClient final : public std::enable_shared_from_this<ServiceClient> {
   void takeLastReplies() REQUIRES(mutex);
   [[nodiscard]] bool isOverdue(const FrameReader::Frame& frame) REQUIRES(mutex);
   void deliver(const FrameReader::Frame& frame) EXCLUDES(mutex);
+  // The error is the system's if there is no memory for the reply.
+  [[nodiscard]] Reply decoded(const FrameReader::Frame& last, Request& request) const;
   void addPart(Request& request, std::string_view part) REQUIRES(mutex);
   void settle(Request& request, Reply reply) REQUIRES(mutex);
   void breakConnection(ErrorPtr reason) REQUIRES(mutex);

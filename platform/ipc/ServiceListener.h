@@ -66,8 +66,8 @@ class ServiceListener {
   // Reserves the name for this process, for the listener's life, before clients can connect. A
   // nameTaken error when another process has it.
   [[nodiscard]] virtual ErrorPtr claimName() = 0;
-  // Whether clients may have connected by now, as a service manager has listened for them. For
-  // after claimName().
+  // Whether clients may have connected already, because a service manager listened for them. Call
+  // it after claimName().
   [[nodiscard]] virtual bool mayHaveClients() const = 0;
   // From here on clients can connect. Claims the name first if needed. An error when it is taken or
   // the socket cannot be opened.

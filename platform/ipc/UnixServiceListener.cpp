@@ -78,8 +78,8 @@ UnixServiceListener::~UnixServiceListener() {
   watch->cancel();
   for (const auto& entry : connections) entry.second->close();
   context->workers->shutDown();
-  // While the name is still locked: the socket could be a successor's otherwise. A service manager
-  // asks for no lock before it puts its own there.
+  // While the name is still locked: afterwards the socket could be a successor's. A service manager
+  // replaces it without taking the lock.
   if (!boundPath.empty() && fileAt(boundPath) == boundFile) ::unlink(boundPath.c_str());
 }
 
@@ -98,8 +98,8 @@ ErrorPtr UnixServiceListener::claimName() {
     return makeServiceError(ServiceErrorCode::nameTaken, "another process serves " + name);
   }
   listeningSocket = handed.takeListening(found.value());
-  // Nobody else has the lock, so who listens is a service manager, and would listen to nobody from
-  // then on if the file were replaced.
+  // The lock is ours, so a service manager listens. Clients could not reach it any more if we
+  // replaced its file.
   if (!listeningSocket.isOpen() && found.value().hasListener()) {
     return makeServiceError(ServiceErrorCode::nameTaken,
                             "a service manager listens for " + name + ", and would start it");

@@ -25,7 +25,7 @@ namespace quenlet {
 // the socket that a crashed one left behind. Thread-safe; call resume() once.
 //
 // A socket of that name which a service manager has handed over is used as it is, and stays:
-// clients go on connecting to it when there is no listener. One at which a service manager listens
+// clients go on connecting to it between two listeners. One at which a service manager listens
 // for somebody else is never replaced.
 //
 // Peers of other users, except root, are disconnected at once; a connection beyond the limit gets
