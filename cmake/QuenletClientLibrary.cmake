@@ -1,5 +1,5 @@
-# What programs of others link, as a shared library and as an archive, from the same objects: all the
-# layers that the client stands on. `quenlet::client` is the shared one.
+# The library that other projects link, shared and as an archive, made of the same objects: all layers
+# that the client stands on. `quenlet::client` is the shared one.
 
 set(clientObjects "")
 foreach(folder client_c client model platform_foundation platform_contacts platform_scheduling

@@ -60,8 +60,8 @@ ErrorPtr AgentProcess::openDonationService() {
         return std::make_shared<BundleLimitDecorator>(agent, std::move(limit));
       });
   donationListener->setDelegate(listenerDelegate);
-  // Whoever had the service manager start this agent is to hear of the card, and not that the agent
-  // has just started: by the end of this block the donations are there and the switch is known.
+  // A client whose request made the service manager start this agent waits for the card. Accept it
+  // once the donations are loaded and the preference is known, rather than refuse the request.
   if (donationListener->mayHaveClients()) agent->lock()->performSynchronousReaderBlock([] {});
   return donationListener->resume();
 }

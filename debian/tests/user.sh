@@ -1,4 +1,4 @@
-# Sourced by the tests, as root: an ordinary user, whose systemd runs the installed units.
+# Sourced by the tests as root. Creates an ordinary user whose systemd runs the installed units.
 set -euo pipefail
 
 user="quenlet-$(basename "$0")"

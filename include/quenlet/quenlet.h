@@ -5,9 +5,9 @@
 
 #include "quenlet/Export.h"
 
-/* The user's agent for programs in C, and in whatever else can call C. The agent keeps values about
- * the owner of the device that programs donate, and makes a card of them. It serves only entitled
- * programs.
+/* The user's agent for programs in C, and in languages that can call C. The agent keeps values
+ * about the owner of the device that programs donate, and makes a card of them. It serves only
+ * entitled programs.
  *
  *   quenlet_client *agent = quenlet_client_new(0);
  *   quenlet_error error;
@@ -78,18 +78,18 @@ typedef enum quenlet_kind {
 } quenlet_kind;
 
 typedef enum quenlet_text {
-  /* Of an e-mail address or phone number: the address, the number. */
+  /* E-mail address or phone number itself. */
   QUENLET_TEXT = 0,
-  /* Of these and of postal addresses, as in "home" or "work". */
+  /* E-mail addresses, phone numbers and postal addresses have one, as in "home" or "work". */
   QUENLET_LABEL = 1,
-  /* Of a name. */
+  /* Parts of a name. */
   QUENLET_NAME_PREFIX = 10,
   QUENLET_GIVEN_NAME = 11,
   QUENLET_MIDDLE_NAME = 12,
   QUENLET_FAMILY_NAME = 13,
   QUENLET_NAME_SUFFIX = 14,
   QUENLET_NICKNAME = 15,
-  /* Of a postal address; the street may have several lines. */
+  /* Parts of a postal address; the street may have several lines. */
   QUENLET_STREET = 20,
   QUENLET_SUB_LOCALITY = 21,
   QUENLET_CITY = 22,
@@ -98,7 +98,7 @@ typedef enum quenlet_text {
   QUENLET_POSTAL_CODE = 25,
   QUENLET_COUNTRY = 26,
   QUENLET_ISO_COUNTRY_CODE = 27,
-  /* Of all donations: the donor, as in "com.example.mail", and a name that no other donation has,
+  /* Every donation has these: the donor, as in "com.example.mail", and an identifier of its own,
    * as in "com.example.mail:account-1:email"; both are logged and must not be personal. Donations
    * of one cluster, if they have any, can be rejected together. */
   QUENLET_BUNDLE = 30,
@@ -108,20 +108,20 @@ typedef enum quenlet_text {
 
 typedef enum quenlet_date { QUENLET_DONATION_DATE = 0, QUENLET_EXPIRATION_DATE = 1 } quenlet_date;
 
-/* Without values. NULL when there is no memory. */
+/* Creates an empty list. NULL if memory is exhausted. */
 QUENLET_API quenlet_values* quenlet_values_new(void);
 QUENLET_API quenlet_values* quenlet_values_copy(const quenlet_values* values);
 QUENLET_API void quenlet_values_free(quenlet_values* values);
 QUENLET_API size_t quenlet_values_count(const quenlet_values* values);
 /* The value with that index, from 0; NULL beyond the last one. */
 QUENLET_API const quenlet_value* quenlet_values_at(const quenlet_values* values, size_t index);
-/* A further value, which is donated now and expires in 90 days. NULL for an unknown kind, or when
- * there is no memory. */
+/* A further value, which is donated now and expires in 90 days. NULL for an unknown kind, or if
+ * memory is exhausted. */
 QUENLET_API quenlet_value* quenlet_values_add(quenlet_values* values, quenlet_kind kind);
 
 QUENLET_API quenlet_kind quenlet_value_kind(const quenlet_value* value);
-/* NULL if it is absent or not of this kind of value. Of names and clusters, an empty text is not an
- * absent one. */
+/* NULL if it is absent or not of this kind of value. In names and clusters an empty text differs
+ * from an absent one. */
 QUENLET_API const char* quenlet_value_text(const quenlet_value* value, quenlet_text which);
 /* The bytes of an image file and their number; NULL and 0 for other kinds. */
 QUENLET_API const void* quenlet_value_image(const quenlet_value* value, size_t* size);
@@ -142,8 +142,8 @@ QUENLET_API quenlet_status quenlet_value_set_date(quenlet_value* value, quenlet_
 
 typedef struct quenlet_client quenlet_client;
 
-/* `time_limit` is for connecting and for each answer, in milliseconds; 0 means 25,000. NULL when
- * there is no memory. */
+/* `time_limit` is for connecting and for each answer, in milliseconds; 0 means 25,000. NULL if
+ * memory is exhausted. */
 QUENLET_API quenlet_client* quenlet_client_new(unsigned int time_limit);
 /* Callbacks that still wait are called with QUENLET_CONNECTION_BROKEN before this returns; what
  * they begin is not done. Not to be called in a callback. */
@@ -170,11 +170,11 @@ QUENLET_API quenlet_status quenlet_client_reject_cluster(quenlet_client* client,
                                                          const char* cluster, quenlet_error* error);
 
 /* The same without waiting, for programs with an event loop: poll quenlet_client_fd() and call
- * quenlet_client_dispatch() whenever it is readable; callbacks run there, each once. Of `values`
- * and `error` one is NULL; both are good until the callback returns. Callbacks may use the
+ * quenlet_client_dispatch() whenever it is readable; callbacks run there, each once. Either
+ * `values` or `error` is NULL; both are good until the callback returns. Callbacks may use the
  * client, but must not dispatch or free it. Each function returns a number for
- * quenlet_client_cancel(), and 0 when there is no memory or an argument is NULL: then the callback
- * is not called. It is called outside of a dispatch only when the system has no descriptor left.
+ * quenlet_client_cancel(), and 0 if memory is exhausted or an argument is NULL: then the callback
+ * is not called. It is called outside of a dispatch only if the system has run out of descriptors.
  * Connecting may wait for the agent to accept, within the time limit. */
 
 typedef void (*quenlet_values_callback)(const quenlet_values* values, const quenlet_error* error,

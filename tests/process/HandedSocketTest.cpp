@@ -110,7 +110,7 @@ TEST_F(HandedSocketTest, ListensByItselfWhenTheDescriptorIsNotItsSocket) {
   std::string remarks;
   for (const auto& [descriptor, fault] : rows) {
     remarks += "quenlet: descriptor " + std::to_string(3 + handed.size()) +
-               " was handed over, but is of no use: " + fault;
+               " was handed over, but is useless: " + fault;
     handed.push_back(descriptor);
   }
   mayRemark = true;
