@@ -43,9 +43,7 @@ TEST(GoldenBytesTest, AreReadAndWrittenAgain) {
       {"agent.txt", "donate:", true, {donations}},
       {"agent.txt", "fetch:", false, {contact, error}},
       {"agent.txt", "synchronous fetch:", false, {either}},
-      {"agent.txt", "list:", false, {donations, error}},
       {"agent.txt", "new account:", true, {account, account}},
-      {"agent.txt", "wrong class:", false, {error}},
       {"disabled.txt", "refused synchronous fetch:", false, {either}},
   };
   for (const auto& [file, name, isRequest, values] : rows) {
