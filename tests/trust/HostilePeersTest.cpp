@@ -10,7 +10,7 @@
 
 #include "protocol/CorvelInterface.h"
 #include "tests/platform/ipc/RawPeer.h"
-#include "tests/trust/Operations.h"
+#include "tests/support/GoldenExchanges.h"
 #include "tests/trust/TrustTest.h"
 
 namespace quenlet {
@@ -116,26 +116,13 @@ class HostilePeersTest : public TrustTest {
     return number;
   }
   RawPeer connect() { return RawPeer(temporary / "quenlet" / CorvelServiceName); }
-  // One of each message that a client sends.
-  static std::vector<std::string> messages() {
-    std::vector<std::string> found;
-    while (found.size() < numberOfOperations - 1) {
-      auto [theirs, ours] = connectedPair();
-      const HandlerLoop notRun(HandlerLoop::Thread::callers);
-      const auto connected = std::make_shared<AgentConnection>(
-          [socket = std::make_shared<FileDescriptor>(std::move(theirs))] {
-            return Result<std::shared_ptr<ServiceClient>>::success(
-                ServiceClient::withConnectedSocket(std::move(*socket), makeCorvelInterface()));
-          });
-      CorvelProxy client(connected, notRun.loop());
-      ask(client, found.size(), 1, [](const ErrorPtr&) {});
-      std::string& bytes = found.emplace_back(1 << 16, '\0');
-      bytes.resize(static_cast<std::size_t>(::recv(ours.get(), bytes.data(), bytes.size(), 0)));
-    }
-    return found;
+  // Each message that a client sends, and some that none sends.
+  const std::vector<GoldenExchange> golden = goldenExchanges(goldenFolder + "agent.txt");
+  [[nodiscard]] const std::string& request(const std::string& name) const {
+    return std::ranges::find(golden, name, &GoldenExchange::name)->request;
   }
-  const std::vector<std::string> valid = messages();
-  const std::string& fetch = valid[3];
+  const std::string fetch = request("fetch:");
+  const std::string& anyRequest() { return golden[anyBelow(golden.size())].request; }
   std::size_t anyBelow(std::size_t bound) { return random() % bound; }
   // Up to four times, some bytes are others, more or fewer.
   std::string mutated(std::string bytes) {
@@ -157,9 +144,8 @@ TEST_F(HostilePeersTest, GetOneAnswerForEachMalformedMessageOrTheEnd) {
   withstand([&] {
     RawPeer peer = connect();
     for (int i = repetitions(50'000, 1'000'000); i > 0; --i) {
-      const std::string& original = valid[anyBelow(valid.size())];
       std::string message = RawPeer::frame(FrameKind::request, static_cast<std::uint64_t>(i),
-                                           mutated(original.substr(FrameHeader::sizeInBytes)));
+                                           mutated(anyRequest().substr(FrameHeader::sizeInBytes)));
       if (anyBelow(64) == 0) message[anyBelow(FrameHeader::sizeInBytes)] ^= 1 << anyBelow(8);
       const FrameHeader sent = FrameHeader::decode(message);
       const bool isWhole = sent.length + 4 == message.size();
@@ -186,7 +172,7 @@ TEST_F(HostilePeersTest, AreToldWhenTheyAreTooMany) {
     for (int i = repetitions(20'000, 500'000); i > 0; --i)
       ASSERT_EQ(connect().receive(), "0 !7") << i;
     peers.back().send(fetch);
-    EXPECT_EQ(peers.back().receive(), "1 ");
+    EXPECT_EQ(peers.back().receive(), "2 ");
   });
 }
 
@@ -247,7 +233,7 @@ TEST_F(HostilePeersTest, LeaveNoWorkBehindWhenTheyAskForListsAndGo) {
   }
   ASSERT_EQ(donateTo(client, values), nullptr);
   std::string lists;
-  for (int i = 0; i < 120; ++i) lists += valid[4];
+  for (int i = 0; i < 120; ++i) lists += request("list:");
   // The best of three, as other programs can delay a donation as well.
   double best = 1e9;
   for (int attempt = 0; attempt < 3 && best >= 1; ++attempt) {
@@ -310,7 +296,7 @@ TEST_F(HostilePeersTest, LetTheAgentRestOnceALateReaderHasTakenAll) {
   RawPeer peer = connect();
   peer.send(fetch);
   std::this_thread::sleep_for(100ms);
-  EXPECT_EQ(peer.receive(), "1 ");
+  EXPECT_EQ(peer.receive(), "2 ");
   std::this_thread::sleep_for(5s);
   EXPECT_EQ(stopAgent(), 0);
   EXPECT_LE(used().ru_utime.tv_sec + used().ru_stime.tv_sec, before + 1) << "of five seconds";
@@ -344,7 +330,7 @@ TEST_F(HostilePeersTest, MayDieInAnyPhase) {
   withstand([&] {
     for (int i = repetitions(20'000, 200'000); i > 0; --i) {
       RawPeer peer = connect();
-      const std::string& whole = valid[anyBelow(valid.size())];
+      const std::string& whole = anyRequest();
       const std::size_t end = std::min(anyBelow(2 * whole.size()), whole.size());
       peer.send(whole.substr(0, end));
       if (end == whole.size() && i % 2 == 0) static_cast<void>(peer.receive());

@@ -10,7 +10,6 @@
 
 #include "client/CorvelProxy.h"
 #include "client/waitForReply.h"
-#include "platform/ipc/HandlerLoop.h"
 #include "tests/process/ProcessTest.h"
 #include "tests/support/DonationFactory.h"
 
