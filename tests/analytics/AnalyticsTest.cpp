@@ -6,7 +6,6 @@
 #include "analytics/AugmentationClassifier.h"
 #include "analytics/MetricsAttempt.h"
 #include "mecard/DonatedEntries.h"
-#include "platform/foundation/Text.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TestEnvironment.h"
 

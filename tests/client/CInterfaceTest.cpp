@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "platform/ipc/WireEncoder.h"
 #include "quenlet/ErrorCodes.h"
 #include "quenlet/quenlet.h"
 #include "tests/client/ServedAgent.h"

@@ -5,7 +5,6 @@
 #include "platform/accounts/Account.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
-#include "platform/foundation/PropertyListSerializer.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {

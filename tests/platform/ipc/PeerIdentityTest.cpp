@@ -1,6 +1,5 @@
 #include "platform/ipc/PeerIdentity.h"
 
-#include <fcntl.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/mount.h>

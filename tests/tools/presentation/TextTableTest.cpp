@@ -5,7 +5,6 @@
 #include <sstream>
 
 #include "platform/foundation/Text.h"
-#include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
 namespace {
