@@ -81,6 +81,22 @@ function(quenlet_program program folder)
   endif()
 endfunction()
 
+# A donor extension that is installed with the agent: a program that nobody starts by hand. It stands
+# in libexec/quenlet below the prefix, in the build tree as in an install, and its manifest in
+# packaging/donors says so.
+function(quenlet_donor program folder)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.cpp")
+  add_executable(${program} ${sources})
+  _quenlet_link(${program} PRIVATE ${ARG_DEPENDS})
+  set_target_properties(${program} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/libexec/quenlet")
+  quenlet_only_owner_writes(${program})
+  cmake_path(GET CMAKE_INSTALL_BINDIR PARENT_PATH prefix)
+  cmake_path(APPEND prefix libexec quenlet OUTPUT_VARIABLE destination)
+  install(TARGETS ${program} RUNTIME DESTINATION "${destination}")
+endfunction()
+
 # Under any umask of the builder's: the agent answers no program that others can write.
 function(quenlet_only_owner_writes program)
   add_custom_command(TARGET ${program} POST_BUILD COMMAND chmod go-w "$<TARGET_FILE:${program}>"

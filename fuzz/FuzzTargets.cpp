@@ -3,11 +3,15 @@
 #include <cassert>
 #include <cstdint>
 
+#include "donors/mail/KeyFile.h"
+#include "donors/mail/Mailbox.h"
+#include "donors/mail/PreferenceScript.h"
 #include "platform/contacts/EmailAddressScanner.h"
 #include "platform/contacts/NameComponentsTokenizer.h"
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/VCard.h"
 #include "platform/foundation/PropertyListSerializer.h"
+#include "platform/foundation/Text.h"
 #include "platform/ipc/FrameReader.h"
 #include "protocol/ContactWire.h"
 #include "protocol/CorvelInterface.h"
@@ -91,6 +95,31 @@ void name(std::string_view text) {
   for (const auto& [key, component] : components.dictionaryRepresentation()) {
     const std::string_view words = *component.string();
     assert(!words.empty() && text.find(words.substr(0, words.find(' '))) != text.npos);
+  }
+}
+
+// What a file of another program's holds reaches the card only as plain text.
+void keyFile(std::string_view text) {
+  const auto file = KeyFile::parse(text);
+  if (!file.ok()) return;
+  for (const std::string& group : file.value().groups()) {
+    for (const std::string& item : file.value().list(group, "k", ';')) {
+      assert(!item.empty() && isValidUTF8(item));
+      for (const std::string& mailbox : splitMailboxes(item)) {
+        const auto address = personalAddress(mailbox);
+        assert(!address || mailbox.find(*address) != mailbox.npos);
+        const auto name = fullName(mailbox);
+        assert(!name || (name->givenName && name->familyName));
+      }
+    }
+  }
+}
+
+void preferenceScript(std::string_view text) {
+  const PreferenceScript script = PreferenceScript::parse(text);
+  for (const std::string& name : script.namesBelow("")) {
+    const auto value = script.text(name);
+    assert(isValidUTF8(name) && (!value || isValidUTF8(*value)));
   }
 }
 

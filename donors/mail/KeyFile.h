@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "quenlet/Result.h"
+
+namespace quenlet {
+
+// A key file, as GNOME, KDE and Mozilla programs write them:
+//
+//   # a comment                            ";" begins one, too
+//   [Group]                                KDE may add flags: "[Group][$i]"
+//   Key=text with \s \t \n \r \\ \xC3      likewise "Key[$e]"
+//   Key[de]=the same for a language        left out
+//   List=one;t\;wo;                        or with commas
+//
+// Keys in front of the first group belong to the group "". Of two entries for one key, the last
+// counts. Immutable.
+class KeyFile final {
+ public:
+  // An error, which quotes nothing, when a line is none of these.
+  [[nodiscard]] static Result<KeyFile> parse(std::string_view text);
+
+  // Sorted.
+  [[nodiscard]] std::vector<std::string> groups() const;
+  [[nodiscard]] bool hasGroup(const std::string& group) const { return entries.contains(group); }
+  // Nothing when there is no such key, or the text behind the escapes is not UTF-8.
+  [[nodiscard]] std::optional<std::string> text(const std::string& group,
+                                                const std::string& key) const;
+  // The items between separators that no backslash stands before; blanks around them and empty ones
+  // are left out.
+  [[nodiscard]] std::vector<std::string> list(const std::string& group, const std::string& key,
+                                              char separator) const;
+  // Whether the key's value is "false", in any letter case, or "0".
+  [[nodiscard]] bool isFalse(const std::string& group, const std::string& key) const;
+
+ private:
+  using Group = std::map<std::string, std::string, std::less<>>;
+  [[nodiscard]] const std::string* find(const std::string& group, const std::string& key) const;
+
+  // As written, with the escapes.
+  std::map<std::string, Group, std::less<>> entries;
+};
+
+}  // namespace quenlet

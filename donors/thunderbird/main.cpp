@@ -1,0 +1,7 @@
+// The donor extension for thunderbird: see donors/mail.
+
+#include "donors/mail/MailDonor.h"
+
+int main() {
+  return quenlet::runMailDonor("org.quenlet.donors.thunderbird", &quenlet::thunderbirdIdentities);
+}
