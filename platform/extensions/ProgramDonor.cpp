@@ -71,20 +71,23 @@ void ProgramDonor::renewExpirationDateForDonatedValue(
 void ProgramDonor::redonateAllValuesWithReason(std::uint64_t reason) {
   const auto programs = supervisor.lock();
   if (!programs) return;
+  fetchAllValuesWithReason(reason, [agent = receiver,
+                                    problems = programs->problemsOf(manifest->bundleIdentifier)](
+                                       Result<DonationValues> donated) {
+    const auto living = agent.lock();
+    if (!donated.ok()) return problems->setProblem(donated.error());
+    if (donated.value().empty() || !living) return problems->setProblem(nullptr);
+    living->donateMeCardValues(std::move(donated).takeValue(),
+                               [problems](const ErrorPtr& error) { problems->setProblem(error); });
+  });
+}
+
+void ProgramDonor::fetchAllValuesWithReason(std::uint64_t reason, ValuesHandler handler) const {
   ask(
       DonorExtensionSelector::redonate,
       [reason](WireEncoder& encoder) { encoder.integer(std::bit_cast<std::int64_t>(reason)); },
-      [bundle = manifest->bundleIdentifier, agent = receiver,
-       problems =
-           programs->problemsOf(manifest->bundleIdentifier)](const Result<std::string>& reply) {
-        Result<DonationValues> donated = readRedonation(reply, bundle);
-        const auto living = agent.lock();
-        if (!donated.ok()) return problems->setProblem(donated.error());
-        if (donated.value().empty() || !living) return problems->setProblem(nullptr);
-        living->donateMeCardValues(
-            std::move(donated).takeValue(),
-            [problems](const ErrorPtr& error) { problems->setProblem(error); });
-      });
+      [bundle = manifest->bundleIdentifier, handler = std::move(handler)](
+          const Result<std::string>& reply) { handler(readRedonation(reply, bundle)); });
 }
 
 void ProgramDonor::ask(const char* selector, ExtensionRequest::Encode encode,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -25,6 +26,13 @@ class ProgramDonor final : public DonorExtension {
   void renewExpirationDateForDonatedValue(DonationValuePtr value,
                                           AcknowledgementHandler acknowledgementHandler) override;
   void redonateAllValuesWithReason(std::uint64_t reason) override;
+
+  // The values of a re-donation, all of the extension's own bundle, or why there are none.
+  using ValuesHandler = std::function<void(Result<DonationValues> donated)>;
+  // Asks for them on behalf of a caller, who gets them in place of the receiver. The handler is
+  // called once.
+  void fetchAllValuesWithReason(std::uint64_t reason, ValuesHandler handler) const;
+  [[nodiscard]] const std::string& bundleIdentifier() const { return manifest->bundleIdentifier; }
 
  private:
   void ask(const char* selector, ExtensionRequest::Encode encode,

@@ -210,7 +210,7 @@ ExitCode PreferenceWords::enable(Session& session) {
     if (const ErrorPtr error = scheduleAccounts()) return session.failWith(error);
     session.out << "Donations are on. No agent runs; the next one reads your accounts.\n";
     session.hint("extensions are asked when donations come on while an agent runs; once it does:");
-    session.hint("quenlet disable --yes && quenlet enable");
+    session.hint("quenlet collect");
   }
   return ExitCode::done;
 }

@@ -1,0 +1,93 @@
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "platform/files/UserDirectories.h"
+#include "platform/ipc/EntitlementDatabase.h"
+#include "tools/commands/Command.h"
+#include "tools/owner/AgentDonations.h"
+#include "tools/owner/CollectedDonor.h"
+#include "tools/owner/DonorAnswers.h"
+#include "tools/presentation/TerminalText.h"
+#include "tools/presentation/Wording.h"
+
+namespace quenlet {
+namespace {
+
+// "collect": asks donor extensions for all of their values, and has the agent hold these and no
+// others of theirs. A donor that fails loses nothing.
+class CollectWord final : public Command {
+ public:
+  void addTo(CLI::App& app, ChosenAction& chosen) override;
+
+ private:
+  [[nodiscard]] ExitCode collect(Session& session) const;
+
+  std::vector<std::string> bundles;
+};
+
+void CollectWord::addTo(CLI::App& app, ChosenAction& chosen) {
+  CLI::App* word = app.add_subcommand("collect", "Ask donor extensions for what they have now");
+  word->add_option("BUNDLE", bundles, "Their bundle identifiers [all that are installed]")
+      ->type_name("");
+  word->footer(
+      "What an extension gives takes the place of all that it gave before. One that fails keeps\n"
+      "its values. The agent asks extensions by itself only when donations come on.");
+  word->callback([this, &chosen] { chosen = [this](Session& s) { return collect(s); }; });
+}
+
+void tell(const Session& session, const std::string& bundle, const CollectedDonor& collected) {
+  std::vector<std::string> parts;
+  const std::size_t all = collected.donated + collected.leftOut;
+  parts.push_back(all == 0 ? "nothing to donate" : counted(collected.donated, "donation"));
+  if (collected.leftOut > 0) {
+    parts.push_back(numberText(collected.leftOut) + " left out, as rejected or confirmed");
+  }
+  if (collected.removed > 0) {
+    parts.push_back(numberText(collected.removed) + " removed, as no longer there");
+  }
+  std::string text = bundle + ": ";
+  for (const std::string& part : parts) text += (&part == &parts.front() ? "" : "; ") + part;
+  session.say(text + ".");
+}
+
+// Whether the answer reached the agent.
+ErrorPtr takeOver(const Session& session, const DonorAnswer& answer,
+                  const DonationListPtr& before) {
+  if (!answer.donated.ok()) return answer.donated.error();
+  const auto collected = CollectedDonor::replace(session.agent, answer.bundleIdentifier,
+                                                 answer.donated.value(), before);
+  if (!collected.ok()) return collected.error();
+  tell(session, answer.bundleIdentifier, collected.value());
+  return nullptr;
+}
+
+ExitCode CollectWord::collect(Session& session) const {
+  const auto home = UserDirectories::homeDirectory();
+  if (!home.ok()) return session.failWith(home.error());
+  // Before any program is started: without an agent, or while donations are off, it is in vain.
+  const auto before = donationsOf(session.agent);
+  if (!before.ok()) return session.failWith(before.error());
+  const DonorAnswers answers = DonorAnswers::ask(
+      ManifestDirectory::directoriesOf(EntitlementDatabase::prefixOfRunningProgram(), home.value()),
+      bundles);
+  ExitCode code = ExitCode::done;
+  if (answers.unreadable) code = session.failWith(answers.unreadable);
+  for (const DonorAnswer& answer : answers.donors) {
+    const ErrorPtr error = takeOver(session, answer, before.value());
+    if (!error) continue;
+    session.warn(answer.bundleIdentifier + " keeps what it has given: " + error->description());
+    session.hintAt(*error);
+    code = isNoAnswer(*error) ? ExitCode::noAgent : ExitCode::refused;
+  }
+  if (answers.donors.empty() && code == ExitCode::done) {
+    session.out << "No donor extension is installed.\n";
+  }
+  return code;
+}
+
+}  // namespace
+
+CommandPtr makeCollectWord() { return std::make_unique<CollectWord>(); }
+
+}  // namespace quenlet
