@@ -29,6 +29,7 @@ using CommandPtr = std::unique_ptr<Command>;
 [[nodiscard]] CommandPtr makeUnrejectWords();
 [[nodiscard]] CommandPtr makeBackupWords();
 [[nodiscard]] CommandPtr makeAccountWord();
+[[nodiscard]] CommandPtr makeExtensionWord();
 [[nodiscard]] CommandPtr makeCollectWord();
 [[nodiscard]] CommandPtr makePreferenceWords();
 [[nodiscard]] CommandPtr makeFileWords();

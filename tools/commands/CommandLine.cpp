@@ -32,13 +32,13 @@ constexpr char generalFooter[] =
 // All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
-  const std::array<CommandPtr, 21> commands = {
-      makeDonateWord(),     makeUndoWord(),        makeCardWord(),    makeMeWord(),
-      makeListWord(),       makeWhyWord(),         makeShowWord(),    makeRemovalWords(),
-      makeRejectionWords(), makeUnrejectWords(),   makeBackupWords(), makeAccountWord(),
-      makeCollectWord(),    makePreferenceWords(), makeFileWords(),   makeStatusWord(),
-      makeClientsWord(),    makeDoctorWord(),      makeStatsWord(),   makeWatchWord(),
-      makeCompleteWord()};
+  const std::array<CommandPtr, 22> commands = {
+      makeDonateWord(),     makeUndoWord(),      makeCardWord(),        makeMeWord(),
+      makeListWord(),       makeWhyWord(),       makeShowWord(),        makeRemovalWords(),
+      makeRejectionWords(), makeUnrejectWords(), makeBackupWords(),     makeAccountWord(),
+      makeExtensionWord(),  makeCollectWord(),   makePreferenceWords(), makeFileWords(),
+      makeStatusWord(),     makeClientsWord(),   makeDoctorWord(),      makeStatsWord(),
+      makeWatchWord(),      makeCompleteWord()};
   ChosenAction chosen;
   bool isWide = false;
 

@@ -1,0 +1,102 @@
+#include "tests/process/ProcessTest.h"
+
+namespace quenlet {
+namespace {
+
+using testing::HasSubstr;
+
+// A home with the files of four mail programs.
+class MailDonorsTest : public ProcessTest {
+ protected:
+  MailDonorsTest() {
+    writeFile(evolution, "[Data Source]\nDisplayName=Work\nEnabled=true\n\n[Mail Identity]\n" +
+                             address("evolution") + "Name=Anna Berg\n");
+    writeFile(home / ".thunderbird/profiles.ini",
+              "[Profile0]\nName=default\nIsRelative=1\nPath=x.default\n");
+    writeFile(home / ".thunderbird/x.default/prefs.js", prefs("thunderbird"));
+    writeFile(home / ".config/emailidentities",
+              "[Identity #0]\nEmail Address=kmail@example.org\nName=Anna Berg\n");
+    writeFile(home / ".config/geary/account_01/geary.ini",
+              "[Account]\nsender_mailboxes=Anna Berg <geary@example.org>;\n");
+  }
+
+  static std::string address(const std::string& program) {
+    return "Address=" + program + "@example.org\n";
+  }
+  static std::string prefs(const std::string& program) {
+    return "user_pref(\"mail.account.account1.identities\", \"id1\");\n"
+           "user_pref(\"mail.accountmanager.accounts\", \"account1\");\n"
+           "user_pref(\"mail.identity.id1.fullName\", \"Anna Berg\");\n"
+           "user_pref(\"mail.identity.id1.useremail\", \"" +
+           program + "@example.org\");\n";
+  }
+  // The programs of the build tree may stand below a directory that the group can write, where the
+  // agent starts none.
+  void usePrivateCopies() {
+    for (const std::string program : {"evolution", "thunderbird", "kmail", "geary"}) {
+      const std::string name = "quenlet-" + program + "-donor";
+      writeFile(temporary / name, readFile(bin.parent_path() / "libexec/quenlet" / name), 0755);
+      const std::string bundle = "org.quenlet.donors." + program;
+      EXPECT_THAT(readFile(extensions / (bundle + ".plist")), HasSubstr("libexec/quenlet/" + name));
+      writeFile(extensions / (bundle + ".plist"), donorManifest(bundle, temporary / name));
+    }
+  }
+
+  const std::filesystem::path evolution = home / ".config/evolution/sources/a1.source";
+};
+
+TEST_F(MailDonorsTest, GiveWhatTheyHaveOnceAndTakeItBack) {
+  startAgent();
+  expect({{{"collect"}, 0, {"No donor extension is installed."}},
+          {{"extension", "list"}, 0, {"kmail", "mail", "off", "emailidentities"}},
+          {{"extension", "enable", "mails"}, 1, {"no extension or group is called \"mails\""}},
+          {{"extension", "enable", "mail", "kmail"},
+           0,
+           {"Switched on thunderbird", ".thunderbird/profiles.ini", "quenlet collect"}},
+          {{"extension", "enable", "geary"}, 0, {"geary is on already."}}});
+  usePrivateCopies();
+  expect({{{"collect"},
+           0,
+           {"org.quenlet.donors.evolution: 2 donations.", "thunderbird: 2 donations.",
+            "kmail: 2 donations.", "geary: 2 donations."}}});
+  for (const std::string program : {"evolution", "thunderbird", "kmail", "geary"}) {
+    EXPECT_EQ(occurrences(card(), program + "@example.org"), 1) << card();
+  }
+  EXPECT_THAT(card(), HasSubstr("Anna Berg"));
+  EXPECT_EQ(countDonations(), 8);
+
+  writeFile(evolution, "[Data Source]\nEnabled=true\n\n[Mail Identity]\nAddr");
+  writeFile(home / ".config/emailidentities", "[General]\n");
+  expect({{{"collect"},
+           1,
+           {"org.quenlet.donors.evolution keeps what it has given", "its last line is cut short",
+            "kmail: nothing to donate; 2 removed, as no longer there."}},
+          {{"collect", "org.quenlet.donors.kmail"}, 0, {"kmail: nothing to donate."}},
+          {{"collect", "org.example.none"}, 1, {"no donor extension is installed for it"}}});
+  EXPECT_TRUE(cardHas("evolution@example.org"));
+  EXPECT_FALSE(cardHas("kmail@example.org"));
+
+  expect({{{"extension", "disable", "evolution"}, 0, {"Switched off evolution."}},
+          {{"collect"}, 0, {"geary: 2 donations."}}});
+  EXPECT_FALSE(cardHas("evolution@example.org"));
+  disableDonations();
+  expect({{{"collect"}, 1, {"quenlet enable"}},
+          {{"extension", "disable", "mail"}, 0, {"Switched off geary."}}});
+  EXPECT_EQ(stopAgent(), 0);
+  expect({{{"extension", "disable", "geary"}, 3, {"quenlet forget org.quenlet.donors.geary"}},
+          {{"extension", "list", "--json"},
+           0,
+           {R"("bundle":"org.quenlet.donors.geary","enabled":false)"}}});
+}
+
+TEST_F(MailDonorsTest, AreNotSwitchedOnOverAFileOfTheOwners) {
+  const std::filesystem::path file = extensions / "org.quenlet.donors.kmail.plist";
+  writeFile(file, donorManifest("org.example.own", "own"));
+  const std::string before = readFile(file);
+  expect({{{"extension", "enable", "mail"}, 1, {file.native(), "Switched on evolution"}},
+          {{"extension", "disable", "kmail"}, 3, {"kmail is off"}}});
+  EXPECT_EQ(readFile(file), before);
+}
+
+}  // namespace
+}  // namespace quenlet

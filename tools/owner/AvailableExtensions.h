@@ -1,0 +1,60 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "platform/extensions/ExtensionManifest.h"
+#include "platform/extensions/ManifestDirectory.h"
+#include "quenlet/Result.h"
+
+namespace quenlet {
+
+// A donor extension that is installed and asked for nothing until the owner switches it on. A value
+// type.
+struct AvailableExtension final {
+  std::string name;                // the manifest's file without its ending
+  std::string group;               // may be empty
+  std::vector<std::string> reads;  // which files, in words for people
+  ExtensionManifest manifest;
+};
+
+// The extensions below a prefix that can be switched on, and the user's directory of manifests, in
+// which those that are on have one. One thread.
+class AvailableExtensions final {
+ public:
+  // What stands under the extension's name in the user's directory.
+  enum class Place { free, ours, othersFile };
+
+  // Of the installation that the program belongs to. An error when the user has no home, or when a
+  // manifest there is damaged or can be written by others.
+  [[nodiscard]] static Result<AvailableExtensions> open();
+  [[nodiscard]] static Result<AvailableExtensions> openIn(const std::filesystem::path& prefix,
+                                                          const std::filesystem::path& home);
+
+  // By name.
+  [[nodiscard]] const std::vector<AvailableExtension>& all() const { return extensions; }
+  // Those with that name, or of that group.
+  [[nodiscard]] std::vector<AvailableExtension> named(const std::string& word) const;
+  // All directories in which the agent finds manifests.
+  [[nodiscard]] const std::vector<ManifestDirectory>& directories() const { return agents; }
+
+  [[nodiscard]] std::filesystem::path fileOf(const AvailableExtension& extension) const;
+  // An error when it cannot be told.
+  [[nodiscard]] Result<Place> placeOf(const AvailableExtension& extension) const;
+  // Writes a manifest for the agent, durably. Never over another file: an error with code EEXIST
+  // then.
+  [[nodiscard]] ErrorPtr enable(const AvailableExtension& extension) const;
+  // Removes that manifest, durably, if it is one of the extension's.
+  [[nodiscard]] ErrorPtr disable(const AvailableExtension& extension) const;
+
+ private:
+  AvailableExtensions(std::vector<AvailableExtension> found,
+                      std::vector<ManifestDirectory> agentDirectories)
+      : extensions(std::move(found)), agents(std::move(agentDirectories)) {}
+
+  std::vector<AvailableExtension> extensions;
+  std::vector<ManifestDirectory> agents;
+};
+
+}  // namespace quenlet
