@@ -76,7 +76,6 @@ Result<KeyFile> KeyFile::parse(std::string_view text) {
     const std::size_t equals = line.find('=');
     if (equals == line.npos) return Result<KeyFile>::failure(lines.fault("has no \"=\""));
     const std::string_view key = withoutFlags(trimmed(line.substr(0, equals)));
-    if (key.ends_with(']')) continue;
     if (group == nullptr) group = &file.entries[std::string()];
     group->insert_or_assign(std::string(key), std::string(trimmed(line.substr(equals + 1))));
   }

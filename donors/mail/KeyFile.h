@@ -16,7 +16,7 @@ namespace quenlet {
 //   # a comment                            ";" begins one, too
 //   [Group]                                KDE may add flags: "[Group][$i]"
 //   Key=text with \s \t \n \r \\ \xC3      likewise "Key[$e]"
-//   Key[de]=the same for a language        left out
+//   Key[de]=the same for a language        a key of its own, which nobody asks for
 //   List=one;t\;wo;                        or with commas
 //
 // Keys in front of the first group belong to the group "". Of two entries for one key, the last

@@ -83,6 +83,7 @@ TEST_F(MailDonorTest, RenewsWhatIsThereWithdrawsWhatIsGoneAndKeepsWhatCannotBeRe
   };
   identities = MailIdentities::failure(makeError("domain", 3, "it is empty"));
   EXPECT_EQ(donated(), std::vector<std::string>({"!it is empty"}));
+  EXPECT_EQ(days(donor, before), -2) << "what it had read before does not count";
   EXPECT_EQ(asked(before), -2);
   identities = MailIdentities::success(
       {{"ann@example.org", "Ann Berg", {"noreply@example.org", "new@example.org"}}});
