@@ -12,7 +12,7 @@
 namespace quenlet {
 namespace {
 
-constexpr auto invalid = static_cast<std::int64_t>(ServiceErrorCode::invalidArguments);
+constexpr auto badArguments = static_cast<std::int64_t>(ServiceErrorCode::invalidArguments);
 
 using Entries = PropertyListDictionary;
 
@@ -28,9 +28,10 @@ TEST(DonationWireTest, RefusesWhatIsNoRecordThatAFileHolds) {
   EXPECT_TRUE(DonationWire::decode(listed).ok()) << "older files may hold more";
   const auto list = [] { return WireEncoder().list(1); };
   const std::tuple<const char*, WireEncoder, std::int64_t> rows[] = {
-      {"no list", WireEncoder().string("x"), invalid},
-      {"plain element", list().propertyList(record), invalid},
-      {"object inside", list().object("DonationValue").object("DonationValue").null(), invalid},
+      {"no list", WireEncoder().string("x"), badArguments},
+      {"plain element", list().propertyList(record), badArguments},
+      {"object inside", list().object("DonationValue").object("DonationValue").null(),
+       badArguments},
       {"text that no file holds", list().object("DonationValue").propertyList(control), 501},
       {"text beyond the bound", list().object("DonationValue").propertyList(large), 501},
       {"no identifier", list().object("DonationValue").propertyList(nameless), 501},

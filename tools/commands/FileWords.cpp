@@ -123,7 +123,7 @@ void FileWords::addTo(CLI::App& app, ChosenAction& chosen) {
 ExitCode FileWords::showPaths(Session& session) const {
   const auto files = UserFiles::open();
   if (!files.ok()) return session.failWith(files.error());
-  (asJSON ? writeJSON : writeText)(session, files.value());
+  asJSON ? writeJSON(session, files.value()) : writeText(session, files.value());
   return ExitCode::done;
 }
 

@@ -21,19 +21,19 @@ std::string textOf(const MailIdentities& identities) {
   return text;
 }
 
-struct File final {
+struct HomeFile final {
   std::string path;
   std::string content;
 };
 
-struct Row final {
+struct Home final {
   const char* name;
-  std::vector<File> files;
+  std::vector<HomeFile> files;
   std::string found;
 };
 
 // A home for each row; "~" in what is found stands for it.
-void expectFound(MailIdentities (*identities)(const UserPlaces&), const std::vector<Row>& rows) {
+void expectFound(MailIdentities (*identities)(const UserPlaces&), const std::vector<Home>& rows) {
   for (const auto& [name, files, found] : rows) {
     const TemporaryDirectory home;
     for (const auto& [path, content] : files) home.write(path, content);

@@ -11,12 +11,12 @@ namespace {
 
 using Fit = TextTable::Fit;
 using Column = TextTable::Column;
-using Row = std::vector<std::string>;
+using TableRow = std::vector<std::string>;
 
-std::string written(const std::vector<Column>& columns, const std::vector<Row>& rows,
+std::string written(const std::vector<Column>& columns, const std::vector<TableRow>& rows,
                     const Screen& screen, const std::string& indentation = {}) {
   TextTable table(columns);
-  for (const Row& row : rows) table.addRow(row);
+  for (const TableRow& row : rows) table.addRow(row);
   std::ostringstream out;
   table.write(out, screen, indentation);
   return out.str();
@@ -25,13 +25,13 @@ std::string written(const std::vector<Column>& columns, const std::vector<Row>& 
 TEST(TextTableTest, FitsTheScreen) {
   const Column number("#", Fit::whole), value("VALUE"), from("FROM", Fit::cut);
   const Column expires("EXPIRES", Fit::whole), donation("DONATION", Fit::spare);
-  const std::vector<Row> donations = {
+  const std::vector<TableRow> donations = {
       {"7", "Weg 12, 89073 Ulm, Germany", "org.example.mail", "mail:1", "2027-02-22"},
       {"12", "ann@example.org", "com.example", "example:23", ""}};
   const struct {
     const char* name;
     std::vector<Column> columns;
-    std::vector<Row> rows;
+    std::vector<TableRow> rows;
     std::size_t width;
     const char* expected;
   } cases[] = {
@@ -116,7 +116,7 @@ TEST(TextTableTest, FitsTheScreen) {
 
 TEST(TextTableTest, ColoursHeadingsAndCellsButNeitherBlanksNorWhatNobodyReads) {
   const std::vector<Column> columns = {"VALUE", Column("FROM", Fit::cut, TextStyle::dim)};
-  const std::vector<Row> rows = {{"a", "com.example"}, {"ab", ""}};
+  const std::vector<TableRow> rows = {{"a", "com.example"}, {"ab", ""}};
   EXPECT_EQ(written(columns, rows, {.width = 80, .isColoured = true}),
             "\x1B[1mVALUE\x1B[0m  \x1B[1mFROM\x1B[0m\n"
             "a      \x1B[2mcom.example\x1B[0m\n"
