@@ -92,9 +92,11 @@ function(quenlet_donor program folder)
   set_target_properties(${program} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/libexec/quenlet")
   quenlet_only_owner_writes(${program})
-  cmake_path(GET CMAKE_INSTALL_BINDIR PARENT_PATH prefix)
-  cmake_path(APPEND prefix libexec quenlet OUTPUT_VARIABLE destination)
-  install(TARGETS ${program} RUNTIME DESTINATION "${destination}")
+  if(QUENLET_INSTALL)
+    cmake_path(GET CMAKE_INSTALL_BINDIR PARENT_PATH prefix)
+    cmake_path(APPEND prefix libexec quenlet OUTPUT_VARIABLE destination)
+    install(TARGETS ${program} RUNTIME DESTINATION "${destination}")
+  endif()
 endfunction()
 
 # Under any umask of the builder's: the agent answers no program that others can write.
