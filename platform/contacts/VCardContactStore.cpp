@@ -42,7 +42,7 @@ ReadResult readCardFile(const std::filesystem::path& path) {
   return readAtMost(
       maximumVCardSizeInBytes + 1,
       [&](char* room, std::size_t size) { return read(file.get(), room, size); },
-      "read the me card");
+      "read the me card", static_cast<std::size_t>(status.st_size));
 }
 
 void copyField(KeyDescriptor key, const Contact& contact, ContactFields& fields) {

@@ -110,7 +110,7 @@ Result<std::string> PosixDataProxy::readFile(const path& file) const try {
   Content content = readAtMost(
       maximumFileSizeInBytes + 1,
       [&](char* room, std::size_t size) { return operations.read(descriptor.get(), room, size); },
-      action);
+      action, static_cast<std::size_t>(status.st_size));
   if (content.ok() && content.value().size() > maximumFileSizeInBytes) return failed(EFBIG);
   return content;
 } catch (const std::bad_alloc&) {

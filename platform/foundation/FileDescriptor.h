@@ -39,15 +39,21 @@ class FileDescriptor final {
 };
 
 // What `read`, called like ::read() without its first argument, gives up to its end, but not more
-// than `mostBytes`, even if the file grows meanwhile. An error of its errno, for `action`.
+// than `mostBytes`, even if the file grows meanwhile. Room for `expectedBytes` is made at once. An
+// error of its errno, for `action`.
 template <typename Read>
 [[nodiscard]] Result<std::string> readAtMost(std::size_t mostBytes, const Read& read,
-                                             const std::string& action) {
+                                             const std::string& action,
+                                             std::size_t expectedBytes = 0) {
   constexpr std::size_t pieceInBytes = 65536;
   std::string bytes;
+  // One byte more, in which the end is found.
+  const std::size_t ready = std::min(mostBytes, std::max(expectedBytes + 1, pieceInBytes));
+  bytes.reserve(ready);
   std::size_t held = 0;
   while (held < mostBytes) {
-    bytes.resize(std::min(mostBytes, held + pieceInBytes));
+    const std::size_t end = held + pieceInBytes;
+    bytes.resize(std::min(held < ready ? ready : mostBytes, end));
     const ssize_t count = read(bytes.data() + held, bytes.size() - held);
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return Result<std::string>::failure(makePosixError(errno, action));
