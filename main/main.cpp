@@ -7,6 +7,7 @@
 
 #include "main/AgentProcess.h"
 #include "platform/LinuxPlatform.h"
+#include "platform/foundation/FreedMemory.h"
 
 namespace {
 
@@ -44,6 +45,7 @@ quenlet::ErrorPtr start(quenlet::LinuxPlatform& platform, quenlet::AgentProcess&
 int runAgent() {
   openStandardDescriptors();
   forbidCoreFiles();
+  quenlet::returnLargeAllocationsAtOnce();
   auto opened = quenlet::LinuxPlatform::open(quenlet::HandedSockets::fromEnvironment());
   if (!opened.ok()) return complain(*opened.error());
   // Never destroyed: the agent's parts hold each other for good, and blocks that are still queued

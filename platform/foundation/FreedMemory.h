@@ -12,4 +12,14 @@ inline void returnFreedMemory() {
 #endif
 }
 
+// Has the C library return the memory of large allocations as soon as they are freed. It would
+// otherwise keep as much as the largest one so far, for good. Call it before there are threads.
+inline void returnLargeAllocationsAtOnce() {
+#ifdef __GLIBC__
+  constexpr int largeInBytes = 1 << 20;
+  ::mallopt(M_MMAP_THRESHOLD, largeInBytes);
+  ::mallopt(M_TRIM_THRESHOLD, largeInBytes);
+#endif
+}
+
 }  // namespace quenlet
