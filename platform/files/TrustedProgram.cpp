@@ -47,29 +47,35 @@ Result<std::filesystem::path> trustedProgram(const std::filesystem::path& execut
   std::error_code failure;
   std::filesystem::path program = std::filesystem::canonical(executable, failure);
   if (failure) return Program::failure(makePosixError(failure.value(), "find the program"));
+  if (ErrorPtr reason = whyUntrusted(program, chosenBase)) {
+    return Program::failure(std::move(reason));
+  }
+  return Program::success(std::move(program));
+}
+
+ErrorPtr whyUntrusted(const std::filesystem::path& program,
+                      const std::filesystem::path& chosenBase) {
+  const bool isBelowBase = isAbove(chosenBase, program);
   FileDescriptor reached;
   std::filesystem::path soFar;
+  struct stat status {};
   for (const std::filesystem::path& part : program) {
     soFar /= part;
-    // Step by step from the descriptor above; the first part is "/", which needs none. A part that
-    // has become a link since is opened as that link, and refused.
-    FileDescriptor next(::openat(reached.get(), part.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-    struct stat status {};
+    if (isBelowBase && isAbove(soFar, chosenBase)) continue;
+    // Step by step from the descriptor above; the first one has the whole path and needs none. A
+    // part that has become a link since is opened as that link, and refused.
+    const std::filesystem::path& name = reached.isOpen() ? part : soFar;
+    FileDescriptor next(::openat(reached.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     if (!next.isOpen() || ::fstat(next.get(), &status) != 0) {
-      return Program::failure(makePosixError(errno, "open the program"));
+      return makePosixError(errno, "open the program");
     }
-    const bool isChosen = isAbove(soFar, chosenBase) && isAbove(chosenBase, program);
-    if (const char* reason = isChosen ? nullptr : reasonAgainst(status)) {
-      return Program::failure(makeError(PosixErrorDomain, EACCES, soFar.native() + ": " + reason));
+    if (const char* reason = reasonAgainst(status)) {
+      return makeError(PosixErrorDomain, EACCES, soFar.native() + ": " + reason);
     }
     reached = std::move(next);
   }
-  struct stat last {};
-  if (::fstat(reached.get(), &last) != 0 || !S_ISREG(last.st_mode)) {
-    return Program::failure(
-        makeError(PosixErrorDomain, EINVAL, "the program is not a regular file"));
-  }
-  return Program::success(std::move(program));
+  if (S_ISREG(status.st_mode)) return nullptr;
+  return makeError(PosixErrorDomain, EINVAL, "the program is not a regular file");
 }
 
 }  // namespace quenlet

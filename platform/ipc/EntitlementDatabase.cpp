@@ -59,9 +59,9 @@ std::shared_ptr<const PropertyListDictionary> EntitlementDatabase::entitlementsO
   auto found = current->entitlementsOf(executable);
   if (!found) return nullptr;
   // At each look-up, not once a table: the program may have been replaced since.
-  const Result<std::filesystem::path> trusted = trustedProgram(executable, prefix);
-  if (trusted.ok()) return found;
-  reportUntrusted(executable, trusted.error()->debugDescription());
+  const ErrorPtr reason = whyUntrusted(executable, prefix);
+  if (!reason) return found;
+  reportUntrusted(executable, reason->debugDescription());
   return nullptr;
 }
 

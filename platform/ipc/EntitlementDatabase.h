@@ -38,10 +38,10 @@ class EntitlementDatabase final {
   [[nodiscard]] static EntitlementTable tableFor(const std::filesystem::path& prefix,
                                                  const std::filesystem::path& configuration);
 
-  // The current entitlements of a program; null when it has none. A program that others than root
-  // and the own user could replace or write (see TrustedProgram.h) has none; that is reported on
-  // standard error, once per table. For programs below the prefix, only the path from there is
-  // checked.
+  // The current entitlements of a program, given by its path with all links resolved; null when it
+  // has none. A program that others than root and the own user could replace or write (see
+  // TrustedProgram.h) has none; that is reported on standard error, once per table. For programs
+  // below the prefix, only the path from there is checked.
   [[nodiscard]] std::shared_ptr<const PropertyListDictionary> entitlementsOf(
       const std::filesystem::path& executable) const EXCLUDES(mutex);
 
