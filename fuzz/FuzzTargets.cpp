@@ -3,9 +3,9 @@
 #include <cassert>
 #include <cstdint>
 
-#include "donors/mail/KeyFile.h"
-#include "donors/mail/Mailbox.h"
 #include "donors/mail/PreferenceScript.h"
+#include "foreign/KeyFile.h"
+#include "foreign/Mailbox.h"
 #include "platform/contacts/EmailAddressScanner.h"
 #include "platform/contacts/NameComponentsTokenizer.h"
 #include "platform/contacts/PhoneNumber.h"

@@ -1,5 +1,5 @@
 // The donor extension for geary: see donors/mail.
 
-#include "donors/mail/MailDonor.h"
+#include "donors/mail/MailDonations.h"
 
 int main() { return quenlet::runMailDonor("org.quenlet.donors.geary", &quenlet::gearyIdentities); }

@@ -2,10 +2,10 @@
 #include <map>
 #include <utility>
 
-#include "donors/mail/ForeignFiles.h"
-#include "donors/mail/KeyFile.h"
 #include "donors/mail/MailIdentities.h"
-#include "donors/mail/Mailbox.h"
+#include "foreign/ForeignFiles.h"
+#include "foreign/KeyFile.h"
+#include "foreign/Mailbox.h"
 
 namespace quenlet {
 namespace {

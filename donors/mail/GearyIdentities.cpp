@@ -1,9 +1,9 @@
 #include <cerrno>
 #include <utility>
 
-#include "donors/mail/ForeignFiles.h"
-#include "donors/mail/KeyFile.h"
 #include "donors/mail/MailIdentities.h"
+#include "foreign/ForeignFiles.h"
+#include "foreign/KeyFile.h"
 
 namespace quenlet {
 namespace {

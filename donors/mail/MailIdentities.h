@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "donors/mail/UserPlaces.h"
+#include "foreign/UserPlaces.h"
 #include "quenlet/Result.h"
 
 // Under which names and addresses the owner writes mail, as mail programs keep it. Files that do

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <utility>
 
-#include "donors/mail/LineScanner.h"
+#include "foreign/LineScanner.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {

@@ -3,32 +3,14 @@
 #include <string_view>
 #include <utility>
 
-#include "donors/mail/ForeignFiles.h"
-#include "donors/mail/KeyFile.h"
 #include "donors/mail/MailIdentities.h"
-#include "donors/mail/Mailbox.h"
 #include "donors/mail/PreferenceScript.h"
+#include "foreign/ForeignFiles.h"
+#include "foreign/Mailbox.h"
+#include "foreign/MozillaProfiles.h"
 
 namespace quenlet {
 namespace {
-
-using Paths = std::set<std::filesystem::path>;
-
-// Adds the directories of the profiles that profiles.ini in `directory` names.
-ErrorPtr addProfiles(const std::filesystem::path& directory, Paths& profiles) {
-  const auto text = ForeignFiles::readLines(directory / "profiles.ini");
-  if (!text.ok()) return ForeignFiles::locate("profiles.ini", *text.error());
-  if (!text.value()) return nullptr;
-  const Result<KeyFile> file = KeyFile::parse(*text.value());
-  if (!file.ok()) return ForeignFiles::locate("profiles.ini", *file.error());
-  for (const std::string& group : file.value().groups()) {
-    const auto path = file.value().text(group, "Path");
-    if (!group.starts_with("Profile") || !path) continue;
-    // An absolute path stays what it is.
-    profiles.insert((directory / *path).lexically_normal());
-  }
-  return nullptr;
-}
 
 ErrorPtr damage(const char* sentence) { return makeError(PosixErrorDomain, EINVAL, sentence); }
 
@@ -69,16 +51,13 @@ ErrorPtr addIdentities(const std::filesystem::path& profile, const PreferenceScr
 }  // namespace
 
 MailIdentities thunderbirdIdentities(const UserPlaces& places) {
-  Paths profiles;
-  for (const char* root : {".thunderbird", "snap/thunderbird/common/.thunderbird",
-                           ".var/app/org.mozilla.Thunderbird/.thunderbird"}) {
-    if (ErrorPtr error = addProfiles(places.home / root, profiles)) {
-      return MailIdentities::failure(std::move(error));
-    }
-  }
+  const auto profiles = MozillaProfiles::in(
+      {places.home / ".thunderbird", places.home / "snap/thunderbird/common/.thunderbird",
+       places.home / ".var/app/org.mozilla.Thunderbird/.thunderbird"});
+  if (!profiles.ok()) return MailIdentities::failure(profiles.error());
   std::vector<MailIdentity> identities;
   std::size_t number = 0;
-  for (const std::filesystem::path& profile : profiles) {
+  for (const std::filesystem::path& profile : profiles.value()) {
     ++number;
     const auto text = ForeignFiles::readLines(profile / "prefs.js");
     ErrorPtr error = text.ok() ? nullptr : text.error();

@@ -1,6 +1,6 @@
 // The donor extension for thunderbird: see donors/mail.
 
-#include "donors/mail/MailDonor.h"
+#include "donors/mail/MailDonations.h"
 
 int main() {
   return quenlet::runMailDonor("org.quenlet.donors.thunderbird", &quenlet::thunderbirdIdentities);

@@ -1,9 +1,7 @@
 #include "donors/mail/MailIdentities.h"
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 
-#include "donors/mail/ForeignFiles.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -162,31 +160,6 @@ TEST(MailIdentitiesTest, FindsThoseOfKMailAndGeary) {
                {"cut between groups",
                 {{"chosen/geary/account_01/geary.ini", account.substr(0, 22)}},
                 "!geary.ini in directory 1 of geary: it has no group \"Account\""}});
-}
-
-TEST(ForeignFilesTest, TakesInRegularFilesOfABoundedSizeOnly) {
-  const TemporaryDirectory directory;
-  directory.write("plain", "text\n");
-  directory.write("no text", "\xFF\n");
-  directory.write("large", std::string(ForeignFiles::mostBytes + 1, '\n'));
-  std::filesystem::create_symlink("plain", directory / "link");
-  ASSERT_EQ(::mkfifo((directory / "pipe").c_str(), 0600), 0);
-  const std::pair<const char*, const char*> rows[] = {
-      {"plain", "text\n"},
-      {"gone", "nothing"},
-      {"plain/below", "nothing"},
-      {"no text", "!it is not UTF-8"},
-      {"large", "!it is larger than 4 MiB"},
-      {"link", "!it is a link"},
-      {"pipe", "!it is not a regular file"},
-      {".", "!it is not a regular file"},
-  };
-  for (const auto& [name, expected] : rows) {
-    const auto text = ForeignFiles::readLines(directory / name);
-    EXPECT_EQ(text.ok() ? text.value().value_or("nothing") : "!" + text.error()->debugDescription(),
-              expected)
-        << name;
-  }
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
-#include "donors/mail/KeyFile.h"
+#include "foreign/KeyFile.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "donors/mail/LineScanner.h"
+#include "foreign/LineScanner.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
@@ -112,6 +112,11 @@ std::vector<std::string> KeyFile::list(const std::string& group, const std::stri
     if (!trimmed(item).empty() && isValidUTF8(item)) items.emplace_back(trimmed(item));
   }
   return items;
+}
+
+bool KeyFile::isTrue(const std::string& group, const std::string& key) const {
+  const std::string* value = find(group, key);
+  return value != nullptr && (*value == "1" || lowercased(*value) == "true");
 }
 
 bool KeyFile::isFalse(const std::string& group, const std::string& key) const {

@@ -1,4 +1,4 @@
-#include "donors/mail/LineScanner.h"
+#include "foreign/LineScanner.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "donors/mail/UserPlaces.h"
+#include "foreign/UserPlaces.h"
 
 #include "platform/files/UserDirectories.h"
 

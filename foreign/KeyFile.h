@@ -36,6 +36,8 @@ class KeyFile final {
   // are left out.
   [[nodiscard]] std::vector<std::string> list(const std::string& group, const std::string& key,
                                               char separator) const;
+  // Whether the key's value is "true", in any letter case, or "1".
+  [[nodiscard]] bool isTrue(const std::string& group, const std::string& key) const;
   // Whether the key's value is "false", in any letter case, or "0".
   [[nodiscard]] bool isFalse(const std::string& group, const std::string& key) const;
 

@@ -1,4 +1,4 @@
-#include "donors/mail/ForeignFiles.h"
+#include "foreign/ForeignFiles.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -48,11 +48,17 @@ Bytes ForeignFiles::read(const std::filesystem::path& file) {
 Bytes ForeignFiles::readLines(const std::filesystem::path& file) {
   Bytes bytes = read(file);
   if (!bytes.ok() || !bytes.value()) return bytes;
-  const std::string& text = *bytes.value();
-  if (text.empty()) return refuse(EINVAL, "it is empty");
-  if (!text.ends_with('\n')) return refuse(EINVAL, "its last line is cut short");
-  if (!isValidUTF8(text)) return refuse(EINVAL, "it is not UTF-8");
-  return bytes;
+  if (bytes.value()->empty()) return refuse(EINVAL, "it is empty");
+  ErrorPtr problem = problemOfLines(*bytes.value());
+  return problem ? Bytes::failure(std::move(problem)) : std::move(bytes);
+}
+
+ErrorPtr ForeignFiles::problemOfLines(const std::string& text) {
+  if (!text.empty() && !text.ends_with('\n')) {
+    return makeError(PosixErrorDomain, EINVAL, "its last line is cut short");
+  }
+  if (!isValidUTF8(text)) return makeError(PosixErrorDomain, EINVAL, "it is not UTF-8");
+  return nullptr;
 }
 
 Result<std::vector<std::string>> ForeignFiles::names(const std::filesystem::path& directory) {

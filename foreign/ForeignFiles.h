@@ -27,6 +27,8 @@ class ForeignFiles final {
   // line by line end with one, so that a file without is what a full disk left of it.
   [[nodiscard]] static Result<std::optional<std::string>> readLines(
       const std::filesystem::path& file);
+  // Null for what readLines() takes; also for a text that is empty.
+  [[nodiscard]] static ErrorPtr problemOfLines(const std::string& text);
   // The names in a directory, sorted; none when it does not exist.
   [[nodiscard]] static Result<std::vector<std::string>> names(
       const std::filesystem::path& directory);

@@ -1,4 +1,4 @@
-#include "donors/mail/Mailbox.h"
+#include "foreign/Mailbox.h"
 
 #include <algorithm>
 #include <utility>
