@@ -6,6 +6,8 @@
 #include "donors/mail/PreferenceScript.h"
 #include "foreign/KeyFile.h"
 #include "foreign/Mailbox.h"
+#include "foreign/OnlineAccounts.h"
+#include "platform/accounts/PropertyListAccountStore.h"
 #include "platform/contacts/EmailAddressScanner.h"
 #include "platform/contacts/NameComponentsTokenizer.h"
 #include "platform/contacts/PhoneNumber.h"
@@ -120,6 +122,17 @@ void preferenceScript(std::string_view text) {
   for (const std::string& name : script.namesBelow("")) {
     const auto value = script.text(name);
     assert(isValidUTF8(name) && (!value || isValidUTF8(*value)));
+  }
+}
+
+// Identifiers name files and are logged.
+void onlineAccounts(std::string_view text) {
+  const auto accounts = OnlineAccounts::parse(text);
+  if (!accounts.ok()) return;
+  for (const Account& account : accounts.value()) {
+    assert(OnlineAccounts::isOne(account) && account.enabledDataclasses.contains("mail"));
+    assert(!PropertyListAccountStore::problemOfAccount(account));
+    assert(personalAddress(*account.username) == account.username);
   }
 }
 

@@ -1,14 +1,11 @@
 #include <CLI/CLI.hpp>
-#include <cerrno>
-#include <chrono>
 #include <string>
-#include <tuple>
 
-#include "client/waitForReply.h"
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/AccountEdit.h"
+#include "tools/commands/AgentNotice.h"
 #include "tools/commands/Command.h"
-#include "tools/owner/UserAccounts.h"
+#include "tools/commands/OnlineAccountsSync.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/TextTable.h"
 
@@ -16,9 +13,6 @@ namespace quenlet {
 namespace {
 
 constexpr char defaultDataClass[] = "mail";
-// About ten seconds in all, enough for an agent to start or to end.
-constexpr int mostAttempts = 100;
-constexpr std::chrono::milliseconds pauseBetweenAttempts(100);
 
 constexpr char accountFooter[] =
     "Accounts lie in ~/Library/Accounts, a property list each. The agent donates the owner's name\n"
@@ -29,39 +23,24 @@ constexpr char accountFooter[] =
     "  quenlet account add --id work --username ann@example.org \\\n"
     "    --property FullUserName='Ann Berg'";
 
-ErrorPtr askAgent(Session& session, const AccountPtr& oldAccount, const AccountPtr& newAccount) {
-  const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
-    session.agent.changeFromAccount(oldAccount, newAccount, std::move(reply));
-  });
-  return error;
-}
-
-ExitCode finishWithout(const Session& session) {
-  session.warn("no agent runs; the next one reads all accounts when it starts");
-  return ExitCode::done;
-}
+constexpr char syncFooter[] =
+    "Reads ~/.config/goa-1.0/accounts.conf, and nothing else of GNOME's. Accounts with mail and "
+    "an\n"
+    "address become accounts gnome-...; those that are gone there are removed, and others are not\n"
+    "touched. A file that cannot be read, is cut short or damaged changes nothing.";
 
 // Tells the agent, or makes the next one catch up.
-//
-//   agent answers              done, or its refusal
-//   no agent, the lock free    the next agent is made to read all accounts
-//   no agent, the lock held    one is starting or ending: tries again until it answers or is gone
-//   no agent, another error    fails with that error
-ExitCode tellAgent(Session& session, const UserAccounts& accounts, const AccountPtr& oldAccount,
-                   const AccountPtr& newAccount) {
-  for (int attempt = 1;; ++attempt) {
-    const ErrorPtr error = askAgent(session, oldAccount, newAccount);
-    if (!error) return ExitCode::done;
-    const bool isRefusal = !isNoAgent(*error);
-    const ErrorPtr obstacle = isRefusal ? nullptr : accounts.catchUp().schedule();
-    if (!isRefusal && !obstacle) return finishWithout(session);
-    const bool agentRuns = obstacle && obstacle->code() == EWOULDBLOCK;
-    if (isRefusal || !agentRuns || attempt == mostAttempts) {
-      session.warn("the agent does not follow the account store");
-      return session.failWith(isRefusal || agentRuns ? error : obstacle);
-    }
-    session.pause(pauseBetweenAttempts);
+ExitCode tellAgent(const Session& session, const UserAccounts& accounts,
+                   const AccountPtr& oldAccount, const AccountPtr& newAccount) {
+  const AgentNotice notice = AgentNotice::give(session, accounts, oldAccount, newAccount);
+  if (notice.outcome == AgentNotice::Outcome::failed) {
+    session.warn("the agent does not follow the account store");
+    return session.failWith(notice.error);
   }
+  if (notice.outcome == AgentNotice::Outcome::left) {
+    session.warn("no agent runs; the next one reads all accounts when it starts");
+  }
+  return ExitCode::done;
 }
 
 // Writes the store, then tells the agent that `account` replaces `oldAccount`.
@@ -104,8 +83,8 @@ void writeTable(std::ostream& out, const Screen& screen, const std::vector<Accou
   table.write(out, screen);
 }
 
-// "account add", "change", "remove" and "list": write the account store and tell the agent about
-// the change, as a program that keeps accounts would.
+// "account add", "change", "remove", "sync" and "list": write the account store and tell the agent
+// about the change, as a program that keeps accounts would.
 //
 // The store is written first, and stays so even if the agent refuses. Concurrent programs wait for
 // each other until the agent is told: it hears of changes in the order of the store.
@@ -119,6 +98,7 @@ class AccountWord final : public Command {
   [[nodiscard]] ExitCode add(Session& session, UserAccounts& accounts) const;
   [[nodiscard]] ExitCode change(Session& session, UserAccounts& accounts) const;
   [[nodiscard]] ExitCode remove(Session& session, UserAccounts& accounts) const;
+  [[nodiscard]] ExitCode sync(Session& session, UserAccounts& accounts) const;
   [[nodiscard]] ExitCode list(Session& session, UserAccounts& accounts) const;
 
   AccountEdit addition;
@@ -151,6 +131,9 @@ void AccountWord::addTo(CLI::App& app, ChosenAction& chosen) {
       ->type_name("ACCOUNT")
       ->required();
   onWord(removing, &AccountWord::remove);
+  CLI::App* syncing = word->add_subcommand("sync", "Take over the accounts of GNOME's settings");
+  syncing->footer(syncFooter);
+  onWord(syncing, &AccountWord::sync);
   CLI::App* listing = word->add_subcommand("list", "Show all accounts; asks no agent");
   listing->add_flag("--json", asJSON, "As JSON, for programs");
   onWord(listing, &AccountWord::list);
@@ -196,6 +179,10 @@ ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
                    : std::make_shared<const Account>(Account{.identifier = removedIdentifier});
   const ExitCode told = tellAgent(session, accounts, oldAccount, nullptr);
   return error ? session.failWith(error) : told;
+}
+
+ExitCode AccountWord::sync(Session& session, UserAccounts& accounts) const {
+  return OnlineAccountsSync(session, accounts).run();
 }
 
 ExitCode AccountWord::list(Session& session, UserAccounts& accounts) const {

@@ -1,0 +1,92 @@
+#include "foreign/OnlineAccounts.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+namespace {
+
+// "identifier type username name class,class" for each; or "!" and the error's sentence.
+std::string textOf(const Result<std::optional<OnlineAccounts::Accounts>>& accounts) {
+  if (!accounts.ok()) return "!" + accounts.error()->debugDescription();
+  if (!accounts.value()) return "unknown";
+  std::string text;
+  for (const Account& account : *accounts.value()) {
+    EXPECT_TRUE(account.isActive && OnlineAccounts::isOne(account));
+    const std::string* name = findString(account.properties, "FullUserName");
+    text += account.identifier + " " + *account.accountType->identifier + " " + *account.username +
+            " " + (name ? *name : "-") + " ";
+    for (const std::string& each : account.enabledDataclasses) text += each + ",";
+    text += "\n";
+  }
+  return text;
+}
+
+class OnlineAccountsTest : public testing::Test {
+ protected:
+  std::string found() const {
+    return textOf(OnlineAccounts::read({home.path(), home / ".config"}));
+  }
+  std::string foundIn(const std::string& text) const {
+    home.write(".config/goa-1.0/accounts.conf", text);
+    return found();
+  }
+
+  const TemporaryDirectory home;
+};
+
+TEST_F(OnlineAccountsTest, TakesAddressesFromWhereTheDaemonDoes) {
+  const std::string file = readFile(QUENLET_SOURCES "/tests/foreign/gnome-accounts.conf");
+  ASSERT_FALSE(file.empty());
+  const std::string of = " org.gnome.OnlineAccounts.";
+  EXPECT_EQ(foundIn(file), "gnome-account_1795713478_0" + of +
+                               "imap_smtp anna@example.org Anna Berg mail,\n" +
+                               "gnome-account_1795713478_1" + of +
+                               "google anna.berg@mail.example - calendars,files,mail,\n" +
+                               "gnome-account_1795713478_3" + of +
+                               "exchange berg@example.com - calendars,contacts,mail,\n");
+}
+
+TEST_F(OnlineAccountsTest, TellsAccountsThatAreGoneFromAFileThatIsNotWhole) {
+  EXPECT_EQ(found(), "unknown");
+  std::filesystem::create_directories(home / ".config/goa-1.0");
+  EXPECT_EQ(found(), "");
+  const std::string whole =
+      "[Account a_1]\nProvider=imap_smtp\nIdentity=x\nPresentationIdentity=y\nEnabled=true\n"
+      "EmailAddress=ann@example.org\nName=";
+  const std::string one = "gnome-a_1 org.gnome.OnlineAccounts.imap_smtp ann@example.org ";
+  const auto with = [&](const std::string& from, const std::string& to) {
+    return std::string(whole).replace(whole.find(from), from.size(), to) + "\n";
+  };
+  const std::string incomplete =
+      "!goa-1.0/accounts.conf: an account lacks what all of its kind have";
+  const std::pair<std::string, std::string> rows[] = {
+      {"", ""},
+      {"[Other]\nkey=1\n", ""},
+      {whole + "Ann Berg\n", one + "Ann Berg mail,\n"},
+      {whole + "ann\n", one + "- mail,\n"},
+      {whole + "ann berg@example.org\n", one + "- mail,\n"},
+      {with("ann@example.org", "ann at home"), ""},
+      {with("ann@example.org", "noreply@example.org"), ""},
+      {with("imap_smtp", "owncloud"), ""},
+      {with("Enabled=true", "Enabled=false"), ""},
+      {whole, "!goa-1.0/accounts.conf: its last line is cut short"},
+      {with("EmailAddress=", "Other="), incomplete},
+      {with("Enabled=", "Other="), incomplete},
+      {with("PresentationIdentity=", "Other="), incomplete},
+      {with("a_1", "../a"),
+       "!goa-1.0/accounts.conf: an account has no usable identifier or provider"},
+      {with("imap_smtp", "a b"),
+       "!goa-1.0/accounts.conf: an account has no usable identifier or provider"},
+      {with("[Account a_1]", "[Account a_1"),
+       "!goa-1.0/accounts.conf: line 1 begins a group and does not end it"},
+      {"\xFF\n", "!goa-1.0/accounts.conf: it is not UTF-8"},
+  };
+  for (const auto& [text, expected] : rows) EXPECT_EQ(foundIn(text), expected) << text;
+}
+
+}  // namespace
+}  // namespace quenlet
