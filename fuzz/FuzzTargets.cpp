@@ -3,6 +3,7 @@
 #include <cassert>
 #include <cstdint>
 
+#include "donors/browser/FirefoxAddresses.h"
 #include "donors/mail/PreferenceScript.h"
 #include "foreign/KeyFile.h"
 #include "foreign/Mailbox.h"
@@ -133,6 +134,17 @@ void onlineAccounts(std::string_view text) {
     assert(OnlineAccounts::isOne(account) && account.enabledDataclasses.contains("mail"));
     assert(!PropertyListAccountStore::problemOfAccount(account));
     assert(personalAddress(*account.username) == account.username);
+  }
+}
+
+// Each text is one of the file's own.
+void firefoxAddresses(std::string_view text) {
+  const auto records = FirefoxAddresses::parse(text);
+  if (!records.ok()) return;
+  for (const auto& record : records.value()) {
+    for (const auto& [key, value] : record) {
+      assert(isValidUTF8(key) && isValidUTF8(value) && value.size() <= text.size());
+    }
   }
 }
 

@@ -14,9 +14,9 @@
 #include <system_error>
 #include <utility>
 
+#include "foreign/OutsideCommand.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/FileDescriptor.h"
-#include "tools/owner/OutsideCommand.h"
 
 namespace quenlet {
 namespace {
