@@ -5,6 +5,7 @@
 
 #include <sstream>
 
+#include "model/DonationError.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
