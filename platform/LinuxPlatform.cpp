@@ -93,7 +93,7 @@ LinuxPlatform::LinuxPlatform(const std::filesystem::path& homeDirectory,
       phoneNumberMonitor(std::make_shared<PropertyListPhoneNumberMonitor>(
           homeDirectory / SIMCardsPath, dataProxy, runLoop.eventLoop())),
       deviceInfo(std::make_shared<PropertyListDeviceInfo>(homeDirectory / DevicePath,
-                                                          "/etc/machine-info", dataProxy)),
+                                                          ChassisFiles(), dataProxy)),
       userDefaults(std::make_shared<PropertyListUserDefaults>(preferencesPath(), dataProxy)),
       counterStore(
           std::make_shared<PrometheusCounterStore>(homeDirectory / CountersPath, dataProxy)),

@@ -60,8 +60,6 @@ std::optional<std::string> MachineInfo::valueOf(std::string_view variable, std::
   return value;
 }
 
-constexpr std::int64_t handsetClass = 1;
-
 Result<PropertyListDictionary> entriesOf(DataProxy& dataProxy, const std::filesystem::path& file) {
   using Entries = Result<PropertyListDictionary>;
   const Result<std::optional<PropertyList>> object = TelephonyFile::read(dataProxy, file);
@@ -71,19 +69,24 @@ Result<PropertyListDictionary> entriesOf(DataProxy& dataProxy, const std::filesy
   return Entries::failure(TelephonyFile::damage("the top level of the file is not a dictionary"));
 }
 
-bool isHandset(DataProxy& dataProxy, const std::filesystem::path& machineInfoFile) {
-  // Many systems lack the file, so its absence is not reported.
-  const Result<std::string> text = TelephonyFile::readBytes(dataProxy, machineInfoFile);
-  return text.ok() && MachineInfo::valueOf("CHASSIS", text.value()) == "handset";
+// The word for the kind of device. Many systems lack one file or both, so that is not reported.
+std::string chassis(DataProxy& dataProxy, const ChassisFiles& files) {
+  const Result<std::string> text = TelephonyFile::readBytes(dataProxy, files.machineInfo);
+  if (text.ok()) {
+    if (auto chosen = MachineInfo::valueOf("CHASSIS", text.value())) return *std::move(chosen);
+  }
+  const Result<std::string> word = TelephonyFile::readBytes(dataProxy, files.deviceTree);
+  // As all texts of a device tree, it ends with a NUL.
+  return word.ok() ? word.value().substr(0, word.value().find('\0')) : std::string();
 }
 
 }  // namespace
 
 PropertyListDeviceInfo::PropertyListDeviceInfo(std::filesystem::path deviceFile,
-                                               std::filesystem::path machineInfoFile,
+                                               ChassisFiles chassisFiles,
                                                std::shared_ptr<DataProxy> dataProxy)
     : deviceFile(std::move(deviceFile)),
-      machineInfoFile(std::move(machineInfoFile)),
+      chassisFiles(std::move(chassisFiles)),
       dataProxy(std::move(dataProxy)),
       problems(this->deviceFile.filename().string()) {}
 
@@ -95,7 +98,9 @@ std::int64_t PropertyListDeviceInfo::integerAnswer(const std::string& key,
     const PropertyList* answer = findEntry(entries.value(), key);
     if (answer && answer->integer()) return *answer->integer();
   }
-  if (key == DeviceClassNumberKey && isHandset(*dataProxy, machineInfoFile)) return handsetClass;
+  if (key == DeviceClassNumberKey && chassis(*dataProxy, chassisFiles) == "handset") {
+    return handsetClass;
+  }
   return defaultAnswer;
 }
 

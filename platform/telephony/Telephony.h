@@ -13,6 +13,8 @@
 namespace quenlet {
 
 inline constexpr char DeviceClassNumberKey[] = "DeviceClassNumber";
+// The class of phones.
+inline constexpr std::int64_t handsetClass = 1;
 
 // Facts about the device by key. Thread-safe.
 class DeviceInfo {

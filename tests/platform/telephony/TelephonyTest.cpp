@@ -74,29 +74,40 @@ TEST_F(PropertyListPhoneNumberMonitorTest, TellsOfRealChangesUntilCancelled) {
 
 TEST(PropertyListDeviceInfoTest, BelievesTheOwnersFileBeforeTheSystems) {
   const TemporaryDirectory files;
-  PropertyListDeviceInfo info(files / "device.plist", files / "machine-info",
+  PropertyListDeviceInfo info(files / "device.plist",
+                              {files / "machine-info", files / "chassis-type"},
                               std::make_shared<PosixDataProxy>());
   const std::string key = "<key>DeviceClassNumber</key>";
-  // The owner's entries, the system's text, the class.
-  const std::tuple<std::string, const char*, int> cases[] = {
-      {"", "CHASSIS=handset", 1},
-      {"", "# a phone\n\n  CHASSIS=\"hand\\set\"  # mine\nDEPLOYMENT=x\n", 1},
-      {"", "CHASSIS='handset'\t# mine", 1},
-      {"", "CHASSIS='hand\\set'", -1},
-      {"", "CHASSIS=hand\\\"set\\\"", -1},
-      {"", "CHASSIS=handset\nCHASSIS=laptop", -1},
-      {"", "#CHASSIS=handset\nXCHASSIS=handset\nCHASSIS = handset\nCHASSIS=\"handset", -1},
-      {key + "<integer>3</integer>", "CHASSIS=handset", 3},
-      {key + "<string>3</string>", "CHASSIS=handset", 1},
-      {"damage", "CHASSIS=handset", 1},
+  const std::string handset("handset", 8);
+  // The owner's entries, the administrator's text, the class, the firmware's word.
+  const std::tuple<std::string, const char*, int, std::string> cases[] = {
+      {"", "CHASSIS=handset", 1, ""},
+      {"", "# a phone\n\n  CHASSIS=\"hand\\set\"  # mine\nDEPLOYMENT=x\n", 1, ""},
+      {"", "CHASSIS='handset'\t# mine", 1, ""},
+      {"", "CHASSIS='hand\\set'", -1, ""},
+      {"", "CHASSIS=hand\\\"set\\\"", -1, ""},
+      {"", "CHASSIS=handset\nCHASSIS=laptop", -1, ""},
+      {"", "#CHASSIS=handset\nXCHASSIS=handset\nCHASSIS = handset\nCHASSIS=\"handset", -1, ""},
+      {key + "<integer>3</integer>", "CHASSIS=handset", 3, ""},
+      {key + "<string>3</string>", "CHASSIS=handset", 1, ""},
+      {"damage", "CHASSIS=handset", 1, ""},
+      {"", "", 1, handset},
+      {"", "DEPLOYMENT=handset", 1, handset},
+      {"", "CHASSIS=tablet", -1, handset},
+      {"", "CHASSIS=handset", 1, std::string("tablet", 7)},
+      {key + "<integer>3</integer>", "", 3, handset},
+      {"", "", -1, "handset2"},
+      {"", "", -1, "handset\n"},
   };
   testing::internal::CaptureStderr();
   EXPECT_EQ(info.integerAnswer(DeviceClassNumberKey, -1), -1) << "no files";
-  for (const auto& [entries, text, expected] : cases) {
+  for (const auto& [entries, text, expected, word] : cases) {
     files.write("device.plist", "<plist version='1.0'><dict>" + entries + "</dict></plist>");
     files.write("machine-info", text);
+    files.write("chassis-type", word);
     EXPECT_EQ(info.integerAnswer(DeviceClassNumberKey, -1), expected) << entries << text;
   }
+  files.write("chassis-type", handset);
   EXPECT_EQ(info.integerAnswer("Other", 7), 7) << "of a handset";
   EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("quenlet: device.plist: "));
 }
