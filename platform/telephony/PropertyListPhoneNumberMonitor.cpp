@@ -1,5 +1,6 @@
 #include "platform/telephony/PropertyListPhoneNumberMonitor.h"
 
+#include <algorithm>
 #include <atomic>
 #include <optional>
 #include <utility>
@@ -7,6 +8,16 @@
 #include "platform/files/DirectoryWatch.h"
 
 namespace quenlet {
+namespace {
+
+// Whether each number of `before` is among those of `now`.
+bool areAllAmong(const SIMCardItems& before, const SIMCardItems& now) {
+  return std::all_of(before.begin(), before.end(), [&](const SIMCardItem& item) {
+    return std::find(now.begin(), now.end(), item) != now.end();
+  });
+}
+
+}  // namespace
 
 // Used on the loop's thread only, except for `isCancelled`.
 struct PropertyListPhoneNumberMonitor::Registration final {
@@ -14,8 +25,10 @@ struct PropertyListPhoneNumberMonitor::Registration final {
     if (isCancelled) return;
     Result<SIMCardItems> items = cardFile->read();
     if (!items.ok() || items.value() == told) return;
+    const bool haveSomeGone = !told || !areAllAmong(*told, items.value());
     told = std::move(items).takeValue();
-    handler(*told);
+    if (haveSomeGone && !told->empty()) handler({});
+    if (!isCancelled) handler(*told);
   }
 
   const std::shared_ptr<SIMCardFile> cardFile;

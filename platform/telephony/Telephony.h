@@ -46,7 +46,9 @@ class PhoneNumberMonitor {
   virtual ~PhoneNumberMonitor() = default;
   // Calls `handler` with the current numbers, and again after every change, until the token is
   // cancelled. The first call comes even without numbers: some may have gone while nobody
-  // watched. On the platform's main thread, never within this call.
+  // watched. Where numbers have gone, or may have, while others are there, a call without numbers
+  // comes right before that with the others: a receiver need not compare. On the platform's main
+  // thread, never within this call.
   [[nodiscard]] virtual std::shared_ptr<Cancelable> addInfoChangeHandler(
       InfoChangeHandler handler) = 0;
   // `infoWithCompletion:`. Calls `completion` once with the current numbers, perhaps at once.
