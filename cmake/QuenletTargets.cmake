@@ -99,6 +99,11 @@ function(quenlet_donor program folder)
   endif()
 endfunction()
 
+# A program that a user unit starts; it stands beside the donor extensions.
+function(quenlet_service program folder)
+  quenlet_donor(${program} ${folder} ${ARGN})
+endfunction()
+
 # Under any umask of the builder's: the agent answers no program that others can write.
 function(quenlet_only_owner_writes program)
   add_custom_command(TARGET ${program} POST_BUILD COMMAND chmod go-w "$<TARGET_FILE:${program}>"

@@ -1,0 +1,150 @@
+#include <gmock/gmock.h>
+
+#include "modems/ModemManagerDaemon.h"
+#include "modems/OfonoDaemon.h"
+
+namespace quenlet {
+namespace {
+
+// "/modem/3 readable 8949: 111 112".
+std::string textOf(const Modem& modem) {
+  static const char* const states[] = {"unknown", "absent", "readable"};
+  std::string text =
+      modem.place + " " + states[static_cast<int>(modem.state)] + " " + modem.card.identifier + ":";
+  for (const std::string& number : modem.card.numbers) text += " " + number;
+  return text;
+}
+
+// Each listed modem, after it was told of its card by the answer, if it asks for one.
+std::string read(const ModemDaemonProtocol& daemon, const BusValues& list,
+                 const BusDictionary& card) {
+  const auto listed = daemon.listed(list);
+  if (!listed) return "no list";
+  std::string text;
+  for (const ListedModem& each : *listed) {
+    const Modem modem = each.cardCall ? daemon.withCard(each.modem, {card}) : each.modem;
+    text += (text.empty() ? "" : "; ") + textOf(modem) +
+            (each.cardCall ? " @" + each.cardCall->path : "");
+  }
+  return text;
+}
+
+BusSignal changed(const char* member, BusValues arguments) {
+  return {":1.7", "/modem/3", member, std::move(arguments)};
+}
+
+BusValues objects(const BusDictionary& modem) {
+  return {BusDictionary{{"/modem/3", BusDictionary{{"org.freedesktop.ModemManager1.Modem", modem},
+                                                   {"org.example.Other", BusDictionary()}}},
+                        {"/other", BusDictionary()}}};
+}
+
+TEST(ModemManagerDaemonTest, ReadsModemsAndTheirCards) {
+  const BusValue sim = BusObjectPath{"/sim/5"};
+  const BusValue numbers = makeTexts({"111", "112"});
+  const BusDictionary card = {{"SimIdentifier", "8949"}, {"Imsi", "26201"}};
+  const struct {
+    BusDictionary modem;
+    BusDictionary card;
+    const char* read;
+  } rows[] = {
+      {{{"Device", "/usb/1"}, {"State", 8}, {"Sim", sim}, {"OwnNumbers", numbers}},
+       card,
+       "/usb/1 readable 8949: 111 112 @/sim/5"},
+      {{{"State", 3}, {"Sim", sim}, {"OwnNumbers", makeTexts({})}},
+       card,
+       "/modem/3 readable 8949: @/sim/5"},
+      {{{"State", 2}, {"Sim", sim}, {"OwnNumbers", numbers}},
+       card,
+       "/modem/3 unknown 8949: @/sim/5"},
+      {{{"State", 3}, {"Sim", sim}, {"OwnNumbers", "111"}},
+       {{"SimIdentifier", 8949}},
+       "/modem/3 readable : @/sim/5"},
+      {{{"State", 6}, {"Sim", BusObjectPath{"/"}}, {"OwnNumbers", numbers}},
+       card,
+       "/modem/3 readable : 111 112"},
+      {{{"State", -1}, {"StateFailedReason", std::uint32_t{2}}}, card, "/modem/3 absent :"},
+      {{{"State", -1}, {"StateFailedReason", std::uint32_t{3}}}, card, "/modem/3 unknown :"},
+      {{{"State", 1}, {"StateFailedReason", std::uint32_t{2}}}, card, "/modem/3 unknown :"},
+      {{{"State", "8"}, {"Sim", "/sim/5"}, {"Device", 7}}, card, "/modem/3 unknown :"},
+  };
+  const ModemManagerDaemon daemon;
+  for (const auto& [modem, answer, expected] : rows) {
+    EXPECT_EQ(read(daemon, objects(modem), answer), expected);
+  }
+  EXPECT_EQ(read(daemon, {BusDictionary{}}, {}), "");
+  EXPECT_EQ(read(daemon, {}, {}), "no list");
+  EXPECT_EQ(read(daemon, {"text"}, {}), "no list");
+}
+
+TEST(ModemManagerDaemonTest, MindsChangesOfModemsAndCardsOnly) {
+  const ModemManagerDaemon daemon;
+  const auto isNews = [&](const BusDictionary& properties) {
+    return daemon.isNews(changed("PropertiesChanged", {"interface", properties, makeTexts({})}));
+  };
+  EXPECT_TRUE(daemon.isNews(changed("InterfacesAdded", {})));
+  EXPECT_TRUE(daemon.isNews(changed("InterfacesRemoved", {})));
+  EXPECT_TRUE(isNews({{"SignalQuality", 70}, {"State", 3}}));
+  EXPECT_TRUE(isNews({{"OwnNumbers", makeTexts({})}}));
+  EXPECT_TRUE(isNews({{"SimIdentifier", ""}}));
+  EXPECT_FALSE(isNews({{"SignalQuality", 70}, {"AccessTechnologies", 4}}));
+  EXPECT_FALSE(daemon.isNews(changed("PropertiesChanged", {"interface"})));
+}
+
+BusValues modems(const BusDictionary& properties) {
+  return {BusList{"(oa{sv})", {BusStruct{{BusObjectPath{"/ril_0"}, properties}}}}};
+}
+
+TEST(OfonoDaemonTest, ReadsModemsAndTheirCards) {
+  const BusDictionary ready = {
+      {"Interfaces", makeTexts({"org.ofono.VoiceCallManager", "org.ofono.SimManager"})}};
+  const BusValue numbers = makeTexts({"111", "112"});
+  const struct {
+    BusDictionary modem;
+    BusDictionary card;
+    const char* read;
+  } rows[] = {
+      {ready,
+       {{"Present", true},
+        {"CardIdentifier", "8949"},
+        {"PinRequired", "none"},
+        {"SubscriberNumbers", numbers}},
+       "/ril_0 readable 8949: 111 112 @/ril_0"},
+      {ready,
+       {{"Present", true},
+        {"CardIdentifier", "8949"},
+        {"PinRequired", "pin"},
+        {"SubscriberNumbers", numbers}},
+       "/ril_0 unknown 8949: @/ril_0"},
+      {ready,
+       {{"Present", true}, {"PinRequired", "puk2"}, {"SubscriberNumbers", numbers}},
+       "/ril_0 readable : 111 112 @/ril_0"},
+      {ready, {{"Present", true}, {"CardIdentifier", "8949"}}, "/ril_0 readable 8949: @/ril_0"},
+      {ready, {{"Present", false}, {"CardIdentifier", "8949"}}, "/ril_0 absent : @/ril_0"},
+      {ready, {{"Present", "yes"}, {"CardIdentifier", "8949"}}, "/ril_0 unknown : @/ril_0"},
+      {{{"Interfaces", makeTexts({"org.ofono.VoiceCallManager"})}}, {}, "/ril_0 unknown :"},
+      {{{"Interfaces", "org.ofono.SimManager"}}, {}, "/ril_0 unknown :"},
+      {{}, {}, "/ril_0 unknown :"},
+  };
+  const OfonoDaemon daemon;
+  for (const auto& [modem, answer, expected] : rows) {
+    EXPECT_EQ(read(daemon, modems(modem), answer), expected);
+  }
+  EXPECT_EQ(read(daemon, {BusList{"(oa{sv})", {}}}, {}), "");
+  for (const BusValues& bad : {BusValues{}, BusValues{"text"}, BusValues{makeTexts({"/ril_0"})}}) {
+    EXPECT_EQ(read(daemon, bad, {}), "no list");
+  }
+}
+
+TEST(OfonoDaemonTest, MindsChangesOfModemsAndCardsOnly) {
+  const OfonoDaemon daemon;
+  for (const char* property : {"Interfaces", "Present", "SubscriberNumbers", "PinRequired"}) {
+    EXPECT_TRUE(daemon.isNews(changed("PropertyChanged", {property, 7}))) << property;
+  }
+  EXPECT_TRUE(daemon.isNews(changed("ModemRemoved", {})));
+  EXPECT_FALSE(daemon.isNews(changed("PropertyChanged", {"Online", true})));
+  EXPECT_FALSE(daemon.isNews(changed("PropertyChanged", {})));
+}
+
+}  // namespace
+}  // namespace quenlet
