@@ -45,10 +45,11 @@ TEST_F(NumbersFileTest, WritesWhatChangedAndKeepsADamagedFile) {
 }
 
 TEST_F(NumbersFileTest, LeavesAFileThatCannotBeReadOrWritten) {
-  std::filesystem::create_directories(files / "telephony/sim.plist");
+  files.write("telephony/sim.plist", std::string(std::size_t{2} << 20, ' '));
   take("8949", "111");
   ASSERT_TRUE(error);
-  EXPECT_EQ(error->code(), EISDIR);
+  EXPECT_EQ(error->code(), EFBIG);
+  EXPECT_EQ(std::filesystem::file_size(files / "telephony/sim.plist"), std::size_t{2} << 20);
   std::filesystem::remove_all(files / "telephony");
   files.write("telephony", "a file in the way");
   take("8949", "111");
