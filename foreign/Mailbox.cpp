@@ -28,15 +28,6 @@ bool isPersonal(std::string_view address) {
          normal.find("no-reply") == normal.npos;
 }
 
-// Whether it can be shown as it is; what cannot is no name of a person's.
-bool isPlainText(std::string_view text) {
-  while (!text.empty()) {
-    const auto character = takeCharacter(text);
-    if (!character || isControlOrLineBreak(*character) || isDirectional(*character)) return false;
-  }
-  return true;
-}
-
 // Follows what encloses text in a list of mailboxes, character by character.
 class Enclosure final {
  public:
@@ -70,6 +61,16 @@ class Enclosure final {
 
 }  // namespace
 
+bool isPlainText(std::string_view text) {
+  if (text.size() > longestTextInBytes) return false;
+  while (!text.empty()) {
+    const auto character = takeCharacter(text);
+    if (!character || isDirectional(*character)) return false;
+    if (isControlOrLineBreak(*character) && *character != U'\n') return false;
+  }
+  return true;
+}
+
 std::optional<std::string> personalAddress(std::string_view mailbox) {
   const std::string_view part = addressPart(mailbox);
   if (part.size() > longestTextInBytes) return std::nullopt;
@@ -78,7 +79,7 @@ std::optional<std::string> personalAddress(std::string_view mailbox) {
 }
 
 std::optional<Name> fullName(std::string_view mailbox) {
-  if (mailbox.size() > longestTextInBytes || !isPlainText(mailbox)) return std::nullopt;
+  if (!isPlainText(mailbox) || mailbox.find('\n') != mailbox.npos) return std::nullopt;
   PersonNameComponents found = NameComponentsTokenizer::componentsFromString(mailbox);
   if (!found.givenName || !found.familyName) return std::nullopt;
   return Name{std::move(found.namePrefix), std::move(found.givenName),  std::move(found.middleName),

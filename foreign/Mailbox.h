@@ -10,6 +10,10 @@
 // Pure functions on what mail programs write for a sender: "Ann Berg <ann@example.org>".
 namespace quenlet {
 
+// Whether each line of the text can be shown as it is, and the whole is no longer than people
+// write.
+[[nodiscard]] bool isPlainText(std::string_view text);
+
 // The address that the owner gives to people: nothing for text without one address, for addresses
 // that nobody reads ("noreply") and for those made for one purpose ("ann+shop@example.org").
 [[nodiscard]] std::optional<std::string> personalAddress(std::string_view mailbox);

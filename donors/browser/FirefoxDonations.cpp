@@ -18,9 +18,11 @@ using Record = FirefoxAddresses::Record;
 constexpr char bundle[] = "org.quenlet.donors.firefox";
 constexpr char fileName[] = "autofill-profiles.json";
 
+// Empty for a text that nobody typed.
 std::string textOf(const Record& record, std::string_view key) {
   const auto field = record.find(key);
-  return field == record.end() ? std::string() : std::string(trimmed(field->second));
+  if (field == record.end() || !isPlainText(field->second)) return {};
+  return std::string(trimmed(field->second));
 }
 
 std::optional<Name> nameOf(const Record& record) {
