@@ -85,7 +85,7 @@ startAgent() {
 }
 stopAgent() { stop agent; }
 
-cardHas() { quenlet card --wide | grep -qF -- "$1"; }
+cardHas() { quenlet card --wide | grep -F -- "$1" >/dev/null; }
 # expectOnCard TEXT...: each of them is there exactly once.
 expectOnCard() {
   local text count
