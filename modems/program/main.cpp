@@ -70,7 +70,7 @@ int runSIMNumbers() {
 int main(int argc, char*[]) {
   if (argc > 1) {
     std::fputs("quenlet-sim-numbers: takes no arguments\n", stderr);
-    return EX_USAGE;
+    return 2;
   }
   try {
     return quenlet::runSIMNumbers();
