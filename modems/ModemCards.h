@@ -50,6 +50,8 @@ class ModemCards final {
   // What a daemon says beyond these is left out.
   static constexpr std::size_t maximumModems = 16;
   static constexpr std::size_t maximumNumbersOfCard = 16;
+  // With more than these, modems that are away are forgotten.
+  static constexpr std::size_t maximumPlaces = 64;
   static constexpr std::size_t maximumNumberSizeInBytes = 64;
 
   // `daemon` has these modems now, and no others. Without any, the daemon may have ended.
