@@ -6,10 +6,10 @@
 #include <vector>
 
 #include "platform/foundation/JSONWriter.h"
+#include "platform/preferences/UserPreferences.h"
 #include "tools/commands/Command.h"
 #include "tools/commands/Question.h"
 #include "tools/owner/StoredData.h"
-#include "tools/owner/UserPreferences.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
 

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/preferences/UserPreferences.h"
 #include "tools/commands/Command.h"
 #include "tools/commands/Question.h"
 #include "tools/owner/AgentDonations.h"
@@ -12,7 +13,6 @@
 #include "tools/owner/DonorReturn.h"
 #include "tools/owner/StoredData.h"
 #include "tools/owner/UserAccounts.h"
-#include "tools/owner/UserPreferences.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
 

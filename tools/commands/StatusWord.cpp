@@ -6,11 +6,11 @@
 #include <utility>
 
 #include "platform/foundation/JSONWriter.h"
+#include "platform/preferences/UserPreferences.h"
 #include "tools/commands/Command.h"
 #include "tools/owner/AgentDonations.h"
 #include "tools/owner/ClientPrograms.h"
 #include "tools/owner/OwnCard.h"
-#include "tools/owner/UserPreferences.h"
 #include "tools/presentation/TextTable.h"
 #include "tools/presentation/WholeCardPresenter.h"
 #include "tools/presentation/Wording.h"

@@ -4,9 +4,9 @@
 #include <system_error>
 
 #include "platform/ipc/ServiceInterface.h"
+#include "platform/preferences/UserPreferences.h"
 #include "protocol/ClientEntitlements.h"
 #include "quenlet/ErrorCodes.h"
-#include "tools/owner/UserPreferences.h"
 
 namespace quenlet {
 namespace {

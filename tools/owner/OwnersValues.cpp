@@ -4,10 +4,10 @@
 #include <iterator>
 #include <utility>
 
+#include "platform/preferences/UserPreferences.h"
 #include "tools/owner/AgentDonations.h"
 #include "tools/owner/DonationJournal.h"
 #include "tools/owner/OwnersDecisions.h"
-#include "tools/owner/UserPreferences.h"
 
 namespace quenlet {
 namespace {

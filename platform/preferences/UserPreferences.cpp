@@ -1,4 +1,4 @@
-#include "tools/owner/UserPreferences.h"
+#include "platform/preferences/UserPreferences.h"
 
 #include "platform/files/PosixDataProxy.h"
 #include "platform/files/UserDirectories.h"
