@@ -32,8 +32,8 @@ FileDescriptor pinPeer(int socket, pid_t process) {
 }
 
 // A pidfd is readable once its process has ended.
-bool isRunning(const FileDescriptor& pinned) {
-  pollfd look{pinned.get(), POLLIN, 0};
+bool isRunning(int pinned) {
+  pollfd look{pinned, POLLIN, 0};
   return ::poll(&look, 1, 0) == 0;
 }
 
@@ -44,10 +44,8 @@ bool isSameFile(const std::filesystem::path& a, const std::filesystem::path& b) 
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-std::optional<std::filesystem::path> readExecutable(int socket, pid_t process) {
-  if (process <= 0) return std::nullopt;
-  const FileDescriptor pinned = pinPeer(socket, process);
-  if (!pinned.isOpen()) return std::nullopt;
+std::optional<std::filesystem::path> readExecutable(pid_t process, int pinned) {
+  if (process <= 0 || pinned < 0) return std::nullopt;
   const std::filesystem::path own = "/proc/" + std::to_string(process);
   // In a user namespace of its own a process may point its exe link at any file (PR_SET_MM).
   if (!isSameFile(own / "ns/user", "/proc/self/ns/user")) return std::nullopt;
@@ -70,8 +68,13 @@ Result<PeerIdentity> PeerIdentity::ofSocket(int socket) {
   if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &size) != 0) {
     return Result<PeerIdentity>::failure(makePosixError(errno, "identify a peer"));
   }
+  const FileDescriptor pinned = pinPeer(socket, credentials.pid);
   return Result<PeerIdentity>::success(
-      {credentials.uid, credentials.pid, readExecutable(socket, credentials.pid)});
+      {credentials.uid, credentials.pid, readExecutable(credentials.pid, pinned.get())});
+}
+
+PeerIdentity PeerIdentity::ofProcess(uid_t user, pid_t process, int pidfd) {
+  return {user, process, readExecutable(process, pidfd)};
 }
 
 }  // namespace quenlet
