@@ -42,10 +42,10 @@ struct BusSignalMatch final {
 
 // What a handler is told of a signal.
 struct BusSignal final {
-  std::string sender;  // the unique name
-  std::string path;
-  std::string member;
-  BusValues arguments;
+  std::string sender = {};  // the unique name
+  std::string path = {};
+  std::string member = {};
+  BusValues arguments = {};
 };
 
 // One connection to a message bus. Nothing waits: replies and signals come on the loop, and when

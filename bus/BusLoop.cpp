@@ -88,11 +88,15 @@ std::shared_ptr<BusLoop::Source> BusLoop::add(Block handler, bool isOnce) {
   return source;
 }
 
-std::shared_ptr<Cancelable> BusLoop::watch(int descriptor, Block handler) {
+std::shared_ptr<Cancelable> BusLoop::watch(int descriptor, Block handler, Turn turn) {
   const auto added = add(std::move(handler), false);
   check(sd_event_add_io(event, &added->source, descriptor, EPOLLIN, fireForDescriptor<Source>,
                         added.get()),
         "watch a descriptor");
+  if (turn == Turn::afterMessages) {
+    constexpr std::int64_t later = SD_EVENT_PRIORITY_NORMAL + 1;
+    check(sd_event_source_set_priority(added->source, later), "order a descriptor");
+  }
   return added;
 }
 

@@ -27,9 +27,13 @@ class BusLoop final {
   BusLoop(const BusLoop&) = delete;
   BusLoop& operator=(const BusLoop&) = delete;
 
+  // `afterMessages`: only while no message of a connection waits.
+  enum class Turn { usual, afterMessages };
+
   // Calls the handler whenever the descriptor is readable, until the token is cancelled. Whoever
-  // owns the descriptor cancels before it is closed.
-  [[nodiscard]] std::shared_ptr<Cancelable> watch(int descriptor, Block handler);
+  // owns the descriptor cancels before it is closed. Throws std::system_error, as the others do.
+  [[nodiscard]] std::shared_ptr<Cancelable> watch(int descriptor, Block handler,
+                                                  Turn turn = Turn::usual);
   // Calls the block once, unless the token is cancelled first.
   std::shared_ptr<Cancelable> after(double delaySeconds, Block block);
   // Blocks the signal and calls the handler for it instead. Call it before other threads start.

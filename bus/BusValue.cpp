@@ -73,6 +73,21 @@ std::optional<std::vector<std::string>> BusValue::texts() const {
 
 std::string BusValue::signature() const { return std::visit(SignatureOf{}, storage); }
 
+std::size_t sizeInBytes(const BusValues& values) {
+  std::size_t sum = 0;
+  for (const BusValue& value : values) {
+    for (const std::string* text : {value.text(), value.objectPath(), value.bytes()}) {
+      if (text != nullptr) sum += text->size();
+    }
+    for (const BusValues* inner : {value.members(), value.elements()}) {
+      if (inner != nullptr) sum += sizeInBytes(*inner);
+    }
+    if (value.dictionary() == nullptr) continue;
+    for (const auto& [key, held] : *value.dictionary()) sum += key.size() + sizeInBytes({held});
+  }
+  return sum;
+}
+
 BusValue makeTexts(const std::vector<std::string>& texts) {
   return BusList{"s", BusValues(texts.begin(), texts.end())};
 }

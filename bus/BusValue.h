@@ -87,6 +87,9 @@ class BusValue final {
   Storage storage;
 };
 
+// The bytes of all texts and byte arrays in it, keys included.
+[[nodiscard]] std::size_t sizeInBytes(const BusValues& values);
+
 // An "as".
 [[nodiscard]] BusValue makeTexts(const std::vector<std::string>& texts);
 // An "aa{sv}".
