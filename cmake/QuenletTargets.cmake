@@ -81,10 +81,9 @@ function(quenlet_program program folder)
   endif()
 endfunction()
 
-# A donor extension that is installed with the agent: a program that nobody starts by hand. It stands
-# in libexec/quenlet below the prefix, in the build tree as in an install, and its manifest in
-# packaging/donors says so.
-function(quenlet_donor program folder)
+# A program that nobody starts by hand. It stands in libexec/quenlet below the prefix, in the build tree
+# as in an install.
+function(quenlet_helper program folder)
   cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${folder}/*.cpp")
   add_executable(${program} ${sources})
@@ -97,11 +96,6 @@ function(quenlet_donor program folder)
     cmake_path(APPEND prefix libexec quenlet OUTPUT_VARIABLE destination)
     install(TARGETS ${program} RUNTIME DESTINATION "${destination}")
   endif()
-endfunction()
-
-# A program that a user unit starts; it stands beside the donor extensions.
-function(quenlet_service program folder)
-  quenlet_donor(${program} ${folder} ${ARGN})
 endfunction()
 
 # Under any umask of the builder's: the agent answers no program that others can write.

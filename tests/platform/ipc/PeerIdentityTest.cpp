@@ -3,6 +3,7 @@
 #include <sched.h>
 #include <signal.h>
 #include <sys/mount.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -60,6 +61,20 @@ TEST_F(PeerIdentityTest, IsNotFooledByAFileMountedOverAProgram) {
   });
   if (found == "refused") GTEST_SKIP() << "nothing may be mounted here";
   EXPECT_EQ(found, "nothing");
+}
+
+// Whoever vouched for the number may have done so before the process ended.
+TEST_F(PeerIdentityTest, KnowsNoProgramOfAProcessThatHasEnded) {
+  const pid_t child = ::fork();
+  if (child == 0) ::pause();
+  const FileDescriptor pinned(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+  ASSERT_TRUE(pinned.isOpen());
+  const auto own = std::filesystem::read_symlink("/proc/self/exe");
+  EXPECT_EQ(PeerIdentity::ofProcess(7, child, pinned.get()).executable, own);
+  ::kill(child, SIGKILL);
+  EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+  EXPECT_EQ(PeerIdentity::ofProcess(7, ::getpid(), pinned.get()).executable, std::nullopt);
+  EXPECT_EQ(PeerIdentity::ofProcess(7, ::getpid(), -1).executable, std::nullopt);
 }
 
 }  // namespace

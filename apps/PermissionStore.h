@@ -1,0 +1,41 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "apps/AppPermission.h"
+#include "bus/BusConnection.h"
+
+namespace quenlet {
+
+// The desktop's store of what the owner allows sandboxed apps, as far as it is about the card:
+// `flatpak permissions quenlet` shows the same. The store's program is small, keeps files of its
+// own, and is started if need be. Use on the loop's thread. Replies come on the loop.
+class PermissionStore final {
+ public:
+  using Reply = std::function<void(Result<AppPermission> permission)>;
+  // By the identifiers of the apps.
+  using All = std::map<std::string, AppPermission>;
+  using AllReply = std::function<void(Result<All> permissions)>;
+  using Done = std::function<void(ErrorPtr error)>;
+
+  static constexpr char table[] = "quenlet";
+
+  explicit PermissionStore(BusConnection& connection) : bus(connection) {}
+
+  // What the owner said to one app: unknown when there is no entry.
+  void find(AppWish wish, const std::string& app, Reply reply);
+  // What the owner said to all of them.
+  void list(AppWish wish, AllReply reply);
+  // Stores, or for unknown removes, what the owner says. The app's identifier is a valid one.
+  void set(AppWish wish, const std::string& app, const AppPermission& permission, Done done);
+
+ private:
+  void call(std::string member, std::string signature, BusValues arguments,
+            BusConnection::ReplyHandler handler);
+
+  BusConnection& bus;
+};
+
+}  // namespace quenlet

@@ -1,0 +1,128 @@
+#include "facade/CallerIdentifier.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <limits>
+#include <utility>
+
+#include "facade/SandboxedApp.h"
+#include "platform/files/TrustedProgram.h"
+#include "platform/ipc/EntitlementDatabase.h"
+#include "platform/ipc/PeerIdentity.h"
+#include "protocol/ClientEntitlements.h"
+
+namespace quenlet {
+namespace {
+
+using Identified = Result<CallerIdentity>;
+
+// What the bus says of a connection.
+struct Credentials final {
+  pid_t process = 0;
+  // Null from a bus that has none.
+  BusValue::Descriptor pin;
+};
+
+Result<Credentials> unknownCaller(int errorNumber) {
+  return Result<Credentials>::failure(makePosixError(errorNumber, "identify a caller"));
+}
+
+Result<Credentials> credentialsIn(const Result<BusValues>& answer) {
+  if (!answer.ok()) return Result<Credentials>::failure(answer.error());
+  const BusDictionary* known =
+      answer.value().empty() ? nullptr : answer.value().front().dictionary();
+  if (known == nullptr) return unknownCaller(EBADMSG);
+  const BusValue* user = findEntry(*known, "UnixUserID");
+  const BusValue* process = findEntry(*known, "ProcessID");
+  if (user == nullptr || process == nullptr) return unknownCaller(ESRCH);
+  if (user->integer() != std::int64_t{::geteuid()}) return unknownCaller(EPERM);
+  const std::int64_t number = process->integer().value_or(0);
+  if (number <= 0 || number > std::numeric_limits<pid_t>::max()) return unknownCaller(ESRCH);
+  Credentials credentials{static_cast<pid_t>(number), nullptr};
+  const BusValue* pin = findEntry(*known, "ProcessFD");
+  if (pin != nullptr && pin->descriptor() != nullptr) credentials.pin = *pin->descriptor();
+  return Result<Credentials>::success(std::move(credentials));
+}
+
+BusValue::Descriptor pinByNumber(pid_t process) {
+  FileDescriptor pin(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
+  return pin.isOpen() ? std::make_shared<const FileDescriptor>(std::move(pin)) : nullptr;
+}
+
+bool isAlive(int pidfd) {
+  pollfd look{pidfd, POLLIN, 0};
+  return ::poll(&look, 1, 0) == 0;
+}
+
+std::optional<PropertyList> entitlementOf(const PropertyListDictionary& all, const char* name) {
+  const PropertyList* found = findEntry(all, name);
+  return found == nullptr ? std::nullopt : std::optional(*found);
+}
+
+// As the agent reads them. The error is a passing one: then nothing is known.
+ErrorPtr readEntitlements(const std::filesystem::path& prefix,
+                          const std::filesystem::path& executable, CallerIdentity& caller) {
+  const EntitlementTable table =
+      EntitlementDatabase::tableFor(prefix, EntitlementDatabase::systemConfiguration);
+  if (table.isIncomplete()) return makePosixError(EAGAIN, "read the entitlements");
+  const auto held = table.entitlementsOf(executable);
+  if (!held || !trustedProgram(executable, prefix).ok()) return nullptr;
+  caller.isEntitled = grants(entitlementOf(*held, ContactsEntitlement)) ||
+                      grants(entitlementOf(*held, SuggestionsEntitlement));
+  if (const auto bundles = entitlementOf(*held, BundlesEntitlement)) {
+    caller.bundles = bundlesIn(*bundles);
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void CallerIdentifier::askBus(const std::string& uniqueName, BusConnection::ReplyHandler handler) {
+  bus.call({.destination = "org.freedesktop.DBus",
+            .path = "/org/freedesktop/DBus",
+            .interface = "org.freedesktop.DBus",
+            .member = "GetConnectionCredentials",
+            .signature = "s",
+            .arguments = {uniqueName}},
+           std::move(handler));
+}
+
+void CallerIdentifier::identify(const std::string& uniqueName, Reply reply) {
+  askBus(uniqueName, [this, uniqueName, reply = std::move(reply)](const auto& answer) {
+    const auto credentials = credentialsIn(answer);
+    if (!credentials.ok()) return reply(Identified::failure(credentials.error()));
+    const pid_t process = credentials.value().process;
+    const bool busPins = credentials.value().pin != nullptr;
+    const auto pin = busPins ? credentials.value().pin : pinByNumber(process);
+    if (!pin) return reply(Identified::failure(makePosixError(ESRCH, "pin a caller")));
+    Identified caller = examine(process, pin->get());
+    if (busPins || !caller.ok()) return reply(std::move(caller));
+    askBus(uniqueName, [caller, process, pin, reply](const auto& again) {
+      const auto same = credentialsIn(again);
+      if (!same.ok()) return reply(Identified::failure(same.error()));
+      const bool isSame = same.value().process == process && isAlive(pin->get());
+      reply(isSame ? caller : Identified::failure(makePosixError(ESRCH, "identify a caller")));
+    });
+  });
+}
+
+Result<CallerIdentity> CallerIdentifier::examine(pid_t process, int pidfd) const {
+  const auto app = sandboxedAppOf(process);
+  if (!app.ok()) return Identified::failure(app.error());
+  CallerIdentity caller{.process = process, .app = app.value()};
+  if (!caller.app) {
+    const PeerIdentity peer = PeerIdentity::ofProcess(::geteuid(), process, pidfd);
+    const ErrorPtr error =
+        peer.executable ? readEntitlements(prefix, *peer.executable, caller) : nullptr;
+    if (error) return Identified::failure(error);
+  }
+  // What was read under the number was this process's own.
+  if (!isAlive(pidfd)) return Identified::failure(makePosixError(ESRCH, "identify a caller"));
+  return Identified::success(std::move(caller));
+}
+
+}  // namespace quenlet

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "apps/AppPermission.h"
+#include "bus/BusConnection.h"
+#include "facade/DialogBackend.h"
+
+namespace quenlet {
+
+// What an app wants of the owner. A value type.
+struct AppRequest final {
+  AppWish wish = AppWish::meCard;
+  std::string app = {};
+  // Of the card: what the app would like. The owner chooses among all kinds.
+  CardKinds kinds = {};
+  // The app's window, as portals name it, for the dialog to stand before; may be empty.
+  std::string parentWindow = {};
+};
+
+// Asks the owner with the desktop's own dialog. Programs that show it and run are tried first, this
+// desktop's before others; only when none runs, this desktop's own is started. Use on the loop's
+// thread; the connection must outlive what was begun.
+class OwnerQuestion final {
+ public:
+  // What the owner said; nothing when the dialog was closed without an answer. An error when there
+  // is nobody who could ask.
+  using Answer = std::function<void(Result<std::optional<AppPermission>> answer)>;
+  using Backends = std::function<std::vector<DialogBackend>()>;
+
+  OwnerQuestion(BusConnection& connection, Backends find)
+      : bus(connection), findBackends(std::move(find)) {}
+
+  void ask(const AppRequest& request, Answer answer);
+
+ private:
+  struct Attempt;
+  void tryNext(const std::shared_ptr<Attempt>& attempt);
+  void hear(const std::shared_ptr<Attempt>& attempt, const Result<BusValues>& reply);
+
+  BusConnection& bus;
+  const Backends findBackends;
+  std::uint64_t lastQuestion = 0;
+};
+
+}  // namespace quenlet

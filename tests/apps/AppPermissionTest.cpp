@@ -1,0 +1,53 @@
+#include <gmock/gmock.h>
+
+#include "apps/AppPermission.h"
+
+namespace quenlet {
+namespace {
+
+TEST(AppPermissionTest, ReadsWhatIsInTheStore) {
+  struct Row final {
+    const char* name;
+    AppWish wish;
+    std::vector<std::string> texts;
+    AppPermission permission;
+  };
+  const Row rows[] = {
+      {"nothing", AppWish::meCard, {}, {}},
+      {"no", AppWish::meCard, {"no"}, {OwnersWord::no}},
+      {"kinds",
+       AppWish::meCard,
+       {"imageData", "name"},
+       {OwnersWord::yes, {CardKind::name, CardKind::imageData}}},
+      {"yes of others", AppWish::meCard, {"yes"}, {OwnersWord::yes, usualCardKinds()}},
+      {"a kind and a no", AppWish::meCard, {"name", "no"}, {OwnersWord::no}},
+      {"unknown kind", AppWish::meCard, {"name", "shoeSize"}, {OwnersWord::no}},
+      {"donations", AppWish::donate, {"yes"}, {OwnersWord::yes}},
+      {"no donations", AppWish::donate, {"no"}, {OwnersWord::no}},
+      {"kinds of donations", AppWish::donate, {"name"}, {OwnersWord::no}},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const AppPermission read = AppPermission::fromTexts(row.wish, row.texts);
+    EXPECT_EQ(read, row.permission);
+    EXPECT_EQ(AppPermission::fromTexts(row.wish, read.texts(row.wish)), read);
+  }
+  EXPECT_EQ((AppPermission{OwnersWord::yes}.texts(AppWish::meCard)),
+            std::vector<std::string>{"no"});
+}
+
+TEST(AppPermissionTest, KnowsIdentifiersOfApps) {
+  for (const char* text : {"org.example.App", "a.b", "org.example_2.App-x"}) {
+    EXPECT_TRUE(isAppIdentifier(text)) << text;
+  }
+  const std::string tooLong = "org." + std::string(252, 'a');
+  for (const std::string& text :
+       {std::string(""), std::string("App"), std::string("org..App"), std::string("org.App."),
+        std::string("org.Äpp"), std::string("org.a:b"), std::string("org.a b"),
+        std::string("org.a\n"), std::string("../a.b"), tooLong}) {
+    EXPECT_FALSE(isAppIdentifier(text)) << text;
+  }
+}
+
+}  // namespace
+}  // namespace quenlet

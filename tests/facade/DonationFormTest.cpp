@@ -1,0 +1,119 @@
+#include <gmock/gmock.h>
+
+#include "facade/CardForm.h"
+#include "facade/DonationForm.h"
+#include "facade/FacadeError.h"
+#include "platform/contacts/ValueBounds.h"
+
+namespace quenlet {
+namespace {
+
+BusDictionary origin(BusDictionary more = {}) {
+  more.emplace("donationIdentifier", "x:1");
+  return more;
+}
+
+BusDictionary email(BusValue value, BusDictionary from = origin()) {
+  return {{"kind", "emailAddress"}, {"value", std::move(value)}, {"origin", std::move(from)}};
+}
+
+TEST(DonationFormTest, ReadsWhatItWrites) {
+  const Date donated = *Date::fromISO8601("2026-05-01T12:00:00Z");
+  const Date expires = *Date::fromISO8601("2026-06-02T13:00:00Z");
+  const std::vector<Donation> donations = {
+      {Name{.givenName = "Anna", .nickname = ""}, "org.a", "a:1", "c:1", donated, expires},
+      {Email{"anna@example.org", "work"}, "org.a", "a:2", std::nullopt, donated, expires},
+      {Phone{"+49 30 123456", "home"}, "org.a", "a:3", std::nullopt, donated, expires},
+      {Postal{.address = {.street = "Weg 1\n2. Hof", .city = "Bonn"}, .label = "home"}, "org.a",
+       "a:4", std::nullopt, donated, expires}};
+  std::vector<BusDictionary> written;
+  for (const Donation& donation : donations) written.push_back(donationDictionary(donation));
+  const auto read = donationsIn(makeDictionaries(written));
+  ASSERT_TRUE(read.ok()) << read.error()->description();
+  EXPECT_EQ(read.value(), donations);
+}
+
+TEST(DonationFormTest, RefusesWhatIsTooLargeOrNotUnderstood) {
+  BusDictionary withUnknownKey = email("a@example.org");
+  withUnknownKey.emplace("lable", "work");
+  const BusDictionary image{{"kind", "imageData"},
+                            {"value", BusBytes{std::string(mostBytesInImage + 1, 'i')}},
+                            {"origin", origin()}};
+  struct Row final {
+    const char* name;
+    BusValue list;
+    const char* error;
+  };
+  const Row rows[] = {
+      {"no list", "x", InvalidArgsError},
+      {"unknown kind", makeDictionaries({{{"kind", "shoeSize"}}}), InvalidArgsError},
+      {"another type", makeDictionaries({email(7u)}), InvalidArgsError},
+      {"misspelt key", makeDictionaries({withUnknownKey}), InvalidArgsError},
+      {"no identifier", makeDictionaries({email("a@example.org", {})}), InvalidArgsError},
+      {"no date", makeDictionaries({email("a", origin({{"donationDate", "today"}}))}),
+       InvalidArgsError},
+      {"part of a name unknown",
+       makeDictionaries({{{"kind", "name"},
+                          {"value", BusDictionary{{"firstName", "Anna"}}},
+                          {"origin", origin()}}}),
+       InvalidArgsError},
+      {"long text", makeDictionaries({email(std::string(mostBytesInText + 1, 'a'))}),
+       TooLargeError},
+      {"long identifier",
+       makeDictionaries({email("a", origin({{"clusterIdentifier", std::string(1025, 'c')}}))}),
+       TooLargeError},
+      {"large image", makeDictionaries({image}), TooLargeError},
+      {"long list", makeDictionaries(std::vector<BusDictionary>(1001, email("a"))), TooLargeError},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const auto read = donationsIn(row.list);
+    ASSERT_FALSE(read.ok());
+    EXPECT_EQ(facadeErrorName(*read.error()), row.error);
+    EXPECT_EQ(read.error()->debugDescription().find("example.org"), std::string::npos);
+  }
+}
+
+TEST(DonationFormTest, KeepsAppsApart) {
+  std::vector<Donation> donations = {{Email{"a@example.org", ""}, "", "home", "c"}};
+  ASSERT_EQ(claimForApp("org.example.App", donations), nullptr);
+  EXPECT_EQ(donations[0].bundleIdentifier, "org.example.App");
+  EXPECT_EQ(donations[0].donationIdentifier, "org.example.App:home");
+  EXPECT_EQ(donations[0].clusterIdentifier, "org.example.App:c");
+  std::vector<Donation> all = donations;
+  all.push_back({Email{"b@example.org", ""}, "org.example.Apple", "org.example.App:x"});
+  all.push_back({Email{"c@example.org", ""}, "org.example.App", "org.example.Apple:x"});
+  const auto own = donationsOfApp("org.example.App", all);
+  ASSERT_EQ(own.size(), 1u);
+  EXPECT_EQ(own[0].donationIdentifier, "home");
+  EXPECT_EQ(own[0].clusterIdentifier, "c");
+  donations[0].bundleIdentifier = "org.example.Other";
+  EXPECT_EQ(facadeErrorName(*claimForApp("org.example.App", donations)), NotPermittedError);
+}
+
+TEST(CardFormTest, GivesTheKindsThatAreAllowed) {
+  const Card card{.name = {.givenName = "Anna"},
+                  .emailAddresses = {{"a\xFF@example.org", "work", Source{"org.a", "a:1"}}},
+                  .phoneNumbers = {{"+49 30 123456", ""}},
+                  .postalAddresses = {{{.city = "Bonn"}, "home"}},
+                  .image = Image{"bytes"}};
+  for (const auto& [kind, word] : cardKindWords) {
+    SCOPED_TRACE(word);
+    const Card some = limitedTo(card, {kind});
+    EXPECT_EQ(some.name != Name{}, kind == CardKind::name);
+    EXPECT_EQ(!some.emailAddresses.empty(), kind == CardKind::emailAddress);
+    EXPECT_EQ(!some.phoneNumbers.empty(), kind == CardKind::phoneNumber);
+    EXPECT_EQ(!some.postalAddresses.empty(), kind == CardKind::postalAddress);
+    EXPECT_EQ(some.image.has_value(), kind == CardKind::imageData);
+  }
+  const BusDictionary kept = cardDictionary(card, Sources::kept);
+  EXPECT_EQ(*findEntry(kept, "emailAddresses"),
+            makeDictionaries({{{"label", "work"}, {"value", "a\xEF\xBF\xBD@example.org"}}}));
+  EXPECT_EQ(*findEntry(kept, "imageData"), BusValue(BusBytes{"bytes"}));
+  const BusDictionary told = cardDictionary(card, Sources::told);
+  const BusDictionary& entry = *findEntry(told, "emailAddresses")->elements()->front().dictionary();
+  EXPECT_EQ(*findText(*findDictionary(entry, "origin"), "bundleIdentifier"), "org.a");
+}
+
+}  // namespace
+}  // namespace quenlet
