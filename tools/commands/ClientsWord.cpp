@@ -1,8 +1,10 @@
 #include <CLI/CLI.hpp>
 #include <string>
+#include <vector>
 
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
+#include "tools/owner/AllowedApps.h"
 #include "tools/owner/ClientPrograms.h"
 #include "tools/presentation/TextTable.h"
 
@@ -25,6 +27,30 @@ std::string filesOf(const ClientProgram& program) {
   std::string text;
   for (const auto& file : program.files) text += (text.empty() ? "" : ", ") + file.native();
   return text;
+}
+
+std::string wordOf(const AppPermission& permission, const std::string& yes) {
+  if (permission.word == OwnersWord::unknown) return "you will be asked";
+  return permission.word == OwnersWord::yes ? yes : "no";
+}
+
+std::string kindsOf(const AppPermission& permission) {
+  std::string text;
+  for (const CardKind kind : permission.kinds) {
+    text.append(text.empty() ? "" : ", ").append(wordFor(kind));
+  }
+  return text;
+}
+
+void writeApps(std::ostream& out, const std::vector<AllowedApp>& apps, const Screen& screen) {
+  if (apps.empty()) return;
+  TextTable table({"SANDBOXED APP", "MAY READ", "MAY DONATE"});
+  for (const AllowedApp& app : apps) {
+    table.addRow(
+        {app.identifier, wordOf(app.card, kindsOf(app.card)), wordOf(app.donations, "yes")});
+  }
+  out << "\n";
+  table.write(out, screen);
 }
 
 void writeText(std::ostream& out, const ClientPrograms& clients, const Screen& screen) {
@@ -58,7 +84,22 @@ void writeProgram(JSONWriter& json, const ClientProgram& program) {
   json.endArray().endObject();
 }
 
-void writeJSON(std::ostream& out, const ClientPrograms& clients) {
+// Nothing for what the owner was not asked.
+void writeApp(JSONWriter& json, const AllowedApp& app) {
+  json.beginObject().key("app").value(app.identifier);
+  if (app.card.word != OwnersWord::unknown) {
+    json.key("reads").beginArray();
+    for (const CardKind kind : app.card.kinds) json.value(wordFor(kind));
+    json.endArray();
+  }
+  if (app.donations.word != OwnersWord::unknown) {
+    json.key("donates").value(app.donations.word == OwnersWord::yes);
+  }
+  json.endObject();
+}
+
+void writeJSON(std::ostream& out, const ClientPrograms& clients,
+               const std::vector<AllowedApp>& apps) {
   JSONWriter json;
   json.beginObject().key("programs").beginArray();
   for (const ClientProgram& program : clients.programs) writeProgram(json, program);
@@ -66,6 +107,8 @@ void writeJSON(std::ostream& out, const ClientPrograms& clients) {
   for (const auto& [path, reason] : clients.ignored) {
     json.beginObject().key("path").value(path.native()).key("reason").value(reason).endObject();
   }
+  json.endArray().key("apps").beginArray();
+  for (const AllowedApp& app : apps) writeApp(json, app);
   out << json.endArray().endObject().text() << "\n";
 }
 
@@ -75,6 +118,8 @@ class ClientsWord final : public Command {
   void addTo(CLI::App& app, ChosenAction& chosen) override;
 
  private:
+  [[nodiscard]] ExitCode run(Session& session) const;
+
   bool asJSON = false;
 };
 
@@ -82,18 +127,23 @@ void ClientsWord::addTo(CLI::App& app, ChosenAction& chosen) {
   CLI::App* word = app.add_subcommand("clients", "Show which programs may talk to the agent");
   word->add_flag("--json", asJSON, "As JSON, for programs");
   word->footer(
-      "Read from the files of entitlements of this installation and of /etc; asks no agent.");
-  word->callback([this, &chosen] {
-    chosen = [this](Session& session) {
-      const ClientPrograms clients = ClientPrograms::read();
-      if (asJSON) {
-        writeJSON(session.out, clients);
-      } else {
-        writeText(session.out, clients, session.screen);
-      }
-      return ExitCode::done;
-    };
-  });
+      "Read from the files of entitlements of this installation and of /etc, and, for sandboxed\n"
+      "apps, from the desktop's permission store; asks no agent. quenlet allow changes the "
+      "latter.");
+  word->callback([this, &chosen] { chosen = [this](Session& session) { return run(session); }; });
+}
+
+ExitCode ClientsWord::run(Session& session) const {
+  const ClientPrograms clients = ClientPrograms::read();
+  const auto read = readAllowedApps();
+  const auto apps = read.ok() ? read.value() : std::vector<AllowedApp>();
+  if (asJSON) {
+    writeJSON(session.out, clients, apps);
+  } else {
+    writeText(session.out, clients, session.screen);
+    writeApps(session.out, apps, session.screen);
+  }
+  return read.ok() ? ExitCode::done : session.failWith(read.error());
 }
 
 }  // namespace

@@ -35,6 +35,7 @@ using CommandPtr = std::unique_ptr<Command>;
 [[nodiscard]] CommandPtr makeFileWords();
 [[nodiscard]] CommandPtr makeStatusWord();
 [[nodiscard]] CommandPtr makeClientsWord();
+[[nodiscard]] CommandPtr makeAllowWord();
 [[nodiscard]] CommandPtr makeDoctorWord();
 [[nodiscard]] CommandPtr makeStatsWord();
 [[nodiscard]] CommandPtr makeWatchWord();

@@ -32,7 +32,7 @@ constexpr char generalFooter[] =
 // All words of the program, and the action that was chosen.
 struct Words final {
   CLI::App app{description, "quenlet"};
-  const std::array<CommandPtr, 22> commands = {
+  const std::array<CommandPtr, 23> commands = {
       makeDonateWord(),     makeUndoWord(),      makeCardWord(),        makeMeWord(),
       makeListWord(),       makeWhyWord(),       makeShowWord(),        makeRemovalWords(),
       makeRejectionWords(), makeUnrejectWords(), makeBackupWords(),     makeAccountWord(),

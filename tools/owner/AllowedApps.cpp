@@ -1,0 +1,38 @@
+#include "tools/owner/AllowedApps.h"
+
+#include <map>
+#include <utility>
+
+#include "tools/owner/AppPermissions.h"
+
+namespace quenlet {
+namespace {
+
+Result<PermissionStore::All> permissionsFor(AppWish wish) {
+  using All = Result<PermissionStore::All>;
+  const auto opened = AppPermissions::open();
+  All all = opened.ok() ? opened.value()->list(wish) : All::failure(opened.error());
+  if (all.ok() || !AppPermissions::saysNoStore(*all.error())) return all;
+  return All::success({});
+}
+
+}  // namespace
+
+Result<std::vector<AllowedApp>> readAllowedApps() {
+  using Apps = Result<std::vector<AllowedApp>>;
+  std::map<std::string, AllowedApp> found;
+  for (const AppWish wish : {AppWish::meCard, AppWish::donate}) {
+    const auto all = permissionsFor(wish);
+    if (!all.ok()) return Apps::failure(all.error());
+    for (const auto& [identifier, permission] : all.value()) {
+      AllowedApp& app = found[identifier];
+      app.identifier = identifier;
+      (wish == AppWish::meCard ? app.card : app.donations) = permission;
+    }
+  }
+  std::vector<AllowedApp> apps;
+  for (auto& entry : found) apps.push_back(std::move(entry.second));
+  return Apps::success(std::move(apps));
+}
+
+}  // namespace quenlet
