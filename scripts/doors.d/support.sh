@@ -71,6 +71,8 @@ startBus() {
     # One of type "system" would start services by a helper, as other users.
     echo "<type>session</type><listen>$address</listen><auth>EXTERNAL</auth>"
     for directory in "$@"; do echo "<servicedir>$directory</servicedir>"; done
+    # What a session's bus allows: by default it is a system's.
+    echo '<limit name="max_replies_per_connection">50000</limit>'
     echo '<policy context="default"><allow send_destination="*" eavesdrop="true"/>'
     echo '<allow eavesdrop="true"/><allow own="*"/></policy></busconfig>'
   } >"$scratch/$kind-bus.conf"
