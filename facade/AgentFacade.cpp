@@ -63,6 +63,7 @@ ErrorPtr withoutBundle(const std::vector<Donation>& donations) {
 
 std::vector<std::string> identifiersOf(const std::vector<Donation>& donations) {
   std::vector<std::string> identifiers;
+  identifiers.reserve(donations.size());
   for (const Donation& donation : donations) identifiers.push_back(donation.donationIdentifier);
   return identifiers;
 }
@@ -168,6 +169,7 @@ void AgentFacade::listDonations(const CallPtr& call) {
     std::vector<Donation> donations = std::move(held).takeValue();
     if (call->caller.app) donations = donationsOfApp(*call->caller.app, std::move(donations));
     std::vector<BusDictionary> listed;
+    listed.reserve(donations.size());
     for (const Donation& donation : donations) listed.push_back(donationDictionary(donation));
     call->request->reply("aa{sv}", {makeDictionaries(std::move(listed))});
   });

@@ -37,8 +37,8 @@ struct Words final {
       makeListWord(),       makeWhyWord(),       makeShowWord(),        makeRemovalWords(),
       makeRejectionWords(), makeUnrejectWords(), makeBackupWords(),     makeAccountWord(),
       makeExtensionWord(),  makeCollectWord(),   makePreferenceWords(), makeFileWords(),
-      makeStatusWord(),     makeClientsWord(),   makeDoctorWord(),      makeStatsWord(),
-      makeWatchWord(),      makeCompleteWord()};
+      makeStatusWord(),     makeClientsWord(),   makeAllowWord(),       makeDoctorWord(),
+      makeStatsWord(),      makeWatchWord(),     makeCompleteWord()};
   ChosenAction chosen;
   bool isWide = false;
 
