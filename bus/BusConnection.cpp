@@ -1,7 +1,10 @@
 #include "bus/BusConnection.h"
 
+#include <cctype>
 #include <cerrno>
+#include <cstdlib>
 #include <set>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -106,6 +109,21 @@ std::string ruleFor(const BusSignalMatch& match) {
   return rule;
 }
 
+std::string escapedInAddress(std::string_view path) {
+  constexpr std::string_view plain = "-_/.*\\";
+  constexpr std::string_view digits = "0123456789abcdef";
+  std::string escaped;
+  for (const char character : path) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (byte < 0x80 && (std::isalnum(byte) != 0 || plain.find(character) != plain.npos)) {
+      escaped += character;
+    } else {
+      escaped += {'%', digits[byte >> 4], digits[byte & 15]};
+    }
+  }
+  return escaped;
+}
+
 std::string textOrEmpty(const char* text) { return text == nullptr ? "" : text; }
 
 }  // namespace
@@ -127,17 +145,20 @@ BusConnection::Opened BusConnection::attach(BusLoop& loop, sd_bus* opened,
 }
 
 BusConnection::Opened BusConnection::toUserBus(BusLoop& loop, const BusLimits& limits) {
-  sd_bus* bus = nullptr;
-  const int result = sd_bus_open_user(&bus);
-  if (result < 0) return Opened::failure(makePosixError(-result, "connect to the user's bus"));
-  return attach(loop, bus, limits);
+  if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS")) {
+    return toAddress(loop, address, limits);
+  }
+  const char* directory = std::getenv("XDG_RUNTIME_DIR");
+  if (directory == nullptr) {
+    return Opened::failure(makePosixError(ENOMEDIUM, "connect to the user's bus"));
+  }
+  return toAddress(loop, "unix:path=" + escapedInAddress(directory) + "/bus", limits);
 }
 
 BusConnection::Opened BusConnection::toSystemBus(BusLoop& loop, const BusLimits& limits) {
-  sd_bus* bus = nullptr;
-  const int result = sd_bus_open_system(&bus);
-  if (result < 0) return Opened::failure(makePosixError(-result, "connect to the system bus"));
-  return attach(loop, bus, limits);
+  const char* address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS");
+  return toAddress(loop, address == nullptr ? "unix:path=/run/dbus/system_bus_socket" : address,
+                   limits);
 }
 
 BusConnection::Opened BusConnection::toAddress(BusLoop& loop, const std::string& address,
@@ -146,6 +167,7 @@ BusConnection::Opened BusConnection::toAddress(BusLoop& loop, const std::string&
   int result = sd_bus_new(&bus);
   if (result >= 0) result = sd_bus_set_address(bus, address.c_str());
   if (result >= 0) result = sd_bus_set_bus_client(bus, 1);
+  if (result >= 0) result = sd_bus_negotiate_fds(bus, 0);
   if (result >= 0) result = sd_bus_start(bus);
   if (result >= 0) return attach(loop, bus, limits);
   sd_bus_unref(bus);

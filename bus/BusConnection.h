@@ -49,7 +49,8 @@ struct BusSignal final {
 };
 
 // One connection to a message bus. Nothing waits: replies and signals come on the loop, and when
-// the bus ends the connection, the loop's run() returns an error. Use on the loop's thread only.
+// the bus ends the connection, the loop's run() returns an error. It takes no file descriptors:
+// closing one that a peer has sent may wait for that peer. Use on the loop's thread only.
 // The loop must outlive it.
 class BusConnection final {
  public:

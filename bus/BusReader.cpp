@@ -1,5 +1,3 @@
-#include <fcntl.h>
-
 #include <cerrno>
 #include <string_view>
 #include <utility>
@@ -31,7 +29,6 @@ class BusReader final {
   template <typename Wire, typename Value>
   int readNumber(char type, BusValues& values);
   int readText(char type, BusValues& values);
-  int readDescriptor(BusValues& values);
   int readBytes(BusValues& values);
   int readArray(const std::string& contents, BusValues& values);
   int readDictionary(const std::string& entry, BusValues& values);
@@ -95,7 +92,7 @@ int BusReader::readBasic(char type, BusValues& values) {
     case SD_BUS_TYPE_DOUBLE:
       return readNumber<double, double>(type, values);
     case SD_BUS_TYPE_UNIX_FD:
-      return readDescriptor(values);
+      return -EBADMSG;
     default:
       return readText(type, values);
   }
@@ -120,16 +117,6 @@ int BusReader::readText(char type, BusValues& values) {
   } else {
     values.emplace_back(std::string(read));
   }
-  return result;
-}
-
-int BusReader::readDescriptor(BusValues& values) {
-  int borrowed = -1;
-  const int result = sd_bus_message_read_basic(message, SD_BUS_TYPE_UNIX_FD, &borrowed);
-  if (result <= 0) return result;
-  FileDescriptor own(::fcntl(borrowed, F_DUPFD_CLOEXEC, 3));
-  if (!own.isOpen()) return -errno;
-  values.emplace_back(std::make_shared<const FileDescriptor>(std::move(own)));
   return result;
 }
 

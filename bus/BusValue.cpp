@@ -16,7 +16,6 @@ struct SignatureOf final {
   std::string operator()(const std::string&) const { return "s"; }
   std::string operator()(const BusObjectPath&) const { return "o"; }
   std::string operator()(const BusBytes&) const { return "ay"; }
-  std::string operator()(const BusValue::Descriptor&) const { return "h"; }
   std::string operator()(const BusDictionary&) const { return "a{sv}"; }
   std::string operator()(const BusList& list) const { return "a" + list.elementSignature; }
   std::string operator()(const BusStruct& record) const {
@@ -73,18 +72,30 @@ std::optional<std::vector<std::string>> BusValue::texts() const {
 
 std::string BusValue::signature() const { return std::visit(SignatureOf{}, storage); }
 
+namespace {
+
+std::size_t sizeOfOne(const BusValue& value) {
+  // What the library has of it is about as much again.
+  std::size_t sum = 2 * sizeof(BusValue);
+  for (const std::string* text : {value.text(), value.objectPath(), value.bytes()}) {
+    if (text != nullptr) sum += 2 * text->size();
+  }
+  for (const BusValues* inner : {value.members(), value.elements()}) {
+    if (inner != nullptr) sum += sizeInBytes(*inner);
+  }
+  if (value.dictionary() == nullptr) return sum;
+  constexpr std::size_t node = 64;
+  for (const auto& [key, held] : *value.dictionary()) {
+    sum += node + 2 * key.size() + sizeOfOne(held);
+  }
+  return sum;
+}
+
+}  // namespace
+
 std::size_t sizeInBytes(const BusValues& values) {
   std::size_t sum = 0;
-  for (const BusValue& value : values) {
-    for (const std::string* text : {value.text(), value.objectPath(), value.bytes()}) {
-      if (text != nullptr) sum += text->size();
-    }
-    for (const BusValues* inner : {value.members(), value.elements()}) {
-      if (inner != nullptr) sum += sizeInBytes(*inner);
-    }
-    if (value.dictionary() == nullptr) continue;
-    for (const auto& [key, held] : *value.dictionary()) sum += key.size() + sizeInBytes({held});
-  }
+  for (const BusValue& value : values) sum += sizeOfOne(value);
   return sum;
 }
 

@@ -2,15 +2,12 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
-
-#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 
@@ -45,19 +42,17 @@ struct BusList final {
 };
 
 // A value in a message; what a variant holds stands for the variant. Bytes and 16-bit integers are
-// read as 32-bit ones. A value type; copies share descriptors.
+// read as 32-bit ones. There are no file descriptors: see BusConnection. A value type.
 class BusValue final {
  public:
-  using Descriptor = std::shared_ptr<const FileDescriptor>;
-  using Storage = std::variant<bool, std::int32_t, std::uint32_t, std::int64_t, std::uint64_t,
-                               double, std::string, BusObjectPath, BusBytes, Descriptor, BusStruct,
-                               BusList, BusDictionary>;
+  using Storage =
+      std::variant<bool, std::int32_t, std::uint32_t, std::int64_t, std::uint64_t, double,
+                   std::string, BusObjectPath, BusBytes, BusStruct, BusList, BusDictionary>;
 
   // Implicit, so that a tree can be written as a literal.
   template <typename T>
-  requires std::is_constructible_v<Storage, T> &&
-      (!std::is_same_v<std::decay_t<T>, BusValue>)BusValue(T&& value)
-      : storage(std::forward<T>(value)) {}
+  requires std::is_constructible_v<Storage, T> &&(!std::is_same_v<T, BusValue>)BusValue(T value)
+      : storage(std::move(value)) {}
   BusValue(const char* text) : storage(std::string(text)) {}
 
   // Null when it is of another type.
@@ -66,7 +61,6 @@ class BusValue final {
   [[nodiscard]] const std::string* text() const { return std::get_if<std::string>(&storage); }
   [[nodiscard]] const std::string* objectPath() const;
   [[nodiscard]] const std::string* bytes() const;
-  [[nodiscard]] const Descriptor* descriptor() const { return std::get_if<Descriptor>(&storage); }
   [[nodiscard]] const BusValues* members() const;
   [[nodiscard]] const BusValues* elements() const;
   [[nodiscard]] const BusDictionary* dictionary() const {

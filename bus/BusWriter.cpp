@@ -75,10 +75,6 @@ int BusWriter::appendBasic(const std::string& type, const BusValue& value) {
     const int flag = *value.boolean() ? 1 : 0;
     return sd_bus_message_append_basic(message, SD_BUS_TYPE_BOOLEAN, &flag);
   }
-  if (value.descriptor() != nullptr) {
-    const int lent = (*value.descriptor())->get();
-    return sd_bus_message_append_basic(message, SD_BUS_TYPE_UNIX_FD, &lent);
-  }
   return std::visit(
       [&](const auto& held) {
         if constexpr (std::is_arithmetic_v<std::decay_t<decltype(held)>>) {
@@ -119,11 +115,11 @@ int BusWriter::appendDictionary(const std::string& entry, const BusDictionary& d
   const std::string held = contents.substr(1);
   return appendContainer(SD_BUS_TYPE_ARRAY, entry, [&] {
     int result = 0;
-    for (const auto& [key, value] : dictionary) {
+    for (const auto& entryOf : dictionary) {
       if (result < 0) break;
       result = appendContainer(SD_BUS_TYPE_DICT_ENTRY, contents, [&] {
-        const int written = appendText(SD_BUS_TYPE_STRING, key);
-        return written < 0 ? written : append(held, value);
+        const int written = appendText(SD_BUS_TYPE_STRING, entryOf.first);
+        return written < 0 ? written : append(held, entryOf.second);
       });
     }
     return result;

@@ -7,10 +7,12 @@
 
 #include <cerrno>
 #include <limits>
+#include <memory>
 #include <utility>
 
 #include "facade/SandboxedApp.h"
 #include "platform/files/TrustedProgram.h"
+#include "platform/foundation/FileDescriptor.h"
 #include "platform/ipc/EntitlementDatabase.h"
 #include "platform/ipc/PeerIdentity.h"
 #include "protocol/ClientEntitlements.h"
@@ -20,19 +22,15 @@ namespace {
 
 using Identified = Result<CallerIdentity>;
 
-// What the bus says of a connection.
-struct Credentials final {
-  pid_t process = 0;
-  // Null from a bus that has none.
-  BusValue::Descriptor pin;
-};
+using Process = Result<pid_t>;
 
-Result<Credentials> unknownCaller(int errorNumber) {
-  return Result<Credentials>::failure(makePosixError(errorNumber, "identify a caller"));
+Process unknownCaller(int errorNumber) {
+  return Process::failure(makePosixError(errorNumber, "identify a caller"));
 }
 
-Result<Credentials> credentialsIn(const Result<BusValues>& answer) {
-  if (!answer.ok()) return Result<Credentials>::failure(answer.error());
+// Whose a connection is, as the bus says.
+Process processIn(const Result<BusValues>& answer) {
+  if (!answer.ok()) return Process::failure(answer.error());
   const BusDictionary* known =
       answer.value().empty() ? nullptr : answer.value().front().dictionary();
   if (known == nullptr) return unknownCaller(EBADMSG);
@@ -42,15 +40,7 @@ Result<Credentials> credentialsIn(const Result<BusValues>& answer) {
   if (user->integer() != std::int64_t{::geteuid()}) return unknownCaller(EPERM);
   const std::int64_t number = process->integer().value_or(0);
   if (number <= 0 || number > std::numeric_limits<pid_t>::max()) return unknownCaller(ESRCH);
-  Credentials credentials{static_cast<pid_t>(number), nullptr};
-  const BusValue* pin = findEntry(*known, "ProcessFD");
-  if (pin != nullptr && pin->descriptor() != nullptr) credentials.pin = *pin->descriptor();
-  return Result<Credentials>::success(std::move(credentials));
-}
-
-BusValue::Descriptor pinByNumber(pid_t process) {
-  FileDescriptor pin(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));
-  return pin.isOpen() ? std::make_shared<const FileDescriptor>(std::move(pin)) : nullptr;
+  return Process::success(static_cast<pid_t>(number));
 }
 
 bool isAlive(int pidfd) {
@@ -93,18 +83,17 @@ void CallerIdentifier::askBus(const std::string& uniqueName, BusConnection::Repl
 
 void CallerIdentifier::identify(const std::string& uniqueName, Reply reply) {
   askBus(uniqueName, [this, uniqueName, reply = std::move(reply)](const auto& answer) {
-    const auto credentials = credentialsIn(answer);
-    if (!credentials.ok()) return reply(Identified::failure(credentials.error()));
-    const pid_t process = credentials.value().process;
-    const bool busPins = credentials.value().pin != nullptr;
-    const auto pin = busPins ? credentials.value().pin : pinByNumber(process);
-    if (!pin) return reply(Identified::failure(makePosixError(ESRCH, "pin a caller")));
-    Identified caller = examine(process, pin->get());
-    if (busPins || !caller.ok()) return reply(std::move(caller));
+    const Process process = processIn(answer);
+    if (!process.ok()) return reply(Identified::failure(process.error()));
+    const auto pin = std::make_shared<const FileDescriptor>(
+        static_cast<int>(::syscall(SYS_pidfd_open, process.value(), 0)));
+    if (!pin->isOpen()) return reply(Identified::failure(makePosixError(ESRCH, "pin a caller")));
+    Identified caller = examine(process.value(), pin->get());
+    if (!caller.ok()) return reply(std::move(caller));
     askBus(uniqueName, [caller, process, pin, reply](const auto& again) {
-      const auto same = credentialsIn(again);
+      const Process same = processIn(again);
       if (!same.ok()) return reply(Identified::failure(same.error()));
-      const bool isSame = same.value().process == process && isAlive(pin->get());
+      const bool isSame = same.value() == process.value() && isAlive(pin->get());
       reply(isSame ? caller : Identified::failure(makePosixError(ESRCH, "identify a caller")));
     });
   });

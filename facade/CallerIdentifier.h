@@ -11,11 +11,12 @@
 
 namespace quenlet {
 
-// Finds out who has a name on the bus. The bus knows the process that connected; where it cannot
-// hand over a pin of it, the process is pinned by its number, and the bus asked once more: it still
-// knows that connection only if the process did not end in between, so that the number was never
-// given to another. A program of the host is examined by the agent's own rules, with the
-// entitlements as they are now. Use on the loop's thread; must outlive what it has begun.
+// Finds out who has a name on the bus. The bus knows the number of the process that connected; it
+// is pinned by that, looked at, and the bus asked once more. As a connection ends with its process,
+// the number was not given to another in between, unless the process left the connection to a
+// child: a program of the host that means to deceive can do as much by running another program. A
+// program of the host is examined by the agent's own rules, with the entitlements of that moment.
+// Use on the loop's thread; must outlive what it has begun.
 class CallerIdentifier final {
  public:
   using Reply = std::function<void(Result<CallerIdentity> caller)>;

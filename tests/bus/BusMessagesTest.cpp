@@ -9,6 +9,7 @@
 #include "bus/BusArguments.h"
 #include "bus/BusError.h"
 #include "bus/BusMessage.h"
+#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 namespace {
