@@ -21,7 +21,6 @@ bool isAppWord(std::string_view word) {
 
 AppPermission AppPermission::fromTexts(AppWish wish, const std::vector<std::string>& texts) {
   if (texts.empty()) return {};
-  const AppPermission refusal{OwnersWord::no};
   AppPermission permission{OwnersWord::yes};
   for (const std::string& text : texts) {
     const auto kind = wish == AppWish::meCard ? cardKindFor(text) : std::nullopt;
@@ -30,7 +29,7 @@ AppPermission AppPermission::fromTexts(AppWish wish, const std::vector<std::stri
     } else if (text == yes) {
       if (wish == AppWish::meCard) permission.kinds.merge(usualCardKinds());
     } else {
-      return refusal;
+      return {OwnersWord::no};
     }
   }
   return permission;

@@ -128,7 +128,12 @@ void AgentFacade::donateForApp(const CallPtr& call, std::vector<Donation> donati
   apps.pass({.wish = AppWish::donate, .app = app}, [this, call, donations = std::move(donations)](
                                                        const Result<AppPermission>& permission) {
     if (!permission.ok()) return call->fail(*permission.error());
-    agent.donate(donations, [call](const ErrorPtr& error) { call->finish(error); });
+    host.examineOwners({*call->caller.app}, identifiersOf(donations),
+                       [this, call, donations](const ErrorPtr& refusal) {
+                         if (refusal) return call->fail(*refusal);
+                         agent.donate(donations,
+                                      [call](const ErrorPtr& error) { call->finish(error); });
+                       });
   });
 }
 
@@ -136,19 +141,17 @@ void AgentFacade::removeDonations(const CallPtr& call) {
   auto read = identifiersIn(call->arguments.front());
   if (!read.ok()) return call->fail(*read.error());
   std::vector<std::string> identifiers = std::move(read).takeValue();
-  const auto finish = [call](const ErrorPtr& error) { call->finish(error); };
   if (call->caller.app) {
     for (std::string& identifier : identifiers) {
       identifier = identifierOfApp(*call->caller.app, identifier);
     }
-    agent.remove(std::move(identifiers), finish);
-    return;
   }
-  host.examineIdentifiers(call->caller, identifiers,
-                          [this, call, identifiers, finish](const ErrorPtr& refusal) {
-                            if (refusal) return call->fail(*refusal);
-                            agent.remove(identifiers, finish);
-                          });
+  const auto remove = [this, call, identifiers](const ErrorPtr& refusal) {
+    if (refusal) return call->fail(*refusal);
+    agent.remove(identifiers, [call](const ErrorPtr& error) { call->finish(error); });
+  };
+  if (call->caller.app) return host.examineOwners({*call->caller.app}, identifiers, remove);
+  host.examineIdentifiers(call->caller, identifiers, remove);
 }
 
 void AgentFacade::removeBundle(const CallPtr& call) {
@@ -221,10 +224,22 @@ void AgentFacade::getVCard(const CallPtr& call) {
 }
 
 void AgentFacade::watch(const CallPtr& call) {
-  passToCard(call, {}, [this, call](const CardKinds&) {
-    if (watchers.add(call->request->sender(), call->caller)) return call->request->reply();
+  const auto add = [this, call] {
+    const std::string sender = call->request->sender();
+    // Nobody would take it off the list again.
+    if (!isConnected(sender)) return;
+    if (watchers.add(sender, call->caller)) return call->request->reply();
     call->request->fail(BusyError, "too many programs watch the card");
-  });
+  };
+  if (!call->caller.app) {
+    const ErrorPtr refusal = HostGate::refusalToRead(call->caller);
+    return refusal ? call->fail(*refusal) : add();
+  }
+  // Whichever kinds the owner allows it.
+  apps.pass({.wish = AppWish::meCard, .app = *call->caller.app, .kinds = usualCardKinds()},
+            [call, add](const auto& permission) {
+              return permission.ok() ? add() : call->fail(*permission.error());
+            });
 }
 
 void AgentFacade::unwatch(const CallPtr& call) {

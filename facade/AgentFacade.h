@@ -29,8 +29,15 @@ class AgentFacade final {
  public:
   using Requests = std::shared_ptr<BusRequest>;
 
-  AgentFacade(Client& client, AppGate& appGate, Watchers& cardWatchers)
-      : agent(client), apps(appGate), host(client), watchers(cardWatchers) {}
+  // Whether the connection of a call that is under way has not ended, by its unique name.
+  using IsConnected = std::function<bool(const std::string& uniqueName)>;
+
+  AgentFacade(Client& client, AppGate& appGate, Watchers& cardWatchers, IsConnected knows)
+      : agent(client),
+        apps(appGate),
+        host(client),
+        watchers(cardWatchers),
+        isConnected(std::move(knows)) {}
 
   // Answers the request; the ticket is kept until then. The arguments are of the method's
   // signature.
@@ -68,6 +75,7 @@ class AgentFacade final {
   AppGate& apps;
   HostGate host;
   Watchers& watchers;
+  const IsConnected isConnected;
 };
 
 }  // namespace quenlet

@@ -16,7 +16,7 @@ constexpr std::uint32_t nameDoNotQueue = 4;
 constexpr std::int64_t nameIsOwned = 1;
 
 // What one call may hold: a donation's image is 8 MiB at most, and the agent takes 32 in a request.
-constexpr BusLimits callLimits{.depth = 8, .values = 65536, .bytes = std::size_t{32} << 20};
+constexpr BusLimits callLimits{.depth = 8, .values = 131072, .bytes = std::size_t{32} << 20};
 
 BusCall callOfBus(std::string member, std::string signature, BusValues arguments) {
   return {.destination = busName,
@@ -41,7 +41,7 @@ BusProgram::BusProgram(BusLoop& runs, BusConnection& opened, DonationPreferences
       apps(store, question),
       watchers(agent, idle,
                [this](const auto& watcher, const auto& caller) { tell(watcher, caller); }),
-      facade(agent, apps, watchers),
+      facade(agent, apps, watchers, [this](const auto& name) { return callers->knows(name); }),
       identifier(bus, prefix),
       callers(std::make_shared<Callers>(
           [this](const std::string& name, CallerIdentifier::Reply reply) {
@@ -70,7 +70,8 @@ ErrorPtr BusProgram::start() {
                                          [this] {
                                            const IdleEnd::Hold asked = idle.hold();
                                            return preferences.isDonationsEnabled();
-                                         }});
+                                         },
+                                     .message = [this] { countMessage(); }});
   if (!put.ok()) return put.error();
   object = std::move(put).takeValue();
   followOwners();
@@ -107,11 +108,14 @@ void BusProgram::fail(ErrorPtr error) {
 }
 
 // Calls are read before answers are given: what one caller asks beyond its limits is refused at
-// once, so that the next one's calls do not wait behind it. But a flood must not hold up all
-// answers.
+// once, so that the next one's calls do not wait behind it. But a flood, of whatever kind, must not
+// hold up all answers.
+void BusProgram::countMessage() {
+  constexpr std::size_t messagesBetweenAnswers = 64;
+  if (++received % messagesBetweenAnswers == 0) agent.dispatch();
+}
+
 void BusProgram::receive(const std::shared_ptr<BusRequest>& request) {
-  constexpr std::size_t callsBetweenAnswers = 64;
-  if (++received % callsBetweenAnswers == 0) agent.dispatch();
   auto read = request->arguments(callLimits);
   if (!read.ok()) return request->fail(TooLargeError, "the call is too large");
   const auto arguments = std::make_shared<const BusValues>(std::move(read).takeValue());
@@ -136,7 +140,8 @@ void BusProgram::tell(const std::string& watcher, const CallerIdentity& caller) 
   // The owner may have changed their mind since it began to watch.
   apps.look(AppWish::meCard, *caller.app, [this, watcher, send](const auto& permission) {
     if (permission.ok()) return send();
-    watchers.remove(watcher);
+    // Any other error may pass.
+    if (facadeErrorName(*permission.error()) == NotPermittedError) watchers.remove(watcher);
   });
 }
 

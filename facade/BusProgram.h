@@ -35,6 +35,7 @@ class BusProgram final {
   [[nodiscard]] ErrorPtr start();
   void claimName();
   void followOwners();
+  void countMessage();
   void receive(const std::shared_ptr<BusRequest>& request);
   void tell(const std::string& watcher, const CallerIdentity& caller);
   void giveNameBack();

@@ -135,6 +135,8 @@ void Callers::end(const std::shared_ptr<Account>& account, std::size_t sizeInByt
   runNext(account);
 }
 
+bool Callers::knows(const std::string& uniqueName) const { return callers.contains(uniqueName); }
+
 void Callers::forget(const std::string& uniqueName) {
   const auto found = callers.find(uniqueName);
   if (found == callers.end()) return;

@@ -51,6 +51,8 @@ class Callers final : public std::enable_shared_from_this<Callers> {
   void serve(const std::string& uniqueName, Request request);
   // The connection has ended: what it asked still runs, but it is not known any more.
   void forget(const std::string& uniqueName);
+  // Whether something of this connection's is under way and it has not ended.
+  [[nodiscard]] bool knows(const std::string& uniqueName) const;
 
  private:
   struct Account;

@@ -46,7 +46,7 @@ ErrorPtr makeFacadeError(const std::string& name, std::string sentence) {
 }
 
 std::string facadeErrorName(const Error& error) {
-  const std::string name = busErrorName(error);
+  std::string name = busErrorName(error);
   // Others' names, as the permission store's, mean nothing to a caller.
   if (name.starts_with("org.quenlet.") || name == InvalidArgsError || name == BusyError) {
     return name;

@@ -35,13 +35,17 @@ const sd_bus_vtable FacadeObject::members[] = {
 Result<std::unique_ptr<FacadeObject>> FacadeObject::put(BusConnection& bus, Handlers handlers) {
   using Put = Result<std::unique_ptr<FacadeObject>>;
   auto object = std::unique_ptr<FacadeObject>(new FacadeObject(bus, std::move(handlers)));
-  const int result = sd_bus_add_object_vtable(bus.handle(), &object->slot, FacadePath, FacadeName,
-                                              members, object.get());
+  int result = sd_bus_add_object_vtable(bus.handle(), &object->slot, FacadePath, FacadeName,
+                                        members, object.get());
+  if (result >= 0) result = sd_bus_add_filter(bus.handle(), &object->filter, notice, object.get());
   if (result < 0) return Put::failure(makePosixError(-result, "put the object on the bus"));
   return Put::success(std::move(object));
 }
 
-FacadeObject::~FacadeObject() { sd_bus_slot_unref(slot); }
+FacadeObject::~FacadeObject() {
+  sd_bus_slot_unref(filter);
+  sd_bus_slot_unref(slot);
+}
 
 ErrorPtr FacadeObject::tellCardChanged(const std::string& uniqueName) {
   return bus.emit({.path = FacadePath, .member = "CardChanged"}, FacadeName, "", uniqueName);
@@ -52,6 +56,11 @@ int FacadeObject::receive(sd_bus_message* call, void* self, sd_bus_error*) {
     static_cast<FacadeObject*>(self)->handlers.call(std::make_shared<BusRequest>(call));
   });
   return 1;
+}
+
+int FacadeObject::notice(sd_bus_message*, void* self, sd_bus_error*) {
+  runGuarded([self] { static_cast<FacadeObject*>(self)->handlers.message(); });
+  return 0;
 }
 
 int FacadeObject::readVersion(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply,

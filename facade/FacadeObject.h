@@ -23,6 +23,8 @@ class FacadeObject final {
     // For each call of a known method with arguments of its signature.
     std::function<void(Requests request)> call;
     std::function<bool()> isDonationsEnabled;
+    // For each message that comes, before anything else.
+    std::function<void()> message;
   };
 
   // An error when the object cannot be put on the bus.
@@ -38,6 +40,7 @@ class FacadeObject final {
   FacadeObject(BusConnection& connection, Handlers called)
       : bus(connection), handlers(std::move(called)) {}
   static int receive(sd_bus_message* call, void* self, sd_bus_error* error);
+  static int notice(sd_bus_message* message, void* self, sd_bus_error* error);
   static int readDonationsEnabled(sd_bus* connection, const char* path, const char* interface,
                                   const char* property, sd_bus_message* reply, void* self,
                                   sd_bus_error* error);
@@ -49,6 +52,7 @@ class FacadeObject final {
   BusConnection& bus;
   const Handlers handlers;
   sd_bus_slot* slot = nullptr;
+  sd_bus_slot* filter = nullptr;
 };
 
 }  // namespace quenlet

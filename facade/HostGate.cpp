@@ -2,15 +2,18 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 #include "facade/FacadeError.h"
+#include "platform/foundation/Text.h"
 
 namespace quenlet {
 namespace {
 
-bool mayChange(const CallerIdentity& caller, const std::string& bundle) {
-  if (!caller.bundles) return true;
-  return std::find(caller.bundles->begin(), caller.bundles->end(), bundle) != caller.bundles->end();
+using Bundles = std::vector<std::string>;
+
+bool isAmong(const Bundles& bundles, const std::string& bundle) {
+  return std::find(bundles.begin(), bundles.end(), bundle) != bundles.end();
 }
 
 ErrorPtr beyondLimit() {
@@ -29,7 +32,7 @@ ErrorPtr HostGate::refusalToRead(const CallerIdentity& caller) {
 
 ErrorPtr HostGate::refusalOfBundle(const CallerIdentity& caller, const std::string& bundle) {
   if (ErrorPtr refusal = refusalToRead(caller)) return refusal;
-  return mayChange(caller, bundle) ? nullptr : beyondLimit();
+  return !caller.bundles || isAmong(*caller.bundles, bundle) ? nullptr : beyondLimit();
 }
 
 ErrorPtr HostGate::refusalToReject(const CallerIdentity& caller) {
@@ -41,13 +44,21 @@ void HostGate::examineIdentifiers(const CallerIdentity& caller,
                                   const std::vector<std::string>& identifiers, Outcome outcome) {
   if (ErrorPtr refusal = refusalToRead(caller)) return outcome(refusal);
   if (!caller.bundles) return outcome(nullptr);
-  agent.donations([caller, asked = std::set(identifiers.begin(), identifiers.end()),
+  examineOwners(*caller.bundles, identifiers, std::move(outcome));
+}
+
+void HostGate::examineOwners(std::vector<std::string> bundles,
+                             const std::vector<std::string>& identifiers, Outcome outcome) {
+  // As the agent tells identifiers apart.
+  std::set<std::string> asked;
+  for (const std::string& identifier : identifiers) asked.insert(canonicalKey(identifier));
+  agent.donations([bundles = std::move(bundles), asked = std::move(asked),
                    outcome = std::move(outcome)](const auto& held) {
     if (!held.ok()) return outcome(held.error());
     const bool isWithin =
         std::all_of(held.value().begin(), held.value().end(), [&](const Donation& donation) {
-          return !asked.contains(donation.donationIdentifier) ||
-                 mayChange(caller, donation.bundleIdentifier);
+          return isAmong(bundles, donation.bundleIdentifier) ||
+                 !asked.contains(canonicalKey(donation.donationIdentifier));
         });
     outcome(isWithin ? nullptr : beyondLimit());
   });

@@ -30,6 +30,10 @@ class HostGate final {
   // for a program with a limit.
   void examineIdentifiers(const CallerIdentity& caller, const std::vector<std::string>& identifiers,
                           Outcome outcome);
+  // Whether what these identifiers stand for now, if anything, is all of these bundles'. The agent
+  // finds values by their identifiers alone, whoever donated them.
+  void examineOwners(std::vector<std::string> bundles, const std::vector<std::string>& identifiers,
+                     Outcome outcome);
 
  private:
   Client& agent;

@@ -51,10 +51,13 @@ BusValue choicesFor(const CardKinds& wanted) {
   return choices;
 }
 
-// The kinds whose boxes are checked; `wanted` from a dialog that shows none.
-CardKinds chosenKinds(const BusDictionary& results, const CardKinds& wanted) {
+// The kinds whose boxes are checked. A dialog that shows none has not asked for the picture.
+CardKinds chosenKinds(const BusDictionary& results, CardKinds wanted) {
   const BusValue* choices = findEntry(results, "choices");
-  if (choices == nullptr || choices->elements() == nullptr) return wanted;
+  if (choices == nullptr || choices->elements() == nullptr) {
+    wanted.erase(CardKind::imageData);
+    return wanted;
+  }
   CardKinds chosen;
   for (const BusValue& choice : *choices->elements()) {
     const BusValues* pair = choice.members();
@@ -73,7 +76,8 @@ std::optional<AppPermission> answerIn(const BusValues& reply, const AppRequest& 
   if (response != granted || reply.size() != 2) return std::nullopt;
   if (request.wish == AppWish::donate) return AppPermission{OwnersWord::yes};
   const BusDictionary* results = reply.back().dictionary();
-  const CardKinds kinds = results == nullptr ? request.kinds : chosenKinds(*results, request.kinds);
+  const CardKinds kinds =
+      chosenKinds(results == nullptr ? BusDictionary() : *results, request.kinds);
   return kinds.empty() ? AppPermission{OwnersWord::no} : AppPermission{OwnersWord::yes, kinds};
 }
 

@@ -25,7 +25,10 @@ App unreadable(int errorNumber) {
 
 Result<std::string> appIdentifierIn(std::string_view flatpakInfo) {
   auto name = keyFileText(flatpakInfo, "Application", "name");
-  if (!name || !isAppIdentifier(*name)) {
+  // Those of this project's own donors are not for whoever names an app after them.
+  const bool isReserved =
+      name && (name->starts_with("org.quenlet.") || name->starts_with("ovaro.quenlet."));
+  if (!name || isReserved || !isAppIdentifier(*name)) {
     return Result<std::string>::failure(makePosixError(EINVAL, "tell an app's name"));
   }
   return Result<std::string>::success(*std::move(name));

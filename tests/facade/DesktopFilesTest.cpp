@@ -26,6 +26,8 @@ TEST(SandboxedAppTest, TakesTheNameOfTheAppAlone) {
       {"in another group", "[Instance]\nname=org.example.App\n[Application]\n", nullptr},
       {"no identifier", "[Application]\nname=../../etc\n", nullptr},
       {"empty", "", nullptr},
+      {"one of the agent's own", "[Application]\nname=ovaro.quenlet.accounts\n", nullptr},
+      {"a donor's of ours", "[Application]\nname=org.quenlet.donors.kmail\n", nullptr},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);

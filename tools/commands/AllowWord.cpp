@@ -31,6 +31,7 @@ void AllowWord::addTo(CLI::App& app, ChosenAction& chosen) {
       ->type_name("")
       ->required();
   std::vector<std::string> known;
+  known.reserve(std::size(cardKindWords));
   for (const auto& entry : cardKindWords) known.emplace_back(entry.second);
   CLI::Option* which = word->add_option("KINDS", kinds,
                                         "What it may read: name, emailAddress, phoneNumber, "

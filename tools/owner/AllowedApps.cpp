@@ -31,6 +31,7 @@ Result<std::vector<AllowedApp>> readAllowedApps() {
     }
   }
   std::vector<AllowedApp> apps;
+  apps.reserve(found.size());
   for (auto& entry : found) apps.push_back(std::move(entry.second));
   return Apps::success(std::move(apps));
 }
