@@ -80,6 +80,8 @@ std::optional<std::string> personalAddress(std::string_view mailbox) {
 
 std::optional<Name> fullName(std::string_view mailbox) {
   if (!isPlainText(mailbox) || mailbox.find('\n') != mailbox.npos) return std::nullopt;
+  // Encoded for the header of a message: no name as it stands.
+  if (mailbox.find("=?") != mailbox.npos) return std::nullopt;
   PersonNameComponents found = NameComponentsTokenizer::componentsFromString(mailbox);
   if (!found.givenName || !found.familyName) return std::nullopt;
   return Name{std::move(found.namePrefix), std::move(found.givenName),  std::move(found.middleName),

@@ -73,7 +73,8 @@ Result<PropertyListDictionary> entriesOf(DataProxy& dataProxy, const std::filesy
 std::string chassis(DataProxy& dataProxy, const ChassisFiles& files) {
   const Result<std::string> text = TelephonyFile::readBytes(dataProxy, files.machineInfo);
   if (text.ok()) {
-    if (auto chosen = MachineInfo::valueOf("CHASSIS", text.value())) return *std::move(chosen);
+    auto chosen = MachineInfo::valueOf("CHASSIS", text.value());
+    if (chosen && !chosen->empty()) return *std::move(chosen);
   }
   const Result<std::string> word = TelephonyFile::readBytes(dataProxy, files.deviceTree);
   // As all texts of a device tree, it ends with a NUL.
