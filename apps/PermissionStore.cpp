@@ -26,7 +26,7 @@ Result<PermissionStore::All> permissionsIn(AppWish wish, const Result<BusValues>
     return All::failure(makePosixError(EBADMSG, "read the permission store's answer"));
   }
   for (const auto& [app, texts] : *entries) {
-    // What is not a list of texts is no permission of ours, and no yes.
+    // Anything but a list of texts was stored by others, and allows nothing.
     const auto read = texts.texts();
     all.emplace(app, read ? AppPermission::fromTexts(wish, *read) : AppPermission{OwnersWord::no});
   }

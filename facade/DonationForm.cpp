@@ -182,7 +182,8 @@ Result<std::vector<Donation>> donationsIn(const BusValue& list) {
   std::vector<Donation> donations;
   for (const BusValue& element : *list.elements()) {
     const std::string name = "donation " + std::to_string(donations.size() + 1);
-    if (element.dictionary() == nullptr) return Read::failure(invalid(name + " is no dictionary"));
+    if (element.dictionary() == nullptr)
+      return Read::failure(invalid(name + " is not a dictionary"));
     auto donation = donationIn(*element.dictionary(), name);
     if (!donation.ok()) return Read::failure(donation.error());
     donations.push_back(std::move(donation).takeValue());
@@ -218,7 +219,8 @@ Result<std::vector<std::string>> identifiersIn(const BusValue& list) {
 
 Result<std::optional<AccountRecord>> accountIn(const BusValue& account) {
   using Read = Result<std::optional<AccountRecord>>;
-  if (account.dictionary() == nullptr) return Read::failure(invalid("an account is no dictionary"));
+  if (account.dictionary() == nullptr)
+    return Read::failure(invalid("an account is not a dictionary"));
   if (account.dictionary()->empty()) return Read::success(std::nullopt);
   FieldReader fields(*account.dictionary(), "account");
   AccountRecord record;

@@ -35,7 +35,7 @@ inline constexpr std::size_t mostBytesInIdentifier = 1024;
 // before its identifiers in the agent, but not where the app sees them.
 [[nodiscard]] ErrorPtr claimForApp(const std::string& app, std::vector<Donation>& donations);
 [[nodiscard]] std::string identifierOfApp(const std::string& app, const std::string& identifier);
-// Of all donations those of the app, as it gave them.
+// The app's own donations, as it gave them.
 [[nodiscard]] std::vector<Donation> donationsOfApp(const std::string& app,
                                                    std::vector<Donation> all);
 

@@ -25,7 +25,7 @@ App unreadable(int errorNumber) {
 
 Result<std::string> appIdentifierIn(std::string_view flatpakInfo) {
   auto name = keyFileText(flatpakInfo, "Application", "name");
-  // Those of this project's own donors are not for whoever names an app after them.
+  // An app must not pass for one of this project's own donors.
   const bool isReserved =
       name && (name->starts_with("org.quenlet.") || name->starts_with("ovaro.quenlet."));
   if (!name || isReserved || !isAppIdentifier(*name)) {

@@ -16,7 +16,7 @@ namespace quenlet {
 // Only what is there.
 [[nodiscard]] BusDictionary nameDictionary(const Name& name);
 [[nodiscard]] BusDictionary addressDictionary(const Address& address);
-// The fields under their keys. False if one is no text, or longer than a text may be, or a key is
+// The fields under their keys. False if one is not text, or longer than a text may be, or a key is
 // unknown, so that no misspelt part of a value is lost.
 [[nodiscard]] bool readName(const BusDictionary& entries, Name& name);
 [[nodiscard]] bool readAddress(const BusDictionary& entries, Address& address);

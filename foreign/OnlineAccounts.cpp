@@ -46,7 +46,7 @@ bool isWord(std::string_view text) {
          });
 }
 
-// A name that is no address and no login name.
+// A name that is neither an address nor a login name.
 std::optional<std::string> nameOf(const KeyFile& file, const std::string& group) {
   auto name = file.text(group, "Name");
   if (!name || !fullName(*name)) return std::nullopt;

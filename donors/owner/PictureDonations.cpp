@@ -41,7 +41,7 @@ SourceDonor::Donations pictureDonations(const std::vector<std::filesystem::path>
         !bytes.ok() ? bytes.error()
         : isWholeImage(*bytes.value())
             ? nullptr
-            : makeError(PosixErrorDomain, EINVAL, "it is no whole PNG or JPEG image");
+            : makeError(PosixErrorDomain, EINVAL, "it is not a whole PNG or JPEG image");
     if (error) {
       return Donations::failure(ForeignFiles::locate("picture " + std::to_string(number), *error));
     }

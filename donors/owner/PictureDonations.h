@@ -9,7 +9,7 @@
 namespace quenlet {
 
 // The picture that stands for the owner at login: the first of the files that is there. An error
-// when that one cannot be read or is no whole image.
+// when that one cannot be read or is not a whole image.
 [[nodiscard]] SourceDonor::Donations pictureDonations(
     const std::vector<std::filesystem::path>& files);
 

@@ -17,8 +17,8 @@ namespace quenlet {
 [[nodiscard]] Result<std::filesystem::path> trustedProgram(
     const std::filesystem::path& executable, const std::filesystem::path& chosenBase = {});
 
-// Why the program at `program`, an absolute path in which all links are resolved, is none of that
-// kind; null if it is.
+// Why the program at `program`, an absolute path in which all links are resolved, is not trusted;
+// null if it is.
 [[nodiscard]] ErrorPtr whyUntrusted(const std::filesystem::path& program,
                                     const std::filesystem::path& chosenBase = {});
 

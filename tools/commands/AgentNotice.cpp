@@ -2,9 +2,8 @@
 
 #include <cerrno>
 #include <chrono>
-#include <tuple>
 
-#include "client/waitForReply.h"
+#include "tools/owner/WaitingAgent.h"
 
 namespace quenlet {
 namespace {
@@ -13,20 +12,13 @@ namespace {
 constexpr int mostAttempts = 100;
 constexpr std::chrono::milliseconds pauseBetweenAttempts(100);
 
-ErrorPtr askAgent(const Session& session, const AccountPtr& oldAccount,
-                  const AccountPtr& newAccount) {
-  const auto [error] = waitForReply<ErrorPtr>([&](ErrorReply reply) {
-    session.agent.changeFromAccount(oldAccount, newAccount, std::move(reply));
-  });
-  return error;
-}
-
 }  // namespace
 
 AgentNotice AgentNotice::give(const Session& session, const UserAccounts& accounts,
                               const AccountPtr& oldAccount, const AccountPtr& newAccount) {
+  const WaitingAgent agent(session.agent);
   for (int attempt = 1;; ++attempt) {
-    const ErrorPtr error = askAgent(session, oldAccount, newAccount);
+    const ErrorPtr error = agent.changeAccount(oldAccount, newAccount);
     if (!error) return {};
     const bool isRefusal = !isNoAgent(*error);
     const ErrorPtr obstacle = isRefusal ? nullptr : accounts.catchUp().schedule();

@@ -44,7 +44,7 @@ TEST(PictureDonationsTest, GiveTheFirstFileThatIsThereIfItIsWhole) {
   using namespace std::string_literals;
   const std::string png = "\x89PNG\r\n\x1A\nx\0\0\0\0IEND\xAE\x42\x60\x82"s;
   const std::string jpeg = "\xFF\xD8\xFF\xE0x\xFF\xD9\0\0"s;
-  const std::string damaged = "!picture 1: it is no whole PNG or JPEG image";
+  const std::string damaged = "!picture 1: it is not a whole PNG or JPEG image";
   const TemporaryDirectory home;
   const auto donated = [&] { return textOf(pictureDonations({home / "face", home / "icon"})); };
   EXPECT_EQ(donated(), "");
