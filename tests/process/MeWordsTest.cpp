@@ -20,7 +20,7 @@ TEST_F(MeWordsTest, TellsSoonThatTheAgentHangsWhateverTheWord) {
   EXPECT_EQ(quenlet({"donate", own, "--bundle", "com.example.mail"}).code, 0);
   const auto exported = temporary / "exported.plist";
   writeFile(exported, quenlet({"export"}).out);
-  agent->signal(SIGSTOP);
+  agent->stop();
   std::vector<Row> rows = {
       {{"card"}, 3, {"service-error 11", "hint: systemctl --user restart quenlet-agent\n"}},
       {{"list"}, 3, {"did not answer within 5 seconds"}},

@@ -54,6 +54,14 @@ class ChildProcess final {
     if (isRunning()) ::kill(pid, number);
   }
 
+  // Returns once all its threads have stopped: on a busy machine they go on for a while.
+  void stop() {
+    signal(SIGSTOP);
+    siginfo_t change = {};
+    EXPECT_EQ(::waitid(P_PID, static_cast<id_t>(pid), &change, WSTOPPED | WEXITED | WNOWAIT), 0);
+    EXPECT_EQ(change.si_code, CLD_STOPPED);
+  }
+
   // The exit status, or minus the signal that ended it. Fails the test, and gives back nothing,
   // when it has not ended after a minute.
   std::optional<int> wait() {
