@@ -20,8 +20,13 @@ class MemoryDataProxy final : public DataProxy {
   Future<std::string> dataWithContentsOfURL(const std::filesystem::path&) override {
     return Future<std::string>::futureWithResult(content);
   }
-  Future<bool> writeData(std::string data, const std::filesystem::path&, WritingOptions) override {
-    content = std::move(data);
+  Future<bool> writeContent(FileContentPtr written, const std::filesystem::path&,
+                            WritingOptions) override {
+    content.clear();
+    written->handTo([this](std::string_view piece) {
+      content.append(piece);
+      return true;
+    });
     return Future<bool>::futureWithResult(true);
   }
   bool keepDamagedFile(const std::filesystem::path&) override { return true; }
@@ -33,7 +38,8 @@ class MemoryDataProxy final : public DataProxy {
 
 struct StoredTable final {
   StoredTable() { benchmark::DoNotOptimize(persistence.storeWithAllValues(donations).result()); }
-  const DonationValues donations = sampleDonations(heldDonations);
+  const std::shared_ptr<const DonationValues> donations =
+      std::make_shared<const DonationValues>(sampleDonations(heldDonations));
   const std::shared_ptr<MemoryDataProxy> proxy = std::make_shared<MemoryDataProxy>();
   DonationPersistence persistence{proxy};
 };

@@ -7,14 +7,10 @@
 #include "platform/files/FileReading.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/foundation/PropertyListSerializer.h"
-#include "platform/foundation/PropertyListWriter.h"
+#include "storage/DonationsText.h"
 
 namespace quenlet {
 namespace {
-
-ErrorPtr notSerializable(const std::string& sentence) {
-  return makeDonationError(DonationErrorCode::notSerializable, sentence);
-}
 
 Result<std::filesystem::path> donationsDirectory() {
   return UserDirectories::expandTilde("~/" + std::string(DonationFiles::directory));
@@ -137,97 +133,11 @@ Reading<ExtensionVersions> readVersions(const PropertyListDictionary& contents) 
   return reading;
 }
 
-// The text before and after the records in the donations file.
-struct Frame final {
-  Frame() {
-    constexpr std::string_view listTag = "<array>\n";
-    PropertyListWriter writer;
-    writer.beginDocument();
-    writer.beginDictionary();
-    writer.key(DonationFiles::donationsKey);
-    writer.beginArray();
-    writer.endArray();
-    writer.endDictionary();
-    writer.endDocument();
-    head = std::move(writer).takeText().takeValue();
-    const std::size_t sizeOfHead = head.find(listTag) + listTag.size();
-    tail = head.substr(sizeOfHead);
-    head.resize(sizeOfHead);
-  }
-  // The most bytes of record text that fit between them.
-  [[nodiscard]] std::size_t capacityInBytes() const {
-    return PropertyListSerializer::maximumSizeInBytes - head.size() - tail.size();
-  }
-
-  std::string head;
-  std::string tail;
-};
-
-// The size of all texts; nothing when a record has no text.
-std::optional<std::size_t> sizeOfTexts(const DonationValues& values) {
-  std::size_t size = 0;
-  for (std::size_t place = 0; place < values.size(); ++place) {
-    prefetchDonation(values, place);
-    const std::optional<std::string_view> text = values[place]->propertyListText();
-    if (!text) return std::nullopt;
-    size += text->size();
-  }
-  return size;
-}
-
-// Appends the texts; neighbours in one block of memory are copied in one go.
-void appendTexts(std::string& output, const DonationValues& values) {
-  std::string_view run;
-  for (std::size_t place = 0; place < values.size(); ++place) {
-    prefetchDonation(values, place);
-    const std::string_view text = *values[place]->propertyListText();
-    if (run.data() + run.size() == text.data()) {
-      run = {run.data(), run.size() + text.size()};
-    } else {
-      output.append(run);
-      run = text;
-    }
-  }
-  output.append(run);
-}
-
-// The text of the donations file, assembled from the texts that the records keep.
-Result<std::string> textOf(const DonationValues& values) {
-  const Frame frame;
-  const std::optional<std::size_t> size = sizeOfTexts(values);
-  if (!size) return Result<std::string>::failure(notSerializable("a value cannot be serialised"));
-  if (*size > frame.capacityInBytes()) {
-    return Result<std::string>::failure(
-        notSerializable("the donations together are larger than their file may be"));
-  }
-  std::string text;
-  text.reserve(frame.head.size() + *size + frame.tail.size());
-  text += frame.head;
-  appendTexts(text, values);
-  text += frame.tail;
-  return Result<std::string>::success(std::move(text));
-}
-
-// Reads a file in exactly the form that is written here, without building a tree. Nothing for any
-// other file, sound or not: then the general reader decides.
-std::optional<DonationValues> donationsOfWrittenText(std::string_view text) {
-  const Frame frame;
-  if (text.size() > PropertyListSerializer::maximumSizeInBytes || !text.starts_with(frame.head)) {
-    return std::nullopt;
-  }
-  text.remove_prefix(frame.head.size());
-  DonationValues values;
-  while (text != frame.tail) {
-    if (!DonationValue::takeFromPropertyListTexts(text, values)) return std::nullopt;
-  }
-  return values;
-}
-
 }  // namespace
 
 Future<DonationValues> DonationPersistence::loadDonations() {
   return load<DonationValues>(dataProxy, DonationFiles::donations, &readDonations,
-                              &donationsOfWrittenText);
+                              &DonationsText::read);
 }
 
 Future<std::vector<DonationValue::Value>> DonationPersistence::loadRejections() {
@@ -239,10 +149,13 @@ Future<ExtensionVersions> DonationPersistence::loadExtensionVersions() {
   return load<ExtensionVersions>(dataProxy, DonationFiles::bundleVersions, &readVersions);
 }
 
-Future<bool> DonationPersistence::storeWithAllValues(const DonationValues& values) {
+Future<bool> DonationPersistence::storeWithAllValues(
+    const std::shared_ptr<const DonationValues>& values) {
   const Result<std::filesystem::path> url = fileLocation(DonationFiles::donations);
   if (!url.ok()) return Future<bool>::futureWithError(url.error());
-  return storeText(url.value(), textOf(values));
+  Result<FileContentPtr> text = DonationsText::of(values);
+  if (!text.ok()) return Future<bool>::futureWithError(text.error());
+  return store(url.value(), std::move(text).takeValue());
 }
 
 Future<bool> DonationPersistence::storeWithExtensionVersions(const ExtensionVersions& versions) {
@@ -259,24 +172,27 @@ Future<bool> DonationPersistence::storeWithExtensionVersions(const ExtensionVers
 
 Future<bool> DonationPersistence::storeAsPlistWithUrl(const std::filesystem::path& url,
                                                       PropertyListDictionary value) {
-  const Result<std::string> text = PropertyListSerializer::dataWithObject(std::move(value));
-  if (text.ok()) return storeText(url, text);
+  Result<std::string> text = PropertyListSerializer::dataWithObject(std::move(value));
+  if (text.ok()) {
+    return store(url, std::make_shared<const TextContent>(std::move(text).takeValue()));
+  }
   // One sentence for everything that the form cannot hold: the real one may quote a name that a
   // donor chose.
-  return Future<bool>::futureWithError(notSerializable("a value cannot be serialised"));
+  return Future<bool>::futureWithError(
+      makeDonationError(DonationErrorCode::notSerializable, "a value cannot be serialised"));
 }
 
-std::size_t DonationPersistence::capacityInBytes() const { return Frame().capacityInBytes(); }
+std::size_t DonationPersistence::capacityInBytes() const {
+  return DonationsText::capacityInBytes();
+}
 
 void DonationPersistence::keepStoredDonations() {
   const Result<std::filesystem::path> url = fileLocation(DonationFiles::donations);
   if (url.ok()) dataProxy->keepDamagedFile(url.value());
 }
 
-Future<bool> DonationPersistence::storeText(const std::filesystem::path& url,
-                                            Result<std::string> text) {
-  if (!text.ok()) return Future<bool>::futureWithError(text.error());
-  return dataProxy->writeData(std::move(text).takeValue(), url, WritingOptions::atomic)
+Future<bool> DonationPersistence::store(const std::filesystem::path& url, FileContentPtr content) {
+  return dataProxy->writeContent(std::move(content), url, WritingOptions::atomic)
       .flatMap([self = *this](bool) {
         self.excludeFromBackups();
         return Future<bool>::futureWithResult(true);

@@ -32,7 +32,7 @@ class DonationPersistence final : public DonationPersistenceProtocol {
 
   // Fails with notSerializable when a value has no property-list text or all texts together are too
   // large; otherwise with the error of the write.
-  Future<bool> storeWithAllValues(const DonationValues& values) override;
+  Future<bool> storeWithAllValues(const std::shared_ptr<const DonationValues>& values) override;
   Future<bool> storeWithExtensionVersions(const ExtensionVersions& versions) override;
   [[nodiscard]] std::size_t capacityInBytes() const override;
   // Keeps the file as a damaged one is kept.
@@ -45,7 +45,7 @@ class DonationPersistence final : public DonationPersistenceProtocol {
   void excludeFromBackups() const;
 
  private:
-  [[nodiscard]] Future<bool> storeText(const std::filesystem::path& url, Result<std::string> text);
+  [[nodiscard]] Future<bool> store(const std::filesystem::path& url, FileContentPtr content);
 
   std::shared_ptr<DataProxy> dataProxy;
 };

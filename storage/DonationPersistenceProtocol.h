@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 
 #include "model/DonationValue.h"
@@ -21,7 +22,8 @@ class DonationPersistenceProtocol {
   // The stored donations, in the order in which they were stored.
   [[nodiscard]] virtual Future<DonationValues> loadDonations() = 0;
   // Replaces what is stored by `values`; true once they are durable.
-  [[nodiscard]] virtual Future<bool> storeWithAllValues(const DonationValues& values) = 0;
+  [[nodiscard]] virtual Future<bool> storeWithAllValues(
+      const std::shared_ptr<const DonationValues>& values) = 0;
   [[nodiscard]] virtual Future<ExtensionVersions> loadExtensionVersions() = 0;
   [[nodiscard]] virtual Future<bool> storeWithExtensionVersions(
       const ExtensionVersions& versions) = 0;

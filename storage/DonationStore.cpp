@@ -229,7 +229,7 @@ void DonationStore::save(SaveReply saveReply) {
   hasUnsavedRemoval = false;
   diskScheduler->performBlock([self = shared_from_this(), values = donations.snapshot(),
                                saveReply = std::move(saveReply), transaction = beginChange()] {
-    self->persistence->storeWithAllValues(*values).onCompletion(
+    self->persistence->storeWithAllValues(values).onCompletion(
         [self, saveReply, transaction](const Result<bool>& stored) {
           const SaveResponse response =
               stored.ok() ? SaveResponse::success() : SaveResponse::failure(stored.error());

@@ -1,8 +1,11 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <string>
+#include <utility>
 
+#include "platform/files/FileContent.h"
 #include "platform/foundation/Future.h"
 
 namespace quenlet {
@@ -18,13 +21,18 @@ class DataProxy {
   [[nodiscard]] virtual Future<std::string> dataWithContentsOfURL(
       const std::filesystem::path& url) = 0;
 
-  // Writes `data` as the whole content of a file. With WritingOptions::atomic, a reader, and the
+  // Writes the whole content of a file. With WritingOptions::atomic, a reader, and the
   // next start after a crash or power failure, sees the old file or the new one, never a part.
   // Missing directories are created (0700); the file has mode 0600. The future succeeds with true
   // once the bytes are durable. On failure the old file is unchanged, unless only the last step,
   // making the replacement durable, failed. It completes on the implementation's writer thread.
-  [[nodiscard]] virtual Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
-                                               WritingOptions options) = 0;
+  [[nodiscard]] virtual Future<bool> writeContent(FileContentPtr content,
+                                                  const std::filesystem::path& toURL,
+                                                  WritingOptions options) = 0;
+  [[nodiscard]] Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
+                                       WritingOptions options) {
+    return writeContent(std::make_shared<const TextContent>(std::move(data)), toURL, options);
+  }
 
   // Keeps a copy of a damaged or unreadable file beside it, as "<name>.damaged-<n>", before it is
   // replaced. On the calling thread. False when that fails.

@@ -81,6 +81,16 @@ class NewFile final {
   bool kept = false;
 };
 
+// A text that outlives it.
+class BorrowedText final : public FileContent {
+ public:
+  explicit BorrowedText(std::string_view wholeText) : text(wholeText) {}
+  void handTo(const Sink& sink) const override { sink(text); }
+
+ private:
+  const std::string_view text;
+};
+
 Result<path> resolved(const path& target) {
   std::error_code failure;
   if (!std::filesystem::is_symlink(target, failure)) return Result<path>::success(target);
@@ -112,6 +122,10 @@ void removeUnlocked(const path& directory, const std::string& prefix) {
 }  // namespace
 
 ErrorPtr DurableFileWriter::replace(const path& target, std::string_view data) {
+  return replace(target, BorrowedText(data));
+}
+
+ErrorPtr DurableFileWriter::replace(const path& target, const FileContent& content) {
   const Result<path> real = resolved(target);
   if (!real.ok()) return real.error();
   const std::string name = target.filename().string();
@@ -120,18 +134,18 @@ ErrorPtr DurableFileWriter::replace(const path& target, std::string_view data) {
     return makePosixError(failure, "create the directory of " + name);
   }
   removeLeftoversOnce(real.value());
-  const int failure = replaceResolved(real.value(), data);
+  const int failure = replaceResolved(real.value(), content);
   return failure == 0 ? nullptr : makePosixError(failure, "write " + name);
 }
 
-int DurableFileWriter::replaceResolved(const path& target, std::string_view data) {
+int DurableFileWriter::replaceResolved(const path& target, const FileContent& content) {
   NewFile temporary(operations, temporaryFor(target));
   if (!temporary.isOpen()) return errno;
   const int claimed = temporary.claim();
   // Taken for a leftover: try again. That ends, as each process cleans up only once per target.
-  if (claimed == EAGAIN) return replaceResolved(target, data);
+  if (claimed == EAGAIN) return replaceResolved(target, content);
   if (claimed != 0) return claimed;
-  if (const int failure = fill(temporary.get(), data)) return failure;
+  if (const int failure = fill(temporary.get(), content)) return failure;
   if (const int failure = temporary.close()) return failure;
   if (operations.rename(temporary.location(), target) != 0) return errno;
   temporary.keep();
@@ -144,14 +158,23 @@ ErrorPtr DurableFileWriter::create(const path& file, std::string_view data) {
   };
   NewFile created(operations, file);
   if (!created.isOpen()) return failed(errno);
-  if (const int failure = fill(created.get(), data)) return failed(failure);
+  if (const int failure = fill(created.get(), BorrowedText(data))) return failed(failure);
   if (const int failure = created.close()) return failed(failure);
   created.keep();
   const int failure = DurableDirectory::synchronize(operations, DurableDirectory::of(file));
   return failure == 0 ? nullptr : failed(failure);
 }
 
-int DurableFileWriter::fill(int descriptor, std::string_view data) {
+int DurableFileWriter::fill(int descriptor, const FileContent& content) {
+  int failure = 0;
+  content.handTo([&](std::string_view piece) {
+    failure = writeAll(descriptor, piece);
+    return failure == 0;
+  });
+  return failure == 0 ? synchronize(descriptor) : failure;
+}
+
+int DurableFileWriter::writeAll(int descriptor, std::string_view data) {
   while (!data.empty()) {
     const ssize_t written = operations.write(descriptor, data.data(), data.size());
     if (written > 0) {
@@ -162,6 +185,10 @@ int DurableFileWriter::fill(int descriptor, std::string_view data) {
       return errno;
     }
   }
+  return 0;
+}
+
+int DurableFileWriter::synchronize(int descriptor) {
   // No other error is retried: the kernel may have dropped the unwritten pages, and a second call
   // would succeed without them.
   while (operations.fsync(descriptor) != 0) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/files/FileContent.h"
 #include "platform/files/FileOperations.h"
 #include "platform/foundation/Mutex.h"
 #include "quenlet/Error.h"
@@ -30,6 +31,8 @@ class DurableFileWriter final {
   // symbolic link, the file it points to is replaced and the link stays; a dangling link is itself
   // replaced. On failure the temporary is removed and the old file is untouched, except in step 4:
   // when the directory cannot be synced, the error comes with the new bytes in place.
+  [[nodiscard]] ErrorPtr replace(const std::filesystem::path& target, const FileContent& content)
+      EXCLUDES(mutex);
   [[nodiscard]] ErrorPtr replace(const std::filesystem::path& target, std::string_view data)
       EXCLUDES(mutex);
 
@@ -41,8 +44,11 @@ class DurableFileWriter final {
   static void removeLeftovers(const std::filesystem::path& directory);
 
  private:
-  [[nodiscard]] int replaceResolved(const std::filesystem::path& target, std::string_view data);
-  [[nodiscard]] int fill(int descriptor, std::string_view data);
+  [[nodiscard]] int replaceResolved(const std::filesystem::path& target,
+                                    const FileContent& content);
+  [[nodiscard]] int fill(int descriptor, const FileContent& content);
+  [[nodiscard]] int writeAll(int descriptor, std::string_view data);
+  [[nodiscard]] int synchronize(int descriptor);
   void removeLeftoversOnce(const std::filesystem::path& target) EXCLUDES(mutex);
 
   FileOperations& operations;

@@ -118,11 +118,12 @@ Result<std::string> PosixDataProxy::readFile(const path& file) const try {
   return Result<std::string>::failure(makePosixError(ENOMEM, "read a file"));
 }
 
-Future<bool> PosixDataProxy::writeData(std::string data, const path& toURL, WritingOptions) {
+Future<bool> PosixDataProxy::writeContent(FileContentPtr content, const path& toURL,
+                                          WritingOptions) {
   // Called without the lock, so before it is known whether a write for the file is waiting already;
   // a surplus hold is cancelled.
   std::shared_ptr<Cancelable> hold = holdTermination ? holdTermination() : nullptr;
-  Write write{toURL.lexically_normal(), std::move(data), {Promise<bool>()}, std::move(hold)};
+  Write write{toURL.lexically_normal(), std::move(content), {Promise<bool>()}, std::move(hold)};
   return enqueue(std::move(write));
 }
 
@@ -138,7 +139,7 @@ Future<bool> PosixDataProxy::enqueue(Write write) {
       writes.push_back(std::move(write));
       changed.notifyOne();
     } else {
-      waiting->data.swap(write.data);
+      waiting->content.swap(write.content);
       waiting->promises.push_back(std::move(write.promises.front()));
       surplus = std::move(write.hold);
     }
@@ -163,9 +164,9 @@ void PosixDataProxy::work() {
 
 void PosixDataProxy::perform(Write write) {
   ErrorPtr error = keepWhatIsUnkept(write.target);
-  if (!error) error = writer.replace(write.target, write.data);
-  // Completion blocks may run for long; the bytes need not stay that long.
-  write.data = std::string();
+  if (!error) error = writer.replace(write.target, *write.content);
+  // Completion blocks may run for long; the content need not stay that long.
+  write.content.reset();
   for (const Promise<bool>& promise : write.promises) {
     if (error) {
       promise.fail(error);

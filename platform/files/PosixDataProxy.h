@@ -21,10 +21,10 @@
 namespace quenlet {
 
 // Files of a POSIX file system. Thread-safe. Writes run one by one on a separate thread, those of a
-// file in their order. While a file waits for that thread, newer bytes replace the older ones: many
+// file in their order. While a file waits for that thread, newer content replaces the older: many
 // changes in a row share one write, and at most one content per file waits in memory.
 //
-//   called while the writer is busy   writeData(a, 1), writeData(b, 2), writeData(a, 3)
+//   called while the writer is busy   writeContent(a, 1), writeContent(b, 2), writeContent(a, 3)
 //   then waiting                      a = 3 (completes the futures of 1 and 3), b = 2
 //
 // Every write is atomic and durable, with WritingOptions::none, too. Error texts name the file, not
@@ -39,9 +39,9 @@ class PosixDataProxy final : public DataProxy {
   // Returns a token that delays the end of the process until it is cancelled.
   using TerminationHold = std::function<std::shared_ptr<Cancelable>()>;
 
-  // `holdTermination`, which may be null, is called once for each call of writeData(). The token is
-  // cancelled once the futures of the write are complete, or at once when the bytes join a waiting
-  // write. Starts the writer thread.
+  // `holdTermination`, which may be null, is called once for each write asked for. The token is
+  // cancelled once the futures of the write are complete, or at once when the content joins a
+  // waiting write. Starts the writer thread.
   explicit PosixDataProxy(TerminationHold holdTermination = nullptr);
   // The same, over other system calls, which outlive the object.
   PosixDataProxy(TerminationHold holdTermination, FileOperations& fileOperations);
@@ -53,8 +53,9 @@ class PosixDataProxy final : public DataProxy {
   // file over `maximumFileSizeInBytes` (EFBIG).
   [[nodiscard]] Future<std::string> dataWithContentsOfURL(
       const std::filesystem::path& url) override;
-  [[nodiscard]] Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
-                                       WritingOptions options) override EXCLUDES(mutex);
+  [[nodiscard]] Future<bool> writeContent(FileContentPtr content,
+                                          const std::filesystem::path& toURL,
+                                          WritingOptions options) override EXCLUDES(mutex);
   // Makes a hard link, which takes no room on the disk and needs no permission to read. It keeps
   // the present content, because every write replaces the file by another one. Where links are
   // impossible, makes a copy. Numbers start at 1; content that the newest one already holds is not
@@ -69,7 +70,7 @@ class PosixDataProxy final : public DataProxy {
  private:
   struct Write {
     std::filesystem::path target;
-    std::string data;
+    FileContentPtr content;
     std::vector<Promise<bool>> promises;
     std::shared_ptr<Cancelable> hold;
   };

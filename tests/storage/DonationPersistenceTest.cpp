@@ -22,6 +22,10 @@ class DonationPersistenceTest : public testing::Test {
     writeFile(directory / name, PropertyListSerializer::dataWithObject(contents).value());
   }
   [[nodiscard]] std::string read(const char* name) const { return readFile(directory / name); }
+  [[nodiscard]] Future<bool> store(DonationValues values) {
+    return persistence.storeWithAllValues(
+        std::make_shared<const DonationValues>(std::move(values)));
+  }
   [[nodiscard]] std::string loadedIdentifiers() {
     return identifiersOf(persistence.loadDonations().result().value());
   }
@@ -133,7 +137,7 @@ Hof</string>
 TEST_F(DonationPersistenceTest, ReadsAndWritesTheFormThatOtherBuildsDo) {
   EXPECT_EQ(persistence.loadDonations().result(), Result<DonationValues>::success({}));
   EXPECT_FALSE(std::filesystem::exists(directory));
-  EXPECT_EQ(persistence.storeWithAllValues(goldenValues).result(), Result<bool>::success(true));
+  EXPECT_EQ(store(goldenValues).result(), Result<bool>::success(true));
   EXPECT_EQ(read("donations.plist"), goldenText);
   EXPECT_TRUE(std::filesystem::exists(directory / "CACHEDIR.TAG"));
 
@@ -147,7 +151,7 @@ TEST_F(DonationPersistenceTest, ReadsAndWritesTheFormThatOtherBuildsDo) {
     EXPECT_EQ(first.data() + first.size() == loaded[1]->propertyListText()->data(), ending.empty())
         << "one stands behind the other, as in the file";
   }
-  EXPECT_EQ(persistence.storeWithAllValues({}).result(), Result<bool>::success(true));
+  EXPECT_EQ(store({}).result(), Result<bool>::success(true));
   EXPECT_EQ(PropertyListSerializer::objectWithData(read("donations.plist")).value(),
             PropertyList(Entries{{"donations", PropertyListArray{}}}));
 
@@ -185,22 +189,22 @@ TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
 }
 
 TEST_F(DonationPersistenceTest, KeepsASoundFileBesideTheNextOneWhenAsked) {
-  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x", from("app", "a"))}).result().ok());
+  ASSERT_TRUE(store({email("a@x", from("app", "a"))}).result().ok());
   const std::string sound = read("donations.plist");
   persistence.keepStoredDonations();
-  ASSERT_TRUE(persistence.storeWithAllValues({}).result().ok());
+  ASSERT_TRUE(store({}).result().ok());
   EXPECT_EQ(read("donations.plist.damaged-1"), sound);
 }
 
 TEST_F(DonationPersistenceTest, TakesAnUnreadableFileForNoDamagedOne) {
-  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x", from("app", "a"))}).result().ok());
+  ASSERT_TRUE(store({email("a@x", from("app", "a"))}).result().ok());
   const std::string sound = read("donations.plist");
   files->failsReads = true;
   EXPECT_EQ(loadedIdentifiers(), "");
   EXPECT_FALSE(std::filesystem::exists(directory / "donations.plist.damaged-1"));
   files->failsReads = false;
   EXPECT_EQ(loadedIdentifiers(), "a");
-  ASSERT_TRUE(persistence.storeWithAllValues({}).result().ok());
+  ASSERT_TRUE(store({}).result().ok());
   EXPECT_EQ(read("donations.plist.damaged-1"), sound) << "what was taken for empty is replaced";
 }
 
@@ -215,11 +219,11 @@ TEST_F(DonationPersistenceTest, SkipsUnreadableRejectionsAndVersions) {
 
 TEST_F(DonationPersistenceTest, TellsWhyAStoreFailedAndLeavesTheFile) {
   files->failsWrites = true;
-  EXPECT_EQ(persistence.storeWithAllValues({}).result().error()->code(), ENOSPC);
+  EXPECT_EQ(store({}).result().error()->code(), ENOSPC);
   EXPECT_FALSE(std::filesystem::exists(directory / "CACHEDIR.TAG"));
   files->failsWrites = false;
   std::filesystem::create_directories(directory / "CACHEDIR.TAG");  // in the backup mark's way
-  ASSERT_TRUE(persistence.storeWithAllValues({email("a@x")}).result().ok());
+  ASSERT_TRUE(store({email("a@x")}).result().ok());
   const std::string before = read("donations.plist");
   const auto failure = [](const Future<bool>& stored) {
     return stored.result().error()->description();
@@ -227,13 +231,12 @@ TEST_F(DonationPersistenceTest, TellsWhyAStoreFailedAndLeavesTheFile) {
   const std::string refused = "ovaro.quenlet.donation-error 501: ";
   const auto never = from("app", "never", std::nullopt, Date(std::nan("")));
   for (const auto& unwritable : {email("\xff@x"), email("\x01"), email("a@x", never)}) {
-    EXPECT_EQ(failure(persistence.storeWithAllValues({unwritable})),
-              refused + "a value cannot be serialised");
+    EXPECT_EQ(failure(store({unwritable})), refused + "a value cannot be serialised");
   }
   EXPECT_EQ(failure(persistence.storeWithExtensionVersions({{"\x01", 1}})),
             refused + "a value cannot be serialised");
   const DonationValues large(200, image(std::string(4 << 20, 'x')));
-  EXPECT_EQ(failure(persistence.storeWithAllValues(large)),
+  EXPECT_EQ(failure(store(large)),
             refused + "the donations together are larger than their file may be");
   EXPECT_EQ(read("donations.plist"), before);
 }

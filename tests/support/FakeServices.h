@@ -104,9 +104,9 @@ class FakePersistence final : public DonationPersistenceProtocol {
   std::size_t capacity = 1 << 20;
 
   Future<DonationValues> loadDonations() override { return outcome(kept); }
-  Future<bool> storeWithAllValues(const DonationValues& values) override {
-    trace.note("store " + identifiersOf(values));
-    if (!failure) kept = values;
+  Future<bool> storeWithAllValues(const std::shared_ptr<const DonationValues>& values) override {
+    trace.note("store " + identifiersOf(*values));
+    if (!failure) kept = *values;
     return outcome(true);
   }
 

@@ -25,21 +25,21 @@ class SteeredDataProxy final : public DataProxy {
     if (failsReads) return Future<std::string>::futureWithError(makePosixError(EMFILE, "read"));
     return real.dataWithContentsOfURL(url);
   }
-  Future<bool> writeData(std::string data, const std::filesystem::path& toURL,
-                         WritingOptions options) override {
+  Future<bool> writeContent(FileContentPtr content, const std::filesystem::path& toURL,
+                            WritingOptions options) override {
     ++writes;
     EXPECT_EQ(options, WritingOptions::atomic);
     if (failsWrites) return Future<bool>::futureWithError(makePosixError(ENOSPC, "write"));
 
     // Complete when it is given back, so that all that follows a write is on the test's thread.
     if (!holdsWrites) {
-      const auto writing = real.writeData(std::move(data), toURL, options);
+      const auto writing = real.writeContent(std::move(content), toURL, options);
       static_cast<void>(writing.result());
       return writing;
     }
     const Promise<bool> promise;
-    held.push_back([this, promise, data = std::move(data), toURL, options] {
-      promise.complete(real.writeData(data, toURL, options).result());
+    held.push_back([this, promise, content = std::move(content), toURL, options] {
+      promise.complete(real.writeContent(content, toURL, options).result());
     });
     return promise.future();
   }

@@ -191,9 +191,9 @@ class OrderlyEndTest : public DiskTest {
 
 // Some thousand donations make each save long enough to be hit.
 TEST_F(OrderlyEndTest, AnswersAndSavesWhatItTookAndNothingElse) {
-  DonationValues others;
+  const auto others = std::make_shared<DonationValues>();
   for (int number = 0; number < count(3'000, 60'000); ++number) {
-    others.push_back(email("a@x", from("other", std::to_string(number))));
+    others->push_back(email("a@x", from("other", std::to_string(number))));
   }
   EXPECT_TRUE(persistence.storeWithAllValues(others).result().ok());
   // Else an agent that starts drops accounts that are in no store, as these are.
@@ -263,7 +263,11 @@ TEST_F(FileFaultTest, TellsTheClientThatASaveFailedAndSavesAllWithTheNext) {
 TEST_F(FileFaultTest, KeepsBesideTheNextSaveWhatAStartCouldNotRead) {
   forEachFault("faults in a start", [&] {
     std::filesystem::remove_all(home / "Library");
-    EXPECT_TRUE(persistence.storeWithAllValues({email("old@")}).result().ok());
+    EXPECT_TRUE(persistence
+                    .storeWithAllValues(
+                        std::make_shared<const DonationValues>(DonationValues{email("old@")}))
+                    .result()
+                    .ok());
     startPlannedAgent();
     ErrorPtr error;
     EXPECT_TRUE(eventually([&] {
