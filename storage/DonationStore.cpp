@@ -6,6 +6,7 @@
 #include "model/DonationError.h"
 #include "platform/PlatformServices.h"
 #include "platform/foundation/ProblemReporter.h"
+#include "platform/scheduling/runGuarded.h"
 
 namespace quenlet {
 namespace {
@@ -49,20 +50,22 @@ DonationStore::DonationStore(AgentEnvironmentProtocol& environment,
       curatedInfoProvider(std::move(infoProvider)) {}
 
 void DonationStore::submitWriterBlock(std::function<void(DonationStore&)> block) {
+  changes.close();
+  performWriterBlock(std::move(block));
+}
+
+void DonationStore::performWriterBlock(std::function<void(DonationStore&)> block) {
   stateScheduler->performWriterBlock([self = shared_from_this(), block = std::move(block),
                                       transaction = beginChange()] { block(*self); });
 }
 
 void DonationStore::submitChange(ChangeType change, SaveReply saveReply, ChangeLimit within) {
-  submitWriterBlock([change = std::move(change), saveReply = std::move(saveReply),
-                     within = std::move(within)](DonationStore& store) mutable {
-    // Only here is it certain which values the change will touch.
-    if (!within.limit || store.isWithin(*within.limit, change)) {
-      return store.applyChange(change, std::move(saveReply));
-    }
-    store.replyScheduler->performBlock(
-        [refused = std::move(within.refused)] { refused(BundleLimit::refusal()); });
-  });
+  changes.add({std::move(change), std::move(saveReply), std::move(within)},
+              [this](const std::shared_ptr<SubmittedChanges>& joined) {
+                performWriterBlock([joined](DonationStore& store) {
+                  store.makeChanges(store.changes.take(joined));
+                });
+              });
 }
 
 void DonationStore::deleteDonationsWithBundleID(const std::string& bundleIdentifier) {
@@ -73,7 +76,7 @@ void DonationStore::deleteDonationsWithBundleID(const std::string& bundleIdentif
 
 void DonationStore::saveUnsavedRemoval() {
   submitWriterBlock([](DonationStore& store) {
-    if (store.hasUnsavedRemoval) store.change([]() -> ErrorPtr { return nullptr; }, nobodyWaits);
+    if (store.hasUnsavedRemoval) store.change([] {}, nobodyWaits);
   });
 }
 
@@ -156,31 +159,61 @@ ErrorPtr DonationStore::changeTable(const ChangeType& change) {
   return nullptr;
 }
 
-void DonationStore::applyChange(const ChangeType& requested, SaveReply saveReply) {
-  // Nothing to save; the caller still expects its answer on the reply scheduler.
-  if (std::visit(IsEmptyChange{}, requested)) {
-    return replySoon(std::move(saveReply), SaveResponse::success());
+void DonationStore::makeChanges(const SubmittedChanges& submitted) {
+  std::vector<Block> next;
+  try {
+    next = makeTogether(submitted);
+  } catch (...) {
+    if (submitted.size() == 1) throw;
+    for (const SubmittedChange& alone : submitted) runGuarded([&] { makeChanges({alone}); });
   }
-  change([&] { return changeTable(requested); }, std::move(saveReply));
+  for (const Block& block : next) block();
+}
+
+std::vector<Block> DonationStore::makeTogether(const SubmittedChanges& submitted) {
+  std::vector<Block> next;
+  std::vector<SaveReply> saveReplies;
+  allOrNothing([&] {
+    for (const SubmittedChange& each : submitted) {
+      if (std::optional<Block> answer = make(each)) {
+        next.push_back(
+            [this, answer = std::move(*answer)] { replyScheduler->performBlock(answer); });
+      } else {
+        saveReplies.push_back(each.saveReply);
+        next.push_back([this] { postValuesDidChange(); });
+      }
+    }
+    if (saveReplies.empty()) return;
+    rebuildCard();
+    save(std::move(saveReplies));
+  });
+  return next;
+}
+
+std::optional<Block> DonationStore::make(const SubmittedChange& submitted) {
+  // Only here is it certain which values the change will touch.
+  if (submitted.within.limit && !isWithin(*submitted.within.limit, submitted.change)) {
+    return [refused = submitted.within.refused] { refused(BundleLimit::refusal()); };
+  }
+  const auto answer = [&](const SaveResponse& response) {
+    return [saveReply = submitted.saveReply, response] { saveReply(response); };
+  };
+  if (std::visit(IsEmptyChange{}, submitted.change)) return answer(SaveResponse::success());
+  const ErrorPtr refusal = changeTable(submitted.change);
+  if (refusal) return answer(SaveResponse::failure(refusal));
+  return std::nullopt;
 }
 
 void DonationStore::removeAll(const DonationValues& values, SaveReply saveReply) {
-  const auto drop = [&]() -> ErrorPtr {
-    donations.removeAll(values);
-    return nullptr;
-  };
-  change(drop, std::move(saveReply));
+  change([&] { donations.removeAll(values); }, std::move(saveReply));
 }
 
-void DonationStore::change(const std::function<ErrorPtr()>& step, SaveReply saveReply) {
-  ErrorPtr refused;
+void DonationStore::change(const std::function<void()>& step, SaveReply saveReply) {
   allOrNothing([&] {
-    refused = step();
-    if (refused) return;
+    step();
     rebuildCard();
-    save(std::move(saveReply));
+    save({std::move(saveReply)});
   });
-  if (refused) return replySoon(std::move(saveReply), SaveResponse::failure(refused));
   postValuesDidChange();
 }
 
@@ -197,11 +230,6 @@ void DonationStore::allOrNothing(const std::function<void()>& step) {
     hasUnsavedRemoval = hadUnsavedRemoval;
     throw;
   }
-}
-
-void DonationStore::replySoon(SaveReply saveReply, SaveResponse response) const {
-  replyScheduler->performBlock(
-      [saveReply = std::move(saveReply), response = std::move(response)] { saveReply(response); });
 }
 
 ErrorPtr DonationStore::insert(const DonationValues& values) {
@@ -221,20 +249,22 @@ void DonationStore::deleteAll() {
     donations = DonationTable();
     rebuildCard();
     // A failed save can be told to nobody; the next change writes the table again.
-    save(nobodyWaits);
+    save({});
   });
 }
 
-void DonationStore::save(SaveReply saveReply) {
+void DonationStore::save(std::vector<SaveReply> saveReplies) {
   hasUnsavedRemoval = false;
   diskScheduler->performBlock([self = shared_from_this(), values = donations.snapshot(),
-                               saveReply = std::move(saveReply), transaction = beginChange()] {
+                               saveReplies = std::move(saveReplies), transaction = beginChange()] {
     self->persistence->storeWithAllValues(values).onCompletion(
-        [self, saveReply, transaction](const Result<bool>& stored) {
+        [self, saveReplies, transaction](const Result<bool>& stored) {
           const SaveResponse response =
               stored.ok() ? SaveResponse::success() : SaveResponse::failure(stored.error());
-          self->replyScheduler->performBlock(
-              [saveReply, response, transaction] { saveReply(response); });
+          for (const SaveReply& saveReply : saveReplies) {
+            self->replyScheduler->performBlock(
+                [saveReply, response, transaction] { saveReply(response); });
+          }
         });
   });
 }

@@ -6,11 +6,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "mecard/CuratedInfoProviderProtocol.h"
 #include "platform/AgentEnvironmentProtocol.h"
 #include "platform/contacts/Contact.h"
 #include "platform/scheduling/Scheduler.h"
+#include "storage/ChangeQueue.h"
 #include "storage/DonationPersistenceProtocol.h"
 #include "storage/DonationTable.h"
 #include "storage/StoreChange.h"
@@ -24,8 +26,9 @@ namespace quenlet {
 //                   I/O scheduler                       └▶ write the file
 //                   reply scheduler                            └▶ SaveReply
 //
-// A block sees the table and the card of all blocks before it. A change that throws leaves both as
-// they were. The store keeps itself alive until its blocks, saves and replies are done.
+// A block sees the table and the card of all blocks before it. Changes in a row share a block, a
+// card and a save. A change that throws leaves table and card as they were. The store keeps itself
+// alive until its blocks, saves and replies are done.
 class DonationStore final : public std::enable_shared_from_this<DonationStore> {
  public:
   using Predicate = std::function<bool(const DonationValue&)>;
@@ -37,14 +40,16 @@ class DonationStore final : public std::enable_shared_from_this<DonationStore> {
 
   // Any thread.
 
-  // The reader/writer scheduler "ovaro.quenlet.agent.state": the blocks' order.
-  [[nodiscard]] const std::shared_ptr<ReaderWriterScheduler>& lock() const {
+  // The reader/writer scheduler "ovaro.quenlet.agent.state": the blocks' order. To be asked for
+  // anew for each block that is submitted there.
+  [[nodiscard]] const std::shared_ptr<ReaderWriterScheduler>& lock() {
+    changes.close();
     return stateScheduler;
   }
   // An orderly exit waits for the block, and for the answer to a save that it starts.
   void submitWriterBlock(std::function<void(DonationStore&)> block);
   // Submits one change. `saveReply` is called on the reply scheduler, exactly once, unless `within`
-  // refuses the change.
+  // refuses the change. An empty change saves and posts nothing.
   void submitChange(ChangeType change, SaveReply saveReply, ChangeLimit within = {});
   // Submits the removal of one bundle's values from memory only: the next save writes it.
   void deleteDonationsWithBundleID(const std::string& bundleIdentifier);
@@ -58,9 +63,7 @@ class DonationStore final : public std::enable_shared_from_this<DonationStore> {
   // The card of the last rebuild; never computes.
   [[nodiscard]] const ContactPtr& card() const { return contact; }
   // All donations, in the order in which they first came.
-  [[nodiscard]] const std::shared_ptr<const DonationValues>& list() const {
-    return donations.snapshot();
-  }
+  [[nodiscard]] std::shared_ptr<const DonationValues> list() const { return donations.snapshot(); }
   // The donation under an identifier, or null.
   [[nodiscard]] DonationValuePtr find(std::string_view donationIdentifier) const {
     return donations.find(donationIdentifier);
@@ -72,8 +75,6 @@ class DonationStore final : public std::enable_shared_from_this<DonationStore> {
   // for which `notYetExpired` is true. Returns those of them that have expired, too; nothing, with
   // the table unchanged, when the load fails. Does not rebuild the card.
   [[nodiscard]] std::optional<DonationValues> restore(const Predicate& notYetExpired);
-  // Makes a change with all that follows from it. An empty change saves and posts nothing.
-  void applyChange(const ChangeType& change, SaveReply saveReply);
   // Drops these values, with all that follows from it.
   void removeAll(const DonationValues& values, SaveReply saveReply);
   // Drops everything and saves. Posts nothing.
@@ -93,12 +94,19 @@ class DonationStore final : public std::enable_shared_from_this<DonationStore> {
   [[nodiscard]] ErrorPtr changeTable(const ChangeType& change);
   // Runs a step that leaves table and card as they were if it throws.
   void allOrNothing(const std::function<void()>& step);
-  // Runs a step that changes the table, then rebuilds the card, saves and posts the change. A step
-  // that returns an error has changed nothing.
-  void change(const std::function<ErrorPtr()>& step, SaveReply saveReply);
-  void replySoon(SaveReply saveReply, SaveResponse response) const;
-  void save(SaveReply saveReply);
+  // Makes changes in their order. Each that throws fails for itself.
+  void makeChanges(const SubmittedChanges& submitted);
+  // The same with one card and one save. Returns the answers to those that were refused and the
+  // posts of the others, to be run next.
+  [[nodiscard]] std::vector<Block> makeTogether(const SubmittedChanges& submitted);
+  // Changes the table, or returns the answer for which nothing has to be saved.
+  [[nodiscard]] std::optional<Block> make(const SubmittedChange& submitted);
+  // Runs a step that changes the table, then rebuilds the card, saves and posts the change.
+  void change(const std::function<void()>& step, SaveReply saveReply);
+  void performWriterBlock(std::function<void(DonationStore&)> block);
+  void save(std::vector<SaveReply> saveReplies);
 
+  ChangeQueue changes;
   // Changed in writer blocks, read in reader blocks.
   DonationTable donations;
   ContactPtr contact = std::make_shared<const Contact>();

@@ -1,6 +1,7 @@
 #include "storage/DonationTable.h"
 
 #include <unordered_set>
+#include <utility>
 
 namespace quenlet {
 namespace {
@@ -21,33 +22,49 @@ std::size_t textBytesOf(const DonationValues& values) {
 
 }  // namespace
 
-void DonationTable::indexAll(const DonationValues& held, std::size_t capacity) {
+DonationTable::DonationTable(const DonationTable& other)
+    : rows(other.rows), isShared(true), mostTextBytes(other.mostTextBytes), index(other.index) {
+  other.isShared = true;
+}
+
+DonationTable& DonationTable::operator=(DonationTable&& other) noexcept {
+  rows = std::move(other.rows);
+  isShared = other.isShared.load();
+  mostTextBytes = other.mostTextBytes;
+  index = std::move(other.index);
+  return *this;
+}
+
+void DonationTable::indexAll(std::size_t capacity) {
   index = KeyIndex(capacity);
-  for (std::size_t row = 0; row < held.size(); ++row) {
-    static_cast<void>(index.findOrAdd(held[row]->donationKey(), row, KeyOfRow{held}));
+  for (std::size_t row = 0; row < rows->size(); ++row) {
+    static_cast<void>(index.findOrAdd((*rows)[row]->donationKey(), row, KeyOfRow{*rows}));
   }
+}
+
+void DonationTable::prepareToChange(std::size_t mostRows) {
+  if (!isShared) return;
+  auto own = std::make_shared<DonationValues>();
+  own->reserve(mostRows);
+  own->assign(rows->begin(), rows->end());
+  rows = std::move(own);
+  isShared = false;
 }
 
 void DonationTable::insertAll(const DonationValues& values) {
-  auto changed = std::make_shared<DonationValues>();
   const std::size_t mostRows = rows->size() + values.size();
-  changed->reserve(mostRows);
-  changed->assign(rows->begin(), rows->end());
-  if (!index.hasRoomFor(mostRows)) indexAll(*changed, mostRows);
-  for (const DonationValuePtr& value : values) {
-    indexDonationByIdentifierReduction(*changed, value);
-  }
+  prepareToChange(mostRows);
+  if (!index.hasRoomFor(mostRows)) indexAll(mostRows);
+  for (const DonationValuePtr& value : values) indexDonationByIdentifierReduction(value);
   mostTextBytes += textBytesOf(values);
-  rows = std::move(changed);
 }
 
-void DonationTable::indexDonationByIdentifierReduction(DonationValues& held,
-                                                       const DonationValuePtr& value) {
-  const std::size_t row = index.findOrAdd(value->donationKey(), held.size(), KeyOfRow{held});
-  if (row == held.size()) {
-    held.push_back(value);
+void DonationTable::indexDonationByIdentifierReduction(const DonationValuePtr& value) {
+  const std::size_t row = index.findOrAdd(value->donationKey(), rows->size(), KeyOfRow{*rows});
+  if (row == rows->size()) {
+    rows->push_back(value);
   } else {
-    held[row] = value;
+    (*rows)[row] = value;
   }
 }
 
@@ -69,8 +86,9 @@ void DonationTable::removeIf(const std::function<bool(const DonationValue&)>& un
   for (const DonationValuePtr& row : *rows) {
     if (!unwanted(*row)) changed->push_back(row);
   }
-  indexAll(*changed, changed->size());
   rows = std::move(changed);
+  isShared = false;
+  indexAll(rows->size());
 }
 
 DonationValuePtr DonationTable::find(const Fingerprint& donationKey) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -13,17 +14,15 @@
 namespace quenlet {
 
 // The donations that the agent holds, one for each identifier, in the order in which the
-// identifiers first came. Each change replaces the immutable list of rows, so a snapshot costs
-// nothing and may go to any thread; a change costs a copy of the list's pointers. An index finds
-// rows by identifier.
+// identifiers first came. A snapshot costs nothing, may go to any thread, and never changes: the
+// first change after it copies the list's pointers. An index finds rows by identifier.
 //
 // Not thread-safe: nothing may overlap with a change.
 class DonationTable final {
  public:
   DonationTable() = default;
-  DonationTable(const DonationTable&) = default;
-  DonationTable(DonationTable&&) = default;
-  DonationTable& operator=(DonationTable&&) = default;
+  DonationTable(const DonationTable& other);
+  DonationTable& operator=(DonationTable&& other) noexcept;
 
   // Whether all values' texts fit into `capacityInBytes` once `values` are inserted. Looks at every
   // value only when the upper bound kept along the way does not settle it.
@@ -45,15 +44,21 @@ class DonationTable final {
     return find(DonationKeys::ofText(donationIdentifier));
   }
   // All values, in the table's order; later changes do not touch the list.
-  [[nodiscard]] const std::shared_ptr<const DonationValues>& snapshot() const { return rows; }
+  [[nodiscard]] std::shared_ptr<const DonationValues> snapshot() const {
+    isShared = true;
+    return rows;
+  }
 
  private:
-  // Puts `value` into `held`, the list under construction, in place of the row with its identifier.
-  // The index must have room for one more.
-  void indexDonationByIdentifierReduction(DonationValues& held, const DonationValuePtr& value);
-  void indexAll(const DonationValues& held, std::size_t capacity);
+  // Has the list to itself, with room for so many rows.
+  void prepareToChange(std::size_t mostRows);
+  // Puts `value` in place of the row with its identifier. The index must have room for one more.
+  void indexDonationByIdentifierReduction(const DonationValuePtr& value);
+  void indexAll(std::size_t capacity);
 
-  std::shared_ptr<const DonationValues> rows = std::make_shared<const DonationValues>();
+  std::shared_ptr<DonationValues> rows = std::make_shared<DonationValues>();
+  // Whether others may hold the list. Readers may set it together.
+  mutable std::atomic<bool> isShared = false;
   // An upper bound of the size of all texts: values that were replaced or dropped may still count.
   std::size_t mostTextBytes = 0;
   KeyIndex index;

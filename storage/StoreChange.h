@@ -53,4 +53,11 @@ struct ChangeLimit final {
   std::function<void(const ErrorPtr&)> refused = nullptr;
 };
 
+// A change, who hears of it, and what it may touch.
+struct SubmittedChange final {
+  ChangeType change;
+  SaveReply saveReply;
+  ChangeLimit within = {};
+};
+
 }  // namespace quenlet

@@ -66,12 +66,12 @@ TEST_F(BundleLimitTest, RejectsNothingAndReadsAll) {
 
 TEST_F(BundleLimitTest, KeepsTableAndCardWhenAChangeFails) {
   hold({email("a@x", from("mine", "a"))});
-  curated->failsOnce = true;
+  curated->failures = 1;
   send(donate, {email("b@x", from("mine", "a")), email("c@x", from("mine", "c"))});
   EXPECT_THROW(run(), std::bad_alloc);
   EXPECT_EQ(replyTo(list), "list a");
   EXPECT_EQ(replyTo(fetch), "card a@x");
-  curated->failsOnce = true;
+  curated->failures = 1;
   agent->disableDonations();
   EXPECT_THROW(run(), std::bad_alloc);
   EXPECT_EQ(replyTo(list), "list a");

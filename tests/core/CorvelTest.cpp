@@ -145,6 +145,43 @@ TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
   }
 }
 
+TEST_F(CorvelRequestsTest, MakesOneCardAndOneSaveOfChangesInARowAndDividesThemByWhatIsBetween) {
+  const auto a = email("a@x", from("app", "a"));
+  const auto b = email("b@x", from("app", "b"));
+  setEnabled(true);
+  takeTrace();
+  send(donate, {a});
+  send(donate, {});
+  send(removeIdentifiers, {a});
+  send(donate, {b});
+  send(list);
+  send(donate, {a});
+  Events events = eventsSoFar();
+  std::erase_if(events, [](const std::string& event) {
+    return event.find("Request: ") != event.npos || event.find("accepting") != event.npos;
+  });
+  EXPECT_EQ(events,
+            (Events{posted, posted, posted, posted, "io: store b", "background: reply no error",
+                    "background: reply list b", "io: store b a", "background: reply no error",
+                    "background: reply true no error", "background: reply no error",
+                    "background: reply no error"}));
+}
+
+TEST_F(CorvelRequestsTest, FailsAChangeThatFindsNoMemoryWithoutThoseBesideIt) {
+  setEnabled(true);
+  takeTrace();
+  curated->failures = 2;  // of the card for both, then of that for the first alone
+  send(donate, {email("a@x", from("app", "a"))});
+  send(donate, {email("b@x", from("app", "b"))});
+  testing::internal::CaptureStderr();
+  run();
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "quenlet: a block has failed: std::bad_alloc\n");
+  EXPECT_EQ(identifiersOf(persistence->kept), "b");
+  takeTrace();
+  EXPECT_EQ(replyTo(fetch), "card b@x");
+}
+
 TEST_F(CorvelRequestsTest, KeepsTheChangeWhenItsSaveFails) {
   hold({email("a@x", from("app", "a"))});
   persistence->failure = makeError("disk", 28);

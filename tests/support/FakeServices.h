@@ -135,11 +135,11 @@ class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
  public:
   std::vector<std::string> emailAddresses;
   std::function<void()> changeHandler;
-  // As when memory is short.
-  mutable bool failsOnce = false;
+  // As when memory is short: so many times.
+  mutable int failures = 0;
 
   std::optional<PersonNameComponents> curatedName() const override {
-    if (std::exchange(failsOnce, false)) throw std::bad_alloc();
+    if (failures > 0 && failures-- > 0) throw std::bad_alloc();
     return {};
   }
   std::vector<std::string> curatedEmailAddresses() const override { return emailAddresses; }

@@ -1,0 +1,28 @@
+#include "storage/ChangeQueue.h"
+
+#include <utility>
+
+namespace quenlet {
+
+void ChangeQueue::add(SubmittedChange change, const Submit& submit) {
+  // Held while submitting: whoever has added a change may count on its place.
+  MutexLock lock(mutex);
+  if (open) return open->push_back(std::move(change));
+  const auto changes = std::make_shared<SubmittedChanges>();
+  changes->push_back(std::move(change));
+  submit(changes);
+  open = changes;
+}
+
+SubmittedChanges ChangeQueue::take(const std::shared_ptr<SubmittedChanges>& changes) {
+  MutexLock lock(mutex);
+  if (open == changes) open.reset();
+  return std::move(*changes);
+}
+
+void ChangeQueue::close() {
+  MutexLock lock(mutex);
+  open.reset();
+}
+
+}  // namespace quenlet
