@@ -2,14 +2,24 @@
 #include "platform/foundation/NumberText.h"
 #include "platform/foundation/Text.h"
 
+#include <array>
 #include <cmath>
 
 namespace quenlet {
 namespace {
 
-bool standsForItself(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte >= 0x20 && byte < 0x7F && c != '"' && c != '\\';
+// By byte: whether it stands for itself.
+constexpr std::array<bool, 256> plainBytes = [] {
+  std::array<bool, 256> plain{};
+  for (unsigned byte = 0x20; byte < 0x7F; ++byte) plain[byte] = byte != '"' && byte != '\\';
+  return plain;
+}();
+
+// The length of the part in front that needs no escape.
+std::size_t plainLengthOf(std::string_view text) {
+  std::size_t length = 0;
+  while (length < text.size() && plainBytes[static_cast<unsigned char>(text[length])]) ++length;
+  return length;
 }
 
 // Characters that a terminal, a line reader or an old script engine may not treat as plain text.
@@ -35,8 +45,7 @@ void appendQuoted(std::string& output, std::string_view text) {
   constexpr char32_t replacement = 0xFFFD;
   output += '"';
   while (!text.empty()) {
-    std::size_t plain = 0;
-    while (plain < text.size() && standsForItself(text[plain])) ++plain;
+    const std::size_t plain = plainLengthOf(text);
     output += text.substr(0, plain);
     text.remove_prefix(plain);
     if (text.empty()) break;
@@ -53,15 +62,15 @@ void appendQuoted(std::string& output, std::string_view text) {
 }  // namespace
 
 void JSONWriter::separate() {
-  if (!afterKey && filled.back()) output += ',';
-  filled.back() = true;
+  if (!afterKey && filled.back() == isFilled) output += ',';
+  filled.back() = isFilled;
   afterKey = false;
 }
 
 JSONWriter& JSONWriter::beginObject() {
   separate();
   output += '{';
-  filled.push_back(false);
+  filled.push_back(isEmpty);
   return *this;
 }
 
@@ -74,7 +83,7 @@ JSONWriter& JSONWriter::endObject() {
 JSONWriter& JSONWriter::beginArray() {
   separate();
   output += '[';
-  filled.push_back(false);
+  filled.push_back(isEmpty);
   return *this;
 }
 

@@ -4,7 +4,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace quenlet {
 
@@ -36,11 +35,15 @@ class JSONWriter final {
   [[nodiscard]] std::string take() && { return std::move(output); }
 
  private:
+  static constexpr char isEmpty = 'e';
+  static constexpr char isFilled = 'f';
+
   void separate();
 
   std::string output;
-  // One entry per open container: whether it already holds something.
-  std::vector<bool> filled{false};
+  // One character per open container: whether it already holds something. A string, as it needs no
+  // memory of its own for as many levels as are usual.
+  std::string filled{isEmpty};
   bool afterKey = false;
 };
 

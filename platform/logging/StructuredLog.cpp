@@ -1,6 +1,8 @@
 #include "platform/logging/StructuredLog.h"
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
 #include <map>
 #include <utility>
 
@@ -86,6 +88,18 @@ struct MayFit final {
   }
 };
 
+// The lines of a second share this: making it would cost as much as the rest of a short line.
+const std::string& timeTextOf(Date now) {
+  struct Known final {
+    double second = std::numeric_limits<double>::quiet_NaN();
+    std::string text = {};
+  };
+  thread_local Known known;
+  const double second = std::floor(now.secondsSince1970());
+  if (second != known.second) known = {second, now.iso8601()};
+  return known.text;
+}
+
 std::string lineOf(const std::string& time, std::string_view event,
                    std::initializer_list<LogArgument> arguments, Form form) {
   constexpr std::size_t usualSizeInBytes = 128;
@@ -107,7 +121,7 @@ std::string lineOf(const std::string& time, std::string_view event,
 void StructuredLog::record(std::string_view event,
                            std::initializer_list<LogArgument> arguments) const {
   // Whether a line fits shows only once it is written: escapes can make a text six times as long.
-  const std::string time = now().iso8601();
+  const std::string& time = timeTextOf(now());
   std::string line;
   if (std::all_of(arguments.begin(), arguments.end(),
                   [](const LogArgument& argument) { return std::visit(MayFit{}, argument); })) {
