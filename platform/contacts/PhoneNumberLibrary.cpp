@@ -10,12 +10,14 @@
 namespace quenlet {
 namespace {
 
-// Beside the folder of the program, which is bin or libexec, installed and in the build tree alike.
-// The module of another version, which may have another interface, is in another folder.
+// Beside the folder of the program, which is bin, libexec or libexec/quenlet, installed and in the
+// build tree alike. The module of another version, which may have another interface, is in another
+// folder.
 std::filesystem::path moduleOfRunningProgram() {
   std::error_code failure;
-  const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
-  return program.parent_path().parent_path() / "lib/quenlet" / QUENLET_VERSION / "phone-numbers.so";
+  auto folder = std::filesystem::read_symlink("/proc/self/exe", failure).parent_path();
+  if (folder.filename() == "quenlet") folder = folder.parent_path();
+  return folder.parent_path() / "lib/quenlet" / QUENLET_VERSION / "phone-numbers.so";
 }
 
 }  // namespace
@@ -27,8 +29,11 @@ PhoneNumberLibrary::PhoneNumberLibrary(const std::filesystem::path& module) {
                      : nullptr;
   if (loaded) {
     readNumber = reinterpret_cast<QuenletReadNumber*>(::dlsym(loaded, readNumberSymbol));
+    writeNumber = reinterpret_cast<QuenletWriteNumber*>(::dlsym(loaded, writeNumberSymbol));
   }
-  if (readNumber) return;
+  if (readNumber && writeNumber) return;
+  readNumber = nullptr;
+  writeNumber = nullptr;
   const char* reason = ::dlerror();
   StandardStreams::writeError(
       std::string("quenlet: phone numbers are compared by their digits alone: ") +
@@ -43,6 +48,12 @@ const PhoneNumberLibrary& PhoneNumberLibrary::shared() {
 std::optional<QuenletInternationalNumber> PhoneNumberLibrary::read(const std::string& text) const {
   QuenletInternationalNumber number{};
   if (!readNumber || readNumber(text.c_str(), &number) == 0) return std::nullopt;
+  return number;
+}
+
+std::optional<QuenletWrittenNumber> PhoneNumberLibrary::write(const std::string& text) const {
+  QuenletWrittenNumber number{};
+  if (!writeNumber || writeNumber(text.c_str(), &number) == 0) return std::nullopt;
   return number;
 }
 

@@ -22,9 +22,13 @@ class PhoneNumberLibrary final {
   // Splits '+' and ASCII digits into country code and national number. Nothing when it is not a
   // number of any country, or the module is missing.
   [[nodiscard]] std::optional<QuenletInternationalNumber> read(const std::string& text) const;
+  // The forms of such a number for people to read, or to fill into forms.
+  [[nodiscard]] std::optional<QuenletWrittenNumber> write(const std::string& text) const;
 
  private:
+  // Both or none.
   QuenletReadNumber* readNumber = nullptr;
+  QuenletWriteNumber* writeNumber = nullptr;
 };
 
 }  // namespace quenlet

@@ -18,10 +18,23 @@ struct QuenletInternationalNumber final {
 // Thread-safe.
 using QuenletReadNumber = int(const char* text, QuenletInternationalNumber* number);
 __attribute__((visibility("default"))) QuenletReadNumber quenletReadNumber;
+
+// An international number as people write it. All texts are ASCII and end with a 0.
+struct QuenletWrittenNumber final {
+  std::int32_t countryCode;
+  char region[8];          // "GB", or "ZZ" when the number does not tell
+  char international[64];  // "+44 20 7946 0958"
+  char national[64];       // "020 7946 0958"
+};
+
+// As QuenletReadNumber; also 0 for a number whose forms do not fit. Thread-safe.
+using QuenletWriteNumber = int(const char* text, QuenletWrittenNumber* number);
+__attribute__((visibility("default"))) QuenletWriteNumber quenletWriteNumber;
 }
 
 namespace quenlet {
 
 inline constexpr char readNumberSymbol[] = "quenletReadNumber";
+inline constexpr char writeNumberSymbol[] = "quenletWriteNumber";
 
 }  // namespace quenlet
