@@ -3,6 +3,8 @@
 #include <cassert>
 #include <cstdint>
 
+#include "browser/host/BrowserRequest.h"
+#include "browser/host/MessageReader.h"
 #include "donors/browser/FirefoxAddresses.h"
 #include "donors/mail/PreferenceScript.h"
 #include "foreign/KeyFile.h"
@@ -146,6 +148,23 @@ void firefoxAddresses(std::string_view text) {
       assert(isValidUTF8(key) && isValidUTF8(value) && value.size() <= text.size());
     }
   }
+}
+
+// In pieces or at once, the same messages come; each is understood or refused.
+void browserMessage(std::string_view bytes) {
+  MessageReader whole, pieces;
+  whole.add(bytes);
+  for (const char& byte : bytes) {
+    pieces.add({&byte, 1});
+    while (const auto message = pieces.next()) {
+      assert(whole.next() == message && !message->empty());
+      assert(message->size() <= MessageReader::mostBytes);
+      const BrowserRequest request = BrowserRequest::parse(*message);
+      assert(request.id >= 0 &&
+             (request.word != BrowserRequest::Word::malformed || request.id == 0));
+    }
+  }
+  assert(!whole.next() && whole.hasFault() == pieces.hasFault());
 }
 
 }  // namespace quenlet

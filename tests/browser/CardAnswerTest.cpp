@@ -1,0 +1,175 @@
+#include "browser/host/CardAnswer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "browser/host/BrowserHost.h"
+#include "protocol/ClientEntitlements.h"
+#include "quenlet/ErrorCodes.h"
+#include "tests/support/DonationFactory.h"
+#include "tests/support/RecordingAgent.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+const Date now(1'800'000'000);
+
+class CardAnswerTest : public testing::Test {
+ protected:
+  ContactFields own;
+
+  std::string answerOn(const DonationValues& donated) const {
+    OwnCard card;
+    card.contact = std::make_shared<const Contact>(ContactFields(own));
+    card.name = PersonNameComponents::componentsForContact(*card.contact);
+    const auto list = std::make_shared<const DonationValues>(donated);
+    const CardReading reading{
+        ReadingState::ready, {"a note"}, {now, {.own = card, .listed = statesOf(list, card)}}};
+    return CardAnswer::to(7, reading);
+  }
+  template <typename T>
+  static auto entry(std::string label, T value) {
+    return std::make_shared<const LabeledValue<T>>(LabeledValue<T>{std::move(label), value, {}});
+  }
+};
+
+TEST_F(CardAnswerTest, HasOwnEntriesFirstEachWithLabelAndSource) {
+  own.givenName = "Ann";
+  own.emailAddresses = {entry<std::string>("work", "ann@example.org")};
+  EXPECT_EQ(
+      answerOn({email("ann@home.example", from("com.example.mail", "1", {}, Date(1'900'000'000)))}),
+      R"({"id":7,"state":"ready","sentence":"","name":{"given":"Ann","shown":"Ann",)"
+      R"("source":"your own card"},"emails":[{"value":"ann@example.org",)"
+      R"("shown":"ann@example.org","label":"work","source":"your own card","own":true},)"
+      R"({"value":"ann@home.example","shown":"ann@home.example","label":"home",)"
+      R"("source":"com.example.mail","until":"2030-03-17","own":false}],"phones":[],"addresses":[],)"
+      R"("leftOut":[],"notes":["a note"]})");
+}
+
+TEST_F(CardAnswerTest, GivesPhoneNumbersInTheFormsThatFieldsWant) {
+  const struct {
+    std::string number;
+    std::string forms;
+  } rows[] = {
+      {"+44-20-7946-0958;ext=21",
+       R"("digits":"+442079460958","extension":"21","countryCode":"+44","region":"GB",)"
+       R"("international":"+44 20 7946 0958","national":"020 7946 0958","shown")"},
+      {"+1 (202) 555-0143",
+       R"("digits":"+12025550143","countryCode":"+1","region":"US",)"
+       R"("international":"+1 202-555-0143","national":"(202) 555-0143","shown")"},
+      // A zero that belongs to the number.
+      {"+39 06 1234 5678", R"("national":"06 1234 5678")"},
+      // Nobody knows of which country.
+      {"030 1234567", R"("value":"030 1234567","digits":"0301234567","shown")"},
+      {"+999 123", R"("value":"+999 123","digits":"+999123","shown")"},
+  };
+  for (const auto& row : rows) EXPECT_THAT(answerOn({phone(row.number)}), HasSubstr(row.forms));
+}
+
+TEST_F(CardAnswerTest, SaysWhatIsLeftOutOfTheCardAndWhy) {
+  own.givenName = "Ann";
+  own.familyName = "Berg";
+  const PersonNameComponents other{.givenName = "Alex", .familyName = "Morgan"};
+  EXPECT_THAT(answerOn({named(other, from("com.example.else", "1", "c")),
+                        email("alex@example.net", from("com.example.else", "2", "c"))}),
+              HasSubstr(R"("title":"Silenced: the donor knows you by another name")"));
+}
+
+TEST_F(CardAnswerTest, StaysWithinTheBrowsersLimitAndSaysWhatItLeavesOut) {
+  const std::string picture = "\x89PNG\r\n\x1A\n" + std::string(500'000, 'p');
+  const std::string tooLong(CardAnswer::mostBytesInText + 1, 'a');
+  DonationValues many{image(picture)};
+  for (int i = 0; i < 300; ++i) {
+    PostalAddress address{.street = std::string(900, '\x01') + std::to_string(i)};
+    address.city = std::string(900, '\x02');
+    many.push_back(postal(address, from("com.example.many", "adr" + std::to_string(i))));
+  }
+  const struct {
+    const char* name;
+    DonationValues donated;
+    std::string has;
+    std::string hasNot;
+  } rows[] = {
+      {"a picture",
+       {image(picture)},
+       R"("picture":{"type":"image/png","bytes":"iVBORw0K)",
+       "note "},
+      {"a huge picture", {image(picture + picture)}, "The picture is too large", "\"picture\""},
+      {"what is no picture", {image("GIF89")}, "of a type that no form takes", "\"picture\""},
+      {"a long address", {email(tooLong + "@example.org")}, R"("emails":[])", "aaaa"},
+      {"many long ones", many, "The picture is left out", "\"picture\":"},
+  };
+  for (const auto& row : rows) {
+    const std::string answer = answerOn(row.donated);
+    EXPECT_LE(answer.size(), CardAnswer::mostBytes) << row.name;
+    EXPECT_TRUE(answer.find(row.has) != std::string::npos)
+        << row.name << ": " << answer.substr(0, 2000);
+    EXPECT_TRUE(answer.find(row.hasNot) == std::string::npos) << row.name;
+  }
+}
+
+class BrowserHostTest : public testing::Test {
+ protected:
+  // Of a user who keeps no files.
+  BrowserHostTest() {
+    ::setenv("HOME", home.path().c_str(), 1);
+    ::setenv("XDG_RUNTIME_DIR", home.path().c_str(), 1);
+  }
+  const TemporaryDirectory home;
+  RecordingAgent agent;
+};
+
+TEST_F(BrowserHostTest, TellsPlainlyWhyTheDonatedCardIsMissing) {
+  const auto service = [](ServiceErrorCode code) {
+    return makeError(ServiceErrorDomain, static_cast<int>(code));
+  };
+  const struct {
+    ErrorPtr error;
+    std::string state;
+  } rows[] = {
+      {service(ServiceErrorCode::noService), "noAgent"},
+      {service(ServiceErrorCode::timedOut), "noAgent"},
+      {service(ServiceErrorCode::malformedMessage), "failed"},
+      {makeError(GeneralErrorDomain, MissingEntitlementCode), "notEntitled"},
+      {makeError(GeneralErrorDomain, MissingEntitlementCode + 1), "failed"},
+      {makeError(DonationErrorDomain, static_cast<int>(DonationErrorCode::featureNotEnabled)),
+       "donationsOff"},
+      {nullptr, "ready"},
+  };
+  for (const auto& row : rows) {
+    agent.setError(row.error);
+    const CardReading reading = CardReading::of(agent, now);
+    EXPECT_EQ(wordFor(reading.state), row.state);
+    EXPECT_EQ(agent.takeCalls(), "list;") << "it asks for the list, once, and for nothing else";
+  }
+}
+
+TEST_F(BrowserHostTest, WatchesOnceAndAnswersEveryRequest) {
+  std::vector<std::string> sent;
+  std::vector<std::function<void()>> watchers;
+  BrowserHost host(
+      agent, [&](std::string_view message) { sent.emplace_back(message); },
+      [&](auto changed) { watchers.push_back(std::move(changed)); });
+  const auto ask = [&](std::string_view text) {
+    return host.take(std::string{static_cast<char>(text.size()), 0, 0, 0} + std::string(text));
+  };
+  EXPECT_TRUE(ask(R"({"id":1,"ask":"changes"})"));
+  EXPECT_TRUE(ask(R"({"id":2,"ask":"changes"})"));
+  ASSERT_EQ(watchers.size(), 1U);
+  watchers.front()();
+  EXPECT_TRUE(ask(R"({"id":3,"ask":"donate"})"));
+  EXPECT_TRUE(ask("{}"));
+  EXPECT_FALSE(host.take(std::string(4, '\xFF')));
+  EXPECT_THAT(sent,
+              testing::ElementsAre(R"({"id":1,"watching":true})", R"({"id":2,"watching":true})",
+                                   R"({"event":"changed"})", R"({"id":3,"error":"unknownWord"})",
+                                   R"({"id":0,"error":"malformed"})"));
+  EXPECT_EQ(agent.takeCalls(), "");
+}
+
+}  // namespace
+}  // namespace quenlet

@@ -1,0 +1,121 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "browser/host/BrowserRequest.h"
+#include "browser/host/CallingExtension.h"
+#include "browser/host/MessageReader.h"
+
+namespace quenlet {
+namespace {
+
+std::string framed(const std::string& text, std::uint32_t length) {
+  std::string bytes(sizeof length, '\0');
+  std::memcpy(bytes.data(), &length, sizeof length);
+  return bytes + text;
+}
+std::string framed(const std::string& text) {
+  return framed(text, static_cast<std::uint32_t>(text.size()));
+}
+
+// All messages in brackets, and "!" after a fault, of bytes that come in pieces of `size`.
+std::string messagesOf(const std::string& bytes, std::size_t size) {
+  MessageReader reader;
+  std::string found;
+  for (std::size_t at = 0; at < bytes.size(); at += size) {
+    reader.add(std::string_view(bytes).substr(at, size));
+    while (const auto message = reader.next()) found += "[" + *message + "]";
+  }
+  return found + (reader.hasFault() ? "!" : "");
+}
+
+TEST(MessageReaderTest, CutsWhatComesIntoMessagesHoweverItComes) {
+  const std::string longest(MessageReader::mostBytes, 'a');
+  const struct {
+    std::string bytes;
+    std::string messages;
+  } rows[] = {
+      {"", ""},
+      {framed("a") + framed("bc"), "[a][bc]"},
+      {framed(longest), "[" + longest + "]"},
+      {framed("abc", 4), ""},
+      {framed("", 0), "!"},
+      {framed("a") + framed(longest, MessageReader::mostBytes + 1) + framed("b"), "[a]!"},
+      {framed("{", 1U << 30), "!"},
+      {framed("{", UINT32_MAX), "!"},
+  };
+  for (const auto& row : rows) {
+    for (const std::size_t size : {1, 3, 5000}) {
+      EXPECT_EQ(messagesOf(row.bytes, size), row.messages) << row.messages.size() << " " << size;
+    }
+  }
+}
+
+TEST(BrowserRequestTest, TakesFlatObjectsWithOneNumberAndOneWord) {
+  using Word = BrowserRequest::Word;
+  const struct {
+    std::string text;
+    Word word;
+    std::int64_t id = 0;
+  } rows[] = {
+      {R"({"id": 7, "ask": "card"})", Word::card, 7},
+      {R"({"ask":"changes","id":0,"later":true,"more":null,"size":1.5})", Word::changes, 0},
+      {R"({"id": 9223372036854775807, "ask": "cards"})", Word::unknown, INT64_MAX},
+      {R"({"id": 1, "ask": ""})", Word::unknown, 1},
+      {R"({"id": 9223372036854775808, "ask": "card"})", Word::malformed},
+      {R"({"id": -1, "ask": "card"})", Word::malformed},
+      {R"({"id": 1.0, "ask": "card"})", Word::malformed},
+      {R"({"id": "1", "ask": "card"})", Word::malformed},
+      {R"({"id": 1, "id": 2, "ask": "card"})", Word::malformed},
+      {R"({"id": 1, "ask": "card", "ask": "card"})", Word::malformed},
+      {R"({"id": 1, "ask": ["card"]})", Word::malformed},
+      {R"({"id": 1, "ask": "card", "x": {}})", Word::malformed},
+      {R"({"id": 1})", Word::malformed},
+      {R"({"ask": "card"})", Word::malformed},
+      {R"({"id": 1, "ask": "card"} {})", Word::malformed},
+      {R"([{"id": 1, "ask": "card"}])", Word::malformed},
+      {R"("card")", Word::malformed},
+      {"{\"id\": 1, \"ask\": \"\xFF\"}", Word::malformed},
+      {std::string(4000, '['), Word::malformed},
+      {"", Word::malformed},
+  };
+  for (const auto& row : rows) {
+    const BrowserRequest request = BrowserRequest::parse(row.text);
+    EXPECT_EQ(request.word, row.word) << row.text;
+    EXPECT_EQ(request.id, row.id) << row.text;
+  }
+}
+
+TEST(CallingExtensionTest, KnowsOneExtensionOfEachBrowser) {
+  const std::string_view origin = CallingExtension::chromiumOrigin;
+  const std::string_view identifier = CallingExtension::firefoxIdentifier;
+  const std::string longer = std::string(origin) + "x";
+  const struct {
+    std::vector<std::string_view> arguments;
+    bool isOurs;
+  } rows[] = {
+      {{origin}, true},
+      {{origin, "--parent-window=0"}, true},
+      {{"/usr/lib/mozilla/native-messaging-hosts/x.json", identifier}, true},
+      {{}, false},
+      {{""}, false},
+      {{longer}, false},
+      {{origin.substr(0, origin.size() - 1)}, false},
+      {{"chrome-extension://aaaaaaaaaaaaaaaaaaaaaaaaaaaaaaaa/", identifier}, false},
+      {{identifier}, false},
+      {{"x.json", identifier}, false},
+      {{"/x.json", "other@quenlet.example"}, false},
+      {{"/x.json", identifier, "more"}, false},
+      {{"/x.json", origin}, false},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(CallingExtension::isOurs(row.arguments), row.isOurs)
+        << testing::PrintToString(row.arguments);
+  }
+}
+
+}  // namespace
+}  // namespace quenlet
