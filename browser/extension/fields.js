@@ -1,0 +1,230 @@
+// Finds the fields of a page that the card can fill, and what each of them wants. It reads the page and
+// changes nothing. A plain script, which is injected into pages after words.js and sight.js.
+{
+  const words = globalThis.quenletWords;
+  const mostFields = 2000;
+  // A label that surrounds a page says nothing.
+  const longestText = 200;
+  const longestNearbyText = 60;
+
+  // The autocomplete tokens that the card has something for.
+  const tokens = new Set(["name", "honorific-prefix", "given-name", "additional-name", "family-name",
+    "honorific-suffix", "nickname", "email", "tel", "tel-country-code", "tel-national", "tel-area-code",
+    "tel-local", "tel-local-prefix", "tel-local-suffix", "tel-extension", "street-address", "address-line1",
+    "address-line2", "address-line3", "address-level1", "address-level2", "address-level3", "postal-code",
+    "country", "country-name", "photo"]);
+  const contactHints = new Set(["home", "work", "mobile", "fax", "pager"]);
+  const addressTokens = /^(street|address|postal|country|house)/;
+  const textTypes = new Set(["text", "email", "tel", "search", "number"]);
+
+  const normalized = (text) => text.normalize("NFKD").replace(/\p{M}/gu, "")
+    .replace(/(\p{Ll})(\p{Lu}|\d)/gu, "$1 $2").toLowerCase()
+    .replace(/[^\p{L}\p{N}]+/gu, " ").trim();
+  const isJapanese = (word) => /[\p{Script=Han}\p{Script=Hiragana}\p{Script=Katakana}]/u.test(word);
+  const listOf = (table) => Object.values(table).flat().map(normalized);
+  const hasWord = (text, list) => list.some((word) =>
+    isJapanese(word) ? text.includes(word) : ` ${text} `.includes(` ${word} `));
+
+  const never = listOf(words.never);
+  const besides = new Set([...listOf(words.besides), ...listOf(words.groups.shipping), ...listOf(words.groups.billing)]);
+  const rows = words.fields.map(([token, table]) => [token, listOf(table)]);
+  const groups = Object.entries(words.groups).map(([name, table]) => [name, listOf(table)]);
+
+  // The token that a text of a page speaks of, or nothing.
+  function tokenOfText(raw) {
+    const text = normalized(raw);
+    if (!text) return null;
+    for (const [token, list] of rows) {
+      if (token !== "name alone") {
+        if (hasWord(text, list)) return token;
+      } else if (list.includes(text.split(" ").filter((word) => !besides.has(word)).join(" "))) {
+        return "name";
+      }
+    }
+    return null;
+  }
+
+  // As tokenOfText(), nothing for texts that no field may have.
+  const tokenOfField = (text) => (hasWord(normalized(text), never) ? null : tokenOfText(text));
+
+  // {token, group, hint} of an autocomplete attribute; null when it says nothing of use, false when it
+  // asks for something that is not on the card.
+  function readAutocomplete(attribute) {
+    const parts = attribute.toLowerCase().split(/\s+/).filter(Boolean);
+    if (parts.at(-1) === "webauthn") parts.pop();
+    if (parts.length === 0 || parts.at(-1) === "on" || parts.at(-1) === "off") return null;
+    const token = parts.pop();
+    const hint = contactHints.has(parts.at(-1)) ? parts.pop() : "";
+    const group = parts.filter((part) => part === "shipping" || part === "billing" || part.startsWith("section-"));
+    if (tokens.has(token)) return {token, hint, group: group.join(" ")};
+    // Pages also write words of their own, which say nothing.
+    const isStandard = /^(cc-|bday|sex$|organization|username$|(new|current)-password$|one-time-code$|transaction-|language$|url$|impp$)/;
+    return isStandard.test(token) ? false : null;
+  }
+
+  // Without what stands in fields that the label surrounds.
+  function ownText(label) {
+    const texts = document.createTreeWalker(label, NodeFilter.SHOW_TEXT);
+    let text = "";
+    while (text.length < longestText && texts.nextNode()) {
+      const isOther = texts.currentNode.parentElement.closest("select, textarea, script, style");
+      if (!isOther) text += `${texts.currentNode.data} `;
+    }
+    return text.slice(0, longestText);
+  }
+
+  function nearbyText(field) {
+    const cell = field.closest("td, dd")?.previousElementSibling;
+    const before = cell ?? field.previousElementSibling;
+    if (!before || before.matches("input, select, textarea, form")) return "";
+    const text = before.textContent.trim();
+    return text.length <= longestNearbyText ? text : "";
+  }
+
+  // What says what the field is for, the most reliable first.
+  function textsOf(field) {
+    const root = field.getRootNode();
+    const named = (field.getAttribute("aria-labelledby") ?? "").split(/\s+/).filter(Boolean)
+      .map((id) => root.getElementById?.(id)).filter(Boolean).map(ownText);
+    const labels = [...(field.labels ?? [])].map(ownText);
+    return [...labels, field.getAttribute("aria-label") ?? "", ...named, field.placeholder ?? "",
+      field.name ?? "", field.id ?? "", field.title ?? "", labels.length > 0 ? "" : nearbyText(field)];
+  }
+
+  function groupByWords(field, texts) {
+    const around = [];
+    const sets = "fieldset, section, [role=group]";
+    for (let set = field.closest(sets); set; set = set.parentElement?.closest(sets)) {
+      const heading = set.querySelector("legend, h1, h2, h3, h4, h5, h6");
+      around.push(heading?.textContent ?? "", set.getAttribute("aria-label") ?? "", set.id);
+    }
+    for (const text of [...texts, ...around].map(normalized)) {
+      const found = groups.find(([, list]) => hasWord(text, list));
+      if (found) return found[0];
+    }
+    return "";
+  }
+
+  // The kind of a field that can be filled at all, or null.
+  function kindOf(field) {
+    if (field.localName === "select") return field.multiple ? null : "select";
+    if (field.localName === "textarea") return "textarea";
+    if (field.localName !== "input") return null;
+    if (field.type === "file") return "file";
+    return textTypes.has(field.type) ? "input" : null;
+  }
+
+  // {token, group, hint}, or null for a field that the card cannot fill.
+  function wishOf(field, kind) {
+    const read = readAutocomplete(field.getAttribute("autocomplete") ?? "");
+    if (read === false) return null;
+    const texts = textsOf(field);
+    if (read) return kind === "file" && read.token !== "photo" ? null : {...read, group: read.group || groupByWords(field, texts)};
+    const group = groupByWords(field, texts);
+    if (kind === "input" && field.type === "email") return {token: "email", hint: "", group};
+    if (texts.some((text) => hasWord(normalized(text), never))) return null;
+    const token = texts.map(tokenOfText).find(Boolean) ?? (field.type === "tel" ? "tel" : null);
+    if (!token || (kind === "file") !== (token === "photo")) return null;
+    return {token, hint: "", group};
+  }
+
+  function hasContent(field, kind) {
+    if (kind === "file") return field.files.length > 0;
+    if (kind !== "select") return field.value.trim() !== "";
+    // The first option is what a page that says nothing starts with.
+    const option = field.selectedOptions[0];
+    if (!option || option.value === "" || option.disabled) return false;
+    return field.selectedIndex !== 0 || option.hasAttribute("selected");
+  }
+
+  const canChange = (field) => !field.disabled && !field.readOnly && !field.matches(":disabled");
+
+  function* fieldsBelow(root) {
+    for (const element of root.querySelectorAll("*")) {
+      if (kindOf(element)) yield element;
+      const shadow = element.shadowRoot ?? element.openOrClosedShadowRoot;
+      if (shadow) yield* fieldsBelow(shadow);
+    }
+  }
+
+  function formOf(field) {
+    for (let node = field; node; node = node.getRootNode().host) {
+      const form = node.form ?? node.closest("form");
+      if (form) return form;
+    }
+    return document;
+  }
+
+  // "name" beside one half of it is the other half; a street beside further lines is the first line.
+  function settle(fields) {
+    const byGroup = Map.groupBy(fields, (field) => field.group);
+    for (const members of byGroup.values()) {
+      const has = (token) => members.some((field) => field.token === token);
+      const hasGiven = has("given-name");
+      const hasFamily = has("family-name");
+      for (const field of members) {
+        if (field.isSure) continue;
+        if (field.token === "name" && hasGiven && !hasFamily) field.token = "family-name";
+        if (field.token === "name" && hasFamily && !hasGiven) field.token = "given-name";
+        if (field.token === "street-address" && has("address-line2")) field.token = "address-line1";
+        if (field.token === "tel" && has("tel-country-code")) field.token = "tel-national";
+      }
+    }
+  }
+
+  // A second city in one form begins a second address.
+  function separate(fields) {
+    const seen = new Map();
+    for (const field of fields) {
+      if (!addressTokens.test(field.token) || field.isSure) continue;
+      const known = seen.get(field.group) ?? {tokens: new Set(), number: 1};
+      if (known.tokens.has(field.token)) {
+        known.number += 1;
+        known.tokens.clear();
+      }
+      known.tokens.add(field.token);
+      seen.set(field.group, known);
+      if (known.number > 1) field.group = `${field.group} ${known.number}`.trim();
+    }
+  }
+
+  function focusedElement() {
+    let element = document.activeElement;
+    while (element?.shadowRoot?.activeElement) element = element.shadowRoot.activeElement;
+    return element;
+  }
+
+  // The forms of this document, each with its fields in their order. `index` names a field to
+  // quenletFill() until the next search.
+  function find() {
+    const isFilled = (globalThis.quenletLastFill ?? []).length > 0;
+    const found = {language: document.documentElement.lang, isFilled, forms: []};
+    globalThis.quenletFields = [];
+    if (!globalThis.quenletSight.isFrameOfPage()) return found;
+    const focused = focusedElement();
+    const byForm = new Map();
+    let looked = 0;
+    for (const element of fieldsBelow(document)) {
+      if (++looked > mostFields) break;
+      const kind = kindOf(element);
+      if (!canChange(element) || !globalThis.quenletSight.isVisible(element)) continue;
+      const wish = wishOf(element, kind);
+      if (!wish) continue;
+      const isSure = (element.getAttribute("autocomplete") ?? "").includes(wish.token);
+      const field = {...wish, kind, isSure, hasContent: hasContent(element, kind), index: globalThis.quenletFields.length};
+      globalThis.quenletFields.push(element);
+      const form = formOf(element);
+      if (!byForm.has(form)) byForm.set(form, {hasFocus: focused !== null && formOf(focused) === form && form !== document, fields: []});
+      byForm.get(form).fields.push(field);
+      if (element === focused) byForm.get(form).hasFocus = true;
+    }
+    for (const form of byForm.values()) {
+      separate(form.fields);
+      settle(form.fields);
+      found.forms.push(form);
+    }
+    return found;
+  }
+
+  globalThis.quenletFind = {find, hasContent, kindOf, canChange, tokenOfField};
+}
