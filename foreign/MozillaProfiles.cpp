@@ -1,6 +1,8 @@
 #include "foreign/MozillaProfiles.h"
 
+#include <cerrno>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "foreign/ForeignFiles.h"
@@ -11,19 +13,34 @@ namespace {
 
 constexpr char profilesFile[] = "profiles.ini";
 
+ErrorPtr damage(const std::string& sentence) {
+  return ForeignFiles::locate(profilesFile, *makeError(PosixErrorDomain, EINVAL, sentence));
+}
+
+// What the program always writes has to be there, and each profile, whose disk may be missing.
+ErrorPtr addListed(const KeyFile& file, const std::filesystem::path& root,
+                   MozillaProfiles::Paths& profiles) {
+  if (!file.hasGroup("General")) return damage("it has no group \"General\"");
+  for (const std::string& group : file.groups()) {
+    if (!group.starts_with("Profile")) continue;
+    const auto path = file.text(group, "Path");
+    if (!path || path->empty()) return damage("a profile has no path");
+    // An absolute path stays what it is.
+    const std::filesystem::path profile = (root / *path).lexically_normal();
+    std::error_code failure;
+    if (!std::filesystem::is_directory(profile, failure)) return damage("a profile is not there");
+    profiles.insert(profile);
+  }
+  return nullptr;
+}
+
 ErrorPtr addProfiles(const std::filesystem::path& root, MozillaProfiles::Paths& profiles) {
   const auto text = ForeignFiles::readLines(root / profilesFile);
   if (!text.ok()) return ForeignFiles::locate(profilesFile, *text.error());
   if (!text.value()) return nullptr;
   const Result<KeyFile> file = KeyFile::parse(*text.value());
   if (!file.ok()) return ForeignFiles::locate(profilesFile, *file.error());
-  for (const std::string& group : file.value().groups()) {
-    const auto path = file.value().text(group, "Path");
-    if (!group.starts_with("Profile") || !path) continue;
-    // An absolute path stays what it is.
-    profiles.insert((root / *path).lexically_normal());
-  }
-  return nullptr;
+  return addListed(file.value(), root, profiles);
 }
 
 }  // namespace

@@ -15,7 +15,8 @@ class MozillaProfiles final {
 
   MozillaProfiles() = delete;
 
-  // The directories that profiles.ini in each of `roots` names; none for a root without one.
+  // The directories that profiles.ini in each of `roots` names; none for a root without one. An
+  // error, too, when one of them is missing.
   [[nodiscard]] static Result<Paths> in(const std::vector<std::filesystem::path>& roots);
 };
 

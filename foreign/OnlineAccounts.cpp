@@ -69,7 +69,10 @@ Result<std::optional<Account>> accountOf(const KeyFile& file, const std::string&
     return Read::failure(damage("an account has no usable identifier or provider"));
   }
   const MailKeys* mail = mailKeysOf(provider);
-  const bool isWhole = file.text(group, "Identity") && file.text(group, "PresentationIdentity") &&
+  // Of the other providers, the daemon keeps no name.
+  const bool hasName = provider != "imap_smtp" || file.text(group, "Name");
+  const bool isWhole = hasName && file.text(group, "Identity") &&
+                       file.text(group, "PresentationIdentity") &&
                        (!mail || (file.text(group, mail->isOn) && file.text(group, mail->address)));
   if (!isWhole) return Read::failure(damage("an account lacks what all of its kind have"));
   if (!mail || !file.isTrue(group, mail->isOn)) return Read::success(std::nullopt);
@@ -123,8 +126,16 @@ Result<OnlineAccounts::Accounts> OnlineAccounts::parse(std::string_view text) {
   return Read::success(std::move(accounts));
 }
 
+bool OnlineAccounts::isIdentifier(std::string_view text) {
+  return text.starts_with(identifierPrefix);
+}
+
+Account OnlineAccounts::named(const std::string& identifier) {
+  return {.identifier = identifier, .accountType = AccountType{std::string(typePrefix)}};
+}
+
 bool OnlineAccounts::isOne(const Account& account) {
-  return account.identifier.starts_with(identifierPrefix) && account.accountType &&
+  return isIdentifier(account.identifier) && account.accountType &&
          account.accountType->identifier.value_or("").starts_with(typePrefix);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -32,6 +33,10 @@ class OnlineAccounts final {
   // nothing, when the file cannot be read, is cut short or damaged.
   [[nodiscard]] static Result<std::optional<Accounts>> read(const UserPlaces& places);
   [[nodiscard]] static Result<Accounts> parse(std::string_view text);
+  // Whether one of these could be called so.
+  [[nodiscard]] static bool isIdentifier(std::string_view text);
+  // One of which no more is known.
+  [[nodiscard]] static Account named(const std::string& identifier);
   // Whether it is one of these, and not somebody's own that only has such an identifier or type.
   [[nodiscard]] static bool isOne(const Account& account);
 };

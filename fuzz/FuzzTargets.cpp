@@ -121,9 +121,10 @@ void keyFile(std::string_view text) {
 }
 
 void preferenceScript(std::string_view text) {
-  const PreferenceScript script = PreferenceScript::parse(text);
-  for (const std::string& name : script.namesBelow("")) {
-    const auto value = script.text(name);
+  const auto script = PreferenceScript::parse(text);
+  if (!script.ok()) return;
+  for (const std::string& name : script.value().namesBelow("")) {
+    const auto value = script.value().text(name);
     assert(isValidUTF8(name) && (!value || isValidUTF8(*value)));
   }
 }

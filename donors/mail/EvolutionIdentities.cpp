@@ -12,28 +12,65 @@ namespace {
 
 constexpr char sourceGroup[] = "Data Source";
 constexpr char identityGroup[] = "Mail Identity";
+constexpr char accountGroup[] = "Mail Account";
 constexpr std::string_view extension = ".source";
+// All sources are in memory together. A thousand times as much as people have.
+constexpr std::size_t mostBytesTogether = std::size_t{8} << 20;
 
 // By their identifiers, which the files are named after.
 using Sources = std::map<std::string, KeyFile>;
 
-Result<KeyFile> parseSource(const std::string& text) {
-  Result<KeyFile> source = KeyFile::parse(text);
-  if (!source.ok() || source.value().hasGroup(sourceGroup)) return source;
-  return Result<KeyFile>::failure(
-      makeError(PosixErrorDomain, EINVAL, "it has no group \"Data Source\""));
+// Null for a source with all that the server and its clients always write, even when it is empty.
+// A source without a group of its own would be for nothing.
+ErrorPtr problemOf(const KeyFile& source) {
+  const auto has = [&](const char* group, const char* key) {
+    return source.text(group, key).has_value();
+  };
+  if (!source.hasGroup(sourceGroup)) return damage("it has no group \"Data Source\"");
+  if (!has(sourceGroup, "Enabled") || !has(sourceGroup, "Parent") || source.groups().size() < 2) {
+    return damage("it lacks what all sources have");
+  }
+  const bool isWhole = !source.hasGroup(identityGroup) ||
+                       (has(identityGroup, "Address") && has(identityGroup, "Name"));
+  return isWhole ? nullptr : damage("it lacks what all identities have");
 }
 
-ErrorPtr addSource(const std::filesystem::path& directory, const std::string& name,
-                   Sources& sources) {
-  if (!name.ends_with(extension)) return nullptr;
-  const auto text = ForeignFiles::readLines(directory / name);
-  if (!text.ok()) return text.error();
-  if (!text.value()) return nullptr;
-  Result<KeyFile> source = parseSource(*text.value());
-  if (!source.ok()) return source.error();
-  sources.emplace(name.substr(0, name.size() - extension.size()), std::move(source).takeValue());
-  return nullptr;
+class SourceReader final {
+ public:
+  explicit SourceReader(std::filesystem::path place) : directory(std::move(place)) {}
+
+  // Files of other names are none.
+  ErrorPtr add(const std::string& name) {
+    if (!name.ends_with(extension)) return nullptr;
+    const auto text = ForeignFiles::readLines(directory / name);
+    if (!text.ok()) return text.error();
+    if (!text.value()) return nullptr;
+    if (text.value()->size() > bytesLeft) {
+      return makeError(PosixErrorDomain, EFBIG,
+                       "with it, the files are larger than 8 MiB together");
+    }
+    bytesLeft -= text.value()->size();
+    Result<KeyFile> source = KeyFile::parse(*text.value());
+    if (!source.ok()) return source.error();
+    if (ErrorPtr problem = problemOf(source.value())) return problem;
+    sources.emplace(name.substr(0, name.size() - extension.size()), std::move(source).takeValue());
+    return nullptr;
+  }
+
+  Sources sources;
+
+ private:
+  const std::filesystem::path directory;
+  std::size_t bytesLeft = mostBytesTogether;
+};
+
+// Whether an account has an identity whose file has lost it.
+bool hasLostIdentity(const Sources& sources) {
+  for (const auto& [identifier, source] : sources) {
+    const auto identity = sources.find(source.text(accountGroup, "IdentityUid").value_or(""));
+    if (identity != sources.end() && !identity->second.hasGroup(identityGroup)) return true;
+  }
+  return false;
 }
 
 // The source that this one belongs to, or null.
@@ -63,17 +100,21 @@ MailIdentity identityOf(const std::string& identifier, const KeyFile& source) {
 MailIdentities evolutionIdentities(const UserPlaces& places) {
   const std::filesystem::path directory = places.configuration / "evolution/sources";
   const std::string where = "evolution/sources";
+  const auto fail = [](const std::string& place, const Error& error) {
+    return MailIdentities::failure(ForeignFiles::locate(place, error));
+  };
   const auto names = ForeignFiles::names(directory);
-  if (!names.ok()) return MailIdentities::failure(ForeignFiles::locate(where, *names.error()));
-  Sources sources;
+  if (!names.ok()) return fail(where, *names.error());
+  SourceReader reader(directory);
   std::size_t number = 0;
   for (const std::string& name : names.value()) {
     ++number;
-    if (const ErrorPtr error = addSource(directory, name, sources)) {
-      return MailIdentities::failure(
-          ForeignFiles::locate("file " + std::to_string(number) + " in " + where, *error));
+    if (const ErrorPtr error = reader.add(name)) {
+      return fail("file " + std::to_string(number) + " in " + where, *error);
     }
   }
+  const Sources& sources = reader.sources;
+  if (hasLostIdentity(sources)) return fail(where, *damage("an account's identity is not whole"));
   std::vector<MailIdentity> identities;
   for (const auto& [identifier, source] : sources) {
     if (!source.hasGroup(identityGroup) || !isUsed(source, sources)) continue;

@@ -1,4 +1,3 @@
-#include <cerrno>
 #include <utility>
 
 #include "donors/mail/MailIdentities.h"
@@ -17,11 +16,8 @@ ErrorPtr addAccount(const std::filesystem::path& directory, std::vector<MailIden
   if (!text.value()) return nullptr;
   const Result<KeyFile> file = KeyFile::parse(*text.value());
   if (!file.ok()) return file.error();
-  if (!file.value().hasGroup(accountGroup)) {
-    return makeError(PosixErrorDomain, EINVAL, "it has no group \"Account\"");
-  }
   std::vector<std::string> senders = file.value().list(accountGroup, "sender_mailboxes", ';');
-  if (senders.empty()) return nullptr;
+  if (senders.empty()) return damage("it has no account with a mailbox");
   const std::string first = senders.front();
   identities.push_back({directory.native(), first, std::move(senders)});
   return nullptr;

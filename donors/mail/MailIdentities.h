@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,11 @@ struct MailIdentity final {
 };
 
 using MailIdentities = Result<std::vector<MailIdentity>>;
+
+// The error for a file that was read and is not as its program writes it.
+[[nodiscard]] inline ErrorPtr damage(const char* sentence) {
+  return makeError(PosixErrorDomain, EINVAL, sentence);
+}
 
 // Evolution and others that use its server: evolution/sources/*.source. Without sources that are
 // switched off, and those of GNOME Online Accounts.

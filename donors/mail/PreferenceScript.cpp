@@ -13,9 +13,11 @@ class PreferenceScript::Statement final {
  public:
   explicit Statement(std::string_view line) : rest(line) {}
 
-  // The name and the value, unless the line has another form.
+  // Whether it is to be one; asked first.
+  [[nodiscard]] bool begins() { return take("user_pref"); }
+  // The name and the value, unless the rest has another form.
   [[nodiscard]] std::optional<std::pair<std::string, Value>> read() {
-    if (!take("user_pref") || !take("(")) return std::nullopt;
+    if (!take("(")) return std::nullopt;
     std::optional<std::string> name = takeText();
     if (!name || !take(",")) return std::nullopt;
     std::optional<Value> value = takeValue();
@@ -119,14 +121,18 @@ class PreferenceScript::Statement final {
   std::string_view rest;
 };
 
-PreferenceScript PreferenceScript::parse(std::string_view text) {
+Result<PreferenceScript> PreferenceScript::parse(std::string_view text) {
   PreferenceScript script;
   for (LineScanner lines(text); lines.next();) {
-    if (auto statement = Statement(lines.line()).read()) {
-      script.values.insert_or_assign(std::move(statement->first), std::move(statement->second));
+    Statement line(lines.line());
+    if (!line.begins()) continue;
+    auto statement = line.read();
+    if (!statement) {
+      return Result<PreferenceScript>::failure(lines.fault("begins a preference and is not one"));
     }
+    script.values.insert_or_assign(std::move(statement->first), std::move(statement->second));
   }
-  return script;
+  return Result<PreferenceScript>::success(std::move(script));
 }
 
 std::optional<std::string> PreferenceScript::text(const std::string& name) const {

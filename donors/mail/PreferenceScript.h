@@ -8,16 +8,20 @@
 #include <variant>
 #include <vector>
 
+#include "quenlet/Result.h"
+
 namespace quenlet {
 
 // The preferences of a Mozilla program, from its prefs.js. That is a script in form, but no code is
-// run: only lines of this form count, and all others are left out. Of two lines for one name, the
-// last counts. Immutable.
+// run: only lines of this form count, and comments and others are left out. Of two lines for one
+// name, the last counts. Immutable.
 //
 //   user_pref("mail.identity.id1.useremail", "ann@example.org");    or a number, true, false
 class PreferenceScript final {
  public:
-  [[nodiscard]] static PreferenceScript parse(std::string_view text);
+  // An error, which quotes nothing, when a line begins like that and goes on otherwise: the program
+  // writes no such line.
+  [[nodiscard]] static Result<PreferenceScript> parse(std::string_view text);
 
   // Nothing unless that preference is a text.
   [[nodiscard]] std::optional<std::string> text(const std::string& name) const;

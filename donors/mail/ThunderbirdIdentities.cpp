@@ -1,4 +1,3 @@
-#include <cerrno>
 #include <set>
 #include <string_view>
 #include <utility>
@@ -12,8 +11,6 @@
 namespace quenlet {
 namespace {
 
-ErrorPtr damage(const char* sentence) { return makeError(PosixErrorDomain, EINVAL, sentence); }
-
 // Whether an account is described that no list names: the list has been lost.
 bool hasLostAccounts(const PreferenceScript& preferences) {
   for (const std::string& name : preferences.namesBelow("mail.account.")) {
@@ -22,7 +19,28 @@ bool hasLostAccounts(const PreferenceScript& preferences) {
   return false;
 }
 
-// Adds the identities that the accounts of one profile have, each once.
+// Adds an account's identities, each once. What Thunderbird always writes of an account and of an
+// identity has to be there.
+ErrorPtr addIdentitiesOf(const std::string& account, const std::filesystem::path& profile,
+                         const PreferenceScript& preferences, std::set<std::string>& seen,
+                         std::vector<MailIdentity>& identities) {
+  const std::string accountBranch = "mail.account." + account + ".";
+  if (!preferences.text(accountBranch + "server"))
+    return damage("it lists an account that is not there");
+  const auto list = preferences.text(accountBranch + "identities");
+  for (const std::string& identity : splitMailboxes(list.value_or(""))) {
+    if (!seen.insert(identity).second) continue;
+    const std::string branch = "mail.identity." + identity + ".";
+    const auto address = preferences.text(branch + "useremail");
+    if (!address) return damage("an account has an identity without an address");
+    identities.push_back({profile.native() + "\n" + identity,
+                          preferences.text(branch + "fullName").value_or(""),
+                          {*address}});
+  }
+  return nullptr;
+}
+
+// Adds the identities that the accounts of one profile have.
 ErrorPtr addIdentities(const std::filesystem::path& profile, const PreferenceScript& preferences,
                        std::vector<MailIdentity>& identities) {
   const auto accounts = preferences.text("mail.accountmanager.accounts");
@@ -33,19 +51,21 @@ ErrorPtr addIdentities(const std::filesystem::path& profile, const PreferenceScr
   std::set<std::string> seen;
   for (const std::string& account : splitMailboxes(*accounts)) {
     if (!seenAccounts.insert(account).second) continue;
-    const auto list = preferences.text("mail.account." + account + ".identities");
-    for (const std::string& identity : splitMailboxes(list.value_or(""))) {
-      const std::string branch = "mail.identity." + identity + ".";
-      if (!seen.insert(identity).second) continue;
-      if (preferences.namesBelow(branch).empty()) {
-        return damage("an account has an identity that is not there");
-      }
-      identities.push_back({profile.native() + "\n" + identity,
-                            preferences.text(branch + "fullName").value_or(""),
-                            {preferences.text(branch + "useremail").value_or("")}});
+    if (ErrorPtr error = addIdentitiesOf(account, profile, preferences, seen, identities)) {
+      return error;
     }
   }
   return nullptr;
+}
+
+// Adds those of a profile; none when it has no preferences yet.
+ErrorPtr addProfile(const std::filesystem::path& profile, std::vector<MailIdentity>& identities) {
+  const auto text = ForeignFiles::readLines(profile / "prefs.js");
+  if (!text.ok()) return text.error();
+  if (!text.value()) return nullptr;
+  const auto preferences = PreferenceScript::parse(*text.value());
+  return preferences.ok() ? addIdentities(profile, preferences.value(), identities)
+                          : preferences.error();
 }
 
 }  // namespace
@@ -59,12 +79,7 @@ MailIdentities thunderbirdIdentities(const UserPlaces& places) {
   std::size_t number = 0;
   for (const std::filesystem::path& profile : profiles.value()) {
     ++number;
-    const auto text = ForeignFiles::readLines(profile / "prefs.js");
-    ErrorPtr error = text.ok() ? nullptr : text.error();
-    if (text.ok() && text.value()) {
-      error = addIdentities(profile, PreferenceScript::parse(*text.value()), identities);
-    }
-    if (error) {
+    if (const ErrorPtr error = addProfile(profile, identities)) {
       return MailIdentities::failure(
           ForeignFiles::locate("prefs.js of profile " + std::to_string(number), *error));
     }

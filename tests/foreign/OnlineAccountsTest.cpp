@@ -76,6 +76,7 @@ TEST_F(OnlineAccountsTest, TellsAccountsThatAreGoneFromAFileThatIsNotWhole) {
       {whole, "!goa-1.0/accounts.conf: its last line is cut short"},
       {with("EmailAddress=", "Other="), incomplete},
       {with("Enabled=", "Other="), incomplete},
+      {with("Name=", "Other="), incomplete},
       {with("PresentationIdentity=", "Other="), incomplete},
       {with("a_1", "../a"),
        "!goa-1.0/accounts.conf: an account has no usable identifier or provider"},

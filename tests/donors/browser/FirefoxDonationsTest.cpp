@@ -11,7 +11,9 @@ namespace {
 class FirefoxDonationsTest : public testing::Test {
  protected:
   FirefoxDonationsTest() {
-    home.write(".mozilla/firefox/profiles.ini", "[Profile0]\nIsRelative=1\nPath=x.default\n");
+    home.write(".mozilla/firefox/profiles.ini",
+               "[General]\nVersion=2\n\n[Profile0]\nIsRelative=1\nPath=x.default\n");
+    home.write(".mozilla/firefox/x.default/times.json", "{}");
   }
 
   // "kind:text " of each; or "!" and the error's sentence.

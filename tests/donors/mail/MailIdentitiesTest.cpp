@@ -7,6 +7,8 @@
 namespace quenlet {
 namespace {
 
+// What is not said to come from a program was made by hand after its documentation.
+
 // "key|name|mailbox|mailbox" for each identity, or "!" and the error's sentence.
 std::string textOf(const MailIdentities& identities) {
   if (!identities.ok()) return "!" + identities.error()->debugDescription();
@@ -43,123 +45,194 @@ void expectFound(MailIdentities (*identities)(const UserPlaces&), const std::vec
   }
 }
 
-std::string source(const std::string& keys, const std::string& groups = "") {
-  return "[Data Source]\nDisplayName=Work\nDisplayName[de]=Arbeit\n" + keys + "\n" + groups;
+// As Evolution's server 3.46 writes it.
+std::string source(const std::string& parent, const std::string& groups, bool isOn = true) {
+  return "[Data Source]\nDisplayName=Work\nDisplayName[de]=Arbeit\nEnabled=" +
+         std::string(isOn ? "true" : "false") + "\nParent=" + parent + "\n\n" + groups;
 }
 
 TEST(MailIdentitiesTest, FindsThoseOfEvolutionThatAreInUseAndNotOfOnlineAccounts) {
   const std::string directory = "chosen/evolution/sources/";
-  const std::string ann =
-      "[Mail Identity]\nAddress=ann@example.org\nName=Ann\\sBerg\n"
-      "Aliases=berg@example.org, \"Berg, Ann\" <a.berg@example.org>\n";
+  const std::string address = "[Mail Identity]\nAddress=ann@example.org\n";
+  const std::string ann = address +
+                          "Aliases=berg@example.org, \"Berg, Ann\" <a.berg@example.org>\n"
+                          "Name=Ann\\sBerg\nOrganization=\nReplyTo=\nSignatureUid=none\n";
   const std::string online = "[GNOME Online Accounts]\nAccountId=account_17\n";
+  const std::string collection = "[Collection]\nIdentity=ann\n";
+  const std::string account = source("", "[Mail Account]\nIdentityUid=a\n");
   expectFound(
       &evolutionIdentities,
       {{"nothing there", {}, ""},
        {"other sources beside",
-        {{directory + "a.source", source("Enabled=true", ann)},
+        {{directory + "a.source", source("", ann)},
          {directory + "b.source", source("", "[Calendar]\nColor=#fff\n")},
+         {directory + "c.source", account},
          {directory + "notes.txt", "no source"}},
         "a|Ann Berg|ann@example.org|berg@example.org|\"Berg, Ann\" <a.berg@example.org>\n"},
-       {"switched off", {{directory + "a.source", source("Enabled=false", ann)}}, ""},
+       {"switched off", {{directory + "a.source", source("", ann, false)}}, ""},
        {"of an online account",
-        {{directory + "a.source", source("Parent=goa", ann)},
+        {{directory + "a.source", source("goa", ann)},
          {directory + "goa.source", source("", online)}},
         ""},
        {"of an account that is switched off",
-        {{directory + "a.source", source("Parent=all", ann)},
-         {directory + "all.source", source("Enabled=false")}},
+        {{directory + "a.source", source("all", ann)},
+         {directory + "all.source", source("", collection, false)}},
         ""},
-       {"of a collection, and of one that is gone",
-        {{directory + "a.source", source("Parent=all", "[Mail Identity]\nAddress=a@example.org\n")},
-         {directory + "all.source", source("Parent=")},
-         {directory + "b.source", source("Parent=c", "[Mail Identity]\nName=B\n")}},
-        "a||a@example.org\nb|B|\n"},
+       {"of a collection, and of one that is gone; with nothing typed in",
+        {{directory + "a.source", source("all", address + "Name=\n")},
+         {directory + "all.source", source("", collection)},
+         {directory + "b.source", source("gone", "[Mail Identity]\nAddress=\nName=B\n")},
+         {directory + "c.source", source("", "[Mail Account]\nIdentityUid=gone\n")}},
+        "a||ann@example.org\nb|B|\n"},
        {"one is damaged",
-        {{directory + "a.source", source("", ann)}, {directory + "b.source", source("Ena\n")}},
-        "!file 2 in evolution/sources: line 4 has no \"=\""},
+        {{directory + "a.source", source("", ann)}, {directory + "b.source", source("", "Ena\n")}},
+        "!file 2 in evolution/sources: line 7 has no \"=\""},
        {"one is another file",
-        {{directory + "a.source", "[Mail Identity]\nAddress=ann@example.org\n"}},
-        "!file 1 in evolution/sources: it has no group \"Data Source\""}});
+        {{directory + "a.source", ann}},
+        "!file 1 in evolution/sources: it has no group \"Data Source\""},
+       {"cut before the parent",
+        {{directory + "a.source", source("", "").substr(0, 63) + ann}},
+        "!file 1 in evolution/sources: it lacks what all sources have"},
+       {"cut before the identity",
+        {{directory + "a.source", source("", "")}},
+        "!file 1 in evolution/sources: it lacks what all sources have"},
+       {"cut within the identity",
+        {{directory + "a.source", source("", address)}},
+        "!file 1 in evolution/sources: it lacks what all identities have"},
+       {"cut between the groups of an identity",
+        {{directory + "a.source", source("", "[Mail Composition]\nBcc=\n")},
+         {directory + "b.source", account}},
+        "!evolution/sources: an account's identity is not whole"}});
+}
+
+TEST(MailIdentitiesTest, TakesInABoundedNumberOfBytesOfEvolution) {
+  const TemporaryDirectory home;
+  const std::string large(std::size_t{3} << 20, '#');
+  const auto found = [&] { return textOf(evolutionIdentities({home.path(), home.path()})); };
+  for (const std::string name : {"a", "b"}) {
+    home.write("evolution/sources/" + name + ".source",
+               source("", "[Collection]\n") + large + "\n");
+  }
+  EXPECT_EQ(found(), "");
+  home.write("evolution/sources/c.source", source("", "[Collection]\n") + large + "\n");
+  EXPECT_EQ(found(),
+            "!file 3 in evolution/sources: with it, the files are larger than 8 MiB together");
 }
 
 TEST(MailIdentitiesTest, FindsThoseOfThunderbirdThatAnAccountHas) {
   const std::string profiles = ".thunderbird/profiles.ini";
-  const std::string one = "[Profile0]\nName=default\nIsRelative=1\nPath=x.default\n";
-  const std::string accounts = R"(user_pref("mail.accountmanager.accounts", "account1,account3");
-user_pref("mail.account.account1.identities", "id1,id2");
+  const std::string general = "[General]\nStartWithLastProfile=1\nVersion=2\n\n";
+  const std::string one = "[Profile0]\nName=default\nIsRelative=1\nPath=x.default\n\n" + general;
+  const std::string list = R"(user_pref("mail.account.account1.identities", "id1,id2");
+user_pref("mail.account.account1.server", "server1");
 user_pref("mail.account.account2.identities", "id4");
 user_pref("mail.account.account3.server", "server2");
 )";
+  const std::string accounts =
+      list + "user_pref(\"mail.accountmanager.accounts\", \"account1,account3\");\n";
   const std::string id1 = R"(user_pref("mail.identity.id1.fullName", "Ann \u0042erg");
 user_pref("mail.identity.id1.useremail", "ann@example.org");
 )";
-  const std::string rest = R"(user_pref("mail.identity.id2.useremail", "berg@example.org");
+  const std::string rest = R"(user_pref("mail.identity.id2.fullName", "");
+user_pref("mail.identity.id2.useremail", "berg@example.org");
 user_pref("mail.identity.id4.useremail", "former@example.org");
 )";
   const std::string prefs = ".thunderbird/x.default/prefs.js";
-  expectFound(&thunderbirdIdentities,
-              {{"nothing there", {}, ""},
-               {"a profile that is gone", {{profiles, one}}, ""},
-               {"relative",
-                {{profiles, "[General]\nVersion=2\n" + one}, {prefs, accounts + id1 + rest}},
-                "~/.thunderbird/x.default\nid1|Ann Berg|ann@example.org\n"
-                "~/.thunderbird/x.default\nid2||berg@example.org\n"},
-               {"snap and Flatpak",
-                {{"snap/thunderbird/common/" + profiles, one},
-                 {"snap/thunderbird/common/" + prefs, accounts + id1 + rest},
-                 {".var/app/org.mozilla.Thunderbird/" + profiles, one}},
-                "~/snap/thunderbird/common/.thunderbird/x.default\nid1|Ann Berg|ann@example.org\n"
-                "~/snap/thunderbird/common/.thunderbird/x.default\nid2||berg@example.org\n"},
-               {"no account yet", {{profiles, one}, {prefs, "user_pref(\"a\", 1);\n"}}, ""},
-               {"cut before the list of accounts",
-                {{profiles, one}, {prefs, accounts.substr(accounts.find('\n') + 1)}},
-                "!prefs.js of profile 1: it has accounts and no list of them"},
-               {"cut between identities",
-                {{profiles, one}, {prefs, accounts + id1}},
-                "!prefs.js of profile 1: an account has an identity that is not there"},
-               {"cut within a line",
-                {{profiles, one}, {prefs, accounts + id1.substr(0, 70)}},
-                "!prefs.js of profile 1: its last line is cut short"},
-               {"damaged list of profiles",
-                {{profiles, one + "[Profile1\n"}},
-                "!profiles.ini: line 5 begins a group and does not end it"}});
+  const std::string whole = accounts + id1 + rest;
+  const std::string bad = "!prefs.js of profile 1: ";
+  expectFound(
+      &thunderbirdIdentities,
+      {{"nothing there", {}, ""},
+       {"relative",
+        {{profiles, one}, {prefs, whole}},
+        "~/.thunderbird/x.default\nid1|Ann Berg|ann@example.org\n"
+        "~/.thunderbird/x.default\nid2||berg@example.org\n"},
+       {"snap and Flatpak",
+        {{"snap/thunderbird/common/" + profiles, one},
+         {"snap/thunderbird/common/" + prefs, whole},
+         {".var/app/org.mozilla.Thunderbird/" + profiles, general}},
+        "~/snap/thunderbird/common/.thunderbird/x.default\nid1|Ann Berg|ann@example.org\n"
+        "~/snap/thunderbird/common/.thunderbird/x.default\nid2||berg@example.org\n"},
+       {"not used yet", {{profiles, one}, {".thunderbird/x.default/times.json", ""}}, ""},
+       {"no account yet", {{profiles, one}, {prefs, "user_pref(\"a\", 1);\n"}}, ""},
+       {"a profile that is gone", {{profiles, one}}, "!profiles.ini: a profile is not there"},
+       {"a list of profiles cut within one",
+        {{profiles, general + one.substr(0, 37)}, {prefs, whole}},
+        "!profiles.ini: a profile has no path"},
+       {"one cut between groups",
+        {{profiles, one.substr(0, 52)}, {prefs, whole}},
+        "!profiles.ini: it has no group \"General\""},
+       {"a damaged one",
+        {{profiles, one + "[Profile1\n"}},
+        "!profiles.ini: line 10 begins a group and does not end it"},
+       {"cut before the list of accounts",
+        {{profiles, one}, {prefs, list}},
+        bad + "it has accounts and no list of them"},
+       {"without an account that is listed",
+        {{profiles, one}, {prefs, whole.substr(list.rfind("user_pref"))}},
+        bad + "it lists an account that is not there"},
+       {"cut between identities",
+        {{profiles, one}, {prefs, accounts + id1}},
+        bad + "an account has an identity without an address"},
+       {"cut within one",
+        {{profiles, one}, {prefs, accounts + id1 + rest.substr(0, rest.find('\n') + 1)}},
+        bad + "an account has an identity without an address"},
+       {"cut within a line",
+        {{profiles, one}, {prefs, accounts + id1.substr(0, 70)}},
+        bad + "its last line is cut short"},
+       {"a line is damaged",
+        {{profiles, one}, {prefs, whole + "user_pref(\"b\", \n"}},
+        bad + "line 11 begins a preference and is not one"}});
   const TemporaryDirectory home;
-  home.write(profiles, "[Profile0]\nIsRelative=0\nPath=" + (home / "far").native() + "\n");
-  home.write("far/prefs.js", accounts + id1 + rest);
+  home.write(profiles,
+             general + "[Profile0]\nIsRelative=0\nPath=" + (home / "far").native() + "\n");
+  home.write("far/prefs.js", whole);
   EXPECT_THAT(textOf(thunderbirdIdentities({home.path(), home.path()})),
               testing::StartsWith((home / "far").native() + "\nid1|Ann Berg|"))
       << "absolute";
 }
 
 TEST(MailIdentitiesTest, FindsThoseOfKMailAndGeary) {
-  expectFound(&kmailIdentities,
-              {{"nothing there", {}, ""},
-               {"two, with flags and escapes",
-                {{"chosen/emailidentities",
-                  "[$Version]\nupdate_info=x\n\n[General]\nDefault Identity=7\n\n[Identity #0]\n"
-                  "Email Address[$e]=ann@example.org\nEmail Aliases=a@example.org,b@example.org\n"
-                  "Identity=Work\nName=Zo\\xc3\\xab Berg\nName[de]=Other\n\n"
-                  "[Identity #1][$i]\nIdentity=Empty\n"}},
-                "Identity #0|Zo\u00EB Berg|ann@example.org|a@example.org|b@example.org\n"
-                "Identity #1||\n"},
-               {"emptied", {{"chosen/emailidentities", ""}}, "!emailidentities: it is empty"}});
+  const std::string file = "chosen/emailidentities";
+  const std::string general = "[$Version]\nupdate_info=x\n\n[General]\nDefault Identity=7\n\n";
+  const std::string work =
+      "[Identity #0]\nEmail Address[$e]=ann@example.org\nEmail Aliases=a@example.org,"
+      "b@example.org\nIdentity=Work\nName=Zo\\xc3\\xab Berg\nName[de]=Other\n";
+  const std::string home = "[Identity #1][$i]\nIdentity=Home\nuoid=1234567\n\n";
+  expectFound(
+      &kmailIdentities,
+      {{"nothing there", {}, ""},
+       {"two, with flags and escapes",
+        {{file, general + work + "uoid=7\n\n" + home}},
+        "7|Zo\u00EB Berg|ann@example.org|a@example.org|b@example.org\n1234567||\n"},
+       {"emptied", {{file, ""}}, "!emailidentities: it is empty"},
+       {"cut before all identities", {{file, general}}, "!emailidentities: it has no identity"},
+       {"cut within one", {{file, general + work}}, "!emailidentities: an identity has no number"},
+       {"cut before the default one",
+        {{file, general + home}},
+        "!emailidentities: its default identity is not there"},
+       {"edited by hand",
+        {{file, general + work + "uoid=1234567\n\n" + home}},
+        "!emailidentities: two identities have one number"}});
   const std::string account =
       "[Metadata]\nversion=1\n\n[Account]\nordinal=1\n"
       "sender_mailboxes=Ann Berg <ann@example.org>;\"B\\; A\" <b@example.org>;\n";
-  expectFound(&gearyIdentities,
-              {{"nothing there", {}, ""},
-               {"both places, and what is no account",
-                {{"chosen/geary/account_01/geary.ini", account},
-                 {"chosen/geary/notes", "none"},
-                 {".var/app/org.gnome.Geary/config/geary/account_02/geary.ini",
-                  "[Account]\nsender_mailboxes=c@example.org\n"}},
-                "~/chosen/geary/account_01|Ann Berg <ann@example.org>|Ann Berg <ann@example.org>|"
-                "\"B; A\" <b@example.org>\n"
-                "~/.var/app/org.gnome.Geary/config/geary/account_02|c@example.org|c@example.org\n"},
-               {"cut between groups",
-                {{"chosen/geary/account_01/geary.ini", account.substr(0, 22)}},
-                "!geary.ini in directory 1 of geary: it has no group \"Account\""}});
+  const std::string lost = "!geary.ini in directory 1 of geary: it has no account with a mailbox";
+  expectFound(
+      &gearyIdentities,
+      {{"nothing there", {}, ""},
+       {"both places, and what is no account",
+        {{"chosen/geary/account_01/geary.ini", account},
+         {"chosen/geary/notes", "none"},
+         {".var/app/org.gnome.Geary/config/geary/account_02/geary.ini",
+          "[Account]\nsender_mailboxes=c@example.org\n"}},
+        "~/chosen/geary/account_01|Ann Berg <ann@example.org>|Ann Berg <ann@example.org>|"
+        "\"B; A\" <b@example.org>\n"
+        "~/.var/app/org.gnome.Geary/config/geary/account_02|c@example.org|c@example.org\n"},
+       {"cut between groups", {{"chosen/geary/account_01/geary.ini", account.substr(0, 22)}}, lost},
+       {"cut within the account",
+        {{"chosen/geary/account_01/geary.ini", account.substr(0, 42)}},
+        lost}});
 }
 
 }  // namespace
