@@ -1,13 +1,13 @@
 #include "platform/files/UserDirectories.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
 #include <system_error>
-#include <vector>
+
+#include "platform/files/PasswordEntry.h"
 
 namespace quenlet {
 namespace {
@@ -28,21 +28,13 @@ std::optional<path> existing(path directory) {
   return directory;
 }
 
-// The entry's texts go into the caller's buffer, whose size has no upper bound.
 Result<path> homeInPasswordDatabase() {
-  std::vector<char> buffer(1024);
-  passwd entry{};
-  passwd* found = nullptr;
-  int failure = 0;
-  while ((failure = ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found)) ==
-         ERANGE) {
-    buffer.resize(buffer.size() * 2);
-  }
-  if (failure != 0) return Result<path>::failure(makePosixError(failure, "look up the user"));
-  if (found == nullptr || found->pw_dir == nullptr || *found->pw_dir != '/') {
+  const auto entry = PasswordEntry::ofProcess();
+  if (!entry.ok()) return Result<path>::failure(entry.error());
+  if (!entry.value().home.is_absolute()) {
     return Result<path>::failure(makePosixError(ENOENT, "find the home directory"));
   }
-  return Result<path>::success(path(found->pw_dir));
+  return Result<path>::success(entry.value().home);
 }
 
 }  // namespace
