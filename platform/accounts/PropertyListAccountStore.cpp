@@ -43,6 +43,10 @@ ErrorPtr unknownAccount() {
                           "there is no account with this identifier");
 }
 
+bool hasCode(const Error& error, AccountErrorCode code) {
+  return error.domain() == AccountErrorDomain && error.code() == static_cast<std::int64_t>(code);
+}
+
 // The number of values in an object, counting itself.
 std::size_t countOfValues(const PropertyList& object) {
   std::size_t count = 1;
@@ -147,6 +151,27 @@ ErrorPtr PropertyListAccountStore::remove(const std::string& identifier) {
   return failure == 0 ? nullptr : makePosixError(failure, "remove " + file.filename().string());
 }
 
+Result<std::vector<std::string>> PropertyListAccountStore::damagedAccounts() const {
+  using Identifiers = Result<std::vector<std::string>>;
+  const Result<std::vector<path>> files = accountFilesIn(directory);
+  if (!files.ok()) return Identifiers::failure(files.error());
+  std::vector<std::string> damaged;
+  for (const path& file : files.value()) {
+    const Result<Account> account = readAccount(file);
+    if (!account.ok() && isDamage(*account.error())) damaged.push_back(identifierOf(file));
+  }
+  return Identifiers::success(std::move(damaged));
+}
+
+ErrorPtr PropertyListAccountStore::removeDamaged(const std::string& identifier) {
+  if (ErrorPtr error = problemOfIdentifier(identifier)) return error;
+  const path file = fileOf(identifier);
+  if (!dataProxy->keepDamagedFile(file)) {
+    return makePosixError(EIO, "keep a copy of " + file.filename().string());
+  }
+  return remove(identifier);
+}
+
 Result<std::shared_ptr<LockFile>> PropertyListAccountStore::lock() {
   PosixFileOperations operations;
   if (const int failure = DurableDirectory::ensure(operations, directory)) {
@@ -154,6 +179,15 @@ Result<std::shared_ptr<LockFile>> PropertyListAccountStore::lock() {
         makePosixError(failure, "create " + directory.filename().string()));
   }
   return LockFile::lock(directory / lockName);
+}
+
+bool PropertyListAccountStore::isUnknown(const Error& error) {
+  return hasCode(error, AccountErrorCode::unknownAccount);
+}
+
+bool PropertyListAccountStore::isDamage(const Error& error) {
+  return error.domain() == PropertyListErrorDomain ||
+         hasCode(error, AccountErrorCode::damagedAccount);
 }
 
 ErrorPtr PropertyListAccountStore::problemOfIdentifier(const std::string& identifier) {
@@ -208,24 +242,30 @@ PropertyListDictionary PropertyListAccountStore::foreignEntriesOf(const path& fi
   return {};
 }
 
-Result<AccountPtr> PropertyListAccountStore::accountOfFile(const path& file) {
+Result<Account> PropertyListAccountStore::readAccount(const path& file) const {
+  using Read = Result<Account>;
   // First: the other errors quote the file's name, which may be any bytes.
-  if (ErrorPtr error = problemOfIdentifier(identifierOf(file))) {
-    return Result<AccountPtr>::failure(error);
-  }
+  if (ErrorPtr error = problemOfIdentifier(identifierOf(file))) return Read::failure(error);
   const Result<PropertyListDictionary> entries = entriesOf(file);
-  if (!entries.ok()) return Result<AccountPtr>::failure(entries.error());
+  if (!entries.ok()) return Read::failure(entries.error());
   auto account = Account::initWithPropertyListRepresentation(entries.value());
   if (!account) {
-    return Result<AccountPtr>::failure(makeAccountError(
-        AccountErrorCode::damagedAccount, "a key of an account is missing or of another type"));
+    return Read::failure(makeAccountError(AccountErrorCode::damagedAccount,
+                                          "a key of an account is missing or of another type"));
   }
   if (account->identifier != identifierOf(file)) {
-    return Result<AccountPtr>::failure(makeAccountError(
-        AccountErrorCode::damagedAccount, "the identifier is not the name of the file"));
+    return Read::failure(makeAccountError(AccountErrorCode::damagedAccount,
+                                          "the identifier is not the name of the file"));
   }
-  account->accountStore = weak_from_this();
-  return Result<AccountPtr>::success(std::make_shared<const Account>(*std::move(account)));
+  return Read::success(*std::move(account));
+}
+
+Result<AccountPtr> PropertyListAccountStore::accountOfFile(const path& file) {
+  Result<Account> read = readAccount(file);
+  if (!read.ok()) return Result<AccountPtr>::failure(read.error());
+  Account account = std::move(read).takeValue();
+  account.accountStore = weak_from_this();
+  return Result<AccountPtr>::success(std::make_shared<const Account>(std::move(account)));
 }
 
 void AccountFileProblems::setProblems(const std::map<std::string, ErrorPtr>& problems) {

@@ -80,9 +80,18 @@ class PropertyListAccountStore final
   // Removes the account's file, readable or not; an unknownAccount error when it does not exist.
   // Durable when it returns null.
   [[nodiscard]] ErrorPtr remove(const std::string& identifier);
+  // The identifiers of files that are there and hold no account, in byte order.
+  [[nodiscard]] Result<std::vector<std::string>> damagedAccounts() const;
+  // remove() for one of these, after a copy was kept beside it; an error, and no change, when that
+  // fails.
+  [[nodiscard]] ErrorPtr removeDamaged(const std::string& identifier);
   // Waits until no other program changes the store. The lock is held until its object is destroyed.
   [[nodiscard]] Result<std::shared_ptr<LockFile>> lock();
 
+  // Whether an error of accountWithIdentifier() or remove() says that there is no such account.
+  [[nodiscard]] static bool isUnknown(const Error& error);
+  // Whether one of accountWithIdentifier() says that the file is there and holds no account.
+  [[nodiscard]] static bool isDamage(const Error& error);
   // Null for an identifier that can be a file name: valid UTF-8 of up to
   // `maximumIdentifierSizeInBytes`, without slashes, control characters or a leading dot.
   [[nodiscard]] static ErrorPtr problemOfIdentifier(const std::string& identifier);
@@ -94,6 +103,7 @@ class PropertyListAccountStore final
   [[nodiscard]] Result<PropertyListDictionary> entriesOf(const std::filesystem::path& file) const;
   // The file's entries that do not belong to the account.
   [[nodiscard]] PropertyListDictionary foreignEntriesOf(const std::filesystem::path& file) const;
+  [[nodiscard]] Result<Account> readAccount(const std::filesystem::path& file) const;
   [[nodiscard]] Result<AccountPtr> accountOfFile(const std::filesystem::path& file);
 
   const std::filesystem::path directory;

@@ -14,5 +14,7 @@ inline constexpr char bundleVersions[] = "bundle_versions.plist";
 inline constexpr char versionsKey[] = "versions";
 // Held locked by an agent while it runs.
 inline constexpr char agentLock[] = "agent.lock";
+// Held locked by a program that has donor extensions asked, or what they gave taken back.
+inline constexpr char collectLock[] = "collect.lock";
 
 }  // namespace quenlet::DonationFiles

@@ -52,11 +52,6 @@ ExitCode saveAndTell(Session& session, UserAccounts& accounts, const AccountPtr&
                    std::make_shared<const Account>(std::move(account)));
 }
 
-bool isUnknown(const Error& error) {
-  return error.domain() == AccountErrorDomain &&
-         error.code() == static_cast<std::int64_t>(AccountErrorCode::unknownAccount);
-}
-
 std::string typeOf(const Account& account) {
   return account.accountType ? account.accountType->identifier.value_or("") : "";
 }
@@ -148,7 +143,8 @@ ExitCode AccountWord::add(Session& session, UserAccounts& accounts) const {
         makeAccountError(AccountErrorCode::accountExists,
                          "there is an account with this identifier; \"account change\" alters it"));
   }
-  if (!isUnknown(*present.error())) return session.failWith(present.error());
+  if (!PropertyListAccountStore::isUnknown(*present.error()))
+    return session.failWith(present.error());
   Account account{.identifier = addition.identifier, .isActive = true};
   account.enabledDataclasses = {defaultDataClass};
   if (const ErrorPtr error = addition.applyTo(account)) return session.failWith(error);
@@ -170,7 +166,7 @@ ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
   if (!lock.ok()) return session.failWith(lock.error());
   const Result<AccountPtr> present = accounts.store().accountWithIdentifier(removedIdentifier);
   const ErrorPtr error = accounts.store().remove(removedIdentifier);
-  if (error && !isUnknown(*error)) return session.failWith(error);
+  if (error && !PropertyListAccountStore::isUnknown(*error)) return session.failWith(error);
   if (!error) session.say("Removed account " + removedIdentifier + ".");
   // The identifier alone is enough to remove an account's donations, if it cannot be read or its
   // file is already gone.

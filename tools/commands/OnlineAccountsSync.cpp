@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "platform/extensions/ExtensionCatalog.h"
+#include "platform/foundation/PropertyListError.h"
 #include "tools/owner/Hints.h"
 #include "tools/presentation/Wording.h"
 
@@ -32,18 +34,76 @@ ExitCode OnlineAccountsSync::run() {
   if (!places.ok()) return session.failWith(places.error());
   const auto lock = accounts.store().lock();
   if (!lock.ok()) return session.failWith(lock.error());
+  if (const ErrorPtr error = tellWhatIsMarked()) return session.failWith(error);
   // Under the lock: of two that run at once, the later one must not write the older state.
   auto present = OnlineAccounts::read(places.value());
   if (!present.ok()) {
     session.warn("the accounts of GNOME stay as they are");
     return session.failWith(present.error());
   }
-  if (!present.value()) return leaveAsTheyAre();
-  if (const ErrorPtr error = collectChanges(*std::move(present).takeValue())) {
-    return session.failWith(error);
-  }
+  return present.value() ? bringInLineWith(*std::move(present).takeValue()) : leaveAsTheyAre();
+}
+
+ExitCode OnlineAccountsSync::withdraw() {
+  const auto lock = accounts.store().lock();
+  if (!lock.ok()) return session.failWith(lock.error());
+  if (const ErrorPtr error = tellWhatIsMarked()) return session.failWith(error);
+  return bringInLineWith({});
+}
+
+bool OnlineAccountsSync::isSwitchedOn(const std::vector<ManifestDirectory>& directories) {
+  const auto manifest = ExtensionCatalog(directories).read()->manifest(bundleIdentifier);
+  return manifest.ok() && manifest.value()->extensionPoint == extensionPoint;
+}
+
+ExitCode OnlineAccountsSync::bringInLineWith(std::vector<Account> present) {
+  if (const ErrorPtr error = collectChanges(std::move(present))) return session.failWith(error);
   const ExitCode code = apply();
   return hasConflict && code == ExitCode::done ? ExitCode::refused : code;
+}
+
+// What an earlier sync did not come to tell.
+ErrorPtr OnlineAccountsSync::tellWhatIsMarked() {
+  const auto news = marked();
+  if (!news.ok()) return news.error();
+  if (news.value().empty()) return accounts.untold().clear();
+  session.say("An earlier sync was cut short; the agent is told of " +
+              counted(news.value().size(), "account") + " again.");
+  return tell(news.value());
+}
+
+// All of GNOME's when the mark is damaged.
+Result<std::vector<std::string>> OnlineAccountsSync::markedIdentifiers() {
+  using Identifiers = Result<std::vector<std::string>>;
+  Identifiers marked = accounts.untold().identifiers();
+  if (marked.ok() || marked.error()->domain() != PropertyListErrorDomain) return marked;
+  session.warn("the mark of an earlier sync is damaged: the agent is told of all accounts");
+  const auto all = stored();
+  if (!all.ok()) return Identifiers::failure(all.error());
+  std::vector<std::string> identifiers;
+  for (const AccountPtr& account : onlineAccountsAmong(all.value())) {
+    identifiers.push_back(account->identifier);
+  }
+  return Identifiers::success(std::move(identifiers));
+}
+
+// The marked accounts as the store has them now. Of what the agent has of them, their identifiers
+// say enough.
+Result<std::vector<OnlineAccountsSync::Change>> OnlineAccountsSync::marked() {
+  using Marked = Result<std::vector<Change>>;
+  std::vector<Change> news;
+  const auto identifiers = markedIdentifiers();
+  if (!identifiers.ok()) return Marked::failure(identifiers.error());
+  for (const std::string& identifier : identifiers.value()) {
+    const auto after = accounts.store().accountWithIdentifier(identifier);
+    // It is a change of its own that this sync mends.
+    if (!after.ok() && PropertyListAccountStore::isDamage(*after.error())) continue;
+    if (!after.ok() && !PropertyListAccountStore::isUnknown(*after.error()))
+      return Marked::failure(after.error());
+    news.push_back({std::make_shared<const Account>(Account{.identifier = identifier}),
+                    after.ok() ? after.value() : nullptr});
+  }
+  return Marked::success(std::move(news));
 }
 
 // Without GNOME's directory nobody can say that there are no accounts any more: another
@@ -62,7 +122,25 @@ ExitCode OnlineAccountsSync::leaveAsTheyAre() {
   return ExitCode::done;
 }
 
-Result<std::vector<AccountPtr>> OnlineAccountsSync::stored() { return accounts.store().accounts(); }
+// With those whose files are damaged, as accounts of which no more is known than that they are
+// GNOME's.
+Result<std::vector<AccountPtr>> OnlineAccountsSync::stored() {
+  auto all = accounts.store().accounts();
+  if (!all.ok()) return all;
+  auto unreadable = accounts.store().damagedAccounts();
+  if (!unreadable.ok()) return Result<std::vector<AccountPtr>>::failure(unreadable.error());
+  damaged = std::move(unreadable).takeValue();
+  std::vector<AccountPtr> list = std::move(all).takeValue();
+  for (const std::string& identifier : damaged) {
+    if (!OnlineAccounts::isIdentifier(identifier)) continue;
+    list.push_back(std::make_shared<const Account>(OnlineAccounts::named(identifier)));
+  }
+  return Result<std::vector<AccountPtr>>::success(std::move(list));
+}
+
+bool OnlineAccountsSync::isDamaged(const std::string& identifier) const {
+  return std::find(damaged.begin(), damaged.end(), identifier) != damaged.end();
+}
 
 ErrorPtr OnlineAccountsSync::collectChanges(std::vector<Account> present) {
   const auto all = stored();
@@ -88,48 +166,54 @@ ErrorPtr OnlineAccountsSync::collectChanges(std::vector<Account> present) {
   return nullptr;
 }
 
-ErrorPtr OnlineAccountsSync::write(const AccountPtr& former, const AccountPtr& latter) {
-  return latter ? accounts.store().save(*latter) : accounts.store().remove(former->identifier);
-}
-
 ExitCode OnlineAccountsSync::apply() {
-  for (std::size_t i = 0; i < changes.size(); ++i) {
-    const ErrorPtr error = write(changes[i].before, changes[i].after);
+  if (const ErrorPtr error = mark()) return session.failWith(error);
+  for (const Change& change : changes) {
+    const ErrorPtr error = write(change);
     if (!error) continue;
-    changes.resize(i);
-    return putBack(0, error);
-  }
-  for (std::size_t i = 0; i < changes.size(); ++i) {
-    const AgentNotice notice =
-        AgentNotice::give(session, accounts, changes[i].before, changes[i].after);
-    if (notice.outcome == AgentNotice::Outcome::failed && !isNotEnabled(*notice.error)) {
-      return putBack(i, notice.error);
-    }
-    if (notice.outcome == AgentNotice::Outcome::told) continue;
-    // Either way the agent reads all accounts anew, so that there is no need to go on.
-    say();
-    session.say(notice.error ? "The agent reads them when donations come on."
-                             : "No agent runs; the next one reads them when it starts.");
-    return ExitCode::done;
+    session.warn("the accounts of GNOME are taken over in part; the next sync goes on");
+    return session.failWith(error);
   }
   say();
-  return ExitCode::done;
+  const ErrorPtr error = tell(changes);
+  if (!error) return ExitCode::done;
+  session.warn("the agent was not told of every change; the next sync tells it again");
+  return session.failWith(error);
 }
 
-// From `first` on.
-ExitCode OnlineAccountsSync::putBack(std::size_t first, const ErrorPtr& reason) {
-  for (std::size_t i = changes.size(); i > first; --i) {
-    const Change& change = changes[i - 1];
-    if (const ErrorPtr error = write(change.after, change.before)) {
-      session.warn("the account " + (change.after ? change.after : change.before)->identifier +
-                   " could not be put back, and the agent does not know of its change");
-      return session.failWith(error);
-    }
+ErrorPtr OnlineAccountsSync::mark() const {
+  std::vector<std::string> identifiers;
+  for (const Change& change : changes) {
+    identifiers.push_back((change.after ? change.after : change.before)->identifier);
   }
-  if (changes.size() == first) return session.failWith(reason);
-  session.warn("the agent was not told of " + counted(changes.size() - first, "change") +
-               ", which the next sync finds again");
-  return session.failWith(reason);
+  return identifiers.empty() ? nullptr : accounts.untold().mark(identifiers);
+}
+
+ErrorPtr OnlineAccountsSync::write(const Change& change) {
+  const std::string& identifier = (change.after ? change.after : change.before)->identifier;
+  if (isDamaged(identifier)) {
+    session.warn("the file of the account " + identifier +
+                 " is damaged: a copy is kept, and it is " +
+                 (change.after ? "written anew" : "removed"));
+  }
+  if (change.after) return accounts.store().save(*change.after);
+  return isDamaged(identifier) ? accounts.store().removeDamaged(identifier)
+                               : accounts.store().remove(identifier);
+}
+
+// Removes the mark when the agent knows of all of it, or is going to read all accounts.
+ErrorPtr OnlineAccountsSync::tell(const std::vector<Change>& news) {
+  for (const Change& change : news) {
+    const AgentNotice notice = AgentNotice::give(session, accounts, change.before, change.after);
+    if (notice.outcome == AgentNotice::Outcome::told) continue;
+    if (notice.outcome == AgentNotice::Outcome::failed && !isNotEnabled(*notice.error)) {
+      return notice.error;
+    }
+    session.say(notice.error ? "The agent reads them when donations come on."
+                             : "No agent runs; the next one reads them when it starts.");
+    break;
+  }
+  return accounts.untold().clear();
 }
 
 void OnlineAccountsSync::say() const {

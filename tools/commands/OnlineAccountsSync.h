@@ -1,8 +1,10 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "foreign/OnlineAccounts.h"
+#include "platform/extensions/ManifestDirectory.h"
 #include "tools/commands/AgentNotice.h"
 
 namespace quenlet {
@@ -10,14 +12,26 @@ namespace quenlet {
 // "account sync": brings the accounts of GNOME's in the owner's account store in line with those
 // that GNOME has, and touches no others.
 //
-// The store is written first, all of it, then the agent is told of each change. What it cannot be
-// told of is put back, so that the next sync finds the change again. One thread.
+// What changes is marked first, durably, then the store is written, all of it, then the agent is
+// told of each change, and the mark goes. A sync that finds a mark was preceded by one that did not
+// come to its end: it tells the agent of all that is marked. One thread.
+//
+// "collect" does so, too, while the owner has it switched on: as with a donor extension, by a
+// manifest, of an extension point of its own.
 class OnlineAccountsSync final {
  public:
+  static constexpr char bundleIdentifier[] = "org.quenlet.sources.gnome-accounts";
+  static constexpr char extensionPoint[] = "ovaro.quenlet.account-source";
+
+  // Whether it is switched on in one of the directories.
+  [[nodiscard]] static bool isSwitchedOn(const std::vector<ManifestDirectory>& directories);
+
   OnlineAccountsSync(Session& currentSession, UserAccounts& ownersAccounts)
       : session(currentSession), accounts(ownersAccounts) {}
 
   [[nodiscard]] ExitCode run();
+  // Removes all of them, as if GNOME had none.
+  [[nodiscard]] ExitCode withdraw();
 
  private:
   struct Change final {
@@ -25,17 +39,24 @@ class OnlineAccountsSync final {
     AccountPtr after;   // null for one that went
   };
 
+  [[nodiscard]] ErrorPtr tellWhatIsMarked();
+  [[nodiscard]] Result<std::vector<Change>> marked();
+  [[nodiscard]] Result<std::vector<std::string>> markedIdentifiers();
   [[nodiscard]] ExitCode leaveAsTheyAre();
+  [[nodiscard]] ExitCode bringInLineWith(std::vector<Account> present);
   [[nodiscard]] ErrorPtr collectChanges(std::vector<Account> present);
   [[nodiscard]] ExitCode apply();
-  [[nodiscard]] ErrorPtr write(const AccountPtr& former, const AccountPtr& latter);
-  [[nodiscard]] ExitCode putBack(std::size_t first, const ErrorPtr& reason);
+  [[nodiscard]] ErrorPtr mark() const;
+  [[nodiscard]] ErrorPtr write(const Change& change);
+  [[nodiscard]] ErrorPtr tell(const std::vector<Change>& news);
   [[nodiscard]] Result<std::vector<AccountPtr>> stored();
+  [[nodiscard]] bool isDamaged(const std::string& identifier) const;
   void say() const;
 
   Session& session;
   UserAccounts& accounts;
   std::vector<Change> changes;
+  std::vector<std::string> damaged;  // the identifiers of files that hold no account
   bool hasConflict = false;
 };
 

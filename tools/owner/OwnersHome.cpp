@@ -21,11 +21,6 @@ using Card = std::optional<std::string>;
 
 ErrorPtr errorOf(const Result<bool>& outcome) { return outcome.ok() ? nullptr : outcome.error(); }
 
-bool isUnknown(const Error& error) {
-  return error.domain() == AccountErrorDomain &&
-         error.code() == static_cast<int>(AccountErrorCode::unknownAccount);
-}
-
 // The contacts of `from` whose entry in `contacts` is not a list.
 std::vector<std::string> contactsWithoutList(const PropertyListDictionary& from,
                                              const PropertyListDictionary& contacts) {
@@ -134,8 +129,8 @@ Result<std::vector<std::string>> OwnersHome::conflicts(const Backup& backup) con
   }
   for (const Account& account : backup.accounts) {
     const auto present = accounts->store().accountWithIdentifier(account.identifier);
-    const bool isOther =
-        present.ok() ? !(*present.value() == account) : !isUnknown(*present.error());
+    const bool isOther = present.ok() ? !(*present.value() == account)
+                                      : !PropertyListAccountStore::isUnknown(*present.error());
     if (isOther) found.push_back("the account " + account.identifier);
   }
   return Found::success(std::move(found));
@@ -211,7 +206,7 @@ ErrorPtr OwnersHome::restoreAccount(const Account& account, Imported& imported) 
   if (ErrorPtr error = store.save(account)) return error;
   AccountPtr former = present.ok() ? present.value() : nullptr;
   // Nobody knows what a damaged account gave; its identifier alone is enough to have it removed.
-  if (!former && !isUnknown(*present.error())) {
+  if (!former && !PropertyListAccountStore::isUnknown(*present.error())) {
     former = std::make_shared<const Account>(Account{.identifier = account.identifier});
   }
   ErrorPtr error = agent.changeAccount(former, std::make_shared<const Account>(account));

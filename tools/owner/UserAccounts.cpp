@@ -18,6 +18,7 @@ UserAccounts::UserAccounts(const std::filesystem::path& home,
                            const std::shared_ptr<DataProxy>& dataProxy)
     : accountStore(std::make_shared<PropertyListAccountStore>(
           home / AccountsPath, dataProxy, std::make_shared<AccountFileProblems>())),
-      agentCatchUp(home / DonationFiles::directory, dataProxy) {}
+      agentCatchUp(home / DonationFiles::directory, dataProxy),
+      untoldAccounts(home / AccountsPath, dataProxy) {}
 
 }  // namespace quenlet

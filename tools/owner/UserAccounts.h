@@ -6,6 +6,7 @@
 #include "platform/accounts/PropertyListAccountStore.h"
 #include "quenlet/Result.h"
 #include "tools/owner/AccountCatchUp.h"
+#include "tools/owner/UntoldAccounts.h"
 
 namespace quenlet {
 
@@ -18,12 +19,15 @@ class UserAccounts final {
   [[nodiscard]] PropertyListAccountStore& store() { return *accountStore; }
   // For changes that no agent was told.
   [[nodiscard]] const AccountCatchUp& catchUp() const { return agentCatchUp; }
+  // For changes that an agent is about to be told.
+  [[nodiscard]] const UntoldAccounts& untold() const { return untoldAccounts; }
 
  private:
   UserAccounts(const std::filesystem::path& home, const std::shared_ptr<DataProxy>& dataProxy);
 
   const std::shared_ptr<PropertyListAccountStore> accountStore;
   const AccountCatchUp agentCatchUp;
+  const UntoldAccounts untoldAccounts;
 };
 
 }  // namespace quenlet

@@ -20,6 +20,7 @@
 #include "tools/owner/DonationJournal.h"
 #include "tools/owner/OwnCardFile.h"
 #include "tools/owner/ShownNumbers.h"
+#include "tools/owner/UntoldAccounts.h"
 
 namespace quenlet {
 namespace {
@@ -91,9 +92,12 @@ UserFiles::UserFiles(path home) : homeDirectory(std::move(home)) {
       {homeDirectory / CountersPath, FileKeeper::quenlet, "counts of the daily reports"},
       {homeDirectory / MeCardPath, FileKeeper::owner, "your own card"},
       {homeDirectory / AccountsPath, FileKeeper::owner, "your accounts"},
+      {homeDirectory / AccountsPath / UntoldAccounts::fileName, FileKeeper::quenlet,
+       "accounts that the agent has yet to hear of"},
       {homeDirectory / SIMCardsPath, FileKeeper::owner, "numbers of the SIM cards"},
       {homeDirectory / DevicePath, FileKeeper::owner, "the kind of device"},
       {donations / DonationFiles::agentLock, FileKeeper::system, "held by a running agent"},
+      {donations / DonationFiles::collectLock, FileKeeper::system, "held while donors are asked"},
   };
   const path prefix = EntitlementDatabase::prefixOfRunningProgram();
   for (const ManifestDirectory& directory :

@@ -37,11 +37,12 @@ class OnlineAccountsSyncTest : public testing::Test {
     home.write(".config/goa-1.0/accounts.conf", text);
   }
   // The exit code, and what the agent was told.
-  std::string sync() {
+  std::string sync(ExitCode (OnlineAccountsSync::*operation)() = &OnlineAccountsSync::run) {
     out.str("");
     err.str("");
     Session session{out, err, agent, Date(1767225600), [](std::chrono::milliseconds) {}};
-    const auto code = OnlineAccountsSync(session, *accounts).run();
+    OnlineAccountsSync syncing(session, *accounts);
+    const ExitCode code = (syncing.*operation)();
     return std::to_string(static_cast<int>(code)) + " " + agent.takeCalls();
   }
   // "identifier address " of each account in the store.
@@ -105,14 +106,43 @@ TEST_F(OnlineAccountsSyncTest, LosesNothingToAFileThatIsDamagedOrADirectoryThatI
   EXPECT_EQ(out.str(), "GNOME keeps no accounts here.\n");
 }
 
-TEST_F(OnlineAccountsSyncTest, FindsAgainWhatTheAgentCouldNotBeToldOf) {
-  const std::string before = stored();
+TEST_F(OnlineAccountsSyncTest, WritesDamagedFilesAnewOrRemovesThemAndKeepsACopy) {
+  for (const char* name : {"gnome-a", "gnome-b", "own"}) {
+    home.write("Library/Accounts/" + std::string(name) + ".plist", "damaged");
+  }
+  home.write("Library/Accounts/gnome-link.plist/file", "not a file: this says nothing of damage");
+  present({"a"});
+  EXPECT_EQ(sync(), "0 account gnome-a gnome-a;account gnome-b -;");
+  EXPECT_EQ(out.str(), "Accounts of GNOME: 0 added, 1 changed, 1 removed.\n");
+  EXPECT_THAT(err.str(), testing::AllOf(HasSubstr("gnome-a is damaged"), HasSubstr("anew"),
+                                        HasSubstr("gnome-b is damaged"), HasSubstr("removed")));
+  EXPECT_EQ(stored(), "gnome-a a@example.org ");
+  const std::string directory = "Library/Accounts/";
+  EXPECT_EQ(home.read(directory + "gnome-a.plist.damaged-1"), "damaged");
+  EXPECT_EQ(home.read(directory + "gnome-b.plist.damaged-1"), "damaged");
+  EXPECT_EQ(home.read(directory + "own.plist"), "damaged");
+  EXPECT_FALSE(std::filesystem::exists(home / (directory + "gnome-b.plist")));
+  EXPECT_EQ(sync(), "0 ");
+}
+
+TEST_F(OnlineAccountsSyncTest, WithdrawsAllOfThemAndNoOthers) {
+  EXPECT_EQ(accounts->store().save({.identifier = "own"}), nullptr);
+  EXPECT_EQ(sync(&OnlineAccountsSync::withdraw), "0 account gnome-a -;account gnome-b -;");
+  EXPECT_EQ(stored(), "own - ");
+}
+
+TEST_F(OnlineAccountsSyncTest, TellsLaterWhatTheAgentCouldNotBeToldOf) {
   present({"a=new@example.org", "c"});
   agent.setError(makeServiceError(ServiceErrorCode::timedOut, "silent"));
   EXPECT_EQ(sync(), "3 account gnome-a gnome-a;");
-  EXPECT_EQ(stored(), before);
+  EXPECT_EQ(stored(), "gnome-a new@example.org gnome-c c@example.org ");
+  EXPECT_EQ(sync(), "3 account gnome-a gnome-a;");
   agent.setError(nullptr);
-  EXPECT_EQ(sync(), "0 account gnome-a gnome-a;account - gnome-c;account gnome-b -;");
+  // Whatever GNOME's file says meanwhile.
+  home.write(".config/goa-1.0/accounts.conf", "[Account a]\nProvi");
+  EXPECT_EQ(sync(), "1 account gnome-a gnome-a;account gnome-c gnome-c;account gnome-b -;");
+  present({"a=new@example.org", "c"});
+  EXPECT_EQ(sync(), "0 ");
 
   // In these cases the agent reads all accounts, once it runs or donations come on.
   present({"a", "d"});
@@ -123,6 +153,24 @@ TEST_F(OnlineAccountsSyncTest, FindsAgainWhatTheAgentCouldNotBeToldOf) {
   agent.setError(makeServiceError(ServiceErrorCode::noService, "nobody"));
   EXPECT_EQ(sync(), "0 account gnome-a -;");
   EXPECT_THAT(out.str(), HasSubstr("the next one reads them"));
+  agent.setError(nullptr);
+  EXPECT_EQ(sync(), "0 ");
+}
+
+TEST_F(OnlineAccountsSyncTest, TellsOfWhatAnEarlierSyncWroteBeforeItWasCutShort) {
+  // A directory in the place of a file stops it between two accounts.
+  home.write("Library/Accounts/gnome-c.plist/file", "");
+  present({"a=new@example.org", "b", "c"});
+  EXPECT_EQ(sync(), "1 ");
+  EXPECT_THAT(err.str(), HasSubstr("in part"));
+  std::filesystem::remove_all(home / "Library/Accounts/gnome-c.plist");
+  EXPECT_EQ(sync(), "0 account gnome-a gnome-a;account gnome-c -;account - gnome-c;");
+  EXPECT_EQ(sync(), "0 ");
+
+  home.write("Library/Accounts/.untold.plist", "damaged");
+  EXPECT_EQ(sync(), "0 account gnome-a gnome-a;account gnome-b gnome-b;account gnome-c gnome-c;");
+  EXPECT_THAT(err.str(), HasSubstr("damaged"));
+  EXPECT_EQ(sync(), "0 ");
 }
 
 }  // namespace
