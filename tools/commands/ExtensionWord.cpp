@@ -2,16 +2,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
-#include "client/waitForReply.h"
 #include "platform/extensions/ExtensionCatalog.h"
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
+#include "tools/commands/OnlineAccountsSync.h"
 #include "tools/owner/AvailableExtensions.h"
+#include "tools/owner/CollectLock.h"
 #include "tools/owner/Hints.h"
+#include "tools/owner/WaitingAgent.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/TextTable.h"
 
@@ -32,6 +33,7 @@ struct Listed final {
   std::string bundle;
   bool isOn = false;
   std::vector<std::string> reads;
+  std::string problem = {};
 };
 
 std::vector<Listed> listOf(const AvailableExtensions& available) {
@@ -51,6 +53,9 @@ std::vector<Listed> listOf(const AvailableExtensions& available) {
     if (std::any_of(list.begin(), end, isKnown)) continue;
     list.push_back({"", "", manifest->bundleIdentifier, true, {}});
   }
+  for (const DamagedExtension& damaged : available.damaged()) {
+    list.push_back({damaged.name, "", "", false, {}, damaged.error->description()});
+  }
   return list;
 }
 
@@ -61,6 +66,10 @@ void writeJSON(std::ostream& out, const std::vector<Listed>& list) {
     json.beginObject();
     if (!listed.name.empty()) json.key("name").value(listed.name);
     if (!listed.group.empty()) json.key("group").value(listed.group);
+    if (!listed.problem.empty()) {
+      json.key("problem").value(listed.problem).endObject();
+      continue;
+    }
     json.key("bundle").value(listed.bundle).key("enabled").value(listed.isOn);
     json.key("reads").beginArray();
     for (const std::string& file : listed.reads) json.value(file);
@@ -79,7 +88,10 @@ void writeTable(std::ostream& out, const Screen& screen, const std::vector<Liste
     std::string reads;
     for (const std::string& file : listed.reads) reads += (reads.empty() ? "" : ", ") + file;
     table.addRow({listed.name.empty() ? listed.bundle : listed.name, listed.group,
-                  listed.isOn ? "on" : "off", reads, listed.bundle});
+                  !listed.problem.empty() ? "damaged"
+                  : listed.isOn           ? "on"
+                                          : "off",
+                  reads, listed.bundle});
   }
   table.write(out, screen);
 }
@@ -127,12 +139,25 @@ void ExtensionWord::addTo(CLI::App& app, ChosenAction& chosen) {
   listing->add_flag("--json", asJSON, "As JSON, for programs");
 }
 
+// Tells what cannot be read of the extension called `name`, or of all; whether there is something.
+bool warnOfDamage(const Session& session, const AvailableExtensions& available,
+                  const std::string& name = "") {
+  bool isAny = false;
+  for (const DamagedExtension& damaged : available.damaged()) {
+    if (!name.empty() && name != damaged.name) continue;
+    session.warn(damaged.error->description());
+    isAny = true;
+  }
+  return isAny;
+}
+
 // Those that `names` name, each once; empty when there is none for one of the names, which is told.
 Extensions choose(const Session& session, const AvailableExtensions& available,
                   const std::vector<std::string>& names) {
   Extensions chosen;
   for (const std::string& name : names) {
     const Extensions named = available.named(name);
+    if (named.empty() && warnOfDamage(session, available, name)) return {};
     if (named.empty()) {
       session.refuse("no-match", "no extension or group is called \"" + name + "\"",
                      "quenlet extension list");
@@ -167,6 +192,7 @@ void tellOn(const Session& session, const AvailableExtension& extension) {
 ExitCode ExtensionWord::enable(Session& session, const AvailableExtensions& available) const {
   const Extensions chosen = choose(session, available, names);
   if (chosen.empty()) return ExitCode::refused;
+  if (names.size() > 1 || chosen.size() > 1) warnOfDamage(session, available);
   const auto before = ExtensionCatalog(available.directories()).read();
   ExitCode code = ExitCode::done;
   bool isAnyNew = false;
@@ -185,37 +211,54 @@ ExitCode ExtensionWord::enable(Session& session, const AvailableExtensions& avai
 }
 
 ErrorPtr forget(const Session& session, const std::string& bundle) {
-  auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
-    session.agent.removeDonatedMeCardValuesWithBundleIdentifier(bundle, std::move(reply));
-  });
-  if (!success && !error) error = makeError(GeneralErrorDomain, 0, "the agent gave no reason");
+  ErrorPtr error = WaitingAgent(session.agent).removeAllOf(bundle);
   // Nothing is held then, or not for long.
   return error && isNotEnabled(*error) ? nullptr : error;
+}
+
+// What an extension gave, once it is off.
+ExitCode takeBack(Session& session, const AvailableExtension& extension) {
+  const std::string& bundle = extension.manifest.bundleIdentifier;
+  if (bundle == OnlineAccountsSync::bundleIdentifier) {
+    const auto accounts = UserAccounts::open();
+    if (!accounts.ok()) return session.failWith(accounts.error());
+    const ExitCode code = OnlineAccountsSync(session, *accounts.value()).withdraw();
+    if (code == ExitCode::done) session.say("Switched off " + extension.name + ".");
+    return code;
+  }
+  const ErrorPtr error = forget(session, bundle);
+  if (!error) {
+    session.say("Switched off " + extension.name + ". The agent has nothing of it any more.");
+    return ExitCode::done;
+  }
+  session.warn(extension.name + " is off, and the agent still has what it gave");
+  const ExitCode code = session.failWith(error);
+  session.hint("once an agent runs: quenlet forget " + bundle);
+  return code;
+}
+
+ExitCode switchOff(Session& session, const AvailableExtensions& available,
+                   const AvailableExtension& extension) {
+  if (const ErrorPtr error = available.disable(extension)) return session.failWith(error);
+  const auto installed = ExtensionCatalog(available.directories()).read();
+  if (installed->manifest(extension.manifest.bundleIdentifier).ok()) {
+    return session.refuse("not-done", extension.name + " is on for all users, or elsewhere",
+                          "quenlet reject keeps single values away");
+  }
+  // Also when it was off before: what it gave may not have been taken back then.
+  return takeBack(session, extension);
 }
 
 ExitCode ExtensionWord::disable(Session& session, const AvailableExtensions& available) const {
   const Extensions chosen = choose(session, available, names);
   if (chosen.empty()) return ExitCode::refused;
+  // An answer on its way must not arrive after what was given is taken back.
+  const auto lock = CollectLock::take([&] { session.tell("Waiting for a collect to end."); });
+  if (!lock.ok()) return session.failWith(lock.error());
   ExitCode code = ExitCode::done;
   for (const AvailableExtension& extension : chosen) {
-    const std::string& bundle = extension.manifest.bundleIdentifier;
-    if (const ErrorPtr error = available.disable(extension)) {
-      code = session.failWith(error);
-      continue;
-    }
-    if (ExtensionCatalog(available.directories()).read()->manifest(bundle).ok()) {
-      code = session.refuse("not-done", extension.name + " is on for all users, or elsewhere",
-                            "quenlet reject keeps single values away");
-      continue;
-    }
-    // Also when it was off before: what it gave may not have been taken back then.
-    if (const ErrorPtr error = forget(session, bundle)) {
-      session.warn(extension.name + " is off, and the agent still has what it gave");
-      code = session.failWith(error);
-      session.hint("once an agent runs: quenlet forget " + bundle);
-      continue;
-    }
-    session.say("Switched off " + extension.name + ". The agent has nothing of it any more.");
+    const ExitCode outcome = switchOff(session, available, extension);
+    if (outcome != ExitCode::done) code = outcome;
   }
   return code;
 }
@@ -229,6 +272,7 @@ ExitCode ExtensionWord::list(Session& session, const AvailableExtensions& availa
   } else {
     writeTable(session.out, session.screen, list);
   }
+  warnOfDamage(session, available);
   return ExitCode::done;
 }
 

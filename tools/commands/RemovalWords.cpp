@@ -2,14 +2,13 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
-#include <tuple>
 #include <vector>
 
-#include "client/waitForReply.h"
 #include "platform/foundation/Text.h"
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationChoice.h"
 #include "tools/owner/AgentDonations.h"
+#include "tools/owner/WaitingAgent.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
 
@@ -49,9 +48,7 @@ void RemovalWords::addTo(CLI::App& app, ChosenAction& chosen) {
 }
 
 // Tells how many of `wanted` the agent holds no more, after its reply.
-ExitCode tellRemoved(const Session& session, const DonationValues& wanted, bool success,
-                     ErrorPtr error) {
-  if (!success && !error) error = makeError(GeneralErrorDomain, 0, "the agent gave no reason");
+ExitCode tellRemoved(const Session& session, const DonationValues& wanted, const ErrorPtr& error) {
   if (error) return session.failWith(error);
   const auto after = donationsOf(session.agent);
   if (!after.ok()) return session.failWith(after.error());
@@ -74,10 +71,7 @@ ExitCode RemovalWords::remove(Session& session) const {
   for (const DonationValuePtr& donation : *wanted) {
     identifiers.push_back(donation->decoded().origin.donationIdentifier);
   }
-  const auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
-    session.agent.removeDonatedMeCardValuesForIdentifiers(identifiers, std::move(reply));
-  });
-  return tellRemoved(session, *wanted, success, error);
+  return tellRemoved(session, *wanted, WaitingAgent(session.agent).remove(identifiers));
 }
 
 ExitCode RemovalWords::forget(Session& session) const {
@@ -95,10 +89,7 @@ ExitCode RemovalWords::forget(Session& session) const {
                               ? "there are no donations"
                               : "the donors: " + enumerated(donorsOf(*before.value())));
   }
-  const auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
-    session.agent.removeDonatedMeCardValuesWithBundleIdentifier(bundleIdentifier, std::move(reply));
-  });
-  return tellRemoved(session, wanted, success, error);
+  return tellRemoved(session, wanted, WaitingAgent(session.agent).removeAllOf(bundleIdentifier));
 }
 
 }  // namespace

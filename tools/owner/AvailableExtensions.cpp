@@ -1,5 +1,6 @@
 #include "tools/owner/AvailableExtensions.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -21,16 +22,20 @@ using std::filesystem::path;
 using Extensions = std::vector<AvailableExtension>;
 
 constexpr char ending[] = ".plist";
+// Keys of no interest to the agent. The first is only in manifests that enable() writes.
+constexpr char nameKey[] = "name";
+constexpr char groupKey[] = "group";
+constexpr char readsKey[] = "reads";
 const path available = "share/quenlet/extensions-available";
 
 ErrorPtr located(const path& file, const Error& error) {
   return makeError(error.domain(), error.code(), file.native() + ": " + error.debugDescription());
 }
 
-// What is of no interest to the agent.
 void readRemarks(const PropertyListDictionary& entries, AvailableExtension& extension) {
-  if (const std::string* group = findString(entries, "group")) extension.group = *group;
-  const auto reads = entries.find("reads");
+  if (const std::string* name = findString(entries, nameKey)) extension.name = *name;
+  if (const std::string* group = findString(entries, groupKey)) extension.group = *group;
+  const auto reads = entries.find(readsKey);
   if (reads == entries.end() || reads->second.array() == nullptr) return;
   for (const PropertyList& file : *reads->second.array()) {
     if (file.string() != nullptr) extension.reads.push_back(*file.string());
@@ -54,30 +59,13 @@ Result<AvailableExtension> readExtension(const TrustedDirectory& directory,
   return Read::success(std::move(extension));
 }
 
-Result<TrustedDirectory> openAvailable(const path& prefix) {
-  Result<TrustedDirectory> opened = TrustedDirectory::open(prefix);
-  for (const path& part : available) {
+Result<TrustedDirectory> openBelow(const path& base, const path& below) {
+  Result<TrustedDirectory> opened = TrustedDirectory::open(base);
+  for (const path& part : below) {
     if (!opened.ok()) break;
     opened = opened.value().subdirectory(part.native());
   }
   return opened;
-}
-
-Result<Extensions> readAvailable(const path& prefix) {
-  using Read = Result<Extensions>;
-  Extensions extensions;
-  const Result<TrustedDirectory> directory = openAvailable(prefix);
-  if (!directory.ok() && directory.error()->code() == ENOENT) return Read::success({});
-  if (!directory.ok()) return Read::failure(located(prefix / available, *directory.error()));
-  const auto names = directory.value().names();
-  if (!names.ok()) return Read::failure(located(prefix / available, *names.error()));
-  for (const std::string& name : names.value()) {
-    if (path(name).extension() != ending) continue;
-    Result<AvailableExtension> extension = readExtension(directory.value(), name);
-    if (!extension.ok()) return Read::failure(extension.error());
-    extensions.push_back(std::move(extension).takeValue());
-  }
-  return Read::success(std::move(extensions));
 }
 
 }  // namespace
@@ -85,15 +73,62 @@ Result<Extensions> readAvailable(const path& prefix) {
 Result<AvailableExtensions> AvailableExtensions::open() {
   const auto home = UserDirectories::homeDirectory();
   if (!home.ok()) return Result<AvailableExtensions>::failure(home.error());
-  return openIn(EntitlementDatabase::prefixOfRunningProgram(), home.value());
+  return Result<AvailableExtensions>::success(
+      openIn(EntitlementDatabase::prefixOfRunningProgram(), home.value()));
 }
 
-Result<AvailableExtensions> AvailableExtensions::openIn(const path& prefix, const path& home) {
-  using Opened = Result<AvailableExtensions>;
-  Result<Extensions> read = readAvailable(prefix);
-  if (!read.ok()) return Opened::failure(read.error());
-  return Opened::success(AvailableExtensions(std::move(read).takeValue(),
-                                             ManifestDirectory::directoriesOf(prefix, home)));
+AvailableExtensions AvailableExtensions::openIn(const path& prefix, const path& home) {
+  AvailableExtensions opened(ManifestDirectory::directoriesOf(prefix, home));
+  opened.addAvailable(prefix);
+  opened.addForsaken();
+  std::stable_sort(opened.extensions.begin(), opened.extensions.end(),
+                   [](const auto& a, const auto& b) { return a.name < b.name; });
+  return opened;
+}
+
+void AvailableExtensions::addAvailable(const path& prefix) {
+  const Result<TrustedDirectory> directory = openBelow(prefix, available);
+  if (!directory.ok() && directory.error()->code() == ENOENT) return;
+  const auto names = directory.ok() ? directory.value().names()
+                                    : Result<std::vector<std::string>>::failure(directory.error());
+  if (!names.ok()) {
+    damagedOnes.push_back({"", located(prefix / available, *names.error())});
+    return;
+  }
+  for (const std::string& name : names.value()) {
+    if (path(name).extension() != ending) continue;
+    Result<AvailableExtension> extension = readExtension(directory.value(), name);
+    if (extension.ok()) {
+      extensions.push_back(std::move(extension).takeValue());
+    } else {
+      damagedOnes.push_back({path(name).stem(), extension.error()});
+    }
+  }
+}
+
+// Those that enable() has written, and that are not available any more. What the agent passes over
+// is passed over here, too: it reports it.
+void AvailableExtensions::addForsaken() {
+  const ManifestDirectory& own = agents.back();
+  const Result<TrustedDirectory> directory = openBelow(own.base, own.below);
+  if (!directory.ok()) return;
+  const auto names = directory.value().names();
+  if (!names.ok()) return;
+  for (const std::string& name : names.value()) {
+    if (path(name).extension() != ending) continue;
+    Result<AvailableExtension> extension = readExtension(directory.value(), name);
+    if (!extension.ok()) continue;
+    const bool isWritten =
+        fileOf(extension.value()).filename() == name && extension.value().name != path(name).stem();
+    if (!isWritten || hasBundle(extension.value().manifest.bundleIdentifier)) continue;
+    extensions.push_back(std::move(extension).takeValue());
+  }
+}
+
+bool AvailableExtensions::hasBundle(const std::string& bundleIdentifier) const {
+  return std::any_of(extensions.begin(), extensions.end(), [&](const auto& extension) {
+    return canonicallyEqual(extension.manifest.bundleIdentifier, bundleIdentifier);
+  });
 }
 
 Extensions AvailableExtensions::named(const std::string& word) const {
@@ -132,11 +167,15 @@ Result<AvailableExtensions::Place> AvailableExtensions::placeOf(
 ErrorPtr AvailableExtensions::enable(const AvailableExtension& extension) const {
   const ExtensionManifest& manifest = extension.manifest;
   // A link or a copy would not do: a relative path of the program counts from the manifest.
-  const auto text = PropertyListSerializer::dataWithObject(
-      PropertyList(PropertyListDictionary{{"bundleIdentifier", manifest.bundleIdentifier},
-                                          {"executable", manifest.executable.native()},
-                                          {"extensionPoint", manifest.extensionPoint},
-                                          {"version", manifest.version}}));
+  PropertyListDictionary entries{
+      {"bundleIdentifier", manifest.bundleIdentifier},
+      {"extensionPoint", manifest.extensionPoint},
+      {"version", manifest.version},
+      {nameKey, extension.name},
+      {groupKey, extension.group},
+      {readsKey, PropertyListArray(extension.reads.begin(), extension.reads.end())}};
+  if (!manifest.executable.empty()) entries.emplace("executable", manifest.executable.native());
+  const auto text = PropertyListSerializer::dataWithObject(PropertyList(std::move(entries)));
   if (!text.ok()) return text.error();
   PosixFileOperations operations;
   const path file = fileOf(extension);

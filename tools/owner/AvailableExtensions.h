@@ -10,13 +10,19 @@
 
 namespace quenlet {
 
-// A donor extension that is installed and asked for nothing until the owner switches it on. A value
-// type.
+// A donor extension that is installed and asked for nothing until the owner switches it on; or one
+// that was switched on so and is not installed any more. A value type.
 struct AvailableExtension final {
   std::string name;                // the manifest's file without its ending
   std::string group;               // may be empty
   std::vector<std::string> reads;  // which files, in words for people
   ExtensionManifest manifest;
+};
+
+// A manifest that cannot be read. A value type.
+struct DamagedExtension final {
+  std::string name;
+  ErrorPtr error;
 };
 
 // The extensions below a prefix that can be switched on, and the user's directory of manifests, in
@@ -26,14 +32,16 @@ class AvailableExtensions final {
   // What stands under the extension's name in the user's directory.
   enum class Place { free, ours, othersFile };
 
-  // Of the installation that the program belongs to. An error when the user has no home, or when a
-  // manifest there is damaged or can be written by others.
+  // Of the installation that the program belongs to. An error when the user has no home.
   [[nodiscard]] static Result<AvailableExtensions> open();
-  [[nodiscard]] static Result<AvailableExtensions> openIn(const std::filesystem::path& prefix,
-                                                          const std::filesystem::path& home);
+  [[nodiscard]] static AvailableExtensions openIn(const std::filesystem::path& prefix,
+                                                  const std::filesystem::path& home);
 
   // By name.
   [[nodiscard]] const std::vector<AvailableExtension>& all() const { return extensions; }
+  // Manifests, or their directory, that are damaged or can be written by others. They are not among
+  // the others.
+  [[nodiscard]] const std::vector<DamagedExtension>& damaged() const { return damagedOnes; }
   // Those with that name, or of that group.
   [[nodiscard]] std::vector<AvailableExtension> named(const std::string& word) const;
   // All directories in which the agent finds manifests.
@@ -42,18 +50,22 @@ class AvailableExtensions final {
   [[nodiscard]] std::filesystem::path fileOf(const AvailableExtension& extension) const;
   // An error when it cannot be told.
   [[nodiscard]] Result<Place> placeOf(const AvailableExtension& extension) const;
-  // Writes a manifest for the agent, durably. Never over another file: an error with code EEXIST
-  // then.
+  // Writes a manifest for the agent, durably, with the name and remarks, so that it can be switched
+  // off without the installed one. Never over another file: an error with code EEXIST then.
   [[nodiscard]] ErrorPtr enable(const AvailableExtension& extension) const;
   // Removes that manifest, durably, if it is one of the extension's.
   [[nodiscard]] ErrorPtr disable(const AvailableExtension& extension) const;
 
  private:
-  AvailableExtensions(std::vector<AvailableExtension> found,
-                      std::vector<ManifestDirectory> agentDirectories)
-      : extensions(std::move(found)), agents(std::move(agentDirectories)) {}
+  explicit AvailableExtensions(std::vector<ManifestDirectory> agentDirectories)
+      : agents(std::move(agentDirectories)) {}
+
+  void addAvailable(const std::filesystem::path& prefix);
+  void addForsaken();
+  [[nodiscard]] bool hasBundle(const std::string& bundleIdentifier) const;
 
   std::vector<AvailableExtension> extensions;
+  std::vector<DamagedExtension> damagedOnes;
   std::vector<ManifestDirectory> agents;
 };
 

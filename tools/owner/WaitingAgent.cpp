@@ -26,6 +26,11 @@ DonationValues nextPart(const DonationValues& values, std::size_t& place) {
   return part;
 }
 
+ErrorPtr reasonOf(bool success, const ErrorPtr& error) {
+  if (success || error) return error;
+  return makeError(GeneralErrorDomain, 0, "the agent gave no reason");
+}
+
 }  // namespace
 
 using Donations = std::shared_ptr<const DonationValues>;
@@ -67,8 +72,14 @@ ErrorPtr WaitingAgent::remove(const std::vector<std::string>& donationIdentifier
   const auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
     agent.removeDonatedMeCardValuesForIdentifiers(donationIdentifiers, std::move(reply));
   });
-  if (success || error) return error;
-  return makeError(GeneralErrorDomain, 0, "the agent gave no reason");
+  return reasonOf(success, error);
+}
+
+ErrorPtr WaitingAgent::removeAllOf(const std::string& bundleIdentifier) const {
+  const auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
+    agent.removeDonatedMeCardValuesWithBundleIdentifier(bundleIdentifier, std::move(reply));
+  });
+  return reasonOf(success, error);
 }
 
 }  // namespace quenlet

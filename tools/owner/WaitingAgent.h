@@ -24,6 +24,8 @@ class WaitingAgent final {
   [[nodiscard]] ErrorPtr donateInParts(const DonationValues& values) const;
   // Null once they are gone for good. Asks nothing for no identifiers.
   [[nodiscard]] ErrorPtr remove(const std::vector<std::string>& donationIdentifiers) const;
+  // Null once all of that donor are gone for good.
+  [[nodiscard]] ErrorPtr removeAllOf(const std::string& bundleIdentifier) const;
   // Null once the agent follows that change of an account.
   [[nodiscard]] ErrorPtr changeAccount(const AccountPtr& from, const AccountPtr& to) const;
 
