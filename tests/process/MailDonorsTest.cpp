@@ -1,3 +1,4 @@
+#include "platform/files/LockFile.h"
 #include "tests/process/ProcessTest.h"
 
 namespace quenlet {
@@ -9,13 +10,15 @@ using testing::HasSubstr;
 class MailDonorsTest : public ProcessTest {
  protected:
   MailDonorsTest() {
-    writeFile(evolution, "[Data Source]\nDisplayName=Work\nEnabled=true\n\n[Mail Identity]\n" +
-                             address("evolution") + "Name=Anna Berg\n");
+    writeFile(evolution,
+              "[Data Source]\nDisplayName=Work\nEnabled=true\nParent=\n\n[Mail Identity]\n" +
+                  address("evolution") + "Name=Anna Berg\n");
     writeFile(home / ".thunderbird/profiles.ini",
-              "[Profile0]\nName=default\nIsRelative=1\nPath=x.default\n");
+              "[General]\nVersion=2\n\n[Profile0]\nName=default\nIsRelative=1\nPath=x.default\n");
     writeFile(home / ".thunderbird/x.default/prefs.js", prefs("thunderbird"));
     writeFile(home / ".config/emailidentities",
-              "[Identity #0]\nEmail Address=kmail@example.org\nName=Anna Berg\n");
+              "[General]\nDefault Identity=7\n\n[Identity #0]\nEmail Address=kmail@example.org\n"
+              "Name=Anna Berg\nuoid=7\n");
     writeFile(home / ".config/geary/account_01/geary.ini",
               "[Account]\nsender_mailboxes=Anna Berg <geary@example.org>;\n");
   }
@@ -25,6 +28,7 @@ class MailDonorsTest : public ProcessTest {
   }
   static std::string prefs(const std::string& program) {
     return "user_pref(\"mail.account.account1.identities\", \"id1\");\n"
+           "user_pref(\"mail.account.account1.server\", \"server1\");\n"
            "user_pref(\"mail.accountmanager.accounts\", \"account1\");\n"
            "user_pref(\"mail.identity.id1.fullName\", \"Anna Berg\");\n"
            "user_pref(\"mail.identity.id1.useremail\", \"" +
@@ -66,7 +70,7 @@ TEST_F(MailDonorsTest, GiveWhatTheyHaveOnceAndTakeItBack) {
   EXPECT_EQ(countDonations(), 8);
 
   writeFile(evolution, "[Data Source]\nEnabled=true\n\n[Mail Identity]\nAddr");
-  writeFile(home / ".config/emailidentities", "[General]\n");
+  std::filesystem::remove(home / ".config/emailidentities");
   expect({{{"collect"},
            1,
            {"org.quenlet.donors.evolution keeps what it has given", "its last line is cut short",
@@ -87,6 +91,58 @@ TEST_F(MailDonorsTest, GiveWhatTheyHaveOnceAndTakeItBack) {
           {{"extension", "list", "--json"},
            0,
            {R"("bundle":"org.quenlet.donors.geary","enabled":false)"}}});
+}
+
+TEST_F(MailDonorsTest, AreSwitchedOffWhenNobodyCollectsAnyMore) {
+  startAgent();
+  expect({{{"extension", "enable", "mail"}, 0, {"Switched on kmail"}}});
+  usePrivateCopies();
+  std::vector<std::unique_ptr<ChildProcess>> waiting;
+  auto lock = LockFile::tryLock(donationsFile.parent_path() / "collect.lock");
+  ASSERT_TRUE(lock.ok());
+  for (const std::vector<std::string>& words :
+       {std::vector<std::string>{"collect"}, {"extension", "disable", "mail"}}) {
+    std::vector<std::string> command = words;
+    command.insert(command.begin(), bin / "quenlet");
+    waiting.push_back(start(std::move(command)));
+  }
+  for (const auto& each : waiting) {
+    EXPECT_TRUE(eventually([&] { return each->says("Waiting for"); }));
+    EXPECT_TRUE(each->isRunning());
+  }
+  EXPECT_TRUE(std::filesystem::exists(extensions / "org.quenlet.donors.kmail.plist"));
+  lock = Result<std::shared_ptr<LockFile>>::failure(nullptr);
+  EXPECT_TRUE(waiting.back()->wait().has_value());
+  EXPECT_TRUE(waiting.front()->wait().has_value());
+  EXPECT_FALSE(std::filesystem::exists(extensions / "org.quenlet.donors.kmail.plist"));
+  EXPECT_EQ(countDonations(), 0);
+}
+
+TEST_F(MailDonorsTest, GoWithTheAccountsOfGNOMEWhereTheseAreSwitchedOn) {
+  const std::filesystem::path file = home / ".config/goa-1.0/accounts.conf";
+  writeFile(file,
+            "[Account a_1]\nProvider=imap_smtp\nIdentity=x\nPresentationIdentity=x\n"
+            "Enabled=true\nEmailAddress=gnome@example.org\nName=\n");
+  const std::string bundle = "org.quenlet.sources.gnome-accounts";
+  startAgent();
+  expect({{{"collect"}, 0, {"No donor extension is installed."}},
+          {{"collect", bundle}, 1, {"no donor extension is installed for it"}},
+          {{"extension", "enable", "gnome-accounts"}, 0, {"goa-1.0/accounts.conf"}},
+          {{"extension", "enable", "mail"}, 0, {}}});
+  usePrivateCopies();
+  expect({{{"collect", bundle}, 0, {"Accounts of GNOME: 1 added"}}});
+  EXPECT_EQ(countDonations(), 1) << "no other is asked";
+  expect({{{"collect"}, 0, {"accounts of GNOME have not changed", "geary: 2 donations."}}});
+  EXPECT_TRUE(cardHas("gnome@example.org"));
+  writeFile(file, "[Account a_1]\n");
+  expect({{{"collect"}, 1, {"stay as they are", "geary: 2 donations."}},
+          {{"extension", "disable", "gnome-accounts"}, 0, {"1 removed", "Switched off"}},
+          {{"collect"}, 0, {"geary: 2 donations."}}});
+  EXPECT_FALSE(cardHas("gnome@example.org"));
+  EXPECT_EQ(stopAgent(), 0);
+  writeFile(file, "");
+  expect({{{"extension", "enable", "gnome-accounts"}, 0, {}},
+          {{"collect"}, 3, {"accounts of GNOME have not changed"}}});
 }
 
 TEST_F(MailDonorsTest, AreNotSwitchedOnOverAFileOfTheOwners) {

@@ -1,11 +1,14 @@
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "platform/files/UserDirectories.h"
 #include "platform/ipc/EntitlementDatabase.h"
 #include "tools/commands/Command.h"
+#include "tools/commands/OnlineAccountsSync.h"
 #include "tools/owner/AgentDonations.h"
+#include "tools/owner/CollectLock.h"
 #include "tools/owner/CollectedDonor.h"
 #include "tools/owner/DonorAnswers.h"
 #include "tools/presentation/TerminalText.h"
@@ -15,13 +18,16 @@ namespace quenlet {
 namespace {
 
 // "collect": asks donor extensions for all of their values, and has the agent hold these and no
-// others of theirs. A donor that fails loses nothing.
+// others of theirs. A donor that fails loses nothing. Before, it takes over GNOME's accounts, if
+// that is switched on: also without an agent, as the next one reads them.
 class CollectWord final : public Command {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen) override;
 
  private:
   [[nodiscard]] ExitCode collect(Session& session) const;
+  [[nodiscard]] ExitCode collectFrom(Session& session,
+                                     const std::vector<ManifestDirectory>& directories) const;
 
   std::vector<std::string> bundles;
 };
@@ -32,7 +38,9 @@ void CollectWord::addTo(CLI::App& app, ChosenAction& chosen) {
       ->type_name("");
   word->footer(
       "What an extension gives takes the place of all that it gave before. One that fails keeps\n"
-      "its values. The agent asks extensions by itself only when donations come on.");
+      "its values. The agent asks extensions by itself only when donations come on. The accounts "
+      "of\n"
+      "GNOME are taken over as \"account sync\" does, if gnome-accounts is switched on.");
   word->callback([this, &chosen] { chosen = [this](Session& s) { return collect(s); }; });
 }
 
@@ -62,15 +70,19 @@ ErrorPtr takeOver(const Session& session, const DonorAnswer& answer,
   return nullptr;
 }
 
-ExitCode CollectWord::collect(Session& session) const {
-  const auto home = UserDirectories::homeDirectory();
-  if (!home.ok()) return session.failWith(home.error());
+ExitCode followOnlineAccounts(Session& session) {
+  const auto accounts = UserAccounts::open();
+  if (!accounts.ok()) return session.failWith(accounts.error());
+  return OnlineAccountsSync(session, *accounts.value()).run();
+}
+
+// Of the donors of `bundles`, or of all when there is none.
+ExitCode askDonors(Session& session, const std::vector<ManifestDirectory>& directories,
+                   const std::vector<std::string>& bundles, bool& isAnyInstalled) {
   // Before any program is started: without an agent, or while donations are off, it is in vain.
   const auto before = donationsOf(session.agent);
   if (!before.ok()) return session.failWith(before.error());
-  const DonorAnswers answers = DonorAnswers::ask(
-      ManifestDirectory::directoriesOf(EntitlementDatabase::prefixOfRunningProgram(), home.value()),
-      bundles);
+  const DonorAnswers answers = DonorAnswers::ask(directories, bundles);
   ExitCode code = ExitCode::done;
   if (answers.unreadable) code = session.failWith(answers.unreadable);
   for (const DonorAnswer& answer : answers.donors) {
@@ -80,10 +92,35 @@ ExitCode CollectWord::collect(Session& session) const {
     session.hintAt(*error);
     code = isNoAnswer(*error) ? ExitCode::noAgent : ExitCode::refused;
   }
-  if (answers.donors.empty() && code == ExitCode::done) {
-    session.out << "No donor extension is installed.\n";
-  }
+  isAnyInstalled = !answers.donors.empty() || code != ExitCode::done;
   return code;
+}
+
+ExitCode CollectWord::collect(Session& session) const {
+  const auto home = UserDirectories::homeDirectory();
+  if (!home.ok()) return session.failWith(home.error());
+  const auto lock = CollectLock::take([&] { session.tell("Waiting for another collect to end."); });
+  if (!lock.ok()) return session.failWith(lock.error());
+  return collectFrom(session, ManifestDirectory::directoriesOf(
+                                  EntitlementDatabase::prefixOfRunningProgram(), home.value()));
+}
+
+ExitCode CollectWord::collectFrom(Session& session,
+                                  const std::vector<ManifestDirectory>& directories) const {
+  std::vector<std::string> donors = bundles;
+  const auto accounts =
+      std::find(donors.begin(), donors.end(), OnlineAccountsSync::bundleIdentifier);
+  const bool isOn =
+      (donors.empty() || accounts != donors.end()) && OnlineAccountsSync::isSwitchedOn(directories);
+  const ExitCode followed = isOn ? followOnlineAccounts(session) : ExitCode::done;
+  if (isOn && accounts != donors.end()) {
+    donors.erase(accounts);
+    if (donors.empty()) return followed;
+  }
+  bool isAnyInstalled = false;
+  const ExitCode asked = askDonors(session, directories, donors, isAnyInstalled);
+  if (!isAnyInstalled && !isOn) session.out << "No donor extension is installed.\n";
+  return asked == ExitCode::done ? followed : asked;
 }
 
 }  // namespace
