@@ -28,6 +28,8 @@ TEST(MailboxTest, TellsTheOwnersAddressesAndNamesFromOthers) {
     EXPECT_EQ(personalAddress(text).value_or("none"), address) << text;
     EXPECT_EQ(found ? *found->givenName + "|" + *found->familyName : "none", expected) << text;
   }
+  EXPECT_EQ(fullName("Dr. Ann Mary \"Annie\" Berg Jr."),
+            std::optional(Name{"Dr.", "Ann", "Mary", "Berg", "Jr.", "Annie"}));
   EXPECT_EQ(splitMailboxes(R"(a, "b, \"c" <d,e>, (f, (g), h) i,, )"),
             std::vector<std::string>({"a", R"("b, \"c" <d,e>)", "(f, (g), h) i"}));
 }

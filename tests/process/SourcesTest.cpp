@@ -55,6 +55,28 @@ TEST_F(SourcesTest, KeepAccountsInStepWithTheCardAndCatchUpWithWhatChangedWithou
       << "saved a while later";
 }
 
+TEST_F(SourcesTest, LoseNoNewsOfGNOMEsAccountsWhenTheSyncIsKilled) {
+  std::string online;
+  for (const std::string name : {"a", "b"}) {
+    online += "[Account " + name + "]\nProvider=imap_smtp\nIdentity=x\nPresentationIdentity=x\n" +
+              "Enabled=true\nEmailAddress=" + name + "@example.org\nName=\n";
+  }
+  writeFile(home / ".config/goa-1.0/accounts.conf", online);
+  startAgent();
+  ASSERT_TRUE(eventually([this] { return !agent->out().empty(); })) << "all accounts were read";
+  agent->signal(SIGSTOP);
+  {
+    const auto sync = start({bin / "quenlet", "account", "sync"});
+    EXPECT_TRUE(eventually(
+        [this] { return std::filesystem::exists(home / "Library/Accounts/gnome-b.plist"); }));
+  }  // Killed while it waits for the answer to the first of two.
+  agent->signal(SIGCONT);
+  EXPECT_TRUE(eventually([this] { return countDonations() >= 0; }));
+  EXPECT_FALSE(cardHas("b@example.org"));
+  expect({{{"account", "sync"}, 0, {"cut short", "have not changed"}}});
+  EXPECT_TRUE(eventually([this] { return cardHas("a@example.org") && cardHas("b@example.org"); }));
+}
+
 TEST_F(SourcesTest, FollowTheNumbersOfTheSIMCards) {
   writeTelephony("device.plist", "<dict><key>DeviceClassNumber</key><integer>1</integer></dict>");
   setNumbers({"+49 30 1234567", "not a number"});

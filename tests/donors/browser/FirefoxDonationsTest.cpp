@@ -39,7 +39,8 @@ class FirefoxDonationsTest : public testing::Test {
   static std::string textOf(const Email& email) { return "email:" + email.address + " "; }
   static std::string textOf(const Phone& phone) { return "phone:" + phone.number + " "; }
   static std::string textOf(const Name& name) {
-    return "name:" + *name.givenName + "|" + *name.familyName + " ";
+    return "name:" + *name.givenName + "|" + name.middleName.value_or("") + "|" + *name.familyName +
+           " ";
   }
   static std::string textOf(const Image&) { return "image "; }
 
@@ -49,22 +50,22 @@ class FirefoxDonationsTest : public testing::Test {
 TEST_F(FirefoxDonationsTest, GivesTheOwnersAddressesAndNobodyElses) {
   EXPECT_EQ(donated(), "") << "no file";
   const std::string zoe = R"({"guid":"a1","version":1,"given-name":"ZOE\u0308","family-name":"Berg",
-    "street-address":"Elm Street 9\nRear","address-level2":"Bonn","address-level1":"NW",
+    "additional-name":"M","street-address":"Elm Street 9\nRear","address-level2":"Bonn","address-level1":"NW",
     "postal-code":"53111","country":"DE","country-name":"Germany","tel":"+492281234567",
     "email":"zoe@example.org","timesUsed":4,"_sync":{"changeCounter":1,"email":"x@example.org"}})";
   const std::pair<std::string, const char*> rows[] = {
       {zoe,
        "postal:Elm Street 9\nRear|Bonn|NW|53111|Germany|de email:zoe@example.org "
-       "phone:+492281234567 name:ZOE\u0308|Berg "},
+       "phone:+492281234567 name:ZOE\u0308|M|Berg "},
       {R"({"guid":"b","name":"Zoë Berg","email":"z@example.org"})",
-       "email:z@example.org name:Zoë|Berg "},
+       "email:z@example.org name:Zoë||Berg "},
       {R"({"guid":"c","given-name":"Ann","family-name":"Berg","email":"ann@example.org"})", ""},
       {R"({"guid":"d","given-name":"Zoë","email":"zoe@example.org"})", ""},
       {R"({"guid":"e","email":"zoe@example.org"})", ""},
       {R"({"guid":"f","deleted":true,"name":"Zoë Berg","email":"z@example.org"})", ""},
       {R"({"guid":"g","name":"Zoë Berg","email":"z+shop@example.org","tel":"none"})", ""},
       {R"({"guid":"i","name":"Zoë Berg","email":"z@example.org","street-address":"\u001b[2J"})",
-       "email:z@example.org name:Zoë|Berg "},
+       "email:z@example.org name:Zoë||Berg "},
       {R"({"guid":"h","name":"Zoë Berg","country":"DE"})", ""},
   };
   const std::string cards =
@@ -88,6 +89,7 @@ TEST_F(FirefoxDonationsTest, TakesDamageForDamage) {
        place + "it is cut short or damaged"},
       {"[]", place + "it holds no list of addresses"},
       {R"({"addresses":{"name":"Zoë Berg"}})", place + "it holds no list of addresses"},
+      {R"({"addresses":[["Zoë Berg"]]})", place + "it holds no list of addresses"},
       {R"({"addresses":["Zoë Berg"]})", place + "it holds no list of addresses"},
       {"{}", ""},
   };

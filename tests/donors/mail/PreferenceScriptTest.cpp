@@ -9,7 +9,7 @@ TEST(PreferenceScriptTest, ReadsLinesOfOneFormAndRunsNothing) {
   const std::pair<const char*, const char*> rows[] = {
       {R"(user_pref("a", "text");)", "text"},
       {R"(  user_pref ( 'a' , 'it\'s' ) ; // remark)", "it's"},
-      {R"(user_pref("a", "\"\\\n\x41\u00eb\ud83d\ude00");)", "\"\\\nA\u00EB\U0001F600"},
+      {R"(user_pref("a", "\"\\\r\n\x41\u00eb\ud83d\ude00");)", "\"\\\r\nA\u00EB\U0001F600"},
       {"user_pref(\"a\", \"text\");\r", "text"},
       {R"(user_pref("a", "1"); user_pref("a", "2");)", "1"},
       {R"(user_pref("a", 7);)", "none"},
