@@ -13,22 +13,23 @@ namespace {
 
 constexpr char profilesFile[] = "profiles.ini";
 
-ErrorPtr damage(const std::string& sentence) {
+ErrorPtr brokenList(const std::string& sentence) {
   return ForeignFiles::locate(profilesFile, *makeError(PosixErrorDomain, EINVAL, sentence));
 }
 
 // What the program always writes has to be there, and each profile, whose disk may be missing.
 ErrorPtr addListed(const KeyFile& file, const std::filesystem::path& root,
                    MozillaProfiles::Paths& profiles) {
-  if (!file.hasGroup("General")) return damage("it has no group \"General\"");
+  if (!file.hasGroup("General")) return brokenList("it has no group \"General\"");
   for (const std::string& group : file.groups()) {
     if (!group.starts_with("Profile")) continue;
     const auto path = file.text(group, "Path");
-    if (!path || path->empty()) return damage("a profile has no path");
+    if (!path || path->empty()) return brokenList("a profile has no path");
     // An absolute path stays what it is.
     const std::filesystem::path profile = (root / *path).lexically_normal();
     std::error_code failure;
-    if (!std::filesystem::is_directory(profile, failure)) return damage("a profile is not there");
+    if (!std::filesystem::is_directory(profile, failure))
+      return brokenList("a profile is not there");
     profiles.insert(profile);
   }
   return nullptr;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr char sourceGroup[] = "Data Source";
 constexpr char identityGroup[] = "Mail Identity";
-constexpr char accountGroup[] = "Mail Account";
+constexpr char mailAccountGroup[] = "Mail Account";
 constexpr std::string_view extension = ".source";
 // All sources are in memory together. A thousand times as much as people have.
 constexpr std::size_t mostBytesTogether = std::size_t{8} << 20;
@@ -67,7 +67,7 @@ class SourceReader final {
 // Whether an account has an identity whose file has lost it.
 bool hasLostIdentity(const Sources& sources) {
   for (const auto& [identifier, source] : sources) {
-    const auto identity = sources.find(source.text(accountGroup, "IdentityUid").value_or(""));
+    const auto identity = sources.find(source.text(mailAccountGroup, "IdentityUid").value_or(""));
     if (identity != sources.end() && !identity->second.hasGroup(identityGroup)) return true;
   }
   return false;

@@ -217,7 +217,7 @@ ErrorPtr forget(const Session& session, const std::string& bundle) {
 }
 
 // What an extension gave, once it is off.
-ExitCode takeBack(Session& session, const AvailableExtension& extension) {
+ExitCode takeBackAll(Session& session, const AvailableExtension& extension) {
   const std::string& bundle = extension.manifest.bundleIdentifier;
   if (bundle == OnlineAccountsSync::bundleIdentifier) {
     const auto accounts = UserAccounts::open();
@@ -246,7 +246,7 @@ ExitCode switchOff(Session& session, const AvailableExtensions& available,
                           "quenlet reject keeps single values away");
   }
   // Also when it was off before: what it gave may not have been taken back then.
-  return takeBack(session, extension);
+  return takeBackAll(session, extension);
 }
 
 ExitCode ExtensionWord::disable(Session& session, const AvailableExtensions& available) const {

@@ -26,7 +26,7 @@ DonationValues nextPart(const DonationValues& values, std::size_t& place) {
   return part;
 }
 
-ErrorPtr reasonOf(bool success, const ErrorPtr& error) {
+ErrorPtr failureOf(bool success, const ErrorPtr& error) {
   if (success || error) return error;
   return makeError(GeneralErrorDomain, 0, "the agent gave no reason");
 }
@@ -72,14 +72,14 @@ ErrorPtr WaitingAgent::remove(const std::vector<std::string>& donationIdentifier
   const auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
     agent.removeDonatedMeCardValuesForIdentifiers(donationIdentifiers, std::move(reply));
   });
-  return reasonOf(success, error);
+  return failureOf(success, error);
 }
 
 ErrorPtr WaitingAgent::removeAllOf(const std::string& bundleIdentifier) const {
   const auto [success, error] = waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
     agent.removeDonatedMeCardValuesWithBundleIdentifier(bundleIdentifier, std::move(reply));
   });
-  return reasonOf(success, error);
+  return failureOf(success, error);
 }
 
 }  // namespace quenlet
