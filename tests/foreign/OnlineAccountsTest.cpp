@@ -73,6 +73,9 @@ TEST_F(OnlineAccountsTest, TellsAccountsThatAreGoneFromAFileThatIsNotWhole) {
       {with("ann@example.org", "noreply@example.org"), ""},
       {with("imap_smtp", "owncloud"), ""},
       {with("Enabled=true", "Enabled=false"), ""},
+      {"[Account a_1]\nProvider=windows_live\nIdentity=x\nPresentationIdentity=ann@live.example\n"
+       "MailEnabled=true\n",
+       "gnome-a_1 org.gnome.OnlineAccounts.windows_live ann@live.example - mail,\n"},
       {whole, "!goa-1.0/accounts.conf: its last line is cut short"},
       {with("EmailAddress=", "Other="), incomplete},
       {with("Enabled=", "Other="), incomplete},

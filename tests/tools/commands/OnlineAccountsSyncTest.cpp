@@ -167,10 +167,27 @@ TEST_F(OnlineAccountsSyncTest, TellsOfWhatAnEarlierSyncWroteBeforeItWasCutShort)
   EXPECT_EQ(sync(), "0 account gnome-a gnome-a;account gnome-c -;account - gnome-c;");
   EXPECT_EQ(sync(), "0 ");
 
-  home.write("Library/Accounts/.untold.plist", "damaged");
-  EXPECT_EQ(sync(), "0 account gnome-a gnome-a;account gnome-b gnome-b;account gnome-c gnome-c;");
-  EXPECT_THAT(err.str(), HasSubstr("damaged"));
-  EXPECT_EQ(sync(), "0 ");
+  for (const char* mark : {"damaged", "<plist version=\"1.0\"><array><true/></array></plist>",
+                           "<plist version=\"1.0\"><dict/></plist>"}) {
+    home.write("Library/Accounts/.untold.plist", mark);
+    EXPECT_EQ(sync(), "0 account gnome-a gnome-a;account gnome-b gnome-b;account gnome-c gnome-c;");
+    EXPECT_THAT(err.str(), HasSubstr("damaged"));
+    EXPECT_EQ(sync(), "0 ");
+  }
+}
+
+TEST_F(OnlineAccountsSyncTest, IsSwitchedOnByAManifestOfItsOwnPoint) {
+  const std::vector<ManifestDirectory> directories = {{home.path(), "manifests"}};
+  EXPECT_FALSE(OnlineAccountsSync::isSwitchedOn(directories));
+  for (const std::string point : {"ovaro.quenlet", OnlineAccountsSync::extensionPoint}) {
+    home.write("manifests/any.plist",
+               "<plist version=\"1.0\"><dict><key>extensionPoint</key><string>" + point +
+                   "</string><key>version</key><string>1.0</string><key>executable</key>"
+                   "<string>x</string><key>bundleIdentifier</key><string>" +
+                   OnlineAccountsSync::bundleIdentifier + "</string></dict></plist>");
+    EXPECT_EQ(OnlineAccountsSync::isSwitchedOn(directories),
+              point == OnlineAccountsSync::extensionPoint);
+  }
 }
 
 }  // namespace
