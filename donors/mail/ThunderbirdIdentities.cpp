@@ -25,8 +25,9 @@ ErrorPtr addIdentitiesOf(const std::string& account, const std::filesystem::path
                          const PreferenceScript& preferences, std::set<std::string>& seen,
                          std::vector<MailIdentity>& identities) {
   const std::string accountBranch = "mail.account." + account + ".";
-  if (!preferences.text(accountBranch + "server"))
+  if (!preferences.text(accountBranch + "server")) {
     return damage("it lists an account that is not there");
+  }
   const auto list = preferences.text(accountBranch + "identities");
   for (const std::string& identity : splitMailboxes(list.value_or(""))) {
     if (!seen.insert(identity).second) continue;

@@ -143,8 +143,9 @@ ExitCode AccountWord::add(Session& session, UserAccounts& accounts) const {
         makeAccountError(AccountErrorCode::accountExists,
                          "there is an account with this identifier; \"account change\" alters it"));
   }
-  if (!PropertyListAccountStore::isUnknown(*present.error()))
+  if (!PropertyListAccountStore::isUnknown(*present.error())) {
     return session.failWith(present.error());
+  }
   Account account{.identifier = addition.identifier, .isActive = true};
   account.enabledDataclasses = {defaultDataClass};
   if (const ErrorPtr error = addition.applyTo(account)) return session.failWith(error);

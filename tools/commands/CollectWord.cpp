@@ -38,9 +38,10 @@ void CollectWord::addTo(CLI::App& app, ChosenAction& chosen) {
       ->type_name("");
   word->footer(
       "What an extension gives takes the place of all that it gave before. One that fails keeps\n"
-      "its values. The agent asks extensions by itself only when donations come on. The accounts "
-      "of\n"
-      "GNOME are taken over as \"account sync\" does, if gnome-accounts is switched on.");
+      "its values. The agent asks extensions by itself only when donations come on.\n"
+      "\n"
+      "While gnome-accounts is switched on, the accounts of GNOME are taken over first, as\n"
+      "\"account sync\" does.");
   word->callback([this, &chosen] { chosen = [this](Session& s) { return collect(s); }; });
 }
 

@@ -78,6 +78,11 @@ void writeJSON(std::ostream& out, const std::vector<Listed>& list) {
   out << json.endArray().text() << "\n";
 }
 
+const char* switchStateOf(const Listed& listed) {
+  if (!listed.problem.empty()) return "damaged";
+  return listed.isOn ? "on" : "off";
+}
+
 void writeTable(std::ostream& out, const Screen& screen, const std::vector<Listed>& list) {
   TextTable table({"NAME",
                    "GROUP",
@@ -88,10 +93,7 @@ void writeTable(std::ostream& out, const Screen& screen, const std::vector<Liste
     std::string reads;
     for (const std::string& file : listed.reads) reads += (reads.empty() ? "" : ", ") + file;
     table.addRow({listed.name.empty() ? listed.bundle : listed.name, listed.group,
-                  !listed.problem.empty() ? "damaged"
-                  : listed.isOn           ? "on"
-                                          : "off",
-                  reads, listed.bundle});
+                  switchStateOf(listed), reads, listed.bundle});
   }
   table.write(out, screen);
 }

@@ -98,8 +98,9 @@ Result<std::vector<OnlineAccountsSync::Change>> OnlineAccountsSync::marked() {
     const auto after = accounts.store().accountWithIdentifier(identifier);
     // It is a change of its own that this sync mends.
     if (!after.ok() && PropertyListAccountStore::isDamage(*after.error())) continue;
-    if (!after.ok() && !PropertyListAccountStore::isUnknown(*after.error()))
+    if (!after.ok() && !PropertyListAccountStore::isUnknown(*after.error())) {
       return Marked::failure(after.error());
+    }
     news.push_back({std::make_shared<const Account>(Account{.identifier = identifier}),
                     after.ok() ? after.value() : nullptr});
   }

@@ -100,6 +100,7 @@ void AvailableExtensions::addAvailable(const path& prefix) {
     Result<AvailableExtension> extension = readExtension(directory.value(), name);
     if (extension.ok()) {
       extensions.push_back(std::move(extension).takeValue());
+      extensions.back().name = path(name).stem();
     } else {
       damagedOnes.push_back({path(name).stem(), extension.error()});
     }

@@ -17,7 +17,7 @@ class AvailableExtensionsTest : public testing::Test {
     ::unsetenv("XDG_CONFIG_HOME");
     install("post", "<key>group</key><string>mail</string>");
     install("snail", "<key>group</key><string>mail</string>");
-    install("other", "");
+    install("other", "<key>name</key><string>of no interest here</string>");
   }
 
   void install(const std::string& name, const std::string& remarks) const {
@@ -94,9 +94,9 @@ TEST_F(AvailableExtensionsTest, AreAllThereButTheDamagedOne) {
 TEST_F(AvailableExtensionsTest, AreNotThoseOfTheOwnersOwnManifests) {
   const std::string own = "home/.config/quenlet/extensions/";
   std::filesystem::create_directories(top / own);
-  std::filesystem::copy_file(top / fileOf("other"), top / (own + "org.example.other.plist"));
-  std::filesystem::remove(top / fileOf("other"));
-  EXPECT_EQ(all(), "post snail ");
+  std::filesystem::copy_file(top / fileOf("post"), top / (own + "org.example.post.plist"));
+  std::filesystem::remove(top / fileOf("post"));
+  EXPECT_EQ(all(), "other snail ");
 }
 
 }  // namespace
