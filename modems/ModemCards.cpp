@@ -60,11 +60,13 @@ void ModemCards::setModem(Place& place, const Modem& modem) {
   const bool isAnonymous = card.identifier.empty() && card.numbers.empty();
   const bool isReadable = modem.state == CardState::readable && !isAnonymous;
   place.state = isReadable || modem.state == CardState::absent ? modem.state : CardState::unknown;
-  if (place.state == CardState::absent) {
-    place.card.reset();
-  } else if (!isAnonymous) {
-    place.card = card;
+  if (place.state != CardState::absent && (isAnonymous || isSameCard(card, place.card))) {
+    if (!isAnonymous) place.card = card;
+    return;
   }
+  if (place.card) place.former = std::move(place.card);
+  place.card.reset();
+  if (place.state != CardState::absent) place.card = card;
 }
 
 void ModemCards::setModems(const std::string& daemon, const std::vector<Modem>& modems) {
@@ -93,23 +95,37 @@ void ModemCards::forgetPlacesBut(const std::string& daemon, const std::vector<Mo
   });
 }
 
-bool ModemCards::staysInList(const SIMCardItem& item) const {
+bool ModemCards::staysInList(const SIMCardItem& item, bool hasNewcomer) const {
   if (!item.identifier.starts_with(ownPrefix)) return true;
   bool mayBeElsewhere = false;
+  bool hasLeft = hasNewcomer;
   for (const auto& [key, place] : places) {
     const bool isHere = place.card && isOnCard(item, *place.card);
     if (place.state == CardState::readable && isHere) {
       return place.card->numbers.empty() || hasNumber(*place.card, item.value);
     }
     if (place.state == CardState::unknown && (isHere || !place.card)) mayBeElsewhere = true;
+    if (place.former && isOnCard(item, *place.former)) hasLeft = true;
   }
-  return mayBeElsewhere;
+  return mayBeElsewhere || !hasLeft;
+}
+
+// Whether a place that had some card before we looked has another one, or none, now.
+bool ModemCards::hasNewcomer(const SIMCardItems& written) const {
+  return std::any_of(places.begin(), places.end(), [&written](const auto& entry) {
+    const Place& place = entry.second;
+    if (place.former || place.state == CardState::unknown) return false;
+    return place.state == CardState::absent ||
+           std::none_of(written.begin(), written.end(),
+                        [&place](const SIMCardItem& item) { return isOnCard(item, *place.card); });
+  });
 }
 
 std::optional<SIMCardItems> ModemCards::listInPlaceOf(const SIMCardItems& written) const {
   SIMCardItems list;
+  const bool isReplacing = hasNewcomer(written);
   for (const SIMCardItem& item : written) {
-    if (staysInList(item)) list.push_back(item);
+    if (staysInList(item, isReplacing)) list.push_back(item);
   }
   bool anyIsReadable = false;
   for (const auto& [key, place] : places) {

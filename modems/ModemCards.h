@@ -43,8 +43,10 @@ struct Modem final {
 //   no modem with a readable card                          stay, all of them
 //   their card, readable, has no numbers                   stay: not read yet
 //   their card, readable, has other numbers                are replaced
-//   other readable cards; their modem is away or locked    stay
-//   other readable cards; all other modems are known       go
+//   their modem is away, locked, or has not come yet       stay
+//   their card was replaced or taken out, as we saw        go, if any card is readable
+//   nobody saw where their card was, and another card      go: it is in that one's place
+//   is new, or a modem without a card
 class ModemCards final {
  public:
   // What a daemon says beyond these is left out.
@@ -70,11 +72,14 @@ class ModemCards final {
     CardState state = CardState::unknown;
     // The card there now, or the last one while none can be read. None while nothing is known.
     std::optional<SIMCard> card;
+    // The one that was there before it, if we saw it.
+    std::optional<SIMCard> former;
   };
 
   static void setModem(Place& place, const Modem& modem);
   void forgetPlacesBut(const std::string& daemon, const std::vector<Modem>& modems);
-  [[nodiscard]] bool staysInList(const SIMCardItem& item) const;
+  [[nodiscard]] bool staysInList(const SIMCardItem& item, bool hasNewcomer) const;
+  [[nodiscard]] bool hasNewcomer(const SIMCardItems& written) const;
 
   // By daemon and the modem's place.
   std::map<std::pair<std::string, std::string>, Place> places;
