@@ -60,8 +60,7 @@ struct RecordMaker final {
   Record operator()(Phone&& phone) {
     const std::optional<PhoneNumber> number = PhoneNumber::withStringValue(phone.number);
     if (!number) {
-      return Record::failure(
-          invalid("the donation " + origin.donationIdentifier + " holds no phone number"));
+      return Record::failure(invalid("it holds no phone number"));
     }
     return Record::success(DonationValue::donationValueWithPhoneNumber(
         *number, std::move(phone.label), std::move(origin)));
@@ -144,7 +143,12 @@ Result<DonationValues> Conversion::donationValues(std::vector<Donation> donation
   values.reserve(donations.size());
   for (Donation& donation : donations) {
     Record value = donationValue(std::move(donation));
-    if (!value.ok()) return Result<DonationValues>::failure(value.error());
+    if (!value.ok()) {
+      // By its place, not its identifier: donors make identifiers of what they like.
+      return Result<DonationValues>::failure(invalid("donation " +
+                                                     std::to_string(values.size() + 1) + ": " +
+                                                     value.error()->debugDescription()));
+    }
     values.push_back(std::move(value).takeValue());
   }
   return Result<DonationValues>::success(std::move(values));

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <utility>
 
+#include "bus/BusError.h"
 #include "facade/FacadeError.h"
 
 namespace quenlet {
@@ -117,7 +118,11 @@ void BusProgram::countMessage() {
 
 void BusProgram::receive(const std::shared_ptr<BusRequest>& request) {
   auto read = request->arguments(callLimits);
-  if (!read.ok()) return request->fail(TooLargeError, "the call is too large");
+  if (!read.ok()) {
+    return busErrorName(*read.error()) == BusLimitsExceeded
+               ? request->fail(TooLargeError, "the call is too large")
+               : request->fail(InvalidArgsError, "the call cannot be read");
+  }
   const auto arguments = std::make_shared<const BusValues>(std::move(read).takeValue());
   callers->serve(request->sender(),
                  {.run =

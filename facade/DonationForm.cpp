@@ -56,6 +56,11 @@ class FieldReader final {
   void note(const ErrorPtr& error) {
     if (!first) first = error;
   }
+  // An error that does not say where it is.
+  void noteInside(const ErrorPtr& error) {
+    if (error)
+      note(makeFacadeError(facadeErrorName(*error), name + ": " + error->debugDescription()));
+  }
   // The first error; one, too, for a key that nobody asked for.
   [[nodiscard]] ErrorPtr error() {
     for (const auto& [key, value] : entries) {
@@ -85,9 +90,8 @@ Content contentIn(FieldReader& fields, CardKind kind) {
     Name name;
     Postal postal{.label = label};
     if (value->dictionary() == nullptr) return wrongValue();
-    const bool isRead = kind == CardKind::name ? readName(*value->dictionary(), name)
-                                               : readAddress(*value->dictionary(), postal.address);
-    if (!isRead) return wrongValue();
+    fields.noteInside(kind == CardKind::name ? readName(*value->dictionary(), name)
+                                             : readAddress(*value->dictionary(), postal.address));
     return kind == CardKind::name ? Content(name) : Content(postal);
   }
   if (kind == CardKind::imageData) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "facade/FacadeError.h"
 #include "platform/contacts/ValueBounds.h"
 #include "platform/foundation/Text.h"
 
@@ -24,16 +25,21 @@ constexpr AddressField addressFields[] = {
     {"country", &Address::country}, {"isoCountryCode", &Address::isoCountryCode}};
 
 template <typename Fields, typename Value>
-bool readFields(const BusDictionary& entries, const Fields& fields, Value& value) {
-  return std::all_of(entries.begin(), entries.end(), [&](const auto& entry) {
-    const auto& [key, held] = entry;
-    const auto field = std::find_if(std::begin(fields), std::end(fields),
-                                    [&key = key](const auto& known) { return known.first == key; });
-    if (field == std::end(fields) || held.text() == nullptr) return false;
-    if (held.text()->size() > mostBytesInText) return false;
-    value.*(field->second) = *held.text();
-    return true;
-  });
+ErrorPtr readFields(const BusDictionary& entries, const Fields& fields, Value& value) {
+  for (const auto& entry : entries) {
+    const auto field =
+        std::find_if(std::begin(fields), std::end(fields),
+                     [&entry](const auto& known) { return known.first == entry.first; });
+    const std::string* text = entry.second.text();
+    if (field == std::end(fields) || text == nullptr) {
+      return makeFacadeError(InvalidArgsError, "value is not one of its kind");
+    }
+    if (text->size() > mostBytesInText) {
+      return makeFacadeError(TooLargeError, "a part of value is too long");
+    }
+    value.*(field->second) = *text;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -65,11 +71,11 @@ BusDictionary addressDictionary(const Address& address) {
   return entries;
 }
 
-bool readName(const BusDictionary& entries, Name& name) {
+ErrorPtr readName(const BusDictionary& entries, Name& name) {
   return readFields(entries, nameFields, name);
 }
 
-bool readAddress(const BusDictionary& entries, Address& address) {
+ErrorPtr readAddress(const BusDictionary& entries, Address& address) {
   return readFields(entries, addressFields, address);
 }
 

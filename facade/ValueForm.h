@@ -5,6 +5,7 @@
 
 #include "bus/BusValue.h"
 #include "quenlet/Date.h"
+#include "quenlet/Error.h"
 #include "quenlet/Values.h"
 
 // Values and their origins as dictionaries, with the keys of the command's JSON. Pure functions.
@@ -16,10 +17,10 @@ namespace quenlet {
 // Only what is there.
 [[nodiscard]] BusDictionary nameDictionary(const Name& name);
 [[nodiscard]] BusDictionary addressDictionary(const Address& address);
-// The fields under their keys. False if one is not text, or longer than a text may be, or a key is
-// unknown, so that no misspelt part of a value is lost.
-[[nodiscard]] bool readName(const BusDictionary& entries, Name& name);
-[[nodiscard]] bool readAddress(const BusDictionary& entries, Address& address);
+// Reads the fields under their keys. InvalidArgs if one is not text or a key is unknown, so that no
+// misspelt part of a value is lost; TooLarge if one is longer than a text may be.
+[[nodiscard]] ErrorPtr readName(const BusDictionary& entries, Name& name);
+[[nodiscard]] ErrorPtr readAddress(const BusDictionary& entries, Address& address);
 
 struct DonationSource final {
   std::string_view bundleIdentifier;

@@ -78,7 +78,7 @@ TEST_F(ExtensionLoopTest, PutsRequestsToTheExtensionAndTurnsExceptionsIntoErrors
   EXPECT_EQ(renew("never"), "invalid");
   EXPECT_EQ(redonate(-1), "yes");
   EXPECT_EQ(redonate(2), threw);
-  EXPECT_EQ(redonate(3), "ovaro.quenlet.service-error 4: the donation id holds no phone number");
+  EXPECT_EQ(redonate(3), "ovaro.quenlet.service-error 4: donation 1: it holds no phone number");
   EXPECT_EQ(redonate(4), "donor 6: not now");
   EXPECT_EQ(
       ask(DonorExtensionSelector::renew, WireEncoder().object(DonationWire::className).list(0)),
