@@ -141,7 +141,14 @@ void BusProgram::tell(const std::string& watcher, const CallerIdentity& caller) 
     // A watcher that has gone meanwhile is forgotten when the bus says so.
     static_cast<void>(object->tellCardChanged(watcher));
   };
-  if (!caller.app) return send();
+  if (!caller.app) {
+    // Its entitlement may have been taken away since.
+    return identifier.identify(watcher, [this, watcher, send](const auto& found) {
+      if (!found.ok()) return;
+      if (HostGate::refusalToRead(found.value())) return watchers.remove(watcher);
+      send();
+    });
+  }
   // The owner may have changed their mind since it began to watch.
   apps.look(AppWish::meCard, *caller.app, [this, watcher, send](const auto& permission) {
     if (permission.ok()) return send();

@@ -17,6 +17,7 @@ struct Callers::Account final {
     CallerIdentity caller;
     Request request;
     IdleEnd::Hold hold;
+    std::shared_ptr<void> mark;
   };
   std::deque<Waiting> waiting;
   std::size_t running = 0;
@@ -26,24 +27,35 @@ struct Callers::Account final {
 struct Callers::Caller final {
   std::optional<CallerIdentity> identity = {};
   std::shared_ptr<Account> account = {};
+  std::chrono::steady_clock::time_point identified = {};
   // What came before the caller was known, and what keeps the program from ending meanwhile.
   std::vector<Request> early = {};
-  IdleEnd::Hold hold;
+  IdleEnd::Hold hold = {};
+  // Each request of this connection's that is under way has a copy.
+  std::shared_ptr<void> mark = std::make_shared<char>();
+
+  [[nodiscard]] bool isIdle() const { return early.empty() && identity && mark.use_count() == 1; }
 };
 
-Callers::Callers(Identify identifyCaller, IdleEnd& idleEnd, const CallerLimits& given)
-    : identify(std::move(identifyCaller)), idle(idleEnd), limits(given) {}
+Callers::Callers(Identify identifyCaller, IdleEnd& idleEnd, const CallerLimits& given, Clock clock)
+    : identify(std::move(identifyCaller)), idle(idleEnd), limits(given), now(std::move(clock)) {}
 
 Callers::~Callers() = default;
 
 bool Callers::makeRoom() {
   if (callers.size() < limits.connections) return true;
   // Who has nothing under way is identified anew the next time.
-  std::erase_if(callers, [](const auto& entry) {
-    const Caller& caller = entry.second;
-    return caller.early.empty() && caller.account && caller.account->running == 0;
-  });
+  std::erase_if(callers, [](const auto& entry) { return entry.second.isIdle(); });
   return callers.size() < limits.connections;
+}
+
+void Callers::beginToIdentify(const std::string& uniqueName) {
+  Caller& caller = callers[uniqueName];
+  caller.identity.reset();
+  caller.hold = idle.hold();
+  identify(uniqueName, [weak = weak_from_this(), uniqueName](const auto& answer) {
+    if (const auto self = weak.lock()) self->learn(uniqueName, answer);
+  });
 }
 
 void Callers::serve(const std::string& uniqueName, Request request) {
@@ -51,15 +63,13 @@ void Callers::serve(const std::string& uniqueName, Request request) {
       request.sizeInBytes > limits.allOutstandingBytes - outstandingBytes) {
     return request.refuse(busy());
   }
-  auto found = callers.find(uniqueName);
-  if (found == callers.end()) {
-    if (!makeRoom()) return request.refuse(busy());
-    found = callers.emplace(uniqueName, Caller{.hold = idle.hold()}).first;
-    identify(uniqueName, [weak = weak_from_this(), uniqueName](const auto& caller) {
-      if (const auto self = weak.lock()) self->learn(uniqueName, caller);
-    });
-  }
-  Caller& caller = found->second;
+  const auto found = callers.find(uniqueName);
+  const bool isKnown = found != callers.end();
+  if (!isKnown && !makeRoom()) return request.refuse(busy());
+  const bool isOutdated =
+      isKnown && found->second.identity && now() - found->second.identified > limits.identity;
+  if (!isKnown || isOutdated) beginToIdentify(uniqueName);
+  Caller& caller = callers[uniqueName];
   if (caller.identity) return enqueue(caller, std::move(request));
   std::size_t bytes = request.sizeInBytes;
   for (const Request& early : caller.early) bytes += early.sizeInBytes;
@@ -86,6 +96,7 @@ void Callers::learn(const std::string& uniqueName, const Result<CallerIdentity>&
     return;
   }
   found->second.identity = caller.value();
+  found->second.identified = now();
   found->second.account = accountOf(caller.value());
   // A copy: what runs may make the caller be forgotten.
   const Caller known = found->second;
@@ -111,7 +122,7 @@ void Callers::enqueue(const Caller& caller, Request request) {
   ++outstanding;
   outstandingBytes += request.sizeInBytes;
   account->outstandingBytes += request.sizeInBytes;
-  account->waiting.push_back({*caller.identity, std::move(request), idle.hold()});
+  account->waiting.push_back({*caller.identity, std::move(request), idle.hold(), caller.mark});
   runNext(account);
 }
 
@@ -121,7 +132,7 @@ void Callers::runNext(const std::shared_ptr<Account>& account) {
   account->waiting.pop_front();
   ++account->running;
   const Ticket ticket(nullptr, [weak = weak_from_this(), account, hold = next.hold,
-                                bytes = next.request.sizeInBytes](void*) {
+                                mark = next.mark, bytes = next.request.sizeInBytes](void*) {
     if (const auto self = weak.lock()) self->end(account, bytes);
   });
   next.request.run(next.caller, ticket);

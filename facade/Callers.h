@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <map>
@@ -24,11 +25,15 @@ struct CallerLimits final {
   std::size_t allOutstanding = 1024;
   std::size_t allOutstandingBytes = std::size_t{192} << 20;
   std::size_t connections = 2048;
+  // How long it counts who has a connection: entitlements may be taken away.
+  std::chrono::seconds identity{5};
 };
 
-// Who is calling, and what is under way for whom: each caller is identified once, and what it asks
-// runs in its order, a few at a time, so that nobody has to wait behind all that another one asks.
-// What is beyond the limits is refused at once. Use on the loop's thread.
+// Who is calling, and what is under way for whom: each caller is identified, again after a while,
+// and what it asks runs in its order, a few at a time, so that nobody has to wait behind all that
+// another one asks. What is beyond the limits is refused at once. Of connections that are kept,
+// those with nothing under way make room for others: with anything under way there are fewer than
+// all places. Use on the loop's thread.
 class Callers final : public std::enable_shared_from_this<Callers> {
  public:
   // Keeps a request among those under way, until the last copy is dropped.
@@ -42,7 +47,10 @@ class Callers final : public std::enable_shared_from_this<Callers> {
   using Identify = std::function<void(const std::string& uniqueName,
                                       std::function<void(Result<CallerIdentity>)> reply)>;
 
-  Callers(Identify identifyCaller, IdleEnd& idleEnd, const CallerLimits& given = {});
+  using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+  Callers(Identify identifyCaller, IdleEnd& idleEnd, const CallerLimits& given = {},
+          Clock clock = std::chrono::steady_clock::now);
   ~Callers();
   Callers(const Callers&) = delete;
   Callers& operator=(const Callers&) = delete;
@@ -58,6 +66,7 @@ class Callers final : public std::enable_shared_from_this<Callers> {
   struct Account;
   struct Caller;
   [[nodiscard]] bool makeRoom();
+  void beginToIdentify(const std::string& uniqueName);
   void learn(const std::string& uniqueName, const Result<CallerIdentity>& caller);
   [[nodiscard]] std::shared_ptr<Account> accountOf(const CallerIdentity& caller);
   void enqueue(const Caller& caller, Request request);
@@ -67,6 +76,7 @@ class Callers final : public std::enable_shared_from_this<Callers> {
   const Identify identify;
   IdleEnd& idle;
   const CallerLimits limits;
+  const Clock now;
   std::map<std::string, Caller> callers;
   std::map<std::string, std::weak_ptr<Account>> accounts;
   std::size_t outstanding = 0;

@@ -13,7 +13,8 @@ constexpr CallerLimits limits{.running = 2,
                               .outstandingBytes = 100,
                               .allOutstanding = 7,
                               .allOutstandingBytes = 150,
-                              .connections = 3};
+                              .connections = 3,
+                              .identity = std::chrono::seconds(5)};
 
 class CallersTest : public testing::Test {
  protected:
@@ -43,7 +44,8 @@ class CallersTest : public testing::Test {
   std::map<std::string, Callers::Ticket> tickets;
   std::shared_ptr<Callers> callers = std::make_shared<Callers>(
       [this](const std::string& sender, auto reply) { pending[sender] = std::move(reply); }, idle,
-      limits);
+      limits, [this] { return std::chrono::steady_clock::time_point(time); });
+  std::chrono::seconds time{100};
 };
 
 TEST_F(CallersTest, RunsAFewOfACallersRequestsAtATimeInTheirOrder) {
@@ -86,6 +88,36 @@ TEST_F(CallersTest, RefusesWhatIsTooMuchForAllOfThem) {
   call(":1.3", "e", 0);
   call(":1.4", "f", 0);
   EXPECT_EQ(refused.back(), std::string("f ") + BusyError) << "a fourth connection";
+}
+
+// As an app can have that waits for the owner's answer.
+TEST_F(CallersTest, MakesRoomInPlaceOfConnectionsOfABusyAppThatAskNothing) {
+  for (const char* sender : {":1.1", ":1.2", ":1.3"}) {
+    call(sender, sender);
+    identify(sender, "org.example.A");
+    if (sender != std::string(":1.1")) finish(sender);
+  }
+  EXPECT_TRUE(callers->knows(":1.1"));
+  call(":1.4", "other");
+  identify(":1.4", "org.example.B");
+  EXPECT_THAT(refused, testing::IsEmpty());
+  EXPECT_EQ(done.back(), "other");
+  EXPECT_TRUE(callers->knows(":1.1")) << "its call is under way";
+  EXPECT_FALSE(callers->knows(":1.2"));
+}
+
+TEST_F(CallersTest, LooksAgainAfterAWhileWhoCalls) {
+  call(":1.1", "a");
+  identify(":1.1", "org.example.A");
+  time += limits.identity;
+  call(":1.1", "b");
+  EXPECT_EQ(done.back(), "b");
+  finish("a");
+  time += std::chrono::seconds(1);
+  call(":1.1", "c");
+  EXPECT_EQ(done.back(), "b");
+  pending.extract(":1.1").mapped()(Result<CallerIdentity>::failure(makePosixError(ESRCH, "tell")));
+  EXPECT_THAT(refused, testing::ElementsAre(std::string("c ") + NotPermittedError));
 }
 
 TEST_F(CallersTest, RefusesCallersThatCannotBeTold) {
