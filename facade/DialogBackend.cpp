@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <optional>
 #include <set>
 #include <system_error>
 
-#include "facade/KeyFileText.h"
+#include "foreign/KeyFile.h"
+#include "foreign/UserPlaces.h"
 #include "platform/files/FileReading.h"
 #include "platform/files/PosixDataProxy.h"
 #include "platform/foundation/Text.h"
@@ -18,14 +20,29 @@ constexpr char accessInterface[] = "org.freedesktop.impl.portal.Access";
 constexpr std::size_t mostFiles = 256;
 constexpr std::uintmax_t mostBytesInFile = 65536;
 
-std::vector<std::string> split(std::string_view text, char separator) {
-  std::vector<std::string> parts;
+using Words = std::vector<std::string>;
+// By the names of their files, without the ending.
+using Installed = std::map<std::string, DialogBackend>;
+
+Words split(std::string_view text, char separator) {
+  Words parts;
   while (!text.empty()) {
     const std::size_t end = std::min(text.find(separator), text.size());
     if (end > 0) parts.emplace_back(text.substr(0, end));
     text.remove_prefix(std::min(end + 1, text.size()));
   }
   return parts;
+}
+
+bool isAmongWords(const Words& words, const std::string& word) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
+
+std::optional<KeyFile> readKeyFile(const std::filesystem::path& file) {
+  PosixDataProxy files;
+  const auto text = readFileOfAtMost(mostBytesInFile, file, files);
+  auto read = text.ok() ? KeyFile::parse(text.value()) : Result<KeyFile>::failure(text.error());
+  return read.ok() ? std::optional(std::move(read).takeValue()) : std::nullopt;
 }
 
 std::set<std::string> sortedNames(const std::filesystem::path& directory) {
@@ -39,21 +56,59 @@ std::set<std::string> sortedNames(const std::filesystem::path& directory) {
   return names;
 }
 
-std::optional<DialogBackend> backendIn(std::string_view file,
-                                       const std::vector<std::string>& desktops) {
-  const auto name = keyFileText(file, "portal", "DBusName");
-  const auto interfaces = keyFileText(file, "portal", "Interfaces");
-  if (!name || !interfaces) return std::nullopt;
-  const auto offered = split(*interfaces, ';');
-  if (std::find(offered.begin(), offered.end(), accessInterface) == offered.end()) {
+std::optional<DialogBackend> backendIn(const KeyFile& file, const Words& desktops) {
+  const auto name = file.text("portal", "DBusName");
+  if (!name || !isAmongWords(file.list("portal", "Interfaces", ';'), accessInterface)) {
     return std::nullopt;
   }
   DialogBackend backend{*name};
-  for (const std::string& user : split(keyFileText(file, "portal", "UseIn").value_or(""), ';')) {
-    backend.isOfThisDesktop |=
-        std::find(desktops.begin(), desktops.end(), lowercased(user)) != desktops.end();
+  for (const std::string& user : file.list("portal", "UseIn", ';')) {
+    backend.isOfThisDesktop |= isAmongWords(desktops, lowercased(user));
   }
   return backend;
+}
+
+Installed installedBackends(const DialogPlaces& places, const Words& desktops) {
+  Installed installed;
+  for (const auto& directory : places.programs) {
+    for (const std::string& name : sortedNames(directory)) {
+      const auto file = readKeyFile(directory / name);
+      const auto backend = file ? backendIn(*file, desktops) : std::nullopt;
+      if (backend) installed.emplace(std::filesystem::path(name).stem(), *backend);
+    }
+  }
+  return installed;
+}
+
+// The names of the programs for the interface; nothing when no configuration says.
+std::optional<Words> configuredNames(const DialogPlaces& places, const Words& desktops) {
+  Words names;
+  for (const std::string& desktop : desktops) names.push_back(desktop + "-portals.conf");
+  names.emplace_back("portals.conf");
+  for (const auto& directory : places.configurations) {
+    for (const std::string& name : names) {
+      const auto file = readKeyFile(directory / name);
+      if (!file) continue;
+      for (const char* key : {accessInterface, "default"}) {
+        if (file->text("preferred", key)) return file->list("preferred", key, ';');
+      }
+      return std::nullopt;
+    }
+  }
+  return std::nullopt;
+}
+
+// Those that are installed; nothing when there are none of them, unless that is what was meant.
+std::optional<std::vector<DialogBackend>> backendsOfNames(const Words& names,
+                                                          const Installed& installed) {
+  std::vector<DialogBackend> backends;
+  for (const std::string& name : names) {
+    if (name == "none") return backends;
+    for (const auto& [known, backend] : installed) {
+      if (name == known || name == "*") backends.push_back({backend.busName, true});
+    }
+  }
+  return backends.empty() ? std::nullopt : std::optional(std::move(backends));
 }
 
 std::string environment(const char* name, const char* otherwise) {
@@ -63,30 +118,44 @@ std::string environment(const char* name, const char* otherwise) {
 
 }  // namespace
 
-std::vector<DialogBackend> dialogBackends(const std::vector<std::filesystem::path>& directories,
-                                          std::string_view desktop) {
-  const auto desktops = split(lowercased(desktop), ':');
-  PosixDataProxy files;
-  std::vector<DialogBackend> backends;
-  for (const auto& directory : directories) {
-    for (const std::string& name : sortedNames(directory)) {
-      const auto text = readFileOfAtMost(mostBytesInFile, directory / name, files);
-      const auto backend = text.ok() ? backendIn(text.value(), desktops) : std::nullopt;
-      if (backend) backends.push_back(*backend);
-    }
+DialogPlaces DialogPlaces::ofSession() {
+  constexpr char below[] = "xdg-desktop-portal";
+  DialogPlaces places{.desktop = environment("XDG_CURRENT_DESKTOP", "")};
+  const auto addConfiguration = [&](const std::filesystem::path& base) {
+    places.configurations.push_back(base / below);
+  };
+  const auto user = UserPlaces::ofProcess();
+  if (user.ok()) addConfiguration(user.value().configuration);
+  for (const std::string& base : split(environment("XDG_CONFIG_DIRS", "/etc/xdg"), ':')) {
+    addConfiguration(base);
   }
+  addConfiguration("/etc");
+  if (user.ok()) {
+    addConfiguration(environment("XDG_DATA_HOME", (user.value().home / ".local/share").c_str()));
+  }
+  for (const std::string& base :
+       split(environment("XDG_DATA_DIRS", "/usr/local/share:/usr/share"), ':')) {
+    addConfiguration(base);
+    places.programs.push_back(std::filesystem::path(base) / below / "portals");
+  }
+  return places;
+}
+
+std::vector<DialogBackend> dialogBackends(const DialogPlaces& places) {
+  const Words desktops = split(lowercased(places.desktop), ':');
+  const Installed installed = installedBackends(places, desktops);
+  if (const auto names = configuredNames(places, desktops)) {
+    if (auto backends = backendsOfNames(*names, installed)) return *std::move(backends);
+  }
+  std::vector<DialogBackend> backends;
+  for (const auto& entry : installed) backends.push_back(entry.second);
   std::stable_partition(backends.begin(), backends.end(),
                         [](const DialogBackend& backend) { return backend.isOfThisDesktop; });
   return backends;
 }
 
 std::vector<DialogBackend> dialogBackendsOfSession() {
-  std::vector<std::filesystem::path> directories;
-  for (const std::string& data :
-       split(environment("XDG_DATA_DIRS", "/usr/local/share:/usr/share"), ':')) {
-    directories.push_back(std::filesystem::path(data) / "xdg-desktop-portal/portals");
-  }
-  return dialogBackends(directories, environment("XDG_CURRENT_DESKTOP", ""));
+  return dialogBackends(DialogPlaces::ofSession());
 }
 
 }  // namespace quenlet

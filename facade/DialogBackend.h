@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace quenlet {
@@ -15,12 +14,27 @@ struct DialogBackend final {
   friend bool operator==(const DialogBackend&, const DialogBackend&) = default;
 };
 
-// Those with the interface for questions of access, from the *.portal files that desktops install
-// into `directories`; this desktop's come first, otherwise in the order of their files. `desktop`
-// is as in XDG_CURRENT_DESKTOP ("ubuntu:GNOME"). Files that cannot be read are left out.
-[[nodiscard]] std::vector<DialogBackend> dialogBackends(
-    const std::vector<std::filesystem::path>& directories, std::string_view desktop);
-// For this session, as its environment says.
+// Where desktops say who shows dialogs. A value type.
+struct DialogPlaces final {
+  // With <desktop>-portals.conf and portals.conf, the most important one first.
+  std::vector<std::filesystem::path> configurations = {};
+  // With *.portal files, likewise.
+  std::vector<std::filesystem::path> programs = {};
+  // As in XDG_CURRENT_DESKTOP, for example "ubuntu:GNOME".
+  std::string desktop = {};
+
+  [[nodiscard]] static DialogPlaces ofSession();
+};
+
+// Whom to ask to show a dialog for questions of access, in which order.
+//
+// The first of the configurations decides: a list of *.portal files' names, "*" for all of them,
+// "none" for nobody behind it. Those that it lists are this desktop's. If it says nothing of that
+// interface, or lists only what is not installed, all programs with the interface are given, first
+// this desktop's by their own "UseIn", otherwise in the order of their names. Files that cannot be
+// read are left out.
+[[nodiscard]] std::vector<DialogBackend> dialogBackends(const DialogPlaces& places);
+// For this session, as it is now.
 [[nodiscard]] std::vector<DialogBackend> dialogBackendsOfSession();
 
 }  // namespace quenlet

@@ -7,7 +7,7 @@
 #include <cerrno>
 
 #include "apps/AppPermission.h"
-#include "facade/KeyFileText.h"
+#include "foreign/KeyFile.h"
 #include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
@@ -24,7 +24,8 @@ App unreadable(int errorNumber) {
 }  // namespace
 
 Result<std::string> appIdentifierIn(std::string_view flatpakInfo) {
-  auto name = keyFileText(flatpakInfo, "Application", "name");
+  const auto info = KeyFile::parse(flatpakInfo, KeyFile::Doubles::refused);
+  auto name = info.ok() ? info.value().text("Application", "name") : std::nullopt;
   // An app must not pass for one of this project's own donors.
   const bool isReserved =
       name && (name->starts_with("org.quenlet.") || name->starts_with("ovaro.quenlet."));

@@ -59,7 +59,7 @@ std::string_view takeItem(std::string_view& rest, char separator) {
 
 }  // namespace
 
-Result<KeyFile> KeyFile::parse(std::string_view text) {
+Result<KeyFile> KeyFile::parse(std::string_view text, Doubles doubles) {
   KeyFile file;
   Group* group = nullptr;
   for (LineScanner lines(text); lines.next();) {
@@ -77,7 +77,11 @@ Result<KeyFile> KeyFile::parse(std::string_view text) {
     if (equals == line.npos) return Result<KeyFile>::failure(lines.fault("has no \"=\""));
     const std::string_view key = withoutFlags(trimmed(line.substr(0, equals)));
     if (group == nullptr) group = &file.entries[std::string()];
-    group->insert_or_assign(std::string(key), std::string(trimmed(line.substr(equals + 1))));
+    const auto [entry, isNew] =
+        group->insert_or_assign(std::string(key), std::string(trimmed(line.substr(equals + 1))));
+    if (!isNew && doubles == Doubles::refused) {
+      return Result<KeyFile>::failure(lines.fault("has a key for the second time"));
+    }
   }
   return Result<KeyFile>::success(std::move(file));
 }

@@ -19,12 +19,16 @@ namespace quenlet {
 //   Key[de]=the same for a language        a key of its own, which nobody asks for
 //   List=one;t\;wo;                        or with commas
 //
-// Keys in front of the first group belong to the group "". Of two entries for one key, the last
-// counts. Immutable.
+// Keys in front of the first group belong to the group "". Immutable.
 class KeyFile final {
  public:
+  // What two entries for one key mean. Where a file decides who somebody is, they are an error: it
+  // is not for the reader to choose.
+  enum class Doubles { lastCounts, refused };
+
   // An error, which quotes nothing, when a line is none of these.
-  [[nodiscard]] static Result<KeyFile> parse(std::string_view text);
+  [[nodiscard]] static Result<KeyFile> parse(std::string_view text,
+                                             Doubles doubles = Doubles::lastCounts);
 
   // Sorted.
   [[nodiscard]] std::vector<std::string> groups() const;

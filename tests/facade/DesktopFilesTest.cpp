@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <fstream>
-
 #include "facade/DialogBackend.h"
 #include "facade/SandboxedApp.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -23,6 +21,10 @@ TEST(SandboxedAppTest, TakesTheNameOfTheAppAlone) {
       {"no end of line", "[Application]\nname=org.example.App", "org.example.App"},
       {"a runtime", "[Runtime]\nname=org.example.Runtime\n", nullptr},
       {"two names", "[Application]\nname=org.example.A\nname=org.example.B\n", nullptr},
+      {"two names, with a flag", "[Application]\nname=org.example.A\nname[$i]=org.example.B\n",
+       nullptr},
+      {"another group's key twice", "[Application]\nname=org.example.A\n[Context]\nx=1\nx=2\n",
+       nullptr},
       {"in another group", "[Instance]\nname=org.example.App\n[Application]\n", nullptr},
       {"no identifier", "[Application]\nname=../../etc\n", nullptr},
       {"empty", "", nullptr},
@@ -39,22 +41,82 @@ TEST(SandboxedAppTest, TakesTheNameOfTheAppAlone) {
   }
 }
 
-TEST(DialogBackendTest, PutsTheDesktopsOwnFirst) {
+class DialogBackendTest : public testing::Test {
+ protected:
+  void write(const std::string& name, const std::string& interfaces, const std::string& uses) {
+    directory.write("portals/" + name, "[portal]\nDBusName=org.example." + name +
+                                           "\nInterfaces=" + interfaces + "\nUseIn=" + uses + "\n");
+  }
+  // "b a": those of this desktop in capitals.
+  std::string asked() {
+    std::string text;
+    for (const auto& backend :
+         dialogBackends({{directory / "user", "/nowhere", directory / "system"},
+                         {directory / "portals", "/nowhere"},
+                         "ubuntu:GNOME"})) {
+      const char letter = backend.busName[sizeof("org.example.") - 1];
+      text += backend.isOfThisDesktop ? static_cast<char>(letter - 'a' + 'A') : letter;
+    }
+    return text;
+  }
+
   const TemporaryDirectory directory;
-  const auto write = [&](const char* name, const char* interfaces, const char* uses) {
-    std::ofstream(directory.path() / name)
-        << "[portal]\nDBusName=org.example." << name << "\nInterfaces=" << interfaces
-        << "\nUseIn=" << uses << "\n";
-  };
-  constexpr char access[] = "org.freedesktop.impl.portal.Access";
-  write("a.portal", "org.freedesktop.impl.portal.Access;", "kde");
-  write("b.portal", "org.freedesktop.impl.portal.Account;org.freedesktop.impl.portal.Access",
-        "x;GNOME");
-  write("c.portal", "org.freedesktop.impl.portal.Accessible", "gnome");
+  const std::string access = "org.freedesktop.impl.portal.Access";
+};
+
+TEST_F(DialogBackendTest, PutsTheDesktopsOwnFirst) {
+  write("a.portal", access + ";", "kde");
+  write("b.portal", "org.freedesktop.impl.portal.Account;" + access, "x;GNOME");
+  write("c.portal", access + "ible", "gnome");
   write("d.txt", access, "gnome");
-  EXPECT_THAT(dialogBackends({directory.path(), "/nowhere"}, "ubuntu:GNOME"),
-              testing::ElementsAre(DialogBackend{"org.example.b.portal", true},
-                                   DialogBackend{"org.example.a.portal", false}));
+  EXPECT_EQ(asked(), "Ba");
+}
+
+TEST_F(DialogBackendTest, AsksWhomTheConfigurationNames) {
+  write("a.portal", access, "");
+  write("b.portal", access, "gnome");
+  write("c.portal", "org.freedesktop.impl.portal.Account", "gnome");
+  const struct {
+    const char* name;
+    std::vector<std::pair<std::string, std::string>> files;  // and what is below [preferred]
+    const char* asked;
+  } rows[] = {
+      {"no file", {}, "Ba"},
+      {"by the interface", {{"user/portals.conf", "default=b\n@=a"}}, "A"},
+      {"by default", {{"user/portals.conf", "default=a;b"}}, "AB"},
+      {"in its order, as installed", {{"user/portals.conf", "@=c;x;b;a;"}}, "BA"},
+      {"all", {{"user/portals.conf", "default=*"}}, "AB"},
+      {"nobody", {{"user/portals.conf", "@=none\ndefault=a"}}, ""},
+      {"nobody else", {{"user/portals.conf", "@=a;none;b"}}, "A"},
+      {"only what is not there", {{"user/portals.conf", "@=c;x"}}, "Ba"},
+      {"of another interface", {{"user/portals.conf", "org.example.Other=a"}}, "Ba"},
+      {"the desktop's own",
+       {{"user/portals.conf", "@=none"}, {"user/gnome-portals.conf", "@=a"}},
+       "A"},
+      {"in the order of the desktop's names",
+       {{"user/ubuntu-portals.conf", "@=b"}, {"user/gnome-portals.conf", "@=a"}},
+       "B"},
+      {"the user's before the system's",
+       {{"system/gnome-portals.conf", "@=b"}, {"user/portals.conf", "@=a"}},
+       "A"},
+      {"the system's", {{"system/portals.conf", "@=a"}}, "A"},
+      {"behind one that is damaged",
+       {{"user/portals.conf", "@=b\n[broken"}, {"system/portals.conf", "@=a"}},
+       "A"},
+      {"behind one that is too large",
+       {{"user/portals.conf", "@=b\n" + std::string(65536, '#')}, {"system/portals.conf", "@=a"}},
+       "A"},
+  };
+  for (const auto& row : rows) {
+    for (const auto& [name, text] : row.files) {
+      std::string written = "[preferred]\n" + text + "\n";
+      const std::size_t place = written.find('@');
+      if (place != written.npos) written.replace(place, 1, access);
+      directory.write(name, written);
+    }
+    EXPECT_EQ(asked(), row.asked) << row.name;
+    for (const char* name : {"user", "system"}) std::filesystem::remove_all(directory / name);
+  }
 }
 
 }  // namespace
