@@ -3,13 +3,17 @@
 #include <cassert>
 #include <cstdint>
 
+#include "apps/AppPermission.h"
 #include "browser/host/BrowserRequest.h"
 #include "browser/host/MessageReader.h"
 #include "donors/browser/FirefoxAddresses.h"
 #include "donors/mail/PreferenceScript.h"
+#include "facade/SandboxedApp.h"
 #include "foreign/KeyFile.h"
 #include "foreign/Mailbox.h"
 #include "foreign/OnlineAccounts.h"
+#include "modems/ModemManagerDaemon.h"
+#include "modems/OfonoDaemon.h"
 #include "platform/accounts/PropertyListAccountStore.h"
 #include "platform/contacts/EmailAddressScanner.h"
 #include "platform/contacts/NameComponentsTokenizer.h"
@@ -166,6 +170,102 @@ void browserMessage(std::string_view bytes) {
     }
   }
   assert(!whole.next() && whole.hasFault() == pieces.hasFault());
+// Whom a sandbox is said to hold is a name that may stand for an app.
+void flatpakInfo(std::string_view text) {
+  const auto app = appIdentifierIn(text);
+  assert(!app.ok() || isAppIdentifier(app.value()));
+  assert(!app.ok() || text.find("[Application") != text.npos);
+}
+
+// A tree of values as a message holds them, and with the keys that daemons have.
+class BusTree final {
+ public:
+  explicit BusTree(std::string_view bytes) : rest(bytes) {}
+
+  BusValue value(int depth = 0) {
+    static constexpr int letters = 9;
+    const int letter = depth > 6 ? take() % 4 : take() % letters;
+    switch (letter) {
+      case 0:
+        return text();
+      case 1:
+        return static_cast<std::int32_t>(take()) - 2;
+      case 2:
+        return take() % 2 == 0;
+      case 3:
+        return BusObjectPath{"/" + text()};
+      case 4:
+        return makeTexts({text(), text()});
+      case 5:
+        return BusList{"(oa{sv})", {BusStruct{{value(depth + 1), value(depth + 1)}}}};
+      case 6:
+        return BusBytes{text()};
+      default:
+        return dictionary(depth + 1);
+    }
+  }
+
+ private:
+  BusDictionary dictionary(int depth) {
+    static constexpr const char* keys[] = {"org.freedesktop.ModemManager1.Modem",
+                                           "Device",
+                                           "OwnNumbers",
+                                           "Sim",
+                                           "State",
+                                           "StateFailedReason",
+                                           "SimIdentifier",
+                                           "Interfaces",
+                                           "Present",
+                                           "PinRequired",
+                                           "CardIdentifier",
+                                           "SubscriberNumbers"};
+    BusDictionary entries;
+    for (int count = take() % 8; count > 0; --count) {
+      const std::size_t key = take();
+      entries.insert_or_assign(key < std::size(keys) ? keys[key] : text(), value(depth));
+    }
+    return entries;
+  }
+  std::uint8_t take() {
+    if (rest.empty()) return 0;
+    const char first = rest.front();
+    rest.remove_prefix(1);
+    return static_cast<std::uint8_t>(first);
+  }
+  std::string text() {
+    const std::string_view taken = rest.substr(0, take() % 80);
+    rest.remove_prefix(std::min(rest.size(), taken.size()));
+    return std::string(taken);
+  }
+
+  std::string_view rest;
+};
+
+// Whatever daemons say, only what looks like a phone number goes on, and no card's own number.
+void modemAnswers(std::string_view bytes) {
+  const ModemManagerDaemon modemManager;
+  const OfonoDaemon ofono;
+  const ModemDaemonProtocol* const daemons[] = {&modemManager, &ofono};
+  BusTree tree(bytes);
+  ModemCards cards;
+  SIMCardItems written;
+  for (int turn = 0; turn < 3; ++turn) {
+    for (const ModemDaemonProtocol* daemon : daemons) {
+      std::vector<Modem> modems;
+      for (const ListedModem& listed :
+           daemon->listed({tree.value()}).value_or(std::vector<ListedModem>())) {
+        modems.push_back(listed.cardCall ? daemon->withCard(listed.modem, {tree.value()})
+                                         : listed.modem);
+      }
+      cards.setModems(daemon->name(), modems);
+      written = cards.listInPlaceOf(written).value_or(written);
+    }
+  }
+  for (const auto& [identifier, number] : written) {
+    assert(identifier.starts_with("sim-") && identifier.size() == 20);
+    assert(number.size() <= ModemCards::maximumNumberSizeInBytes);
+    assert(number.find_first_not_of("0123456789+*#()-./ ") == number.npos);
+  }
 }
 
 }  // namespace quenlet
