@@ -81,15 +81,23 @@ Result<BusMessage> makeCall(sd_bus* bus, const BusCall& called) {
   return Result<BusMessage>::success(std::move(message));
 }
 
-Result<BusValues> readReply(sd_bus_message* reply, const BusLimits& limits) {
-  if (const sd_bus_error* error = sd_bus_message_get_error(reply)) {
-    return Result<BusValues>::failure(makeBusError(*error));
-  }
-  return readArguments(reply, limits);
-}
+std::string textOrEmpty(const char* text) { return text == nullptr ? "" : text; }
 
 constexpr char busName[] = "org.freedesktop.DBus";
 constexpr char busPath[] = "/org/freedesktop/DBus";
+
+Result<BusValues> answerOfAnother() {
+  return Result<BusValues>::failure(makePosixError(EBADMSG, "take an answer from another"));
+}
+
+// Two calls, one after the other, as one.
+class CheckedCall final : public Cancelable {
+ public:
+  void cancel() override {
+    if (const auto ended = std::exchange(current, nullptr)) ended->cancel();
+  }
+  std::shared_ptr<Cancelable> current;
+};
 
 // Throws for what cannot stand between apostrophes: no name or path holds one.
 std::string ruleFor(const BusSignalMatch& match) {
@@ -124,15 +132,35 @@ std::string escapedInAddress(std::string_view path) {
   return escaped;
 }
 
-std::string textOrEmpty(const char* text) { return text == nullptr ? "" : text; }
-
 }  // namespace
+
+// An answer, and who sent it: nobody for what the library says itself, as when the time is up.
+struct BusConnection::Reply final {
+  std::string sender;
+  Result<BusValues> arguments;
+
+  [[nodiscard]] static Reply read(sd_bus_message* reply, const BusLimits& limits) {
+    const std::string sender = textOrEmpty(sd_bus_message_get_sender(reply));
+    if (const sd_bus_error* error = sd_bus_message_get_error(reply)) {
+      return {sender, Result<BusValues>::failure(makeBusError(*error))};
+    }
+    return {sender, readArguments(reply, limits)};
+  }
+  [[nodiscard]] bool isRefusalOfBus() const {
+    return !arguments.ok() && (sender.empty() || sender == busName);
+  }
+};
 
 BusConnection::BusConnection(std::unique_ptr<State> opened) : state(std::move(opened)) {}
 
 BusConnection::~BusConnection() = default;
 
 sd_bus* BusConnection::handle() const { return state->bus; }
+
+std::string BusConnection::uniqueName() const {
+  const char* name = nullptr;
+  return sd_bus_get_unique_name(state->bus, &name) < 0 ? "" : name;
+}
 
 BusConnection::Opened BusConnection::attach(BusLoop& loop, sd_bus* opened,
                                             const BusLimits& limits) {
@@ -175,38 +203,66 @@ BusConnection::Opened BusConnection::toAddress(BusLoop& loop, const std::string&
 }
 
 std::shared_ptr<Cancelable> BusConnection::call(const BusCall& called, ReplyHandler handler) {
+  const std::string& name = called.destination;
+  if (name == busName || name.starts_with(':')) {
+    return send(called, [name, handler = std::move(handler)](const Reply& reply) {
+      const bool isItsOwn = reply.sender == name || reply.isRefusalOfBus();
+      handler(isItsOwn ? reply.arguments : answerOfAnother());
+    });
+  }
+  const auto token = std::make_shared<CheckedCall>();
+  token->current = send(called, [this, name, token, handler](const Reply& reply) {
+    if (reply.isRefusalOfBus()) return handler(reply.arguments);
+    const auto compare = [reply, handler](const Result<BusValues>& owner) {
+      const bool isItsOwn = owner.ok() && owner.value() == BusValues{reply.sender};
+      handler(isItsOwn ? reply.arguments : answerOfAnother());
+    };
+    token->current = call({.destination = busName,
+                           .path = busPath,
+                           .interface = busName,
+                           .member = "GetNameOwner",
+                           .signature = "s",
+                           .arguments = {name}},
+                          compare);
+  });
+  return token;
+}
+
+std::shared_ptr<Cancelable> BusConnection::send(const BusCall& called, AnyReplyHandler handler) {
+  const auto failLater = [&](ErrorPtr error) {
+    return state->loop.after(0, [handler, error = std::move(error)] {
+      handler({{}, Result<BusValues>::failure(error)});
+    });
+  };
   const Result<BusMessage> message = makeCall(state->bus, called);
-  if (!message.ok()) return failLater(std::move(handler), message.error());
+  if (!message.ok()) return failLater(message.error());
   const auto slot = std::make_shared<Slot>(
       *state,
       [limits = state->limits, handler](sd_bus_message* reply) {
-        handler(readReply(reply, limits));
+        handler(Reply::read(reply, limits));
       },
       true);
   const auto limit = std::chrono::duration_cast<std::chrono::microseconds>(called.timeLimit);
   const int result =
       sd_bus_call_async(state->bus, &slot->slot, message.value().get(), &Slot::receive, slot.get(),
                         static_cast<std::uint64_t>(limit.count()));
-  if (result < 0) return failLater(std::move(handler), makePosixError(-result, "call a method"));
+  if (result < 0) return failLater(makePosixError(-result, "call a method"));
   state->slots.insert(slot);
   return slot;
-}
-
-std::shared_ptr<Cancelable> BusConnection::failLater(ReplyHandler handler, ErrorPtr error) {
-  return state->loop.after(0, [handler = std::move(handler), error = std::move(error)] {
-    handler(Result<BusValues>::failure(error));
-  });
 }
 
 std::shared_ptr<Cancelable> BusConnection::onSignal(const BusSignalMatch& match,
                                                     SignalHandler handler) {
   const auto slot = std::make_shared<Slot>(
       *state,
-      [limits = state->limits, handler = std::move(handler)](sd_bus_message* signal) {
+      [limits = state->limits, isOfBus = match.sender == busName,
+       handler = std::move(handler)](sd_bus_message* signal) {
+        const std::string sender = textOrEmpty(sd_bus_message_get_sender(signal));
+        // To the library, anybody may have the name.
+        if (isOfBus && sender != busName) return;
         auto arguments = readArguments(signal, limits);
         if (!arguments.ok()) return;
-        handler({textOrEmpty(sd_bus_message_get_sender(signal)),
-                 textOrEmpty(sd_bus_message_get_path(signal)),
+        handler({sender, textOrEmpty(sd_bus_message_get_path(signal)),
                  textOrEmpty(sd_bus_message_get_member(signal)), std::move(arguments).takeValue()});
       },
       false);

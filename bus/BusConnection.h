@@ -70,10 +70,14 @@ class BusConnection final {
 
   // Calls a method. The handler is called once, never within this operation, with what was
   // answered: an error of BusErrorDomain for an error reply, NoReply after the time limit. Not
-  // called after the token was cancelled, or when the connection is destroyed.
+  // called after the token was cancelled, or when the connection is destroyed. An answer of another
+  // than the name's owner is an error: neither the library nor a session's usual bus looks who
+  // answers, so that any peer could.
   std::shared_ptr<Cancelable> call(const BusCall& called, ReplyHandler handler);
   // Calls the handler for each such signal until the token is cancelled. A signal that is larger
-  // than the limits is dropped. Throws std::system_error for a match that no rule can express.
+  // than the limits is dropped. Of senders, only unique names and the bus itself are certain: peers
+  // can send what looks like another name's. Throws std::system_error for a match that no rule can
+  // express.
   std::shared_ptr<Cancelable> onSignal(const BusSignalMatch& match, SignalHandler handler);
   // Calls the handler whenever somebody else, or nobody, has the name; `owner` is the unique name,
   // or empty.
@@ -84,15 +88,19 @@ class BusConnection final {
   [[nodiscard]] ErrorPtr emit(const BusSignal& signal, const std::string& interface,
                               const std::string& signature, const std::string& destination = {});
 
+  // As in ":1.42". Waits for the bus if nothing was received from it yet.
+  [[nodiscard]] std::string uniqueName() const;
   // For objects and messages of the caller's own.
   [[nodiscard]] sd_bus* handle() const;
 
  private:
   struct State;
   class Slot;
+  struct Reply;
   explicit BusConnection(std::unique_ptr<State> opened);
-  // For a call that could not be sent.
-  std::shared_ptr<Cancelable> failLater(ReplyHandler handler, ErrorPtr error);
+  // The handler is also told who answered.
+  using AnyReplyHandler = std::function<void(const Reply& reply)>;
+  std::shared_ptr<Cancelable> send(const BusCall& called, AnyReplyHandler handler);
   [[nodiscard]] static Opened attach(BusLoop& loop, sd_bus* opened, const BusLimits& limits);
 
   const std::unique_ptr<State> state;

@@ -1,0 +1,66 @@
+#include "bus/BusConnection.h"
+
+#include <gmock/gmock.h>
+
+#include "bus/BusError.h"
+#include "tests/support/FakeBus.h"
+
+namespace quenlet {
+namespace {
+
+TEST(BusConnectionTest, TakesAnswersOnlyFromWhomItAsked) {
+  constexpr char daemon[] = "org.freedesktop.DBus";
+  const struct {
+    const char* name;
+    const char* called;
+    const char* sender;
+    bool isTaken;
+  } rows[] = {
+      {"the bus", daemon, daemon, true},
+      {"another than the bus", daemon, ":1.3", false},
+      {"a connection", ":1.3", ":1.3", true},
+      {"another connection", ":1.3", ":1.4", false},
+      {"the bus for a connection", ":1.3", daemon, false},
+      {"the owner of a name", "org.example.Name", ":1.3", true},
+      {"another than the owner", "org.example.Name", ":1.4", false},
+      {"the bus for a name", "org.example.Name", daemon, false},
+  };
+  BusLoop loop;
+  FakeBus bus(loop);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    std::string heard;
+    const auto call = [&] {
+      bus.connection->call(
+          {.destination = row.called, .path = "/a", .interface = "org.example.A", .member = "B"},
+          [&](const auto& answer) {
+            heard = answer.ok() ? "ok" : busErrorName(*answer.error());
+            if (heard.empty()) heard = std::to_string(answer.error()->code());
+          });
+      return bus.take("B");
+    };
+    bus.answer(call(), "u", {7u}, row.sender);
+    EXPECT_EQ(heard, row.isTaken ? "ok" : std::to_string(EBADMSG));
+    bus.fail(call(), BusNameHasNoOwner, row.sender);
+    const bool isTaken = row.isTaken || row.sender == std::string(daemon);
+    EXPECT_EQ(heard, isTaken ? BusNameHasNoOwner : std::to_string(EBADMSG));
+  }
+}
+
+TEST(BusConnectionTest, BelievesTheBusAloneWhoHasLeft) {
+  BusLoop loop;
+  FakeBus bus(loop);
+  std::vector<std::string> owners;
+  const auto watch = bus.connection->onOwnerChange(
+      "org.example.Name", [&](const std::string& owner) { owners.push_back(owner); });
+  bus.settle();
+  for (const char* sender : {":1.4", "org.freedesktop.DBus"}) {
+    bus.signal(sender, "org.freedesktop.DBus", "NameOwnerChanged", "sss",
+               {"org.example.Name", sender, ""});
+  }
+  EXPECT_THAT(owners, testing::ElementsAre(""));
+  watch->cancel();
+}
+
+}  // namespace
+}  // namespace quenlet

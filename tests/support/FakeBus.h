@@ -1,0 +1,136 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "bus/BusConnection.h"
+#include "platform/foundation/FileDescriptor.h"
+#include "tests/support/TemporaryDirectory.h"
+
+namespace quenlet {
+
+// A message bus for one connection, ":1.7", on the loop of that. Calls are kept until the test
+// answers them. All names have one owner, ":1.3", who answers unless the test says otherwise.
+class FakeBus final {
+ public:
+  struct Call final {
+    std::string destination;
+    std::string path;
+    std::string member;
+    BusValues arguments;
+    BusMessage message;
+  };
+
+  explicit FakeBus(BusLoop& runs) : loop(runs) {
+    sockaddr_un address{AF_UNIX, {}};
+    const std::string path = directory / "bus";
+    path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+    listener.reset(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    EXPECT_EQ(::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    EXPECT_EQ(::listen(listener.get(), 1), 0);
+    accepting = loop.watch(listener.get(), [this] { accept(); });
+    auto opened = BusConnection::toAddress(loop, "unix:path=" + path);
+    EXPECT_TRUE(opened.ok());
+    connection = std::move(opened).takeValue();
+    settle();
+  }
+  ~FakeBus() {
+    accepting->cancel();
+    connection.reset();
+    calls.clear();
+    sd_bus_close_unref(bus);
+  }
+  FakeBus(const FakeBus&) = delete;
+  FakeBus& operator=(const FakeBus&) = delete;
+
+  // Until neither side has anything left to do at once.
+  void settle() {
+    while (sd_event_run(loop.handle(), 0) > 0) continue;
+  }
+  // The oldest call that was not answered; fails the test for another member's.
+  Call take(const std::string& member) {
+    settle();
+    if (calls.empty() || calls.front().member != member) {
+      ADD_FAILURE() << "no call of " << member;
+      return {};
+    }
+    Call taken = std::move(calls.front());
+    calls.erase(calls.begin());
+    return taken;
+  }
+  void answer(const Call& call, const std::string& signature, const BusValues& values,
+              const std::string& sender = {}) {
+    sd_bus_message* reply = nullptr;
+    ASSERT_GE(sd_bus_message_new_method_return(call.message.get(), &reply), 0);
+    ASSERT_EQ(appendArguments(reply, signature, values), nullptr);
+    send(BusMessage(reply), sender.empty() ? ownerOf(call.destination) : sender);
+  }
+  void fail(const Call& call, const std::string& name, const std::string& sender = {}) {
+    sd_bus_message* reply = nullptr;
+    ASSERT_GE(sd_bus_message_new_method_errorf(call.message.get(), &reply, name.c_str(), "no"), 0);
+    send(BusMessage(reply), sender.empty() ? ownerOf(call.destination) : sender);
+  }
+
+  void signal(const std::string& sender, const std::string& interface, const std::string& member,
+              const std::string& signature, const BusValues& values) {
+    sd_bus_message* signal = nullptr;
+    ASSERT_GE(sd_bus_message_new_signal(bus, &signal, "/org/freedesktop/DBus", interface.c_str(),
+                                        member.c_str()),
+              0);
+    ASSERT_EQ(appendArguments(signal, signature, values), nullptr);
+    send(BusMessage(signal), sender);
+  }
+
+  std::unique_ptr<BusConnection> connection;
+  std::vector<Call> calls;
+
+ private:
+  void accept() {
+    const int peer = ::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC);
+    ASSERT_GE(sd_bus_new(&bus), 0);
+    ASSERT_GE(sd_bus_set_fd(bus, peer, peer), 0);
+    ASSERT_GE(sd_bus_set_server(bus, 1, {}), 0);
+    ASSERT_GE(sd_bus_add_filter(bus, nullptr, receive, this), 0);
+    ASSERT_GE(sd_bus_start(bus), 0);
+    ASSERT_GE(sd_bus_attach_event(bus, loop.handle(), 0), 0);
+  }
+  static std::string ownerOf(const std::string& name) {
+    return name.starts_with(':') || name == "org.freedesktop.DBus" ? name : ":1.3";
+  }
+  static int receive(sd_bus_message* message, void* self, sd_bus_error* /*error*/) {
+    static_cast<FakeBus*>(self)->receive(message);
+    return 1;
+  }
+  void receive(sd_bus_message* message) {
+    if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) return;
+    Call call{sd_bus_message_get_destination(message), sd_bus_message_get_path(message),
+              sd_bus_message_get_member(message), readArguments(message).value(),
+              keepMessage(message)};
+    if (call.member == "Hello") return answer(call, "s", {":1.7"});
+    if (call.member == "AddMatch") return answer(call, "", {});
+    if (call.member == "GetNameOwner") {
+      return answer(call, "s", {ownerOf(*call.arguments.front().text())});
+    }
+    calls.push_back(std::move(call));
+  }
+  void send(const BusMessage& message, const std::string& sender) {
+    ASSERT_GE(sd_bus_message_set_sender(message.get(), sender.c_str()), 0);
+    ASSERT_GE(sd_bus_send(bus, message.get(), nullptr), 0);
+    settle();
+  }
+
+  BusLoop& loop;
+  const TemporaryDirectory directory;
+  FileDescriptor listener;
+  std::shared_ptr<Cancelable> accepting;
+  sd_bus* bus = nullptr;
+};
+
+}  // namespace quenlet
