@@ -228,8 +228,7 @@ void AgentFacade::watch(const CallPtr& call) {
     const std::string sender = call->request->sender();
     // Nobody would take it off the list again.
     if (!isConnected(sender)) return;
-    if (watchers.add(sender, call->caller)) return call->request->reply();
-    call->request->fail(BusyError, "too many programs watch the card");
+    watchers.add(sender, call->caller, [call](const ErrorPtr& error) { call->finish(error); });
   };
   if (!call->caller.app) {
     const ErrorPtr refusal = HostGate::refusalToRead(call->caller);

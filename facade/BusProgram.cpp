@@ -40,8 +40,11 @@ BusProgram::BusProgram(BusLoop& runs, BusConnection& opened, DonationPreferences
       store(bus),
       question(bus, dialogBackendsOfSession),
       apps(store, question),
-      watchers(agent, idle,
-               [this](const auto& watcher, const auto& caller) { tell(watcher, caller); }),
+      watchers(
+          [this](Client::CardHandler handler) {
+            return [following = agent.onCardChange(std::move(handler))] { following.cancel(); };
+          },
+          idle, [this](const auto& watcher, const auto& caller) { tell(watcher, caller); }),
       facade(agent, apps, watchers, [this](const auto& name) { return callers->knows(name); }),
       identifier(bus, prefix),
       callers(std::make_shared<Callers>(
@@ -159,6 +162,7 @@ void BusProgram::tell(const std::string& watcher, const CallerIdentity& caller) 
 
 void BusProgram::giveNameBack() {
   if (std::exchange(isLeaving, true)) return;
+  watchers.end();
   bus.call(callOfBus("ReleaseName", "s", {FacadeName}), [this](const auto&) { leaveWhenDone(0); });
 }
 

@@ -1,24 +1,62 @@
 #include "facade/Watchers.h"
 
+#include "facade/FacadeError.h"
+
 namespace quenlet {
 
-bool Watchers::add(const std::string& uniqueName, const CallerIdentity& watcher) {
-  if (watchers.size() >= mostWatchers && !watchers.contains(uniqueName)) return false;
-  watchers.insert_or_assign(uniqueName, watcher);
-  if (following) return true;
+void Watchers::add(const std::string& uniqueName, const CallerIdentity& watcher, Reply reply) {
+  // Another process has the name soon, and this one's signals would end with it.
+  if (hasEnded) return reply(makeFacadeError(NoAgentError, "this process ends; call again"));
+  if (watchers.size() + waiting.size() >= mostWatchers && !watchers.contains(uniqueName)) {
+    return reply(makeFacadeError(BusyError, "too many programs watch the card"));
+  }
+  if (hasCard) {
+    watchers.insert_or_assign(uniqueName, watcher);
+    return reply(nullptr);
+  }
+  // Before the first card is there, a change could not be told from it.
+  waiting.push_back({uniqueName, watcher, std::move(reply)});
+  if (!isFollowing) begin();
+}
+
+void Watchers::begin() {
+  isFollowing = true;
   hold = idle.hold();
-  // What comes first is the card as it is.
-  following = agent.onCardChange([this, isFirst = true](const Result<Card>&) mutable {
-    if (!isFirst) tellAll();
-    isFirst = false;
-  });
-  return true;
+  auto begun = follow([this](const Result<Card>& card) { hear(card); });
+  // It may have failed at once.
+  if (isFollowing) stop = std::move(begun);
+}
+
+void Watchers::hear(const Result<Card>& card) {
+  if (hasCard) return tellAll();
+  const bool isFollowed = card.ok() || facadeErrorName(*card.error()) == DonationsDisabledError;
+  const std::vector<Waiting> answered = std::exchange(waiting, {});
+  hasCard = isFollowed;
+  if (!isFollowed) stopFollowing();
+  for (const Waiting& one : answered) {
+    if (isFollowed) watchers.insert_or_assign(one.uniqueName, one.watcher);
+    one.reply(isFollowed ? nullptr : card.error());
+  }
 }
 
 void Watchers::remove(const std::string& uniqueName) {
-  if (watchers.erase(uniqueName) == 0 || !watchers.empty()) return;
-  following->cancel();
-  following.reset();
+  std::erase_if(waiting, [&](const Waiting& one) { return one.uniqueName == uniqueName; });
+  watchers.erase(uniqueName);
+  if (waiting.empty() && watchers.empty()) stopFollowing();
+}
+
+void Watchers::end() {
+  hasEnded = true;
+  watchers.clear();
+  const std::vector<Waiting> refused = std::exchange(waiting, {});
+  stopFollowing();
+  for (const Waiting& one : refused) add(one.uniqueName, one.watcher, one.reply);
+}
+
+void Watchers::stopFollowing() {
+  if (const auto stopping = std::exchange(stop, nullptr)) stopping();
+  isFollowing = false;
+  hasCard = false;
   hold = nullptr;
 }
 

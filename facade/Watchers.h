@@ -2,9 +2,8 @@
 
 #include <functional>
 #include <map>
-#include <memory>
-#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "facade/CallerIdentity.h"
@@ -13,31 +12,59 @@
 
 namespace quenlet {
 
-// Who wants to be told that the card has changed. Use on the loop's thread; must outlive the
-// client's handlers.
+// Who wants to be told that the card has changed. The card is followed while there is anybody:
+//
+//   state      | add                          | first card    | first error  | last one goes, end()
+//   nobody     | begins to follow: starting   |               |              |
+//   starting   | waits                        | following,    | nobody; all  | nobody
+//              |                              | all have been | get the error|
+//              |                              | added         |              |
+//   following  | is added at once             |               |              | nobody
+//
+// Donations that are off are no error: they may come on. Use on the loop's thread; must outlive
+// what it follows.
 class Watchers final {
  public:
   using Tell = std::function<void(const std::string& uniqueName, const CallerIdentity& watcher)>;
+  // Calls the handler with the card as it is, then with each other one, until what it gives back
+  // is called.
+  using Follow = std::function<std::function<void()>(Client::CardHandler handler)>;
+  using Reply = std::function<void(const ErrorPtr& error)>;
 
   static constexpr std::size_t mostWatchers = 1024;
 
-  Watchers(Client& client, IdleEnd& idleEnd, Tell tellOne)
-      : agent(client), idle(idleEnd), tell(std::move(tellOne)) {}
+  Watchers(Follow followCard, IdleEnd& idleEnd, Tell tellOne)
+      : follow(std::move(followCard)), idle(idleEnd), tell(std::move(tellOne)) {}
 
-  // False when there are too many already. Once is enough.
-  [[nodiscard]] bool add(const std::string& uniqueName, const CallerIdentity& watcher);
+  // From the reply on it is told of every change; once is enough. An error when there are too many
+  // already, when the card cannot be followed, or after end(). No reply when it is removed first.
+  void add(const std::string& uniqueName, const CallerIdentity& watcher, Reply reply);
   void remove(const std::string& uniqueName);
+  // Nobody is told of anything any more.
+  void end();
 
  private:
+  struct Waiting final {
+    std::string uniqueName;
+    CallerIdentity watcher;
+    Reply reply;
+  };
+  void begin();
+  void hear(const Result<Card>& card);
+  void stopFollowing();
   void tellAll();
 
-  Client& agent;
+  const Follow follow;
   IdleEnd& idle;
   const Tell tell;
+  std::vector<Waiting> waiting;
   std::map<std::string, CallerIdentity> watchers;
-  // While there are watchers.
-  std::optional<Client::Call> following;
+  // While the card is followed.
   IdleEnd::Hold hold;
+  std::function<void()> stop;
+  bool isFollowing = false;
+  bool hasCard = false;
+  bool hasEnded = false;
 };
 
 }  // namespace quenlet
