@@ -1,5 +1,6 @@
 #include "apps/PermissionStore.h"
 
+#include <cerrno>
 #include <utility>
 
 #include "bus/BusError.h"
@@ -11,27 +12,8 @@ constexpr char storeName[] = "org.freedesktop.impl.portal.PermissionStore";
 constexpr char storePath[] = "/org/freedesktop/impl/portal/PermissionStore";
 constexpr char notFound[] = "org.freedesktop.portal.Error.NotFound";
 
-const char* entryFor(AppWish wish) { return wish == AppWish::meCard ? "me-card" : "donate"; }
-
-Result<PermissionStore::All> permissionsIn(AppWish wish, const Result<BusValues>& answer) {
-  using All = Result<PermissionStore::All>;
-  PermissionStore::All all;
-  if (!answer.ok()) {
-    if (busErrorName(*answer.error()) == notFound) return All::success(std::move(all));
-    return All::failure(answer.error());
-  }
-  const BusDictionary* entries =
-      answer.value().empty() ? nullptr : answer.value().front().dictionary();
-  if (entries == nullptr) {
-    return All::failure(makePosixError(EBADMSG, "read the permission store's answer"));
-  }
-  for (const auto& [app, texts] : *entries) {
-    // Anything but a list of texts was stored by others, and allows nothing.
-    const auto read = texts.texts();
-    all.emplace(app, read ? AppPermission::fromTexts(wish, *read) : AppPermission{OwnersWord::no});
-  }
-  return All::success(std::move(all));
-}
+std::string entryFor(AppWish wish) { return wish == AppWish::meCard ? "me-card" : "donate"; }
+std::string closingsFor(AppWish wish) { return entryFor(wish) + "-closed"; }
 
 }  // namespace
 
@@ -47,11 +29,51 @@ void PermissionStore::call(std::string member, std::string signature, BusValues 
            std::move(handler));
 }
 
-void PermissionStore::list(AppWish wish, AllReply reply) {
-  call("Lookup", "ss", {table, entryFor(wish)},
-       [wish, reply = std::move(reply)](const Result<BusValues>& answer) {
-         reply(permissionsIn(wish, answer));
+// By apps; nothing for anything but a list of texts, which others have stored.
+void PermissionStore::lookUp(const std::string& entry, std::function<void(Result<Texts>)> reply) {
+  call("Lookup", "ss", {table, entry}, [reply = std::move(reply)](const Result<BusValues>& answer) {
+    if (!answer.ok()) {
+      const bool isNone = busErrorName(*answer.error()) == notFound;
+      return reply(isNone ? Result<Texts>::success({}) : Result<Texts>::failure(answer.error()));
+    }
+    const BusDictionary* entries =
+        answer.value().empty() ? nullptr : answer.value().front().dictionary();
+    if (entries == nullptr) {
+      return reply(
+          Result<Texts>::failure(makePosixError(EBADMSG, "read the permission store's answer")));
+    }
+    Texts texts;
+    for (const auto& [app, stored] : *entries) texts.emplace(app, stored.texts());
+    reply(Result<Texts>::success(std::move(texts)));
+  });
+}
+
+void PermissionStore::setTexts(const std::string& entry, const std::string& app,
+                               const std::vector<std::string>& texts, Done done) {
+  call("SetPermission", "sbssas", {table, true, entry, app, makeTexts(texts)},
+       [done = std::move(done)](const auto& answer) {
+         done(answer.ok() ? nullptr : answer.error());
        });
+}
+
+void PermissionStore::remove(const std::string& entry, const std::string& app, Done done) {
+  call("DeletePermission", "sss", {table, entry, app},
+       [done = std::move(done)](const Result<BusValues>& answer) {
+         const bool isGone = answer.ok() || busErrorName(*answer.error()) == notFound;
+         done(isGone ? nullptr : answer.error());
+       });
+}
+
+void PermissionStore::list(AppWish wish, AllReply reply) {
+  lookUp(entryFor(wish), [wish, reply = std::move(reply)](const Result<Texts>& stored) {
+    if (!stored.ok()) return reply(Result<All>::failure(stored.error()));
+    All all;
+    for (const auto& [app, texts] : stored.value()) {
+      all.emplace(app,
+                  texts ? AppPermission::fromTexts(wish, *texts) : AppPermission{OwnersWord::no});
+    }
+    reply(Result<All>::success(std::move(all)));
+  });
 }
 
 void PermissionStore::find(AppWish wish, const std::string& app, Reply reply) {
@@ -65,15 +87,33 @@ void PermissionStore::find(AppWish wish, const std::string& app, Reply reply) {
 
 void PermissionStore::set(AppWish wish, const std::string& app, const AppPermission& permission,
                           Done done) {
-  const auto finish = [done = std::move(done)](const Result<BusValues>& answer) {
-    const bool isDone = answer.ok() || busErrorName(*answer.error()) == notFound;
-    done(isDone ? nullptr : answer.error());
-  };
-  if (permission.word == OwnersWord::unknown) {
-    return call("DeletePermission", "sss", {table, entryFor(wish), app}, finish);
-  }
-  call("SetPermission", "sbssas",
-       {table, true, entryFor(wish), app, makeTexts(permission.texts(wish))}, finish);
+  remove(closingsFor(wish), app,
+         [this, wish, app, permission, done = std::move(done)](const ErrorPtr& error) {
+           if (error) return done(error);
+           if (permission.word == OwnersWord::unknown) return remove(entryFor(wish), app, done);
+           setTexts(entryFor(wish), app, permission.texts(wish), done);
+         });
+}
+
+void PermissionStore::findClosings(AppWish wish, const std::string& app, DatesReply reply) {
+  lookUp(closingsFor(wish), [app, reply = std::move(reply)](const Result<Texts>& stored) {
+    if (!stored.ok()) return reply(Result<Dates>::failure(stored.error()));
+    Dates dates;
+    const auto found = stored.value().find(app);
+    if (found != stored.value().end() && found->second) {
+      for (const std::string& text : *found->second) {
+        if (const auto date = Date::fromISO8601(text)) dates.push_back(*date);
+      }
+    }
+    reply(Result<Dates>::success(std::move(dates)));
+  });
+}
+
+void PermissionStore::setClosings(AppWish wish, const std::string& app, const Dates& dates,
+                                  Done done) {
+  std::vector<std::string> texts;
+  for (const Date& date : dates) texts.push_back(date.iso8601());
+  setTexts(closingsFor(wish), app, texts, std::move(done));
 }
 
 }  // namespace quenlet

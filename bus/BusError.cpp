@@ -25,7 +25,8 @@ std::string busErrorName(const Error& error) {
 
 bool isAbsence(const Error& error) {
   const std::string name = busErrorName(error);
-  return name == BusNameHasNoOwner || name == BusServiceUnknown;
+  return name == BusNameHasNoOwner || name == BusServiceUnknown ||
+         name.starts_with("org.freedesktop.DBus.Error.Spawn");
 }
 
 }  // namespace quenlet

@@ -27,7 +27,7 @@ inline constexpr char BusLimitsExceeded[] = "org.freedesktop.DBus.Error.LimitsEx
 [[nodiscard]] ErrorPtr makeBusError(const sd_bus_error& error);
 // The name of an error that came over the bus; empty for another one.
 [[nodiscard]] std::string busErrorName(const Error& error);
-// Whether it says that nobody is there to answer.
+// Whether it says that nobody is there to answer, or can be started.
 [[nodiscard]] bool isAbsence(const Error& error);
 
 }  // namespace quenlet

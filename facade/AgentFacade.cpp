@@ -125,16 +125,17 @@ void AgentFacade::donate(const CallPtr& call) {
 void AgentFacade::donateForApp(const CallPtr& call, std::vector<Donation> donations) {
   const std::string& app = *call->caller.app;
   if (const ErrorPtr error = claimForApp(app, donations)) return call->fail(*error);
-  apps.pass({.wish = AppWish::donate, .app = app}, [this, call, donations = std::move(donations)](
-                                                       const Result<AppPermission>& permission) {
-    if (!permission.ok()) return call->fail(*permission.error());
-    host.examineOwners({*call->caller.app}, identifiersOf(donations),
-                       [this, call, donations](const ErrorPtr& refusal) {
-                         if (refusal) return call->fail(*refusal);
-                         agent.donate(donations,
-                                      [call](const ErrorPtr& error) { call->finish(error); });
-                       });
-  });
+  apps.pass(
+      {.wish = AppWish::donate, .app = app, .sender = call->request->sender()},
+      [this, call, donations = std::move(donations)](const Result<AppPermission>& permission) {
+        if (!permission.ok()) return call->fail(*permission.error());
+        host.examineOwners({*call->caller.app}, identifiersOf(donations),
+                           [this, call, donations](const ErrorPtr& refusal) {
+                             if (refusal) return call->fail(*refusal);
+                             agent.donate(donations,
+                                          [call](const ErrorPtr& error) { call->finish(error); });
+                           });
+      });
 }
 
 void AgentFacade::removeDonations(const CallPtr& call) {
@@ -187,6 +188,7 @@ void AgentFacade::passToCard(const CallPtr& call, const BusDictionary& options, 
   }
   const AppRequest request{.wish = AppWish::meCard,
                            .app = *call->caller.app,
+                           .sender = call->request->sender(),
                            .kinds = asked.value(),
                            .parentWindow = parentWindowIn(options)};
   apps.pass(request, [call, kinds = asked.value(), use = std::move(use)](const auto& permission) {
@@ -235,7 +237,10 @@ void AgentFacade::watch(const CallPtr& call) {
     return refusal ? call->fail(*refusal) : add();
   }
   // Whichever kinds the owner allows it.
-  apps.pass({.wish = AppWish::meCard, .app = *call->caller.app, .kinds = usualCardKinds()},
+  apps.pass({.wish = AppWish::meCard,
+             .app = *call->caller.app,
+             .sender = call->request->sender(),
+             .kinds = usualCardKinds()},
             [call, add](const auto& permission) {
               return permission.ok() ? add() : call->fail(*permission.error());
             });

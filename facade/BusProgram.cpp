@@ -39,7 +39,7 @@ BusProgram::BusProgram(BusLoop& runs, BusConnection& opened, DonationPreferences
       idle(loop, idleSeconds, [this] { giveNameBack(); }),
       store(bus),
       question(bus, dialogBackendsOfSession),
-      apps(store, question),
+      apps(store, question, [this](const auto& name) { return callers->knows(name); }),
       watchers(
           [this](Client::CardHandler handler) {
             return [following = agent.onCardChange(std::move(handler))] { following.cancel(); };
@@ -93,6 +93,7 @@ void BusProgram::followOwners() {
         if (name == nullptr || owner == nullptr || !owner->empty()) return;
         callers->forget(*name);
         watchers.remove(*name);
+        apps.forget(*name);
       });
 }
 
@@ -162,7 +163,9 @@ void BusProgram::tell(const std::string& watcher, const CallerIdentity& caller) 
 
 void BusProgram::giveNameBack() {
   if (std::exchange(isLeaving, true)) return;
+  // Nobody waits for the owner or for changes here any longer than this.
   watchers.end();
+  apps.end();
   bus.call(callOfBus("ReleaseName", "s", {FacadeName}), [this](const auto&) { leaveWhenDone(0); });
 }
 

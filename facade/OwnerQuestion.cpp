@@ -1,5 +1,6 @@
 #include "facade/OwnerQuestion.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "bus/BusError.h"
@@ -12,7 +13,7 @@ using Answered = Result<std::optional<AppPermission>>;
 
 constexpr char portalPath[] = "/org/freedesktop/portal/desktop";
 constexpr char accessInterface[] = "org.freedesktop.impl.portal.Access";
-constexpr char requestPath[] = "/org/freedesktop/portal/desktop/request/quenlet/";
+constexpr char requestInterface[] = "org.freedesktop.impl.portal.Request";
 // Then the dialog counts as closed.
 constexpr std::chrono::minutes patience{10};
 // What the dialog answers; any other number says that it was closed.
@@ -86,35 +87,73 @@ bool isWithoutDialog(const Error& error) {
   const std::string name = busErrorName(error);
   return isAbsence(error) || name == "org.freedesktop.DBus.Error.UnknownMethod" ||
          name == "org.freedesktop.DBus.Error.UnknownInterface" ||
-         name == "org.freedesktop.DBus.Error.UnknownObject" ||
-         name.starts_with("org.freedesktop.DBus.Error.Spawn");
+         name == "org.freedesktop.DBus.Error.UnknownObject";
 }
 
 }  // namespace
 
-struct OwnerQuestion::Attempt final {
-  AppRequest request;
-  Answer answer;
+// One question, at one program after the other.
+class OwnerQuestion::Attempt final : public Cancelable {
+ public:
+  Attempt(BusConnection& connection, AppRequest wanted, Answer whenAnswered, BusCall prepared)
+      : request(std::move(wanted)),
+        call(std::move(prepared)),
+        bus(connection),
+        answer(std::move(whenAnswered)) {}
+
+  void cancel() override {
+    if (!answer) return;
+    answer = nullptr;
+    if (asking) asking->cancel();
+    close();
+  }
+  void finish(const Answered& answered) {
+    if (const Answer whenAnswered = std::exchange(answer, nullptr)) whenAnswered(answered);
+  }
+  // What shows the dialog, if it still does, takes it away.
+  void close() {
+    bus.call({.destination = call.destination,
+              .path = *call.arguments.front().objectPath(),
+              .interface = requestInterface,
+              .member = "Close",
+              // Behind the question, if that waits for the program's start.
+              .autoStart = call.autoStart},
+             [](const auto&) { /* It may have closed it before, or be gone. */ });
+  }
+
+  const AppRequest request;
   BusCall call;
   // Whom to ask in which order, and whether to start it.
   std::vector<std::pair<std::string, AutoStart>> order = {};
   std::size_t next = 0;
+  std::shared_ptr<Cancelable> asking;
+
+ private:
+  BusConnection& bus;
+  Answer answer;
 };
 
-void OwnerQuestion::ask(const AppRequest& request, Answer answer) {
+// As portals make it: of our own name on the bus, and a word.
+std::string OwnerQuestion::nextHandle() {
+  std::string owner = bus.uniqueName();
+  owner.erase(0, owner.find_first_not_of(':'));
+  std::replace(owner.begin(), owner.end(), '.', '_');
+  return portalPath + ("/request/" + owner) + "/quenlet" + std::to_string(++lastQuestion);
+}
+
+std::shared_ptr<Cancelable> OwnerQuestion::ask(const AppRequest& request, Answer answer) {
   const Wording wording = wordingFor(request.wish);
   BusDictionary options{{"modal", true}, {"grant_label", "Allow"}, {"deny_label", "Deny"}};
   if (request.wish == AppWish::meCard) options.emplace("choices", choicesFor(request.kinds));
-  const std::string handle = requestPath + std::to_string(++lastQuestion);
   BusCall call{
       .path = portalPath,
       .interface = accessInterface,
       .member = "AccessDialog",
       .signature = "osssssa{sv}",
-      .arguments = {BusObjectPath{handle}, request.app, request.parentWindow, wording.title,
+      .arguments = {BusObjectPath{nextHandle()}, request.app, request.parentWindow, wording.title,
                     request.app + wording.subtitle, wording.body, std::move(options)},
       .timeLimit = patience};
-  auto attempt = std::make_shared<Attempt>(Attempt{request, std::move(answer), std::move(call)});
+  const auto attempt = std::make_shared<Attempt>(bus, request, std::move(answer), std::move(call));
   const std::vector<DialogBackend> backends = findBackends();
   for (const DialogBackend& backend : backends) {
     attempt->order.emplace_back(backend.busName, AutoStart::off);
@@ -123,11 +162,12 @@ void OwnerQuestion::ask(const AppRequest& request, Answer answer) {
     if (backend.isOfThisDesktop) attempt->order.emplace_back(backend.busName, AutoStart::on);
   }
   tryNext(attempt);
+  return attempt;
 }
 
 void OwnerQuestion::tryNext(const std::shared_ptr<Attempt>& attempt) {
   if (attempt->next == attempt->order.size()) {
-    return attempt->answer(
+    return attempt->finish(
         Answered::failure(makeFacadeError(NotPermittedError,
                                           "no program can ask the owner; the owner can say "
                                           "\"quenlet allow " +
@@ -136,16 +176,18 @@ void OwnerQuestion::tryNext(const std::shared_ptr<Attempt>& attempt) {
   const auto& [name, start] = attempt->order[attempt->next++];
   attempt->call.destination = name;
   attempt->call.autoStart = start;
-  bus.call(attempt->call, [this, attempt](const auto& reply) { hear(attempt, reply); });
+  attempt->asking =
+      bus.call(attempt->call, [this, attempt](const auto& reply) { hear(attempt, reply); });
 }
 
 void OwnerQuestion::hear(const std::shared_ptr<Attempt>& attempt, const Result<BusValues>& reply) {
   if (reply.ok()) {
-    return attempt->answer(Answered::success(answerIn(reply.value(), attempt->request)));
+    return attempt->finish(Answered::success(answerIn(reply.value(), attempt->request)));
   }
   if (isWithoutDialog(*reply.error())) return tryNext(attempt);
-  // Whatever ended the dialog, the owner has not answered.
-  attempt->answer(Answered::success(std::nullopt));
+  // The time is up, or the dialog has failed: the owner has not answered.
+  attempt->close();
+  attempt->finish(Answered::success(std::nullopt));
 }
 
 }  // namespace quenlet

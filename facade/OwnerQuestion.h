@@ -16,6 +16,8 @@ namespace quenlet {
 struct AppRequest final {
   AppWish wish = AppWish::meCard;
   std::string app = {};
+  // The connection that asks, by its unique name.
+  std::string sender = {};
   // Of the card: what the app would like. The owner chooses among all kinds.
   CardKinds kinds = {};
   // The app's window, as portals name it, for the dialog to stand before; may be empty.
@@ -23,24 +25,27 @@ struct AppRequest final {
 };
 
 // Asks the owner with the desktop's own dialog. Programs that show it and run are tried first, this
-// desktop's before others; only when none runs, this desktop's own is started. Use on the loop's
-// thread; the connection must outlive what was begun.
+// desktop's before others; only when none runs, this desktop's own is started. A dialog that nobody
+// waits for any more is closed. Use on the loop's thread; the connection must outlive what was
+// begun.
 class OwnerQuestion final {
  public:
-  // What the owner said; nothing when the dialog was closed without an answer. An error when there
-  // is nobody who could ask.
+  // What the owner said; nothing when the dialog was closed without an answer, or stood for ten
+  // minutes. An error when there is nobody who could ask.
   using Answer = std::function<void(Result<std::optional<AppPermission>> answer)>;
   using Backends = std::function<std::vector<DialogBackend>()>;
 
   OwnerQuestion(BusConnection& connection, Backends find)
       : bus(connection), findBackends(std::move(find)) {}
 
-  void ask(const AppRequest& request, Answer answer);
+  // Cancelling the token closes the dialog; then there is no answer.
+  [[nodiscard]] std::shared_ptr<Cancelable> ask(const AppRequest& request, Answer answer);
 
  private:
-  struct Attempt;
+  class Attempt;
   void tryNext(const std::shared_ptr<Attempt>& attempt);
   void hear(const std::shared_ptr<Attempt>& attempt, const Result<BusValues>& reply);
+  [[nodiscard]] std::string nextHandle();
 
   BusConnection& bus;
   const Backends findBackends;
