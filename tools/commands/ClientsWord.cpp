@@ -5,6 +5,7 @@
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
 #include "tools/owner/AllowedApps.h"
+#include "tools/owner/AppPermissions.h"
 #include "tools/owner/ClientPrograms.h"
 #include "tools/presentation/TextTable.h"
 
@@ -143,7 +144,12 @@ ExitCode ClientsWord::run(Session& session) const {
     writeText(session.out, clients, session.screen);
     writeApps(session.out, apps, session.screen);
   }
-  return read.ok() ? ExitCode::done : session.failWith(read.error());
+  if (read.ok()) return ExitCode::done;
+  // Without a desktop no app is served. The programs are all there.
+  if (read.error()->domain() != AppPermissionsErrorDomain) return session.failWith(read.error());
+  session.hint("sandboxed apps are not listed: " + read.error()->debugDescription());
+  session.hintAt(*read.error());
+  return ExitCode::done;
 }
 
 }  // namespace

@@ -9,11 +9,9 @@ namespace quenlet {
 namespace {
 
 Result<PermissionStore::All> permissionsFor(AppWish wish) {
-  using All = Result<PermissionStore::All>;
   const auto opened = AppPermissions::open();
-  All all = opened.ok() ? opened.value()->list(wish) : All::failure(opened.error());
-  if (all.ok() || !AppPermissions::saysNoStore(*all.error())) return all;
-  return All::success({});
+  if (!opened.ok()) return Result<PermissionStore::All>::failure(opened.error());
+  return opened.value()->list(wish);
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ struct AllowedApp final {
   AppPermission donations;
 };
 
-// All of them, by their identifiers; none without a permission store. The error is the store's.
+// All of them, by their identifiers. The error is that of AppPermissions.
 [[nodiscard]] Result<std::vector<AllowedApp>> readAllowedApps();
 
 }  // namespace quenlet

@@ -7,6 +7,7 @@
 #include "platform/preferences/UserPreferences.h"
 #include "protocol/ClientEntitlements.h"
 #include "quenlet/ErrorCodes.h"
+#include "tools/owner/AppPermissions.h"
 
 namespace quenlet {
 namespace {
@@ -46,6 +47,13 @@ Lines hintsForEntitlement() {
           "quenlet clients shows which programs are entitled, and what is not trusted"};
 }
 
+Lines hintsForLack(AppPermissionsLack lack) {
+  if (lack == AppPermissionsLack::store) {
+    return {"install xdg-desktop-portal, which has the store"};
+  }
+  return {"call it within your session; elsewhere, DBUS_SESSION_BUS_ADDRESS names the bus"};
+}
+
 }  // namespace
 
 bool isNotEnabled(const Error& error) {
@@ -60,6 +68,9 @@ std::vector<std::string> hintsFor(const Error& error) {
   if (isNotEnabled(error)) return hintsForRefusal();
   if (error.domain() == GeneralErrorDomain && error.code() == MissingEntitlementCode) {
     return hintsForEntitlement();
+  }
+  if (error.domain() == AppPermissionsErrorDomain) {
+    return hintsForLack(static_cast<AppPermissionsLack>(error.code()));
   }
   return {};
 }

@@ -64,6 +64,21 @@ class CommandLineTest : public testing::Test {
   std::function<void(std::chrono::milliseconds)> pause;
 };
 
+TEST_F(CommandLineTest, SaysWhatAppsNeedWhereThereIsNoMessageBus) {
+  const std::string advice =
+      "hint: call it within your session; elsewhere, DBUS_SESSION_BUS_ADDRESS names the bus\n";
+  const std::string none = "there is no message bus of a session here\n";
+  ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
+  EXPECT_EQ(run("allow org.example.App"), 1);
+  EXPECT_EQ(err.str(), "quenlet: app-permissions 1: " + none + advice);
+  EXPECT_EQ(run("clients"), 0);
+  EXPECT_EQ(err.str(), "hint: sandboxed apps are not listed: " + none + advice);
+  ::setenv("DBUS_SESSION_BUS_ADDRESS", "nonsense", 1);
+  EXPECT_EQ(run("allow org.example.App"), 1);
+  EXPECT_THAT(err.str(), HasSubstr("does not let the command in\n" + advice));
+  ::unsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
 TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
   const std::tuple<std::string, const char*, const char*> cases[] = {
       {"card", "synchronous;list",
