@@ -1,7 +1,6 @@
 #include "facade/BusProgram.h"
 
 #include <cerrno>
-#include <csignal>
 #include <utility>
 
 #include "bus/BusError.h"
@@ -36,7 +35,7 @@ BusProgram::BusProgram(BusLoop& runs, BusConnection& opened, DonationPreferences
       bus(opened),
       preferences(read),
       agent(Client::standardTimeLimit, Client::Handlers::inDispatch),
-      idle(loop, idleSeconds, [this] { giveNameBack(); }),
+      idle(loop, idleSeconds, [this] { leave(); }),
       store(bus),
       question(bus, dialogBackendsOfSession),
       apps(store, question, [this](const auto& name) { return callers->knows(name); }),
@@ -68,7 +67,6 @@ ErrorPtr BusProgram::start() {
   if (!descriptor.ok()) return descriptor.error();
   agentWatch = loop.watch(
       descriptor.value(), [this] { agent.dispatch(); }, BusLoop::Turn::afterMessages);
-  loop.onSignal(SIGTERM, [this] { giveNameBack(); });
   auto put = FacadeObject::put(bus, {.call = [this](const auto& request) { receive(request); },
                                      .isDonationsEnabled =
                                          [this] {
@@ -161,7 +159,7 @@ void BusProgram::tell(const std::string& watcher, const CallerIdentity& caller) 
   });
 }
 
-void BusProgram::giveNameBack() {
+void BusProgram::leave() {
   if (std::exchange(isLeaving, true)) return;
   // Nobody waits for the owner or for changes here any longer than this.
   watchers.end();

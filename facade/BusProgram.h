@@ -27,9 +27,11 @@ class BusProgram final {
   BusProgram(const BusProgram&) = delete;
   BusProgram& operator=(const BusProgram&) = delete;
 
-  // Serves until it has been idle, or until SIGTERM. An error when the name or the object cannot be
+  // Serves until it has been idle, or until leave(). An error when the name or the object cannot be
   // had, or the bus is lost.
   [[nodiscard]] ErrorPtr run();
+  // Gives the name back, and ends run() when what has begun is done.
+  void leave();
 
  private:
   [[nodiscard]] ErrorPtr start();
@@ -38,7 +40,6 @@ class BusProgram final {
   void countMessage();
   void receive(const std::shared_ptr<BusRequest>& request);
   void tell(const std::string& watcher, const CallerIdentity& caller);
-  void giveNameBack();
   void leaveWhenDone(double waitedSeconds);
   void fail(ErrorPtr error);
 

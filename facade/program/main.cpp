@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <system_error>
@@ -24,6 +25,9 @@ void forbidCoreFiles() {
 
 int serve() {
   quenlet::BusLoop loop;
+  quenlet::BusProgram* running = nullptr;
+  // Before there is another thread: the signal would end the process there.
+  loop.onSignal(SIGTERM, [&running] { running->leave(); });
   const auto preferences = quenlet::UserPreferences::open();
   if (!preferences.ok()) return complain(*preferences.error());
   const auto bus = quenlet::BusConnection::toUserBus(loop);
@@ -31,6 +35,7 @@ int serve() {
   // Installed in libexec/quenlet below the prefix.
   const auto prefix = quenlet::EntitlementDatabase::prefixOfRunningProgram().parent_path();
   quenlet::BusProgram program(loop, *bus.value(), preferences.value()->preferences(), prefix);
+  running = &program;
   const quenlet::ErrorPtr error = program.run();
   return error ? complain(*error) : EXIT_SUCCESS;
 }
