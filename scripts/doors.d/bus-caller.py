@@ -3,6 +3,7 @@
   bus-caller.py METHOD [ARGUMENTS]     the arguments as a tuple in GVariant's notation
   bus-caller.py get PROPERTY
   bus-caller.py watch                  says "watching", and "changed" for the next change
+  bus-caller.py until-error            gets the card twice a second; says which error ends that
   bus-caller.py flood COUNT            that many calls at once, over and over; says how many got the card
   bus-caller.py time COUNT             one call after the other; the median time of one, in ms
 """
@@ -41,6 +42,13 @@ def watch():
     loop.run()
 
 
+def until_error():
+    while True:
+        call("GetCard", EVERYTHING)
+        print("card", flush=True)
+        time.sleep(0.5)
+
+
 def flood(count):
     answers = []
 
@@ -75,6 +83,8 @@ try:
     word, *rest = sys.argv[1:]
     if word == "watch":
         watch()
+    elif word == "until-error":
+        until_error()
     elif word == "flood":
         flood(int(rest[0]))
     elif word == "time":
