@@ -221,8 +221,9 @@ class BusTree final {
                                            "SubscriberNumbers"};
     BusDictionary entries;
     for (int count = take() % 8; count > 0; --count) {
-      const std::size_t key = take();
-      entries.insert_or_assign(key < std::size(keys) ? keys[key] : text(), value(depth));
+      const std::size_t place = take();
+      const std::string key = place < std::size(keys) ? keys[place] : text();
+      entries.insert_or_assign(key, value(depth));
     }
     return entries;
   }
