@@ -74,7 +74,7 @@ std::string vCardOf(const Card& card) {
   fields.nameSuffix = card.name.nameSuffix.value_or("");
   fields.nickname = card.name.nickname.value_or("");
   for (const auto& entry : card.emailAddresses) {
-    append<std::string>(fields.emailAddresses, entry.label, entry.value);
+    append<std::string>(fields.emailAddresses, entry.label, busText(entry.value));
   }
   for (const auto& entry : card.phoneNumbers) {
     append(fields.phoneNumbers, entry.label, PhoneNumber::withStringValue(entry.value));

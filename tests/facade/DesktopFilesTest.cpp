@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include "facade/DialogBackend.h"
 #include "facade/SandboxedApp.h"
@@ -39,6 +40,14 @@ TEST(SandboxedAppTest, TakesTheNameOfTheAppAlone) {
       EXPECT_EQ(app.value(), row.app);
     }
   }
+}
+
+TEST(SandboxedAppTest, KnowsTheHostAndDoubtsTheRest) {
+  const auto host = sandboxedAppOf(::getpid());
+  ASSERT_TRUE(host.ok()) << host.error()->description();
+  EXPECT_EQ(host.value(), std::nullopt);
+  constexpr pid_t beyondAll = 1 << 30;
+  EXPECT_FALSE(sandboxedAppOf(beyondAll).ok());
 }
 
 class DialogBackendTest : public testing::Test {

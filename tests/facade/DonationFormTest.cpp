@@ -85,6 +85,53 @@ TEST(DonationFormTest, RefusesWhatIsTooLargeOrNotUnderstood) {
   }
 }
 
+TEST(DonationFormTest, ReadsAccountsAndIdentifiers) {
+  const BusDictionary full{{"identifier", "a1"},
+                           {"type", "org.example.mail"},
+                           {"username", "anna@example.org"},
+                           {"active", false},
+                           {"dataClasses", makeTexts({"mail"})},
+                           {"properties", BusDictionary{{"FullUserName", "Anna Berg"}}}};
+  const auto account = accountIn(full);
+  ASSERT_TRUE(account.ok()) << account.error()->description();
+  EXPECT_EQ(account.value()->identifier, "a1");
+  EXPECT_EQ(account.value()->type, "org.example.mail");
+  EXPECT_EQ(account.value()->username, "anna@example.org");
+  EXPECT_FALSE(account.value()->isActive);
+  EXPECT_THAT(account.value()->dataClasses, testing::ElementsAre("mail"));
+  EXPECT_THAT(account.value()->textProperties,
+              testing::ElementsAre(testing::Pair("FullUserName", "Anna Berg")));
+  EXPECT_EQ(accountIn(BusDictionary()).value(), std::nullopt);
+
+  const std::string longText(mostBytesInText + 1, 'a');
+  const struct {
+    const char* key;
+    BusValue value;
+    const char* error;
+  } rows[] = {
+      {"identifier", 7u, InvalidArgsError},
+      {"identifier", std::string(mostBytesInIdentifier + 1, 'a'), TooLargeError},
+      {"username", longText, TooLargeError},
+      {"active", "yes", InvalidArgsError},
+      {"dataClasses", "mail", InvalidArgsError},
+      {"dataClasses", makeTexts(std::vector<std::string>(1001, "a")), TooLargeError},
+      {"dataClasses", makeTexts({std::string(mostBytesInIdentifier + 1, 'a')}), TooLargeError},
+      {"properties", "x", InvalidArgsError},
+      {"properties", BusDictionary{{"key", 7u}}, InvalidArgsError},
+      {"properties", BusDictionary{{"key", longText}}, TooLargeError},
+      {"unknown", "x", InvalidArgsError},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.key);
+    BusDictionary changed = full;
+    changed.insert_or_assign(row.key, row.value);
+    const auto read = accountIn(changed);
+    ASSERT_FALSE(read.ok());
+    EXPECT_EQ(facadeErrorName(*read.error()), row.error);
+  }
+  EXPECT_FALSE(accountIn("x").ok());
+}
+
 TEST(DonationFormTest, KeepsAppsApart) {
   std::vector<Donation> donations = {{Email{"a@example.org", ""}, "", "home", "c"}};
   ASSERT_EQ(claimForApp("org.example.App", donations), nullptr);
@@ -103,7 +150,12 @@ TEST(DonationFormTest, KeepsAppsApart) {
 }
 
 TEST(CardFormTest, GivesTheKindsThatAreAllowed) {
-  const Card card{.name = {.givenName = "Anna"},
+  const Card card{.name = {.namePrefix = "Dr.",
+                           .givenName = "Anna",
+                           .middleName = "M.",
+                           .familyName = "Berg",
+                           .nameSuffix = "PhD",
+                           .nickname = "Ann"},
                   .emailAddresses = {{"a\xFF@example.org", "work", Source{"org.a", "a:1"}}},
                   .phoneNumbers = {{"+49 30 123456", ""}},
                   .postalAddresses = {{{.city = "Bonn"}, "home"}},
@@ -116,6 +168,12 @@ TEST(CardFormTest, GivesTheKindsThatAreAllowed) {
     EXPECT_EQ(!some.phoneNumbers.empty(), kind == CardKind::phoneNumber);
     EXPECT_EQ(!some.postalAddresses.empty(), kind == CardKind::postalAddress);
     EXPECT_EQ(some.image.has_value(), kind == CardKind::imageData);
+  }
+  const std::string vCard = vCardOf(card);
+  for (const char* part :
+       {"N:Berg;Anna;M.;Dr.;PhD", "NICKNAME:Ann", "EMAIL;TYPE=work:a\xEF\xBF\xBD@example.org",
+        "TEL:+49 30 123456", "ADR;TYPE=home:;;;Bonn;;;", "PHOTO:data:"}) {
+    EXPECT_THAT(vCard, testing::HasSubstr(part));
   }
   const BusDictionary kept = cardDictionary(card, Sources::kept);
   EXPECT_EQ(*findEntry(kept, "emailAddresses"),
