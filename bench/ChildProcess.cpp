@@ -79,6 +79,20 @@ std::uint64_t ChildProcess::pssInBytes() const {
   return sumOf(folderOf(pid) / "smaps_rollup", "Pss:") * 1024;
 }
 
+std::uint64_t ChildProcess::privateDirtyInBytes() const {
+  return sumOf(folderOf(pid) / "smaps_rollup", "Private_Dirty:") * 1024;
+}
+
+std::uint64_t ChildProcess::peakInBytes() const {
+  return sumOf(folderOf(pid) / "status", "VmHWM:") * 1024;
+}
+
+void ChildProcess::forgetPeak() const {
+  if (!(std::ofstream(folderOf(pid) / "clear_refs") << "5" << std::flush)) {
+    failBenchmark("the peak of memory cannot be reset");
+  }
+}
+
 std::uint64_t ChildProcess::contextSwitches() const {
   std::uint64_t sum = 0;
   for (const auto& thread : std::filesystem::directory_iterator(folderOf(pid) / "task")) {

@@ -28,6 +28,11 @@ class ChildProcess final {
 
   // The proportional share of the memory it uses.
   [[nodiscard]] std::uint64_t pssInBytes() const;
+  // The memory that it alone has and has written to.
+  [[nodiscard]] std::uint64_t privateDirtyInBytes() const;
+  // The most memory that it has had since the last forgetPeak().
+  [[nodiscard]] std::uint64_t peakInBytes() const;
+  void forgetPeak() const;
   // The voluntary context switches of its threads, since they began.
   [[nodiscard]] std::uint64_t contextSwitches() const;
   [[nodiscard]] std::size_t threads() const;

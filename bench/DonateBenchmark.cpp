@@ -43,9 +43,7 @@ bool replace(const std::filesystem::path& file, const std::string& content) {
 
 // The two take turns within one loop, as the disk's speed changes from second to second. All on one
 // core, like everything where two processes talk.
-void durableDonate(benchmark::State& state) {
-  const OnOneCore pinned;
-  RunningAgent agent(sampleDonations(heldDonations));
+void donateBesideReplacements(benchmark::State& state, const RunningAgent& agent) {
   RawClient client(agent.home.socket());
   const std::string request = donateRequest(sampleDonations(1));
   const std::filesystem::path stored = agent.home.donationsFile();
@@ -53,6 +51,7 @@ void durableDonate(benchmark::State& state) {
   const std::string content = contentOf(stored);
   Latencies donations;
   Latencies replacements;
+  agent.process->forgetPeak();
   for (auto _ : state) {
     donations.measure([&] {
       if (!client.send(request) || !client.receiveMessage()) failBenchmark("not donated");
@@ -64,6 +63,18 @@ void durableDonate(benchmark::State& state) {
   replacements.report(state);
   state.counters["bare_p50"] = state.counters["p50"];
   donations.report(state);
+  state.counters["peak"] = static_cast<double>(agent.process->peakInBytes());
+  state.counters["held"] = static_cast<double>(content.size());
+}
+
+void durableDonate(benchmark::State& state) {
+  const OnOneCore pinned;
+  donateBesideReplacements(state, RunningAgent(sampleDonations(heldDonations)));
+}
+
+void donateToMany(benchmark::State& state) {
+  const auto held = static_cast<std::size_t>(state.range(0));
+  donateBesideReplacements(state, RunningAgent(RunningAgent::Stored{sampleDonations(held)}));
 }
 
 void donateFromMany(benchmark::State& state) {
@@ -152,6 +163,12 @@ void commitThroughOneConnection(benchmark::State& state) {
 }
 
 BENCHMARK(durableDonate)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(donateToMany)
+    ->Arg(100'000)
+    ->Arg(1'000'000)
+    ->Iterations(5)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(donateFromMany)->Threads(16)->Threads(64)->UseRealTime();
 BENCHMARK(commitFromMany)->Threads(16)->Threads(64)->UseRealTime();
 BENCHMARK(commitThroughOneConnection)->Threads(16)->Threads(64)->UseRealTime();

@@ -3,8 +3,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
-#include <future>
+#include <string>
 #include <thread>
 
 #include "bench/RawClient.h"
@@ -50,13 +51,30 @@ std::unique_ptr<ChildProcess> launchBareServer(const AgentHome& home) {
 
 // A home that holds so many donations.
 void prepare(const AgentHome& home, std::size_t donations) {
-  if (donations == 0) return;
-  const auto agent = launchAgent(home);
-  CorvelProxy client;
-  std::promise<ErrorPtr> donated;
-  client.donateMeCardValues(sampleDonations(donations),
-                            [&](const ErrorPtr& error) { donated.set_value(error); });
-  if (const ErrorPtr error = donated.get_future().get()) failBenchmark(error->description());
+  if (donations > 0) home.hold(sampleDonations(donations));
+}
+
+std::size_t fetchedAddresses(const std::string& reply) {
+  return static_cast<std::size_t>(std::count(reply.begin(), reply.end(), '@'));
+}
+
+// The longest wait of one who fetches all the time while an agent reads accounts for the first
+// time.
+void fetchWhileAccountsAreRead(benchmark::State& state) {
+  const auto accounts = static_cast<std::size_t>(state.range(0));
+  for (auto _ : state) {
+    const AgentHome home;
+    home.addAccounts(accounts);
+    const auto agent = launchAgent(home);
+    RawClient client(home.socket());
+    Clock::duration longest{};
+    do {
+      const auto begin = Clock::now();
+      if (!client.send(fetchRequest()) || !client.receiveMessage()) failBenchmark("no card");
+      longest = std::max(longest, Clock::now() - begin);
+    } while (fetchedAddresses(client.received) < accounts);
+    state.SetIterationTime(std::chrono::duration<double>(longest).count());
+  }
 }
 
 template <typename Launch>
@@ -85,6 +103,7 @@ void lookAtIdleProcess(benchmark::State& state, Launch launch) {
     const auto process = launch();
     std::this_thread::sleep_for(untilIdle);
     state.counters["pss"] = static_cast<double>(process->pssInBytes());
+    state.counters["dirty"] = static_cast<double>(process->privateDirtyInBytes());
     const std::uint64_t before = process->contextSwitches();
     std::this_thread::sleep_for(watched);
     state.counters["wakeups"] = static_cast<double>(process->contextSwitches() - before);
@@ -108,6 +127,11 @@ void idleMemoryBare(benchmark::State& state) {
 
 BENCHMARK(launchToFirstAnswer)->Arg(0)->Arg(10'000)->UseManualTime();
 BENCHMARK(launchToFirstAnswerBare)->UseManualTime();
+BENCHMARK(fetchWhileAccountsAreRead)
+    ->Arg(3'000)
+    ->Iterations(3)
+    ->UseManualTime()
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(idleMemory)->Arg(0)->Arg(10'000)->Iterations(1);
 BENCHMARK(idleMemoryBare)->Iterations(1);
 

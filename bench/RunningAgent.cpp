@@ -4,10 +4,14 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <thread>
 
 #include "client/waitForReply.h"
+#include "platform/accounts/Account.h"
+#include "platform/foundation/PropertyListSerializer.h"
 #include "protocol/CorvelInterface.h"
+#include "storage/DonationsText.h"
 
 namespace quenlet {
 namespace {
@@ -46,11 +50,41 @@ std::filesystem::path AgentHome::socket() const {
   return directory / "run/quenlet" / CorvelServiceName;
 }
 
+void AgentHome::hold(DonationValues values) const {
+  const auto text =
+      DonationsText::of(std::make_shared<const DonationValues>(std::move(values))).takeValue();
+  std::filesystem::create_directories(donationsFile().parent_path());
+  std::ofstream file(donationsFile(), std::ios::binary);
+  text->handTo([&](std::string_view piece) { return bool(file << piece); });
+  if (!file.flush()) failBenchmark("cannot write the donations");
+}
+
+void AgentHome::addAccounts(std::size_t count) const {
+  const std::filesystem::path accounts = directory / "home/Library/Accounts";
+  std::filesystem::create_directories(accounts);
+  for (std::size_t number = 0; number < count; ++number) {
+    const std::string name = "account-" + std::to_string(number);
+    const Account account{.identifier = name,
+                          .accountType = AccountType{"org.example.imap"},
+                          .username = name + "@example.org",
+                          .isActive = true,
+                          .enabledDataclasses = {"ovaro.dataclass.mail"},
+                          .properties = {{"FullUserName", "Ann Berg"}}};
+    std::ofstream(accounts / (name + ".plist"))
+        << PropertyListSerializer::dataWithObject(account.propertyListRepresentation()).value();
+  }
+}
+
 RunningAgent::RunningAgent(const DonationValues& values) : process(home.start()) {
   waitUntilServing();
   if (!values.empty()) donate(values);
   // A new client: the old one has a thread for its asynchronous calls.
   client = std::make_unique<CorvelProxy>();
+}
+
+RunningAgent::RunningAgent(Stored stored)
+    : process((home.hold(std::move(stored.values)), home.start())) {
+  waitUntilServing();
 }
 
 void RunningAgent::waitUntilServing() {

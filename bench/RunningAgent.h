@@ -18,6 +18,10 @@ class AgentHome final {
   AgentHome& operator=(const AgentHome&) = delete;
 
   [[nodiscard]] std::unique_ptr<ChildProcess> start() const;
+  // Lays down a file of donations for the next agent to find: more than one message could bring.
+  void hold(DonationValues values) const;
+  // Lays down accounts, each with an e-mail address and the owner's name.
+  void addAccounts(std::size_t count) const;
   [[nodiscard]] std::filesystem::path donationsFile() const {
     return directory / "home/Library/Contacts/Donations/donations.plist";
   }
@@ -32,8 +36,13 @@ class AgentHome final {
 // An agent that is running and has answered. Ends with this object.
 class RunningAgent final {
  public:
-  // Holds `values` from its start.
+  // Is given `values` after its start.
   explicit RunningAgent(const DonationValues& values = {});
+  // Finds them in its file.
+  struct Stored final {
+    DonationValues values;
+  };
+  explicit RunningAgent(Stored stored);
 
   // Donates the values and waits until they are durable.
   void donate(const DonationValues& values);
