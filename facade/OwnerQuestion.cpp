@@ -12,7 +12,7 @@ namespace {
 using Answered = Result<std::optional<AppPermission>>;
 
 constexpr char portalPath[] = "/org/freedesktop/portal/desktop";
-constexpr char accessInterface[] = "org.freedesktop.impl.portal.Access";
+constexpr char dialogInterface[] = "org.freedesktop.impl.portal.Access";
 constexpr char requestInterface[] = "org.freedesktop.impl.portal.Request";
 // Then the dialog counts as closed.
 constexpr std::chrono::minutes patience{10};
@@ -147,7 +147,7 @@ std::shared_ptr<Cancelable> OwnerQuestion::ask(const AppRequest& request, Answer
   if (request.wish == AppWish::meCard) options.emplace("choices", choicesFor(request.kinds));
   BusCall call{
       .path = portalPath,
-      .interface = accessInterface,
+      .interface = dialogInterface,
       .member = "AccessDialog",
       .signature = "osssssa{sv}",
       .arguments = {BusObjectPath{nextHandle()}, request.app, request.parentWindow, wording.title,
