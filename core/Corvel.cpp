@@ -250,9 +250,10 @@ void Corvel::meCardDonations(DonationsReply reply) {
     reply(nullptr, error);
     return;
   }
-  lock()->performReaderBlock([self = shared_from_this(), requestName, reply = std::move(reply)] {
+  store->submitReaderBlock([self = shared_from_this(), requestName,
+                            reply = std::move(reply)](const DonationStore& donations) {
     self->replyScheduler->performBlock(
-        [reply, values = self->store->list()] { reply(values, nullptr); });
+        [reply, values = donations.list()] { reply(values, nullptr); });
     self->logger->agentDidHandleRequest(requestName);
   });
 }

@@ -5,7 +5,8 @@
 namespace quenlet {
 
 void ChangeQueue::add(SubmittedChange change, const Submit& submit) {
-  // Held while submitting: whoever has added a change may count on its place.
+  // Held while submitting, here and below: a change must not join a block that was submitted before
+  // what its caller submitted last.
   MutexLock lock(mutex);
   if (open) return open->push_back(std::move(change));
   const auto changes = std::make_shared<SubmittedChanges>();
@@ -20,9 +21,10 @@ SubmittedChanges ChangeQueue::take(const std::shared_ptr<SubmittedChanges>& chan
   return std::move(*changes);
 }
 
-void ChangeQueue::close() {
+void ChangeQueue::submitApart(const std::function<void()>& submit) {
   MutexLock lock(mutex);
   open.reset();
+  submit();
 }
 
 }  // namespace quenlet

@@ -17,7 +17,8 @@ using SubmittedChanges = std::vector<SubmittedChange>;
 // nothing else has been submitted since, so that the order of all blocks stays. Thread-safe.
 class ChangeQueue final {
  public:
-  // Submits a block that will take() its argument. Must neither run it at once nor come back here.
+  // Submits a block that will take() its argument. No submission may run its block at once, or come
+  // back here.
   using Submit = std::function<void(const std::shared_ptr<SubmittedChanges>&)>;
 
   // Joins the changes of the last block, or has `submit` submit another.
@@ -25,8 +26,8 @@ class ChangeQueue final {
   // The changes whose block runs now: nothing joins them any more.
   [[nodiscard]] SubmittedChanges take(const std::shared_ptr<SubmittedChanges>& changes)
       EXCLUDES(mutex);
-  // To be called before anything else is submitted to the scheduler.
-  void close() EXCLUDES(mutex);
+  // Has `submit` submit something else: changes that are added afterwards come after it.
+  void submitApart(const std::function<void()>& submit) EXCLUDES(mutex);
 
  private:
   Mutex mutex;

@@ -50,8 +50,14 @@ DonationStore::DonationStore(AgentEnvironmentProtocol& environment,
       curatedInfoProvider(std::move(infoProvider)) {}
 
 void DonationStore::submitWriterBlock(std::function<void(DonationStore&)> block) {
-  changes.close();
-  performWriterBlock(std::move(block));
+  changes.submitApart([&] { performWriterBlock(std::move(block)); });
+}
+
+void DonationStore::submitReaderBlock(std::function<void(const DonationStore&)> block) {
+  changes.submitApart([&] {
+    stateScheduler->performReaderBlock(
+        [self = shared_from_this(), block = std::move(block)] { block(*self); });
+  });
 }
 
 void DonationStore::performWriterBlock(std::function<void(DonationStore&)> block) {
@@ -167,7 +173,7 @@ void DonationStore::makeChanges(const SubmittedChanges& submitted) {
     if (submitted.size() == 1) throw;
     for (const SubmittedChange& alone : submitted) runGuarded([&] { makeChanges({alone}); });
   }
-  for (const Block& block : next) block();
+  for (const Block& block : next) runGuarded(block);
 }
 
 std::vector<Block> DonationStore::makeTogether(const SubmittedChanges& submitted) {

@@ -40,12 +40,12 @@ class DonationStore final : public std::enable_shared_from_this<DonationStore> {
 
   // Any thread.
 
-  // The reader/writer scheduler "ovaro.quenlet.agent.state": the blocks' order. To be asked for
-  // anew for each block that is submitted there.
-  [[nodiscard]] const std::shared_ptr<ReaderWriterScheduler>& lock() {
-    changes.close();
+  // The reader/writer scheduler "ovaro.quenlet.agent.state": the blocks' order. For
+  // synchronous readers: other blocks are submitted below, to keep their place among changes.
+  [[nodiscard]] const std::shared_ptr<ReaderWriterScheduler>& lock() const {
     return stateScheduler;
   }
+  void submitReaderBlock(std::function<void(const DonationStore&)> block);
   // An orderly exit waits for the block, and for the answer to a save that it starts.
   void submitWriterBlock(std::function<void(DonationStore&)> block);
   // Submits one change. `saveReply` is called on the reply scheduler, exactly once, unless `within`

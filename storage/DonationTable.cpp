@@ -35,11 +35,12 @@ DonationTable& DonationTable::operator=(DonationTable&& other) noexcept {
   return *this;
 }
 
-void DonationTable::indexAll(std::size_t capacity) {
-  index = KeyIndex(capacity);
-  for (std::size_t row = 0; row < rows->size(); ++row) {
-    static_cast<void>(index.findOrAdd((*rows)[row]->donationKey(), row, KeyOfRow{*rows}));
+KeyIndex DonationTable::indexOf(const DonationValues& held, std::size_t capacity) {
+  KeyIndex made(capacity);
+  for (std::size_t row = 0; row < held.size(); ++row) {
+    static_cast<void>(made.findOrAdd(held[row]->donationKey(), row, KeyOfRow{held}));
   }
+  return made;
 }
 
 void DonationTable::prepareToChange(std::size_t mostRows) {
@@ -54,7 +55,7 @@ void DonationTable::prepareToChange(std::size_t mostRows) {
 void DonationTable::insertAll(const DonationValues& values) {
   const std::size_t mostRows = rows->size() + values.size();
   prepareToChange(mostRows);
-  if (!index.hasRoomFor(mostRows)) indexAll(mostRows);
+  if (!index.hasRoomFor(mostRows)) index = indexOf(*rows, mostRows);
   for (const DonationValuePtr& value : values) indexDonationByIdentifierReduction(value);
   mostTextBytes += textBytesOf(values);
 }
@@ -86,9 +87,10 @@ void DonationTable::removeIf(const std::function<bool(const DonationValue&)>& un
   for (const DonationValuePtr& row : *rows) {
     if (!unwanted(*row)) changed->push_back(row);
   }
+  // Before the rows change: it takes memory, which may be short.
+  index = indexOf(*changed, changed->size());
   rows = std::move(changed);
   isShared = false;
-  indexAll(rows->size());
 }
 
 DonationValuePtr DonationTable::find(const Fingerprint& donationKey) const {

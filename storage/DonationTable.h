@@ -54,7 +54,7 @@ class DonationTable final {
   void prepareToChange(std::size_t mostRows);
   // Puts `value` in place of the row with its identifier. The index must have room for one more.
   void indexDonationByIdentifierReduction(const DonationValuePtr& value);
-  void indexAll(std::size_t capacity);
+  [[nodiscard]] static KeyIndex indexOf(const DonationValues& held, std::size_t capacity);
 
   std::shared_ptr<DonationValues> rows = std::make_shared<DonationValues>();
   // Whether others may hold the list. Readers may set it together.
