@@ -163,8 +163,7 @@ void PosixDataProxy::work() {
 }
 
 void PosixDataProxy::perform(Write write) {
-  ErrorPtr error = keepWhatIsUnkept(write.target);
-  if (!error) error = writer.replace(write.target, *write.content);
+  const ErrorPtr error = replace(write);
   // Completion blocks may run for long; the content need not stay that long.
   write.content.reset();
   for (const Promise<bool>& promise : write.promises) {
@@ -175,6 +174,14 @@ void PosixDataProxy::perform(Write write) {
     }
   }
   if (write.hold) write.hold->cancel();
+}
+
+ErrorPtr PosixDataProxy::replace(const Write& write) try {
+  ErrorPtr error = keepWhatIsUnkept(write.target);
+  return error ? error : writer.replace(write.target, *write.content);
+} catch (const std::bad_alloc&) {
+  // The content is put together here, and may find no memory: that ends the write alone.
+  return makePosixError(ENOMEM, "write a file");
 }
 
 bool PosixDataProxy::keepDamagedFile(const path& url) {

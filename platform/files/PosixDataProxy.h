@@ -93,6 +93,7 @@ class PosixDataProxy final : public DataProxy {
   [[nodiscard]] Future<bool> enqueue(Write write) EXCLUDES(mutex);
   void work() EXCLUDES(mutex);
   void perform(Write write) EXCLUDES(mutex);
+  [[nodiscard]] ErrorPtr replace(const Write& write) EXCLUDES(mutex);
 
   const TerminationHold holdTermination;
   FileOperations& operations;

@@ -16,6 +16,14 @@ namespace {
 
 using Names = std::vector<std::string>;
 
+// Finds no memory once it has begun.
+struct UnmadeContent final : FileContent {
+  void handTo(const Sink& sink) const override {
+    sink("half");
+    throw std::bad_alloc();
+  }
+};
+
 class PosixDataProxyTest : public testing::Test {
  protected:
   Future<bool> startWrite(const std::string& name, const std::string& data) {
@@ -74,6 +82,10 @@ TEST_F(PosixDataProxyTest, KeepsTheOldFileAndLeavesNothingBehindWhenAnOperationF
   operations.fail("fsync", EIO, 2);  // the directory's: the one failure that comes after the change
   EXPECT_EQ(write("file.plist", "new content")->code(), EIO);
   EXPECT_EQ(write("file.plist", "newest"), nullptr) << "a failure is not remembered";
+  EXPECT_EQ(home.read("file.plist"), "newest");
+  const auto unmade = proxy->writeContent(std::make_shared<const UnmadeContent>(),
+                                          home / "file.plist", WritingOptions::atomic);
+  EXPECT_EQ(unmade.result().error()->code(), ENOMEM);
   EXPECT_EQ(home.read("file.plist"), "newest");
 }
 
