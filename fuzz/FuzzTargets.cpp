@@ -1,7 +1,11 @@
-// Each target takes any bytes; QUENLET_FUZZ_TARGET is the one that a program tries.
+// Each target takes any bytes. The environment's QUENLET_FUZZ_TARGET names the one to try.
 
 #include <cassert>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
 
 #include "apps/AppPermission.h"
 #include "browser/host/BrowserRequest.h"
@@ -170,6 +174,8 @@ void browserMessage(std::string_view bytes) {
     }
   }
   assert(!whole.next() && whole.hasFault() == pieces.hasFault());
+}
+
 // Whom a sandbox is said to hold is a name that may stand for an app.
 void flatpakInfo(std::string_view text) {
   const auto app = appIdentifierIn(text);
@@ -269,9 +275,41 @@ void modemAnswers(std::string_view bytes) {
   }
 }
 
+namespace {
+
+using Target = void (*)(std::string_view bytes);
+constexpr std::pair<std::string_view, Target> targets[] = {
+    {"propertyList", &propertyList},
+    {"vCard", &vCard},
+    {"wireMessage", &wireMessage},
+    {"phoneNumber", &phoneNumber},
+    {"emailAddress", &emailAddress},
+    {"name", &name},
+    {"keyFile", &keyFile},
+    {"preferenceScript", &preferenceScript},
+    {"onlineAccounts", &onlineAccounts},
+    {"firefoxAddresses", &firefoxAddresses},
+    {"browserMessage", &browserMessage},
+    {"flatpakInfo", &flatpakInfo},
+    {"modemAnswers", &modemAnswers},
+};
+Target chosen = nullptr;
+
+}  // namespace
+
 }  // namespace quenlet
 
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  const char* const name = std::getenv("QUENLET_FUZZ_TARGET");
+  for (const auto& [known, target] : quenlet::targets) {
+    if (name != nullptr && known == name) quenlet::chosen = target;
+  }
+  if (quenlet::chosen != nullptr) return 0;
+  std::fputs("QUENLET_FUZZ_TARGET does not name a target\n", stderr);
+  std::exit(2);
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
-  quenlet::QUENLET_FUZZ_TARGET({reinterpret_cast<const char*>(bytes), size});
+  quenlet::chosen({reinterpret_cast<const char*>(bytes), size});
   return 0;
 }
