@@ -88,7 +88,7 @@ RunningAgent::RunningAgent(Stored stored)
 }
 
 void RunningAgent::waitUntilServing() {
-  constexpr int attempts = 500;
+  constexpr int attempts = 6000;  // a minute: a million donations take a while to load
   for (int attempt = 0; attempt < attempts; ++attempt) {
     bool served = false;
     client->synchronousDonatedMeCard(
