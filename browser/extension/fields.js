@@ -2,6 +2,7 @@
 // changes nothing. A plain script, which is injected into pages after words.js and sight.js.
 {
   const words = globalThis.quenletWords;
+  const {get, call, isVisible, isFrameOfPage} = globalThis.quenletSight;
   const mostFields = 2000;
   // A label that surrounds a page says nothing.
   const longestText = 200;
@@ -64,10 +65,10 @@
 
   // Without what stands in fields that the label surrounds.
   function ownText(label) {
-    const texts = document.createTreeWalker(label, NodeFilter.SHOW_TEXT);
+    const texts = call(document, "createTreeWalker", label, NodeFilter.SHOW_TEXT);
     let text = "";
     while (text.length < longestText && texts.nextNode()) {
-      const isOther = texts.currentNode.parentElement.closest("select, textarea, script, style");
+      const isOther = call(texts.currentNode.parentElement, "closest", "select, textarea, script, style");
       if (!isOther) text += `${texts.currentNode.data} `;
     }
     return text.slice(0, longestText);
@@ -76,7 +77,7 @@
   function nearbyText(field) {
     const cell = field.closest("td, dd")?.previousElementSibling;
     const before = cell ?? field.previousElementSibling;
-    if (!before || before.matches("input, select, textarea, form")) return "";
+    if (!before || call(before, "matches", "input, select, textarea, form")) return "";
     const text = before.textContent.trim();
     return text.length <= longestNearbyText ? text : "";
   }
@@ -85,7 +86,7 @@
   function textsOf(field) {
     const root = field.getRootNode();
     const named = (field.getAttribute("aria-labelledby") ?? "").split(/\s+/).filter(Boolean)
-      .map((id) => root.getElementById?.(id)).filter(Boolean).map(ownText);
+      .map((id) => get(root, "getElementById")?.call(root, id)).filter(Boolean).map(ownText);
     const labels = [...(field.labels ?? [])].map(ownText);
     return [...labels, field.getAttribute("aria-label") ?? "", ...named, field.placeholder ?? "",
       field.name ?? "", field.id ?? "", field.title ?? "", labels.length > 0 ? "" : nearbyText(field)];
@@ -140,15 +141,15 @@
   const canChange = (field) => !field.disabled && !field.readOnly && !field.matches(":disabled");
 
   function* fieldsBelow(root) {
-    for (const element of root.querySelectorAll("*")) {
+    for (const element of call(root, "querySelectorAll", "*")) {
       if (kindOf(element)) yield element;
-      const shadow = element.shadowRoot ?? element.openOrClosedShadowRoot;
+      const shadow = get(element, "shadowRoot") ?? get(element, "openOrClosedShadowRoot");
       if (shadow) yield* fieldsBelow(shadow);
     }
   }
 
   function formOf(field) {
-    for (let node = field; node; node = node.getRootNode().host) {
+    for (let node = field; node; node = get(node.getRootNode(), "host")) {
       const form = node.form ?? node.closest("form");
       if (form) return form;
     }
@@ -188,33 +189,45 @@
     }
   }
 
-  function focusedElement() {
-    let element = document.activeElement;
-    while (element?.shadowRoot?.activeElement) element = element.shadowRoot.activeElement;
-    return element;
+  function deepActiveElement(root) {
+    const element = get(root, "activeElement");
+    const shadow = element && get(element, "shadowRoot");
+    return shadow?.activeElement ? deepActiveElement(shadow) : element;
   }
+
+  function focusedElement() {
+    // The document of a frame keeps its own when the focus leaves the frame.
+    for (let frame = window; frame !== top; frame = frame.parent) {
+      if (deepActiveElement(frame.parent.document) !== frame.frameElement) return null;
+    }
+    return deepActiveElement(document);
+  }
+
+  // A frame in a form has forms of its own.
+  const isInForm = (focused, form) => focused !== null && form !== document &&
+    !call(focused, "matches", "iframe, frame") && formOf(focused) === form;
 
   // The forms of this document, each with its fields in their order. `index` names a field to
   // quenletFill() until the next search.
   function find() {
     const isFilled = (globalThis.quenletLastFill ?? []).length > 0;
-    const found = {language: document.documentElement.lang, isFilled, forms: []};
+    const found = {language: get(document, "documentElement").lang, isFilled, forms: []};
     globalThis.quenletFields = [];
-    if (!globalThis.quenletSight.isFrameOfPage()) return found;
+    if (!isFrameOfPage()) return found;
     const focused = focusedElement();
     const byForm = new Map();
     let looked = 0;
     for (const element of fieldsBelow(document)) {
       if (++looked > mostFields) break;
       const kind = kindOf(element);
-      if (!canChange(element) || !globalThis.quenletSight.isVisible(element)) continue;
+      if (!canChange(element) || !isVisible(element)) continue;
       const wish = wishOf(element, kind);
       if (!wish) continue;
       const isSure = (element.getAttribute("autocomplete") ?? "").includes(wish.token);
       const field = {...wish, kind, isSure, hasContent: hasContent(element, kind), index: globalThis.quenletFields.length};
       globalThis.quenletFields.push(element);
       const form = formOf(element);
-      if (!byForm.has(form)) byForm.set(form, {hasFocus: focused !== null && formOf(focused) === form && form !== document, fields: []});
+      if (!byForm.has(form)) byForm.set(form, {hasFocus: isInForm(focused, form), fields: []});
       byForm.get(form).fields.push(field);
       if (element === focused) byForm.get(form).hasFocus = true;
     }
