@@ -3,6 +3,8 @@ export const api = globalThis.browser ?? globalThis.chrome;
 
 const hostName = "org.quenlet.browser";
 
+class OtherVersion extends Error {}
+
 export class Agent {
   #port = api.runtime.connectNative(hostName);
   #waiting = new Map();
@@ -24,8 +26,10 @@ export class Agent {
     } catch (failure) {
       return {
         state: "noProgram",
-        sentence: "The browser could not start quenlet's program for it. Is the package quenlet-browser installed? " +
-          "A browser in a sandbox, such as a Flatpak or a snap, cannot start it.",
+        sentence: failure instanceof OtherVersion
+          ? "The extension and quenlet's program are of different versions. Update both, and start the browser again."
+          : "The browser could not start quenlet's program for it. Is the package quenlet-browser installed? " +
+            "A browser in a sandbox, such as a Flatpak or a snap, cannot start it.",
         notes: [failure.message],
         name: {}, emails: [], phones: [], addresses: [], leftOut: [],
       };
@@ -54,7 +58,7 @@ export class Agent {
     if (message.event === "changed") return this.#onChanged();
     const waiting = this.#waiting.get(message.id);
     this.#waiting.delete(message.id);
-    if (message.error) waiting?.reject(new Error(`quenlet's program is of another version: ${message.error}`));
+    if (message.error) waiting?.reject(new OtherVersion(`the program answers: ${message.error}`));
     else waiting?.resolve(message);
   }
 

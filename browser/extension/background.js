@@ -11,7 +11,14 @@ async function say(tab, text, title) {
   await api.action.setBadgeBackgroundColor({color: "#1a7f5a", tabId: tab.id});
   await api.action.setBadgeText({text, tabId: tab.id});
   if (title) await api.action.setTitle({title, tabId: tab.id});
-  setTimeout(() => api.action.setBadgeText({text: "", tabId: tab.id}).catch(() => {}), secondsOfBadge * 1000);
+  setTimeout(async () => {
+    try {
+      await api.action.setBadgeText({text: "", tabId: tab.id});
+      await api.action.setTitle({title: api.runtime.getManifest().action.default_title, tabId: tab.id});
+    } catch {
+      // The tab is closed.
+    }
+  }, secondsOfBadge * 1000);
 }
 
 // Where browsers do not let a program open the popup, the badge asks for a click on the button. Nobody is

@@ -2,6 +2,8 @@
 // entries' texts are not kept.
 import {api} from "./agent.js";
 
+const mostChoices = 32;
+
 // The page's own address is readable only after the click. Null where nothing is kept.
 export function siteOf(tab) {
   if (tab.incognito || !tab.url) return null;
@@ -16,7 +18,10 @@ export async function recall(tab) {
 
 export async function remember(tab, choices) {
   const site = siteOf(tab);
-  if (site && Object.keys(choices).length > 0) await api.storage.local.set({[site]: {...(await recall(tab)), ...choices}});
+  if (!site || Object.keys(choices).length === 0) return;
+  const all = Object.entries({...(await recall(tab)), ...choices});
+  // Groups are the page's own words, which it may change as it likes.
+  await api.storage.local.set({[site]: Object.fromEntries(all.slice(-mostChoices))});
 }
 
 export async function forget(tab) {

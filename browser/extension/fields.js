@@ -210,7 +210,7 @@
   // The forms of this document, each with its fields in their order. `index` names a field to
   // quenletFill() until the next search.
   function find() {
-    const isFilled = (globalThis.quenletLastFill ?? []).length > 0;
+    const isFilled = (globalThis.quenletFilled ?? []).length > 0;
     const found = {language: get(document, "documentElement").lang, isFilled, forms: []};
     globalThis.quenletFields = [];
     if (!isFrameOfPage()) return found;

@@ -30,7 +30,15 @@
     }
   }
 
-  // The one option that a candidate names: by value, then by name, then by a word of its name.
+  // "US United States (+1)" also names "US", "United States" and "+1".
+  function partsOf(text) {
+    return text.split(/[()[\]/|;:]|\s[–—-]\s/).map((part) => part.trim()).flatMap((part) => {
+      const [, before, name = part, after] = /^(\+\d+ |[A-Z]{2,3} )?(.+?)( \+\d+| [A-Z]{2,3})?$/.exec(part) ?? [];
+      return [part, before?.trim(), name, after?.trim()].filter(Boolean);
+    });
+  }
+
+  // The one option that a candidate names: by value, then by name, then by a part of its name.
   function optionFor(select, candidates) {
     const options = [...select.options].filter((option) => !option.disabled && option.value !== "");
     const only = (list) => (new Set(list.map((option) => option.value)).size === 1 ? list[0] : null);
@@ -42,16 +50,14 @@
       const option = exact(text);
       if (option) return option;
     }
-    const byWord = (text) => options.filter((option) => {
-      const label = ` ${option.text.replace(/[()[\],;:/–—-]/g, " ").replace(/\s+/g, " ")} `;
+    const byPart = (text) => options.filter((option) => partsOf(option.text)
       // Two letters are words of many languages; a code is in capitals.
-      return text.length <= 3 ? label.includes(` ${text} `) : plain(label).includes(plain(text));
-    });
+      .some((part) => (text.length <= 3 ? part === text : plain(part) === plain(text))));
     for (const text of candidates) {
-      const found = byWord(text);
+      const found = byPart(text);
       if (found.length > 1) {
         // "+1" of several countries: another candidate may name one of them.
-        const narrowed = found.filter((option) => candidates.some((other) => other !== text && byWord(other).includes(option)));
+        const narrowed = found.filter((option) => candidates.some((other) => other !== text && byPart(other).includes(option)));
         if (only(narrowed)) return narrowed[0];
       } else if (only(found)) {
         return found[0];
@@ -73,37 +79,48 @@
       (part === ".jpg" && ending === ".jpeg"));
   }
 
-  // Returns what has become of the field: "filled", or why not.
+  // Returns what has become of the field: {outcome: "filled", shown}, or why not.
   function put(field, kind, wanted) {
+    let shown;
     if (kind === "file") {
-      if (!wanted.picture || !acceptsType(field, wanted.picture.type)) return "doesNotFit";
+      if (!wanted.picture || !acceptsType(field, wanted.picture.type)) return {outcome: "doesNotFit"};
       const transfer = new DataTransfer();
       transfer.items.add(fileOf(wanted.picture));
       field.files = transfer.files;
+      shown = transfer.files[0].name;
     } else if (kind === "select") {
       const option = optionFor(field, wanted.candidates);
-      if (!option) return "noSuchChoice";
+      if (!option) return {outcome: "noSuchChoice"};
       field.selectedIndex = option.index;
+      shown = option.text;
     } else {
       const text = wanted.candidates.find((candidate) => fits(field, candidate));
-      if (text === undefined) return "doesNotFit";
+      if (text === undefined) return {outcome: "doesNotFit"};
       field.value = text;
+      shown = text;
     }
     tell(field, kind);
-    return "filled";
+    return {outcome: "filled", shown};
   }
 
+  const filledSoFar = () => globalThis.quenletFilled ?? [];
   const stateOf = (field, kind) => kind === "file" ? String(field.files.length) : kind === "select" ? field.selectedIndex : field.value;
 
   function mark(field) {
     const former = [field.style.getPropertyValue("outline"), field.style.getPropertyPriority("outline")];
     field.style.setProperty("outline", markStyle, "important");
     const unmark = () => field.style.setProperty("outline", ...former);
-    field.addEventListener("input", (event) => event.isTrusted && unmark(), {once: true});
+    const hand = new AbortController();
+    field.addEventListener("input", (event) => {
+      if (!event.isTrusted) return;
+      unmark();
+      hand.abort();
+    }, {signal: hand.signal});
     return unmark;
   }
 
-  // `wishes`: [{index, candidates} or {index, picture}]. Resolves to [{index, outcome}].
+  // `wishes`: [{index, candidates} or {index, picture}]. Resolves to [{index, outcome, shown}], where
+  // `shown` is what a field was filled with.
   async function fill(wishes) {
     const {hasContent, kindOf, canChange} = globalThis.quenletFind;
     const done = [];
@@ -118,27 +135,30 @@
         continue;
       }
       const before = stateOf(field, kind);
-      const outcome = put(field, kind, wanted);
-      results.push({index: wanted.index, outcome});
-      if (outcome === "filled") done.push({field, kind, before, after: stateOf(field, kind), result: results.at(-1)});
+      const result = {index: wanted.index, ...put(field, kind, wanted)};
+      results.push(result);
+      if (result.outcome === "filled") done.push({field, kind, before, after: stateOf(field, kind), result});
     }
-    globalThis.quenletLastFill = done;
+    const filled = [...filledSoFar().filter(({field}) => !done.some((entry) => entry.field === field)), ...done];
+    globalThis.quenletFilled = filled;
     await new Promise((resolve) => setTimeout(resolve, settlingMilliseconds));
-    if (globalThis.quenletLastFill !== done) return results; // taken back already
+    if (globalThis.quenletFilled !== filled) return results; // taken back already
     for (const entry of done) {
       // A page may write what came in its own way, or throw it out.
       entry.after = stateOf(entry.field, entry.kind);
       if (entry.after === entry.before) entry.result.outcome = "refused";
       else entry.unmark = mark(entry.field);
     }
-    globalThis.quenletLastFill = done.filter((entry) => entry.result.outcome === "filled");
+    globalThis.quenletFilled = filled.filter((entry) => entry.result.outcome === "filled");
     return results;
   }
 
-  // Takes the last fill back where nobody has changed it since. Returns the number of fields.
-  function undo() {
+  // Takes back what was filled where nobody has changed it since, all or only the fields of these indices.
+  // Returns the number of fields.
+  function undo(indices) {
+    const isMeant = ({field}) => !indices || indices.some((index) => globalThis.quenletFields[index] === field);
     let undone = 0;
-    for (const {field, kind, before, after, unmark} of globalThis.quenletLastFill ?? []) {
+    for (const {field, kind, before, after, unmark} of filledSoFar().filter(isMeant)) {
       unmark?.();
       if (stateOf(field, kind) !== after) continue;
       if (kind === "file") field.value = "";
@@ -147,7 +167,7 @@
       tell(field, kind);
       undone += 1;
     }
-    globalThis.quenletLastFill = [];
+    globalThis.quenletFilled = filledSoFar().filter((entry) => !isMeant(entry));
     return undone;
   }
 

@@ -18,12 +18,16 @@ export async function lookAtPage(tab) {
   return {form: formInFront(frames), isFilled: frames.some(({result}) => result?.isFilled)};
 }
 
-// [{index, outcome}], see filler.js. Only what the wishes say reaches the page.
-export async function fillForm(tab, form, wishes) {
+// [{index, outcome, shown}], see filler.js. Only what the wishes say reaches the page. What is in the fields of
+// `former` wishes is taken back before.
+export async function fillForm(tab, form, wishes, former = []) {
   const [{result}] = await api.scripting.executeScript({
     target: {tabId: tab.id, frameIds: [form.frameId]},
-    func: (given) => globalThis.quenletFill.fill(given),
-    args: [wishes],
+    func: (given, indices) => {
+      globalThis.quenletFill.undo(indices);
+      return globalThis.quenletFill.fill(given);
+    },
+    args: [wishes, former.map(({index}) => index)],
   });
   return result ?? [];
 }

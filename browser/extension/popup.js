@@ -37,12 +37,13 @@ function element(name, {text, ...attributes} = {}, children = []) {
   return made;
 }
 
-let tab, card, form, questions = [];
+// `card` is the one that the questions are about, `filled` the wishes that were filled last.
+let tab, card, form, questions = [], filled = null;
 
 const groupName = (group) => group.replace(/section-/g, "");
 const choices = () => Object.fromEntries(questions.map(({id}) => [id, Number(at(`question ${id}`).value)]));
 
-function showState() {
+function showState(card) {
   const isWell = card.state === "ready" && card.notes.length === 0;
   const sentences = [card.sentence, ...card.notes].filter(Boolean);
   at("state").replaceChildren(...sentences.map((text) => element("p", {text})));
@@ -64,12 +65,12 @@ function showQuestions() {
 }
 
 // What would be filled in, or what has become of it.
-function showFields(fields, outcomes = new Map()) {
+function showFields(fields, outcomes) {
   at("fields").replaceChildren(...fields.map(({token, group, index, shown, why}) => {
-    const outcome = outcomes.get(index);
-    const reason = why ?? (outcome && outcome !== "filled" ? outcome : null);
+    const {outcome, shown: put} = outcomes?.get(index) ?? {outcome: "gone"};
+    const reason = why ?? (outcomes && outcome !== "filled" ? outcome : null);
     const name = [tokenNames[token], groupName(group)].filter(Boolean).join(", ");
-    const text = reason ? reasons[reason] : shown ?? "";
+    const text = reason ? reasons[reason] : put ?? shown ?? "";
     return element("li", {text: `${name}: `}, [element("span", {class: reason ? "why" : "value", text})]);
   }));
 }
@@ -88,12 +89,13 @@ async function fill(event) {
   const chosen = choices();
   const {wishes, fields} = planFor(form, card, chosen);
   try {
-    const outcomes = new Map((await fillForm(tab, form, wishes)).map(({index, outcome}) => [index, outcome]));
-    const filled = [...outcomes.values()].filter((outcome) => outcome === "filled").length;
-    showFields(fields, outcomes);
+    const results = await fillForm(tab, form, wishes, filled ?? []);
+    const number = results.filter(({outcome}) => outcome === "filled").length;
+    filled = wishes;
+    showFields(fields, new Map(results.map((result) => [result.index, result])));
     at("fill-button").textContent = "Filled";
-    say(`Filled ${counted(filled, "field")}.`);
-    show("undo", filled > 0);
+    say(`Filled ${counted(number, "field")}.`);
+    if (number > 0) show("undo");
     if (at("remember").checked) {
       await remember(tab, Object.fromEntries(questions.map(({id, keys}) => [id, keys[chosen[id]]])));
       show("forget", questions.length > 0 && siteOf(tab) !== null);
@@ -116,7 +118,7 @@ function entryLine({shown, label, source, until}) {
   return element("li", {}, parts);
 }
 
-function showCard() {
+function showCard(card) {
   const {name, emails, phones, addresses, picture} = card;
   const parts = [at("card-title")];
   if (picture) {
@@ -130,7 +132,7 @@ function showCard() {
   show("card", parts.length > 1);
 }
 
-function showLeftOut() {
+function showLeftOut(card) {
   const list = at("left-out").querySelector("details");
   list.replaceChildren(at("left-out-title"), ...card.leftOut.flatMap(({title, advice, values}) => [
     element("h3", {text: title}),
@@ -157,24 +159,35 @@ async function look() {
 }
 
 async function showAll(agent) {
-  card = await agent.card();
-  questions = await questionsFor(form, card, await recall(tab));
-  showState();
-  showCard();
-  showLeftOut();
-  showQuestions();
-  if (form) showPlan();
+  const latest = await agent.card();
+  showState(latest);
+  showCard(latest);
+  showLeftOut(latest);
+  if (!filled) await ask(latest);
   document.body.removeAttribute("aria-busy");
+}
+
+// What was chosen already stays chosen.
+async function ask(latest) {
+  const remembered = await recall(tab);
+  const chosenNow = Object.fromEntries(questions.map(({id, keys}) => [id, keys[choices()[id]]]));
+  const next = await questionsFor(form, latest, remembered, chosenNow);
+  card = latest;
+  const asked = (list) => JSON.stringify(list.map(({id, entries}) => [id, entries]));
+  if (asked(next) !== asked(questions)) {
+    questions = next;
+    showQuestions();
+  }
+  if (form) showPlan();
 }
 
 async function start() {
   tab = await currentTab();
-  const agent = new Agent(() => showAll(agent));
-  await look();
-  await showAll(agent);
+  const agent = new Agent(() => showAll(agent).catch(fail));
   at("fill").addEventListener("submit", fill);
   at("undo").addEventListener("click", async () => {
     say(`Emptied ${counted(await undoFill(tab), "field")} again.`);
+    filled = null;
     await look();
     await showAll(agent);
   });
@@ -183,8 +196,15 @@ async function start() {
     say("The choice for this site is forgotten.");
     show("forget", false);
   });
+  await look();
+  await showAll(agent);
   at("fill-button").focus();
   if (card.state !== "noProgram") await agent.watch();
 }
 
-await start();
+function fail(failure) {
+  say(`Something went wrong here: ${failure.message}`);
+  document.body.removeAttribute("aria-busy");
+}
+
+await start().catch(fail);
