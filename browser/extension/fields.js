@@ -16,6 +16,9 @@
     "country", "country-name", "photo"]);
   const contactHints = new Set(["home", "work", "mobile", "fax", "pager"]);
   const addressTokens = /^(street|address|postal|country|house)/;
+  // They are the page's own texts, and reach the popup.
+  const sectionName = /^section-[\w-]{1,30}$/;
+  const mostGroups = 8;
   const textTypes = new Set(["text", "email", "tel", "search", "number"]);
 
   const normalized = (text) => text.normalize("NFKD").replace(/\p{M}/gu, "")
@@ -24,29 +27,51 @@
   const isJapanese = (word) => /[\p{Script=Han}\p{Script=Hiragana}\p{Script=Katakana}]/u.test(word);
   const listOf = (table) => Object.values(table).flat().map(normalized);
   const hasWord = (text, list) => list.some((word) =>
-    isJapanese(word) ? text.includes(word) : ` ${text} `.includes(` ${word} `));
+    isJapanese(word) && word.length > 1 ? text.includes(word) : ` ${text} `.includes(` ${word} `));
 
   const never = listOf(words.never);
+  const logins = listOf(words.logins);
   const besides = new Set([...listOf(words.besides), ...listOf(words.groups.shipping), ...listOf(words.groups.billing)]);
   const rows = words.fields.map(([token, table]) => [token, listOf(table)]);
-  const groups = Object.entries(words.groups).map(([name, table]) => [name, listOf(table)]);
+  const listsOf = (tables) => Object.entries(tables).map(([name, table]) => [name, listOf(table)]);
+  const groups = listsOf(words.groups);
+  const hints = listsOf(words.hints);
+  const prompts = listOf(words.prompts);
+
+  const wordsFor = (token) => rows.find(([name]) => name === token)[1];
+  const without = (text, list) => list.reduce((rest, word) => ` ${rest} `.replace(` ${word} `, " ").trim(), text);
+  const alone = (text) => text.split(" ").filter((word) => !besides.has(word)).join(" ");
+
+  // What several words in one text mean together, which may be another thing than the first of them.
+  function joinedToken(token, text) {
+    const rest = without(text, wordsFor(token));
+    if (token === "name") {
+      const hasGiven = hasWord(rest, wordsFor("given-name"));
+      const hasFamily = hasWord(rest, wordsFor("family-name"));
+      // "Recipient's first name", but not "name, surname".
+      if (hasGiven !== hasFamily) return hasGiven ? "given-name" : "family-name";
+    }
+    if (token === "given-name" && hasWord(rest, wordsFor("family-name"))) return "name";
+    // "Street and house number", but not "street number".
+    if (token === "house-number" && hasWord(rest, wordsFor("street-address"))) return "street-address";
+    return token;
+  }
 
   // The token that a text of a page speaks of, or nothing.
   function tokenOfText(raw) {
     const text = normalized(raw);
     if (!text) return null;
-    for (const [token, list] of rows) {
-      if (token !== "name alone") {
-        if (hasWord(text, list)) return token;
-      } else if (list.includes(text.split(" ").filter((word) => !besides.has(word)).join(" "))) {
-        return "name";
-      }
+    for (const [row, list] of rows) {
+      const token = row.replace(" alone", "");
+      if (token !== row ? list.includes(alone(text)) : hasWord(text, list)) return joinedToken(token, text);
     }
     return null;
   }
 
+  const isForbidden = (text, list = [...never, ...logins]) => hasWord(normalized(text), list);
+
   // As tokenOfText(), nothing for texts that no field may have.
-  const tokenOfField = (text) => (hasWord(normalized(text), never) ? null : tokenOfText(text));
+  const tokenOfField = (text) => (isForbidden(text) ? null : tokenOfText(text));
 
   // {token, group, hint} of an autocomplete attribute; null when it says nothing of use, false when it
   // asks for something that is not on the card.
@@ -56,7 +81,7 @@
     if (parts.length === 0 || parts.at(-1) === "on" || parts.at(-1) === "off") return null;
     const token = parts.pop();
     const hint = contactHints.has(parts.at(-1)) ? parts.pop() : "";
-    const group = parts.filter((part) => part === "shipping" || part === "billing" || part.startsWith("section-"));
+    const group = parts.filter((part) => part === "shipping" || part === "billing" || sectionName.test(part));
     if (tokens.has(token)) return {token, hint, group: group.join(" ")};
     // Pages also write words of their own, which say nothing.
     const isStandard = /^(cc-|bday|sex$|organization|username$|(new|current)-password$|one-time-code$|transaction-|language$|url$|impp$)/;
@@ -115,6 +140,8 @@
     return textTypes.has(field.type) ? "input" : null;
   }
 
+  const hintOf = (text) => hints.find(([, list]) => hasWord(normalized(text), list))?.[0] ?? "";
+
   // {token, group, hint}, or null for a field that the card cannot fill.
   function wishOf(field, kind) {
     const read = readAutocomplete(field.getAttribute("autocomplete") ?? "");
@@ -122,11 +149,15 @@
     const texts = textsOf(field);
     if (read) return kind === "file" && read.token !== "photo" ? null : {...read, group: read.group || groupByWords(field, texts)};
     const group = groupByWords(field, texts);
-    if (kind === "input" && field.type === "email") return {token: "email", hint: "", group};
-    if (texts.some((text) => hasWord(normalized(text), never))) return null;
-    const token = texts.map(tokenOfText).find(Boolean) ?? (field.type === "tel" ? "tel" : null);
+    const isEmail = kind === "input" && field.type === "email";
+    // One logs in with an e-mail address, too.
+    if (texts.some((text) => isForbidden(text, isEmail ? never : undefined))) return null;
+    // Pages also take this type for the digits that its keyboard has.
+    const isPhone = field.type === "tel" && !texts.some((text) => /\p{L}/u.test(text) && !hintOf(text));
+    const telling = texts.find(tokenOfText) ?? texts.find(Boolean) ?? "";
+    const token = isEmail ? "email" : tokenOfText(telling) ?? (isPhone ? "tel" : null);
     if (!token || (kind === "file") !== (token === "photo")) return null;
-    return {token, hint: "", group};
+    return {token, hint: token === "email" || token === "tel" ? hintOf(telling) : "", group};
   }
 
   function hasContent(field, kind) {
@@ -135,15 +166,22 @@
     // The first option is what a page that says nothing starts with.
     const option = field.selectedOptions[0];
     if (!option || option.value === "" || option.disabled) return false;
-    return field.selectedIndex !== 0 || option.hasAttribute("selected");
+    if (field.selectedIndex !== 0) return true;
+    const text = normalized(option.text);
+    const isPrompt = /^\s*[-–—]/.test(option.text) || hasWord(text, prompts.filter((word) => text.startsWith(word)));
+    return option.hasAttribute("selected") && !isPrompt;
   }
 
   const canChange = (field) => !field.disabled && !field.readOnly && !field.matches(":disabled");
 
+  // Extensions also see those that pages closed.
+  const shadowOf = (element) => get(element, "shadowRoot") ?? get(element, "openOrClosedShadowRoot") ??
+    (element instanceof HTMLElement ? globalThis.chrome?.dom?.openOrClosedShadowRoot(element) : null);
+
   function* fieldsBelow(root) {
     for (const element of call(root, "querySelectorAll", "*")) {
       if (kindOf(element)) yield element;
-      const shadow = get(element, "shadowRoot") ?? get(element, "openOrClosedShadowRoot");
+      const shadow = shadowOf(element);
       if (shadow) yield* fieldsBelow(shadow);
     }
   }
@@ -163,35 +201,65 @@
       const has = (token) => members.some((field) => field.token === token);
       const hasGiven = has("given-name");
       const hasFamily = has("family-name");
+      const hasCity = has("address-level2");
       for (const field of members) {
         if (field.isSure) continue;
         if (field.token === "name" && hasGiven && !hasFamily) field.token = "family-name";
         if (field.token === "name" && hasFamily && !hasGiven) field.token = "given-name";
         if (field.token === "street-address" && has("address-line2")) field.token = "address-line1";
+        if (field.token === "address-level3" && !hasCity) field.token = "address-level2";
         if (field.token === "tel" && has("tel-country-code")) field.token = "tel-national";
       }
     }
   }
 
-  // A second city in one form begins a second address.
+  // A second surname, where people have two: the card does not know which is which.
+  const isSecondSurname = (field, before) => field.token === "family-name" && before?.token === "family-name" &&
+    before.group === field.group;
+
+  // Fields that say nothing belong to the only address that the form names, unless they repeat it.
+  function fold(fields) {
+    const ofAddress = fields.filter((field) => addressTokens.test(field.token));
+    const [name, ...others] = new Set(ofAddress.map((field) => field.group).filter(Boolean));
+    if (!name || others.length > 0) return;
+    const named = new Set(ofAddress.filter((field) => field.group).map((field) => field.token));
+    const unnamed = ofAddress.filter((field) => !field.group);
+    if (unnamed.some((field) => named.has(field.token))) return;
+    for (const field of unnamed) field.group = name;
+  }
+
+  // A second address begins where fields repeat, and among them the street or the postcode.
   function separate(fields) {
-    const seen = new Map();
-    for (const field of fields) {
-      if (!addressTokens.test(field.token) || field.isSure) continue;
-      const known = seen.get(field.group) ?? {tokens: new Set(), number: 1};
-      if (known.tokens.has(field.token)) {
-        known.number += 1;
-        known.tokens.clear();
+    const ofAddress = fields.filter((field) => addressTokens.test(field.token) && !field.isSure);
+    for (const members of Map.groupBy(ofAddress, (field) => field.group).values()) {
+      const seen = new Set();
+      let number = 1;
+      for (const [place, field] of members.entries()) {
+        const repeats = ({token}) => /^(street|postal)/.test(token) && seen.has(token);
+        if (seen.has(field.token) && members.slice(place).some(repeats)) {
+          number += 1;
+          seen.clear();
+        }
+        seen.add(field.token);
+        if (number > 1) field.group = `${field.group} ${number}`.trim();
       }
-      known.tokens.add(field.token);
-      seen.set(field.group, known);
-      if (known.number > 1) field.group = `${field.group} ${known.number}`.trim();
     }
+  }
+
+  function arrange(fields) {
+    for (const [place, field] of fields.entries()) {
+      if (field.token === "country code") field.token = fields[place + 1]?.token === "tel" ? "tel-country-code" : "country";
+    }
+    fold(fields);
+    separate(fields);
+    settle(fields);
+    const groupNames = [...new Set(fields.map((field) => field.group))].slice(0, mostGroups);
+    return fields.filter((field, place) => groupNames.includes(field.group) && !isSecondSurname(field, fields[place - 1]));
   }
 
   function deepActiveElement(root) {
     const element = get(root, "activeElement");
-    const shadow = element && get(element, "shadowRoot");
+    const shadow = element && shadowOf(element);
     return shadow?.activeElement ? deepActiveElement(shadow) : element;
   }
 
@@ -232,8 +300,7 @@
       if (element === focused) byForm.get(form).hasFocus = true;
     }
     for (const form of byForm.values()) {
-      separate(form.fields);
-      settle(form.fields);
+      form.fields = arrange(form.fields);
       found.forms.push(form);
     }
     return found;

@@ -2,26 +2,61 @@
 // script, which is injected into pages and may be so several times.
 //
 // Rows are tried in their order, so "e-mail address" comes before "address". A word matches whole words
-// of a text; one in Japanese matches anywhere. Texts and words are compared in lower case, without
-// accents, with a blank between "billing" and "City" of "billingCity" and before the digit of "line1".
+// of a text; one in Japanese with several characters matches anywhere. Texts and words are
+// compared in lower case, without accents, with a blank between "billing" and "City" of "billingCity" and before the digit of "line1".
 globalThis.quenletWords = {
-  // A field with one of these is never filled, whatever else it says.
+  // A field with one of these is never filled, whatever else it says: they are about other people and things.
   never: {
-    en: ["card", "cardholder", "cc", "cvc", "iban", "account number", "password", "captcha", "coupon",
-      "voucher", "gift", "search", "username", "user name", "login", "birth", "company", "organisation",
-      "organization", "job", "file name", "friend", "comment", "message", "subject", "website", "url",
-      "vat", "tax", "ip", "leave blank", "leave empty", "do not fill", "honeypot"],
-    de: ["karte", "karteninhaber", "karteninhabers", "kontoinhaber", "kontonummer", "passwort", "kennwort", "gutschein", "suche", "firma",
-      "unternehmen", "benutzername", "geburt", "geburtsdatum", "nachricht", "betreff", "nicht ausfüllen"],
-    fr: ["carte", "titulaire", "mot de passe", "société", "entreprise", "identifiant", "naissance",
-      "recherche", "commentaire", "code promo", "ne pas remplir"],
-    es: ["tarjeta", "contraseña", "empresa", "usuario", "nacimiento", "buscar", "cupón", "mensaje"],
-    it: ["carta", "azienda", "utente", "nascita", "cerca", "codice fiscale", "messaggio"],
-    pt: ["cartão", "senha", "empresa", "usuário", "nascimento", "pesquisa", "mensagem", "cpf"],
-    nl: ["kaart", "wachtwoord", "bedrijf", "bedrijfsnaam", "gebruikersnaam", "geboortedatum", "zoeken"],
-    pl: ["karta", "karty", "hasło", "firma", "nazwa firmy", "login", "urodzenia", "szukaj", "nip"],
-    sv: ["kort", "kortnummer", "lösenord", "företag", "användarnamn", "födelsedatum", "sök"],
-    ja: ["カード", "パスワード", "会社", "ユーザー名", "生年月日", "検索", "フリガナ", "ふりがな", "カナ"],
+    en: ["card", "cardholder", "cardnumber", "cc", "cvc", "cvv", "iban", "bic", "account number", "password", "captcha",
+      "coupon", "voucher", "gift", "promo", "discount", "search", "birth", "company", "organisation", "organization", "job",
+      "file name", "comment", "message", "subject", "website", "url", "vat", "tax", "ip", "mac", "wallet", "bitcoin", "crypto",
+      "leave blank", "leave empty", "do not fill", "honeypot", "fax", "telefax", "expiry", "expiration", "expires", "exp",
+      "verification code", "security code", "access code", "confirmation code", "otp", "one time", "pin", "ssn", "amount", "quantity",
+      "price", "emergency", "friend", "spouse", "partner", "husband", "wife", "child", "children", "son s", "daughter", "mother",
+      "father", "parent", "guardian", "next of kin", "employer", "school", "university", "college", "photo id", "id photo",
+      "id number", "passport", "licence", "license", "damage", "receipt", "document", "pay", "contact via"],
+    de: ["karte", "kartennummer", "karteninhaber", "karteninhabers", "kontoinhaber", "kontonummer", "passwort", "kennwort",
+      "gutschein", "suche", "firma", "unternehmen", "geburt", "geburtsdatum", "nachricht", "betreff", "nicht ausfüllen",
+      "gültig", "ablaufdatum", "prüfziffer", "sicherheitscode", "bestätigungscode", "betrag", "menge", "preis", "steuernummer",
+      "notfall", "notfallkontakt", "notfallnummer", "ehepartner", "kind", "kindes", "kinder", "mutter", "vater",
+      "arbeitgeber", "schule", "ausweis", "ausweisfoto", "schaden", "schadens"],
+    fr: ["carte", "titulaire", "mot de passe", "société", "entreprise", "naissance", "recherche", "commentaire",
+      "code promo", "ne pas remplir", "expiration", "montant", "quantité", "prix", "code de vérification", "urgence",
+      "conjoint", "enfant", "mère", "père", "employeur", "école", "pièce d identité", "dégâts"],
+    es: ["tarjeta", "contraseña", "empresa", "nacimiento", "buscar", "cupón", "mensaje", "caducidad", "importe",
+      "cantidad", "precio", "código de verificación", "emergencia", "cónyuge", "hijo", "hija", "madre", "padre", "escuela",
+      "dni", "daños"],
+    it: ["carta", "azienda", "nascita", "cerca", "codice fiscale", "messaggio", "scadenza", "importo", "quantità",
+      "prezzo", "codice di verifica", "emergenza", "coniuge", "figlio", "figlia", "madre", "padre", "scuola",
+      "documento", "danni"],
+    pt: ["cartão", "senha", "empresa", "nascimento", "pesquisa", "mensagem", "cpf", "validade", "valor", "quantidade",
+      "preço", "código de verificação", "emergência", "cônjuge", "filho", "filha", "mãe", "pai", "escola", "documento"],
+    nl: ["kaart", "kaartnummer", "wachtwoord", "bedrijf", "bedrijfsnaam", "geboortedatum", "zoeken", "vervaldatum", "bedrag",
+      "aantal", "prijs", "verificatiecode", "noodgeval", "noodcontact", "echtgenoot", "kind", "moeder", "vader",
+      "werkgever", "school", "schade"],
+    pl: ["karta", "karty", "hasło", "firma", "nazwa firmy", "urodzenia", "szukaj", "nip", "pesel", "ważności", "kwota",
+      "ilość", "cena", "kod weryfikacyjny", "nagłych", "małżonka", "dziecka", "matki", "ojca", "pracodawca", "szkoła"],
+    sv: ["kort", "kortnummer", "lösenord", "företag", "födelsedatum", "sök", "belopp", "antal", "pris",
+      "verifieringskod", "personnummer", "nödfall", "anhörig", "maka", "barnets", "mors", "fars", "vårdnadshavare", "arbetsgivare", "skola"],
+    ja: ["カード", "パスワード", "会社", "生年月日", "検索", "フリガナ", "ふりがな", "カナ", "かな", "有効期限", "金額",
+      "数量", "認証コード", "確認コード", "暗証", "緊急", "配偶者", "お子様", "保護者", "勤務先", "学校", "ファックス"],
+    hu: ["kártya", "kártyaszám", "bankkártya", "jelszó", "cég", "cégnév", "adószám", "születési", "keresés", "kupon",
+      "megjegyzés", "üzenet", "lejárat", "összeg", "mennyiség", "vészhelyzet", "házastárs", "gyermek", "anyja", "apja",
+      "munkáltató", "iskola"],
+  },
+  // Nor is one with these, unless its type is that of an e-mail address.
+  logins: {
+    en: ["username", "user name", "login", "user id", "userid"],
+    de: ["benutzername"],
+    fr: ["identifiant"],
+    es: ["usuario"],
+    it: ["utente"],
+    pt: ["usuário"],
+    nl: ["gebruikersnaam"],
+    pl: ["użytkownika"],
+    sv: ["användarnamn"],
+    ja: ["ユーザー名"],
+    hu: ["felhasználónév"],
   },
   fields: [
     ["email", {
@@ -35,18 +70,20 @@ globalThis.quenletWords = {
       pl: ["adres email", "poczta elektroniczna"],
       sv: ["e post", "epost", "e postadress", "mejladress"],
       ja: ["メール", "電子メール"],
+      hu: ["e mail cím", "e mail címe"],
     }],
     ["tel-country-code", {
       en: ["country calling code", "dial code", "dialing code", "calling code", "phone country"],
       de: ["ländervorwahl", "landesvorwahl"],
       fr: ["indicatif"],
-      es: ["prefijo", "código de país"],
+      es: ["prefijo", "código de país", "código del país"],
       it: ["prefisso"],
       pt: ["indicativo", "código do país", "ddi"],
       nl: ["landnummer"],
       pl: ["numer kierunkowy", "kierunkowy"],
       sv: ["landsnummer"],
       ja: ["国番号"],
+      hu: ["országhívó", "országkód"],
     }],
     ["tel", {
       en: ["phone", "telephone", "tel", "mobile", "cell", "cellphone", "phone number", "phonenumber"],
@@ -59,6 +96,7 @@ globalThis.quenletWords = {
       pl: ["telefon", "telefonu", "komórka", "numer telefonu"],
       sv: ["telefon", "telefonnummer", "mobilnummer", "mobiltelefon"],
       ja: ["電話", "携帯"],
+      hu: ["telefon", "telefonszám", "mobilszám"],
     }],
     ["photo", {
       en: ["photo", "picture", "avatar", "profile image", "portrait"],
@@ -71,18 +109,17 @@ globalThis.quenletWords = {
       pl: ["zdjęcie", "zdjęcie profilowe"],
       sv: ["bild", "profilbild", "foto"],
       ja: ["写真", "画像"],
+      hu: ["fénykép", "profilkép"],
     }],
     ["honorific-prefix", {
-      en: ["title", "salutation", "honorific"],
-      de: ["anrede", "titel"],
+      en: ["salutation", "honorific"],
+      de: ["anrede"],
       fr: ["civilité"],
       es: ["tratamiento"],
-      it: ["titolo"],
       pt: ["tratamento"],
       nl: ["aanhef"],
-      pl: ["tytuł"],
-      sv: ["titel"],
       ja: ["敬称"],
+      hu: ["megszólítás"],
     }],
     ["nickname", {
       en: ["nickname", "nick name", "display name", "displayname", "preferred name"],
@@ -95,6 +132,7 @@ globalThis.quenletWords = {
       pl: ["pseudonim"],
       sv: ["smeknamn"],
       ja: ["ニックネーム"],
+      hu: ["becenév"],
     }],
     ["name", {
       en: ["full name", "fullname", "your name", "first and last name", "recipient"],
@@ -106,7 +144,8 @@ globalThis.quenletWords = {
       nl: ["volledige naam", "voor en achternaam"],
       pl: ["imię i nazwisko", "imie i nazwisko"],
       sv: ["för och efternamn", "fullständigt namn"],
-      ja: ["氏名", "お名前", "フルネーム"],
+      ja: ["氏名", "姓名", "お名前", "フルネーム"],
+      hu: ["teljes név", "családi és utónév"],
     }],
     ["given-name", {
       en: ["first name", "firstname", "given name", "givenname", "forename", "fname"],
@@ -118,7 +157,8 @@ globalThis.quenletWords = {
       nl: ["voornaam"],
       pl: ["imię", "imiona"],
       sv: ["förnamn"],
-      ja: ["下の名前"],
+      ja: ["下の名前", "名"],
+      hu: ["keresztnév", "utónév"],
     }],
     ["family-name", {
       en: ["last name", "lastname", "family name", "familyname", "surname", "lname"],
@@ -131,6 +171,7 @@ globalThis.quenletWords = {
       pl: ["nazwisko"],
       sv: ["efternamn"],
       ja: ["姓", "苗字", "名字"],
+      hu: ["vezetéknév", "családnév"],
     }],
     ["house-number", {
       en: ["house number", "street number", "building number", "housenumber"],
@@ -143,6 +184,7 @@ globalThis.quenletWords = {
       pl: ["numer domu", "nr domu"],
       sv: ["husnummer"],
       ja: [],
+      hu: ["házszám"],
     }],
     ["address-line2", {
       en: ["address line 2", "address 2", "line 2", "addr 2", "street 2", "apartment", "apt", "suite", "unit"],
@@ -155,6 +197,7 @@ globalThis.quenletWords = {
       pl: ["numer mieszkania", "nr lokalu", "adres 2"],
       sv: ["c o", "adressrad 2", "lägenhetsnummer"],
       ja: ["建物", "マンション", "住所 2"],
+      hu: ["emelet", "ajtó"],
     }],
     ["address-line3", {
       en: ["address line 3", "address 3", "line 3"],
@@ -179,9 +222,18 @@ globalThis.quenletWords = {
       pl: ["kod pocztowy"],
       sv: ["postnummer"],
       ja: ["郵便番号"],
+      hu: ["irányítószám"],
+    }],
+    // Without a field for the city beside it, it is that.
+    ["address-level3", {
+      en: ["suburb"],
+      de: ["ortsteil", "stadtteil"],
+      es: ["colonia", "barrio"],
+      pt: ["bairro"],
+      pl: ["dzielnica"],
     }],
     ["address-level2", {
-      en: ["city", "town", "locality", "suburb", "village"],
+      en: ["city", "town", "locality", "village"],
       de: ["ort", "stadt", "wohnort"],
       fr: ["ville", "commune", "localité"],
       es: ["ciudad", "localidad", "población", "municipio"],
@@ -191,6 +243,16 @@ globalThis.quenletWords = {
       pl: ["miasto", "miejscowość"],
       sv: ["ort", "postort", "stad"],
       ja: ["市区町村", "市町村", "市区"],
+      hu: ["város", "település", "helység"],
+    }],
+    // Before a phone number it is that of telephones.
+    ["country code", {
+      en: ["country code", "countrycode"],
+      de: ["ländercode", "länderkennung"],
+      fr: ["code pays"],
+      nl: ["landcode"],
+      pl: ["kod kraju"],
+      sv: ["landskod"],
     }],
     ["country-name", {
       en: ["country"],
@@ -203,6 +265,7 @@ globalThis.quenletWords = {
       pl: ["kraj", "państwo"],
       sv: ["land"],
       ja: ["国名", "国籍", "国・地域"],
+      hu: ["ország"],
     }],
     ["address-level1", {
       en: ["state", "province", "region", "county"],
@@ -215,20 +278,44 @@ globalThis.quenletWords = {
       pl: ["województwo"],
       sv: ["län", "landskap"],
       ja: ["都道府県"],
+      hu: ["megye"],
+    }],
+    // With one of these and a word for the house number a field wants both.
+    ["street-address", {
+      en: ["street", "street address", "streetaddress"],
+      de: ["straße", "strasse"],
+      fr: ["rue", "voie"],
+      es: ["calle"],
+      it: ["via"],
+      pt: ["rua", "logradouro"],
+      nl: ["straat", "straatnaam"],
+      pl: ["ulica"],
+      sv: ["gata", "gatuadress"],
+      ja: ["番地", "丁目"],
+      hu: ["utca"],
     }],
     ["street-address", {
-      en: ["street", "street address", "address", "address line 1", "addr", "streetaddress"],
-      de: ["straße", "strasse", "anschrift", "adresse"],
-      fr: ["rue", "adresse", "voie"],
-      es: ["calle", "dirección", "domicilio"],
-      it: ["via", "indirizzo"],
-      pt: ["rua", "endereço", "morada", "logradouro"],
-      nl: ["straat", "straatnaam", "adres"],
-      pl: ["ulica", "adres"],
-      sv: ["gata", "gatuadress", "adress"],
-      ja: ["住所", "番地", "丁目"],
+      en: ["address", "address line 1", "addr"],
+      de: ["anschrift", "adresse"],
+      fr: ["adresse"],
+      es: ["dirección", "domicilio"],
+      it: ["indirizzo"],
+      pt: ["endereço", "morada"],
+      nl: ["adres"],
+      pl: ["adres"],
+      sv: ["adress"],
+      ja: ["住所"],
+      hu: ["cím", "lakcím"],
     }],
-    // Only if the text says nothing else, unlike "project name". Beside a given name it is the family
+    // Only if the text says nothing else, unlike "issue title" and "project name".
+    ["honorific-prefix alone", {
+      en: ["title"],
+      de: ["titel"],
+      it: ["titolo"],
+      pl: ["tytuł"],
+      sv: ["titel"],
+    }],
+    // Beside a given name it is the family
     // name, and the other way round.
     ["name alone", {
       en: ["name"],
@@ -240,13 +327,14 @@ globalThis.quenletWords = {
       nl: ["naam"],
       pl: ["nazwa"],
       sv: ["namn"],
-      ja: ["名前", "名"],
+      ja: ["名前"],
+      hu: ["név", "neve"],
     }],
   ],
   // Words beside which "name" still says nothing else.
   besides: {
     en: ["your", "please", "enter", "required", "optional", "the", "customer", "contact", "user", "field",
-      "input", "txt", "form"],
+      "input", "txt", "form", "mr", "mrs", "ms", "dr"],
     de: ["ihr", "dein", "bitte", "eingeben", "pflichtfeld", "kunde"],
     fr: ["votre", "obligatoire", "client"],
     es: ["su", "tu", "obligatorio", "cliente"],
@@ -256,6 +344,33 @@ globalThis.quenletWords = {
     pl: ["twoje", "wymagane", "klient"],
     sv: ["ditt", "obligatoriskt", "kund"],
     ja: ["必須"],
+    hu: ["az", "ön", "kötelező"],
+  },
+  // Which of several numbers or e-mail addresses a field wants.
+  hints: {
+    home: {en: ["home", "private"], de: ["privat"], fr: ["domicile"], es: ["casa"], it: ["casa"], pt: ["casa"],
+      nl: ["thuis"], pl: ["domowy"], sv: ["hem"], ja: ["自宅"], hu: ["otthoni"]},
+    work: {en: ["work", "office", "business"], de: ["dienstlich", "geschäftlich"], fr: ["travail", "bureau"],
+      es: ["trabajo"], it: ["ufficio", "lavoro"], pt: ["trabalho"], nl: ["werk"], pl: ["służbowy"], sv: ["arbete"],
+      ja: ["職場"], hu: ["munkahelyi"]},
+    mobile: {en: ["mobile", "cell", "cellphone"], de: ["handy", "handynummer", "mobil", "mobilnummer"],
+      fr: ["portable", "mobile"], es: ["móvil", "celular"], it: ["cellulare"], pt: ["telemóvel", "celular"],
+      nl: ["mobiel", "gsm"], pl: ["komórka", "komórkowy"], sv: ["mobilnummer", "mobiltelefon"], ja: ["携帯"],
+      hu: ["mobil", "mobilszám"]},
+  },
+  // The first choice of a list that begins with one of these is none.
+  prompts: {
+    en: ["choose", "select", "please", "pick"],
+    de: ["bitte", "wählen", "auswählen"],
+    fr: ["choisir", "choisissez", "sélectionner", "sélectionnez", "veuillez"],
+    es: ["elige", "elija", "selecciona", "seleccione", "seleccionar"],
+    it: ["scegli", "seleziona", "selezionare"],
+    pt: ["escolha", "selecione", "selecionar"],
+    nl: ["kies", "selecteer", "maak"],
+    pl: ["wybierz"],
+    sv: ["välj"],
+    ja: ["選択", "お選び"],
+    hu: ["válasszon", "válassz"],
   },
   // Which of two addresses a field is for, by its own words or those of the group that it is in.
   groups: {
@@ -270,6 +385,7 @@ globalThis.quenletWords = {
       pl: ["dostawa", "dostawy", "wysyłka"],
       sv: ["leverans", "leveransadress"],
       ja: ["配送", "お届け", "届け先"],
+      hu: ["szállítás", "szállítási"],
     },
     billing: {
       en: ["billing", "bill", "invoice"],
@@ -282,6 +398,7 @@ globalThis.quenletWords = {
       pl: ["faktura", "rozliczeniowy"],
       sv: ["faktura", "fakturering", "fakturaadress"],
       ja: ["請求"],
+      hu: ["számla", "számlázás", "számlázási"],
     },
   },
 };
