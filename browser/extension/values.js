@@ -4,10 +4,13 @@ import {otherNamesOfRegion} from "./regions.js";
 const isEastAsian = (text) => /[\p{Script=Han}\p{Script=Hiragana}\p{Script=Katakana}\p{Script=Hangul}]/u.test(text);
 const present = (texts) => [...new Set(texts.filter(Boolean))];
 
-function fullName({given = "", middle = "", family = ""}) {
-  if (isEastAsian(family)) return present([family && given ? `${family} ${given}` : family || given, family + given]);
-  const short = present([given, family]).join(" ");
-  return present([[given, middle, family].filter(Boolean).join(" "), short]);
+const familyFirst = /^(hu|ja|ko|vi|zh)\b/;
+
+function fullName({given = "", middle = "", family = ""}, language = "") {
+  const joined = (parts) => parts.filter(Boolean).join(" ");
+  if (isEastAsian(family)) return present([joined([family, given]), family + given]);
+  if (familyFirst.test(language)) return present([joined([family, given, middle]), joined([family, given])]);
+  return present([joined([given, middle, family]), joined([given, family])]);
 }
 
 const nameTexts = {
@@ -34,7 +37,7 @@ function phoneTexts(phone, {token, kind}, language) {
   const plus = digits.startsWith("+") ? digits : "";
   switch (token) {
     case "tel":
-      return present([international, plus || value, digits, digits.replace("+", "00"), digitsOf(national ?? ""), digitsOf(digits)]);
+      return present([international, plus || value, digits, digitsOf(national ?? ""), digits.replace("+", "00"), digitsOf(digits)]);
     case "tel-national":
       return national ? withDigits([national]) : plus ? [] : withDigits([value, digits]);
     case "tel-country-code":
@@ -82,8 +85,14 @@ function countryNames(language) {
 const languagesFor = (page) => present([page, page?.split("-")[0], "en", ...(globalThis.navigator?.languages ?? []),
   "de", "fr", "es", "it", "pt", "nl", "pl", "sv", "ja"]);
 
-const namesOfCountry = (code, language) => present(languagesFor(language)
-  .map((each) => countryNames(each).find(([other]) => other === code)?.[1]));
+// What lists of English pages call countries instead.
+const moreNames = {
+  CZ: ["Czech Republic"], GB: ["UK", "Great Britain"], KR: ["Korea, Republic of", "Republic of Korea"], NL: ["The Netherlands"],
+  RU: ["Russian Federation"], TR: ["Turkey"], US: ["United States of America", "USA"], VN: ["Viet Nam"],
+};
+
+const namesOfCountry = (code, language) => present([...languagesFor(language)
+  .map((each) => countryNames(each).find(([other]) => other === code)?.[1]), ...(moreNames[code] ?? [])]);
 
 // The two letters of an address's country, or nothing.
 export function countryCodeOf(address, pageLanguage) {
@@ -107,24 +116,30 @@ function countryTexts(address, token, kind, language) {
   return present(isForeign ? [names[0], asWritten, code] : [asWritten.length > 2 ? asWritten : "", ...names.slice(0, 1), asWritten, code]);
 }
 
-// "Am Markt 5a" and "12 Larch Lane" into street and number.
+// A line about a part of the house.
+const unit = /^(apt|apartment|flat|unit|suite|ste|room|floor|building|bldg|c\/o|appartement|bâtiment|étage|wohnung|piso|interno)\b/i;
+
+// "Am Markt 5a" and "12 Larch Lane" into street and number. "1e Dorpsstraat 5" begins with no number.
 function splitStreet(line) {
-  const behind = /^(.*\D)[\s,]+(\d+\s?[a-zA-Z]?(?:\s?[-/]\s?\d+\s?[a-zA-Z]?)?)$/.exec(line);
-  if (behind) return {street: behind[1].trim(), number: behind[2].replace(/\s/g, "")};
-  const before = /^(\d+[a-zA-Z]?(?:[-/]\d+[a-zA-Z]?)?)[\s,]+(\D.*)$/.exec(line);
-  return before ? {street: before[2].trim(), number: before[1]} : {street: line, number: ""};
+  const before = /^(\d+(?:[a-z]|\s?(?:bis|ter|quater))?(?:\s?[-–/]\s?(?:\d+[a-z]?|[a-z]))?)[\s,]+(.*\p{L}.*)$/iu.exec(line);
+  const behind = /^(.*?\p{L}.*?)[\s,]+(\d+(?:\s?(?:bis|ter|quater|[a-z]))?(?:\s?[-–/]\s?(?:\d+\s?[a-z]?|[a-z]))?)$/iu.exec(line);
+  const isBefore = before && !(behind && /^\d+e$/i.test(before[1]));
+  const [street, number] = isBefore ? [before[2], before[1]] : behind ? [behind[1], behind[2]] : [line, ""];
+  return {street: street.trim(), number: number.replace(/\s(?!bis|ter|quater)/gi, "")};
 }
 
 // `beside` has the tokens of the same address in the form.
 function addressTexts(address, field, beside, language) {
   const {token, kind} = field;
-  const lines = (address.street ?? "").split(/[\r\n]+/).map((line) => line.trim()).filter(Boolean);
-  const parts = splitStreet(lines[0] ?? "");
-  const firstLine = beside.has("house-number") && parts.number ? parts.street : lines[0] ?? "";
+  const written = (address.street ?? "").split(/[\r\n]+/).map((line) => line.trim()).filter(Boolean);
+  const place = Math.max(written.findIndex((line) => !unit.test(line)), 0);
+  const parts = splitStreet(written[place] ?? "");
+  const isSplit = beside.has("house-number") && parts.number;
+  const lines = isSplit ? [parts.street, ...written.toSpliced(place, 1)] : written;
+  const firstLine = lines[0] ?? "";
   switch (token) {
     case "street-address": {
-      const all = present([firstLine, ...lines.slice(1)]);
-      return present(kind === "textarea" ? [all.join("\n")] : [all.join(", "), firstLine]);
+      return present(kind === "textarea" ? [lines.join("\n")] : [lines.join(", "), firstLine]);
     }
     case "house-number":
       return present([parts.number]);
@@ -169,7 +184,7 @@ export function sourceOf(token) {
 export function textsFor(field, entry, beside, language) {
   switch (sourceOf(field.token)) {
     case "name":
-      return nameTexts[field.token](entry);
+      return nameTexts[field.token](entry, language);
     case "email":
       return present([entry.value]);
     case "phone":
