@@ -4,6 +4,7 @@ import {sourceOf, textsFor} from "./values.js";
 const lists = {email: "emails", phone: "phones", address: "addresses"};
 // A field may say which of several it wants; donors and the owner have words of their own for it.
 const labels = {home: /home|priv/i, work: /work|office|business/i, mobile: /mobile|cell|handy/i, fax: /fax/i, pager: /pager/i};
+const byLabel = (entries, hint) => entries.find((entry) => labels[hint]?.test(entry.label));
 
 // Questions are about one kind, an address also about one group of the form.
 const questionOf = (field) => {
@@ -27,31 +28,31 @@ export async function keyOf(entry) {
 }
 
 // What has to be asked: [{id, kind, group, entries, chosen, isRemembered}] for each kind of which the card
-// has several and the form wants one. `remembered` maps ids to keys; `chosen` is an index.
-export async function questionsFor(form, card, remembered) {
+// has several and the form wants one. `remembered` and `chosenNow` map ids to keys; `chosen` is an index.
+export async function questionsFor(form, card, remembered, chosenNow = {}) {
   const questions = new Map();
   for (const field of form?.fields ?? []) {
     const kind = sourceOf(field.token);
     const entries = card[lists[kind]] ?? [];
     const id = questionOf(field);
-    if (field.hasContent || field.hint || entries.length < 2 || questions.has(id)) continue;
+    if (field.hasContent || entries.length < 2 || questions.has(id) || isSettled(field, entries)) continue;
     const keys = await Promise.all(entries.map(keyOf));
     const known = keys.indexOf(remembered[id]);
+    const now = keys.indexOf(chosenNow[id]);
     questions.set(id, {id, kind, group: kind === "address" ? field.group : "", entries, keys,
-      chosen: Math.max(known, 0), isRemembered: known >= 0});
+      chosen: Math.max(now >= 0 ? now : known, 0), isRemembered: known >= 0});
   }
   return [...questions.values()];
 }
+
+// Nothing else stands in for a fax.
+const isSettled = ({hint}, entries) => hint === "fax" || hint === "pager" || byLabel(entries, hint) !== undefined;
 
 function entryFor(field, card, choices) {
   const kind = sourceOf(field.token);
   if (kind === "name") return card.name;
   const entries = card[lists[kind]] ?? [];
-  if (field.hint) {
-    const labelled = entries.find((entry) => labels[field.hint].test(entry.label));
-    if (labelled || field.hint === "fax" || field.hint === "pager") return labelled;
-  }
-  return entries[choices[questionOf(field)] ?? 0];
+  return isSettled(field, entries) ? byLabel(entries, field.hint) : entries[choices[questionOf(field)] ?? 0];
 }
 
 // The wishes for filler.js, and for each field of the form what becomes of it: {token, group, index} with
@@ -66,6 +67,7 @@ export function planFor(form, card, choices) {
       entry.why = "hasContent";
     } else if (field.token === "photo") {
       entry.why = card.picture ? undefined : "unknown";
+      entry.shown = "your picture";
       if (card.picture) wishes.push({index: field.index, picture: card.picture});
     } else {
       const source = entryFor(field, card, choices);
