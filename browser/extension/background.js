@@ -61,7 +61,7 @@ api.runtime.onInstalled.addListener(() => {
   const contexts = ["editable", "frame", "page"];
   api.contextMenus.removeAll(() => {
     api.contextMenus.create({id: "fill", title: "Fill this form with your card", contexts});
-    api.contextMenus.create({id: "undo", title: "Take the last fill back", contexts});
+    api.contextMenus.create({id: "undo", title: "Take back what was filled", contexts});
   });
 });
 

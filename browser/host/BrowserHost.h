@@ -11,9 +11,8 @@ namespace quenlet {
 // Answers the extension:
 //
 //   {"id": 7, "ask": "card"}      the whole card, see CardAnswer
-//   {"id": 8, "ask": "changes"}   {"id": 8, "watching": true}, then {"event": "changed"} whenever
-//   the
-//                                 donated card has become another one
+//   {"id": 8, "ask": "changes"}   {"id": 8, "watching": true}, then {"event": "changed"}, once at
+//                                 the beginning and whenever the donated card has become another
 //   anything else                 {"id": …, "error": "unknownWord"} or "malformed"
 //
 // It changes nothing, neither files nor the agent. One thread.

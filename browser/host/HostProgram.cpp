@@ -80,10 +80,8 @@ void HostProgram::follow(std::function<void()> changed) {
   const Result<int> descriptor = watcher.fd();
   if (!descriptor.ok()) return fail(descriptor.error());
   changesDescriptor = descriptor.value();
-  // The first is the card as it is.
-  watcher.onCardChange([changed = std::move(changed), isFirst = true](const auto&) mutable {
-    if (!std::exchange(isFirst, false)) changed();
-  });
+  // The first is the card as it is, which may have changed since it was asked for.
+  watcher.onCardChange([changed = std::move(changed)](const auto&) { changed(); });
 }
 
 void HostProgram::fail(ErrorPtr error) {
