@@ -31,6 +31,10 @@
       /opacity|url/.test(style.filter) || get(element, "inert") || call(element, "getAttribute", "aria-hidden") === "true";
   }
 
+  // Whether what is fixed stays within such an ancestor, as it does not in others.
+  const holdsFixed = (style) => style.willChange !== "auto" || ["transform", "translate", "rotate", "scale", "perspective",
+    "filter", "backdropFilter", "contain", "offsetPath"].some((name) => style[name] && style[name] !== "none");
+
   function cutTo(box, frame, {from, to}) {
     box[from] = Math.max(box[from], frame[from]);
     box[to] = Math.min(box[to], frame[to]);
@@ -96,7 +100,7 @@
     const body = get(page, "body");
     const rootStyle = window.getComputedStyle(root);
     const boxes = {reach: boxOf(element), now: boxOf(element)};
-    let opacity = 1, hasBack = true, isTurned = false;
+    let opacity = 1, hasBack = true, isTurned = false, isFixed = false;
     for (let each = element; each; each = parentOf(each)) {
       const style = window.getComputedStyle(each);
       opacity *= Number(style.opacity);
@@ -104,8 +108,10 @@
       isTurned ||= style.transform.startsWith("matrix3d") || /[xyz]|\d .*\d/.test(style.rotate);
       if (isMadeUnseen(style, each)) return false;
       const isOfWindow = each === root || (each === body && isOpen(rootStyle));
-      if (each !== element && !isOfWindow) narrow(boxes, each, style);
+      isFixed &&= !holdsFixed(style);
+      if (each !== element && !isOfWindow && !isFixed) narrow(boxes, each, style);
       if (style.position !== "fixed") continue;
+      isFixed = true;
       // It does not move when the page is scrolled, nor does what is in it.
       for (const axis of axes) cutTo(boxes.reach, viewOf(window), axis);
     }
