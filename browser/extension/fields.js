@@ -30,7 +30,7 @@
     isJapanese(word) && word.length > 1 ? text.includes(word) : ` ${text} `.includes(` ${word} `));
 
   const never = listOf(words.never);
-  const logins = listOf(words.logins);
+  const neverInText = [...never, ...listOf(words.logins)];
   const besides = new Set([...listOf(words.besides), ...listOf(words.groups.shipping), ...listOf(words.groups.billing)]);
   const rows = words.fields.map(([token, table]) => [token, listOf(table)]);
   const listsOf = (tables) => Object.entries(tables).map(([name, table]) => [name, listOf(table)]);
@@ -68,10 +68,10 @@
     return null;
   }
 
-  const isForbidden = (text, list = [...never, ...logins]) => hasWord(normalized(text), list);
+  const isForbidden = (text, list) => hasWord(normalized(text), list);
 
   // As tokenOfText(), nothing for texts that no field may have.
-  const tokenOfField = (text) => (isForbidden(text) ? null : tokenOfText(text));
+  const tokenOfField = (text) => (isForbidden(text, neverInText) ? null : tokenOfText(text));
 
   // {token, group, hint} of an autocomplete attribute; null when it says nothing of use, false when it
   // asks for something that is not on the card.
@@ -151,7 +151,7 @@
     const group = groupByWords(field, texts);
     const isEmail = kind === "input" && field.type === "email";
     // One logs in with an e-mail address, too.
-    if (texts.some((text) => isForbidden(text, isEmail ? never : undefined))) return null;
+    if (texts.some((text) => isForbidden(text, isEmail ? never : neverInText))) return null;
     // Pages also take this type for the digits that its keyboard has.
     const isPhone = field.type === "tel" && !texts.some((text) => /\p{L}/u.test(text) && !hintOf(text));
     const telling = texts.find(tokenOfText) ?? texts.find(Boolean) ?? "";

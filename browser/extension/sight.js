@@ -4,8 +4,10 @@
   const smallest = 10; // pixels
   const faintest = 0.4;
   const axes = [
-    {from: "left", to: "right", overflow: "overflowX", place: "scrollLeft", whole: "scrollWidth", part: "clientWidth", view: "innerWidth"},
-    {from: "top", to: "bottom", overflow: "overflowY", place: "scrollTop", whole: "scrollHeight", part: "clientHeight", view: "innerHeight"},
+    {from: "left", to: "right", overflow: "overflowX", place: "scrollLeft", placeOfWindow: "scrollX",
+      whole: "scrollWidth", part: "clientWidth", view: "innerWidth"},
+    {from: "top", to: "bottom", overflow: "overflowY", place: "scrollTop", placeOfWindow: "scrollY",
+      whole: "scrollHeight", part: "clientHeight", view: "innerHeight"},
   ];
 
   // Controls of a form hide its properties behind their own names, and images those of a document: its
@@ -70,11 +72,10 @@
         cutTo(reach, view, axis);
         continue;
       }
-      const scrolled = axis.from === "left" ? window.scrollX : window.scrollY;
       const length = Math.max(get(root, axis.whole), window[axis.view]);
       // A page that is written from the right is scrolled to the left.
       const isReversed = axis.from === "left" && window.getComputedStyle(root).direction === "rtl";
-      const first = (isReversed ? window.innerWidth - length : 0) - scrolled;
+      const first = (isReversed ? window.innerWidth - length : 0) - window[axis.placeOfWindow];
       cutTo(reach, {[axis.from]: first, [axis.to]: first + length}, axis);
     }
   }
