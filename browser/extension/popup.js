@@ -181,21 +181,25 @@ async function ask(latest) {
   if (form) showPlan();
 }
 
+async function undo(agent) {
+  say(`Emptied ${counted(await undoFill(tab), "field")} again.`);
+  filled = null;
+  await look();
+  await showAll(agent);
+}
+
+async function forgetChoice() {
+  await forget(tab);
+  say("The choice for this site is forgotten.");
+  show("forget", false);
+}
+
 async function start() {
   tab = await currentTab();
   const agent = new Agent(() => showAll(agent).catch(fail));
   at("fill").addEventListener("submit", fill);
-  at("undo").addEventListener("click", async () => {
-    say(`Emptied ${counted(await undoFill(tab), "field")} again.`);
-    filled = null;
-    await look();
-    await showAll(agent);
-  });
-  at("forget").addEventListener("click", async () => {
-    await forget(tab);
-    say("The choice for this site is forgotten.");
-    show("forget", false);
-  });
+  at("undo").addEventListener("click", () => undo(agent).catch(fail));
+  at("forget").addEventListener("click", () => forgetChoice().catch(fail));
   await look();
   await showAll(agent);
   at("fill-button").focus();
