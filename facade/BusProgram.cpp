@@ -43,7 +43,14 @@ BusProgram::BusProgram(BusLoop& runs, BusConnection& opened, DonationPreferences
           [this](Client::CardHandler handler) {
             return [following = agent.onCardChange(std::move(handler))] { following.cancel(); };
           },
-          idle, [this](const auto& watcher, const auto& caller) { tell(watcher, caller); }),
+          idle,
+          [this](const auto& watcher, const auto& known, auto outcome) {
+            look(watcher, known, std::move(outcome));
+          },
+          [this](const auto& watcher) {
+            // One that has gone meanwhile is forgotten when the bus says so.
+            static_cast<void>(object->tellCardChanged(watcher));
+          }),
       facade(agent, apps, watchers, [this](const auto& name) { return callers->knows(name); }),
       identifier(bus, prefix),
       callers(std::make_shared<Callers>(
@@ -138,24 +145,17 @@ void BusProgram::receive(const std::shared_ptr<BusRequest>& request) {
                   .sizeInBytes = sizeInBytes(*arguments)});
 }
 
-void BusProgram::tell(const std::string& watcher, const CallerIdentity& caller) {
-  const auto send = [this, watcher] {
-    // A watcher that has gone meanwhile is forgotten when the bus says so.
-    static_cast<void>(object->tellCardChanged(watcher));
-  };
-  if (!caller.app) {
-    // Its entitlement may have been taken away since.
-    return identifier.identify(watcher, [this, watcher, send](const auto& found) {
-      if (!found.ok()) return;
-      if (HostGate::refusalToRead(found.value())) return watchers.remove(watcher);
-      send();
+// Its entitlement may have been taken away since it began to watch, or the owner may have changed
+// their mind.
+void BusProgram::look(const std::string& watcher, const CallerIdentity& known,
+                      Watchers::Outcome outcome) {
+  if (!known.app) {
+    return identifier.identify(watcher, [outcome = std::move(outcome)](const auto& found) {
+      outcome(found.ok() ? HostGate::refusalToRead(found.value()) : found.error());
     });
   }
-  // The owner may have changed their mind since it began to watch.
-  apps.look(AppWish::meCard, *caller.app, [this, watcher, send](const auto& permission) {
-    if (permission.ok()) return send();
-    // Any other error may pass.
-    if (facadeErrorName(*permission.error()) == NotPermittedError) watchers.remove(watcher);
+  apps.look(AppWish::meCard, *known.app, [outcome = std::move(outcome)](const auto& permission) {
+    outcome(permission.ok() ? nullptr : permission.error());
   });
 }
 

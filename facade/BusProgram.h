@@ -39,7 +39,7 @@ class BusProgram final {
   void followOwners();
   void countMessage();
   void receive(const std::shared_ptr<BusRequest>& request);
-  void tell(const std::string& watcher, const CallerIdentity& caller);
+  void look(const std::string& watcher, const CallerIdentity& known, Watchers::Outcome outcome);
   void leaveWhenDone(double waitedSeconds);
   void fail(ErrorPtr error);
 

@@ -1,6 +1,7 @@
 #include "facade/Watchers.h"
 
 #include "facade/FacadeError.h"
+#include "platform/scheduling/runGuarded.h"
 
 namespace quenlet {
 
@@ -28,7 +29,7 @@ void Watchers::begin() {
 }
 
 void Watchers::hear(const Result<Card>& card) {
-  if (hasCard) return tellAll();
+  if (hasCard) return noteChange();
   const bool isFollowed = card.ok() || facadeErrorName(*card.error()) == DonationsDisabledError;
   const std::vector<Waiting> answered = std::exchange(waiting, {});
   hasCard = isFollowed;
@@ -60,9 +61,46 @@ void Watchers::stopFollowing() {
   hold = nullptr;
 }
 
-void Watchers::tellAll() {
-  const auto told = watchers;
-  for (const auto& [uniqueName, watcher] : told) tell(uniqueName, watcher);
+void Watchers::noteChange() {
+  hasNews = true;
+  if (round.expired()) beginRound();
+}
+
+void Watchers::beginRound() {
+  hasNews = false;
+  // Each app once, each program of the host by itself: that is looked at by its connection.
+  std::map<std::string, std::vector<std::string>> groups;
+  for (const auto& [uniqueName, watcher] : watchers) {
+    groups[watcher.app.value_or(uniqueName)].push_back(uniqueName);
+  }
+  // Also when a look is dropped without an outcome, the round ends.
+  const Round begun(nullptr, [weak = std::weak_ptr(self)](void*) {
+    const auto alive = weak.lock();
+    if (alive && (*alive)->hasNews) runGuarded([&] { (*alive)->beginRound(); });
+  });
+  round = begun;
+  for (const auto& group : groups) {
+    const std::vector<std::string>& names = group.second;
+    const auto watcher = watchers.find(names.front());
+    // One that was told may have made it go.
+    if (watcher == watchers.end()) continue;
+    look(names.front(), CallerIdentity(watcher->second),
+         [weak = std::weak_ptr(self), names, begun](const ErrorPtr& refusal) {
+           if (const auto alive = weak.lock()) (*alive)->tellThose(names, refusal);
+         });
+  }
+}
+
+void Watchers::tellThose(const std::vector<std::string>& names, const ErrorPtr& refusal) {
+  const bool isForbidden = refusal && facadeErrorName(*refusal) == NotPermittedError;
+  for (const std::string& name : names) {
+    if (!watchers.contains(name)) continue;
+    if (isForbidden) {
+      remove(name);
+    } else {
+      tell(name);
+    }
+  }
 }
 
 }  // namespace quenlet

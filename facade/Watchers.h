@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,11 +22,17 @@ namespace quenlet {
 //              |                              | added         |              |
 //   following  | is added at once             |               |              | nobody
 //
-// Donations that are off are no error: they may come on. Use on the loop's thread; must outlive
-// what it follows.
+// Donations that are off are no error: they may come on. Before a watcher is told, it is looked
+// whether it may still read the card, once for all connections of an app: NotPermitted takes it off
+// the list, and any other error may pass, so that it is told. Changes that come during such a round
+// are told by one more. Use on the loop's thread; must outlive what it follows.
 class Watchers final {
  public:
-  using Tell = std::function<void(const std::string& uniqueName, const CallerIdentity& watcher)>;
+  using Outcome = std::function<void(const ErrorPtr& error)>;
+  // Looks whether a watcher may still read the card.
+  using Look = std::function<void(const std::string& uniqueName, const CallerIdentity& watcher,
+                                  Outcome outcome)>;
+  using Tell = std::function<void(const std::string& uniqueName)>;
   // Calls the handler with the card as it is, then with each other one, until what it gives back
   // is called.
   using Follow = std::function<std::function<void()>(Client::CardHandler handler)>;
@@ -33,8 +40,11 @@ class Watchers final {
 
   static constexpr std::size_t mostWatchers = 1024;
 
-  Watchers(Follow followCard, IdleEnd& idleEnd, Tell tellOne)
-      : follow(std::move(followCard)), idle(idleEnd), tell(std::move(tellOne)) {}
+  Watchers(Follow followCard, IdleEnd& idleEnd, Look lookAtOne, Tell tellOne)
+      : follow(std::move(followCard)),
+        idle(idleEnd),
+        look(std::move(lookAtOne)),
+        tell(std::move(tellOne)) {}
 
   // From the reply on it is told of every change; once is enough. An error when there are too many
   // already, when the card cannot be followed, or after end(). No reply when it is removed first.
@@ -52,10 +62,15 @@ class Watchers final {
   void begin();
   void hear(const Result<Card>& card);
   void stopFollowing();
-  void tellAll();
+  // While a round is under way, each look has a copy.
+  using Round = std::shared_ptr<void>;
+  void noteChange();
+  void beginRound();
+  void tellThose(const std::vector<std::string>& names, const ErrorPtr& refusal);
 
   const Follow follow;
   IdleEnd& idle;
+  const Look look;
   const Tell tell;
   std::vector<Waiting> waiting;
   std::map<std::string, CallerIdentity> watchers;
@@ -65,6 +80,10 @@ class Watchers final {
   bool isFollowing = false;
   bool hasCard = false;
   bool hasEnded = false;
+  std::weak_ptr<void> round;
+  bool hasNews = false;
+  // A round that ends after this has does nothing.
+  std::shared_ptr<Watchers*> self = std::make_shared<Watchers*>(this);
 };
 
 }  // namespace quenlet

@@ -52,7 +52,7 @@ class AgentFacadeTest : public testing::Test {
                         following.cancel();
                       };
                     },
-                    idle, [](const auto&, const auto&) {}};
+                    idle, [](const auto&, const auto&, const auto&) {}, [](const auto&) {}};
   AgentFacade facade{client, gate, watchers, [](const auto&) { return true; }};
   CallerIdentity caller;
   std::unique_ptr<FacadeObject> object;

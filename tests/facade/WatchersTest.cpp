@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
+
 #include "facade/FacadeError.h"
 #include "quenlet/ErrorCodes.h"
 
@@ -17,10 +19,15 @@ Result<Card> failed(DonationErrorCode code) {
 
 class WatchersTest : public testing::Test {
  protected:
-  void add(const std::string& name) {
-    watchers.add(name, {}, [this, name](const ErrorPtr& error) {
+  void add(const std::string& name, const std::optional<std::string>& app = {}) {
+    watchers.add(name, {.app = app}, [this, name](const ErrorPtr& error) {
       trace.push_back(name + (error ? " " + facadeErrorName(*error) : " watches"));
     });
+  }
+  void change() { card(Result<Card>::success({})); }
+  // The look at this one ends.
+  void conclude(const std::string& name, const ErrorPtr& error = nullptr) {
+    looks.extract(name).mapped()(error);
   }
   std::vector<std::string> traced() { return std::exchange(trace, {}); }
 
@@ -29,6 +36,8 @@ class WatchersTest : public testing::Test {
   std::vector<std::string> trace;
   Client::CardHandler card;
   std::optional<Result<Card>> atOnce;
+  std::map<std::string, Watchers::Outcome> looks;
+  bool isLookLate = false;
   Watchers watchers{[this](Client::CardHandler handler) {
                       trace.emplace_back("follow");
                       if (atOnce) {
@@ -39,7 +48,11 @@ class WatchersTest : public testing::Test {
                       return [this] { trace.emplace_back("stop"); };
                     },
                     idle,
-                    [this](const auto& name, const auto&) { trace.push_back(name + " told"); }};
+                    [this](const auto& name, const auto&, auto outcome) {
+                      if (!isLookLate) return outcome(nullptr);
+                      looks.emplace(name, std::move(outcome));
+                    },
+                    [this](const auto& name) { trace.push_back(name + " told"); }};
 };
 
 TEST_F(WatchersTest, AnswersOnceNoChangeCanBeMissed) {
@@ -74,6 +87,46 @@ TEST_F(WatchersTest, GivesTheErrorWhenTheCardCannotBeFollowed) {
   atOnce = failed(DonationErrorCode::featureNotEnabled);
   add(":1.1");
   EXPECT_THAT(traced(), ElementsAre("follow", ":1.1 watches")) << "donations may come on";
+}
+
+TEST_F(WatchersTest, WithholdsAChangeOnlyFromThoseWhoMayNotRead) {
+  isLookLate = true;
+  add(":1.1");
+  change();
+  traced();
+  const std::pair<const char*, bool> rows[] = {{FailedError, true},
+                                               {NoAgentError, true},
+                                               {"org.example.Error.Unknown", true},
+                                               {NotPermittedError, false}};
+  for (const auto& [error, isTold] : rows) {
+    SCOPED_TRACE(error);
+    change();
+    conclude(":1.1", makeFacadeError(error, "no"));
+    EXPECT_EQ(traced(), std::vector<std::string>{isTold ? ":1.1 told" : "stop"});
+  }
+}
+
+TEST_F(WatchersTest, LooksOnceForEachAppAndOneRoundAfterTheOther) {
+  isLookLate = true;
+  for (const char* name : {":1.1", ":1.2", ":1.3"}) add(name, "org.example.App");
+  add(":1.4");
+  change();
+  traced();
+  change();
+  change();
+  EXPECT_EQ(looks.size(), 2U);
+  watchers.remove(":1.2");
+  conclude(":1.1");
+  EXPECT_THAT(traced(), ElementsAre(":1.1 told", ":1.3 told")) << "one has left meanwhile";
+  EXPECT_FALSE(looks.contains(":1.1")) << "the round is not over";
+  static_cast<void>(looks.extract(":1.4"));
+  EXPECT_EQ(looks.size(), 2U) << "over without an outcome; the second change is told";
+  conclude(":1.1");
+  conclude(":1.4");
+  EXPECT_THAT(traced(), ElementsAre(":1.1 told", ":1.3 told", ":1.4 told"));
+  EXPECT_TRUE(looks.empty());
+  change();
+  EXPECT_EQ(looks.size(), 2U);
 }
 
 TEST_F(WatchersTest, RefusesAllAfterItsEnd) {
