@@ -1,5 +1,6 @@
 #include "bus/BusConnection.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdlib>
@@ -90,14 +91,16 @@ Result<BusValues> answerOfAnother() {
   return Result<BusValues>::failure(makePosixError(EBADMSG, "take an answer from another"));
 }
 
-// Two calls, one after the other, as one.
-class CheckedCall final : public Cancelable {
- public:
-  void cancel() override {
-    if (const auto ended = std::exchange(current, nullptr)) ended->cancel();
-  }
-  std::shared_ptr<Cancelable> current;
-};
+BusCall callOfBus(std::string member, std::string signature, BusValues arguments,
+                  std::chrono::milliseconds timeLimit) {
+  return {.destination = busName,
+          .path = busPath,
+          .interface = busName,
+          .member = std::move(member),
+          .signature = std::move(signature),
+          .arguments = std::move(arguments),
+          .timeLimit = timeLimit};
+}
 
 // Throws for what cannot stand between apostrophes: no name or path holds one.
 std::string ruleFor(const BusSignalMatch& match) {
@@ -149,6 +152,31 @@ struct BusConnection::Reply final {
   [[nodiscard]] bool isRefusalOfBus() const {
     return !arguments.ok() && (sender.empty() || sender == busName);
   }
+};
+
+// A call of a name. Its owner is found first, and started if need be, and then called by its unique
+// name: whoever answers is known from the start, also if they leave the bus at once.
+class BusConnection::NamedCall final : public Cancelable {
+ public:
+  struct Parts final {
+    BusCall called;
+    ReplyHandler handler;
+    std::chrono::steady_clock::time_point begun;
+  };
+  explicit NamedCall(Parts given) : parts(std::move(given)) {}
+
+  void cancel() override {
+    if (const auto ended = std::exchange(current, nullptr)) ended->cancel();
+  }
+  // Of the limit for all steps together; for the library, none at all would be its own.
+  [[nodiscard]] std::chrono::milliseconds timeLeft() const {
+    const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::now() - parts.begun);
+    return std::max(parts.called.timeLimit - passed, std::chrono::milliseconds(1));
+  }
+
+  const Parts parts;
+  std::shared_ptr<Cancelable> current;
 };
 
 BusConnection::BusConnection(std::unique_ptr<State> opened) : state(std::move(opened)) {}
@@ -203,29 +231,50 @@ BusConnection::Opened BusConnection::toAddress(BusLoop& loop, const std::string&
 }
 
 std::shared_ptr<Cancelable> BusConnection::call(const BusCall& called, ReplyHandler handler) {
-  const std::string& name = called.destination;
-  if (name == busName || name.starts_with(':')) {
-    return send(called, [name, handler = std::move(handler)](const Reply& reply) {
-      const bool isItsOwn = reply.sender == name || reply.isRefusalOfBus();
-      handler(isItsOwn ? reply.arguments : answerOfAnother());
-    });
+  if (called.destination == busName || called.destination.starts_with(':')) {
+    return callOwner(called, std::move(handler));
   }
-  const auto token = std::make_shared<CheckedCall>();
-  token->current = send(called, [this, name, token, handler](const Reply& reply) {
-    if (reply.isRefusalOfBus()) return handler(reply.arguments);
-    const auto compare = [reply, handler](const Result<BusValues>& owner) {
-      const bool isItsOwn = owner.ok() && owner.value() == BusValues{reply.sender};
-      handler(isItsOwn ? reply.arguments : answerOfAnother());
-    };
-    token->current = call({.destination = busName,
-                           .path = busPath,
-                           .interface = busName,
-                           .member = "GetNameOwner",
-                           .signature = "s",
-                           .arguments = {name}},
-                          compare);
+  const auto call = std::make_shared<NamedCall>(
+      NamedCall::Parts{called, std::move(handler), std::chrono::steady_clock::now()});
+  findOwner(call, called.autoStart);
+  return call;
+}
+
+std::shared_ptr<Cancelable> BusConnection::callOwner(const BusCall& called, ReplyHandler handler) {
+  const std::string& name = called.destination;
+  return send(called, [name, handler = std::move(handler)](const Reply& reply) {
+    const bool isItsOwn = reply.sender == name || reply.isRefusalOfBus();
+    handler(isItsOwn ? reply.arguments : answerOfAnother());
   });
-  return token;
+}
+
+void BusConnection::findOwner(const std::shared_ptr<NamedCall>& call, AutoStart start) {
+  call->current = callOwner(
+      callOfBus("GetNameOwner", "s", {call->parts.called.destination}, call->timeLeft()),
+      [this, call, start](const Result<BusValues>& answer) {
+        if (start == AutoStart::on && !answer.ok() && isAbsence(*answer.error())) {
+          return startOwner(call);
+        }
+        const auto* owner =
+            !answer.ok() || answer.value().empty() ? nullptr : answer.value().front().text();
+        if (owner == nullptr) {
+          return call->parts.handler(answer.ok() ? answerOfAnother() : answer);
+        }
+        BusCall direct = call->parts.called;
+        direct.destination = *owner;
+        direct.timeLimit = call->timeLeft();
+        call->current = callOwner(direct, call->parts.handler);
+      });
+}
+
+void BusConnection::startOwner(const std::shared_ptr<NamedCall>& call) {
+  constexpr std::uint32_t noFlags = 0;
+  call->current = callOwner(callOfBus("StartServiceByName", "su",
+                                      {call->parts.called.destination, noFlags}, call->timeLeft()),
+                            [this, call](const Result<BusValues>& answer) {
+                              if (!answer.ok()) return call->parts.handler(answer);
+                              findOwner(call, AutoStart::off);
+                            });
 }
 
 std::shared_ptr<Cancelable> BusConnection::send(const BusCall& called, AnyReplyHandler handler) {

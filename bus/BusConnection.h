@@ -70,9 +70,9 @@ class BusConnection final {
 
   // Calls a method. The handler is called once, never within this operation, with what was
   // answered: an error of BusErrorDomain for an error reply, NoReply after the time limit. Not
-  // called after the token was cancelled, or when the connection is destroyed. An answer of another
-  // than the name's owner is an error: neither the library nor a session's usual bus looks who
-  // answers, so that any peer could.
+  // called after the token was cancelled, or when the connection is destroyed. It is the owner that
+  // the name has now, or gets by being started, who is called. An answer of another is an error:
+  // neither the library nor a session's usual bus looks who answers, so that any peer could.
   std::shared_ptr<Cancelable> call(const BusCall& called, ReplyHandler handler);
   // Calls the handler for each such signal until the token is cancelled. A signal that is larger
   // than the limits is dropped. Of senders, only unique names and the bus itself are certain: peers
@@ -97,10 +97,15 @@ class BusConnection final {
   struct State;
   class Slot;
   struct Reply;
+  class NamedCall;
   explicit BusConnection(std::unique_ptr<State> opened);
   // The handler is also told who answered.
   using AnyReplyHandler = std::function<void(const Reply& reply)>;
   std::shared_ptr<Cancelable> send(const BusCall& called, AnyReplyHandler handler);
+  // Of the bus, or of a unique name.
+  std::shared_ptr<Cancelable> callOwner(const BusCall& called, ReplyHandler handler);
+  void findOwner(const std::shared_ptr<NamedCall>& call, AutoStart start);
+  void startOwner(const std::shared_ptr<NamedCall>& call);
   [[nodiscard]] static Opened attach(BusLoop& loop, sd_bus* opened, const BusLimits& limits);
 
   const std::unique_ptr<State> state;

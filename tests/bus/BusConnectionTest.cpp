@@ -21,7 +21,7 @@ TEST(BusConnectionTest, TakesAnswersOnlyFromWhomItAsked) {
       {"a connection", ":1.3", ":1.3", true},
       {"another connection", ":1.3", ":1.4", false},
       {"the bus for a connection", ":1.3", daemon, false},
-      {"the owner of a name", "org.example.Name", ":1.3", true},
+      {"the owner of a name", "org.example.Name", ":2.0", true},
       {"another than the owner", "org.example.Name", ":1.4", false},
       {"the bus for a name", "org.example.Name", daemon, false},
   };
@@ -45,6 +45,43 @@ TEST(BusConnectionTest, TakesAnswersOnlyFromWhomItAsked) {
     const bool isTaken = row.isTaken || row.sender == std::string(daemon);
     EXPECT_EQ(heard, isTaken ? BusNameHasNoOwner : std::to_string(EBADMSG));
   }
+}
+
+TEST(BusConnectionTest, CallsTheOwnerThatANameHasOrGets) {
+  BusLoop loop;
+  FakeBus bus(loop);
+  std::string heard;
+  const auto call = [&](AutoStart start) {
+    heard.clear();
+    return bus.connection->call(
+        {.destination = "org.example.Name",
+         .path = "/a",
+         .interface = "org.example.A",
+         .member = "B",
+         .autoStart = start},
+        [&](const auto& answer) { heard = answer.ok() ? "ok" : busErrorName(*answer.error()); });
+  };
+  call(AutoStart::off);
+  const FakeBus::Call called = bus.take("B");
+  bus.absent = {"org.example.Name"};
+  bus.answer(called, "", {});
+  EXPECT_EQ(heard, "ok") << "it has left since";
+
+  call(AutoStart::off);
+  bus.settle();
+  EXPECT_EQ(heard, BusNameHasNoOwner);
+  call(AutoStart::on);
+  bus.fail(bus.take("StartServiceByName"), BusServiceUnknown);
+  EXPECT_EQ(heard, BusServiceUnknown);
+  call(AutoStart::on);
+  const FakeBus::Call start = bus.take("StartServiceByName");
+  bus.absent.clear();
+  bus.answer(start, "u", {1u});
+  bus.answer(bus.take("B"), "", {});
+  EXPECT_EQ(heard, "ok");
+  call(AutoStart::on)->cancel();
+  bus.settle();
+  EXPECT_TRUE(bus.calls.empty()) << "cancelled before the owner was known";
 }
 
 TEST(BusConnectionTest, BelievesTheBusAloneWhoHasLeft) {

@@ -4,24 +4,28 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "bus/BusConnection.h"
+#include "bus/BusError.h"
 #include "platform/foundation/FileDescriptor.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
 
 // A message bus for one connection, ":1.7", on the loop of that. Calls are kept until the test
-// answers them. All names have one owner, ":1.3", who answers unless the test says otherwise.
+// answers them. Each name that is not absent has an owner, who answers unless the test says
+// otherwise: ":2.0" the first one that is asked for, ":2.1" the next.
 class FakeBus final {
  public:
   struct Call final {
-    std::string destination;
+    std::string destination;  // the name that the owner was asked for
     std::string path;
     std::string member;
     BusValues arguments;
@@ -110,6 +114,7 @@ class FakeBus final {
 
   std::unique_ptr<BusConnection> connection;
   std::vector<Call> calls;
+  std::set<std::string> absent;
 
  private:
   void accept() {
@@ -121,8 +126,17 @@ class FakeBus final {
     ASSERT_GE(sd_bus_start(bus), 0);
     ASSERT_GE(sd_bus_attach_event(bus, loop.handle(), 0), 0);
   }
-  static std::string ownerOf(const std::string& name) {
-    return name.starts_with(':') || name == "org.freedesktop.DBus" ? name : ":1.3";
+  std::string ownerOf(const std::string& name) {
+    if (name.starts_with(':') || name == "org.freedesktop.DBus") return name;
+    const auto found = std::find(names.begin(), names.end(), name);
+    const std::string owner = ":2." + std::to_string(found - names.begin());
+    if (found == names.end()) names.push_back(name);
+    return owner;
+  }
+  std::string nameOf(const std::string& owner) {
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&](const auto& name) { return ownerOf(name) == owner; });
+    return found == names.end() ? owner : *found;
   }
   static int receive(sd_bus_message* message, void* self, sd_bus_error* /*error*/) {
     static_cast<FakeBus*>(self)->receive(message);
@@ -134,13 +148,15 @@ class FakeBus final {
       answered = error == nullptr ? "ok" : error->name;
       return;
     }
-    Call call{sd_bus_message_get_destination(message), sd_bus_message_get_path(message),
+    Call call{nameOf(sd_bus_message_get_destination(message)), sd_bus_message_get_path(message),
               sd_bus_message_get_member(message), readArguments(message).value(),
               keepMessage(message)};
     if (call.member == "Hello") return answer(call, "s", {":1.7"});
     if (call.member == "AddMatch") return answer(call, "", {});
     if (call.member == "GetNameOwner") {
-      return answer(call, "s", {ownerOf(*call.arguments.front().text())});
+      const std::string& name = *call.arguments.front().text();
+      return absent.contains(name) ? fail(call, BusNameHasNoOwner)
+                                   : answer(call, "s", {ownerOf(name)});
     }
     calls.push_back(std::move(call));
   }
@@ -154,6 +170,7 @@ class FakeBus final {
 
   BusLoop& loop;
   const TemporaryDirectory directory;
+  std::vector<std::string> names;
   FileDescriptor listener;
   std::shared_ptr<Cancelable> accepting;
   sd_bus* bus = nullptr;
