@@ -14,8 +14,6 @@ using Answered = Result<std::optional<AppPermission>>;
 constexpr char portalPath[] = "/org/freedesktop/portal/desktop";
 constexpr char dialogInterface[] = "org.freedesktop.impl.portal.Access";
 constexpr char requestInterface[] = "org.freedesktop.impl.portal.Request";
-// Then the dialog counts as closed.
-constexpr std::chrono::minutes patience{10};
 // What the dialog answers; any other number says that it was closed.
 constexpr std::int64_t granted = 0;
 constexpr std::int64_t denied = 1;
@@ -82,14 +80,6 @@ std::optional<AppPermission> answerIn(const BusValues& reply, const AppRequest& 
   return kinds.empty() ? AppPermission{OwnersWord::no} : AppPermission{OwnersWord::yes, kinds};
 }
 
-// Whether somebody else may have the dialog.
-bool isWithoutDialog(const Error& error) {
-  const std::string name = busErrorName(error);
-  return isAbsence(error) || name == "org.freedesktop.DBus.Error.UnknownMethod" ||
-         name == "org.freedesktop.DBus.Error.UnknownInterface" ||
-         name == "org.freedesktop.DBus.Error.UnknownObject";
-}
-
 }  // namespace
 
 // One question, at one program after the other.
@@ -115,9 +105,7 @@ class OwnerQuestion::Attempt final : public Cancelable {
     bus.call({.destination = call.destination,
               .path = *call.arguments.front().objectPath(),
               .interface = requestInterface,
-              .member = "Close",
-              // Behind the question, if that waits for the program's start.
-              .autoStart = call.autoStart},
+              .member = "Close"},
              [](const auto&) { /* It may have closed it before, or be gone. */ });
   }
 
@@ -126,6 +114,7 @@ class OwnerQuestion::Attempt final : public Cancelable {
   // Whom to ask in which order, and whether to start it.
   std::vector<std::pair<std::string, AutoStart>> order = {};
   std::size_t next = 0;
+  std::chrono::steady_clock::time_point begun = {};
   std::shared_ptr<Cancelable> asking;
 
  private:
@@ -176,6 +165,7 @@ void OwnerQuestion::tryNext(const std::shared_ptr<Attempt>& attempt) {
   const auto& [name, start] = attempt->order[attempt->next++];
   attempt->call.destination = name;
   attempt->call.autoStart = start;
+  attempt->begun = now();
   attempt->asking =
       bus.call(attempt->call, [this, attempt](const auto& reply) { hear(attempt, reply); });
 }
@@ -184,10 +174,14 @@ void OwnerQuestion::hear(const std::shared_ptr<Attempt>& attempt, const Result<B
   if (reply.ok()) {
     return attempt->finish(Answered::success(answerIn(reply.value(), attempt->request)));
   }
-  if (isWithoutDialog(*reply.error())) return tryNext(attempt);
-  // The time is up, or the dialog has failed: the owner has not answered.
-  attempt->close();
-  attempt->finish(Answered::success(std::nullopt));
+  const Error& error = *reply.error();
+  // It may stand all the same.
+  if (!isAbsence(error)) attempt->close();
+  // Of a dialog that ends with its program, the bus says the same before the time is up.
+  if (busErrorName(error) == BusNoReply && now() - attempt->begun >= patience) {
+    return attempt->finish(Answered::success(std::nullopt));
+  }
+  tryNext(attempt);
 }
 
 }  // namespace quenlet

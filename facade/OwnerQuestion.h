@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -26,17 +27,23 @@ struct AppRequest final {
 
 // Asks the owner with the desktop's own dialog. Programs that show it and run are tried first, this
 // desktop's before others; only when none runs, this desktop's own is started. A dialog that nobody
-// waits for any more is closed. Use on the loop's thread; the connection must outlive what was
+// waits for any more is closed. A program that answers with an error, or ends with its dialog, has
+// not asked: the next one is tried. Use on the loop's thread; the connection must outlive what was
 // begun.
 class OwnerQuestion final {
  public:
-  // What the owner said; nothing when the dialog was closed without an answer, or stood for ten
-  // minutes. An error when there is nobody who could ask.
+  // What the owner said; nothing when the dialog was closed without an answer, or stood for the
+  // time of `patience`. An error when there is nobody who could ask.
   using Answer = std::function<void(Result<std::optional<AppPermission>> answer)>;
   using Backends = std::function<std::vector<DialogBackend>()>;
 
-  OwnerQuestion(BusConnection& connection, Backends find)
-      : bus(connection), findBackends(std::move(find)) {}
+  using Clock = std::function<std::chrono::steady_clock::time_point()>;
+
+  static constexpr std::chrono::minutes patience{10};
+
+  OwnerQuestion(BusConnection& connection, Backends find,
+                Clock clock = std::chrono::steady_clock::now)
+      : bus(connection), findBackends(std::move(find)), now(std::move(clock)) {}
 
   // Cancelling the token closes the dialog; then there is no answer.
   [[nodiscard]] std::shared_ptr<Cancelable> ask(const AppRequest& request, Answer answer);
@@ -49,6 +56,7 @@ class OwnerQuestion final {
 
   BusConnection& bus;
   const Backends findBackends;
+  const Clock now;
   std::uint64_t lastQuestion = 0;
 };
 

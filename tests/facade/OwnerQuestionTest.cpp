@@ -9,27 +9,72 @@
 namespace quenlet {
 namespace {
 
-TEST(OwnerQuestionTest, StartsThisDesktopsDialogOnlyWhenNoneRuns) {
-  BusLoop loop;
-  FakeBus bus(loop);
-  OwnerQuestion question(*bus.connection, [] {
-    return std::vector{DialogBackend{"org.example.Own", true}, DialogBackend{"org.example.Other"}};
-  });
-  std::string outcome;
-  const auto asked = question.ask({.app = "org.example.App"}, [&](const auto& answer) {
-    outcome = answer.ok() ? "answered" : facadeErrorName(*answer.error());
-  });
-  std::vector<std::string> tried;
-  for (int turn = 0; turn < 3; ++turn) {
-    EXPECT_EQ(outcome, "");
-    const FakeBus::Call dialog = bus.take("AccessDialog");
-    const bool isStarted = sd_bus_message_get_auto_start(dialog.message.get()) > 0;
-    tried.push_back(dialog.destination + (isStarted ? " started" : ""));
-    bus.fail(dialog, turn == 0 ? "org.freedesktop.DBus.Error.UnknownMethod" : BusServiceUnknown);
+class OwnerQuestionTest : public testing::Test {
+ protected:
+  void ask() {
+    outcome.clear();
+    asked = question.ask({.app = "org.example.App"}, [this](const auto& answer) {
+      outcome = answer.ok() ? "answered" : facadeErrorName(*answer.error());
+      if (answer.ok() && !answer.value()) outcome = "closed";
+    });
   }
-  EXPECT_THAT(tried, testing::ElementsAre("org.example.Own", "org.example.Other",
-                                          "org.example.Own started"));
+
+  BusLoop loop;
+  FakeBus bus{loop};
+  std::chrono::steady_clock::time_point now;
+  OwnerQuestion question{*bus.connection,
+                         [] {
+                           return std::vector{DialogBackend{"org.example.Own", true},
+                                              DialogBackend{"org.example.Other"}};
+                         },
+                         [this] { return now; }};
+  std::shared_ptr<Cancelable> asked;
+  std::string outcome;
+};
+
+TEST_F(OwnerQuestionTest, StartsThisDesktopsDialogOnlyWhenNoneRuns) {
+  bus.absent = {"org.example.Own"};
+  ask();
+  const FakeBus::Call other = bus.take("AccessDialog");
+  EXPECT_EQ(other.destination, "org.example.Other");
+  bus.fail(other, BusServiceUnknown);
+  EXPECT_EQ(outcome, "");
+  const FakeBus::Call start = bus.take("StartServiceByName");
+  EXPECT_EQ(start.arguments.front(), BusValue("org.example.Own"));
+  bus.fail(start, BusServiceUnknown);
   EXPECT_EQ(outcome, NotPermittedError);
+}
+
+TEST_F(OwnerQuestionTest, CountsOnlyATimeThatIsUpAsClosed) {
+  const struct {
+    const char* error;
+    std::chrono::minutes passed;
+    bool isClosed;
+  } rows[] = {
+      {BusNoReply, OwnerQuestion::patience, true},
+      {BusNoReply, OwnerQuestion::patience - std::chrono::minutes(1), false},
+      {"org.freedesktop.DBus.Error.Failed", OwnerQuestion::patience, false},
+      {"org.freedesktop.DBus.Error.UnknownMethod", std::chrono::minutes(0), false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.error);
+    ask();
+    const FakeBus::Call dialog = bus.take("AccessDialog");
+    now += row.passed;
+    bus.fail(dialog, row.error);
+    EXPECT_EQ(bus.take("Close").destination, "org.example.Own");
+    EXPECT_EQ(outcome, row.isClosed ? "closed" : "");
+    if (row.isClosed) continue;
+    bus.answer(bus.take("AccessDialog"), "ua{sv}", {0u, BusDictionary()});
+    EXPECT_EQ(outcome, "answered") << "by the other one";
+  }
+}
+
+TEST_F(OwnerQuestionTest, TriesTheNextAfterAnAnswerOfAnother) {
+  ask();
+  bus.answer(bus.take("AccessDialog"), "ua{sv}", {2u, BusDictionary()}, ":1.4");
+  EXPECT_EQ(bus.take("Close").destination, "org.example.Own");
+  EXPECT_EQ(bus.take("AccessDialog").destination, "org.example.Other");
 }
 
 }  // namespace
