@@ -87,12 +87,16 @@ void PermissionStore::find(AppWish wish, const std::string& app, Reply reply) {
 
 void PermissionStore::set(AppWish wish, const std::string& app, const AppPermission& permission,
                           Done done) {
-  remove(closingsFor(wish), app,
-         [this, wish, app, permission, done = std::move(done)](const ErrorPtr& error) {
-           if (error) return done(error);
-           if (permission.word == OwnersWord::unknown) return remove(entryFor(wish), app, done);
-           setTexts(entryFor(wish), app, permission.texts(wish), done);
-         });
+  const bool isToAsk = permission.word == OwnersWord::unknown;
+  // The owner's word first: it has to be kept, and where there is one, no closing counts.
+  const auto removeClosings = [this, wish, app, isToAsk,
+                               done = std::move(done)](const ErrorPtr& error) {
+    if (error) return done(error);
+    remove(closingsFor(wish), app,
+           [isToAsk, done](const ErrorPtr& kept) { done(isToAsk ? kept : nullptr); });
+  };
+  if (isToAsk) return remove(entryFor(wish), app, removeClosings);
+  setTexts(entryFor(wish), app, permission.texts(wish), removeClosings);
 }
 
 void PermissionStore::findClosings(AppWish wish, const std::string& app, DatesReply reply) {

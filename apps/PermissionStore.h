@@ -33,8 +33,9 @@ class PermissionStore final {
   void find(AppWish wish, const std::string& app, Reply reply);
   // What the owner said to all of them.
   void list(AppWish wish, AllReply reply);
-  // Stores, or for unknown removes, what the owner says; when the question was closed does not
-  // matter any more. The app's identifier is a valid one.
+  // Stores, or for unknown removes, what the owner says, and removes when the question was closed:
+  // that this fails is an error only for unknown, where it would keep the owner from being asked.
+  // The app's identifier is a valid one.
   void set(AppWish wish, const std::string& app, const AppPermission& permission, Done done);
 
   // When the owner last closed the question of an app without an answer; kept in whole seconds.
