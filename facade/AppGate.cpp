@@ -55,30 +55,51 @@ void AppGate::look(AppWish wish, const std::string& app, Reply reply) {
 void AppGate::askOwner(const AppRequest& request, Reply reply) {
   if (!isConnected(request.sender)) return;
   if (hasEnded) return reply(refused(CancelledError, "this process ends; call again"));
-  const auto [asked, isNew] = questions.try_emplace({request.wish, request.app});
+  const Key key(request.wish, request.app);
+  if (unstoredRefusals.contains(key)) return reply(outcomeOf({OwnersWord::no}));
+  const auto [asked, isNew] = questions.try_emplace(key);
   asked->second.waiting.push_back({request.sender, std::move(reply)});
   if (!isNew) return;
-  store.findClosings(request.wish, request.app,
-                     [this, request](const auto& closings) { open(request, closings); });
+  take(key, [&] {
+    store.findClosings(request.wish, request.app, [this, key, request](const auto& closings) {
+      take(key, [&] { open(request, closings); });
+    });
+  });
+}
+
+// A step that fails, as from a lack of memory, must not leave a question that nobody answers.
+template <typename Step>
+void AppGate::take(const Key& key, const Step& step) {
+  try {
+    step();
+  } catch (...) {
+    answerAll(key, refused(FailedError, "the owner cannot be asked"));
+    throw;
+  }
 }
 
 void AppGate::open(const AppRequest& request, const Result<PermissionStore::Dates>& closings) {
   const Key key(request.wish, request.app);
-  if (questions[key].waiting.empty()) return static_cast<void>(questions.erase(key));
+  const auto asked = questions.find(key);
+  if (asked == questions.end()) return;
+  if (asked->second.waiting.empty()) return static_cast<void>(questions.erase(asked));
   if (!closings.ok()) return answerAll(key, storeFailed(*closings.error(), request.app));
   PermissionStore::Dates all = recent(closings.value());
-  for (const Date& date : recent(unstoredClosings[key])) all.push_back(date);
+  if (const auto unstored = unstoredClosings.find(key); unstored != unstoredClosings.end()) {
+    for (const Date& date : recent(unstored->second)) all.push_back(date);
+  }
   if (all.size() >= mostClosings) {
     return answerAll(key, refused(CancelledError,
                                   "the owner has closed the question several "
                                   "times today"));
   }
-  questions[key].closings = std::move(all);
-  const auto dialog =
-      question.ask(request, [this, request](const auto& answer) { hear(request, answer); });
-  // Where nobody asks, that was the answer.
-  const auto asked = questions.find(key);
-  if (asked != questions.end()) asked->second.dialog = dialog;
+  asked->second.closings = std::move(all);
+  // The answer comes on the loop, or for want of anybody who could ask at once.
+  const auto dialog = question.ask(request, [this, key, request](const auto& answer) {
+    take(key, [&] { hear(request, answer); });
+  });
+  const auto opened = questions.find(key);
+  if (opened != questions.end()) opened->second.dialog = dialog;
 }
 
 PermissionStore::Dates AppGate::recent(const PermissionStore::Dates& dates) const {
@@ -100,10 +121,13 @@ void AppGate::hear(const AppRequest& request, const Result<std::optional<AppPerm
       answerAll(key, refused(CancelledError, "the owner has closed the question"));
     });
   }
-  // What could not be stored counts this once: the owner has said it.
   const AppPermission said = *answer.value();
-  store.set(request.wish, request.app, said,
-            [this, key, said](const ErrorPtr&) { answerAll(key, outcomeOf(said)); });
+  store.set(request.wish, request.app, said, [this, key, said](const ErrorPtr& error) {
+    // The owner has said it: a yes counts this once, a no from now on.
+    if (error && said.word == OwnersWord::no) unstoredRefusals.insert(key);
+    if (!error) unstoredClosings.erase(key);
+    answerAll(key, outcomeOf(said));
+  });
 }
 
 void AppGate::noteClosing(const Key& key, PermissionStore::Dates closings,

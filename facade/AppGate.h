@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,7 +20,7 @@ namespace quenlet {
 //   no             | NotPermitted
 //   there is none  | NotPermitted, with what the owner can do
 //   nothing        | the owner is asked; all that the app wants meanwhile waits for the same answer
-//     yes, no      | is stored, and counts
+//     yes, no      | is stored, and counts; a no that cannot be stored, in this process
 //     closed       | Cancelled; the time is stored, and the owner is not asked more than
 //                  | `mostClosings` times a day
 //     nobody asks  | NotPermitted
@@ -66,6 +67,8 @@ class AppGate final {
     std::shared_ptr<Cancelable> dialog = {};
   };
   void askOwner(const AppRequest& request, Reply reply);
+  template <typename Step>
+  void take(const Key& key, const Step& step);
   void open(const AppRequest& request, const Result<PermissionStore::Dates>& closings);
   void hear(const AppRequest& request, const Result<std::optional<AppPermission>>& answer);
   [[nodiscard]] PermissionStore::Dates recent(const PermissionStore::Dates& dates) const;
@@ -77,8 +80,9 @@ class AppGate final {
   const IsConnected isConnected;
   const std::function<Date()> now;
   std::map<Key, Question> questions;
-  // Those that the store did not take.
+  // What the store did not take.
   std::map<Key, PermissionStore::Dates> unstoredClosings;
+  std::set<Key> unstoredRefusals;
   bool hasEnded = false;
 };
 

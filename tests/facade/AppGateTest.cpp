@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <new>
+
 #include "bus/BusError.h"
 #include "facade/FacadeError.h"
 #include "tests/support/FakeBus.h"
@@ -52,9 +54,16 @@ class AppGateTest : public testing::Test {
   BusLoop loop;
   FakeBus bus{loop};
   PermissionStore permissions{*bus.connection};
-  OwnerQuestion question{*bus.connection, [] { return std::vector{DialogBackend{dialogs, true}}; }};
+  std::chrono::steady_clock::time_point steadyNow;
+  OwnerQuestion question{*bus.connection,
+                         [this] {
+                           if (isBroken) throw std::bad_alloc();
+                           return std::vector{DialogBackend{dialogs, true}};
+                         },
+                         [this] { return steadyNow; }};
   Date now{1767225600};
   std::string gone;
+  bool isBroken = false;
   AppGate gate{permissions, question, [this](const auto& sender) { return sender != gone; },
                [this] { return now; }};
   std::vector<std::string> stored;
@@ -83,12 +92,91 @@ TEST_F(AppGateTest, AsksOnceAndKeepsTheAnswer) {
   find("me-card");
   bus.answer(dialog, "ua{sv}",
              {0u, BusDictionary{{"choices", BusList{"(ss)", {BusStruct{{"name", "true"}}}}}}});
-  bus.answer(bus.take("DeletePermission"), "", {});
   const FakeBus::Call set = bus.take("SetPermission");
   EXPECT_EQ(set.arguments, (BusValues{"quenlet", true, "me-card", app, makeTexts({"name"})}));
   bus.answer(set, "", {});
+  bus.answer(bus.take("DeletePermission"), "", {});
   EXPECT_EQ(outcome, "yes");
   EXPECT_TRUE(bus.calls.empty());
+}
+
+TEST_F(AppGateTest, DoesWhatTheOwnerSaysAlsoWhenItCannotBeStored) {
+  const auto box = [](const char* state) {
+    return BusDictionary{{"choices", BusList{"(ss)", {BusStruct{{"name", state}}}}}};
+  };
+  const struct {
+    const char* name;
+    std::uint32_t response;
+    BusDictionary results;
+    const char* entry;
+    const char* text;
+    const char* outcome;
+    // At the next call, when it could not be stored.
+    const char* next;
+  } rows[] = {
+      {"a box", 0, box("true"), "me-card", "name", "yes", "asked"},
+      {"no boxes", 0, {}, "me-card", "name", "yes", "asked"},
+      {"closed", 2, {}, "me-card-closed", "2026-01-01T00:00:00Z", CancelledError, "asked"},
+      {"closed otherwise",
+       7,
+       {},
+       "me-card-closed",
+       "2026-01-01T00:00:00Z",
+       CancelledError,
+       "asked"},
+      {"no box is checked", 0, box("false"), "me-card", "no", NotPermittedError, NotPermittedError},
+      {"a no", 1, {}, "me-card", "no", NotPermittedError, NotPermittedError},
+  };
+  for (const bool isStored : {true, false}) {
+    for (const auto& row : rows) {
+      SCOPED_TRACE(row.name + std::string(isStored ? "" : ", not stored"));
+      AppGate fresh(
+          permissions, question, [](const auto&) { return true; }, [this] { return now; });
+      const auto pass = [&] {
+        outcome = "asked";
+        fresh.pass({.app = app, .sender = ":1.1", .kinds = {CardKind::name}},
+                   [this](const auto& permission) {
+                     outcome = permission.ok() ? "yes" : facadeErrorName(*permission.error());
+                   });
+        find("me-card");
+      };
+      pass();
+      find("me-card-closed");
+      bus.answer(bus.take("AccessDialog"), "ua{sv}", {row.response, row.results});
+      const FakeBus::Call set = bus.take("SetPermission");
+      EXPECT_EQ(set.arguments, (BusValues{"quenlet", true, row.entry, app, makeTexts({row.text})}));
+      constexpr char failure[] = "org.freedesktop.DBus.Error.NoMemory";
+      if (isStored) {
+        bus.answer(set, "", {});
+        // That it cannot forget when dialogs were closed changes nothing.
+        if (row.entry == std::string("me-card")) bus.fail(bus.take("DeletePermission"), failure);
+      } else {
+        bus.fail(set, failure);
+      }
+      EXPECT_EQ(outcome, row.outcome);
+      if (isStored) continue;
+      pass();
+      EXPECT_EQ(outcome, row.next);
+      if (outcome == "asked") find("me-card-closed");
+      fresh.end();
+      bus.settle();
+      bus.calls.clear();
+    }
+  }
+}
+
+TEST_F(AppGateTest, AnswersAllWhenAStepFails) {
+  isBroken = true;
+  for (int turn = 0; turn < 2; ++turn) {
+    outcome.clear();
+    pass();
+    find("me-card");
+    testing::internal::CaptureStderr();
+    find("me-card-closed");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "quenlet: a block has failed: std::bad_alloc\n");
+    EXPECT_EQ(outcome, FailedError);
+  }
 }
 
 TEST_F(AppGateTest, ClosesTheDialogWhenNobodyWaitsForItAnyMore) {
@@ -114,6 +202,7 @@ TEST_F(AppGateTest, ClosesTheDialogWhenNobodyWaitsForItAnyMore) {
   gone.clear();
 
   const FakeBus::Call second = ask();
+  steadyNow += OwnerQuestion::patience;
   bus.fail(second, BusNoReply);
   expectClosed(second);
   store();
