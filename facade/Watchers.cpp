@@ -22,10 +22,16 @@ void Watchers::add(const std::string& uniqueName, const CallerIdentity& watcher,
 
 void Watchers::begin() {
   isFollowing = true;
-  hold = idle.hold();
-  auto begun = follow([this](const Result<Card>& card) { hear(card); });
-  // It may have failed at once.
-  if (isFollowing) stop = std::move(begun);
+  try {
+    hold = idle.hold();
+    auto begun = follow([this](const Result<Card>& card) { hear(card); });
+    // It may have failed at once.
+    if (isFollowing) stop = std::move(begun);
+  } catch (...) {
+    hasCard = false;
+    hear(Result<Card>::failure(makeFacadeError(FailedError, "the card cannot be followed")));
+    throw;
+  }
 }
 
 void Watchers::hear(const Result<Card>& card) {

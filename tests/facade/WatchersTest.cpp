@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <map>
+#include <new>
 
 #include "facade/FacadeError.h"
 #include "quenlet/ErrorCodes.h"
@@ -38,8 +39,10 @@ class WatchersTest : public testing::Test {
   std::optional<Result<Card>> atOnce;
   std::map<std::string, Watchers::Outcome> looks;
   bool isLookLate = false;
+  bool isBroken = false;
   Watchers watchers{[this](Client::CardHandler handler) {
                       trace.emplace_back("follow");
+                      if (isBroken) throw std::bad_alloc();
                       if (atOnce) {
                         handler(*atOnce);
                       } else {
@@ -84,6 +87,13 @@ TEST_F(WatchersTest, GivesTheErrorWhenTheCardCannotBeFollowed) {
     EXPECT_FALSE(idle.isHeld());
     traced();
   }
+  isBroken = true;
+  for (int turn = 0; turn < 2; ++turn) {
+    EXPECT_THROW(add(":1.1"), std::bad_alloc);
+    EXPECT_THAT(traced(), ElementsAre("follow", std::string(":1.1 ") + FailedError));
+    EXPECT_FALSE(idle.isHeld());
+  }
+  isBroken = false;
   atOnce = failed(DonationErrorCode::featureNotEnabled);
   add(":1.1");
   EXPECT_THAT(traced(), ElementsAre("follow", ":1.1 watches")) << "donations may come on";
