@@ -7,10 +7,9 @@
 #include <set>
 #include <system_error>
 
+#include "foreign/ForeignFiles.h"
 #include "foreign/KeyFile.h"
 #include "foreign/UserPlaces.h"
-#include "platform/files/FileReading.h"
-#include "platform/files/PosixDataProxy.h"
 #include "platform/foundation/Text.h"
 
 namespace quenlet {
@@ -18,7 +17,7 @@ namespace {
 
 constexpr char accessInterface[] = "org.freedesktop.impl.portal.Access";
 constexpr std::size_t mostFiles = 256;
-constexpr std::uintmax_t mostBytesInFile = 65536;
+constexpr std::size_t mostBytesInFile = 65536;
 
 using Words = std::vector<std::string>;
 // By the names of their files, without the ending.
@@ -39,9 +38,13 @@ bool isAmongWords(const Words& words, const std::string& word) {
 }
 
 std::optional<KeyFile> readKeyFile(const std::filesystem::path& file) {
-  PosixDataProxy files;
-  const auto text = readFileOfAtMost(mostBytesInFile, file, files);
-  auto read = text.ok() ? KeyFile::parse(text.value()) : Result<KeyFile>::failure(text.error());
+  // Some systems install nothing but links.
+  std::error_code failure;
+  const auto place = std::filesystem::canonical(file, failure);
+  if (failure) return std::nullopt;
+  const auto text = ForeignFiles::read(place);
+  if (!text.ok() || !text.value() || text.value()->size() > mostBytesInFile) return std::nullopt;
+  auto read = KeyFile::parse(*text.value());
   return read.ok() ? std::optional(std::move(read).takeValue()) : std::nullopt;
 }
 

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "facade/DialogBackend.h"
@@ -78,6 +79,9 @@ TEST_F(DialogBackendTest, PutsTheDesktopsOwnFirst) {
   write("b.portal", "org.freedesktop.impl.portal.Account;" + access, "x;GNOME");
   write("c.portal", access + "ible", "gnome");
   write("d.txt", access, "gnome");
+  std::filesystem::rename(directory / "portals/b.portal", directory / "b");
+  std::filesystem::create_symlink("../b", directory / "portals/b.portal");
+  EXPECT_EQ(::mkfifo((directory / "portals/e.portal").c_str(), 0600), 0);
   EXPECT_EQ(asked(), "Ba");
 }
 
