@@ -29,12 +29,13 @@ struct Callers::Caller final {
   std::shared_ptr<Account> account = {};
   std::chrono::steady_clock::time_point identified = {};
   // What came before the caller was known, and what keeps the program from ending meanwhile.
+  bool isBeingIdentified = false;
   std::vector<Request> early = {};
   IdleEnd::Hold hold = {};
   // Each request of this connection's that is under way has a copy.
   std::shared_ptr<void> mark = std::make_shared<char>();
 
-  [[nodiscard]] bool isIdle() const { return early.empty() && identity && mark.use_count() == 1; }
+  [[nodiscard]] bool isIdle() const { return !isBeingIdentified && mark.use_count() == 1; }
 };
 
 Callers::Callers(Identify identifyCaller, IdleEnd& idleEnd, const CallerLimits& given, Clock clock)
@@ -49,9 +50,9 @@ bool Callers::makeRoom() {
   return callers.size() < limits.connections;
 }
 
-void Callers::beginToIdentify(const std::string& uniqueName) {
-  Caller& caller = callers[uniqueName];
+void Callers::beginToIdentify(const std::string& uniqueName, Caller& caller) {
   caller.identity.reset();
+  caller.isBeingIdentified = true;
   caller.hold = idle.hold();
   identify(uniqueName, [weak = weak_from_this(), uniqueName](const auto& answer) {
     if (const auto self = weak.lock()) self->learn(uniqueName, answer);
@@ -66,10 +67,9 @@ void Callers::serve(const std::string& uniqueName, Request request) {
   const auto found = callers.find(uniqueName);
   const bool isKnown = found != callers.end();
   if (!isKnown && !makeRoom()) return request.refuse(busy());
-  const bool isOutdated =
-      isKnown && found->second.identity && now() - found->second.identified > limits.identity;
-  if (!isKnown || isOutdated) beginToIdentify(uniqueName);
-  Caller& caller = callers[uniqueName];
+  Caller& caller = isKnown ? found->second : callers[uniqueName];
+  const bool isOutdated = !caller.identity || now() - caller.identified > limits.identity;
+  if (isOutdated && !caller.isBeingIdentified) beginToIdentify(uniqueName, caller);
   if (caller.identity) return enqueue(caller, std::move(request));
   std::size_t bytes = request.sizeInBytes;
   for (const Request& early : caller.early) bytes += early.sizeInBytes;
@@ -86,10 +86,12 @@ void Callers::learn(const std::string& uniqueName, const Result<CallerIdentity>&
   if (found == callers.end()) return;
   std::vector<Request> early = std::exchange(found->second.early, {});
   const IdleEnd::Hold hold = std::exchange(found->second.hold, nullptr);
+  found->second.isBeingIdentified = false;
   outstanding -= early.size();
   for (const Request& request : early) outstandingBytes -= request.sizeInBytes;
   if (!caller.ok()) {
-    callers.erase(found);
+    // What it asked before is still under way: it stays known, and is identified for the next call.
+    if (found->second.isIdle()) callers.erase(found);
     const ErrorPtr error =
         makeFacadeError(NotPermittedError, "it cannot be told with certainty which program calls");
     for (const Request& request : early) request.refuse(error);

@@ -66,7 +66,7 @@ class Callers final : public std::enable_shared_from_this<Callers> {
   struct Account;
   struct Caller;
   [[nodiscard]] bool makeRoom();
-  void beginToIdentify(const std::string& uniqueName);
+  void beginToIdentify(const std::string& uniqueName, Caller& caller);
   void learn(const std::string& uniqueName, const Result<CallerIdentity>& caller);
   [[nodiscard]] std::shared_ptr<Account> accountOf(const CallerIdentity& caller);
   void enqueue(const Caller& caller, Request request);

@@ -118,6 +118,10 @@ TEST_F(CallersTest, LooksAgainAfterAWhileWhoCalls) {
   EXPECT_EQ(done.back(), "b");
   pending.extract(":1.1").mapped()(Result<CallerIdentity>::failure(makePosixError(ESRCH, "tell")));
   EXPECT_THAT(refused, testing::ElementsAre(std::string("c ") + NotPermittedError));
+  EXPECT_TRUE(callers->knows(":1.1")) << "a call of it is under way";
+  call(":1.1", "d");
+  identify(":1.1", "org.example.A");
+  EXPECT_EQ(done.back(), "d");
 }
 
 TEST_F(CallersTest, RefusesCallersThatCannotBeTold) {
