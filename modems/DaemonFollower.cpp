@@ -1,5 +1,6 @@
 #include "modems/DaemonFollower.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <utility>
 
@@ -8,20 +9,17 @@
 namespace quenlet {
 namespace {
 
-constexpr double retryDelaySeconds = 30;
-
 // A daemon's own sentence may hold the number of a card.
-ErrorPtr withoutSentence(const Error& error) {
+ErrorPtr withoutSentence(const char* sentence, const Error& error) {
   const std::string name = busErrorName(error);
-  return makeError(error.domain(), error.code(),
-                   "cannot read the modems" + (name.empty() ? "" : ": " + name));
+  return makeError(error.domain(), error.code(), sentence + (name.empty() ? "" : ": " + name));
 }
 
 }  // namespace
 
-DaemonFollower::DaemonFollower(BusLoop& loop, BusConnection& bus,
+DaemonFollower::DaemonFollower(After runAfter, BusConnection& bus,
                                std::unique_ptr<ModemDaemonProtocol> followed, Handler handler)
-    : loop(loop),
+    : after(std::move(runAfter)),
       bus(bus),
       daemon(std::move(followed)),
       handler(std::move(handler)),
@@ -51,6 +49,7 @@ void DaemonFollower::cancelCalls() {
 void DaemonFollower::follow(const std::string& owner) {
   cancelCalls();
   isReading = false;
+  retrySeconds = firstRetrySeconds;
   if (owner.empty()) {
     handler({});
   } else {
@@ -73,7 +72,7 @@ void DaemonFollower::takeList(const Result<BusValues>& answer) {
   if (!listed) return fail(makePosixError(EBADMSG, "understand the list"));
   modems.clear();
   awaitedCards = 0;
-  isIncomplete = false;
+  cardProblem = nullptr;
   for (const ListedModem& each : *listed) {
     const std::size_t place = modems.size();
     modems.push_back(each.modem);
@@ -90,7 +89,7 @@ void DaemonFollower::takeCard(std::size_t place, const Result<BusValues>& answer
     modems[place] = daemon->withCard(std::move(modems[place]), answer.value());
   } else {
     modems[place] = {modems[place].place, CardState::unknown, {}};
-    isIncomplete = true;
+    cardProblem = withoutSentence("cannot read a card", *answer.error());
   }
   if (--awaitedCards == 0) finish();
 }
@@ -102,21 +101,23 @@ void DaemonFollower::fail(const ErrorPtr& error) {
     handler({});
     return;
   }
-  problems.setProblem(withoutSentence(*error));
+  problems.setProblem(withoutSentence("cannot read the modems", *error));
   readLater();
 }
 
 void DaemonFollower::readLater() {
-  nextTry = loop.after(retryDelaySeconds, [this] { read(); });
+  nextTry = after(retrySeconds, [this] { read(); });
+  retrySeconds = std::min(2 * retrySeconds, mostRetrySeconds);
 }
 
 void DaemonFollower::finish() {
   isReading = false;
-  problems.setProblem(nullptr);
+  problems.setProblem(cardProblem);
+  if (!cardProblem) retrySeconds = firstRetrySeconds;
   handler(modems);
   if (hasNews) {
     read();
-  } else if (isIncomplete) {
+  } else if (cardProblem) {
     readLater();
   }
 }

@@ -12,15 +12,22 @@
 namespace quenlet {
 
 // Follows the modems of one daemon: reads them anew whenever the daemon comes, or has news, one
-// reading after the other. Never starts the daemon. A reading that fails is reported on standard
-// error without what the daemon said, and done again half a minute later. Use on the loop's thread
-// only; the loop and the connection outlive it.
+// reading after the other. Never starts the daemon. A list or a card that cannot be read is
+// reported on standard error, by the name of the error alone, and read again half a minute later,
+// then after twice as long each time, up to `mostRetrySeconds`. Use on the loop's thread only; the
+// connection outlives it.
 class DaemonFollower final {
  public:
   // All modems that the daemon has; none without a daemon.
   using Handler = std::function<void(const std::vector<Modem>& modems)>;
 
-  DaemonFollower(BusLoop& loop, BusConnection& bus, std::unique_ptr<ModemDaemonProtocol> daemon,
+  // As BusLoop::after.
+  using After = std::function<std::shared_ptr<Cancelable>(double delaySeconds, Block block)>;
+
+  static constexpr double firstRetrySeconds = 30;
+  static constexpr double mostRetrySeconds = 480;
+
+  DaemonFollower(After after, BusConnection& bus, std::unique_ptr<ModemDaemonProtocol> daemon,
                  Handler handler);
   ~DaemonFollower();
   DaemonFollower(const DaemonFollower&) = delete;
@@ -36,7 +43,7 @@ class DaemonFollower final {
   void readLater();
   void cancelCalls();
 
-  BusLoop& loop;
+  const After after;
   BusConnection& bus;
   const std::unique_ptr<ModemDaemonProtocol> daemon;
   const Handler handler;
@@ -47,7 +54,8 @@ class DaemonFollower final {
   std::vector<std::shared_ptr<Cancelable>> calls;
   std::vector<Modem> modems;
   std::size_t awaitedCards = 0;
-  bool isIncomplete = false;
+  ErrorPtr cardProblem;
+  double retrySeconds = firstRetrySeconds;
   bool isReading = false;
   bool hasNews = false;
 };

@@ -33,7 +33,10 @@ int followModems(BusLoop& loop, NumbersFile& file) {
   ErrorPtr failure;
   const auto follow = [&](std::unique_ptr<ModemDaemonProtocol> daemon) {
     const std::string name = daemon->name();
-    return std::make_unique<DaemonFollower>(loop, *opened.value(), std::move(daemon),
+    const auto after = [&loop](double delaySeconds, Block block) {
+      return loop.after(delaySeconds, std::move(block));
+    };
+    return std::make_unique<DaemonFollower>(after, *opened.value(), std::move(daemon),
                                             [&, name](const std::vector<Modem>& modems) {
                                               if (failure) return;
                                               failure = file.takeModems(name, modems);

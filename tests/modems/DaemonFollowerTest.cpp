@@ -11,6 +11,11 @@ namespace {
 
 using testing::ElementsAre;
 
+class Ignored final : public Cancelable {
+ public:
+  void cancel() override {}
+};
+
 // Follows a daemon with one modem, or two.
 class DaemonFollowerTest : public testing::Test {
  protected:
@@ -40,7 +45,14 @@ class DaemonFollowerTest : public testing::Test {
   BusLoop loop;
   FakeBus bus{loop};
   std::vector<std::string> told;
-  DaemonFollower follower{loop, *bus.connection, std::make_unique<OfonoDaemon>(),
+  std::vector<double> delays;
+  Block retry;
+  DaemonFollower follower{[this](double delaySeconds, Block block) {
+                            delays.push_back(delaySeconds);
+                            retry = std::move(block);
+                            return std::make_shared<Ignored>();
+                          },
+                          *bus.connection, std::make_unique<OfonoDaemon>(),
                           [this](const std::vector<Modem>& modems) {
                             std::string text;
                             for (const Modem& modem : modems) {
@@ -84,12 +96,28 @@ TEST_F(DaemonFollowerTest, TellsOfNothingThatADaemonSaidThatHasGone) {
   EXPECT_THAT(told, ElementsAre("", "/m0=111;"));
 }
 
-TEST_F(DaemonFollowerTest, LeavesACardUnknownThatItCannotRead) {
+TEST_F(DaemonFollowerTest, ReportsACardThatItCannotReadAndAsksForItLessAndLessOften) {
+  testing::internal::CaptureStderr();
   answerList(2);
-  bus.fail(bus.take("GetProperties"), "org.ofono.Error.InProgress");
+  for (int turn = 0; turn < 6; ++turn) {
+    bus.fail(bus.take("GetProperties"), "org.ofono.Error.InProgress");
+    answerCard("111");
+    EXPECT_EQ(told.back(), "/m0=?-;/m1=111;");
+    EXPECT_TRUE(bus.calls.empty()) << "not at once";
+    retry();
+    answerList(2);
+  }
+  EXPECT_THAT(delays, ElementsAre(30, 60, 120, 240, 480, 480));
+  answerCard("222");
   answerCard("111");
-  EXPECT_THAT(told, ElementsAre("/m0=?-;/m1=111;"));
-  EXPECT_TRUE(bus.calls.empty()) << "not at once";
+  EXPECT_EQ(told.back(), "/m0=222;/m1=111;");
+  EXPECT_EQ(delays.size(), 6U);
+  change("Present");
+  bus.fail(bus.take("GetModems"), "org.ofono.Error.Failed");
+  EXPECT_EQ(delays.back(), 30) << "it was well in between";
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "quenlet: org.ofono: cannot read a card: org.ofono.Error.InProgress\n"
+            "quenlet: org.ofono: cannot read the modems: org.ofono.Error.Failed\n");
 }
 
 TEST_F(DaemonFollowerTest, ReportsAListThatItCannotReadWithoutItsSentence) {
