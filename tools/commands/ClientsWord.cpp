@@ -99,8 +99,9 @@ void writeApp(JSONWriter& json, const AllowedApp& app) {
   json.endObject();
 }
 
+// Without "apps" where it is not known which there are.
 void writeJSON(std::ostream& out, const ClientPrograms& clients,
-               const std::vector<AllowedApp>& apps) {
+               const Result<std::vector<AllowedApp>>& apps) {
   JSONWriter json;
   json.beginObject().key("programs").beginArray();
   for (const ClientProgram& program : clients.programs) writeProgram(json, program);
@@ -108,9 +109,13 @@ void writeJSON(std::ostream& out, const ClientPrograms& clients,
   for (const auto& [path, reason] : clients.ignored) {
     json.beginObject().key("path").value(path.native()).key("reason").value(reason).endObject();
   }
-  json.endArray().key("apps").beginArray();
-  for (const AllowedApp& app : apps) writeApp(json, app);
-  out << json.endArray().endObject().text() << "\n";
+  json.endArray();
+  if (apps.ok()) {
+    json.key("apps").beginArray();
+    for (const AllowedApp& app : apps.value()) writeApp(json, app);
+    json.endArray();
+  }
+  out << json.endObject().text() << "\n";
 }
 
 // "clients": shows which programs the agent serves.
@@ -136,19 +141,18 @@ void ClientsWord::addTo(CLI::App& app, ChosenAction& chosen) {
 
 ExitCode ClientsWord::run(Session& session) const {
   const ClientPrograms clients = ClientPrograms::read();
-  const auto read = readAllowedApps();
-  const auto apps = read.ok() ? read.value() : std::vector<AllowedApp>();
+  const auto apps = readAllowedApps();
   if (asJSON) {
     writeJSON(session.out, clients, apps);
   } else {
     writeText(session.out, clients, session.screen);
-    writeApps(session.out, apps, session.screen);
+    if (apps.ok()) writeApps(session.out, apps.value(), session.screen);
   }
-  if (read.ok()) return ExitCode::done;
+  if (apps.ok()) return ExitCode::done;
   // Without a desktop no app is served. The programs are all there.
-  if (read.error()->domain() != AppPermissionsErrorDomain) return session.failWith(read.error());
-  session.hint("sandboxed apps are not listed: " + read.error()->debugDescription());
-  session.hintAt(*read.error());
+  if (apps.error()->domain() != AppPermissionsErrorDomain) return session.failWith(apps.error());
+  session.hint("sandboxed apps are not listed: " + apps.error()->debugDescription());
+  session.hintAt(*apps.error());
   return ExitCode::done;
 }
 
