@@ -32,8 +32,9 @@ Result<std::vector<std::string>> UntoldAccounts::identifiers() const {
   if (list.value().array() == nullptr) return damage();
   std::vector<std::string> identifiers;
   for (const PropertyList& identifier : *list.value().array()) {
-    if (identifier.string() == nullptr) return damage();
-    identifiers.push_back(*identifier.string());
+    const std::string* text = identifier.string();
+    if (text == nullptr || PropertyListAccountStore::problemOfIdentifier(*text)) return damage();
+    identifiers.push_back(*text);
   }
   return Read::success(std::move(identifiers));
 }

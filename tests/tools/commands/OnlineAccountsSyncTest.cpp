@@ -168,6 +168,8 @@ TEST_F(OnlineAccountsSyncTest, TellsOfWhatAnEarlierSyncWroteBeforeItWasCutShort)
   EXPECT_EQ(sync(), "0 ");
 
   for (const char* mark : {"damaged", "<plist version=\"1.0\"><array><true/></array></plist>",
+                           "<plist version=\"1.0\"><array><string/></array></plist>",
+                           "<plist version=\"1.0\"><array><string>a/b</string></array></plist>",
                            "<plist version=\"1.0\"><dict/></plist>"}) {
     home.write("Library/Accounts/.untold.plist", mark);
     EXPECT_EQ(sync(), "0 account gnome-a gnome-a;account gnome-b gnome-b;account gnome-c gnome-c;");
