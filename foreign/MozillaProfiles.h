@@ -15,8 +15,8 @@ class MozillaProfiles final {
 
   MozillaProfiles() = delete;
 
-  // The directories that profiles.ini in each of `roots` names; none for a root without one. An
-  // error, too, when one of them is missing.
+  // The directories that profiles.ini in each of `roots` names; none for a root without one. One
+  // that was deleted is left out. An error, too, when one is missing and may be on another disk.
   [[nodiscard]] static Result<Paths> in(const std::vector<std::filesystem::path>& roots);
 };
 

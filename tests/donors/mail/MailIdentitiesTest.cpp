@@ -139,14 +139,14 @@ user_pref("mail.identity.id4.useremail", "former@example.org");
 )";
   const std::string prefs = ".thunderbird/x.default/prefs.js";
   const std::string whole = accounts + id1 + rest;
+  const std::string found =
+      "~/.thunderbird/x.default\nid1|Ann Berg|ann@example.org\n"
+      "~/.thunderbird/x.default\nid2||berg@example.org\n";
   const std::string bad = "!prefs.js of profile 1: ";
   expectFound(
       &thunderbirdIdentities,
       {{"nothing there", {}, ""},
-       {"relative",
-        {{profiles, one}, {prefs, whole}},
-        "~/.thunderbird/x.default\nid1|Ann Berg|ann@example.org\n"
-        "~/.thunderbird/x.default\nid2||berg@example.org\n"},
+       {"relative", {{profiles, one}, {prefs, whole}}, found},
        {"snap and Flatpak",
         {{"snap/thunderbird/common/" + profiles, one},
          {"snap/thunderbird/common/" + prefs, whole},
@@ -155,10 +155,19 @@ user_pref("mail.identity.id4.useremail", "former@example.org");
         "~/snap/thunderbird/common/.thunderbird/x.default\nid2||berg@example.org\n"},
        {"not used yet", {{profiles, one}, {".thunderbird/x.default/times.json", ""}}, ""},
        {"no account yet", {{profiles, one}, {prefs, "user_pref(\"a\", 1);\n"}}, ""},
-       {"a profile that is gone", {{profiles, one}}, "!profiles.ini: a profile is not there"},
+       {"a profile that was deleted",
+        {{profiles, "[Profile1]\nPath=gone/y\n[Profile2]\nPath=z\n" + one}, {prefs, whole}},
+        found},
+       {"one that is on another disk",
+        {{profiles, one + "[Profile12@]\nPath=/media/none/x\n"}, {prefs, whole}},
+        "!profiles.ini: the directory of [Profile12] is not there"},
+       {"one deleted there", {{profiles, one + "[Profile1]\nPath=../x\n"}, {prefs, whole}}, found},
+       {"a file in its place",
+        {{profiles, one}, {".thunderbird/x.default", ""}},
+        "!profiles.ini: the directory of [Profile0] is not there"},
        {"a list of profiles cut within one",
         {{profiles, general + one.substr(0, 37)}, {prefs, whole}},
-        "!profiles.ini: a profile has no path"},
+        "!profiles.ini: [Profile0] has no path"},
        {"one cut between groups",
         {{profiles, one.substr(0, 52)}, {prefs, whole}},
         "!profiles.ini: it has no group \"General\""},
@@ -190,6 +199,10 @@ user_pref("mail.identity.id4.useremail", "former@example.org");
   EXPECT_THAT(textOf(thunderbirdIdentities({home.path(), home.path()})),
               testing::StartsWith((home / "far").native() + "\nid1|Ann Berg|"))
       << "absolute";
+  std::filesystem::create_directory_symlink("none", home / ".thunderbird/disk");
+  home.write(profiles, general + "[Profile0]\nPath=disk/x\n");
+  EXPECT_EQ(textOf(thunderbirdIdentities({home.path(), home.path()})),
+            "!profiles.ini: the directory of [Profile0] is not there");
 }
 
 TEST(MailIdentitiesTest, FindsThoseOfKMailAndGeary) {
