@@ -17,18 +17,33 @@ constexpr std::string_view extension = ".source";
 // All sources are in memory together. A thousand times as much as people have.
 constexpr std::size_t mostBytesTogether = std::size_t{8} << 20;
 
-// By their identifiers, which the files are named after.
-using Sources = std::map<std::string, KeyFile>;
+struct Source final {
+  KeyFile content;
+  std::size_t number;  // of the file
+};
 
-// Null for a source with all that the server and its clients always write, even when it is empty.
+// By their identifiers, which the files are named after.
+using Sources = std::map<std::string, Source>;
+
 // A source without a group of its own would be for nothing.
 ErrorPtr problemOf(const KeyFile& source) {
+  if (!source.hasGroup(sourceGroup)) return damage("it has no group \"Data Source\"");
+  return source.groups().size() < 2 ? damage("it lacks what all sources have") : nullptr;
+}
+
+bool isOfMail(const KeyFile& source) {
+  return source.hasGroup(identityGroup) || source.hasGroup(mailAccountGroup);
+}
+
+// Null for a source of mail with all that the server and its clients always write, even when it is
+// empty. Others may be written by administrators and other programs, who leave out what has a
+// default.
+ErrorPtr problemOfMail(const KeyFile& source) {
   const auto has = [&](const char* group, const char* key) {
     return source.text(group, key).has_value();
   };
-  if (!source.hasGroup(sourceGroup)) return damage("it has no group \"Data Source\"");
-  if (!has(sourceGroup, "Enabled") || !has(sourceGroup, "Parent") || source.groups().size() < 2) {
-    return damage("it lacks what all sources have");
+  if (!has(sourceGroup, "Enabled") || !has(sourceGroup, "Parent")) {
+    return damage("it lacks what all sources of mail have");
   }
   const bool isWhole = !source.hasGroup(identityGroup) ||
                        (has(identityGroup, "Address") && has(identityGroup, "Name"));
@@ -40,7 +55,7 @@ class SourceReader final {
   explicit SourceReader(std::filesystem::path place) : directory(std::move(place)) {}
 
   // Files of other names are none.
-  ErrorPtr add(const std::string& name) {
+  ErrorPtr add(const std::string& name, std::size_t number) {
     if (!name.ends_with(extension)) return nullptr;
     const auto text = ForeignFiles::readLines(directory / name);
     if (!text.ok()) return text.error();
@@ -53,7 +68,8 @@ class SourceReader final {
     Result<KeyFile> source = KeyFile::parse(*text.value());
     if (!source.ok()) return source.error();
     if (ErrorPtr problem = problemOf(source.value())) return problem;
-    sources.emplace(name.substr(0, name.size() - extension.size()), std::move(source).takeValue());
+    sources.emplace(name.substr(0, name.size() - extension.size()),
+                    Source{std::move(source).takeValue(), number});
     return nullptr;
   }
 
@@ -67,23 +83,36 @@ class SourceReader final {
 // Whether an account has an identity whose file has lost it.
 bool hasLostIdentity(const Sources& sources) {
   for (const auto& [identifier, source] : sources) {
-    const auto identity = sources.find(source.text(mailAccountGroup, "IdentityUid").value_or(""));
-    if (identity != sources.end() && !identity->second.hasGroup(identityGroup)) return true;
+    const auto identity =
+        sources.find(source.content.text(mailAccountGroup, "IdentityUid").value_or(""));
+    if (identity != sources.end() && !identity->second.content.hasGroup(identityGroup)) return true;
   }
   return false;
 }
 
 // The source that this one belongs to, or null.
-const KeyFile* parentOf(const KeyFile& source, const Sources& sources) {
+const Source* parentOf(const KeyFile& source, const Sources& sources) {
   const auto parent = sources.find(source.text(sourceGroup, "Parent").value_or(""));
   return parent == sources.end() ? nullptr : &parent->second;
 }
 
+// A source of mail, or the parent of one, that lacks something, and the problem with it.
+std::pair<const Source*, ErrorPtr> findProblem(const Sources& sources) {
+  for (const auto& [identifier, source] : sources) {
+    if (!isOfMail(source.content)) continue;
+    for (const Source* each : {&source, parentOf(source.content, sources)}) {
+      ErrorPtr problem = each == nullptr ? nullptr : problemOfMail(each->content);
+      if (problem) return {each, std::move(problem)};
+    }
+  }
+  return {};
+}
+
 bool isUsed(const KeyFile& source, const Sources& sources) {
-  const KeyFile* parent = parentOf(source, sources);
   if (source.isFalse(sourceGroup, "Enabled")) return false;
-  return parent == nullptr ||
-         (!parent->isFalse(sourceGroup, "Enabled") && !parent->hasGroup("GNOME Online Accounts"));
+  const Source* parent = parentOf(source, sources);
+  return parent == nullptr || (!parent->content.isFalse(sourceGroup, "Enabled") &&
+                               !parent->content.hasGroup("GNOME Online Accounts"));
 }
 
 MailIdentity identityOf(const std::string& identifier, const KeyFile& source) {
@@ -105,20 +134,24 @@ MailIdentities evolutionIdentities(const UserPlaces& places) {
   };
   const auto names = ForeignFiles::names(directory);
   if (!names.ok()) return fail(where, *names.error());
+  const auto fileAt = [&](std::size_t number) {
+    return "file " + std::to_string(number) + " in " + where;
+  };
   SourceReader reader(directory);
   std::size_t number = 0;
   for (const std::string& name : names.value()) {
     ++number;
-    if (const ErrorPtr error = reader.add(name)) {
-      return fail("file " + std::to_string(number) + " in " + where, *error);
-    }
+    if (const ErrorPtr error = reader.add(name, number)) return fail(fileAt(number), *error);
   }
   const Sources& sources = reader.sources;
+  const auto [file, problem] = findProblem(sources);
+  if (problem) return fail(fileAt(file->number), *problem);
   if (hasLostIdentity(sources)) return fail(where, *damage("an account's identity is not whole"));
   std::vector<MailIdentity> identities;
   for (const auto& [identifier, source] : sources) {
-    if (!source.hasGroup(identityGroup) || !isUsed(source, sources)) continue;
-    identities.push_back(identityOf(identifier, source));
+    const KeyFile& content = source.content;
+    if (!content.hasGroup(identityGroup) || !isUsed(content, sources)) continue;
+    identities.push_back(identityOf(identifier, content));
   }
   return MailIdentities::success(std::move(identities));
 }

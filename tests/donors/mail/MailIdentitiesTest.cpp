@@ -60,6 +60,8 @@ TEST(MailIdentitiesTest, FindsThoseOfEvolutionThatAreInUseAndNotOfOnlineAccounts
   const std::string online = "[GNOME Online Accounts]\nAccountId=account_17\n";
   const std::string collection = "[Collection]\nIdentity=ann\n";
   const std::string account = source("", "[Mail Account]\nIdentityUid=a\n");
+  const std::string bare = "[Data Source]\nDisplayName=Set up by the office\n";
+  const std::string lacking = " in evolution/sources: it lacks what all sources of mail have";
   expectFound(
       &evolutionIdentities,
       {{"nothing there", {}, ""},
@@ -90,9 +92,22 @@ TEST(MailIdentitiesTest, FindsThoseOfEvolutionThatAreInUseAndNotOfOnlineAccounts
        {"one is another file",
         {{directory + "a.source", ann}},
         "!file 1 in evolution/sources: it has no group \"Data Source\""},
-       {"cut before the parent",
-        {{directory + "a.source", source("", "").substr(0, 63) + ann}},
-        "!file 1 in evolution/sources: it lacks what all sources have"},
+       {"an identity, an account and their parents that lack what these have",
+        {{directory + "a.source", bare + ann}},
+        "!file 1" + lacking},
+       {"",
+        {{directory + "a.source", source("", ann)},
+         {directory + "b.source", bare + "[Mail Account]\n"}},
+        "!file 2" + lacking},
+       {"",
+        {{directory + "a.source", source("", ann)},
+         {directory + "b.source", source("c", "[Mail Account]\n")},
+         {directory + "c.source", bare + collection}},
+        "!file 3" + lacking},
+       {"another source that lacks it",
+        {{directory + "a.source", source("", address + "Name=\n")},
+         {directory + "b.source", bare + "[Calendar]\n"}},
+        "a||ann@example.org\n"},
        {"cut before the identity",
         {{directory + "a.source", source("", "")}},
         "!file 1 in evolution/sources: it lacks what all sources have"},
