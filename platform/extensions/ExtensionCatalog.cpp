@@ -78,7 +78,8 @@ class ExtensionCatalog::Reading final {
       problems.emplace_back(file.native(), manifest.error());
       return;
     }
-    const auto read = std::make_shared<const ExtensionManifest>(std::move(manifest).takeValue());
+    const auto read = std::make_shared<ExtensionManifest>(std::move(manifest).takeValue());
+    read->file = file;
     if (content.byBundle.emplace(canonicalKey(read->bundleIdentifier), read).second) {
       content.manifests.push_back(read);
     }

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "model/DonationRecord.h"
@@ -46,6 +47,11 @@ bool isReserved(const std::string& bundleIdentifier) {
 
 bool ExtensionManifest::isDonorExtension() const {
   return extensionPoint == agentExtensionPoint && version == agentExtensionVersion;
+}
+
+bool ExtensionManifest::isStillInstalled() const {
+  std::error_code failure;
+  return std::filesystem::exists(std::filesystem::symlink_status(file, failure));
 }
 
 Outcome ExtensionManifest::read(std::string_view text, const std::filesystem::path& directory) {

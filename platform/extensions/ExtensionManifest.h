@@ -20,9 +20,13 @@ struct ExtensionManifest final {
   std::string version;
   // Absolute. Only manifests that are not for this agent may lack it.
   std::filesystem::path executable;
+  // Of a manifest in a catalog: where it was read.
+  std::filesystem::path file = {};
 
   // Whether it registers for this agent's extension point, in the version that the agent supports.
   [[nodiscard]] bool isDonorExtension() const;
+  // Whether `file` is still there, so that the owner has not switched it off since.
+  [[nodiscard]] bool isStillInstalled() const;
 
   // `directory` is the one of the manifest; a relative executable is relative to it. The error says
   // what is wrong with the manifest.

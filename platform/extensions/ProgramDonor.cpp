@@ -12,9 +12,18 @@
 namespace quenlet {
 namespace {
 
-void readRenewal(const Result<std::string>& reply,
+// Not null when the owner has switched the extension off since it was asked. What it gave is taken
+// back then, and an answer would bring it back.
+ErrorPtr problemOfLateAnswer(const ExtensionManifest& manifest) {
+  if (manifest.isStillInstalled()) return nullptr;
+  return makeExtensionError(ExtensionErrorCode::notInstalled,
+                            "it was switched off before its answer");
+}
+
+void readRenewal(const Result<std::string>& reply, const ExtensionManifest& manifest,
                  const DonorExtension::AcknowledgementHandler& handler) {
   if (!reply.ok()) return handler(std::nullopt, reply.error());
+  if (ErrorPtr problem = problemOfLateAnswer(manifest)) return handler(std::nullopt, problem);
   WireReader values(reply.value());
   const std::optional<Date> date = values.date();
   handler(date, boundedDonorError(ErrorWire::decode(values)));
@@ -63,20 +72,20 @@ void ProgramDonor::renewExpirationDateForDonatedValue(
       [value = std::move(value)](WireEncoder& encoder) {
         DonationWire::encodeValue(encoder, *value);
       },
-      [handler = std::move(acknowledgementHandler)](const Result<std::string>& reply) {
-        readRenewal(reply, handler);
-      });
+      [asked = manifest, handler = std::move(acknowledgementHandler)](
+          const Result<std::string>& reply) { readRenewal(reply, *asked, handler); });
 }
 
 void ProgramDonor::redonateAllValuesWithReason(std::uint64_t reason) {
   const auto programs = supervisor.lock();
   if (!programs) return;
-  fetchAllValuesWithReason(reason, [agent = receiver,
+  fetchAllValuesWithReason(reason, [asked = manifest, agent = receiver,
                                     problems = programs->problemsOf(manifest->bundleIdentifier)](
                                        Result<DonationValues> donated) {
     const auto living = agent.lock();
     if (!donated.ok()) return problems->setProblem(donated.error());
     if (donated.value().empty() || !living) return problems->setProblem(nullptr);
+    if (ErrorPtr problem = problemOfLateAnswer(*asked)) return problems->setProblem(problem);
     living->donateMeCardValues(std::move(donated).takeValue(),
                                [problems](const ErrorPtr& error) { problems->setProblem(error); });
   });

@@ -16,7 +16,8 @@ namespace quenlet {
 // Thread-safe.
 //
 // The values of a re-donation go to the receiver if all are of the extension's own bundle. No
-// caller waits for them, so problems are reported on standard error.
+// caller waits for them, so problems are reported on standard error. Neither these nor a renewal
+// are taken when the manifest has gone meanwhile.
 class ProgramDonor final : public DonorExtension {
  public:
   ProgramDonor(ExtensionManifestPtr installed, std::weak_ptr<ExtensionSupervisor> programs,

@@ -2,6 +2,7 @@
 
 #include <signal.h>
 
+#include "protocol/DonationWire.h"
 #include "tests/platform/extensions/HostFixture.h"
 #include "tests/support/ManualSchedulers.h"
 
@@ -225,6 +226,26 @@ TEST_F(ExtensionHostTest, TellsOnceInTheBackgroundOfRedonationsThatBroughtNothin
             "quenlet: extension script: why\n"
             "quenlet: extension script: the extension ended the connection\n");
   EXPECT_EQ(agent->takeCalls(), "");
+}
+
+TEST_F(ExtensionHostTest, TakesNoAnswerOfAnExtensionThatWasSwitchedOffMeanwhile) {
+  WireEncoder encoder;
+  DonationWire::encode(encoder, {email("ann@example.org", from("script", "email"))});
+  std::string bytes;
+  for (const char byte : encoder.bytes()) bytes += std::to_string(static_cast<uint8_t>(byte)) + ",";
+  for (const bool isOn : {true, false}) {
+    const DonorPtr donor =
+        loadScript("answer(request(), bytes([" + bytes + "0]))\nanswer(request())", quick);
+    if (!isOn) std::filesystem::remove(root / "system/script.plist");
+    testing::internal::CaptureStderr();
+    donor->redonateAllValuesWithReason(1);
+    renew(donor);
+    EXPECT_EQ(takeNotes(), isOn ? "7" : "!1");
+    EXPECT_EQ(agent->takeCalls(), isOn ? "donate 1;" : "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              isOn ? "" : "quenlet: extension script: it was switched off before its answer\n");
+    expectNothingLeft();
+  }
 }
 
 TEST_F(ExtensionHostTest, FailsWhatIsAskedWhenItGoes) {
