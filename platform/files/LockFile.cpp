@@ -72,9 +72,9 @@ Result<std::shared_ptr<LockFile>> LockFile::tryLock(const std::filesystem::path&
 }
 
 Result<std::shared_ptr<LockFile>> LockFile::lock(const std::filesystem::path& file,
-                                                 std::chrono::milliseconds patience) {
+                                                 std::chrono::milliseconds patience,
+                                                 std::chrono::milliseconds pause) {
   // Polls, because flock() has no time limit.
-  constexpr std::chrono::milliseconds pause(10);
   const auto deadline = std::chrono::steady_clock::now() + patience;
   auto locked = tryLock(file);
   while (!locked.ok() && locked.error()->code() == EWOULDBLOCK) {

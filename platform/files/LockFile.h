@@ -17,14 +17,16 @@ class LockFile final {
  public:
   // For locks that others hold only during one small write.
   static constexpr std::chrono::milliseconds usualPatience = std::chrono::seconds(2);
+  static constexpr std::chrono::milliseconds usualPause{10};
 
   // An error with code EWOULDBLOCK when somebody else holds the lock; another error when the file
   // cannot be opened or locked.
   [[nodiscard]] static Result<std::shared_ptr<LockFile>> tryLock(const std::filesystem::path& file);
-  // Waits up to `patience` for the current holder, then fails like tryLock(), with a sentence that
-  // names the process that holds the lock if the kernel tells.
+  // Waits up to `patience` for the current holder, looking again after each `pause`, then fails
+  // like tryLock(), with a sentence that names the process that holds the lock if the kernel tells.
   [[nodiscard]] static Result<std::shared_ptr<LockFile>> lock(
-      const std::filesystem::path& file, std::chrono::milliseconds patience = usualPatience);
+      const std::filesystem::path& file, std::chrono::milliseconds patience = usualPatience,
+      std::chrono::milliseconds pause = usualPause);
 
   LockFile(const LockFile&) = delete;
   LockFile& operator=(const LockFile&) = delete;

@@ -1,5 +1,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cerrno>
 #include <string>
 #include <vector>
 
@@ -97,11 +98,17 @@ ExitCode askDonors(Session& session, const std::vector<ManifestDirectory>& direc
   return code;
 }
 
+ExitCode giveUp(const Session& session, const ErrorPtr& error) {
+  const ErrorPtr failure = error->code() == EWOULDBLOCK ? CollectLock::leaveWord() : nullptr;
+  if (failure) session.warn("nothing looks again by itself: " + failure->description());
+  return session.failWith(error);
+}
+
 ExitCode CollectWord::collect(Session& session) const {
   const auto home = UserDirectories::homeDirectory();
   if (!home.ok()) return session.failWith(home.error());
   const auto lock = CollectLock::take([&] { session.tell("Waiting for another collect to end."); });
-  if (!lock.ok()) return session.failWith(lock.error());
+  if (!lock.ok()) return giveUp(session, lock.error());
   return collectFrom(session, ManifestDirectory::directoriesOf(
                                   EntitlementDatabase::prefixOfRunningProgram(), home.value()));
 }

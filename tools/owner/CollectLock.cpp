@@ -1,11 +1,14 @@
 #include "tools/owner/CollectLock.h"
 
+#include <fcntl.h>
+
 #include <cerrno>
 
 #include "platform/files/DonationFiles.h"
 #include "platform/files/DurableDirectory.h"
 #include "platform/files/PosixFileOperations.h"
 #include "platform/files/UserDirectories.h"
+#include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
 
@@ -23,7 +26,15 @@ Result<std::shared_ptr<LockFile>> CollectLock::take(const std::function<void()>&
   auto taken = LockFile::tryLock(file);
   if (taken.ok() || taken.error()->code() != EWOULDBLOCK) return taken;
   isWaiting();
-  return LockFile::lock(file, patience);
+  return LockFile::lock(file, patience, std::chrono::milliseconds(500));
+}
+
+ErrorPtr CollectLock::leaveWord() {
+  const auto directory = UserDirectories::runtimeDirectory();
+  if (!directory.ok()) return directory.error();
+  constexpr int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK;
+  const FileDescriptor made(::open((directory.value() / word).c_str(), flags, 0600));
+  return made.isOpen() ? nullptr : makePosixError(errno, "write " + std::string(word));
 }
 
 }  // namespace quenlet

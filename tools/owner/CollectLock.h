@@ -15,6 +15,8 @@ class CollectLock final {
  public:
   // Longer than some extensions that hang may take.
   static constexpr std::chrono::milliseconds patience = std::chrono::minutes(5);
+  // In the runtime directory. While it is there, quenlet-collect-wanted.path starts a collect.
+  static constexpr char word[] = "quenlet-collect-wanted";
 
   CollectLock() = delete;
 
@@ -22,6 +24,9 @@ class CollectLock final {
   // object is destroyed. An error when it takes longer than that, or when there is no home.
   [[nodiscard]] static Result<std::shared_ptr<LockFile>> take(
       const std::function<void()>& isWaiting);
+  // For a collect that has waited in vain: the unit that started it has no other news of what there
+  // is to look at. Null when the word is there.
+  [[nodiscard]] static ErrorPtr leaveWord();
 };
 
 }  // namespace quenlet
