@@ -74,7 +74,12 @@ class InstalledDonors final : public Observable<DonorObjectPtr> {
 
 ExtensionHost::ExtensionHost(std::vector<ManifestDirectory> manifestDirectories,
                              ExtensionSchedulers schedulers, ExtensionLimits limits)
-    : catalog(std::make_shared<ExtensionCatalog>(std::move(manifestDirectories))),
+    : ExtensionHost(std::make_shared<ExtensionCatalog>(std::move(manifestDirectories)),
+                    std::move(schedulers), limits) {}
+
+ExtensionHost::ExtensionHost(std::shared_ptr<const ExtensionCatalog> manifests,
+                             ExtensionSchedulers schedulers, ExtensionLimits limits)
+    : catalog(std::move(manifests)),
       supervisor(std::make_shared<ExtensionSupervisor>(std::move(schedulers), limits)) {}
 
 ExtensionHost::~ExtensionHost() { shutDown(); }

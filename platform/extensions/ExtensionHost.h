@@ -25,6 +25,8 @@ class ExtensionSupervisor;
 // directories and then of file names.
 class ExtensionHost final {
  public:
+  ExtensionHost(std::shared_ptr<const ExtensionCatalog> manifests, ExtensionSchedulers schedulers,
+                ExtensionLimits limits = {});
   ExtensionHost(std::vector<ManifestDirectory> manifestDirectories, ExtensionSchedulers schedulers,
                 ExtensionLimits limits = {});
   // Kills the programs and fails their requests. On the loop's thread, or while the loop is not
@@ -46,7 +48,7 @@ class ExtensionHost final {
       std::weak_ptr<CorvelProtocol> donationReceiver) const;
 
  private:
-  const std::shared_ptr<ExtensionCatalog> catalog;
+  const std::shared_ptr<const ExtensionCatalog> catalog;
   const std::shared_ptr<ExtensionSupervisor> supervisor;
 };
 

@@ -134,6 +134,8 @@ TEST_F(MailDonorsTest, GoWithTheAccountsOfGNOMEWhereTheseAreSwitchedOn) {
   EXPECT_EQ(countDonations(), 1) << "no other is asked";
   expect({{{"collect"}, 0, {"accounts of GNOME have not changed", "geary: 2 donations."}}});
   EXPECT_TRUE(cardHas("gnome@example.org"));
+  writeFile(extensions / "bad.plist", "damaged");
+  EXPECT_EQ(occurrences(quenlet({"collect"}).err, "bad.plist"), 1);
   writeFile(file, "[Account a_1]\n");
   expect({{{"collect"}, 1, {"stay as they are", "geary: 2 donations."}},
           {{"extension", "disable", "gnome-accounts"}, 0, {"1 removed", "Switched off"}},

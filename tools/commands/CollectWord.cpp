@@ -1,7 +1,9 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/files/UserDirectories.h"
@@ -28,7 +30,7 @@ class CollectWord final : public Command {
  private:
   [[nodiscard]] ExitCode collect(Session& session) const;
   [[nodiscard]] ExitCode collectFrom(Session& session,
-                                     const std::vector<ManifestDirectory>& directories) const;
+                                     std::shared_ptr<const ExtensionCatalog> manifests) const;
 
   std::vector<std::string> bundles;
 };
@@ -79,12 +81,12 @@ ExitCode followOnlineAccounts(Session& session) {
 }
 
 // Of the donors of `bundles`, or of all when there is none.
-ExitCode askDonors(Session& session, const std::vector<ManifestDirectory>& directories,
+ExitCode askDonors(Session& session, std::shared_ptr<const ExtensionCatalog> manifests,
                    const std::vector<std::string>& bundles, bool& isAnyInstalled) {
   // Before any program is started: without an agent, or while donations are off, it is in vain.
   const auto before = donationsOf(session.agent);
   if (!before.ok()) return session.failWith(before.error());
-  const DonorAnswers answers = DonorAnswers::ask(directories, bundles);
+  const DonorAnswers answers = DonorAnswers::ask(std::move(manifests), bundles);
   ExitCode code = ExitCode::done;
   if (answers.unreadable) code = session.failWith(answers.unreadable);
   for (const DonorAnswer& answer : answers.donors) {
@@ -109,24 +111,25 @@ ExitCode CollectWord::collect(Session& session) const {
   if (!home.ok()) return session.failWith(home.error());
   const auto lock = CollectLock::take([&] { session.tell("Waiting for another collect to end."); });
   if (!lock.ok()) return giveUp(session, lock.error());
-  return collectFrom(session, ManifestDirectory::directoriesOf(
-                                  EntitlementDatabase::prefixOfRunningProgram(), home.value()));
+  // One for all that look into it, so that it reports a bad manifest once.
+  return collectFrom(session, std::make_shared<ExtensionCatalog>(ManifestDirectory::directoriesOf(
+                                  EntitlementDatabase::prefixOfRunningProgram(), home.value())));
 }
 
 ExitCode CollectWord::collectFrom(Session& session,
-                                  const std::vector<ManifestDirectory>& directories) const {
+                                  std::shared_ptr<const ExtensionCatalog> manifests) const {
   std::vector<std::string> donors = bundles;
   const auto accounts =
       std::find(donors.begin(), donors.end(), OnlineAccountsSync::bundleIdentifier);
   const bool isOn =
-      (donors.empty() || accounts != donors.end()) && OnlineAccountsSync::isSwitchedOn(directories);
+      (donors.empty() || accounts != donors.end()) && OnlineAccountsSync::isSwitchedOn(*manifests);
   const ExitCode followed = isOn ? followOnlineAccounts(session) : ExitCode::done;
   if (isOn && accounts != donors.end()) {
     donors.erase(accounts);
     if (donors.empty()) return followed;
   }
   bool isAnyInstalled = false;
-  const ExitCode asked = askDonors(session, directories, donors, isAnyInstalled);
+  const ExitCode asked = askDonors(session, std::move(manifests), donors, isAnyInstalled);
   if (!isAnyInstalled && !isOn) session.out << "No donor extension is installed.\n";
   return asked == ExitCode::done ? followed : asked;
 }

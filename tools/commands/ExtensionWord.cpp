@@ -176,9 +176,9 @@ Extensions choose(const Session& session, const AvailableExtensions& available,
 }
 
 // Looks whether the agent will find it: it passes over what others could have written.
-ErrorPtr switchOn(const AvailableExtensions& available, const AvailableExtension& extension) {
+ErrorPtr switchOn(const AvailableExtensions& available, const AvailableExtension& extension,
+                  const ExtensionCatalog& catalog) {
   if (ErrorPtr error = available.enable(extension)) return error;
-  const ExtensionCatalog catalog(available.directories());
   if (catalog.read()->manifest(extension.manifest.bundleIdentifier).ok()) return nullptr;
   return makeError(PosixErrorDomain, EACCES,
                    available.fileOf(extension).native() +
@@ -195,13 +195,15 @@ ExitCode ExtensionWord::enable(Session& session, const AvailableExtensions& avai
   const Extensions chosen = choose(session, available, names);
   if (chosen.empty()) return ExitCode::refused;
   if (names.size() > 1 || chosen.size() > 1) warnOfDamage(session, available);
-  const auto before = ExtensionCatalog(available.directories()).read();
+  // One for all, so that it reports a bad manifest once.
+  const ExtensionCatalog catalog(available.directories());
+  const auto before = catalog.read();
   ExitCode code = ExitCode::done;
   bool isAnyNew = false;
   for (const AvailableExtension& extension : chosen) {
     if (before->manifest(extension.manifest.bundleIdentifier).ok()) {
       session.say(extension.name + " is on already.");
-    } else if (const ErrorPtr error = switchOn(available, extension)) {
+    } else if (const ErrorPtr error = switchOn(available, extension, catalog)) {
       code = session.failWith(error);
     } else {
       tellOn(session, extension);
@@ -240,10 +242,9 @@ ExitCode takeBackAll(Session& session, const AvailableExtension& extension) {
 }
 
 ExitCode switchOff(Session& session, const AvailableExtensions& available,
-                   const AvailableExtension& extension) {
+                   const AvailableExtension& extension, const ExtensionCatalog& catalog) {
   if (const ErrorPtr error = available.disable(extension)) return session.failWith(error);
-  const auto installed = ExtensionCatalog(available.directories()).read();
-  if (installed->manifest(extension.manifest.bundleIdentifier).ok()) {
+  if (catalog.read()->manifest(extension.manifest.bundleIdentifier).ok()) {
     return session.refuse("not-done", extension.name + " is on for all users, or elsewhere",
                           "quenlet reject keeps single values away");
   }
@@ -257,9 +258,10 @@ ExitCode ExtensionWord::disable(Session& session, const AvailableExtensions& ava
   // An answer on its way must not arrive after what was given is taken back.
   const auto lock = CollectLock::take([&] { session.tell("Waiting for a collect to end."); });
   if (!lock.ok()) return session.failWith(lock.error());
+  const ExtensionCatalog catalog(available.directories());
   ExitCode code = ExitCode::done;
   for (const AvailableExtension& extension : chosen) {
-    const ExitCode outcome = switchOff(session, available, extension);
+    const ExitCode outcome = switchOff(session, available, extension, catalog);
     if (outcome != ExitCode::done) code = outcome;
   }
   return code;

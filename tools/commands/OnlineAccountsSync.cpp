@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "platform/extensions/ExtensionCatalog.h"
 #include "platform/foundation/PropertyListError.h"
 #include "tools/owner/Hints.h"
 #include "tools/presentation/Wording.h"
@@ -51,8 +50,8 @@ ExitCode OnlineAccountsSync::withdraw() {
   return bringInLineWith({});
 }
 
-bool OnlineAccountsSync::isSwitchedOn(const std::vector<ManifestDirectory>& directories) {
-  const auto manifest = ExtensionCatalog(directories).read()->manifest(bundleIdentifier);
+bool OnlineAccountsSync::isSwitchedOn(const ExtensionCatalog& manifests) {
+  const auto manifest = manifests.read()->manifest(bundleIdentifier);
   return manifest.ok() && manifest.value()->extensionPoint == extensionPoint;
 }
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "foreign/OnlineAccounts.h"
-#include "platform/extensions/ManifestDirectory.h"
+#include "platform/extensions/ExtensionCatalog.h"
 #include "tools/commands/AgentNotice.h"
 
 namespace quenlet {
@@ -23,8 +23,7 @@ class OnlineAccountsSync final {
   static constexpr char bundleIdentifier[] = "org.quenlet.sources.gnome-accounts";
   static constexpr char extensionPoint[] = "ovaro.quenlet.account-source";
 
-  // Whether it is switched on in one of the directories.
-  [[nodiscard]] static bool isSwitchedOn(const std::vector<ManifestDirectory>& directories);
+  [[nodiscard]] static bool isSwitchedOn(const ExtensionCatalog& manifests);
 
   OnlineAccountsSync(Session& currentSession, UserAccounts& ownersAccounts)
       : session(currentSession), accounts(ownersAccounts) {}

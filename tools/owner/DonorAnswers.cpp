@@ -1,7 +1,6 @@
 #include "tools/owner/DonorAnswers.h"
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 
 #include "platform/extensions/ExtensionError.h"
@@ -76,11 +75,11 @@ void waitForAnswers(const Donors& donors, EventLoop& loop, std::vector<DonorAnsw
 
 }  // namespace
 
-DonorAnswers DonorAnswers::ask(const std::vector<ManifestDirectory>& directories,
+DonorAnswers DonorAnswers::ask(std::shared_ptr<const ExtensionCatalog> manifests,
                                const std::vector<std::string>& bundles) {
   EventLoop loop;
   const auto onLoop = std::make_shared<EventLoopScheduler>(loop);
-  const ExtensionHost host(directories, {loop, onLoop, onLoop});
+  const ExtensionHost host(std::move(manifests), {loop, onLoop, onLoop});
   DonorAnswers answers;
   Donors donors = findDonors(host, answers.unreadable);
   if (!bundles.empty()) {

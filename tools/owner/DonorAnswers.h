@@ -1,10 +1,11 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "model/DonationValue.h"
-#include "platform/extensions/ManifestDirectory.h"
+#include "platform/extensions/ExtensionCatalog.h"
 #include "quenlet/Result.h"
 
 namespace quenlet {
@@ -24,8 +25,8 @@ struct DonorAnswers final {
 
   // Starts the programs and waits for all answers, under the limits that the agent has for them.
   // The donors of `bundles`, or all when there is none; one that is not installed answers with an
-  // error. Manifests that are passed over are reported on standard error.
-  [[nodiscard]] static DonorAnswers ask(const std::vector<ManifestDirectory>& directories,
+  // error.
+  [[nodiscard]] static DonorAnswers ask(std::shared_ptr<const ExtensionCatalog> manifests,
                                         const std::vector<std::string>& bundles);
 };
 

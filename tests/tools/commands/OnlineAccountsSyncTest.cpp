@@ -179,15 +179,15 @@ TEST_F(OnlineAccountsSyncTest, TellsOfWhatAnEarlierSyncWroteBeforeItWasCutShort)
 }
 
 TEST_F(OnlineAccountsSyncTest, IsSwitchedOnByAManifestOfItsOwnPoint) {
-  const std::vector<ManifestDirectory> directories = {{home.path(), "manifests"}};
-  EXPECT_FALSE(OnlineAccountsSync::isSwitchedOn(directories));
+  const ExtensionCatalog manifests({{home.path(), "manifests"}});
+  EXPECT_FALSE(OnlineAccountsSync::isSwitchedOn(manifests));
   for (const std::string point : {"ovaro.quenlet", OnlineAccountsSync::extensionPoint}) {
     home.write("manifests/any.plist",
                "<plist version=\"1.0\"><dict><key>extensionPoint</key><string>" + point +
                    "</string><key>version</key><string>1.0</string><key>executable</key>"
                    "<string>x</string><key>bundleIdentifier</key><string>" +
                    OnlineAccountsSync::bundleIdentifier + "</string></dict></plist>");
-    EXPECT_EQ(OnlineAccountsSync::isSwitchedOn(directories),
+    EXPECT_EQ(OnlineAccountsSync::isSwitchedOn(manifests),
               point == OnlineAccountsSync::extensionPoint);
   }
 }

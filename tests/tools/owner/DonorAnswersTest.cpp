@@ -16,7 +16,7 @@ class DonorAnswersTest : public testing::Test {
   }
   // "bundle:" and the number of values or "!" and the error's code, for each donor.
   std::string ask(const std::vector<std::string>& bundles) {
-    const DonorAnswers answers = DonorAnswers::ask({{root, "installed"}}, bundles);
+    const DonorAnswers answers = DonorAnswers::ask(catalog, bundles);
     std::string text = answers.unreadable ? "unreadable " : "";
     for (const auto& [bundle, donated] : answers.donors) {
       text += bundle + ":" +
@@ -28,7 +28,8 @@ class DonorAnswersTest : public testing::Test {
   }
 
   const TemporaryDirectory home;
-  const std::filesystem::path root = std::filesystem::canonical(home.path());
+  const std::shared_ptr<const ExtensionCatalog> catalog = std::make_shared<ExtensionCatalog>(
+      std::vector<ManifestDirectory>{{std::filesystem::canonical(home.path()), "installed"}});
 };
 
 TEST_F(DonorAnswersTest, AreThoseOfEachDonorWhateverBecomesOfTheOthers) {
