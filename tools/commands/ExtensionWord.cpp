@@ -227,7 +227,12 @@ ExitCode takeBackAll(Session& session, const AvailableExtension& extension) {
     const auto accounts = UserAccounts::open();
     if (!accounts.ok()) return session.failWith(accounts.error());
     const ExitCode code = OnlineAccountsSync(session, *accounts.value()).withdraw();
-    if (code == ExitCode::done) session.say("Switched off " + extension.name + ".");
+    if (code == ExitCode::done) {
+      session.say("Switched off " + extension.name + ".");
+    } else {
+      session.warn(extension.name + " is off, and not all that it gave is taken back");
+      session.hint("once the agent answers: quenlet extension disable " + extension.name);
+    }
     return code;
   }
   const ErrorPtr error = forget(session, bundle);

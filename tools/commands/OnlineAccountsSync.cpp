@@ -46,7 +46,10 @@ ExitCode OnlineAccountsSync::run() {
 ExitCode OnlineAccountsSync::withdraw() {
   const auto lock = accounts.store().lock();
   if (!lock.ok()) return session.failWith(lock.error());
-  if (const ErrorPtr error = tellWhatIsMarked()) return session.failWith(error);
+  if (const ErrorPtr error = tellWhatIsMarked()) {
+    session.warn("the accounts of GNOME stay until the agent can be told");
+    return session.failWith(error);
+  }
   return bringInLineWith({});
 }
 

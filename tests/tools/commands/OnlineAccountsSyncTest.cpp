@@ -137,6 +137,8 @@ TEST_F(OnlineAccountsSyncTest, TellsLaterWhatTheAgentCouldNotBeToldOf) {
   EXPECT_EQ(sync(), "3 account gnome-a gnome-a;");
   EXPECT_EQ(stored(), "gnome-a new@example.org gnome-c c@example.org ");
   EXPECT_EQ(sync(), "3 account gnome-a gnome-a;");
+  EXPECT_EQ(sync(&OnlineAccountsSync::withdraw), "3 account gnome-a gnome-a;");
+  EXPECT_THAT(err.str(), HasSubstr("stay until the agent can be told"));
   agent.setError(nullptr);
   // Whatever GNOME's file says meanwhile.
   home.write(".config/goa-1.0/accounts.conf", "[Account a]\nProvi");
