@@ -55,7 +55,7 @@ TEST_F(SourcesTest, KeepAccountsInStepWithTheCardAndCatchUpWithWhatChangedWithou
       << "saved a while later";
 }
 
-TEST_F(SourcesTest, LoseNoNewsOfGNOMEsAccountsWhenTheSyncIsKilled) {
+TEST_F(SourcesTest, LoseNoNewsOfAccountsWhenTheWordIsKilled) {
   std::string online;
   for (const std::string name : {"a", "b"}) {
     online += "[Account " + name + "]\nProvider=imap_smtp\nIdentity=x\nPresentationIdentity=x\n" +
@@ -64,16 +64,24 @@ TEST_F(SourcesTest, LoseNoNewsOfGNOMEsAccountsWhenTheSyncIsKilled) {
   writeFile(home / ".config/goa-1.0/accounts.conf", online);
   startAgent();
   ASSERT_TRUE(eventually([this] { return !agent->out().empty(); })) << "all accounts were read";
-  agent->signal(SIGSTOP);
-  {
-    const auto sync = start({bin / "quenlet", "account", "sync"});
-    EXPECT_TRUE(eventually(
-        [this] { return std::filesystem::exists(home / "Library/Accounts/gnome-b.plist"); }));
-  }  // Killed while it waits for the answer to the first of two.
-  agent->signal(SIGCONT);
-  EXPECT_TRUE(eventually([this] { return countDonations() >= 0; }));
-  EXPECT_FALSE(cardHas("b@example.org"));
+  // Killed while it waits for the agent's answer.
+  const auto cutShort = [this](const std::vector<std::string>& words, const std::string& written) {
+    agent->signal(SIGSTOP);
+    std::vector<std::string> command = {bin / "quenlet", "account"};
+    command.insert(command.end(), words.begin(), words.end());
+    {
+      const auto word = start(std::move(command));
+      EXPECT_TRUE(
+          eventually([&] { return std::filesystem::exists(home / "Library/Accounts" / written); }));
+    }
+    agent->signal(SIGCONT);
+    EXPECT_TRUE(eventually([this] { return countDonations() >= 0; }));
+  };
+  cutShort({"sync"}, "gnome-b.plist");
+  EXPECT_FALSE(cardHas("b@example.org")) << "it has heard of the first at most";
+  cutShort({"add", "--id", "work", "--username", "work@example.org"}, "work.plist");
   expect({{{"account", "sync"}, 0, {"cut short", "have not changed"}}});
+  EXPECT_TRUE(eventually([this] { return cardHas("work@example.org"); }));
   EXPECT_TRUE(eventually([this] { return cardHas("a@example.org") && cardHas("b@example.org"); }));
 }
 

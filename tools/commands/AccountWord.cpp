@@ -3,7 +3,7 @@
 
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/AccountEdit.h"
-#include "tools/commands/AgentNotice.h"
+#include "tools/commands/AccountNews.h"
 #include "tools/commands/Command.h"
 #include "tools/commands/OnlineAccountsSync.h"
 #include "tools/presentation/TerminalText.h"
@@ -30,9 +30,9 @@ constexpr char syncFooter[] =
     "touched. A file that cannot be read, is cut short or damaged changes nothing.";
 
 // Tells the agent, or makes the next one catch up.
-ExitCode tellAgent(const Session& session, const UserAccounts& accounts,
-                   const AccountPtr& oldAccount, const AccountPtr& newAccount) {
-  const AgentNotice notice = AgentNotice::give(session, accounts, oldAccount, newAccount);
+ExitCode tellAgent(const Session& session, const AccountNews& news,
+                   const AccountNews::Changes& changes) {
+  const AgentNotice notice = news.tell(changes);
   if (notice.outcome == AgentNotice::Outcome::failed) {
     session.warn("the agent does not follow the account store");
     return session.failWith(notice.error);
@@ -46,10 +46,13 @@ ExitCode tellAgent(const Session& session, const UserAccounts& accounts,
 // Writes the store, then tells the agent that `account` replaces `oldAccount`.
 ExitCode saveAndTell(Session& session, UserAccounts& accounts, const AccountPtr& oldAccount,
                      Account account) {
-  if (const ErrorPtr error = accounts.store().save(account)) return session.failWith(error);
-  session.say((oldAccount ? "Changed account " : "Added account ") + account.identifier + ".");
-  return tellAgent(session, accounts, oldAccount,
-                   std::make_shared<const Account>(std::move(account)));
+  AccountNews news(session, accounts);
+  const auto saved = std::make_shared<const Account>(std::move(account));
+  const auto changes = news.markBesideLeft({oldAccount, saved});
+  if (!changes.ok()) return session.failWith(changes.error());
+  if (const ErrorPtr error = accounts.store().save(*saved)) return session.failWith(error);
+  session.say((oldAccount ? "Changed account " : "Added account ") + saved->identifier + ".");
+  return tellAgent(session, news, changes.value());
 }
 
 std::string typeOf(const Account& account) {
@@ -81,8 +84,9 @@ void writeTable(std::ostream& out, const Screen& screen, const std::vector<Accou
 // "account add", "change", "remove", "sync" and "list": write the account store and tell the agent
 // about the change, as a program that keeps accounts would.
 //
-// The store is written first, and stays so even if the agent refuses. Concurrent programs wait for
-// each other until the agent is told: it hears of changes in the order of the store.
+// The store is written first, and stays so even if the agent refuses; the next word tells it again.
+// Concurrent programs wait for each other until the agent is told: it hears of changes in the order
+// of the store.
 class AccountWord final : public Command {
  public:
   void addTo(CLI::App& app, ChosenAction& chosen) override;
@@ -165,16 +169,22 @@ ExitCode AccountWord::change(Session& session, UserAccounts& accounts) const {
 ExitCode AccountWord::remove(Session& session, UserAccounts& accounts) const {
   const auto lock = accounts.store().lock();
   if (!lock.ok()) return session.failWith(lock.error());
+  if (const ErrorPtr problem = PropertyListAccountStore::problemOfIdentifier(removedIdentifier)) {
+    return session.failWith(problem);
+  }
   const Result<AccountPtr> present = accounts.store().accountWithIdentifier(removedIdentifier);
-  const ErrorPtr error = accounts.store().remove(removedIdentifier);
-  if (error && !PropertyListAccountStore::isUnknown(*error)) return session.failWith(error);
-  if (!error) session.say("Removed account " + removedIdentifier + ".");
   // The identifier alone is enough to remove an account's donations, if it cannot be read or its
   // file is already gone.
   const AccountPtr oldAccount =
       present.ok() ? present.value()
                    : std::make_shared<const Account>(Account{.identifier = removedIdentifier});
-  const ExitCode told = tellAgent(session, accounts, oldAccount, nullptr);
+  AccountNews news(session, accounts);
+  const auto changes = news.markBesideLeft({oldAccount, nullptr});
+  if (!changes.ok()) return session.failWith(changes.error());
+  const ErrorPtr error = accounts.store().remove(removedIdentifier);
+  if (error && !PropertyListAccountStore::isUnknown(*error)) return session.failWith(error);
+  if (!error) session.say("Removed account " + removedIdentifier + ".");
+  const ExitCode told = tellAgent(session, news, changes.value());
   return error ? session.failWith(error) : told;
 }
 

@@ -4,7 +4,6 @@
 #include <string>
 #include <utility>
 
-#include "platform/foundation/PropertyListError.h"
 #include "tools/owner/Hints.h"
 #include "tools/presentation/Wording.h"
 
@@ -64,49 +63,15 @@ ExitCode OnlineAccountsSync::bringInLineWith(std::vector<Account> present) {
   return hasConflict && code == ExitCode::done ? ExitCode::refused : code;
 }
 
-// What an earlier sync did not come to tell.
+// What an earlier word did not come to tell.
 ErrorPtr OnlineAccountsSync::tellWhatIsMarked() {
-  const auto news = marked();
-  if (!news.ok()) return news.error();
-  if (news.value().empty()) return accounts.untold().clear();
-  session.say("An earlier sync was cut short; the agent is told of " +
-              counted(news.value().size(), "account") + " again.");
-  return tell(news.value());
-}
-
-// All of GNOME's when the mark is damaged.
-Result<std::vector<std::string>> OnlineAccountsSync::markedIdentifiers() {
-  using Identifiers = Result<std::vector<std::string>>;
-  Identifiers marked = accounts.untold().identifiers();
-  if (marked.ok() || marked.error()->domain() != PropertyListErrorDomain) return marked;
-  session.warn("the mark of an earlier sync is damaged: the agent is told of all accounts");
-  const auto all = stored();
-  if (!all.ok()) return Identifiers::failure(all.error());
-  std::vector<std::string> identifiers;
-  for (const AccountPtr& account : onlineAccountsAmong(all.value())) {
-    identifiers.push_back(account->identifier);
+  const auto left = news.left();
+  if (!left.ok()) return left.error();
+  if (!left.value().empty()) {
+    session.say("An earlier change was cut short; the agent is told of " +
+                counted(left.value().size(), "account") + " again.");
   }
-  return Identifiers::success(std::move(identifiers));
-}
-
-// The marked accounts as the store has them now. Of what the agent has of them, their identifiers
-// say enough.
-Result<std::vector<OnlineAccountsSync::Change>> OnlineAccountsSync::marked() {
-  using Marked = Result<std::vector<Change>>;
-  std::vector<Change> news;
-  const auto identifiers = markedIdentifiers();
-  if (!identifiers.ok()) return Marked::failure(identifiers.error());
-  for (const std::string& identifier : identifiers.value()) {
-    const auto after = accounts.store().accountWithIdentifier(identifier);
-    // It is a change of its own that this sync mends.
-    if (!after.ok() && PropertyListAccountStore::isDamage(*after.error())) continue;
-    if (!after.ok() && !PropertyListAccountStore::isUnknown(*after.error())) {
-      return Marked::failure(after.error());
-    }
-    news.push_back({std::make_shared<const Account>(Account{.identifier = identifier}),
-                    after.ok() ? after.value() : nullptr});
-  }
-  return Marked::success(std::move(news));
+  return tell(left.value());
 }
 
 // Without GNOME's directory nobody can say that there are no accounts any more: another
@@ -170,8 +135,8 @@ ErrorPtr OnlineAccountsSync::collectChanges(std::vector<Account> present) {
 }
 
 ExitCode OnlineAccountsSync::apply() {
-  if (const ErrorPtr error = mark()) return session.failWith(error);
-  for (const Change& change : changes) {
+  if (const ErrorPtr error = news.mark(changes)) return session.failWith(error);
+  for (const AccountNews::Change& change : changes) {
     const ErrorPtr error = write(change);
     if (!error) continue;
     session.warn("the accounts of GNOME are taken over in part; the next sync goes on");
@@ -184,16 +149,8 @@ ExitCode OnlineAccountsSync::apply() {
   return session.failWith(error);
 }
 
-ErrorPtr OnlineAccountsSync::mark() const {
-  std::vector<std::string> identifiers;
-  for (const Change& change : changes) {
-    identifiers.push_back((change.after ? change.after : change.before)->identifier);
-  }
-  return identifiers.empty() ? nullptr : accounts.untold().mark(identifiers);
-}
-
-ErrorPtr OnlineAccountsSync::write(const Change& change) {
-  const std::string& identifier = (change.after ? change.after : change.before)->identifier;
+ErrorPtr OnlineAccountsSync::write(const AccountNews::Change& change) {
+  const std::string& identifier = change.identifier();
   if (isDamaged(identifier)) {
     session.warn("the file of the account " + identifier +
                  " is damaged: a copy is kept, and it is " +
@@ -204,19 +161,17 @@ ErrorPtr OnlineAccountsSync::write(const Change& change) {
                                : accounts.store().remove(identifier);
 }
 
-// Removes the mark when the agent knows of all of it, or is going to read all accounts.
-ErrorPtr OnlineAccountsSync::tell(const std::vector<Change>& news) {
-  for (const Change& change : news) {
-    const AgentNotice notice = AgentNotice::give(session, accounts, change.before, change.after);
-    if (notice.outcome == AgentNotice::Outcome::told) continue;
-    if (notice.outcome == AgentNotice::Outcome::failed && !isNotEnabled(*notice.error)) {
-      return notice.error;
-    }
-    session.say(notice.error ? "The agent reads them when donations come on."
-                             : "No agent runs; the next one reads them when it starts.");
-    break;
+// Null also for an agent that reads all accounts later.
+ErrorPtr OnlineAccountsSync::tell(const AccountNews::Changes& told) {
+  const AgentNotice notice = news.tell(told);
+  if (notice.outcome == AgentNotice::Outcome::told) return nullptr;
+  if (notice.outcome == AgentNotice::Outcome::left) {
+    session.say("No agent runs; the next one reads them when it starts.");
+    return nullptr;
   }
-  return accounts.untold().clear();
+  if (!isNotEnabled(*notice.error)) return notice.error;
+  session.say("The agent reads them when donations come on.");
+  return nullptr;
 }
 
 void OnlineAccountsSync::say() const {
@@ -224,8 +179,8 @@ void OnlineAccountsSync::say() const {
     session.say("The accounts of GNOME have not changed.");
     return;
   }
-  const auto isNew = [](const Change& change) { return !change.before; };
-  const auto isGone = [](const Change& change) { return !change.after; };
+  const auto isNew = [](const AccountNews::Change& change) { return !change.before; };
+  const auto isGone = [](const AccountNews::Change& change) { return !change.after; };
   const auto added = std::count_if(changes.begin(), changes.end(), isNew);
   const auto removed = std::count_if(changes.begin(), changes.end(), isGone);
   const auto changed = static_cast<std::ptrdiff_t>(changes.size()) - added - removed;

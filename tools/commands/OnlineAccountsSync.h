@@ -5,7 +5,7 @@
 
 #include "foreign/OnlineAccounts.h"
 #include "platform/extensions/ExtensionCatalog.h"
-#include "tools/commands/AgentNotice.h"
+#include "tools/commands/AccountNews.h"
 
 namespace quenlet {
 
@@ -26,35 +26,28 @@ class OnlineAccountsSync final {
   [[nodiscard]] static bool isSwitchedOn(const ExtensionCatalog& manifests);
 
   OnlineAccountsSync(Session& currentSession, UserAccounts& ownersAccounts)
-      : session(currentSession), accounts(ownersAccounts) {}
+      : session(currentSession), accounts(ownersAccounts), news(currentSession, ownersAccounts) {}
 
   [[nodiscard]] ExitCode run();
   // Removes all of them, as if GNOME had none.
   [[nodiscard]] ExitCode withdraw();
 
  private:
-  struct Change final {
-    AccountPtr before;  // null for one that came
-    AccountPtr after;   // null for one that went
-  };
-
   [[nodiscard]] ErrorPtr tellWhatIsMarked();
-  [[nodiscard]] Result<std::vector<Change>> marked();
-  [[nodiscard]] Result<std::vector<std::string>> markedIdentifiers();
   [[nodiscard]] ExitCode leaveAsTheyAre();
   [[nodiscard]] ExitCode bringInLineWith(std::vector<Account> present);
   [[nodiscard]] ErrorPtr collectChanges(std::vector<Account> present);
   [[nodiscard]] ExitCode apply();
-  [[nodiscard]] ErrorPtr mark() const;
-  [[nodiscard]] ErrorPtr write(const Change& change);
-  [[nodiscard]] ErrorPtr tell(const std::vector<Change>& news);
+  [[nodiscard]] ErrorPtr write(const AccountNews::Change& change);
+  [[nodiscard]] ErrorPtr tell(const AccountNews::Changes& told);
   [[nodiscard]] Result<std::vector<AccountPtr>> stored();
   [[nodiscard]] bool isDamaged(const std::string& identifier) const;
   void say() const;
 
   Session& session;
   UserAccounts& accounts;
-  std::vector<Change> changes;
+  AccountNews news;
+  AccountNews::Changes changes;
   std::vector<std::string> damaged;  // the identifiers of files that hold no account
   bool hasConflict = false;
 };

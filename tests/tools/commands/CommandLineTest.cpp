@@ -378,6 +378,24 @@ TEST_F(CommandLineTest, HasTheNextAgentReadAllAccountsOnceNoneRuns) {
                                                   testing::Not(HasSubstr("quenlet.accounts"))));
 }
 
+TEST_F(CommandLineTest, TellsWithTheNextChangeOfAccountsWhatTheAgentDidNotHear) {
+  // A word that it did not hear, the next one, and what it hears then.
+  const std::tuple<const char*, const char*, const char*> rows[] = {
+      {"add --id a", "add --id b", "account - b;account a a;"},
+      {"change --id a --type t", "remove --id a", "account a -;"},
+      {"remove --id b", "add --id b", "account b b;"},
+      {"remove --id b", "sync", "account b -;"},
+      {"add --id c", "change --id c", "account c c;"}};
+  for (const auto& [unheard, next, calls] : rows) {
+    agent.setError(makeServiceError(ServiceErrorCode::timedOut, "silent"));
+    EXPECT_EQ(run("account " + std::string(unheard)), 3) << unheard;
+    static_cast<void>(agent.takeCalls());
+    agent.setError(nullptr);
+    EXPECT_EQ(run("account " + std::string(next)), 0) << next;
+    EXPECT_EQ(agent.takeCalls(), calls) << next;
+  }
+}
+
 // It holds its files before it can be reached, and after.
 TEST_F(CommandLineTest, GivesAStartingAgentTenSecondsToHearOfAnAccount) {
   home.write(versions, "");

@@ -1,0 +1,78 @@
+#include "tools/commands/AccountNews.h"
+
+#include <memory>
+#include <utility>
+
+#include "platform/foundation/PropertyListError.h"
+#include "tools/owner/Hints.h"
+
+namespace quenlet {
+
+Result<std::vector<std::string>> AccountNews::markedIdentifiers() {
+  using Identifiers = Result<std::vector<std::string>>;
+  Identifiers marked = accounts.untold().identifiers();
+  if (marked.ok() || marked.error()->domain() != PropertyListErrorDomain) return marked;
+  session.warn("the mark of an earlier change is damaged: the agent is told of all accounts");
+  const auto all = accounts.store().accounts();
+  if (!all.ok()) return Identifiers::failure(all.error());
+  std::vector<std::string> identifiers;
+  for (const AccountPtr& account : all.value()) identifiers.push_back(account->identifier);
+  return Identifiers::success(std::move(identifiers));
+}
+
+// Of what the agent has of the accounts, their identifiers say enough.
+Result<AccountNews::Changes> AccountNews::left() {
+  Changes changes;
+  const auto identifiers = markedIdentifiers();
+  if (!identifiers.ok()) return Result<Changes>::failure(identifiers.error());
+  for (const std::string& identifier : identifiers.value()) {
+    const auto after = accounts.store().accountWithIdentifier(identifier);
+    // It is a change of its own to mend or remove it.
+    if (!after.ok() && PropertyListAccountStore::isDamage(*after.error())) continue;
+    if (!after.ok() && !PropertyListAccountStore::isUnknown(*after.error())) {
+      return Result<Changes>::failure(after.error());
+    }
+    changes.push_back({std::make_shared<const Account>(Account{.identifier = identifier}),
+                       after.ok() ? after.value() : nullptr});
+  }
+  return Result<Changes>::success(std::move(changes));
+}
+
+ErrorPtr AccountNews::mark(const Changes& changes) const {
+  if (changes.empty()) return nullptr;
+  std::vector<std::string> identifiers;
+  for (const Change& change : changes) identifiers.push_back(change.identifier());
+  return accounts.untold().mark(identifiers);
+}
+
+Result<AccountNews::Changes> AccountNews::markBesideLeft(Change change) {
+  Result<Changes> earlier = left();
+  if (!earlier.ok()) return earlier;
+  Changes all{std::move(change)};
+  for (const Change& each : earlier.value()) {
+    if (each.identifier() != all.front().identifier()) {
+      all.push_back(each);
+    } else {
+      // The agent may have of it what the store had before.
+      all.front().before = each.before;
+    }
+  }
+  if (ErrorPtr error = mark(all)) return Result<Changes>::failure(std::move(error));
+  return Result<Changes>::success(std::move(all));
+}
+
+AgentNotice AccountNews::tell(const Changes& changes) const {
+  AgentNotice notice;
+  for (const Change& change : changes) {
+    notice = AgentNotice::give(session, accounts, change.before, change.after);
+    if (notice.outcome != AgentNotice::Outcome::told) break;
+  }
+  // While donations are off it reads none, and all when they come on.
+  if (notice.outcome == AgentNotice::Outcome::failed && !isNotEnabled(*notice.error)) return notice;
+  if (ErrorPtr error = accounts.untold().clear()) {
+    return {AgentNotice::Outcome::failed, std::move(error)};
+  }
+  return notice;
+}
+
+}  // namespace quenlet
