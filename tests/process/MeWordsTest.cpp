@@ -21,36 +21,34 @@ TEST_F(MeWordsTest, TellsSoonThatTheAgentHangsWhateverTheWord) {
   const auto exported = temporary / "exported.plist";
   writeFile(exported, quenlet({"export"}).out);
   agent->stop();
-  std::vector<Row> rows = {
-      {{"card"}, 3, {"service-error 11", "hint: systemctl --user restart quenlet-agent\n"}},
-      {{"list"}, 3, {"did not answer within 5 seconds"}},
-      {{"status"}, 3, {"Agent       does not answer\n", "hint: "}},
-      {{"status", "--json"}, 3, {"\"agentAnswers\":false"}},
-      {{"import", exported}, 3, {"service-error 11"}},
-      {{"donate", own, "--bundle", "com.example.mail"}, 3, {"service-error 11"}},
-      {{"complete", "bundles"}, 0, {}},
-      {{"reset", "--yes"}, 1, {"not-possible 1"}},
-      {{"clients"}, 0, {}},
-      {{"rejections"}, 0, {}},
-      {{"doctor"}, 1, {"NOT WELL  agent", "do: systemctl --user restart quenlet-agent\n"}},
+  std::vector<std::tuple<std::string, int, const char*>> rows = {
+      {"card", 3, "hint: systemctl --user restart quenlet-agent\n"},
+      {"list", 3, "did not answer within 5 seconds"},
+      {"status", 3, "hint: the agent hangs"},
+      {"status --json", 3, "\"agentAnswers\":false"},
+      {"complete bundles", 0, ""},
+      {"reset --yes", 1, "not-possible 1"},
+      {"clients", 0, ""},
+      {"rejections", 0, ""},
+      {"doctor", 1, "do: systemctl --user restart quenlet-agent\n"},
   };
-  for (const std::string line :
-       {"me", "why x", "undo", "me --get phone", "clear-rejections", "export", "show --output -",
-        "remove id", "forget com.example.mail", "reject id", "reject-cluster id",
-        "account add --id id"}) {
-    std::istringstream words(line);
-    rows.push_back({{std::istream_iterator<std::string>(words), {}}, 3, {"service-error 11"}});
+  for (const char* words : {"me", "why x", "undo", "me --get phone", "clear-rejections", "export",
+                            "show --output -", "remove id", "forget com.example.mail", "reject id",
+                            "reject-cluster id", "account add --id id"}) {
+    rows.emplace_back(words, 3, "service-error 11");
   }
+  rows.emplace_back("import " + exported.native(), 3, "service-error 11");
+  rows.emplace_back("donate --bundle com.example.mail " + own.native(), 3, "service-error 11");
   const auto begin = std::chrono::steady_clock::now();
   std::vector<std::unique_ptr<ChildProcess>> running;
-  for (const Row& row : rows) {
-    std::vector<std::string> command = row.words;
-    command.insert(command.begin(), bin / "quenlet");
-    running.push_back(start(std::move(command)));
+  for (const auto& [line, code, said] : rows) {
+    std::istringstream words((bin / "quenlet ").native() + line);
+    running.push_back(start({std::istream_iterator<std::string>(words), {}}));
   }
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    EXPECT_EQ(running[i]->wait(), rows[i].code) << rows[i].words.front() << running[i]->err();
-    for (const std::string& text : rows[i].said) EXPECT_TRUE(running[i]->says(text)) << text;
+    const auto& [line, code, said] = rows[i];
+    EXPECT_EQ(running[i]->wait(), code) << line << running[i]->err();
+    EXPECT_TRUE(running[i]->says(said)) << line;
   }
   // All run at once, in less time than a word waits after a first answer, even on a busy machine.
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
@@ -65,21 +63,18 @@ TEST_F(MeWordsTest, PutsAnOwnCardInPlaceAndShowsItBeforeWhatWasDonated) {
   writeFile(own, cardText("Anna Berg", {"EMAIL;TYPE=home:anna@example.org", "TEL:none", picture}));
   writeFile(two, cardText("Anna Berg", {}) + cardText("Bo Berg", {}));
   writeFile(club, cardText("Chess", {"KIND:org"}));
-  expect({
-      {{"me", "set", own},
-       0,
-       {"now this one: Anna Berg\n", "line 5: TEL without a usable value\n"}},
-      {{"me", "set", own}, 0, {"This is your own card already: Anna Berg\n"}},
-      {{"me", "set", two}, 1, {"two.vcf: it holds 2 cards; your own is one\n"}},
-      {{"me", "set", club}, 1, {"club.vcf: "}},
-      {{"me", "set", temporary / "none"}, 1, {"posix-error 2"}},
-      {{"me", "sit"}, 2, {"hint: did you mean set?\n"}},
-      {{"me", "--get", "email"}, 0, {"anna@example.org\n"}},
-      {{"me", "--get", "phone"}, 3, {"hint: no agent runs"}},
-      {{"me", "--image", image}, 0, {"Wrote 14 bytes, GIF, to "}},
-      {{"me", "--image", image}, 1, {"posix-error 17", "hint: --force replaces it\n"}},
-      {{"me"}, 3, {"Image   14 bytes, GIF", "hint: no agent runs"}},
-  });
+  expect({"me", "set", own}, 0,
+         {"now this one: Anna Berg\n", "line 5: TEL without a usable value\n"});
+  expect({"me", "set", own}, 0, {"This is your own card already: Anna Berg\n"});
+  expect({"me", "set", two}, 1, {"two.vcf: it holds 2 cards; your own is one\n"});
+  expect({"me", "set", club}, 1, {"club.vcf: "});
+  expect({"me", "set", temporary / "none"}, 1, {"posix-error 2"});
+  expect({"me", "sit"}, 2, {"hint: did you mean set?\n"});
+  expect({"me", "--get", "email"}, 0, {"anna@example.org\n"});
+  expect({"me", "--get", "phone"}, 3, {"hint: no agent runs"});
+  expect({"me", "--image", image}, 0, {"Wrote 14 bytes, GIF, to "});
+  expect({"me", "--image", image}, 1, {"posix-error 17", "hint: --force replaces it\n"});
+  expect({"me"}, 3, {"Image   14 bytes, GIF", "hint: no agent runs"});
   EXPECT_EQ(readFile(ownersCard), readFile(own));
   EXPECT_EQ(std::filesystem::status(image).permissions(), std::filesystem::perms(0600));
   startAgent();
@@ -88,25 +83,20 @@ TEST_F(MeWordsTest, PutsAnOwnCardInPlaceAndShowsItBeforeWhatWasDonated) {
                 .code,
             0);
   writeFile(image, "other");
-  expect({
-      {{"me"},
-       0,
-       {"Name    Anna Berg               own card\n", "E-mail  anna@example.org  home  own card\n",
-        "        berg@example.org  work  from com.example.mail  until "}},
-      {{"me", "--format", "json"},
-       0,
-       {R"("value":"anna@example.org","label":"home","source":"own card"})",
-        R"("value":"berg@example.org","label":"work","source":"donated","origin":{"bundle)"}},
-      {{"me", "--format", "vcard"},
-       0,
-       {"EMAIL;TYPE=home:anna@example.org\r\nEMAIL;TYPE=work:berg@"}},
-      {{"me", "--get", "phone"}, 1, {"phone is not known\n"}},
-      {{"me", "--get", "name", "--format", "json"}, 2, {"usage 2"}},
-      {{"me", "--image", image, "--force"}, 0, {"GIF"}},
-      {{"status"},
-       0,
-       {"Donations   3\n", "line 5: TEL without a usable value\n", " served: quenlet clients\n"}},
-  });
+  expect(
+      {"me"}, 0,
+      {"Name    Anna Berg               own card\n", "E-mail  anna@example.org  home  own card\n",
+       "        berg@example.org  work  from com.example.mail  until "});
+  expect({"me", "--format", "json"}, 0,
+         {R"("value":"anna@example.org","label":"home","source":"own card"})",
+          R"("value":"berg@example.org","label":"work","source":"donated","origin":{"bundle)"});
+  expect({"me", "--format", "vcard"}, 0,
+         {"EMAIL;TYPE=home:anna@example.org\r\nEMAIL;TYPE=work:berg@"});
+  expect({"me", "--get", "phone"}, 1, {"phone is not known\n"});
+  expect({"me", "--get", "name", "--format", "json"}, 2, {"usage 2"});
+  expect({"me", "--image", image, "--force"}, 0, {"GIF"});
+  expect({"status"}, 0,
+         {"Donations   3\n", "line 5: TEL without a usable value\n", " served: quenlet clients\n"});
   EXPECT_EQ(readFile(image).size(), 14U);
   const std::string former = readFile(own);
   writeFile(own, cardText("Berta Berg", {}));
@@ -117,19 +107,18 @@ TEST_F(MeWordsTest, PutsAnOwnCardInPlaceAndShowsItBeforeWhatWasDonated) {
   const std::string large(std::size_t{33} << 20, 'x');
   mayRemark = true;  // of the card
   writeFile(ownersCard, large);
-  expect({{{"me", "set", own}, 0, {"The former one is kept: ", ".former-2\n"}}});
+  expect({"me", "set", own}, 0, {"The former one is kept: ", ".former-2\n"});
   EXPECT_EQ(readFile(ownersCard.native() + ".former-2").size(), large.size());
   disableDonations();
-  expect({{{"me"}, 1, {"Berta Berg", "hint: donations are off; turn them on: quenlet enable\n"}}});
+  expect({"me"}, 1, {"Berta Berg", "hint: donations are off; turn them on: quenlet enable\n"});
 }
 
 TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
   installCommand("systemctl", "echo enabled");
   std::filesystem::create_directories(home);
   ::setenv("XDG_RUNTIME_DIR", (temporary / "none").c_str(), 1);
-  expect({{{"doctor"},
-           1,
-           {"NOT WELL  agent        no agent runs\n", "well      files        0 files"}}});
+  expect({"doctor"}, 1,
+         {"NOT WELL  agent        no agent runs\n", "well      files        0 files"});
   EXPECT_TRUE(std::filesystem::is_empty(home));
   EXPECT_FALSE(std::filesystem::exists(temporary / "none"));
   ::setenv("XDG_RUNTIME_DIR", temporary.path().c_str(), 1);
@@ -145,13 +134,12 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
   writeFile(ownersCard, "no card");
   writeFile(home / "Library/Contacts/Feedback/feedback.plist", "<plist>");
   installCommand("systemctl", "echo masked");
-  expect({{{"doctor", "--wide"},
-           1,
-           {"donations.plist is open to others\n", "do: chmod go= " + donationsFile.native(),
-            "NOT WELL  own card",
-            "NOT WELL  records      feedback.plist is damaged: ", "NOT WELL  unit",
-            "do: systemctl --user unmask quenlet-agent.service\n", "well      agent"}},
-          {{"doctor", "--json"}, 1, {R"({"check":"own card","well":false,"found":)"}}});
+  expect(
+      {"doctor", "--wide"}, 1,
+      {"donations.plist is open to others\n", "do: chmod go= " + donationsFile.native(),
+       "NOT WELL  own card", "NOT WELL  records      feedback.plist is damaged: ", "NOT WELL  unit",
+       "do: systemctl --user unmask quenlet-agent.service\n", "well      agent"});
+  expect({"doctor", "--json"}, 1, {R"({"check":"own card","well":false,"found":)"});
   const std::string toEnable = "do: systemctl --user enable --now quenlet-agent\n";
   for (const auto& [service, socket, said] :
        {std::tuple<std::string, std::string, std::string>{
@@ -161,7 +149,7 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
         {"enabled", "masked", "do: systemctl --user unmask quenlet-agent.socket\n"}}) {
     installCommand("systemctl",
                    "[ $3 = quenlet-agent.socket ] && echo " + socket + " || echo " + service);
-    expect({{{"doctor", "--wide"}, 1, {said}}});
+    expect({"doctor", "--wide"}, 1, {said});
   }
   expect(
       {{{"clients", "--wide"}, 0, {(bin / "quenlet").native() + "  ", "  all         served  "}},

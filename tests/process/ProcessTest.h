@@ -181,19 +181,13 @@ class ProcessTest : public testing::Test {
     return ran;
   }
   // What a person types, how it ends, and what it says on either stream.
-  struct Row final {
-    std::vector<std::string> words;
-    int code;
-    std::vector<std::string> said;
-  };
-  void expect(const std::vector<Row>& rows) {
-    for (const auto& [words, code, said] : rows) {
-      const Ran ran = quenlet(words);
-      const std::string all = asOneLine(ran.out + ran.err);
-      SCOPED_TRACE(testing::PrintToString(words));
-      EXPECT_EQ(ran.code, code) << all;
-      for (const std::string& text : said) EXPECT_THAT(all, testing::HasSubstr(asOneLine(text)));
-    }
+  void expect(const std::vector<std::string>& words, int code,
+              const std::vector<std::string>& said = {}) {
+    const Ran ran = quenlet(words);
+    const std::string all = asOneLine(ran.out + ran.err);
+    SCOPED_TRACE(testing::PrintToString(words));
+    EXPECT_EQ(ran.code, code) << all;
+    for (const std::string& text : said) EXPECT_THAT(all, testing::HasSubstr(asOneLine(text)));
   }
   // Writes a card and donates it. `lines` are its properties besides FN.
   Ran donate(const std::string& bundle, const std::string& fullName,

@@ -57,12 +57,12 @@ TEST_F(ShowWordTest, WritesThePageWhereItIsToldTo) {
   EXPECT_EQ(modeOf(file), 0600U);
   EXPECT_EQ(quenlet({"show", "--output", "-"}).out, readFile(file));
   writeFile(file, "a diary");
-  expect({{{"show", "--output", file}, 1, {"mine.html", "hint: --force replaces it\n"}},
-          {{"show", "--output", file / "no"}, 1, {"quenlet: "}}});
+  expect({"show", "--output", file}, 1, {"mine.html", "hint: --force replaces it\n"});
+  expect({"show", "--output", file / "no"}, 1, {"quenlet: "});
   EXPECT_EQ(readFile(file), "a diary");
-  expect({{{"show", "--output", file, "--force"}, 0, {"Wrote " + file.native()}}});
+  expect({"show", "--output", file, "--force"}, 0, {"Wrote " + file.native()});
   disableDonations();
-  expect({{{"show", "--output", "-"}, 0, {"Donations are off", "You keep no card of your own."}}});
+  expect({"show", "--output", "-"}, 0, {"Donations are off", "You keep no card of your own."});
   EXPECT_FALSE(std::filesystem::exists(opened));
   EXPECT_FALSE(std::filesystem::exists(page));
 }
