@@ -1,6 +1,5 @@
 #include "sources/accounts/AccountPropertyParser.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "platform/PlatformServices.h"
@@ -39,15 +38,6 @@ std::string AccountPropertyParser::nameIdentifierOf(const Account& account) {
 
 std::string AccountPropertyParser::emailIdentifierOf(const Account& account) {
   return "email:" + account.identifier;
-}
-
-bool AccountPropertyParser::isAccountEqualTo(const AccountPtr& account, const AccountPtr& equalTo) {
-  if (!account || !equalTo) return account == equalTo;
-  const AccountPropertyParser parser = parserForNow();
-  const DonationValues values = parser.parseWithAccount(*account);
-  const DonationValues others = parser.parseWithAccount(*equalTo);
-  return std::equal(values.begin(), values.end(), others.begin(), others.end(),
-                    [](const auto& value, const auto& other) { return *value == *other; });
 }
 
 }  // namespace quenlet

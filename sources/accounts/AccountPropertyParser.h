@@ -73,8 +73,6 @@ class AccountPropertyParser final {
   // The identifiers under which an account's values are donated, whether or not it has them.
   [[nodiscard]] static std::string nameIdentifierOf(const Account& account);
   [[nodiscard]] static std::string emailIdentifierOf(const Account& account);
-  // Whether both give the same values; null equals null only.
-  [[nodiscard]] static bool isAccountEqualTo(const AccountPtr& account, const AccountPtr& equalTo);
 
   const Date donationDate;
   const Date expirationDate;

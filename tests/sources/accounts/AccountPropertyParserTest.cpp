@@ -120,29 +120,6 @@ TEST(AccountPropertyParserTest, FindsTheAddressByTheFirstRuleThatGivesOne) {
   }
 }
 
-using AccountComparisonTest = EnvironmentTest;
-
-TEST_F(AccountComparisonTest, AccountsAreEqualByWhatTheyDonate) {
-  const auto account = [](const char* username, const char* firstName = "Ann") {
-    return std::make_shared<const Account>(
-        Account{"A1", {}, username, true, {}, {{"firstName", firstName}}});
-  };
-  const AccountPtr ann = account("a@x.org");
-  const std::tuple<AccountPtr, AccountPtr, bool> rows[] = {
-      {nullptr, nullptr, true},
-      {ann, nullptr, false},
-      {nullptr, ann, false},
-      {ann, account("<a@x.org>"), true},
-      {ann, account("b@x.org"), false},
-      {ann, account("a@x.org", "Bo"), false},
-      {ann, account("a"), false},
-      {account("a"), ann, false},
-  };
-  for (const auto& [a, b, equal] : rows) {
-    EXPECT_EQ(AccountPropertyParser::isAccountEqualTo(a, b), equal);
-  }
-}
-
 class AccountChangeAnalyzerTest : public EnvironmentTest {
  protected:
   AccountPtr account(bool isActive, bool hasMail, std::optional<std::string> username = {},
