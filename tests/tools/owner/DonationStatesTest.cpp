@@ -34,13 +34,14 @@ OwnCard cardOf(std::optional<Names> name, std::vector<std::string> addresses = {
 TEST(DonationStatesTest, SayInASentenceWhyAValueIsNotOnTheCard) {
   const OwnCard damaged{.fault = makeError("domain", 1, "line 1")};
   const std::tuple<const char*, OwnCard, DonationValues, const char*> rows[] = {
-      {"a silenced app",
+      {"a silenced app, named three times",
        cardOf(robin),
        {phone("+1 202 555 0100", from("org.shop", "1")), named(jo, from("org.shop", "2")),
-        phone("+1 202 555 0101", from("org.mail", "3"))},
+        named(Names{}, from("org.shop", "3")), phone("+1 202 555 0101", from("org.mail", "4"))},
        "1 silenced 2: org.shop calls you Jo Hartwell; your own card says Robin Hartwell\n"
        "2 silenced 2: org.shop calls you Jo Hartwell; your own card says Robin Hartwell\n"
-       "3 shown 0: \n"},
+       "3 silenced 2: org.shop calls you Jo Hartwell; your own card says Robin Hartwell\n"
+       "4 shown 0: \n"},
       {"a silenced cluster",
        cardOf(robin),
        {named({.givenName = "Jo"}, from("org.shop", "1", "c")),
@@ -65,11 +66,19 @@ TEST(DonationStatesTest, SayInASentenceWhyAValueIsNotOnTheCard) {
        "Hartwell\n"},
       {"names that disagree",
        {},
-       {named(robin, from("a", "1")), named(jo, from("b", "2"))},
-       "1 namesDisagree 2: a calls you Robin Hartwell, b calls you Jo Hartwell, and no card of "
+       {named(robin, from("a", "1")),
+        named({.givenName = "ROBIN", .familyName = "hartwell"}, from("b", "2")),
+        named(jo, from("c", "3")), named({.givenName = "Eve"}, from("d", "4")),
+        image("x", from("d", "5"))},
+       "1 namesDisagree 3: a calls you Robin Hartwell, c calls you Jo Hartwell, and no card of "
        "your own decides\n"
-       "2 namesDisagree 1: b calls you Jo Hartwell, a calls you Robin Hartwell, and no card of "
-       "your own decides\n"},
+       "2 namesDisagree 3: b calls you ROBIN hartwell, c calls you Jo Hartwell, and no card of "
+       "your own decides\n"
+       "3 namesDisagree 1: c calls you Jo Hartwell, a calls you Robin Hartwell, and no card of "
+       "your own decides\n"
+       "4 namesDisagree 1: d calls you Eve, a calls you Robin Hartwell, and no card of your own "
+       "decides\n"
+       "5 shown 0: \n"},
       {"names that disagree, and a damaged card",
        damaged,
        {named(robin, from("a", "1")), named(jo, from("b", "2"))},
@@ -85,17 +94,32 @@ TEST(DonationStatesTest, SayInASentenceWhyAValueIsNotOnTheCard) {
        "2 ownCardHasIt 0: Your own card already has it\n"
        "3 ownCardHasIt 0: Your own card already has it as rob@gmail.com, which is the same "
        "mailbox\n"},
-      {"what others gave",
+      {"entries that others gave",
        {},
-       {phone("+1 202 555 0100", from("a", "1")), phone("+1 202 555 0100", from("b", "2")),
-        named(robin, from("a", "3")), named(robin, from("b", "4")), image("x", from("b", "5")),
-        image("y", from("a", "6"))},
+       {email("a@x", from("a", "1")), phone("+1 202 555 0100", from("a", "2")),
+        email("A@x", from("b", "3")), phone("+1 202 555 0100", from("b", "4")),
+        phone("+12025550100", from("b", "5")), postal({.country = "DE"}, from("b", "6")),
+        postal({.country = "DE"}, from("b", "7")), email("a@X", from("c", "8"))},
+       "1 shown 0: \n2 shown 0: \n3 givenBefore 1: a gave it first\n"
+       "4 givenBefore 2: a gave it first\n5 shown 0: \n6 shown 0: \n7 shown 0: \n"
+       "8 givenBefore 1: a gave it first\n"},
+      {"names and images that others gave",
+       {},
+       {named({.givenName = "Robin", .familyName = "Hartwell", .nickname = "R"}, from("a", "1")),
+        named(robin, from("b", "2")), image("x", from("a", "3")), named(robin, from("c", "4")),
+        image("y", from("b", "5")), image("x", from("c", "6"))},
        "1 shown 0: \n"
-       "2 givenBefore 1: a gave it first\n"
-       "3 replacedOnCard 4: b gave your name later, and the card shows the last one\n"
+       "2 replacedOnCard 4: c gave your name later, and the card shows the last one\n"
+       "3 replacedOnCard 5: b gave an image later, and the card shows the last one\n"
        "4 shown 0: \n"
-       "5 replacedOnCard 6: a gave an image later, and the card shows the last one\n"
+       "5 replacedOnCard 6: c gave an image later, and the card shows the last one\n"
        "6 shown 0: \n"},
+      {"a name that is taken over part by part",
+       {},
+       {named({.namePrefix = "Dr.", .nickname = "A"}, from("a", "1")),
+        named({.namePrefix = "Prof."}, from("b", "2")), named({.nickname = "B"}, from("c", "3"))},
+       "1 replacedOnCard 3: c gave your name later, and the card shows the last one\n"
+       "2 shown 0: \n3 shown 0: \n"},
       {"a name without parts",
        {},
        {named(Names{}, from("a", "1"))},
