@@ -36,7 +36,8 @@ class DonationPersistenceTest : public testing::Test {
   DonationPersistence persistence{files};
 };
 
-// One of each kind, with every key that there is, as earlier and later builds have it on the disk.
+// What donations.plist beside this file holds: one of each kind, with every key that there is, as
+// earlier and later builds have it on the disk.
 const DonationValues goldenValues = {
     named({.namePrefix = "Dr.",
            .givenName = "Zo\u00eb",
@@ -57,86 +58,10 @@ const DonationValues goldenValues = {
             .isoCountryCode = "de"},
            from("com.example.d", "4"), PostalAddressStyle::abbreviated),
     image(std::string("\0\xff\x10", 3), from("com.example.e", "5", std::nullopt, Date(7)))};
-const char* const goldenText = R"(<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0">
-<dict>
-<key>donations</key><array>
-<dict>
-<key>nameComponents</key><dict>
-<key>familyName</key><string>Berg &amp; Tal</string>
-<key>givenName</key><string>Zoë</string>
-<key>middleName</key><string></string>
-<key>namePrefix</key><string>Dr.</string>
-<key>nameSuffix</key><string>&lt;PhD&gt;</string>
-<key>nickname</key><string>Z</string>
-</dict>
-<key>origin</key><dict>
-<key>bundleIdentifier</key><string>com.example.a</string>
-<key>clusterIdentifier</key><string>c 1</string>
-<key>donationDate</key><real>1.5</real>
-<key>donationIdentifier</key><string>1</string>
-<key>expirationDate</key><real>64092211200</real>
-</dict>
-</dict>
-<dict>
-<key>emailAddress</key><string>zoe@example.org</string>
-<key>label</key><string>work</string>
-<key>origin</key><dict>
-<key>bundleIdentifier</key><string>com.example.b</string>
-<key>clusterIdentifier</key><string></string>
-<key>donationDate</key><real>1.5</real>
-<key>donationIdentifier</key><string>2</string>
-<key>expirationDate</key><real>1777777777.125</real>
-</dict>
-</dict>
-<dict>
-<key>label</key><string>cell</string>
-<key>origin</key><dict>
-<key>bundleIdentifier</key><string>com.example.c</string>
-<key>donationDate</key><real>1.5</real>
-<key>donationIdentifier</key><string>3</string>
-<key>expirationDate</key><real>-0.1</real>
-</dict>
-<key>phoneNumber</key><string>+49 (0)30 1;ext=2</string>
-</dict>
-<dict>
-<key>label</key><string>home</string>
-<key>origin</key><dict>
-<key>bundleIdentifier</key><string>com.example.d</string>
-<key>donationDate</key><real>1.5</real>
-<key>donationIdentifier</key><string>4</string>
-<key>expirationDate</key><real>64092211200</real>
-</dict>
-<key>postalAddress</key><dict>
-<key>city</key><string>Ulm</string>
-<key>country</key><string>DE-land</string>
-<key>isoCountryCode</key><string>de</string>
-<key>postalCode</key><string>089</string>
-<key>state</key><string>BW</string>
-<key>street</key><string>Allee 1
-Hof</string>
-<key>subAdministrativeArea</key><string>Donau</string>
-<key>subLocality</key><string>Mitte</string>
-</dict>
-<key>style</key><integer>1</integer>
-</dict>
-<dict>
-<key>imageData</key><data>AP8Q</data>
-<key>origin</key><dict>
-<key>bundleIdentifier</key><string>com.example.e</string>
-<key>donationDate</key><real>1.5</real>
-<key>donationIdentifier</key><string>5</string>
-<key>expirationDate</key><real>7</real>
-</dict>
-</dict>
-</array>
-</dict>
-</plist>
-)";
-
 TEST_F(DonationPersistenceTest, ReadsAndWritesTheFormThatOtherBuildsDo) {
   EXPECT_EQ(persistence.loadDonations().result(), Result<DonationValues>::success({}));
   EXPECT_FALSE(std::filesystem::exists(directory));
+  const std::string goldenText = readFile(QUENLET_SOURCES "/tests/storage/donations.plist");
   EXPECT_EQ(store(goldenValues).result(), Result<bool>::success(true));
   EXPECT_EQ(read("donations.plist"), goldenText);
   EXPECT_TRUE(std::filesystem::exists(directory / "CACHEDIR.TAG"));

@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "tests/support/DonationFactory.h"
+#include "tests/support/TemporaryDirectory.h"
 #include "tools/presentation/ReasonPresenter.h"
 
 namespace quenlet {
@@ -37,6 +38,11 @@ class StatePresenterTest : public testing::Test {
        image("", until("org.file", "f:1", 10)), "org.file"},
   };
   std::ostringstream out;
+
+  // What a file beside this one holds.
+  static std::string golden(const std::string& name) {
+    return readFile(QUENLET_SOURCES "/tests/tools/presentation/" + name);
+  }
 };
 
 TEST_F(StatePresenterTest, ListsWithANumberAndAStateInFront) {
@@ -69,73 +75,12 @@ TEST_F(StatePresenterTest, TellsProgramsOfTheStateAndTheOtherDonation) {
 
 TEST_F(StatePresenterTest, GroupsByStateAndReason) {
   ReasonPresenter::writeGrouped(out, {.width = 60}, stated, unlisted);
-  EXPECT_EQ(out.str(), R"(
-Silenced: the donor knows you by another name
-  org.shop calls you Jo; your own card says Rob.
-    1  +1 202 555 0100  phone  org.shop
-    2  Jo               name   org.shop
-  If that is your name as well, put it on your own card:
-  quenlet me set FILE. If it is not, quenlet forget BUNDLE
-  takes the donor's values away.
-
-Given twice
-  org.mail gave it first.
-    4  Rob@x.org  e-mail  org.bank
-  Nothing is missing: the card shows the value once, as it
-  was given first.
-
-Rejected
-  You rejected it.
-    +1 202 555 0109  phone
-  quenlet unreject VALUE lets it be donated again.
-
-Expired
-  It expired.
-    an image  image  org.file
-  Donate it again; --expires DAYS sets for how long.
-
-Left out when a file was read
-  Line 3.
-    org.file
-  Correct the entry in the file, and donate the file again.
-)");
+  EXPECT_EQ(out.str(), golden("why.txt"));
 }
 
 TEST_F(StatePresenterTest, TellsOfEachValueByItself) {
   ReasonPresenter::writeEach(out, {.width = 66}, Date(30 * aDay), {stated[2], stated[0]}, unlisted);
-  EXPECT_EQ(out.str(), R"(rob@x.org
-  Number 3, e-mail, from org.mail as m:1, donated 1970-01-02,
-  until 1970-01-21
-  On the card.
-  It has expired, and goes when the agent next starts, unless its
-  donor renews it.
-
-+1 202 555 0100
-  Number 1, phone, from org.shop as s:tel in the cluster c,
-  donated 1970-01-02, until 1970-02-10
-  Silenced: the donor knows you by another name.
-  org.shop calls you Jo; your own card says Rob.
-  If that is your name as well, put it on your own card: quenlet
-  me set FILE. If it is not, quenlet forget BUNDLE takes the
-  donor's values away.
-
-+1 202 555 0109
-  Rejected.
-  You rejected it.
-  quenlet unreject VALUE lets it be donated again.
-
-an entry
-  from org.file
-  Left out when a file was read.
-  Line 3.
-  Correct the entry in the file, and donate the file again.
-
-an image
-  from org.file as f:1, donated 1970-01-02, until 1970-01-11
-  Expired.
-  It expired.
-  Donate it again; --expires DAYS sets for how long.
-)");
+  EXPECT_EQ(out.str(), golden("why-each.txt"));
 }
 
 }  // namespace
