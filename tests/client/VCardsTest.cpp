@@ -18,7 +18,7 @@ TEST(VCardsTest, MakesDonationsOfAFileAndTellsWhatItLeavesOut) {
       card +
           "UID:URN:uuid:4FBE8971-0d1f-4f35-9a52-6d0f3f6b1c01\nN:Berg;Ann;;;"
           "\nEMAIL:a@x.org\nEMAIL:b@x.org\nTEL:none\nTEL;TYPE=cell:+4930123456\nEND:VCARD\n" +
-          card + "ADR;TYPE=home:;;Weg 1;Ulm;;89073;\nEND:VCARD\n" + card);
+          card + "ADR;TYPE=home:;;Weg 1;Ulm;;89073;\nPHOTO:data:,x\nEND:VCARD\n" + card);
   const DonationTerms terms{"a:b", "cluster", Date(1), Date(3)};
   const auto donation = [&](decltype(Donation::content) content, const std::string& identifier) {
     return Donation{std::move(content), "a:b", identifier, "cluster", Date(1), Date(3)};
@@ -35,7 +35,8 @@ TEST(VCardsTest, MakesDonationsOfAFileAndTellsWhatItLeavesOut) {
           donation(Email{"b@x.org", ""}, uid + "email:2"),
           donation(Phone{"+4930123456", "cell"}, uid + "phone:1"),
           donation(Postal{{.street = "Weg 1", .city = "Ulm", .postalCode = "89073"}, {}, "home"},
-                   digest + "2:address:1")}));
+                   digest + "2:address:1"),
+          donation(Image{"x"}, digest + "2:image")}));
   ASSERT_EQ(read.value().failures.size(), 1);
   EXPECT_NE(read.value().failures[0]->description().find("mail.vcf: line"), std::string::npos);
   EXPECT_EQ(read.value().skippedEntries, 1);

