@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <sys/socket.h>
 
 #include <functional>
 #include <limits>
@@ -9,7 +8,7 @@
 #include "bus/BusArguments.h"
 #include "bus/BusError.h"
 #include "bus/BusMessage.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "tests/platform/ipc/RawPeer.h"
 
 namespace quenlet {
 namespace {
@@ -18,11 +17,9 @@ namespace {
 class BusMessagesTest : public testing::Test {
  protected:
   void SetUp() override {
-    int ends[2];
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-    other.reset(ends[1]);
+    const int end = ends.first.release();
     ASSERT_GE(sd_bus_new(&bus), 0);
-    ASSERT_GE(sd_bus_set_fd(bus, ends[0], ends[0]), 0);
+    ASSERT_GE(sd_bus_set_fd(bus, end, end), 0);
     ASSERT_GE(sd_bus_start(bus), 0);
   }
   void TearDown() override { sd_bus_close_unref(bus); }
@@ -43,7 +40,7 @@ class BusMessagesTest : public testing::Test {
     return readArguments(written.get(), limits);
   }
 
-  FileDescriptor other;
+  std::pair<FileDescriptor, FileDescriptor> ends = connectedPair();
   sd_bus* bus = nullptr;
 };
 
@@ -59,12 +56,7 @@ BusDictionary sampleDictionary() {
 }
 
 TEST_F(BusMessagesTest, ReadsWhatWasWritten) {
-  struct Row final {
-    const char* name;
-    const char* signature;
-    BusValues arguments;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, const char*, BusValues> rows[] = {
       {"nothing", "", {}},
       {"numbers", "iuxtdb", {std::int32_t{-1}, 2u, std::int64_t{-3}, std::uint64_t{4}, 5.5, false}},
       {"dictionary", "a{sv}", {sampleDictionary()}},
@@ -75,21 +67,16 @@ TEST_F(BusMessagesTest, ReadsWhatWasWritten) {
        {BusList{"(ssa(ss))", {BusStruct{{"a", "b", BusList{"(ss)", {}}}}}}}},
       {"variant", "vv", {makeTexts({"x"}), std::uint32_t{9}}},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto read = sent(row.signature, row.arguments);
+  for (const auto& [name, signature, arguments] : rows) {
+    SCOPED_TRACE(name);
+    const auto read = sent(signature, arguments);
     ASSERT_TRUE(read.ok()) << read.error()->description();
-    EXPECT_EQ(read.value(), row.arguments);
+    EXPECT_EQ(read.value(), arguments);
   }
 }
 
 TEST_F(BusMessagesTest, WritesNoMessageThatIsNotWhatItsSignatureSays) {
-  struct Row final {
-    const char* name;
-    const char* signature;
-    BusValues arguments;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, const char*, BusValues> rows[] = {
       {"too few", "ss", {"a"}},
       {"too many", "s", {"a", "b"}},
       {"another type", "u", {"a"}},
@@ -100,9 +87,9 @@ TEST_F(BusMessagesTest, WritesNoMessageThatIsNotWhatItsSignatureSays) {
       {"bytes for texts", "as", {BusBytes{"a"}}},
       {"not a path", "o", {BusObjectPath{"org"}}},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto read = sent(row.signature, row.arguments);
+  for (const auto& [name, signature, arguments] : rows) {
+    SCOPED_TRACE(name);
+    const auto read = sent(signature, arguments);
     ASSERT_FALSE(read.ok());
     EXPECT_EQ(read.error()->domain(), PosixErrorDomain);
     EXPECT_EQ(read.error()->code(), EINVAL);
@@ -113,13 +100,7 @@ TEST_F(BusMessagesTest, StopsReadingAtTheLimits) {
   BusDictionary nested{{"end", 1u}};
   for (int level = 0; level < 4; ++level) nested = {{"in", nested}};
   const BusLimits limits{.depth = 9, .values = 12, .bytes = 20};
-  struct Row final {
-    const char* name;
-    const char* signature;
-    BusValues arguments;
-    bool isRead;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, const char*, BusValues, bool> rows[] = {
       {"as deep as allowed", "a{sv}", {BusDictionary{{"in", BusDictionary{{"in", 1u}}}}}, true},
       {"too deep", "a{sv}", {nested}, false},
       {"as many as allowed", "as", {BusList{"s", BusValues(11, "")}}, true},
@@ -129,11 +110,11 @@ TEST_F(BusMessagesTest, StopsReadingAtTheLimits) {
       {"too long", "ss", {std::string(15, 'a'), std::string(6, 'b')}, false},
       {"too many bytes", "ay", {BusBytes{std::string(21, 'c')}}, false},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto read = sent(row.signature, row.arguments, limits);
-    ASSERT_EQ(read.ok(), row.isRead);
-    if (row.isRead) continue;
+  for (const auto& [name, signature, arguments, isRead] : rows) {
+    SCOPED_TRACE(name);
+    const auto read = sent(signature, arguments, limits);
+    ASSERT_EQ(read.ok(), isRead);
+    if (isRead) continue;
     EXPECT_EQ(busErrorName(*read.error()), BusLimitsExceeded);
   }
 }

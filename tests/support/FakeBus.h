@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 
 #include <algorithm>
 #include <functional>
@@ -14,7 +13,7 @@
 
 #include "bus/BusConnection.h"
 #include "bus/BusError.h"
-#include "platform/foundation/FileDescriptor.h"
+#include "tests/platform/ipc/RawPeer.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -33,11 +32,8 @@ class FakeBus final {
   };
 
   explicit FakeBus(BusLoop& runs) : loop(runs) {
-    sockaddr_un address{AF_UNIX, {}};
     const std::string path = directory / "bus";
-    path.copy(address.sun_path, sizeof(address.sun_path) - 1);
-    listener.reset(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    EXPECT_EQ(::bind(listener.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    listener = boundSocket(path);
     EXPECT_EQ(::listen(listener.get(), 1), 0);
     accepting = loop.watch(listener.get(), [this] { accept(); });
     auto opened = BusConnection::toAddress(loop, "unix:path=" + path);

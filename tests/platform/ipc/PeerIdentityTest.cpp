@@ -19,10 +19,7 @@ class PeerIdentityTest : public testing::Test {
  protected:
   PeerIdentityTest() {
     for (const auto& copy : {program, other}) std::filesystem::copy_file("/bin/sleep", copy);
-    const sockaddr_un address = RawPeer::address(socketPath);
-    EXPECT_EQ(::bind(listening.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) +
-                  ::listen(listening.get(), 1),
-              0);
+    EXPECT_EQ(::listen(listening.get(), 1), 0);
   }
   // The path that is known of a child which prepares itself, connects and runs `program`; "refused"
   // when the system does not let it prepare itself.
@@ -49,7 +46,7 @@ class PeerIdentityTest : public testing::Test {
   const std::filesystem::path program = base / "program";
   const std::filesystem::path other = base / "other";
   const std::filesystem::path socketPath = base / "socket";
-  const FileDescriptor listening{::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+  const FileDescriptor listening = boundSocket(socketPath);
 };
 
 TEST_F(PeerIdentityTest, IsNotFooledByAFileMountedOverAProgram) {

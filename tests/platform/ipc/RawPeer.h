@@ -24,6 +24,20 @@ inline std::pair<FileDescriptor, FileDescriptor> connectedPair() {
   return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
 }
 
+inline sockaddr_un socketAddress(const std::filesystem::path& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.native().copy(address.sun_path, sizeof(address.sun_path) - 1);
+  return address;
+}
+
+inline FileDescriptor boundSocket(const std::filesystem::path& path, int type = SOCK_STREAM) {
+  FileDescriptor socket(::socket(AF_UNIX, type | SOCK_CLOEXEC, 0));
+  const sockaddr_un address = socketAddress(path);
+  EXPECT_EQ(::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  return socket;
+}
+
 // A connection whose first end waits when it is closed, for as long as the other side likes, for
 // bytes to be taken; not so once the second one went, with bytes unread.
 inline std::pair<FileDescriptor, FileDescriptor> lingeringConnection() {
@@ -53,14 +67,8 @@ class RawPeer final {
   explicit RawPeer(FileDescriptor connected) : socket(std::move(connected)) {}
   explicit RawPeer(const std::filesystem::path& path) : RawPeer() { connect(path); }
 
-  static sockaddr_un address(const std::filesystem::path& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.native().copy(address.sun_path, sizeof(address.sun_path) - 1);
-    return address;
-  }
   void connect(const std::filesystem::path& path) {
-    const sockaddr_un at = address(path);
+    const sockaddr_un at = socketAddress(path);
     EXPECT_EQ(::connect(socket.get(), reinterpret_cast<const sockaddr*>(&at), sizeof at), 0);
   }
 

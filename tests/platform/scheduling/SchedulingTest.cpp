@@ -11,11 +11,11 @@
 #include <latch>
 #include <thread>
 
-#include "platform/foundation/FileDescriptor.h"
 #include "platform/scheduling/EventLoop.h"
 #include "platform/scheduling/ProductionSchedulerProvider.h"
 #include "platform/scheduling/RunLoop.h"
 #include "platform/scheduling/TimerQueue.h"
+#include "tests/platform/ipc/RawPeer.h"
 
 namespace quenlet {
 namespace {
@@ -203,12 +203,7 @@ TEST(TimerQueueTest, BoundsDelaysThatTheClockCannotHold) {
 
 class EventLoopTest : public testing::Test {
  protected:
-  EventLoopTest() {
-    int ends[2];
-    EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-    near.reset(ends[0]);
-    far.reset(ends[1]);
-  }
+  EventLoopTest() { std::tie(near, far) = connectedPair(); }
   // How often watches were called in so many turns of the loop.
   int callsIn(int turns) {
     calls = 0;
