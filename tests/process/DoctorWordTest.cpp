@@ -8,7 +8,8 @@ class DoctorWordTest : public ProcessTest {
  protected:
   DoctorWordTest() {
     std::filesystem::create_directories(prefix / "bin");
-    std::filesystem::copy_file(bin / "quenlet", prefix / "bin/quenlet");
+    std::filesystem::copy_file(tool, prefix / "bin/quenlet");
+    tool = prefix / "bin/quenlet";
     for (const char* name : {".", "bin"}) {
       std::filesystem::permissions(prefix / name, std::filesystem::perms(0755));
     }
@@ -60,11 +61,7 @@ TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
   ::setenv("PATH", ((prefix / "bin").native() + ":" + formerPath).c_str(), 1);
   const std::string files = prefix / "share/quenlet/entitlements";
 
-  const struct {
-    const char* program;
-    int code;
-    std::vector<std::string> said;
-  } rows[] = {
+  const std::tuple<const char*, int, std::vector<std::string>> rows[] = {
       {"limited",
        0,
        {"/bin/limited is served.", "donated under com.example.one, com.example.two.",
@@ -102,20 +99,12 @@ TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
       {".", 1, {"/bin: it is not a file that can be executed"}},
   };
   for (const auto& [program, code, said] : rows) {
-    SCOPED_TRACE(program);
-    const Ran ran = run({prefix / "bin/quenlet", "doctor", prefix / "bin" / program});
-    lookAtWidth({"doctor"}, ran.out);
-    EXPECT_EQ(ran.code, code);
-    // Where a line ends depends on the length of the temporary directory's name.
-    for (const std::string& text : said) {
-      EXPECT_THAT(asOneLine(ran.out + ran.err), testing::HasSubstr(text));
-    }
+    expect({"doctor", prefix / "bin" / program}, code, said);
   }
-  const std::string json =
-      run({prefix / "bin/quenlet", "doctor", "--json", prefix / "bin/script"}).out;
-  EXPECT_EQ(json, "{\"executable\":\"" + (prefix / "bin/all").native() + "\",\"scripts\":[\"" +
-                      (prefix / "bin/script").native() + "\"],\"served\":true,\"files\":[\"" +
-                      files + "/donors.plist\"],\"advice\":[]}\n");
+  EXPECT_EQ(quenlet({"doctor", "--json", prefix / "bin/script"}).out,
+            "{\"executable\":\"" + (prefix / "bin/all").native() + "\",\"scripts\":[\"" +
+                (prefix / "bin/script").native() + "\"],\"served\":true,\"files\":[\"" + files +
+                "/donors.plist\"],\"advice\":[]}\n");
   EXPECT_THAT(quenlet({"doctor", "cat"}).err, testing::HasSubstr("hint: name it by its path: "));
 }
 

@@ -175,7 +175,7 @@ class ProcessTest : public testing::Test {
     return {code, child->out(), child->err()};
   }
   Ran quenlet(std::vector<std::string> words) {
-    words.insert(words.begin(), bin / "quenlet");
+    words.insert(words.begin(), tool);
     const Ran ran = run(words);
     lookAtWidth(words, ran.out);
     return ran;
@@ -190,10 +190,10 @@ class ProcessTest : public testing::Test {
     for (const std::string& text : said) EXPECT_THAT(all, testing::HasSubstr(asOneLine(text)));
   }
   // Writes a card and donates it. `lines` are its properties besides FN.
-  Ran donate(const std::string& bundle, const std::string& fullName,
-             const std::vector<std::string>& lines) {
+  void donate(const std::string& bundle, const std::string& fullName,
+              const std::vector<std::string>& lines) {
     writeFile(donatedCard, cardText(fullName, lines));
-    return quenlet({"donate", donatedCard, "--bundle", bundle, "--anyway"});
+    expect({"donate", donatedCard, "--bundle", bundle, "--anyway"}, 0);
   }
   void rewriteDonations(const std::string& statement) {
     const std::string program =
@@ -255,6 +255,7 @@ class ProcessTest : public testing::Test {
 
   const std::filesystem::path bin =  // where the programs are
       std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  std::filesystem::path tool = bin / "quenlet";
   TemporaryDirectory temporary;
   const std::string formerPath = ::getenv("PATH");
   const std::filesystem::path commands = temporary / "commands";

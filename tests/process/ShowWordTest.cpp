@@ -28,7 +28,7 @@ class ShowWordTest : public ProcessTest {
 
 TEST_F(ShowWordTest, KeepsOnePrivatePageAndHasTheDesktopOpenIt) {
   startAgent();
-  ASSERT_EQ(donate("com.example.<b>", "Ann Berg", {"EMAIL:ann@example.org"}).code, 0);
+  donate("com.example.<b>", "Ann Berg", {"EMAIL:ann@example.org"});
   const Ran alone = quenlet({"show"});
   EXPECT_EQ(alone.code, 0);
   EXPECT_EQ(alone.out, "The page is in " + page.native() + "\n");
