@@ -6,13 +6,7 @@ namespace quenlet {
 namespace {
 
 TEST(AppPermissionTest, ReadsWhatIsInTheStore) {
-  struct Row final {
-    const char* name;
-    AppWish wish;
-    std::vector<std::string> texts;
-    AppPermission permission;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, AppWish, std::vector<std::string>, AppPermission> rows[] = {
       {"nothing", AppWish::meCard, {}, {}},
       {"no", AppWish::meCard, {"no"}, {OwnersWord::no}},
       {"kinds",
@@ -26,11 +20,11 @@ TEST(AppPermissionTest, ReadsWhatIsInTheStore) {
       {"no donations", AppWish::donate, {"no"}, {OwnersWord::no}},
       {"kinds of donations", AppWish::donate, {"name"}, {OwnersWord::no}},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const AppPermission read = AppPermission::fromTexts(row.wish, row.texts);
-    EXPECT_EQ(read, row.permission);
-    EXPECT_EQ(AppPermission::fromTexts(row.wish, read.texts(row.wish)), read);
+  for (const auto& [name, wish, texts, permission] : rows) {
+    SCOPED_TRACE(name);
+    const AppPermission read = AppPermission::fromTexts(wish, texts);
+    EXPECT_EQ(read, permission);
+    EXPECT_EQ(AppPermission::fromTexts(wish, read.texts(wish)), read);
   }
   EXPECT_EQ((AppPermission{OwnersWord::yes}.texts(AppWish::meCard)),
             std::vector<std::string>{"no"});

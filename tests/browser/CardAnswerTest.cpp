@@ -51,10 +51,7 @@ TEST_F(CardAnswerTest, HasOwnEntriesFirstEachWithLabelAndSource) {
 }
 
 TEST_F(CardAnswerTest, GivesPhoneNumbersInTheFormsThatFieldsWant) {
-  const struct {
-    std::string number;
-    std::string forms;
-  } rows[] = {
+  const std::tuple<std::string, std::string> rows[] = {
       {"+44-20-7946-0958;ext=21",
        R"("digits":"+442079460958","extension":"21","countryCode":"+44","region":"GB",)"
        R"("international":"+44 20 7946 0958","national":"020 7946 0958","shown")"},
@@ -67,7 +64,7 @@ TEST_F(CardAnswerTest, GivesPhoneNumbersInTheFormsThatFieldsWant) {
       {"030 1234567", R"("value":"030 1234567","digits":"0301234567","shown")"},
       {"+999 123", R"("value":"+999 123","digits":"+999123","shown")"},
   };
-  for (const auto& row : rows) EXPECT_THAT(answerOn({phone(row.number)}), HasSubstr(row.forms));
+  for (const auto& [number, forms] : rows) EXPECT_THAT(answerOn({phone(number)}), HasSubstr(forms));
 }
 
 TEST_F(CardAnswerTest, SaysWhatIsLeftOutOfTheCardAndWhy) {
@@ -88,12 +85,7 @@ TEST_F(CardAnswerTest, StaysWithinTheBrowsersLimitAndSaysWhatItLeavesOut) {
     address.city = std::string(900, '\x02');
     many.push_back(postal(address, from("com.example.many", "adr" + std::to_string(i))));
   }
-  const struct {
-    const char* name;
-    DonationValues donated;
-    std::string has;
-    std::string hasNot;
-  } rows[] = {
+  const std::tuple<const char*, DonationValues, std::string, std::string> rows[] = {
       {"a picture",
        {image(picture)},
        R"("picture":{"type":"image/png","bytes":"iVBORw0K)",
@@ -103,12 +95,11 @@ TEST_F(CardAnswerTest, StaysWithinTheBrowsersLimitAndSaysWhatItLeavesOut) {
       {"a long address", {email(tooLong + "@example.org")}, R"("emails":[])", "aaaa"},
       {"many long ones", many, "The picture is left out", "\"picture\":"},
   };
-  for (const auto& row : rows) {
-    const std::string answer = answerOn(row.donated);
-    EXPECT_LE(answer.size(), CardAnswer::mostBytes) << row.name;
-    EXPECT_TRUE(answer.find(row.has) != std::string::npos)
-        << row.name << ": " << answer.substr(0, 2000);
-    EXPECT_TRUE(answer.find(row.hasNot) == std::string::npos) << row.name;
+  for (const auto& [name, donated, has, hasNot] : rows) {
+    const std::string answer = answerOn(donated);
+    EXPECT_LE(answer.size(), CardAnswer::mostBytes) << name;
+    EXPECT_TRUE(answer.find(has) != std::string::npos) << name << ": " << answer.substr(0, 2000);
+    EXPECT_TRUE(answer.find(hasNot) == std::string::npos) << name;
   }
 }
 
@@ -127,10 +118,7 @@ TEST_F(BrowserHostTest, TellsPlainlyWhyTheDonatedCardIsMissing) {
   const auto service = [](ServiceErrorCode code) {
     return makeError(ServiceErrorDomain, static_cast<int>(code));
   };
-  const struct {
-    ErrorPtr error;
-    std::string state;
-  } rows[] = {
+  const std::tuple<ErrorPtr, std::string> rows[] = {
       {service(ServiceErrorCode::noService), "noAgent"},
       {service(ServiceErrorCode::timedOut), "noAgent"},
       {service(ServiceErrorCode::malformedMessage), "failed"},
@@ -140,10 +128,10 @@ TEST_F(BrowserHostTest, TellsPlainlyWhyTheDonatedCardIsMissing) {
        "donationsOff"},
       {nullptr, "ready"},
   };
-  for (const auto& row : rows) {
-    agent.setError(row.error);
+  for (const auto& [error, state] : rows) {
+    agent.setError(error);
     const CardReading reading = CardReading::of(agent, now);
-    EXPECT_EQ(wordFor(reading.state), row.state);
+    EXPECT_EQ(wordFor(reading.state), state);
     EXPECT_EQ(agent.takeCalls(), "list;") << "it asks for the list, once, and for nothing else";
   }
 }

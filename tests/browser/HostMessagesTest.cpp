@@ -34,10 +34,7 @@ std::string messagesOf(const std::string& bytes, std::size_t size) {
 
 TEST(MessageReaderTest, CutsWhatComesIntoMessagesHoweverItComes) {
   const std::string longest(MessageReader::mostBytes, 'a');
-  const struct {
-    std::string bytes;
-    std::string messages;
-  } rows[] = {
+  const std::tuple<std::string, std::string> rows[] = {
       {"", ""},
       {framed("a") + framed("bc"), "[a][bc]"},
       {framed(longest), "[" + longest + "]"},
@@ -47,45 +44,41 @@ TEST(MessageReaderTest, CutsWhatComesIntoMessagesHoweverItComes) {
       {framed("{", 1U << 30), "!"},
       {framed("{", UINT32_MAX), "!"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [bytes, messages] : rows) {
     for (const std::size_t size : {1, 3, 5000}) {
-      EXPECT_EQ(messagesOf(row.bytes, size), row.messages) << row.messages.size() << " " << size;
+      EXPECT_EQ(messagesOf(bytes, size), messages) << messages.size() << " " << size;
     }
   }
 }
 
 TEST(BrowserRequestTest, TakesFlatObjectsWithOneNumberAndOneWord) {
   using Word = BrowserRequest::Word;
-  const struct {
-    std::string text;
-    Word word;
-    std::int64_t id = 0;
-  } rows[] = {
+  const std::tuple<std::string, Word, std::int64_t> rows[] = {
       {R"({"id": 7, "ask": "card"})", Word::card, 7},
       {R"({"ask":"changes","id":0,"later":true,"more":null,"size":1.5})", Word::changes, 0},
       {R"({"id": 9223372036854775807, "ask": "cards"})", Word::unknown, INT64_MAX},
       {R"({"id": 1, "ask": ""})", Word::unknown, 1},
-      {R"({"id": 9223372036854775808, "ask": "card"})", Word::malformed},
-      {R"({"id": -1, "ask": "card"})", Word::malformed},
-      {R"({"id": 1.0, "ask": "card"})", Word::malformed},
-      {R"({"id": "1", "ask": "card"})", Word::malformed},
-      {R"({"id": 1, "id": 2, "ask": "card"})", Word::malformed},
-      {R"({"id": 1, "ask": "card", "ask": "card"})", Word::malformed},
-      {R"({"id": 1, "ask": ["card"]})", Word::malformed},
-      {R"({"id": 1, "ask": "card", "x": {}})", Word::malformed},
-      {R"({"id": 1})", Word::malformed},
-      {R"({"ask": "card"})", Word::malformed},
-      {R"({"id": 1, "ask": "card"} {})", Word::malformed},
-      {R"([{"id": 1, "ask": "card"}])", Word::malformed},
-      {R"("card")", Word::malformed},
-      {"{\"id\": 1, \"ask\": \"\xFF\"}", Word::malformed},
-      {std::string(4000, '['), Word::malformed},
-      {"", Word::malformed},
+      {R"({"id": 9223372036854775808, "ask": "card"})", Word::malformed, 0},
+      {R"({"id": -1, "ask": "card"})", Word::malformed, 0},
+      {R"({"id": 1.0, "ask": "card"})", Word::malformed, 0},
+      {R"({"id": "1", "ask": "card"})", Word::malformed, 0},
+      {R"({"id": 1, "id": 2, "ask": "card"})", Word::malformed, 0},
+      {R"({"id": 1, "ask": "card", "ask": "card"})", Word::malformed, 0},
+      {R"({"id": 1, "ask": ["card"]})", Word::malformed, 0},
+      {R"({"id": 1, "ask": "card", "x": {}})", Word::malformed, 0},
+      {R"({"id": 1})", Word::malformed, 0},
+      {R"({"ask": "card"})", Word::malformed, 0},
+      {R"({"id": 1, "ask": "card"} {})", Word::malformed, 0},
+      {R"([{"id": 1, "ask": "card"}])", Word::malformed, 0},
+      {R"("card")", Word::malformed, 0},
+      {"{\"id\": 1, \"ask\": \"\xFF\"}", Word::malformed, 0},
+      {std::string(4000, '['), Word::malformed, 0},
+      {"", Word::malformed, 0},
   };
-  for (const auto& row : rows) {
-    const BrowserRequest request = BrowserRequest::parse(row.text);
-    EXPECT_EQ(request.word, row.word) << row.text;
-    EXPECT_EQ(request.id, row.id) << row.text;
+  for (const auto& [text, word, id] : rows) {
+    const BrowserRequest request = BrowserRequest::parse(text);
+    EXPECT_EQ(request.word, word) << text;
+    EXPECT_EQ(request.id, id) << text;
   }
 }
 
@@ -93,10 +86,7 @@ TEST(CallingExtensionTest, KnowsOneExtensionOfEachBrowser) {
   const std::string_view origin = CallingExtension::chromiumOrigin;
   const std::string_view identifier = CallingExtension::firefoxIdentifier;
   const std::string longer = std::string(origin) + "x";
-  const struct {
-    std::vector<std::string_view> arguments;
-    bool isOurs;
-  } rows[] = {
+  const std::pair<std::vector<std::string_view>, bool> rows[] = {
       {{origin}, true},
       {{origin, "--parent-window=0"}, true},
       {{"/usr/lib/mozilla/native-messaging-hosts/x.json", identifier}, true},
@@ -111,9 +101,8 @@ TEST(CallingExtensionTest, KnowsOneExtensionOfEachBrowser) {
       {{"/x.json", identifier, "more"}, false},
       {{"/x.json", origin}, false},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(CallingExtension::isOurs(row.arguments), row.isOurs)
-        << testing::PrintToString(row.arguments);
+  for (const auto& [arguments, isOurs] : rows) {
+    EXPECT_EQ(CallingExtension::isOurs(arguments), isOurs) << testing::PrintToString(arguments);
   }
 }
 

@@ -10,12 +10,7 @@ namespace {
 
 TEST(BusConnectionTest, TakesAnswersOnlyFromWhomItAsked) {
   constexpr char daemon[] = "org.freedesktop.DBus";
-  const struct {
-    const char* name;
-    const char* called;
-    const char* sender;
-    bool isTaken;
-  } rows[] = {
+  const std::tuple<const char*, const char*, std::string, bool> rows[] = {
       {"the bus", daemon, daemon, true},
       {"another than the bus", daemon, ":1.3", false},
       {"a connection", ":1.3", ":1.3", true},
@@ -27,23 +22,23 @@ TEST(BusConnectionTest, TakesAnswersOnlyFromWhomItAsked) {
   };
   BusLoop loop;
   FakeBus bus(loop);
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
+  for (const auto& [name, called, sender, isTaken] : rows) {
+    SCOPED_TRACE(name);
     std::string heard;
-    const auto call = [&] {
+    const auto call = [&](const char* destination) {
       bus.connection->call(
-          {.destination = row.called, .path = "/a", .interface = "org.example.A", .member = "B"},
+          {.destination = destination, .path = "/a", .interface = "org.example.A", .member = "B"},
           [&](const auto& answer) {
             heard = answer.ok() ? "ok" : busErrorName(*answer.error());
             if (heard.empty()) heard = std::to_string(answer.error()->code());
           });
       return bus.take("B");
     };
-    bus.answer(call(), "u", {7u}, row.sender);
-    EXPECT_EQ(heard, row.isTaken ? "ok" : std::to_string(EBADMSG));
-    bus.fail(call(), BusNameHasNoOwner, row.sender);
-    const bool isTaken = row.isTaken || row.sender == std::string(daemon);
-    EXPECT_EQ(heard, isTaken ? BusNameHasNoOwner : std::to_string(EBADMSG));
+    bus.answer(call(called), "u", {7u}, sender);
+    EXPECT_EQ(heard, isTaken ? "ok" : std::to_string(EBADMSG));
+    bus.fail(call(called), BusNameHasNoOwner, sender);
+    const bool isKnown = isTaken || sender == daemon;
+    EXPECT_EQ(heard, isKnown ? BusNameHasNoOwner : std::to_string(EBADMSG));
   }
 }
 

@@ -67,24 +67,20 @@ BusDictionary donation(const std::string& bundle) {
 
 TEST_F(AgentFacadeTest, GivesAppsTheKindsThatTheOwnerAllows) {
   caller = {.process = 7, .app = "org.example.App"};
-  const struct {
-    const char* name;
-    BusDictionary options;
-    const char* outcome;
-  } rows[] = {
+  const std::tuple<const char*, BusDictionary, const char*> rows[] = {
       {"usual ones", {}, "NoAgent"},
       {"another one as well", {{"kinds", makeTexts({"name", "phoneNumber"})}}, "NoAgent"},
       {"only others", {{"kinds", makeTexts({"phoneNumber", "imageData"})}}, "NotPermitted"},
       {"unknown ones", {{"kinds", makeTexts({"shoeSize"})}}, "InvalidArgs"},
       {"none", {{"kinds", makeTexts({})}}, "InvalidArgs"},
   };
-  for (const auto& row : rows) {
-    std::string outcome = ask("GetCard", "a{sv}", {row.options});
+  for (const auto& [name, options, expected] : rows) {
+    std::string outcome = ask("GetCard", "a{sv}", {options});
     if (outcome.empty()) {
       outcome = answer(bus.take("Lookup"), "a{sas}v",
                        {BusDictionary{{"org.example.App", makeTexts({"name"})}}, 0u});
     }
-    EXPECT_EQ(outcome, row.outcome) << row.name;
+    EXPECT_EQ(outcome, expected) << name;
   }
 }
 
@@ -98,12 +94,7 @@ TEST_F(AgentFacadeTest, LetsEachCallerDoWhatItMay) {
   const BusDictionary account{{"identifier", "a"}};
   // By the stranger, the entitled program, the limited one and the app: "-" is NotPermitted, "a"
   // NoAgent; "s" asks the permission store.
-  const struct {
-    const char* member;
-    const char* signature;
-    BusValues arguments;
-    const char* outcomes;
-  } rows[] = {
+  const std::tuple<const char*, const char*, BusValues, const char*> rows[] = {
       {"Donate", "aa{sv}", {makeDictionaries({donation(own)})}, "-aas"},
       {"Donate", "aa{sv}", {makeDictionaries({donation("org.example.Other")})}, "-a--"},
       {"RemoveDonations", "as", {makeTexts({"1"})}, "-aaa"},
@@ -118,15 +109,15 @@ TEST_F(AgentFacadeTest, LetsEachCallerDoWhatItMay) {
       {"RejectCluster", "s", {"c"}, "-a--"},
       {"RemoveAllRejections", "", {}, "-a--"},
   };
-  for (const auto& row : rows) {
+  for (const auto& [member, signature, arguments, expected] : rows) {
     std::string outcomes;
     for (const CallerIdentity& each : {stranger, entitled, limited, app}) {
       caller = each;
-      const std::string name = ask(row.member, row.signature, row.arguments);
+      const std::string name = ask(member, signature, arguments);
       outcomes += name == "NotPermitted" ? '-' : name == "NoAgent" ? 'a' : name.empty() ? 's' : '?';
       if (name.empty()) bus.fail(bus.take("Lookup"), BusServiceUnknown);
     }
-    EXPECT_EQ(outcomes, row.outcomes) << row.member;
+    EXPECT_EQ(outcomes, expected) << member;
   }
 }
 

@@ -10,12 +10,8 @@ namespace quenlet {
 namespace {
 
 TEST(SandboxedAppTest, TakesTheNameOfTheAppAlone) {
-  struct Row final {
-    const char* name;
-    const char* file;
-    const char* app;  // null for an error
-  };
-  const Row rows[] = {
+  // No app stands for an error.
+  const std::tuple<const char*, const char*, const char*> rows[] = {
       {"as Flatpak writes it",
        "[Application]\nname=org.example.App\nruntime=runtime/a/b/c\n\n[Instance]\n"
        "name=org.example.Other\n",
@@ -33,12 +29,12 @@ TEST(SandboxedAppTest, TakesTheNameOfTheAppAlone) {
       {"one of the agent's own", "[Application]\nname=ovaro.quenlet.accounts\n", nullptr},
       {"a donor's of ours", "[Application]\nname=org.quenlet.donors.kmail\n", nullptr},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto app = appIdentifierIn(row.file);
-    ASSERT_EQ(app.ok(), row.app != nullptr);
+  for (const auto& [name, file, expected] : rows) {
+    SCOPED_TRACE(name);
+    const auto app = appIdentifierIn(file);
+    ASSERT_EQ(app.ok(), expected != nullptr);
     if (app.ok()) {
-      EXPECT_EQ(app.value(), row.app);
+      EXPECT_EQ(app.value(), expected);
     }
   }
 }
@@ -89,11 +85,9 @@ TEST_F(DialogBackendTest, AsksWhomTheConfigurationNames) {
   write("a.portal", access, "");
   write("b.portal", access, "gnome");
   write("c.portal", "org.freedesktop.impl.portal.Account", "gnome");
-  const struct {
-    const char* name;
-    std::vector<std::pair<std::string, std::string>> files;  // and what is below [preferred]
-    const char* asked;
-  } rows[] = {
+  // Files, and what is below [preferred] in each.
+  using Files = std::vector<std::pair<std::string, std::string>>;
+  const std::tuple<const char*, Files, const char*> rows[] = {
       {"no file", {}, "Ba"},
       {"by the interface", {{"user/portals.conf", "default=b\n@=a"}}, "A"},
       {"by default", {{"user/portals.conf", "default=a;b"}}, "AB"},
@@ -120,15 +114,15 @@ TEST_F(DialogBackendTest, AsksWhomTheConfigurationNames) {
        {{"user/portals.conf", "@=b\n" + std::string(65536, '#')}, {"system/portals.conf", "@=a"}},
        "A"},
   };
-  for (const auto& row : rows) {
-    for (const auto& [name, text] : row.files) {
+  for (const auto& [name, files, expected] : rows) {
+    for (const auto& [file, text] : files) {
       std::string written = "[preferred]\n" + text + "\n";
       const std::size_t place = written.find('@');
       if (place != written.npos) written.replace(place, 1, access);
-      directory.write(name, written);
+      directory.write(file, written);
     }
-    EXPECT_EQ(asked(), row.asked) << row.name;
-    for (const char* name : {"user", "system"}) std::filesystem::remove_all(directory / name);
+    EXPECT_EQ(asked(), expected) << name;
+    for (const char* each : {"user", "system"}) std::filesystem::remove_all(directory / each);
   }
 }
 

@@ -39,12 +39,7 @@ TEST(DonationFormTest, RefusesWhatIsTooLargeOrNotUnderstood) {
   const BusDictionary image{{"kind", "imageData"},
                             {"value", BusBytes{std::string(mostBytesInImage + 1, 'i')}},
                             {"origin", origin()}};
-  struct Row final {
-    const char* name;
-    BusValue list;
-    const char* error;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, BusValue, const char*> rows[] = {
       {"no list", "x", InvalidArgsError},
       {"unknown kind", makeDictionaries({{{"kind", "shoeSize"}}}), InvalidArgsError},
       {"another type", makeDictionaries({email(7u)}), InvalidArgsError},
@@ -76,11 +71,11 @@ TEST(DonationFormTest, RefusesWhatIsTooLargeOrNotUnderstood) {
       {"large image", makeDictionaries({image}), TooLargeError},
       {"long list", makeDictionaries(std::vector<BusDictionary>(1001, email("a"))), TooLargeError},
   };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
-    const auto read = donationsIn(row.list);
+  for (const auto& [name, list, error] : rows) {
+    SCOPED_TRACE(name);
+    const auto read = donationsIn(list);
     ASSERT_FALSE(read.ok());
-    EXPECT_EQ(facadeErrorName(*read.error()), row.error);
+    EXPECT_EQ(facadeErrorName(*read.error()), error);
     EXPECT_EQ(read.error()->debugDescription().find("example.org"), std::string::npos);
   }
 }
@@ -94,21 +89,16 @@ TEST(DonationFormTest, ReadsAccountsAndIdentifiers) {
                            {"properties", BusDictionary{{"FullUserName", "Anna Berg"}}}};
   const auto account = accountIn(full);
   ASSERT_TRUE(account.ok()) << account.error()->description();
-  EXPECT_EQ(account.value()->identifier, "a1");
-  EXPECT_EQ(account.value()->type, "org.example.mail");
-  EXPECT_EQ(account.value()->username, "anna@example.org");
-  EXPECT_FALSE(account.value()->isActive);
-  EXPECT_THAT(account.value()->dataClasses, testing::ElementsAre("mail"));
-  EXPECT_THAT(account.value()->textProperties,
-              testing::ElementsAre(testing::Pair("FullUserName", "Anna Berg")));
+  EXPECT_EQ(account.value(), (AccountRecord{.identifier = "a1",
+                                            .type = "org.example.mail",
+                                            .username = "anna@example.org",
+                                            .isActive = false,
+                                            .dataClasses = {"mail"},
+                                            .textProperties = {{"FullUserName", "Anna Berg"}}}));
   EXPECT_EQ(accountIn(BusDictionary()).value(), std::nullopt);
 
   const std::string longText(mostBytesInText + 1, 'a');
-  const struct {
-    const char* key;
-    BusValue value;
-    const char* error;
-  } rows[] = {
+  const std::tuple<const char*, BusValue, const char*> rows[] = {
       {"identifier", 7u, InvalidArgsError},
       {"identifier", std::string(mostBytesInIdentifier + 1, 'a'), TooLargeError},
       {"username", longText, TooLargeError},
@@ -121,13 +111,13 @@ TEST(DonationFormTest, ReadsAccountsAndIdentifiers) {
       {"properties", BusDictionary{{"key", longText}}, TooLargeError},
       {"unknown", "x", InvalidArgsError},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.key);
+  for (const auto& [key, value, error] : rows) {
+    SCOPED_TRACE(key);
     BusDictionary changed = full;
-    changed.insert_or_assign(row.key, row.value);
+    changed.insert_or_assign(key, value);
     const auto read = accountIn(changed);
     ASSERT_FALSE(read.ok());
-    EXPECT_EQ(facadeErrorName(*read.error()), row.error);
+    EXPECT_EQ(facadeErrorName(*read.error()), error);
   }
   EXPECT_FALSE(accountIn("x").ok());
 }

@@ -70,12 +70,7 @@ std::string writtenAfter(const std::string& before, const std::vector<std::strin
 }
 
 TEST(ModemCardsTest, LetANumberGoOnlyWhenAnotherCardHasTakenItsCardsPlace) {
-  const struct {
-    const char* name;
-    const char* before;
-    std::vector<std::string> steps;
-    const char* after;
-  } rows[] = {
+  const std::tuple<const char*, const char*, std::vector<std::string>, const char*> rows[] = {
       {"first numbers", "", {"a=1:111,112"}, "1/111 1/112"},
       {"no daemon", "1/111", {""}, "1/111"},
       {"daemon gone", "", {"a=1:111", ""}, "1/111"},

@@ -43,11 +43,7 @@ TEST(ModemManagerDaemonTest, ReadsModemsAndTheirCards) {
   const BusValue sim = BusObjectPath{"/sim/5"};
   const BusValue numbers = makeTexts({"111", "112"});
   const BusDictionary card = {{"SimIdentifier", "8949"}, {"Imsi", "26201"}};
-  const struct {
-    BusDictionary modem;
-    BusDictionary card;
-    const char* read;
-  } rows[] = {
+  const std::tuple<BusDictionary, BusDictionary, const char*> rows[] = {
       {{{"Device", "/usb/1"}, {"State", 8}, {"Sim", sim}, {"OwnNumbers", numbers}},
        card,
        "/usb/1 readable 8949: 111 112 @/sim/5"},
@@ -99,11 +95,7 @@ TEST(OfonoDaemonTest, ReadsModemsAndTheirCards) {
   const BusDictionary ready = {
       {"Interfaces", makeTexts({"org.ofono.VoiceCallManager", "org.ofono.SimManager"})}};
   const BusValue numbers = makeTexts({"111", "112"});
-  const struct {
-    BusDictionary modem;
-    BusDictionary card;
-    const char* read;
-  } rows[] = {
+  const std::tuple<BusDictionary, BusDictionary, const char*> rows[] = {
       {ready,
        {{"Present", true},
         {"CardIdentifier", "8949"},

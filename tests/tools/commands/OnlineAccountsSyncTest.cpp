@@ -7,6 +7,7 @@
 
 #include "model/DonationError.h"
 #include "platform/ipc/ServiceInterface.h"
+#include "tests/platform/extensions/DonorScript.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -185,10 +186,7 @@ TEST_F(OnlineAccountsSyncTest, IsSwitchedOnByAManifestOfItsOwnPoint) {
   EXPECT_FALSE(OnlineAccountsSync::isSwitchedOn(manifests));
   for (const std::string point : {"ovaro.quenlet", OnlineAccountsSync::extensionPoint}) {
     home.write("manifests/any.plist",
-               "<plist version=\"1.0\"><dict><key>extensionPoint</key><string>" + point +
-                   "</string><key>version</key><string>1.0</string><key>executable</key>"
-                   "<string>x</string><key>bundleIdentifier</key><string>" +
-                   OnlineAccountsSync::bundleIdentifier + "</string></dict></plist>");
+               donorManifest(OnlineAccountsSync::bundleIdentifier, "x", point));
     EXPECT_EQ(OnlineAccountsSync::isSwitchedOn(manifests),
               point == OnlineAccountsSync::extensionPoint);
   }

@@ -40,12 +40,7 @@ TEST(BackupTest, TakesNothingOfWhatIsNotWhollyAnExport) {
     changed.insert_or_assign(key, std::move(value));
     return PropertyListArray{std::move(changed)};
   };
-  struct Row final {
-    const char* key;
-    PropertyList value;
-    const char* sentence;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, PropertyList, const char*> rows[] = {
       {"version", "1", "it has no version"},
       {"version", 2, "this export has version 2, and this program reads version 1"},
       {"made", 7, "it has no date"},
@@ -70,12 +65,12 @@ TEST(BackupTest, TakesNothingOfWhatIsNotWhollyAnExport) {
        "its own card is not data, or is too large"},
       {"pseudonymKey", Data{"0123"}, "its key for pseudonyms is not a key"},
   };
-  for (const Row& row : rows) {
+  for (const auto& [key, value, sentence] : rows) {
     PropertyListDictionary entries = entriesOf(good());
-    entries.insert_or_assign(row.key, row.value);
+    entries.insert_or_assign(key, value);
     const auto read = Backup::read(PropertyListSerializer::dataWithObject(entries).value());
-    ASSERT_FALSE(read.ok()) << row.sentence;
-    EXPECT_NE(read.error()->debugDescription().find(row.sentence), std::string::npos)
+    ASSERT_FALSE(read.ok()) << sentence;
+    EXPECT_NE(read.error()->debugDescription().find(sentence), std::string::npos)
         << read.error()->debugDescription();
   }
   EXPECT_FALSE(Backup::read("").ok());

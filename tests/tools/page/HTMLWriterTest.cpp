@@ -8,12 +8,7 @@ namespace {
 constexpr char documentType[] = "<!doctype html>\n";
 
 TEST(HTMLWriterTest, EscapesTextsAndValuesOfAttributesAlike) {
-  struct Row final {
-    const char* name;
-    std::string given;
-    const char* written;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, std::string, const char*> rows[] = {
       {"markup", "<script>&amp;</p>", "&lt;script&gt;&amp;amp;&lt;/p&gt;"},
       {"both quotes", R"(a" onclick='b')", "a&quot; onclick=&#39;b&#39;"},
       {"not ASCII", "Åsa 李", "Åsa 李"},
@@ -21,13 +16,13 @@ TEST(HTMLWriterTest, EscapesTextsAndValuesOfAttributesAlike) {
       {"line breaks and NUL", std::string("a\r\n\0\u2028b", 8), "a\uFFFD\uFFFD\uFFFD\uFFFDb"},
       {"invalid and overlong UTF-8", "\xFF\xC0\xBC", "\uFFFD\uFFFD\uFFFD"},
   };
-  for (const Row& row : rows) {
+  for (const auto& [name, given, expected] : rows) {
     HTMLWriter html;
-    html.element("p", {{"title", row.given}}, row.given);
-    const std::string written = row.written;
+    html.element("p", {{"title", given}}, given);
+    const std::string written = expected;
     EXPECT_EQ(std::move(html).take(),
               documentType + ("<p title=\"" + written + "\">" + written + "</p>\n"))
-        << row.name;
+        << name;
   }
 }
 
@@ -50,12 +45,7 @@ TEST(HTMLWriterTest, ClosesElementsInsideOutAndKeepsAnImageInThePage) {
 
 TEST(ImageTypeTest, IsToldByTheFirstBytesAlone) {
   using namespace std::string_view_literals;
-  struct Row final {
-    const char* name;
-    std::string_view bytes;
-    std::string type;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, std::string_view, std::string> rows[] = {
       {"JPEG", "\xFF\xD8\xFF\xE0"sv, "JPEG image/jpeg"},
       {"PNG", "\x89PNG\r\n\x1A\n0"sv, "PNG image/png"},
       {"GIF of 1987", "GIF87a"sv, "GIF image/gif"},
@@ -68,9 +58,9 @@ TEST(ImageTypeTest, IsToldByTheFirstBytesAlone) {
       {"too short", "GIF8"sv, ""},
       {"nothing", ""sv, ""},
   };
-  for (const Row& row : rows) {
-    const auto type = ImageType::of(row.bytes);
-    EXPECT_EQ(type ? std::string(type->name) + " " + type->mediaType : "", row.type) << row.name;
+  for (const auto& [name, bytes, expected] : rows) {
+    const auto type = ImageType::of(bytes);
+    EXPECT_EQ(type ? std::string(type->name) + " " + type->mediaType : "", expected) << name;
   }
 }
 

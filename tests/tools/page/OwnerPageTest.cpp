@@ -148,22 +148,17 @@ TEST_F(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
 }
 
 TEST_F(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
-  struct Row final {
-    const char* name;
-    std::string bytes;
-    const char* shown;
-  };
-  const Row rows[] = {
+  const std::tuple<const char*, std::string, const char*> rows[] = {
       {"an image", "GIF89a", "<img src=\"data:image/gif;base64,R0lGODlh\""},
       {"text", "<svg onload='alert(1)'/>", "It is not of a type that this page can show."},
       {"too large", "GIF89a" + std::string(std::size_t{4} << 20, '0'), "It is too large for"},
   };
-  for (const Row& row : rows) {
+  for (const auto& [name, bytes, shown] : rows) {
     const std::string page =
-        OwnerPage::of(contentOf({image(row.bytes, given("photos", "1", "2027-01-05"))}));
-    EXPECT_THAT(page, HasSubstr(row.shown)) << row.name;
-    EXPECT_EQ(page.find("<img") != std::string::npos, row.bytes == "GIF89a") << row.name;
-    EXPECT_THAT(page, HasSubstr("Picture: from <bdi>photos</bdi>")) << row.name;
+        OwnerPage::of(contentOf({image(bytes, given("photos", "1", "2027-01-05"))}));
+    EXPECT_THAT(page, HasSubstr(shown)) << name;
+    EXPECT_EQ(page.find("<img") != std::string::npos, bytes == "GIF89a") << name;
+    EXPECT_THAT(page, HasSubstr("Picture: from <bdi>photos</bdi>")) << name;
   }
 }
 

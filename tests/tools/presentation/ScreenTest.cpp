@@ -29,25 +29,19 @@ TEST(ScreenTest, IsAsWideAndAsColouredAsTheUserHasIt) {
   const Terminal terminal(133);
   const Terminal unknown(0);
   const FileDescriptor file(::open("/dev/null", O_WRONLY));
-  const struct {
-    const char* name;
-    const FileDescriptor& descriptor;
-    const char* columns;
-    const char* noColour;
-    const char* term;
-    std::size_t width;
-    bool isColoured;
-  } rows[] = {
-      {"a terminal", terminal.screen, "", "", "xterm", 133, true},
-      {"a terminal of unknown size", unknown.screen, "", "", "xterm", 80, true},
-      {"no terminal", file, "", "", "xterm", 80, false},
-      {"no terminal, told", file, "51", "", "xterm", 51, false},
-      {"a terminal, told", terminal.screen, "51", "", "xterm", 51, true},
-      {"nonsense", terminal.screen, "51x", "", "xterm", 133, true},
-      {"too narrow", terminal.screen, "3", "", "xterm", 20, true},
-      {"no colour", terminal.screen, "", "1", "xterm", 133, false},
-      {"dumb", terminal.screen, "", "", "dumb", 133, false},
-  };
+  const std::tuple<const char*, const FileDescriptor&, const char*, const char*, const char*,
+                   std::size_t, bool>
+      rows[] = {
+          {"a terminal", terminal.screen, "", "", "xterm", 133, true},
+          {"a terminal of unknown size", unknown.screen, "", "", "xterm", 80, true},
+          {"no terminal", file, "", "", "xterm", 80, false},
+          {"no terminal, told", file, "51", "", "xterm", 51, false},
+          {"a terminal, told", terminal.screen, "51", "", "xterm", 51, true},
+          {"nonsense", terminal.screen, "51x", "", "xterm", 133, true},
+          {"too narrow", terminal.screen, "3", "", "xterm", 20, true},
+          {"no colour", terminal.screen, "", "1", "xterm", 133, false},
+          {"dumb", terminal.screen, "", "", "dumb", 133, false},
+      };
   for (const auto& [name, descriptor, columns, noColour, term, width, isColoured] : rows) {
     SCOPED_TRACE(name);
     ::setenv("COLUMNS", columns, 1);
