@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/extensions/ExtensionCatalog.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/ipc/EntitlementDatabase.h"
 #include "tools/commands/Command.h"
