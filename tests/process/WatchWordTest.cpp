@@ -57,8 +57,8 @@ TEST_F(WatchWordTest, TellsWhatChangedAndWhetherAnAgentIsThere) {
   for (const auto& [name, action, inText, inJSON] : cases) {
     SCOPED_TRACE(name);
     action();
-    EXPECT_TRUE(eventually([&] { return text->says(inText); })) << text->out();
-    EXPECT_TRUE(eventually([&] { return json->says(inJSON); })) << json->out();
+    EXPECT_TRUE(eventually([&, said = inText] { return text->says(said); })) << text->out();
+    EXPECT_TRUE(eventually([&, said = inJSON] { return json->says(said); })) << json->out();
   }
   EXPECT_THAT(text->out(), HasSubstr("  was      phone   +49 30 12"));
   text->signal(SIGINT);
