@@ -17,9 +17,9 @@ std::uint64_t numberOfDigits(std::string text) {
   return parsed.ec == std::errc() ? number : 0;
 }
 
-template <std::size_t size>
-bool copyText(const std::string& text, char (&place)[size]) {
-  if (text.size() >= size) return false;
+template <std::size_t Size>
+bool copyText(const std::string& text, char (&place)[Size]) {
+  if (text.size() >= Size) return false;
   std::copy(text.begin(), text.end(), place);
   place[text.size()] = 0;
   return true;
