@@ -158,12 +158,7 @@ struct BusConnection::Reply final {
 // name: whoever answers is known from the start, also if they leave the bus at once.
 class BusConnection::NamedCall final : public Cancelable {
  public:
-  struct Parts final {
-    BusCall called;
-    ReplyHandler handler;
-    std::chrono::steady_clock::time_point begun;
-  };
-  explicit NamedCall(Parts given) : parts(std::move(given)) {}
+  explicit NamedCall(BusCall wanted) : called(std::move(wanted)) {}
 
   void cancel() override {
     if (const auto ended = std::exchange(current, nullptr)) ended->cancel();
@@ -171,11 +166,13 @@ class BusConnection::NamedCall final : public Cancelable {
   // Of the limit for all steps together; for the library, none at all would be its own.
   [[nodiscard]] std::chrono::milliseconds timeLeft() const {
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(
-        std::chrono::steady_clock::now() - parts.begun);
-    return std::max(parts.called.timeLimit - passed, std::chrono::milliseconds(1));
+        std::chrono::steady_clock::now() - begun);
+    return std::max(called.timeLimit - passed, std::chrono::milliseconds(1));
   }
 
-  const Parts parts;
+  const BusCall called;
+  const std::chrono::steady_clock::time_point begun = std::chrono::steady_clock::now();
+  // The step under way, which alone holds the handler: that may hold this call.
   std::shared_ptr<Cancelable> current;
 };
 
@@ -234,9 +231,8 @@ std::shared_ptr<Cancelable> BusConnection::call(const BusCall& called, ReplyHand
   if (called.destination == busName || called.destination.starts_with(':')) {
     return callOwner(called, std::move(handler));
   }
-  const auto call = std::make_shared<NamedCall>(
-      NamedCall::Parts{called, std::move(handler), std::chrono::steady_clock::now()});
-  findOwner(call, called.autoStart);
+  const auto call = std::make_shared<NamedCall>(called);
+  findOwner(call, called.autoStart, handler);
   return call;
 }
 
@@ -248,33 +244,35 @@ std::shared_ptr<Cancelable> BusConnection::callOwner(const BusCall& called, Repl
   });
 }
 
-void BusConnection::findOwner(const std::shared_ptr<NamedCall>& call, AutoStart start) {
+void BusConnection::findOwner(const std::shared_ptr<NamedCall>& call, AutoStart start,
+                              const ReplyHandler& handler) {
   call->current = callOwner(
-      callOfBus("GetNameOwner", "s", {call->parts.called.destination}, call->timeLeft()),
-      [this, call, start](const Result<BusValues>& answer) {
+      callOfBus("GetNameOwner", "s", {call->called.destination}, call->timeLeft()),
+      [this, call, start, handler](const Result<BusValues>& answer) {
         if (start == AutoStart::on && !answer.ok() && isAbsence(*answer.error())) {
-          return startOwner(call);
+          return startOwner(call, handler);
         }
         const auto* owner =
             !answer.ok() || answer.value().empty() ? nullptr : answer.value().front().text();
         if (owner == nullptr) {
-          return call->parts.handler(answer.ok() ? answerOfAnother() : answer);
+          return handler(answer.ok() ? answerOfAnother() : answer);
         }
-        BusCall direct = call->parts.called;
+        BusCall direct = call->called;
         direct.destination = *owner;
         direct.timeLimit = call->timeLeft();
-        call->current = callOwner(direct, call->parts.handler);
+        call->current = callOwner(direct, handler);
       });
 }
 
-void BusConnection::startOwner(const std::shared_ptr<NamedCall>& call) {
+void BusConnection::startOwner(const std::shared_ptr<NamedCall>& call,
+                               const ReplyHandler& handler) {
   constexpr std::uint32_t noFlags = 0;
-  call->current = callOwner(callOfBus("StartServiceByName", "su",
-                                      {call->parts.called.destination, noFlags}, call->timeLeft()),
-                            [this, call](const Result<BusValues>& answer) {
-                              if (!answer.ok()) return call->parts.handler(answer);
-                              findOwner(call, AutoStart::off);
-                            });
+  call->current = callOwner(
+      callOfBus("StartServiceByName", "su", {call->called.destination, noFlags}, call->timeLeft()),
+      [this, call, handler](const Result<BusValues>& answer) {
+        if (!answer.ok()) return handler(answer);
+        findOwner(call, AutoStart::off, handler);
+      });
 }
 
 std::shared_ptr<Cancelable> BusConnection::send(const BusCall& called, AnyReplyHandler handler) {

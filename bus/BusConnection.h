@@ -104,8 +104,9 @@ class BusConnection final {
   std::shared_ptr<Cancelable> send(const BusCall& called, AnyReplyHandler handler);
   // Of the bus, or of a unique name.
   std::shared_ptr<Cancelable> callOwner(const BusCall& called, ReplyHandler handler);
-  void findOwner(const std::shared_ptr<NamedCall>& call, AutoStart start);
-  void startOwner(const std::shared_ptr<NamedCall>& call);
+  void findOwner(const std::shared_ptr<NamedCall>& call, AutoStart start,
+                 const ReplyHandler& handler);
+  void startOwner(const std::shared_ptr<NamedCall>& call, const ReplyHandler& handler);
   [[nodiscard]] static Opened attach(BusLoop& loop, sd_bus* opened, const BusLimits& limits);
 
   const std::unique_ptr<State> state;

@@ -94,7 +94,7 @@ class OwnerQuestion::Attempt final : public Cancelable {
   void cancel() override {
     if (!answer) return;
     answer = nullptr;
-    if (asking) asking->cancel();
+    if (const auto ended = std::exchange(asking, nullptr)) ended->cancel();
     close();
   }
   void finish(const Answered& answered) {

@@ -4,6 +4,8 @@
 namespace quenlet {
 namespace {
 
+using testing::AllOf;
+using testing::AnyOf;
 using testing::HasSubstr;
 
 // A home with the files of four mail programs.
@@ -69,9 +71,15 @@ TEST_F(MailDonorsTest, GiveWhatTheyHaveOnceAndTakeItBack) {
 
   writeFile(evolution, "[Data Source]\nEnabled=true\n\n[Mail Identity]\nAddr");
   std::filesystem::remove(home / ".config/emailidentities");
-  expect({"collect"}, 1,
-         {"org.quenlet.donors.evolution keeps what it has given", "its last line is cut short",
-          "kmail: nothing to donate; 2 removed, as no longer there."});
+  const auto collected = quenlet({"collect"});
+  EXPECT_EQ(collected.code, 1);
+  EXPECT_THAT(collected.err,
+              AllOf(HasSubstr("org.quenlet.donors.evolution keeps what it has given"),
+                    HasSubstr("its last line is cut short")));
+  // On a slow machine a renewal has asked before.
+  EXPECT_THAT(asOneLine(collected.out),
+              AnyOf(HasSubstr("kmail: nothing to donate; 2 removed, as no longer there."),
+                    HasSubstr("kmail: nothing to donate.")));
   expect({"collect", "org.quenlet.donors.kmail"}, 0, {"kmail: nothing to donate."});
   expect({"collect", "org.example.none"}, 1, {"no donor extension is installed for it"});
   EXPECT_TRUE(cardHas("evolution@example.org"));
@@ -131,6 +139,7 @@ TEST_F(MailDonorsTest, GoWithTheAccountsOfGNOMEWhereTheseAreSwitchedOn) {
   expect({"collect"}, 0, {"accounts of GNOME have not changed", "geary: 2 donations."});
   EXPECT_TRUE(cardHas("gnome@example.org"));
   writeFile(extensions / "bad.plist", "damaged");
+  mayRemark = true;  // should the agent look by then
   EXPECT_EQ(occurrences(quenlet({"collect"}).err, "bad.plist"), 1);
   writeFile(file, "[Account a_1]\n");
   expect({"collect"}, 1, {"stay as they are", "geary: 2 donations."});
