@@ -34,6 +34,8 @@ class DiskTest : public TrustTest {
     plan->fate = fate;
   }
   void startPlannedAgent() {
+    // One that was killed holds its lock until the last of its threads has gone.
+    agent.reset();
     agent = start({"env", "LD_PRELOAD=" + (bin / "../lib/quenlet/file-calls.so").string(),
                    bin / "quenlet-agent"});
   }
