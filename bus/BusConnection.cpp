@@ -155,7 +155,7 @@ struct BusConnection::Reply final {
 };
 
 // A call of a name. Its owner is found first, and started if need be, and then called by its unique
-// name: whoever answers is known from the start, also if they leave the bus at once.
+// name: who answers is known from the start, also if they leave the bus at once.
 class BusConnection::NamedCall final : public Cancelable {
  public:
   explicit NamedCall(BusCall wanted) : called(std::move(wanted)) {}
@@ -163,7 +163,7 @@ class BusConnection::NamedCall final : public Cancelable {
   void cancel() override {
     if (const auto ended = std::exchange(current, nullptr)) ended->cancel();
   }
-  // Of the limit for all steps together; for the library, none at all would be its own.
+  // What is left of the limit for all steps. Never 0: the library would take its own limit.
   [[nodiscard]] std::chrono::milliseconds timeLeft() const {
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::now() - begun);

@@ -102,7 +102,7 @@ class BusConnection final {
   // The handler is also told who answered.
   using AnyReplyHandler = std::function<void(const Reply& reply)>;
   std::shared_ptr<Cancelable> send(const BusCall& called, AnyReplyHandler handler);
-  // Of the bus, or of a unique name.
+  // A call of the bus itself, or of a unique name.
   std::shared_ptr<Cancelable> callOwner(const BusCall& called, ReplyHandler handler);
   void findOwner(const std::shared_ptr<NamedCall>& call, AutoStart start,
                  const ReplyHandler& handler);

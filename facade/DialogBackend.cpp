@@ -101,7 +101,7 @@ std::optional<Words> configuredNames(const DialogPlaces& places, const Words& de
   return std::nullopt;
 }
 
-// Those that are installed; nothing when there are none of them, unless that is what was meant.
+// Those that are installed. Nothing when none is, unless the configuration asks for none.
 std::optional<std::vector<DialogBackend>> backendsOfNames(const Words& names,
                                                           const Installed& installed) {
   std::vector<DialogBackend> backends;

@@ -177,7 +177,7 @@ void OwnerQuestion::hear(const std::shared_ptr<Attempt>& attempt, const Result<B
   const Error& error = *reply.error();
   // It may stand all the same.
   if (!isAbsence(error)) attempt->close();
-  // Of a dialog that ends with its program, the bus says the same before the time is up.
+  // The bus says the same, before the time is up, when the dialog's program ends.
   if (busErrorName(error) == BusNoReply && now() - attempt->begun >= patience) {
     return attempt->finish(Answered::success(std::nullopt));
   }

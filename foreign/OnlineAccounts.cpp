@@ -69,7 +69,7 @@ Result<std::optional<Account>> accountOf(const KeyFile& file, const std::string&
     return Read::failure(damage("an account has no usable identifier or provider"));
   }
   const MailKeys* mail = mailKeysOf(provider);
-  // Of the other providers, the daemon keeps no name.
+  // The daemon keeps a name for imap_smtp only.
   const bool hasName = provider != "imap_smtp" || file.text(group, "Name");
   const bool isWhole = hasName && file.text(group, "Identity") &&
                        file.text(group, "PresentationIdentity") &&

@@ -364,7 +364,7 @@ globalThis.quenletWords = {
       nl: ["mobiel", "gsm"], pl: ["komórka", "komórkowy"], sv: ["mobilnummer", "mobiltelefon"], ja: ["携帯"],
       hu: ["mobil", "mobilszám"]},
   },
-  // The first choice of a list that begins with one of these is none.
+  // A list's first choice that begins with one of these chooses nothing.
   prompts: {
     en: ["choose", "select", "please", "pick"],
     de: ["bitte", "wählen", "auswählen"],

@@ -54,7 +54,7 @@ class SourceReader final {
  public:
   explicit SourceReader(std::filesystem::path place) : directory(std::move(place)) {}
 
-  // Files of other names are none.
+  // Skips files of other names.
   ErrorPtr add(const std::string& name, std::size_t number) {
     if (!name.ends_with(extension)) return nullptr;
     const auto text = ForeignFiles::readLines(directory / name);

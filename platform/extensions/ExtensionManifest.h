@@ -20,7 +20,7 @@ struct ExtensionManifest final {
   std::string version;
   // Absolute. Only manifests that are not for this agent may lack it.
   std::filesystem::path executable;
-  // Of a manifest in a catalog: where it was read.
+  // Where a catalog read it.
   std::filesystem::path file = {};
 
   // Whether it registers for this agent's extension point, in the version that the agent supports.

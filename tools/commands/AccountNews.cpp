@@ -20,7 +20,7 @@ Result<std::vector<std::string>> AccountNews::markedIdentifiers() {
   return Identifiers::success(std::move(identifiers));
 }
 
-// Of what the agent has of the accounts, their identifiers say enough.
+// The identifier of the former state tells the agent which of its donations are meant.
 Result<AccountNews::Changes> AccountNews::left() {
   Changes changes;
   const auto identifiers = markedIdentifiers();

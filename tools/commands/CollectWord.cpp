@@ -81,7 +81,7 @@ ExitCode followOnlineAccounts(Session& session) {
   return OnlineAccountsSync(session, *accounts.value()).run();
 }
 
-// Of the donors of `bundles`, or of all when there is none.
+// Asks the donors of `bundles`, or all when the list is empty.
 ExitCode askDonors(Session& session, std::shared_ptr<const ExtensionCatalog> manifests,
                    const std::vector<std::string>& bundles, bool& isAnyInstalled) {
   // Before any program is started: without an agent, or while donations are off, it is in vain.

@@ -32,7 +32,7 @@ class AvailableExtensions final {
   // What stands under the extension's name in the user's directory.
   enum class Place { free, ours, othersFile };
 
-  // Of the installation that the program belongs to. An error when the user has no home.
+  // Those of the program's own installation. An error when the user has no home.
   [[nodiscard]] static Result<AvailableExtensions> open();
   [[nodiscard]] static AvailableExtensions openIn(const std::filesystem::path& prefix,
                                                   const std::filesystem::path& home);
