@@ -84,22 +84,8 @@ Result<BusMessage> makeCall(sd_bus* bus, const BusCall& called) {
 
 std::string textOrEmpty(const char* text) { return text == nullptr ? "" : text; }
 
-constexpr char busName[] = "org.freedesktop.DBus";
-constexpr char busPath[] = "/org/freedesktop/DBus";
-
 Result<BusValues> answerOfAnother() {
   return Result<BusValues>::failure(makePosixError(EBADMSG, "take an answer from another"));
-}
-
-BusCall callOfBus(std::string member, std::string signature, BusValues arguments,
-                  std::chrono::milliseconds timeLimit) {
-  return {.destination = busName,
-          .path = busPath,
-          .interface = busName,
-          .member = std::move(member),
-          .signature = std::move(signature),
-          .arguments = std::move(arguments),
-          .timeLimit = timeLimit};
 }
 
 // Throws for what cannot stand between apostrophes: no name or path holds one.
@@ -137,6 +123,15 @@ std::string escapedInAddress(std::string_view path) {
 
 }  // namespace
 
+BusCall callOfBus(std::string member, std::string signature, BusValues arguments) {
+  return {.destination = BusName,
+          .path = BusPath,
+          .interface = BusName,
+          .member = std::move(member),
+          .signature = std::move(signature),
+          .arguments = std::move(arguments)};
+}
+
 // An answer, and who sent it: nobody for what the library says itself, as when the time is up.
 struct BusConnection::Reply final {
   std::string sender;
@@ -150,7 +145,7 @@ struct BusConnection::Reply final {
     return {sender, readArguments(reply, limits)};
   }
   [[nodiscard]] bool isRefusalOfBus() const {
-    return !arguments.ok() && (sender.empty() || sender == busName);
+    return !arguments.ok() && (sender.empty() || sender == BusName);
   }
 };
 
@@ -168,6 +163,13 @@ class BusConnection::NamedCall final : public Cancelable {
     const auto passed = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::now() - begun);
     return std::max(called.timeLimit - passed, std::chrono::milliseconds(1));
+  }
+
+  // A call of the bus within that limit.
+  [[nodiscard]] BusCall step(std::string member, std::string signature, BusValues arguments) const {
+    BusCall call = callOfBus(std::move(member), std::move(signature), std::move(arguments));
+    call.timeLimit = timeLeft();
+    return call;
   }
 
   const BusCall called;
@@ -228,7 +230,7 @@ BusConnection::Opened BusConnection::toAddress(BusLoop& loop, const std::string&
 }
 
 std::shared_ptr<Cancelable> BusConnection::call(const BusCall& called, ReplyHandler handler) {
-  if (called.destination == busName || called.destination.starts_with(':')) {
+  if (called.destination == BusName || called.destination.starts_with(':')) {
     return callOwner(called, std::move(handler));
   }
   const auto call = std::make_shared<NamedCall>(called);
@@ -247,7 +249,7 @@ std::shared_ptr<Cancelable> BusConnection::callOwner(const BusCall& called, Repl
 void BusConnection::findOwner(const std::shared_ptr<NamedCall>& call, AutoStart start,
                               const ReplyHandler& handler) {
   call->current = callOwner(
-      callOfBus("GetNameOwner", "s", {call->called.destination}, call->timeLeft()),
+      call->step("GetNameOwner", "s", {call->called.destination}),
       [this, call, start, handler](const Result<BusValues>& answer) {
         if (start == AutoStart::on && !answer.ok() && isAbsence(*answer.error())) {
           return startOwner(call, handler);
@@ -267,12 +269,12 @@ void BusConnection::findOwner(const std::shared_ptr<NamedCall>& call, AutoStart 
 void BusConnection::startOwner(const std::shared_ptr<NamedCall>& call,
                                const ReplyHandler& handler) {
   constexpr std::uint32_t noFlags = 0;
-  call->current = callOwner(
-      callOfBus("StartServiceByName", "su", {call->called.destination, noFlags}, call->timeLeft()),
-      [this, call, handler](const Result<BusValues>& answer) {
-        if (!answer.ok()) return handler(answer);
-        findOwner(call, AutoStart::off, handler);
-      });
+  call->current =
+      callOwner(call->step("StartServiceByName", "su", {call->called.destination, noFlags}),
+                [this, call, handler](const Result<BusValues>& answer) {
+                  if (!answer.ok()) return handler(answer);
+                  findOwner(call, AutoStart::off, handler);
+                });
 }
 
 std::shared_ptr<Cancelable> BusConnection::send(const BusCall& called, AnyReplyHandler handler) {
@@ -302,11 +304,11 @@ std::shared_ptr<Cancelable> BusConnection::onSignal(const BusSignalMatch& match,
                                                     SignalHandler handler) {
   const auto slot = std::make_shared<Slot>(
       *state,
-      [limits = state->limits, isOfBus = match.sender == busName,
+      [limits = state->limits, isOfBus = match.sender == BusName,
        handler = std::move(handler)](sd_bus_message* signal) {
         const std::string sender = textOrEmpty(sd_bus_message_get_sender(signal));
         // To the library, anybody may have the name.
-        if (isOfBus && sender != busName) return;
+        if (isOfBus && sender != BusName) return;
         auto arguments = readArguments(signal, limits);
         if (!arguments.ok()) return;
         handler({sender, textOrEmpty(sd_bus_message_get_path(signal)),
@@ -322,9 +324,9 @@ std::shared_ptr<Cancelable> BusConnection::onSignal(const BusSignalMatch& match,
 
 std::shared_ptr<Cancelable> BusConnection::onOwnerChange(
     const std::string& name, std::function<void(const std::string& owner)> handler) {
-  return onSignal({.sender = busName,
-                   .path = busPath,
-                   .interface = busName,
+  return onSignal({.sender = BusName,
+                   .path = BusPath,
+                   .interface = BusName,
                    .member = "NameOwnerChanged",
                    .firstArgument = name},
                   [handler = std::move(handler)](const BusSignal& signal) {

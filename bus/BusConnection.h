@@ -31,6 +31,12 @@ struct BusCall final {
   AutoStart autoStart = AutoStart::off;
 };
 
+// The bus itself, as it calls itself.
+inline constexpr char BusName[] = "org.freedesktop.DBus";
+inline constexpr char BusPath[] = "/org/freedesktop/DBus";
+// A call of the bus itself.
+[[nodiscard]] BusCall callOfBus(std::string member, std::string signature, BusValues arguments);
+
 // Which signals; what is empty matches all. A value type.
 struct BusSignalMatch final {
   std::string sender = {};

@@ -9,23 +9,12 @@
 namespace quenlet {
 namespace {
 
-constexpr char busName[] = "org.freedesktop.DBus";
-constexpr char busPath[] = "/org/freedesktop/DBus";
 // The flag of a request for a name that is not to wait for it, and the answer that it is had.
 constexpr std::uint32_t nameDoNotQueue = 4;
 constexpr std::int64_t nameIsOwned = 1;
 
 // What one call may hold: a donation's image is 8 MiB at most, and the agent takes 32 in a request.
 constexpr BusLimits callLimits{.depth = 8, .values = 131072, .bytes = std::size_t{32} << 20};
-
-BusCall callOfBus(std::string member, std::string signature, BusValues arguments) {
-  return {.destination = busName,
-          .path = busPath,
-          .interface = busName,
-          .member = std::move(member),
-          .signature = std::move(signature),
-          .arguments = std::move(arguments)};
-}
 
 }  // namespace
 
@@ -90,7 +79,7 @@ ErrorPtr BusProgram::start() {
 
 void BusProgram::followOwners() {
   bus.onSignal(
-      {.sender = busName, .path = busPath, .interface = busName, .member = "NameOwnerChanged"},
+      {.sender = BusName, .path = BusPath, .interface = BusName, .member = "NameOwnerChanged"},
       [this](const BusSignal& signal) {
         if (signal.arguments.size() != 3) return;
         const std::string* name = signal.arguments.front().text();

@@ -72,13 +72,7 @@ ErrorPtr readEntitlements(const std::filesystem::path& prefix,
 }  // namespace
 
 void CallerIdentifier::askBus(const std::string& uniqueName, BusConnection::ReplyHandler handler) {
-  bus.call({.destination = "org.freedesktop.DBus",
-            .path = "/org/freedesktop/DBus",
-            .interface = "org.freedesktop.DBus",
-            .member = "GetConnectionCredentials",
-            .signature = "s",
-            .arguments = {uniqueName}},
-           std::move(handler));
+  bus.call(callOfBus("GetConnectionCredentials", "s", {uniqueName}), std::move(handler));
 }
 
 void CallerIdentifier::identify(const std::string& uniqueName, Reply reply) {
