@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "tests/support/GoldenFile.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -39,8 +40,7 @@ class OnlineAccountsTest : public testing::Test {
 };
 
 TEST_F(OnlineAccountsTest, TakesAddressesFromWhereTheDaemonDoes) {
-  const std::string file = readFile(QUENLET_SOURCES "/tests/foreign/gnome-accounts.conf");
-  ASSERT_FALSE(file.empty());
+  const std::string file = goldenFile("tests/foreign/gnome-accounts.conf");
   const std::string of = " org.gnome.OnlineAccounts.";
   EXPECT_EQ(foundIn(file), "gnome-account_1795713478_0" + of +
                                "imap_smtp anna@example.org Anna Berg mail,\n" +

@@ -6,6 +6,7 @@
 
 #include "platform/foundation/PropertyListSerializer.h"
 #include "tests/support/DonationFactory.h"
+#include "tests/support/GoldenFile.h"
 #include "tests/support/SteeredDataProxy.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -61,7 +62,7 @@ const DonationValues goldenValues = {
 TEST_F(DonationPersistenceTest, ReadsAndWritesTheFormThatOtherBuildsDo) {
   EXPECT_EQ(persistence.loadDonations().result(), Result<DonationValues>::success({}));
   EXPECT_FALSE(std::filesystem::exists(directory));
-  const std::string goldenText = readFile(QUENLET_SOURCES "/tests/storage/donations.plist");
+  const std::string goldenText = goldenFile("tests/storage/donations.plist");
   EXPECT_EQ(store(goldenValues).result(), Result<bool>::success(true));
   EXPECT_EQ(read("donations.plist"), goldenText);
   EXPECT_TRUE(std::filesystem::exists(directory / "CACHEDIR.TAG"));

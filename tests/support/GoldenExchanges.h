@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/GoldenFile.h"
 
 namespace quenlet {
 
@@ -43,7 +43,7 @@ inline std::vector<GoldenExchange> goldenExchanges(const std::string& file,
                                                    const std::string& remark = "#") {
   std::vector<GoldenExchange> exchanges(1);
   std::string* message = &exchanges.back().request;
-  std::istringstream lines(readFile(std::filesystem::path(QUENLET_SOURCES) / file));
+  std::istringstream lines(goldenFile(file));
   for (std::string line; std::getline(lines, line);) {
     const auto begin = std::min(line.find_first_not_of(' '), line.size());
     const std::string word = line.substr(begin, line.find(' ', begin) - begin);

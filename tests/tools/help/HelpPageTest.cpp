@@ -6,6 +6,7 @@
 #include <sstream>
 
 #include "platform/foundation/Text.h"
+#include "tests/support/GoldenFile.h"
 #include "tools/commands/CommandLine.h"
 #include "tools/help/HelpText.h"
 #include "tools/help/ManualPage.h"
@@ -36,34 +37,7 @@ TEST(HelpPageTest, ReadsTheParsersModel) {
   const HelpPage& page = program.pages.front();
   EXPECT_EQ(page.name('-'), "tool-say");
   EXPECT_EQ(page.options[2].choices, (std::vector<std::string>{"json", "text"}));
-  EXPECT_EQ(helpText(page, {.width = 30}),
-            R"(Says them
-
-Usage: tool say
-       [OPTIONS] FILE...
-
-Arguments:
-  FILE...  Files
-
-Options:
-  -h, --help   Print this help
-               message and
-               exit
-  -q, --quiet  Quiet (not with
-               --as)
-  --as FORMAT  The form [json]
-               (not with
-               --quiet)
-  --wide       Wide
-
-One. Two.
-  tool say  a
-  tool say b
-
-Three.
-
-Four.
-)");
+  EXPECT_EQ(helpText(page, {.width = 30}), goldenFile("tests/tools/help/help.txt"));
 }
 
 TEST(HelpTextTest, NoWordsHelpIsWiderThanATerminal) {

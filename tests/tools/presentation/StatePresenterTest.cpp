@@ -5,7 +5,7 @@
 #include <sstream>
 
 #include "tests/support/DonationFactory.h"
-#include "tests/support/TemporaryDirectory.h"
+#include "tests/support/GoldenFile.h"
 #include "tools/presentation/ReasonPresenter.h"
 
 namespace quenlet {
@@ -39,38 +39,19 @@ class StatePresenterTest : public testing::Test {
   };
   std::ostringstream out;
 
-  // What a file beside this one holds.
   static std::string golden(const std::string& name) {
-    return readFile(QUENLET_SOURCES "/tests/tools/presentation/" + name);
+    return goldenFile("tests/tools/presentation/" + name);
   }
 };
 
 TEST_F(StatePresenterTest, ListsWithANumberAndAStateInFront) {
   StatePresenter::writeTable(out, {.width = 80}, stated);
-  EXPECT_EQ(
-      out.str(),
-      "#  VALUE            STATE         BUNDLE    EXPIRES     KIND    LABEL  DONATION\n"
-      "1  +1 202 555 0100  silenced      org.shop  1970-02-10  phone   home   s:tel\n"
-      "2  Jo               silenced      org.shop  1970-02-20  name           s:n\n"
-      "3  rob@x.org        shown         org.mail  1970-01-21  e-mail  home   m:1\n"
-      "4  Rob@x.org        given before  org.bank  1970-03-02  e-mail  home   b:1\n"
-      "5  eve@x.org        shown         org.bank  1970-03-02  e-mail  home   b:2\xEF\xBF\xBD\n");
+  EXPECT_EQ(out.str(), golden("list.txt"));
 }
 
 TEST_F(StatePresenterTest, TellsProgramsOfTheStateAndTheOtherDonation) {
   StatePresenter::writeJSON(out, {stated[3]}, unlisted);
-  EXPECT_EQ(out.str(),
-            R"([{"kind":"emailAddress","value":"Rob@x.org","label":"home","origin":{)"
-            R"("bundleIdentifier":"org.bank","donationIdentifier":"b:1",)"
-            R"("donationDate":"1970-01-02T12:00:00Z","expirationDate":"1970-03-02T00:00:00Z"},)"
-            R"("number":4,"state":"givenBefore","because":"org.mail gave it first","other":"m:1"},)"
-            R"({"kind":"phoneNumber","value":"+1 202 555 0109","state":"rejected",)"
-            R"("because":"You rejected it"},)"
-            R"({"origin":{"bundleIdentifier":"org.file"},"state":"skipped","because":"Line 3"},)"
-            R"({"kind":"imageData","origin":{"bundleIdentifier":"org.file",)"
-            R"("donationIdentifier":"f:1","donationDate":"1970-01-02T12:00:00Z",)"
-            R"("expirationDate":"1970-01-11T00:00:00Z"},"state":"expired","because":"It expired"}])"
-            "\n");
+  EXPECT_EQ(out.str(), goldenLine("tests/tools/presentation/list.json"));
 }
 
 TEST_F(StatePresenterTest, GroupsByStateAndReason) {
