@@ -51,12 +51,23 @@ std::string source(const std::string& parent, const std::string& groups, bool is
          std::string(isOn ? "true" : "false") + "\nParent=" + parent + "\n\n" + groups;
 }
 
-TEST(MailIdentitiesTest, FindsThoseOfEvolutionThatAreInUseAndNotOfOnlineAccounts) {
+// Files "a.source", "b.source" and so on, and one beside them that is none.
+std::vector<HomeFile> sources(const std::vector<std::string>& contents) {
   const std::string directory = "chosen/evolution/sources/";
+  std::vector<HomeFile> files{{directory + "notes.txt", "no source"}};
+  char name = 'a';
+  for (const std::string& content : contents) {
+    files.push_back({directory + name++ + ".source", content});
+  }
+  return files;
+}
+
+TEST(MailIdentitiesTest, FindsThoseOfEvolutionThatAreInUseAndNotOfOnlineAccounts) {
   const std::string address = "[Mail Identity]\nAddress=ann@example.org\n";
   const std::string ann = address +
                           "Aliases=berg@example.org, \"Berg, Ann\" <a.berg@example.org>\n"
                           "Name=Ann\\sBerg\nOrganization=\nReplyTo=\nSignatureUid=none\n";
+  const std::string identity = source("", ann);
   const std::string online = "[GNOME Online Accounts]\nAccountId=account_17\n";
   const std::string collection = "[Collection]\nIdentity=ann\n";
   const std::string account = source("", "[Mail Account]\nIdentityUid=a\n");
@@ -66,57 +77,32 @@ TEST(MailIdentitiesTest, FindsThoseOfEvolutionThatAreInUseAndNotOfOnlineAccounts
       &evolutionIdentities,
       {{"nothing there", {}, ""},
        {"other sources beside",
-        {{directory + "a.source", source("", ann)},
-         {directory + "b.source", source("", "[Calendar]\nColor=#fff\n")},
-         {directory + "c.source", account},
-         {directory + "notes.txt", "no source"}},
+        sources({identity, source("", "[Calendar]\nColor=#fff\n"), account}),
         "a|Ann Berg|ann@example.org|berg@example.org|\"Berg, Ann\" <a.berg@example.org>\n"},
-       {"switched off", {{directory + "a.source", source("", ann, false)}}, ""},
-       {"of an online account",
-        {{directory + "a.source", source("goa", ann)},
-         {directory + "goa.source", source("", online)}},
-        ""},
-       {"of an account that is switched off",
-        {{directory + "a.source", source("all", ann)},
-         {directory + "all.source", source("", collection, false)}},
+       {"switched off", sources({source("", ann, false)}), ""},
+       {"of an online account", sources({source("b", ann), source("", online)}), ""},
+       {"of an account that is off", sources({source("b", ann), source("", collection, false)}),
         ""},
        {"of a collection, and of one that is gone; with nothing typed in",
-        {{directory + "a.source", source("all", address + "Name=\n")},
-         {directory + "all.source", source("", collection)},
-         {directory + "b.source", source("gone", "[Mail Identity]\nAddress=\nName=B\n")},
-         {directory + "c.source", source("", "[Mail Account]\nIdentityUid=gone\n")}},
-        "a||ann@example.org\nb|B|\n"},
-       {"one is damaged",
-        {{directory + "a.source", source("", ann)}, {directory + "b.source", source("", "Ena\n")}},
+        sources({source("b", address + "Name=\n"), source("", collection),
+                 source("gone", "[Mail Identity]\nAddress=\nName=C\n"),
+                 source("", "[Mail Account]\nIdentityUid=gone\n")}),
+        "a||ann@example.org\nc|C|\n"},
+       {"one is damaged", sources({identity, source("", "Ena\n")}),
         "!file 2 in evolution/sources: line 7 has no \"=\""},
-       {"one is another file",
-        {{directory + "a.source", ann}},
+       {"one is another file", sources({ann}),
         "!file 1 in evolution/sources: it has no group \"Data Source\""},
-       {"an identity, an account and their parents that lack what these have",
-        {{directory + "a.source", bare + ann}},
-        "!file 1" + lacking},
-       {"",
-        {{directory + "a.source", source("", ann)},
-         {directory + "b.source", bare + "[Mail Account]\n"}},
-        "!file 2" + lacking},
-       {"",
-        {{directory + "a.source", source("", ann)},
-         {directory + "b.source", source("c", "[Mail Account]\n")},
-         {directory + "c.source", bare + collection}},
+       {"an identity that lacks what these have", sources({bare + ann}), "!file 1" + lacking},
+       {"an account", sources({identity, bare + "[Mail Account]\n"}), "!file 2" + lacking},
+       {"its parent", sources({identity, source("c", "[Mail Account]\n"), bare + collection}),
         "!file 3" + lacking},
-       {"another source that lacks it",
-        {{directory + "a.source", source("", address + "Name=\n")},
-         {directory + "b.source", bare + "[Calendar]\n"}},
+       {"another source", sources({source("", address + "Name=\n"), bare + "[Calendar]\n"}),
         "a||ann@example.org\n"},
-       {"cut before the identity",
-        {{directory + "a.source", source("", "")}},
+       {"cut before the identity", sources({source("", "")}),
         "!file 1 in evolution/sources: it lacks what all sources have"},
-       {"cut within the identity",
-        {{directory + "a.source", source("", address)}},
+       {"cut within the identity", sources({source("", address)}),
         "!file 1 in evolution/sources: it lacks what all identities have"},
-       {"cut between the groups of an identity",
-        {{directory + "a.source", source("", "[Mail Composition]\nBcc=\n")},
-         {directory + "b.source", account}},
+       {"cut between its groups", sources({source("", "[Mail Composition]\nBcc=\n"), account}),
         "!evolution/sources: an account's identity is not whole"}});
 }
 
@@ -132,6 +118,12 @@ TEST(MailIdentitiesTest, TakesInABoundedNumberOfBytesOfEvolution) {
   home.write("evolution/sources/c.source", source("", "[Collection]\n") + large + "\n");
   EXPECT_EQ(found(),
             "!file 3 in evolution/sources: with it, the files are larger than 8 MiB together");
+}
+
+// The list of profiles and the preferences of one of them.
+std::vector<HomeFile> thunderbird(const std::string& profiles, const std::string& preferences,
+                                  const std::string& place = ".thunderbird/") {
+  return {{place + "profiles.ini", profiles}, {place + "x.default/prefs.js", preferences}};
 }
 
 TEST(MailIdentitiesTest, FindsThoseOfThunderbirdThatAnAccountHas) {
@@ -152,60 +144,50 @@ user_pref("mail.identity.id1.useremail", "ann@example.org");
 user_pref("mail.identity.id2.useremail", "berg@example.org");
 user_pref("mail.identity.id4.useremail", "former@example.org");
 )";
-  const std::string prefs = ".thunderbird/x.default/prefs.js";
   const std::string whole = accounts + id1 + rest;
-  const std::string found =
-      "~/.thunderbird/x.default\nid1|Ann Berg|ann@example.org\n"
-      "~/.thunderbird/x.default\nid2||berg@example.org\n";
+  const auto foundIn = [](const std::string& place) {
+    const std::string key = "~/" + place + "x.default\n";
+    return key + "id1|Ann Berg|ann@example.org\n" + key + "id2||berg@example.org\n";
+  };
+  const std::string found = foundIn(".thunderbird/");
+  const std::string snap = "snap/thunderbird/common/.thunderbird/";
+  const std::string flatpak = ".var/app/org.mozilla.Thunderbird/.thunderbird/";
   const std::string bad = "!prefs.js of profile 1: ";
   expectFound(
       &thunderbirdIdentities,
       {{"nothing there", {}, ""},
-       {"relative", {{profiles, one}, {prefs, whole}}, found},
-       {"snap and Flatpak",
-        {{"snap/thunderbird/common/" + profiles, one},
-         {"snap/thunderbird/common/" + prefs, whole},
-         {".var/app/org.mozilla.Thunderbird/" + profiles, general}},
-        "~/snap/thunderbird/common/.thunderbird/x.default\nid1|Ann Berg|ann@example.org\n"
-        "~/snap/thunderbird/common/.thunderbird/x.default\nid2||berg@example.org\n"},
+       {"relative", thunderbird(one, whole), found},
+       {"snap", thunderbird(one, whole, snap), foundIn(snap)},
+       {"Flatpak", thunderbird(one, whole, flatpak), foundIn(flatpak)},
        {"not used yet", {{profiles, one}, {".thunderbird/x.default/times.json", ""}}, ""},
-       {"no account yet", {{profiles, one}, {prefs, "user_pref(\"a\", 1);\n"}}, ""},
+       {"no account yet", thunderbird(one, "user_pref(\"a\", 1);\n"), ""},
        {"a profile that was deleted",
-        {{profiles, "[Profile1]\nPath=gone/y\n[Profile2]\nPath=z\n" + one}, {prefs, whole}},
-        found},
+        thunderbird("[Profile1]\nPath=gone/y\n[Profile2]\nPath=z\n" + one, whole), found},
        {"one that is on another disk",
-        {{profiles, one + "[Profile12@]\nPath=/media/none/x\n"}, {prefs, whole}},
+        thunderbird(one + "[Profile12@]\nPath=/media/none/x\n", whole),
         "!profiles.ini: the directory of [Profile12] is not there"},
-       {"one deleted there", {{profiles, one + "[Profile1]\nPath=../x\n"}, {prefs, whole}}, found},
+       {"one deleted there", thunderbird(one + "[Profile1]\nPath=../x\n", whole), found},
        {"a file in its place",
         {{profiles, one}, {".thunderbird/x.default", ""}},
         "!profiles.ini: the directory of [Profile0] is not there"},
-       {"a list of profiles cut within one",
-        {{profiles, general + one.substr(0, 37)}, {prefs, whole}},
+       {"a list of profiles cut within one", thunderbird(general + one.substr(0, 37), whole),
         "!profiles.ini: [Profile0] has no path"},
-       {"one cut between groups",
-        {{profiles, one.substr(0, 52)}, {prefs, whole}},
+       {"one cut between groups", thunderbird(one.substr(0, 52), whole),
         "!profiles.ini: it has no group \"General\""},
        {"a damaged one",
         {{profiles, one + "[Profile1\n"}},
         "!profiles.ini: line 10 begins a group and does not end it"},
-       {"cut before the list of accounts",
-        {{profiles, one}, {prefs, list}},
+       {"cut before the list of accounts", thunderbird(one, list),
         bad + "it has accounts and no list of them"},
-       {"without an account that is listed",
-        {{profiles, one}, {prefs, whole.substr(list.rfind("user_pref"))}},
+       {"without an account", thunderbird(one, whole.substr(list.rfind("user_pref"))),
         bad + "it lists an account that is not there"},
-       {"cut between identities",
-        {{profiles, one}, {prefs, accounts + id1}},
+       {"cut between identities", thunderbird(one, accounts + id1),
         bad + "an account has an identity without an address"},
-       {"cut within one",
-        {{profiles, one}, {prefs, accounts + id1 + rest.substr(0, rest.find('\n') + 1)}},
+       {"cut within one", thunderbird(one, accounts + id1 + rest.substr(0, rest.find('\n') + 1)),
         bad + "an account has an identity without an address"},
-       {"cut within a line",
-        {{profiles, one}, {prefs, accounts + id1.substr(0, 70)}},
+       {"cut within a line", thunderbird(one, accounts + id1.substr(0, 70)),
         bad + "its last line is cut short"},
-       {"a line is damaged",
-        {{profiles, one}, {prefs, whole + "user_pref(\"b\", \n"}},
+       {"a line is damaged", thunderbird(one, whole + "user_pref(\"b\", \n"),
         bad + "line 11 begins a preference and is not one"}});
   const TemporaryDirectory home;
   home.write(profiles,
@@ -222,26 +204,25 @@ user_pref("mail.identity.id4.useremail", "former@example.org");
 
 TEST(MailIdentitiesTest, FindsThoseOfKMailAndGeary) {
   const std::string file = "chosen/emailidentities";
-  const std::string general = "[$Version]\nupdate_info=x\n\n[General]\nDefault Identity=7\n\n";
+  const auto kmail = [&](const std::string& identities) {
+    const std::string general = "[$Version]\nupdate_info=x\n\n[General]\nDefault Identity=7\n\n";
+    return std::vector<HomeFile>{{file, general + identities}};
+  };
   const std::string work =
       "[Identity #0]\nEmail Address[$e]=ann@example.org\nEmail Aliases=a@example.org,"
       "b@example.org\nIdentity=Work\nName=Zo\\xc3\\xab Berg\nName[de]=Other\n";
   const std::string home = "[Identity #1][$i]\nIdentity=Home\nuoid=1234567\n\n";
-  expectFound(
-      &kmailIdentities,
-      {{"nothing there", {}, ""},
-       {"two, with flags and escapes",
-        {{file, general + work + "uoid=7\n\n" + home}},
-        "7|Zo\u00EB Berg|ann@example.org|a@example.org|b@example.org\n1234567||\n"},
-       {"emptied", {{file, ""}}, "!emailidentities: it is empty"},
-       {"cut before all identities", {{file, general}}, "!emailidentities: it has no identity"},
-       {"cut within one", {{file, general + work}}, "!emailidentities: an identity has no number"},
-       {"cut before the default one",
-        {{file, general + home}},
-        "!emailidentities: its default identity is not there"},
-       {"edited by hand",
-        {{file, general + work + "uoid=1234567\n\n" + home}},
-        "!emailidentities: two identities have one number"}});
+  expectFound(&kmailIdentities,
+              {{"nothing there", {}, ""},
+               {"two, with flags and escapes", kmail(work + "uoid=7\n\n" + home),
+                "7|Zo\u00EB Berg|ann@example.org|a@example.org|b@example.org\n1234567||\n"},
+               {"emptied", {{file, ""}}, "!emailidentities: it is empty"},
+               {"cut before all identities", kmail(""), "!emailidentities: it has no identity"},
+               {"cut within one", kmail(work), "!emailidentities: an identity has no number"},
+               {"cut before the default one", kmail(home),
+                "!emailidentities: its default identity is not there"},
+               {"edited by hand", kmail(work + "uoid=1234567\n\n" + home),
+                "!emailidentities: two identities have one number"}});
   const std::string account =
       "[Metadata]\nversion=1\n\n[Account]\nordinal=1\n"
       "sender_mailboxes=Ann Berg <ann@example.org>;\"B\\; A\" <b@example.org>;\n";
