@@ -46,25 +46,22 @@ TEST_F(OwnerQuestionTest, StartsThisDesktopsDialogOnlyWhenNoneRuns) {
 }
 
 TEST_F(OwnerQuestionTest, CountsOnlyATimeThatIsUpAsClosed) {
-  const struct {
-    const char* error;
-    std::chrono::minutes passed;
-    bool isClosed;
-  } rows[] = {
-      {BusNoReply, OwnerQuestion::patience, true},
-      {BusNoReply, OwnerQuestion::patience - std::chrono::minutes(1), false},
-      {"org.freedesktop.DBus.Error.Failed", OwnerQuestion::patience, false},
+  constexpr auto patience = OwnerQuestion::patience;
+  const std::tuple<const char*, std::chrono::minutes, bool> rows[] = {
+      {BusNoReply, patience, true},
+      {BusNoReply, patience - std::chrono::minutes(1), false},
+      {"org.freedesktop.DBus.Error.Failed", patience, false},
       {"org.freedesktop.DBus.Error.UnknownMethod", std::chrono::minutes(0), false},
   };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.error);
+  for (const auto& [error, passed, isClosed] : rows) {
+    SCOPED_TRACE(error);
     ask();
     const FakeBus::Call dialog = bus.take("AccessDialog");
-    now += row.passed;
-    bus.fail(dialog, row.error);
+    now += passed;
+    bus.fail(dialog, error);
     EXPECT_EQ(bus.take("Close").destination, "org.example.Own");
-    EXPECT_EQ(outcome, row.isClosed ? "closed" : "");
-    if (row.isClosed) continue;
+    EXPECT_EQ(outcome, isClosed ? "closed" : "");
+    if (isClosed) continue;
     bus.answer(bus.take("AccessDialog"), "ua{sv}", {0u, BusDictionary()});
     EXPECT_EQ(outcome, "answered") << "by the other one";
   }

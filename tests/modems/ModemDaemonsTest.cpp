@@ -43,22 +43,18 @@ TEST(ModemManagerDaemonTest, ReadsModemsAndTheirCards) {
   const BusValue sim = BusObjectPath{"/sim/5"};
   const BusValue numbers = makeTexts({"111", "112"});
   const BusDictionary card = {{"SimIdentifier", "8949"}, {"Imsi", "26201"}};
+  const auto modemWith = [](const BusValue& state, const BusValue& place, const BusValue& list) {
+    return BusDictionary{{"State", state}, {"Sim", place}, {"OwnNumbers", list}};
+  };
+  BusDictionary atPort = modemWith(8, sim, numbers);
+  atPort.emplace("Device", "/usb/1");
+  const BusDictionary otherCard = {{"SimIdentifier", 8949}};
   const std::tuple<BusDictionary, BusDictionary, const char*> rows[] = {
-      {{{"Device", "/usb/1"}, {"State", 8}, {"Sim", sim}, {"OwnNumbers", numbers}},
-       card,
-       "/usb/1 readable 8949: 111 112 @/sim/5"},
-      {{{"State", 3}, {"Sim", sim}, {"OwnNumbers", makeTexts({})}},
-       card,
-       "/modem/3 readable 8949: @/sim/5"},
-      {{{"State", 2}, {"Sim", sim}, {"OwnNumbers", numbers}},
-       card,
-       "/modem/3 unknown 8949: @/sim/5"},
-      {{{"State", 3}, {"Sim", sim}, {"OwnNumbers", "111"}},
-       {{"SimIdentifier", 8949}},
-       "/modem/3 readable : @/sim/5"},
-      {{{"State", 6}, {"Sim", BusObjectPath{"/"}}, {"OwnNumbers", numbers}},
-       card,
-       "/modem/3 readable : 111 112"},
+      {atPort, card, "/usb/1 readable 8949: 111 112 @/sim/5"},
+      {modemWith(3, sim, makeTexts({})), card, "/modem/3 readable 8949: @/sim/5"},
+      {modemWith(2, sim, numbers), card, "/modem/3 unknown 8949: @/sim/5"},
+      {modemWith(3, sim, "111"), otherCard, "/modem/3 readable : @/sim/5"},
+      {modemWith(6, BusObjectPath{"/"}, numbers), card, "/modem/3 readable : 111 112"},
       {{{"State", -1}, {"StateFailedReason", std::uint32_t{2}}}, card, "/modem/3 absent :"},
       {{{"State", -1}, {"StateFailedReason", std::uint32_t{3}}}, card, "/modem/3 unknown :"},
       {{{"State", 1}, {"StateFailedReason", std::uint32_t{2}}}, card, "/modem/3 unknown :"},
@@ -95,25 +91,22 @@ TEST(OfonoDaemonTest, ReadsModemsAndTheirCards) {
   const BusDictionary ready = {
       {"Interfaces", makeTexts({"org.ofono.VoiceCallManager", "org.ofono.SimManager"})}};
   const BusValue numbers = makeTexts({"111", "112"});
+  // With these properties beside the numbers and, if any, the identifier.
+  const auto cardWith = [&](BusDictionary properties, const char* identifier = "8949") {
+    properties.emplace("SubscriberNumbers", numbers);
+    if (identifier != nullptr) properties.emplace("CardIdentifier", identifier);
+    return properties;
+  };
   const std::tuple<BusDictionary, BusDictionary, const char*> rows[] = {
-      {ready,
-       {{"Present", true},
-        {"CardIdentifier", "8949"},
-        {"PinRequired", "none"},
-        {"SubscriberNumbers", numbers}},
+      {ready, cardWith({{"Present", true}, {"PinRequired", "none"}}),
        "/ril_0 readable 8949: 111 112 @/ril_0"},
-      {ready,
-       {{"Present", true},
-        {"CardIdentifier", "8949"},
-        {"PinRequired", "pin"},
-        {"SubscriberNumbers", numbers}},
+      {ready, cardWith({{"Present", true}, {"PinRequired", "pin"}}),
        "/ril_0 unknown 8949: @/ril_0"},
-      {ready,
-       {{"Present", true}, {"PinRequired", "puk2"}, {"SubscriberNumbers", numbers}},
+      {ready, cardWith({{"Present", true}, {"PinRequired", "puk2"}}, nullptr),
        "/ril_0 readable : 111 112 @/ril_0"},
       {ready, {{"Present", true}, {"CardIdentifier", "8949"}}, "/ril_0 readable 8949: @/ril_0"},
-      {ready, {{"Present", false}, {"CardIdentifier", "8949"}}, "/ril_0 absent : @/ril_0"},
-      {ready, {{"Present", "yes"}, {"CardIdentifier", "8949"}}, "/ril_0 unknown : @/ril_0"},
+      {ready, cardWith({{"Present", false}}), "/ril_0 absent : @/ril_0"},
+      {ready, cardWith({{"Present", "yes"}}), "/ril_0 unknown : @/ril_0"},
       {{{"Interfaces", makeTexts({"org.ofono.VoiceCallManager"})}}, {}, "/ril_0 unknown :"},
       {{{"Interfaces", "org.ofono.SimManager"}}, {}, "/ril_0 unknown :"},
       {{}, {}, "/ril_0 unknown :"},
@@ -130,7 +123,8 @@ TEST(OfonoDaemonTest, ReadsModemsAndTheirCards) {
 
 TEST(OfonoDaemonTest, MindsChangesOfModemsAndCardsOnly) {
   const OfonoDaemon daemon;
-  for (const char* property : {"Interfaces", "Present", "SubscriberNumbers", "PinRequired"}) {
+  for (const char* property :
+       {"Interfaces", "Present", "CardIdentifier", "SubscriberNumbers", "PinRequired"}) {
     EXPECT_TRUE(daemon.isNews(changed("PropertyChanged", {property, 7}))) << property;
   }
   EXPECT_TRUE(daemon.isNews(changed("ModemRemoved", {})));
