@@ -126,6 +126,8 @@ TEST_F(ClientTest, RunsHandlersWhereTheProgramDispatches) {
   driven.card([&](const Result<Card>& card) { note(0, outcomeOf(card)); });
   EXPECT_EQ(errors.size(), 10);
   dispatchUntil(driven, [&] { return errors.size() == 11; });
+  pollfd ready{driven.fd().value(), POLLIN, 0};
+  EXPECT_EQ(::poll(&ready, 1, 0), 0) << "nothing is left to do";
   EXPECT_EQ(errors.back(), "ovaro.quenlet.service-error 1");
   EXPECT_EQ(std::count(errors.begin(), errors.end(), "ovaro.quenlet.service-error 4"), 1);
   EXPECT_EQ(outcomeOf(client.fd().ok() ? nullptr : client.fd().error()),

@@ -96,33 +96,6 @@ TEST_F(ServiceClientTest, CompletionsMayCallAndLetTheClientGo) {
   EXPECT_EQ(nested.get_future().get(), "b");
 }
 
-TEST_F(ServiceClientTest, IsDrivenByALoopThatSomebodyElseRuns) {
-  HandlerLoop driven(HandlerLoop::Thread::callers);
-  std::vector<std::string> replies;
-  const auto begin = [&](const std::string& selector, const std::string& content) {
-    client->call(
-        selector, text(content),
-        [&replies](const Result<std::string>& reply) { replies.push_back(outcome(reply)); },
-        driven.loop());
-  };
-  EventLoop& events = driven.loop()->events;
-  pollfd look{events.descriptor(), POLLIN, 0};
-  const std::vector<std::string> contents{std::string(1'500'000, 'x'), "b", "c"};
-  for (const std::string& content : contents) begin("echo", content);
-  EXPECT_EQ(replies.size(), 0) << "before a dispatch";
-  while (replies.size() < contents.size()) {
-    ASSERT_EQ(::poll(&look, 1, 10'000), 1);
-    events.dispatch();
-  }
-  EXPECT_EQ(replies, contents);
-  EXPECT_EQ(::poll(&look, 1, 0), 0) << "nothing is left to do";
-
-  begin("later", "d");
-  client.reset();
-  events.dispatch();
-  EXPECT_EQ(replies.back(), "!2");
-}
-
 TEST_F(ServiceClientTest, TrustsNothingThatAServiceSays) {
   const auto frame = RawPeer::frame;
   WireEncoder error;

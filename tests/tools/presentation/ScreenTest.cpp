@@ -5,8 +5,6 @@
 #include <stdlib.h>
 #include <sys/ioctl.h>
 
-#include <sstream>
-
 #include "platform/foundation/FileDescriptor.h"
 
 namespace quenlet {
@@ -52,13 +50,6 @@ TEST(ScreenTest, IsAsWideAndAsColouredAsTheUserHasIt) {
     EXPECT_EQ(screen.isColoured, isColoured);
   }
   for (const char* name : {"COLUMNS", "NO_COLOR", "TERM"}) ::unsetenv(name);
-}
-
-TEST(ScreenTest, BreaksParagraphsWithTheirIndentation) {
-  std::ostringstream out;
-  const Screen screen{.width = 24};
-  screen.writeParagraph(out, "com.example.shop calls you Ann Berg", 2, 4);
-  EXPECT_EQ(out.str(), "  com.example.shop\n      calls you Ann Berg\n");
 }
 
 }  // namespace
