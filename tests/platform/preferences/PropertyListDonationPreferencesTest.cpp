@@ -51,21 +51,14 @@ TEST_F(PropertyListDonationPreferencesTest, TakesOnlyABooleanForAnAnswer) {
 TEST_F(PropertyListDonationPreferencesTest, KeepsTheOtherKeysAndTellsOtherProcesses) {
   writeEntries({{"theirs", 7}});
   EXPECT_EQ(preferences->setDonationsEnabled(false), nullptr);
-  const std::string expected = R"(<?xml version="1.0" encoding="UTF-8"?>
-<plist version="1.0">
-<dict>
-<key>donations-enabled</key><false/>
-<key>theirs</key><integer>7</integer>
-</dict>
-</plist>
-)";
-  EXPECT_EQ(readFile(file), expected);
+  const PropertyListDictionary expected{{"donations-enabled", false}, {"theirs", 7}};
+  EXPECT_EQ(entries(), expected);
   const std::string post = std::string("caller: post ") + DonationPreferencesDidChangeNotification;
   EXPECT_EQ(trace.take(), std::vector{post});
 
   dataProxy->failsWrites = true;
   EXPECT_EQ(preferences->setDonationsEnabled(true)->code(), ENOSPC);
-  EXPECT_EQ(readFile(file), expected);
+  EXPECT_EQ(entries(), expected);
   EXPECT_EQ(trace.take(), std::vector<std::string>());
 }
 
