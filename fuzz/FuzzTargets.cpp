@@ -213,22 +213,22 @@ class BusTree final {
 
  private:
   BusDictionary dictionary(int depth) {
-    static constexpr const char* keys[] = {"org.freedesktop.ModemManager1.Modem",
-                                           "Device",
-                                           "OwnNumbers",
-                                           "Sim",
-                                           "State",
-                                           "StateFailedReason",
-                                           "SimIdentifier",
-                                           "Interfaces",
-                                           "Present",
-                                           "PinRequired",
-                                           "CardIdentifier",
-                                           "SubscriberNumbers"};
+    static const std::vector<std::string> keys{"org.freedesktop.ModemManager1.Modem",
+                                               "Device",
+                                               "OwnNumbers",
+                                               "Sim",
+                                               "State",
+                                               "StateFailedReason",
+                                               "SimIdentifier",
+                                               "Interfaces",
+                                               "Present",
+                                               "PinRequired",
+                                               "CardIdentifier",
+                                               "SubscriberNumbers"};
     BusDictionary entries;
     for (int count = take() % 8; count > 0; --count) {
       const std::size_t place = take();
-      const std::string key = place < std::size(keys) ? keys[place] : text();
+      const std::string key = place < keys.size() ? keys[place] : text();
       entries.insert_or_assign(key, value(depth));
     }
     return entries;

@@ -85,41 +85,34 @@ TEST_F(DialogBackendTest, AsksWhomTheConfigurationNames) {
   write("a.portal", access, "");
   write("b.portal", access, "gnome");
   write("c.portal", "org.freedesktop.impl.portal.Account", "gnome");
-  // Files, and what is below [preferred] in each.
-  using Files = std::vector<std::pair<std::string, std::string>>;
+  // Files, each with what is below [preferred] in it.
+  using Files = std::vector<std::string>;
+  const std::string large = "user/portals.conf @=b\n" + std::string(65536, '#');
   const std::tuple<const char*, Files, const char*> rows[] = {
-      {"no file", {}, "Ba"},
-      {"by the interface", {{"user/portals.conf", "default=b\n@=a"}}, "A"},
-      {"by default", {{"user/portals.conf", "default=a;b"}}, "AB"},
-      {"in its order, as installed", {{"user/portals.conf", "@=c;x;b;a;"}}, "BA"},
-      {"all", {{"user/portals.conf", "default=*"}}, "AB"},
-      {"nobody", {{"user/portals.conf", "@=none\ndefault=a"}}, ""},
-      {"nobody else", {{"user/portals.conf", "@=a;none;b"}}, "A"},
-      {"only what is not there", {{"user/portals.conf", "@=c;x"}}, "Ba"},
-      {"of another interface", {{"user/portals.conf", "org.example.Other=a"}}, "Ba"},
-      {"the desktop's own",
-       {{"user/portals.conf", "@=none"}, {"user/gnome-portals.conf", "@=a"}},
-       "A"},
-      {"in the order of the desktop's names",
-       {{"user/ubuntu-portals.conf", "@=b"}, {"user/gnome-portals.conf", "@=a"}},
+      {"no file", Files{}, "Ba"},
+      {"by the interface", Files{"user/portals.conf default=b\n@=a"}, "A"},
+      {"by default", Files{"user/portals.conf default=a;b"}, "AB"},
+      {"in its order, as installed", Files{"user/portals.conf @=c;x;b;a;"}, "BA"},
+      {"all", Files{"user/portals.conf default=*"}, "AB"},
+      {"nobody", Files{"user/portals.conf @=none\ndefault=a"}, ""},
+      {"nobody else", Files{"user/portals.conf @=a;none;b"}, "A"},
+      {"only what is not there", Files{"user/portals.conf @=c;x"}, "Ba"},
+      {"of another interface", Files{"user/portals.conf org.example.Other=a"}, "Ba"},
+      {"the desktop's own", Files{"user/portals.conf @=none", "user/gnome-portals.conf @=a"}, "A"},
+      {"by its first name", Files{"user/ubuntu-portals.conf @=b", "user/gnome-portals.conf @=a"},
        "B"},
-      {"the user's before the system's",
-       {{"system/gnome-portals.conf", "@=b"}, {"user/portals.conf", "@=a"}},
-       "A"},
-      {"the system's", {{"system/portals.conf", "@=a"}}, "A"},
-      {"behind one that is damaged",
-       {{"user/portals.conf", "@=b\n[broken"}, {"system/portals.conf", "@=a"}},
-       "A"},
-      {"behind one that is too large",
-       {{"user/portals.conf", "@=b\n" + std::string(65536, '#')}, {"system/portals.conf", "@=a"}},
-       "A"},
+      {"the user's first", Files{"system/gnome-portals.conf @=b", "user/portals.conf @=a"}, "A"},
+      {"the system's", Files{"system/portals.conf @=a"}, "A"},
+      {"damaged", Files{"user/portals.conf @=b\n[broken", "system/portals.conf @=a"}, "A"},
+      {"too large", Files{large, "system/portals.conf @=a"}, "A"},
   };
   for (const auto& [name, files, expected] : rows) {
-    for (const auto& [file, text] : files) {
-      std::string written = "[preferred]\n" + text + "\n";
+    for (const std::string& file : files) {
+      const std::size_t blank = file.find(' ');
+      std::string written = "[preferred]\n" + file.substr(blank + 1) + "\n";
       const std::size_t place = written.find('@');
       if (place != written.npos) written.replace(place, 1, access);
-      directory.write(file, written);
+      directory.write(file.substr(0, blank), written);
     }
     EXPECT_EQ(asked(), expected) << name;
     for (const char* each : {"user", "system"}) std::filesystem::remove_all(directory / each);

@@ -31,12 +31,14 @@ class RejectWordsTest : public ProcessTest {
   }
 
   const std::filesystem::path elsewhere = home / "elsewhere.plist";
+  const std::string uid = "0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2";
+  const std::string mail = "com.example.mail:" + uid + ":";
   const std::vector<std::string> robin = {"EMAIL;TYPE=home:robin@example.org",
                                           "EMAIL;TYPE=work:Robin@Example.org",
                                           "TEL:+49 (30) 1234567",
                                           "ADR:;;12 Larch Lane;Springfield;;;",
                                           "PHOTO;ENCODING=b:R0lGODlhAQABAAAAADs=",
-                                          "UID:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2"};
+                                          "UID:" + uid};
 };
 
 TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
@@ -46,14 +48,13 @@ TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
   expect({"rejections"}, 0, {"Nothing is rejected.\n"});
   expect({"reject", "3"}, 1, {"quenlet: stale-number 1: ", "hint: quenlet list"});
   expect({"reject", "joan@example.org"}, 1, {"quenlet: no-match 1: ", "hint: quenlet list"});
-  expect({"reject", "com.example.mail:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:image"}, 1,
-         {"quenlet: not-possible 1: an image",
-          "hint: quenlet remove com.example.mail:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:image",
+  expect({"reject", mail + "image"}, 1,
+         {"quenlet: not-possible 1: an image", "hint: quenlet remove " + mail + "image",
           "quenlet forget com.example.mail\n"});
   expect({"reject", "mailto:ROBIN@example.org"}, 0,
          {"Rejected the e-mail address robin@example.org: 4 donations, from\n"
           "com.example.mail and com.example.phone.\n"});
-  expect({"reject", "com.example.phone:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:phone:1"}, 0,
+  expect({"reject", "com.example.phone:" + uid + ":phone:1"}, 0,
          {"the phone number +49 (30) 1234567: 2 donations"});
   expect({"reject", "3"}, 1, {"stale-number"});
   expect({"list"}, 0);
@@ -76,10 +77,8 @@ TEST_F(RejectWordsTest, RejectsByValueNumberOrIdentifierAndTakesItBack) {
   EXPECT_EQ(atTerminal("y", {"unreject", "--all"}).code, 0);
   EXPECT_EQ(quenlet({"rejections"}).out, "Nothing is rejected.\n");
   expect({"remove", "Robin Berg", "nobody"}, 1, {"no-match"});
-  expect({"remove", "Robin Berg", "com.example.mail:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:name",
-          "1234"},
-         1, {"no-match"});
-  expect({"remove", "robin berg", "com.example.mail:0e1c9a52-7a44-4c39-8a0f-d7a0f6f3c7a2:name"}, 0,
+  expect({"remove", "Robin Berg", mail + "name", "1234"}, 1, {"no-match"});
+  expect({"remove", "robin berg", mail + "name"}, 0,
          {"Removed 2 donations, from com.example.mail and com.example.phone.\n"});
   expect({"forget", "com.example.shop"}, 1,
          {"no-match", "hint: the donors: com.example.mail and com.example.phone"});
