@@ -101,12 +101,7 @@ TEST_F(CardAnswerTest, StaysWithinTheBrowsersLimitAndSaysWhatItLeavesOut) {
 
 class BrowserHostTest : public testing::Test {
  protected:
-  // Of a user who keeps no files.
-  BrowserHostTest() {
-    ::setenv("HOME", home.path().c_str(), 1);
-    ::setenv("XDG_RUNTIME_DIR", home.path().c_str(), 1);
-  }
-  const TemporaryDirectory home;
+  const TemporaryHome home;
   RecordingAgent agent;
 };
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <stdlib.h>
-
 #include <atomic>
 
 #include "core/CorvelDispatcher.h"
@@ -40,8 +38,6 @@ struct FixedReply final : ExportedObject {
 // An agent for clients of the same process, in a runtime directory of the test's.
 class ServedAgent : public EnvironmentTest {
  protected:
-  ServedAgent() { ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1); }
-
   void serve(std::shared_ptr<ExportedObject> object) {
     listener.reset();
     exporter->exported = std::move(object);
@@ -57,7 +53,7 @@ class ServedAgent : public EnvironmentTest {
     return error ? error->domain() + " " + std::to_string(error->code()) : "";
   }
 
-  TemporaryDirectory runtime;
+  TemporaryHome runtime;
   const std::shared_ptr<RecordingAgent> agent = std::make_shared<RecordingAgent>();
   const std::shared_ptr<Exporter> exporter = std::make_shared<Exporter>();
   std::unique_ptr<UnixServiceListener> listener;

@@ -1,7 +1,6 @@
 #include "facade/AgentFacade.h"
 
 #include <gmock/gmock.h>
-#include <stdlib.h>
 
 #include "bus/BusError.h"
 #include "facade/FacadeObject.h"
@@ -14,7 +13,6 @@ namespace {
 class AgentFacadeTest : public testing::Test {
  protected:
   AgentFacadeTest() {
-    ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
     agentWatch = loop.watch(client.fd().value(), [this] { client.dispatch(); });
     const auto serve = [this](const std::shared_ptr<BusRequest>& request) {
       const auto arguments = request->arguments({});
@@ -39,7 +37,7 @@ class AgentFacadeTest : public testing::Test {
   }
   static std::string lastWord(const std::string& name) { return name.substr(name.rfind('.') + 1); }
 
-  const TemporaryDirectory runtime;
+  const TemporaryHome runtime;
   BusLoop loop;
   FakeBus bus{loop};
   Client client{Client::standardTimeLimit, Client::Handlers::inDispatch};

@@ -1,7 +1,5 @@
 #include "storage/DonationPersistence.h"
 
-#include <stdlib.h>
-
 #include <cmath>
 
 #include "platform/foundation/PropertyListSerializer.h"
@@ -17,8 +15,6 @@ using Entries = PropertyListDictionary;
 
 class DonationPersistenceTest : public testing::Test {
  protected:
-  DonationPersistenceTest() { ::setenv("HOME", home.path().c_str(), 1); }
-
   void write(const char* name, const PropertyList& contents) const {
     writeFile(directory / name, PropertyListSerializer::dataWithObject(contents).value());
   }
@@ -31,7 +27,7 @@ class DonationPersistenceTest : public testing::Test {
     return identifiersOf(persistence.loadDonations().result().value());
   }
 
-  const TemporaryDirectory home;
+  const TemporaryHome home;
   const std::filesystem::path directory = home / "Library/Contacts/Donations";
   const std::shared_ptr<SteeredDataProxy> files = std::make_shared<SteeredDataProxy>();
   DonationPersistence persistence{files};

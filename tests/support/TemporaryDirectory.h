@@ -25,7 +25,7 @@ inline void writeFile(const std::filesystem::path& path, const std::string& cont
 // A directory of the test's own (mode 0700), gone with everything in it when the test ends. What
 // the test creates is not open to the group under any umask: the agent
 // would not trust it.
-class TemporaryDirectory final {
+class TemporaryDirectory {
  public:
   TemporaryDirectory() {
     ::umask(0022);
@@ -62,6 +62,15 @@ class TemporaryDirectory final {
 
  private:
   std::filesystem::path directory;
+};
+
+// One where this process keeps its files and makes its sockets from now on, as a user without any.
+class TemporaryHome final : public TemporaryDirectory {
+ public:
+  TemporaryHome() {
+    for (const char* name : {"HOME", "XDG_RUNTIME_DIR"}) ::setenv(name, path().c_str(), 1);
+    ::unsetenv("XDG_CONFIG_HOME");
+  }
 };
 
 }  // namespace quenlet

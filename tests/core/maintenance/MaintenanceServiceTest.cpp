@@ -15,8 +15,7 @@ namespace {
 
 // On its real socket, where no process is entitled to anything.
 TEST(MaintenanceServiceTest, AnswersEveryProcessFromItsStartToItsEnd) {
-  const TemporaryDirectory runtime;
-  ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+  const TemporaryHome runtime;
   const auto sink = std::make_shared<StandardErrorLogSink>();
   PlatformServices services;
   services.defaultLoggerProvider = [loggers = std::make_shared<DonationLoggerProvider>(

@@ -29,9 +29,7 @@ TEST(GitDonationsTest, TellWhatIsNotSetFromWhatCannotBeRead) {
 }
 
 TEST(GitDonationsTest, AskGitItselfForWhatItsFilesInclude) {
-  const TemporaryDirectory home;
-  ::setenv("HOME", home.path().c_str(), 1);
-  ::unsetenv("XDG_CONFIG_HOME");
+  const TemporaryHome home;
   EXPECT_EQ(textOf(gitDonations()), "");
   home.write(".gitconfig", "[include]\n  path = more\n");
   home.write("more", "[user]\n  name = ann\n  email = ann@example.org\n");

@@ -29,11 +29,6 @@ constexpr char versions[] = "Library/Contacts/Donations/bundle_versions.plist";
 
 class CommandLineTest : public testing::Test {
  protected:
-  CommandLineTest() {
-    ::setenv("HOME", home.path().c_str(), 1);
-    ::setenv("XDG_RUNTIME_DIR", home.path().c_str(), 1);
-  }
-
   // The exit code of words that blanks set apart, '' for none; what was written is in `out` and
   // `err`. Asks `other`, or else `agent`.
   int run(const std::string& text, CorvelProtocol* other = nullptr) {
@@ -56,7 +51,7 @@ class CommandLineTest : public testing::Test {
     return account.ok() ? *account.value() : Account();
   }
 
-  const TemporaryDirectory home;
+  const TemporaryHome home;
   RecordingAgent agent;
   std::ostringstream out;
   std::ostringstream err;

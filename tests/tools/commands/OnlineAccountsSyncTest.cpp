@@ -1,7 +1,6 @@
 #include "tools/commands/OnlineAccountsSync.h"
 
 #include <gmock/gmock.h>
-#include <stdlib.h>
 
 #include <sstream>
 
@@ -19,8 +18,6 @@ using testing::HasSubstr;
 class OnlineAccountsSyncTest : public testing::Test {
  protected:
   OnlineAccountsSyncTest() {
-    ::setenv("HOME", home.path().c_str(), 1);
-    ::unsetenv("XDG_CONFIG_HOME");
     present({"a", "b"});
     EXPECT_EQ(sync(), "0 account - gnome-a;account - gnome-b;");
   }
@@ -56,14 +53,11 @@ class OnlineAccountsSyncTest : public testing::Test {
     return text;
   }
 
-  const TemporaryDirectory home;
+  const TemporaryHome home;
   RecordingAgent agent;
   std::ostringstream out;
   std::ostringstream err;
-  const std::unique_ptr<UserAccounts> accounts = [this] {
-    ::setenv("HOME", home.path().c_str(), 1);
-    return UserAccounts::open().takeValue();
-  }();
+  const std::unique_ptr<UserAccounts> accounts = UserAccounts::open().takeValue();
 };
 
 TEST_F(OnlineAccountsSyncTest, FollowsWhatComesChangesAndGoesAndTouchesNoOthers) {

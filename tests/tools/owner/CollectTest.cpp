@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include "tests/platform/extensions/DonorScript.h"
 #include "tests/support/KeepingAgent.h"
@@ -12,9 +11,8 @@ namespace quenlet {
 namespace {
 
 TEST(CollectLockTest, LeavesTheWordThatAUnitWaitsFor) {
-  const TemporaryDirectory runtime;
+  const TemporaryHome runtime;
   std::filesystem::permissions(runtime.path(), std::filesystem::perms::owner_all);
-  ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
   for (int time = 0; time < 2; ++time) EXPECT_EQ(CollectLock::leaveWord(), nullptr);
   EXPECT_EQ(runtime.read("quenlet-collect-wanted"), "");
   EXPECT_TRUE(std::filesystem::exists(runtime / "quenlet-collect-wanted"));

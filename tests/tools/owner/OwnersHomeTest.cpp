@@ -13,8 +13,6 @@ namespace {
 
 class OwnersHomeTest : public testing::Test {
  protected:
-  OwnersHomeTest() { ::setenv("HOME", home.path().c_str(), 1); }
-
   // Puts `backup` in place and gives its counts, or the error.
   std::string import(const Backup& backup) {
     const OwnersHome owner = OwnersHome::open(agent, Date(100)).takeValue();
@@ -25,7 +23,7 @@ class OwnersHomeTest : public testing::Test {
            " expired, " + std::to_string(imported.accounts) + " accounts";
   }
 
-  const TemporaryDirectory home;
+  const TemporaryHome home;
   KeepingAgent agent;
 };
 
