@@ -6,13 +6,12 @@ namespace quenlet {
 namespace {
 
 TEST(AppPermissionTest, ReadsWhatIsInTheStore) {
-  const std::tuple<const char*, AppWish, std::vector<std::string>, AppPermission> rows[] = {
+  using Texts = std::vector<std::string>;
+  const std::tuple<const char*, AppWish, Texts, AppPermission> rows[] = {
       {"nothing", AppWish::meCard, {}, {}},
       {"no", AppWish::meCard, {"no"}, {OwnersWord::no}},
-      {"kinds",
-       AppWish::meCard,
-       {"imageData", "name"},
-       {OwnersWord::yes, {CardKind::name, CardKind::imageData}}},
+      {"kinds", AppWish::meCard, Texts{"imageData", "name"},
+       AppPermission{OwnersWord::yes, {CardKind::name, CardKind::imageData}}},
       {"yes of others", AppWish::meCard, {"yes"}, {OwnersWord::yes, usualCardKinds()}},
       {"a kind and a no", AppWish::meCard, {"name", "no"}, {OwnersWord::no}},
       {"unknown kind", AppWish::meCard, {"name", "shoeSize"}, {OwnersWord::no}},

@@ -23,24 +23,19 @@ TEST_F(BundleLimitTest, ChangesOnlyWhatIsUnderItsBundles) {
   const std::string will = "caller: agentWillHandleRequest: ";
   const std::string did = "background: agentDidHandleRequest: ";
   const std::tuple<const char*, std::string, DonationValues, Events> rows[] = {
-      {"a donation under another bundle",
-       donate,
-       {d, email("e@x", from("other", "e"))},
-       {"caller: reply error ovaro.quenlet.service-error 12"}},
-      {"a donation in the place of another bundle's",
-       donate,
-       {d, email("e@x", from("mine", "b"))},
-       {will + donate, "caller: acceptingDonations: [d,b]",
-        "background: reply error ovaro.quenlet.service-error 12", did + donate}},
-      {"a removal of another bundle's",
-       removeIdentifiers,
-       {a, b},
-       {will + removeIdentifiers, "background: reply false error ovaro.quenlet.service-error 12",
-        did + removeIdentifiers}},
-      {"a removal of another bundle",
-       removeBundle,
-       {b},
-       {"caller: reply false error ovaro.quenlet.service-error 12"}},
+      {"a donation under another bundle", donate,
+       DonationValues{d, email("e@x", from("other", "e"))},
+       Events{"caller: reply error ovaro.quenlet.service-error 12"}},
+      {"a donation in the place of another bundle's", donate,
+       DonationValues{d, email("e@x", from("mine", "b"))},
+       Events{will + donate, "caller: acceptingDonations: [d,b]",
+              "background: reply error ovaro.quenlet.service-error 12", did + donate}},
+      {"a removal of another bundle's", removeIdentifiers, DonationValues{a, b},
+       Events{will + removeIdentifiers,
+              "background: reply false error ovaro.quenlet.service-error 12",
+              did + removeIdentifiers}},
+      {"a removal of another bundle", removeBundle, DonationValues{b},
+       Events{"caller: reply false error ovaro.quenlet.service-error 12"}},
   };
   for (const auto& [name, request, values, events] : rows) {
     EXPECT_EQ(eventsOf(request, values), events) << name;

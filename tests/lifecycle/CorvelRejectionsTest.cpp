@@ -35,25 +35,21 @@ TEST_F(CorvelRejectionsTest, DropAndReportWhatIsEqualOrOfOneCluster) {
   const std::string didCluster = "background: didRejectClusterIdentifier: ";
   const std::string done = "background: reply no error";
   const std::tuple<Rejection, std::string, Events> rows[] = {
-      {value,
-       "x",
-       {willValue + "x", "writer: couldNotRejectUnknownDonationIdentifier: x", next, didValue + "x",
-        done}},
+      {value, "x",
+       Events{willValue + "x", "writer: couldNotRejectUnknownDonationIdentifier: x", next,
+              didValue + "x", done}},
       // An image equals nothing, not even itself.
-      {value,
-       "image",
-       {willValue + "image", next, unknownValue + "image", didValue + "image", done}},
-      {cluster, "x", {willCluster + "x", next, unknownCluster + "x", didCluster + "x", done}},
+      {value, "image",
+       Events{willValue + "image", next, unknownValue + "image", didValue + "image", done}},
+      {cluster, "x", Events{willCluster + "x", next, unknownCluster + "x", didCluster + "x", done}},
       // Needs no look at the store.
-      {cluster, "", {willCluster, unknownCluster, didCluster, done, next}},
-      {value,
-       "2",
-       {willValue + "2", posted, next, "io: store 3 4 5 image 6 7", reported("1 2"), didValue + "2",
-        done}},
-      {cluster,
-       "c",
-       {willCluster + "c", posted, next, "io: store 3 4 6 7", reported("5 image"), didCluster + "c",
-        done}},
+      {cluster, "", Events{willCluster, unknownCluster, didCluster, done, next}},
+      {value, "2",
+       Events{willValue + "2", posted, next, "io: store 3 4 5 image 6 7", reported("1 2"),
+              didValue + "2", done}},
+      {cluster, "c",
+       Events{willCluster + "c", posted, next, "io: store 3 4 6 7", reported("5 image"),
+              didCluster + "c", done}},
   };
   for (const auto& [what, identifier, expected] : rows) {
     EXPECT_EQ(eventsOfRejecting(what, identifier), expected) << identifier;
