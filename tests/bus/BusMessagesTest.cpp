@@ -62,9 +62,8 @@ TEST_F(BusMessagesTest, ReadsWhatWasWritten) {
       {"dictionary", "a{sv}", {sampleDictionary()}},
       {"dictionaries", "aa{sv}s", {makeDictionaries({sampleDictionary(), {}}), "end"}},
       {"lists of texts by name", "a{sas}", {BusDictionary{{"org.example", makeTexts({"yes"})}}}},
-      {"structs",
-       "a(ssa(ss))",
-       {BusList{"(ssa(ss))", {BusStruct{{"a", "b", BusList{"(ss)", {}}}}}}}},
+      {"structs", "a(ssa(ss))",
+       BusValues{BusList{"(ssa(ss))", {BusStruct{{"a", "b", BusList{"(ss)", {}}}}}}}},
       {"variant", "vv", {makeTexts({"x"}), std::uint32_t{9}}},
   };
   for (const auto& [name, signature, arguments] : rows) {

@@ -19,7 +19,8 @@ class AppGateTest : public testing::Test {
  protected:
   void pass(const std::string& sender = ":1.1") {
     outcome.clear();
-    gate->pass({.app = app, .sender = sender, .kinds = {CardKind::name}},
+    // A dialog without boxes asks for no picture.
+    gate->pass({.app = app, .sender = sender, .kinds = {CardKind::name, CardKind::imageData}},
                [this](const auto& permission) {
                  outcome = permission.ok() ? "yes" : facadeErrorName(*permission.error());
                  if (!permission.ok()) sentence = permission.error()->debugDescription();
@@ -103,6 +104,8 @@ TEST_F(AppGateTest, AsksOnceAndKeepsTheAnswer) {
   const FakeBus::Call dialog = ask();
   EXPECT_EQ(dialog.arguments.front(),
             BusValue(BusObjectPath{"/org/freedesktop/portal/desktop/request/1_7/quenlet1"}));
+  const BusValue boxes = *findEntry(*dialog.arguments.back().dictionary(), "choices");
+  EXPECT_EQ(boxes.elements()->at(1).members()->back(), BusValue("false")) << "e-mail addresses";
   passNew(":1.2");
   bus.answer(dialog, "ua{sv}",
              {0u, BusDictionary{{"choices", BusList{"(ss)", {BusStruct{{"name", "true"}}}}}}});

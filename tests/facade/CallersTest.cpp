@@ -19,16 +19,14 @@ constexpr CallerLimits limits{.running = 2,
 class CallersTest : public testing::Test {
  protected:
   void call(const std::string& sender, const std::string& what, std::size_t bytes = 1) {
-    callers->serve(sender, {.run =
-                                [this, what](const CallerIdentity&, const Callers::Ticket& ticket) {
-                                  done.push_back(what);
-                                  tickets[what] = ticket;
-                                },
-                            .refuse =
-                                [this, what](const ErrorPtr& error) {
-                                  refused.push_back(what + " " + facadeErrorName(*error));
-                                },
-                            .sizeInBytes = bytes});
+    const auto run = [this, what](const CallerIdentity&, const Callers::Ticket& ticket) {
+      done.push_back(what);
+      tickets[what] = ticket;
+    };
+    const auto refuse = [this, what](const ErrorPtr& error) {
+      refused.push_back(what + " " + facadeErrorName(*error));
+    };
+    callers->serve(sender, {.run = run, .refuse = refuse, .sizeInBytes = bytes});
   }
   // The bus says that the sender is this app.
   void identify(const std::string& sender, const std::string& app) {
