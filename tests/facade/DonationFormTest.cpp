@@ -17,7 +17,7 @@ BusDictionary donationOf(const char* kind, BusValue value, BusDictionary from = 
   return {{"kind", kind}, {"value", std::move(value)}, {"origin", std::move(from)}};
 }
 
-BusDictionary email(BusValue value, BusDictionary from = origin()) {
+BusDictionary emailOf(BusValue value, BusDictionary from = origin()) {
   return donationOf("emailAddress", std::move(value), std::move(from));
 }
 
@@ -38,7 +38,7 @@ TEST(DonationFormTest, ReadsWhatItWrites) {
 }
 
 TEST(DonationFormTest, RefusesWhatIsTooLargeOrNotUnderstood) {
-  BusDictionary withUnknownKey = email("a@example.org");
+  BusDictionary withUnknownKey = emailOf("a@example.org");
   withUnknownKey.emplace("lable", "work");
   const auto part = [](const char* key, BusValue value) {
     return BusDictionary{{key, std::move(value)}};
@@ -47,15 +47,15 @@ TEST(DonationFormTest, RefusesWhatIsTooLargeOrNotUnderstood) {
   const BusBytes large{std::string(mostBytesInImage + 1, 'i')};
   const std::tuple<const char*, BusDictionary, const char*> rows[] = {
       {"unknown kind", part("kind", "shoeSize"), InvalidArgsError},
-      {"another type", email(7u), InvalidArgsError},
+      {"another type", emailOf(7u), InvalidArgsError},
       {"misspelt key", withUnknownKey, InvalidArgsError},
-      {"no identifier", email("a@example.org", {}), InvalidArgsError},
-      {"no date", email("a", origin({{"donationDate", "today"}})), InvalidArgsError},
+      {"no identifier", emailOf("a@example.org", {}), InvalidArgsError},
+      {"no date", emailOf("a", origin({{"donationDate", "today"}})), InvalidArgsError},
       {"unknown part", donationOf("name", part("firstName", "Anna")), InvalidArgsError},
       {"another type of it", donationOf("postalAddress", part("city", 7u)), InvalidArgsError},
       {"long part of a name", donationOf("name", part("givenName", longText)), TooLargeError},
-      {"long text", email(longText), TooLargeError},
-      {"long identifier", email("a", origin({{"clusterIdentifier", std::string(1025, 'c')}})),
+      {"long text", emailOf(longText), TooLargeError},
+      {"long identifier", emailOf("a", origin({{"clusterIdentifier", std::string(1025, 'c')}})),
        TooLargeError},
       {"large image", donationOf("imageData", large), TooLargeError},
   };
@@ -69,7 +69,8 @@ TEST(DonationFormTest, RefusesWhatIsTooLargeOrNotUnderstood) {
     EXPECT_EQ(refusal(makeDictionaries({donation})), error) << name;
   }
   EXPECT_EQ(refusal("x"), InvalidArgsError) << "no list";
-  EXPECT_EQ(refusal(makeDictionaries(std::vector<BusDictionary>(1001, email("a")))), TooLargeError);
+  EXPECT_EQ(refusal(makeDictionaries(std::vector<BusDictionary>(1001, emailOf("a")))),
+            TooLargeError);
 }
 
 TEST(DonationFormTest, ReadsAccountsAndIdentifiers) {

@@ -61,6 +61,8 @@ TEST_F(OnlineAccountsTest, TellsAccountsThatAreGoneFromAFileThatIsNotWhole) {
   const auto with = [&](const std::string& from, const std::string& to) {
     return std::string(whole).replace(whole.find(from), from.size(), to) + "\n";
   };
+  const char* const unusable =
+      "!goa-1.0/accounts.conf: an account has no usable identifier or provider";
   const std::string incomplete =
       "!goa-1.0/accounts.conf: an account lacks what all of its kind have";
   const std::pair<std::string, std::string> rows[] = {
@@ -81,10 +83,8 @@ TEST_F(OnlineAccountsTest, TellsAccountsThatAreGoneFromAFileThatIsNotWhole) {
       {with("Enabled=", "Other="), incomplete},
       {with("Name=", "Other="), incomplete},
       {with("PresentationIdentity=", "Other="), incomplete},
-      {with("a_1", "../a"),
-       "!goa-1.0/accounts.conf: an account has no usable identifier or provider"},
-      {with("imap_smtp", "a b"),
-       "!goa-1.0/accounts.conf: an account has no usable identifier or provider"},
+      {with("a_1", "../a"), unusable},
+      {with("imap_smtp", "a b"), unusable},
       {with("[Account a_1]", "[Account a_1"),
        "!goa-1.0/accounts.conf: line 1 begins a group and does not end it"},
       {"\xFF\n", "!goa-1.0/accounts.conf: it is not UTF-8"},
