@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <iterator>
+#include <sstream>
 #include <string_view>
 #include <utility>
 
@@ -213,18 +215,12 @@ class BusTree final {
 
  private:
   BusDictionary dictionary(int depth) {
-    static const std::vector<std::string> keys{"org.freedesktop.ModemManager1.Modem",
-                                               "Device",
-                                               "OwnNumbers",
-                                               "Sim",
-                                               "State",
-                                               "StateFailedReason",
-                                               "SimIdentifier",
-                                               "Interfaces",
-                                               "Present",
-                                               "PinRequired",
-                                               "CardIdentifier",
-                                               "SubscriberNumbers"};
+    static const std::vector<std::string> keys = [] {
+      std::istringstream words(
+          "org.freedesktop.ModemManager1.Modem Device OwnNumbers Sim State StateFailedReason "
+          "SimIdentifier Interfaces Present PinRequired CardIdentifier SubscriberNumbers");
+      return std::vector<std::string>(std::istream_iterator<std::string>(words), {});
+    }();
     BusDictionary entries;
     for (int count = take() % 8; count > 0; --count) {
       const std::size_t place = take();
