@@ -26,10 +26,12 @@ FeedbackDecision decision(const DonationValuePtr& donation, FeedbackStatus statu
   return {status, donation->value(), FeedbackContent::contentOfValue(*donation).key};
 }
 
+using Journal = std::vector<JournalEntry>;
+
 struct Row final {
   const char* name;
   DonationValues list;
-  std::vector<JournalEntry> journal;
+  Journal journal;
   std::vector<FeedbackDecision> decisions = {};
   bool donationsEnabled = true;
 };
@@ -48,28 +50,25 @@ TEST(UnlistedValuesTest, TellWhatBecameOfEachValueOnceAndWithItsLatestReason) {
       {"what is listed is left out", {mail("a@x")}, {entry({mail("a@x", "1", 9)})}},
       {"in another letter case, too", {mail("A@X")}, {entry({mail("a@x", "1", 9)})}},
       {"replaced by what is listed", {mail("b@x", "1", 12)}, {entry({mail("a@x")})}},
-      {"replaced, and what replaced it taken back",
-       {},
-       {entry({mail("a@x")}), entry({mail("b@x", "1", 12)}, {mail("a@x")})}},
+      {"replaced, and what replaced it taken back", DonationValues(),
+       Journal{entry({mail("a@x")}), entry({mail("b@x", "1", 12)}, {mail("a@x")})}},
       {"its file was given without it", {tel}, {entry({tel}, {tel, mail("a@x")})}},
-      {"an image whose bytes are not kept",
-       {image("new", given("4", 12))},
-       {entry({image("", given("4", 10))})}},
+      {"an image whose bytes are not kept", DonationValues{image("new", given("4", 12))},
+       Journal{entry({image("", given("4", 10))})}},
       {"a name that gained a part",
-       {named({.givenName = "Ann", .middleName = "B."}, given("5", 12))},
-       {entry({named({.givenName = "Ann"}, given("5", 10))})}},
+       DonationValues{named({.givenName = "Ann", .middleName = "B."}, given("5", 12))},
+       Journal{entry({named({.givenName = "Ann"}, given("5", 10))})}},
       {"expired", {}, {entry({expired})}},
       {"rejected, and known from the journal", {}, {entry({tel}), refused}, {no}},
       {"rejected, and known from nowhere", {}, {}, {yes, no}},
       {"rejected when it was given, and not any more", {}, {refused}},
       {"rejected when it was given in the place of another",
-       {phone("+1 202 555 0102", given("2", 9))},
-       {refused},
+       DonationValues{phone("+1 202 555 0102", given("2", 9))},
+       Journal{refused},
        {no}},
       {"donations are off", {}, {entry({tel, expired})}, {}, false},
-      {"skipped, of the file's last donation",
-       {},
-       {entry({}, {}, {{"TEL", 3}}), entry({}, {}, {{"TEL", 4}, {"", 7}})}},
+      {"skipped, of the file's last donation", DonationValues(),
+       Journal{entry({}, {}, {{"TEL", 3}}), entry({}, {}, {{"TEL", 4}, {"", 7}})}},
   };
   GoldenParts sentences("tests/tools/owner/unlisted.txt");
   for (const Row& row : rows) {
