@@ -48,7 +48,7 @@ class ClientTest : public ServedAgent {
   void beginAll(Client& client,
                 const std::function<void(std::size_t place, std::string outcome)>& note) {
     const auto handler = [&, note](std::size_t place) {
-      return [this, note, place](const auto& outcome) { note(place, outcomeOf(outcome)); };
+      return [this, note, place](const auto& outcome) { note(place, this->outcomeOf(outcome)); };
     };
     client.donate({donation}, handler(0));
     client.remove({"id1", "id2"}, handler(1));
