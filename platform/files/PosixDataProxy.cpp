@@ -75,10 +75,7 @@ PosixDataProxy::PosixDataProxy(TerminationHold holdTermination)
     : PosixDataProxy(std::move(holdTermination), systemOperations()) {}
 
 PosixDataProxy::PosixDataProxy(TerminationHold hold, FileOperations& fileOperations)
-    : holdTermination(std::move(hold)),
-      operations(fileOperations),
-      writer(fileOperations),
-      thread([this] { work(); }) {}
+    : holdTermination(std::move(hold)), operations(fileOperations), writer(fileOperations) {}
 
 PosixDataProxy::~PosixDataProxy() {
   {
@@ -86,7 +83,7 @@ PosixDataProxy::~PosixDataProxy() {
     ending = true;
     changed.notifyAll();
   }
-  thread.join();
+  if (thread.joinable()) thread.join();
 }
 
 Future<std::string> PosixDataProxy::dataWithContentsOfURL(const path& url) {
@@ -128,14 +125,18 @@ Future<bool> PosixDataProxy::writeContent(FileContentPtr content, const path& to
 }
 
 Future<bool> PosixDataProxy::enqueue(Write write) {
-  Future<bool> future = write.promises.front().future();
+  const Promise<bool> promise = write.promises.front();
   std::shared_ptr<Cancelable> surplus;
+  ErrorPtr refusal;
   {
     MutexLock lock(mutex);
+    refusal = ensureThread();
     const auto waiting = std::find_if(writes.begin(), writes.end(), [&](const Write& other) {
       return other.target == write.target;
     });
-    if (waiting == writes.end()) {
+    if (refusal) {
+      surplus = std::move(write.hold);
+    } else if (waiting == writes.end()) {
       writes.push_back(std::move(write));
       changed.notifyOne();
     } else {
@@ -144,8 +145,16 @@ Future<bool> PosixDataProxy::enqueue(Write write) {
       surplus = std::move(write.hold);
     }
   }
+  if (refusal) promise.fail(refusal);
   if (surplus) surplus->cancel();
-  return future;
+  return promise.future();
+}
+
+ErrorPtr PosixDataProxy::ensureThread() try {
+  if (!thread.joinable()) thread = std::thread([this] { work(); });
+  return nullptr;
+} catch (const std::system_error& refusal) {
+  return makePosixError(refusal.code().value(), "start the thread that writes");
 }
 
 void PosixDataProxy::work() {

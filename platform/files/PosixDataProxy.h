@@ -41,7 +41,7 @@ class PosixDataProxy final : public DataProxy {
 
   // `holdTermination`, which may be null, is called once for each write asked for. The token is
   // cancelled once the futures of the write are complete, or at once when the content joins a
-  // waiting write. Starts the writer thread.
+  // waiting write. The writer thread starts with the first write.
   explicit PosixDataProxy(TerminationHold holdTermination = nullptr);
   // The same, over other system calls, which outlive the object.
   PosixDataProxy(TerminationHold holdTermination, FileOperations& fileOperations);
@@ -91,6 +91,7 @@ class PosixDataProxy final : public DataProxy {
   [[nodiscard]] ErrorPtr copyDamagedFile(const std::filesystem::path& url, std::uintmax_t number);
   [[nodiscard]] Result<std::string> readFile(const std::filesystem::path& file) const;
   [[nodiscard]] Future<bool> enqueue(Write write) EXCLUDES(mutex);
+  [[nodiscard]] ErrorPtr ensureThread() REQUIRES(mutex);
   void work() EXCLUDES(mutex);
   void perform(Write write) EXCLUDES(mutex);
   [[nodiscard]] ErrorPtr replace(const Write& write) EXCLUDES(mutex);

@@ -119,7 +119,8 @@ ErrorPtr UnixServiceListener::resume() {
   watch =
       loop->watch(listeningSocket.get(), EPOLLIN, [this](std::uint32_t) { acceptConnection(); });
   try {
-    context->workers = std::make_shared<WorkerPool>(workerCount);
+    context->workers = std::make_shared<WorkerPool>(
+        workerCount, [posting = loop](Block block) { posting->post(std::move(block)); });
     thread = std::thread([this] { loop->run(); });
   } catch (const std::system_error& failure) {
     watch->cancel();

@@ -54,7 +54,7 @@ struct SocketNotificationCenter::State final : std::enable_shared_from_this<Stat
   std::shared_ptr<NotificationReceiver> receiver GUARDED_BY(mutex);
   std::multimap<std::string, ObserverPtr, std::less<>> observers GUARDED_BY(mutex);
   std::map<std::string, Backlog> backlogs GUARDED_BY(mutex);  // by the receiver's socket name
-  PatientThread sender;
+  PatientThread sender{PatientThread::Start::whenNeeded};
   ConditionVariable changed;
   std::vector<std::string> posted GUARDED_BY(mutex);  // not sent yet, each name once
   bool isSending GUARDED_BY(mutex) = false;

@@ -33,7 +33,6 @@ class SocketNotificationCenter final : public DistributedNotificationCenter {
  public:
   static constexpr std::size_t maximumBacklogs = 32;
 
-  // Throws std::system_error when the thread cannot be started.
   SocketNotificationCenter(EventLoop& eventLoop, std::filesystem::path directory);
   // As finish().
   ~SocketNotificationCenter() override;

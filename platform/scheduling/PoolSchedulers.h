@@ -5,26 +5,35 @@
 #include <string>
 #include <utility>
 
+#include "platform/scheduling/CancelableBlock.h"
 #include "platform/scheduling/Scheduler.h"
-#include "platform/scheduling/TimerThread.h"
 #include "platform/scheduling/WorkerPool.h"
 
 namespace quenlet {
 
-// The threads that the schedulers of one provider share. A scheduler that outlives its provider
-// finds both shut down and drops new blocks. The timers are held weakly: their delayed blocks own
-// schedulers, which would close a cycle.
+// What the schedulers of one provider share: the threads, and the scheduler that waits for delayed
+// blocks and only hands them over. A scheduler that outlives its provider finds the pool shut down,
+// and perhaps the other gone, and drops new blocks.
 struct PoolServices final {
   std::shared_ptr<WorkerPool> pool;
-  std::weak_ptr<TimerThread> timers;
+  std::weak_ptr<Scheduler> timers;
 
-  // Delays a block of a scheduler that starts its blocks through `submit`.
+  // Delays a block of a scheduler that starts its blocks through `submit`. Blocks for the same
+  // instant are handed over in the order of the calls. A cancelled one leaves nothing behind.
   [[nodiscard]] std::shared_ptr<Cancelable> afterDelay(double delaySeconds,
                                                        std::function<void(Block)> submit,
                                                        Block block) const {
     const auto held = timers.lock();
     if (!held) return std::make_shared<CancelBlock>(nullptr);
-    return held->afterDelay(delaySeconds, std::move(submit), std::move(block));
+    // After the hand-over the block still waits in its scheduler, where cancelling must reach it.
+    const auto waiting = std::make_shared<CancelableBlock>(std::move(block));
+    const auto timer = held->afterDelay(delaySeconds, [submit = std::move(submit), waiting] {
+      submit([waiting] { waiting->run(); });
+    });
+    return std::make_shared<CancelBlock>([timer, waiting] {
+      timer->cancel();
+      waiting->cancel();
+    });
   }
 };
 

@@ -32,19 +32,15 @@ class BackgroundScheduler final : public Scheduler {
 ProductionSchedulerProvider::ProductionSchedulerProvider(
     std::shared_ptr<Scheduler> mainThreadScheduler, std::size_t threadCount)
     : pool(std::make_shared<WorkerPool>(threadCount)),
-      timers(std::make_shared<TimerThread>()),
       mainThread(std::move(mainThreadScheduler)),
-      background(std::make_shared<BackgroundScheduler>(PoolServices{pool, timers})),
+      background(std::make_shared<BackgroundScheduler>(PoolServices{pool, mainThread})),
       immediate(std::make_shared<ImmediateScheduler>(background)) {}
 
-ProductionSchedulerProvider::~ProductionSchedulerProvider() {
-  timers->shutDown();
-  pool->shutDown();
-}
+ProductionSchedulerProvider::~ProductionSchedulerProvider() { pool->shutDown(); }
 
 std::shared_ptr<Scheduler> ProductionSchedulerProvider::newSerialSchedulerWithName(
     const std::string& name) {
-  return std::make_shared<SerialScheduler>(PoolServices{pool, timers}, name);
+  return std::make_shared<SerialScheduler>(PoolServices{pool, mainThread}, name);
 }
 
 std::shared_ptr<ReaderWriterScheduler>

@@ -9,13 +9,13 @@
 
 namespace quenlet {
 
-// The schedulers of the process: over a pool of a few threads and a timer thread, all started here,
-// and the main thread's, which comes from the run loop. Thread-safe.
+// The schedulers of the process: over a pool of a few threads, and the main thread's, which comes
+// from the run loop and wakes the delayed blocks of the others. Thread-safe.
 class ProductionSchedulerProvider final : public SchedulerProvider {
  public:
   explicit ProductionSchedulerProvider(std::shared_ptr<Scheduler> mainThreadScheduler,
                                        std::size_t threadCount = WorkerPool::usualThreadCount());
-  // Drops delayed blocks that are not due, runs all others and those that they submit, and ends the
+  // Runs all blocks but delayed ones that are not due, and those that they submit, and ends the
   // threads. Do not destroy it on one of them. Its schedulers drop blocks that come later.
   ~ProductionSchedulerProvider() override;
 
@@ -29,7 +29,6 @@ class ProductionSchedulerProvider final : public SchedulerProvider {
 
  private:
   const std::shared_ptr<WorkerPool> pool;
-  const std::shared_ptr<TimerThread> timers;
   const std::shared_ptr<Scheduler> mainThread;
   const std::shared_ptr<Scheduler> background;
   const std::shared_ptr<Scheduler> immediate;

@@ -22,22 +22,39 @@ std::size_t WorkerPool::usualThreadCount() {
   return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 4);
 }
 
-WorkerPool::WorkerPool(std::size_t threadCount) {
-  threads.reserve(threadCount);
-  try {
-    while (threads.size() < threadCount) threads.emplace_back([this] { work(); });
-  } catch (const std::system_error&) {
-    if (threads.empty()) throw;  // fewer of them do the same work
-  }
+WorkerPool::WorkerPool(std::size_t threadCount) : mostThreads(threadCount) {
+  MutexLock lock(mutex);
+  threads.emplace_back([this] { work(); });
 }
+
+WorkerPool::WorkerPool(std::size_t threadCount, StandIn standIn)
+    : mostThreads(threadCount), instead(std::move(standIn)) {}
 
 WorkerPool::~WorkerPool() { shutDown(); }
 
 void WorkerPool::post(Block block) {
-  MutexLock lock(mutex);
-  if (ended) return;
-  blocks.push_back(std::move(block));
-  changed.notifyOne();
+  {
+    MutexLock lock(mutex);
+    if (ended) return;
+    if (hasThread()) {
+      blocks.push_back(std::move(block));
+      changed.notifyOne();
+      return;
+    }
+  }
+  instead(std::move(block));
+}
+
+// Starts one for the next block, unless enough of them are idle.
+bool WorkerPool::hasThread() {
+  const bool isNeeded = blocks.size() + busyThreads >= threads.size();
+  if (!isNeeded || threads.size() == mostThreads) return true;
+  try {
+    threads.emplace_back([this] { work(); });
+  } catch (const std::system_error&) {
+    // Fewer of them do the same work.
+  }
+  return !threads.empty();
 }
 
 void WorkerPool::postLast(Block block) {
@@ -51,10 +68,19 @@ void WorkerPool::shutDown() {
   {
     MutexLock lock(mutex);
     ending = true;
+    ended = ended || threads.empty();
     changed.notifyAll();
   }
-  for (std::thread& thread : threads) thread.join();
-  threads.clear();
+  // Until the first of them ends, blocks may start further ones.
+  for (std::size_t i = 0;; ++i) {
+    std::thread joined;
+    {
+      MutexLock lock(mutex);
+      if (i == threads.size()) return;
+      joined.swap(threads[i]);
+    }
+    if (joined.joinable()) joined.join();
+  }
 }
 
 // A thread ends only when no other one is busy, because a busy one may still post.

@@ -10,6 +10,7 @@
 #include "platform/foundation/FileDescriptor.h"
 #include "tests/platform/files/SteeredFileOperations.h"
 #include "tests/support/TemporaryDirectory.h"
+#include "tests/support/ThreadsRefused.h"
 
 namespace quenlet {
 namespace {
@@ -138,6 +139,18 @@ TEST_F(PosixDataProxyTest, SharesOneWriteBetweenAllThatWaitForTheSameFile) {
   EXPECT_EQ(home.read("file"), "99");
   proxy.reset();
   EXPECT_EQ(holds, 0);
+}
+
+TEST_F(PosixDataProxyTest, FailsTheFirstWriteWithoutAThreadAndTriesAgainWithTheNext) {
+  {
+    const ThreadsRefused refused;
+    const ErrorPtr error = write("file", "1");
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->code(), EAGAIN);
+  }
+  EXPECT_EQ(holds, 0);
+  EXPECT_EQ(write("file", "2"), nullptr);
+  EXPECT_EQ(home.names(), Names({"file"}));
 }
 
 TEST_F(PosixDataProxyTest, FinishesWaitingWritesBeforeItGoes) {

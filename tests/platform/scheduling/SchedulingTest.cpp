@@ -12,20 +12,29 @@
 #include <thread>
 
 #include "platform/scheduling/EventLoop.h"
+#include "platform/scheduling/EventLoopScheduler.h"
 #include "platform/scheduling/ProductionSchedulerProvider.h"
 #include "platform/scheduling/RunLoop.h"
 #include "platform/scheduling/TimerQueue.h"
+#include "platform/scheduling/WorkerPool.h"
 #include "tests/platform/ipc/RawPeer.h"
+#include "tests/support/ThreadsRefused.h"
 
 namespace quenlet {
 namespace {
 
 class ProductionSchedulerProviderTest : public testing::Test {
  protected:
+  ~ProductionSchedulerProviderTest() override {
+    loop.stop();
+    loopThread.join();
+  }
   void finish() { provider.reset(); }
 
+  EventLoop loop;
+  std::thread loopThread{[this] { loop.run(); }};
   std::unique_ptr<ProductionSchedulerProvider> provider =
-      std::make_unique<ProductionSchedulerProvider>(nullptr, 2);
+      std::make_unique<ProductionSchedulerProvider>(std::make_shared<EventLoopScheduler>(loop), 2);
   std::shared_ptr<Scheduler> background = provider->backgroundScheduler();
   std::shared_ptr<Scheduler> serial = provider->newSerialSchedulerWithName("serial");
   std::shared_ptr<Scheduler> other = provider->newSerialSchedulerWithName("other");
@@ -190,6 +199,24 @@ TEST_F(ProductionSchedulerProviderTest, SchedulersDropWhatTheyAreGivenAfterTheEn
   EXPECT_EQ(*owned, 0);
   state->performSynchronousReaderBlock([owned] { ++*owned; });
   EXPECT_EQ(*owned, 1);
+}
+
+TEST(WorkerPoolTest, StartsAThreadForEachBlockAtATimeAndPassesBlocksOnWhileItHasNone) {
+  std::atomic<int> passedOn = 0;
+  WorkerPool pool(2, [&](const Block&) { ++passedOn; });
+  std::latch both(2), last(1);
+  {
+    const ThreadsRefused refused;
+    pool.post([] { FAIL() << "on what thread?"; });
+    EXPECT_EQ(passedOn, 1);
+  }
+  for (int i = 0; i < 2; ++i) pool.post([&] { both.arrive_and_wait(); });
+  {
+    const ThreadsRefused refused;
+    pool.post([&] { last.count_down(); });
+  }
+  last.wait();
+  EXPECT_EQ(passedOn, 1);
 }
 
 TEST(TimerQueueTest, BoundsDelaysThatTheClockCannotHold) {
