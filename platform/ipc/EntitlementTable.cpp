@@ -1,5 +1,7 @@
 #include "platform/ipc/EntitlementTable.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <system_error>
 
@@ -26,6 +28,25 @@ bool isPassing(const Error& error) {
 
 }  // namespace
 
+// Paths with their links resolved, as far as they exist. Resolves each directory once: most of the
+// programs that files name stand in the same one.
+class CanonicalPaths final {
+ public:
+  [[nodiscard]] std::string of(const std::filesystem::path& path) {
+    const std::filesystem::path name = path.filename();
+    struct stat status {};
+    const bool exists = ::lstat(path.c_str(), &status) == 0;
+    const bool isPlain = exists ? !S_ISLNK(status.st_mode) : errno == ENOENT;
+    if (!isPlain || name.empty() || name == "." || name == "..") return canonicalPath(path);
+    const auto [directory, isNew] = directories.try_emplace(path.parent_path());
+    if (isNew) directory->second = canonicalPath(path.parent_path());
+    return directory->second / name;
+  }
+
+ private:
+  std::map<std::filesystem::path, std::filesystem::path> directories;
+};
+
 void EntitlementTable::leaveOut(const std::filesystem::path& path, const Error& error) {
   if (isPassing(error)) incomplete = true;
   leftOut.push_back({path, error.debugDescription()});
@@ -45,16 +66,17 @@ void EntitlementTable::addDirectory(const std::filesystem::path& base,
     if (directory.error()->code() != ENOENT) leaveOut(path, *directory.error());
     return;
   }
+  CanonicalPaths canonical;
   const Result<std::vector<std::string>> names = directory.value().names();
   if (!names.ok()) return leaveOut(path, *names.error());
   for (const std::string& name : names.value()) {
     if (std::filesystem::path(name).extension() != ".plist") continue;
-    addFile(directory.value(), name, prefix);
+    addFile(directory.value(), name, prefix, canonical);
   }
 }
 
 void EntitlementTable::addFile(const TrustedDirectory& directory, const std::string& name,
-                               const std::filesystem::path& prefix) {
+                               const std::filesystem::path& prefix, CanonicalPaths& canonical) {
   const std::filesystem::path file = directory.path() / name;
   const Result<std::string> text = directory.readFile(
       name, TrustedDirectory::maximumFileSizeInBytes, TrustedDirectory::Links::refused);
@@ -72,7 +94,7 @@ void EntitlementTable::addFile(const TrustedDirectory& directory, const std::str
       continue;
     }
     // operator/ drops the prefix when `path` is absolute.
-    Program& program = programs[canonicalPath(prefix / path)];
+    Program& program = programs[canonical.of(prefix / path)];
     program.files.push_back(file);
     for (const auto& [entitlement, value] : *entitlements.dictionary()) {
       program.entitlements->insert_or_assign(entitlement, value);

@@ -11,6 +11,7 @@
 
 namespace quenlet {
 
+class CanonicalPaths;
 class TrustedDirectory;
 
 // A snapshot of the entitlements in property-list files. Each file maps executable paths, absolute
@@ -51,7 +52,7 @@ class EntitlementTable final {
 
  private:
   void addFile(const TrustedDirectory& directory, const std::string& name,
-               const std::filesystem::path& prefix);
+               const std::filesystem::path& prefix, CanonicalPaths& canonical);
   void leaveOut(const std::filesystem::path& path, const Error& error);
 
   std::map<std::string, Program, std::less<>> programs;

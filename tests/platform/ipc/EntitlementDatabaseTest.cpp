@@ -69,6 +69,34 @@ TEST_F(EntitlementDatabaseTest, TakesTrustedFilesAndNamesTheOthers) {
   EXPECT_EQ(report.find("secret"), std::string::npos);
 }
 
+TEST_F(EntitlementDatabaseTest, ResolvesTheLinksInThePathsOfPrograms) {
+  for (const char* name : {"bin/plain", "bin/missing", "bin/target", "bin/sub/below"})
+    program(name);
+  std::filesystem::remove(prefix / "bin/missing");
+  std::filesystem::create_symlink("bin", prefix / "linked");
+  std::filesystem::create_symlink("sub/../target", prefix / "bin/link");
+  const std::tuple<const char*, const char*> rows[] = {
+      {"bin/plain", "bin/plain"},
+      {"linked/plain", "bin/plain"},
+      {"bin/missing", "bin/missing"},
+      {"linked/new/missing", "bin/new/missing"},
+      {"bin/link", "bin/target"},
+      {"linked/link", "bin/target"},
+      {"bin/sub/../plain", "bin/plain"},
+      {"linked/sub/../link", "bin/target"},
+      {"bin/sub/..", "bin"},
+      {"none/../bin/plain", "bin/plain"},
+  };
+  for (const auto& [named, meant] : rows) {
+    writeFile(files / "a.plist", grant("bin/plain", "<true/>"));
+    writeFile(files / "b.plist", grant(named, "<integer>2</integer>"));
+    const EntitlementTable table = EntitlementDatabase::tableFor(prefix, {});
+    const auto found = table.entitlementsOf(prefix / meant);
+    ASSERT_NE(found, nullptr) << named;
+    EXPECT_EQ(found->at("card"), PropertyList(2)) << named;
+  }
+}
+
 TEST_F(EntitlementDatabaseTest, TrustsNoFileAndEntitlesNoProgramThatOthersCanReplace) {
   const auto a = program("bin/a");
   writeFile(files / "a.plist", grant(a, "<true/>"));
