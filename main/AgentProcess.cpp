@@ -7,6 +7,7 @@
 #include "core/ProductionEnvironment.h"
 #include "mecard/ProductionInfoProvider.h"
 #include "platform/PlatformServices.h"
+#include "platform/foundation/FreedMemory.h"
 #include "platform/foundation/StandardStreams.h"
 #include "protocol/CorvelInterface.h"
 
@@ -16,6 +17,8 @@ namespace {
 constexpr double discoveryDelaySeconds = 2.0;
 constexpr double simCardDelaySeconds = 5.0;
 constexpr double metricsDelaySeconds = 5.0;
+// Later than the other steps of a launch, which free most of what they allocate.
+constexpr double restDelaySeconds = 6.0;
 
 // The steps of a launch are never cancelled.
 void performLater(double delaySeconds, Block block) {
@@ -43,6 +46,7 @@ ErrorPtr AgentProcess::start() {
   scheduleSIMCardMonitor();
   installSignalHandlers();
   scheduleMetricsAttempt();
+  performLater(restDelaySeconds, &returnFreedMemory);
   return nullptr;
 }
 
