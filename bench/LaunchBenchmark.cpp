@@ -2,11 +2,17 @@
 // against the least that can answer over a Unix socket.
 
 #include <benchmark/benchmark.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <cstring>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "bench/RawClient.h"
 #include "bench/RunningAgent.h"
@@ -33,6 +39,10 @@ void waitForAnswer(const std::filesystem::path& path, Answers answers) {
   }
 }
 
+std::string builtProgram(const char* name) {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / name;
+}
+
 std::unique_ptr<ChildProcess> launchAgent(const AgentHome& home) {
   auto agent = home.start();
   waitForAnswer(home.socket(), [](RawClient& client) { return client.receiveMessage(); });
@@ -43,10 +53,32 @@ std::unique_ptr<ChildProcess> launchBareServer(const AgentHome& home) {
   const std::filesystem::path path = home.scratch("bare");
   std::filesystem::remove(path);
   auto server = std::make_unique<ChildProcess>(std::vector<std::string>{
-      std::filesystem::read_symlink("/proc/self/exe").parent_path() / "quenlet-bare-server", path,
-      std::to_string(fetchRequest().size()), std::to_string(bareReplySize)});
+      builtProgram("quenlet-bare-server"), path, std::to_string(fetchRequest().size()),
+      std::to_string(bareReplySize)});
   waitForAnswer(path, [](RawClient& client) { return client.receive(bareReplySize); });
   return server;
+}
+
+// gpg-agent, as service managers start it: with a socket that listens already.
+std::unique_ptr<ChildProcess> launchKeyAgent(const AgentHome& home) {
+  constexpr int firstHanded = 3;
+  const std::filesystem::path directory = home.scratch("gnupg");
+  std::filesystem::create_directories(directory);
+  const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, (directory / "S.gpg-agent").c_str(), sizeof address.sun_path - 1);
+  if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+      ::listen(socket.get(), SOMAXCONN) != 0) {
+    failBenchmark("no socket for gpg-agent");
+  }
+  return std::make_unique<ChildProcess>([&] {
+    ::dup2(socket.get(), firstHanded);
+    ::setenv("GNUPGHOME", directory.c_str(), 1);
+    ::setenv("LISTEN_FDS", "1", 1);
+    ::setenv("LISTEN_PID", std::to_string(::getpid()).c_str(), 1);
+    ::execlp("gpg-agent", "gpg-agent", "--supervised", "--log-file", "/dev/null", nullptr);
+  });
 }
 
 // A home that holds so many donations.
@@ -125,6 +157,28 @@ void idleMemoryBare(benchmark::State& state) {
   lookAtIdleProcess(state, [&] { return launchBareServer(home); });
 }
 
+// Beside programs that share the libraries of a C++ program with it, as a desktop has them.
+void idleMemoryBesideOthers(benchmark::State& state) {
+  constexpr int others = 4;
+  for (auto _ : state) {
+    const AgentHome home;
+    const auto agent = launchAgent(home);
+    const auto keyAgent = launchKeyAgent(home);
+    std::vector<std::unique_ptr<ChildProcess>> beside;
+    while (beside.size() < others) {
+      beside.push_back(std::make_unique<ChildProcess>(
+          std::vector<std::string>{builtProgram("quenlet"), "watch"}));
+    }
+    std::this_thread::sleep_for(untilIdle);
+    state.counters["pss"] = static_cast<double>(agent->pssInBytes());
+    state.counters["keyAgent"] = static_cast<double>(keyAgent->pssInBytes());
+    for (const auto& other : beside) {
+      if (other->pssInBytes() == 0) failBenchmark("quenlet watch has ended");
+    }
+    if (keyAgent->pssInBytes() == 0) failBenchmark("gpg-agent has ended");
+  }
+}
+
 BENCHMARK(launchToFirstAnswer)->Arg(0)->Arg(10'000)->UseManualTime();
 BENCHMARK(launchToFirstAnswerBare)->UseManualTime();
 BENCHMARK(fetchWhileAccountsAreRead)
@@ -134,6 +188,7 @@ BENCHMARK(fetchWhileAccountsAreRead)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(idleMemory)->Arg(0)->Arg(10'000)->Iterations(1);
 BENCHMARK(idleMemoryBare)->Iterations(1);
+BENCHMARK(idleMemoryBesideOthers)->Iterations(1);
 
 }  // namespace
 }  // namespace quenlet
