@@ -6,9 +6,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
+#include <climits>
 #include <string>
-#include <system_error>
+#include <utility>
 
 #include "platform/foundation/FileDescriptor.h"
 
@@ -37,24 +39,41 @@ bool isRunning(int pinned) {
   return ::poll(&look, 1, 0) == 0;
 }
 
-bool isSameFile(const std::filesystem::path& a, const std::filesystem::path& b) {
-  struct stat first {};
-  struct stat second {};
-  return ::stat(a.c_str(), &first) == 0 && ::stat(b.c_str(), &second) == 0 &&
-         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+using FileNumber = std::pair<dev_t, ino_t>;
+
+// Nothing if there is no such file.
+std::optional<FileNumber> fileAt(const std::string& path) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+  return FileNumber(status.st_dev, status.st_ino);
+}
+
+bool isSameFile(const std::optional<FileNumber>& a, const std::optional<FileNumber>& b) {
+  return a && b && *a == *b;
+}
+
+// Where a link leads; empty for none. Unlike std::filesystem's, without a look at the link first:
+// what the kernel says of a program is shorter than PATH_MAX.
+std::string readLink(const std::string& link) {
+  std::array<char, PATH_MAX> room;
+  const ssize_t length = ::readlink(link.c_str(), room.data(), room.size());
+  const bool isWhole = length > 0 && static_cast<std::size_t>(length) < room.size();
+  return isWhole ? std::string(room.data(), static_cast<std::size_t>(length)) : std::string();
 }
 
 std::optional<std::filesystem::path> readExecutable(pid_t process, int pinned) {
   if (process <= 0 || pinned < 0) return std::nullopt;
-  const std::filesystem::path own = "/proc/" + std::to_string(process);
+  // Stays the same, so a look that has succeeded is enough.
+  thread_local std::optional<FileNumber> ownNamespace;
+  if (!ownNamespace) ownNamespace = fileAt("/proc/self/ns/user");
+  const std::string directory = "/proc/" + std::to_string(process);
   // In a user namespace of its own a process may point its exe link at any file (PR_SET_MM).
-  if (!isSameFile(own / "ns/user", "/proc/self/ns/user")) return std::nullopt;
-  const std::filesystem::path link = own / "exe";
-  std::error_code failure;
-  std::filesystem::path executable = std::filesystem::read_symlink(link, failure);
-  if (failure || executable.native().ends_with(" (deleted)")) return std::nullopt;
+  if (!isSameFile(fileAt(directory + "/ns/user"), ownNamespace)) return std::nullopt;
+  const std::string link = directory + "/exe";
+  const std::string executable = readLink(link);
+  if (executable.empty() || executable.ends_with(" (deleted)")) return std::nullopt;
   // A process can mount its own file over another one's path; the link itself leads to the file.
-  if (!isSameFile(link, executable)) return std::nullopt;
+  if (!isSameFile(fileAt(link), fileAt(executable))) return std::nullopt;
   // Still the pinned process, so what was read under its number was its own.
   if (!isRunning(pinned)) return std::nullopt;
   return executable;
