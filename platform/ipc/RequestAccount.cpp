@@ -22,6 +22,11 @@ bool RequestAccount::mayTake(bool withLongReplies) {
   return !paused;
 }
 
+void RequestAccount::noneLeft() {
+  nextIsLong = false;
+  paused = mustWait() || context.admission->isSuspended();
+}
+
 // Whether the peer must read answers first, or its large request must be performed.
 bool RequestAccount::mustWait() const {
   const ServiceLimits& limits = context.limits;

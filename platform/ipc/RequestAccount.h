@@ -29,6 +29,8 @@ class RequestAccount final {
   void endTurn() { inTurn = false; }
   // Whether one more request may be taken; if not, reading pauses.
   [[nodiscard]] bool mayTake(bool withLongReplies);
+  // No whole request is left: reading goes on, unless the next one would have to wait.
+  void noneLeft();
 
   // What becomes of a request that was taken.
   void beginLarge() { largeOpen = paused = true; }
@@ -44,6 +46,7 @@ class RequestAccount final {
 
   // Complete requests may wait in the input, and nothing wakes the loop for them.
   [[nodiscard]] bool isPaused() const { return paused; }
+  [[nodiscard]] bool isContinuing() const { return continuing; }
   // Whether the pause can end, and nobody is about to end it. The caller does, with a turn.
   [[nodiscard]] bool claimContinuation();
 

@@ -113,17 +113,20 @@ void UnixServiceConnection::start() {
     }
   };
   MutexLock lock(mutex);
-  watch = context->loop->watch(output.socket(), EPOLLERR, whenReady);
-  updateWatch();
+  watch = context->loop->watch(output.socket(), awaitedEvents(), whenReady);
+}
+
+std::uint32_t UnixServiceConnection::awaitedEvents() const {
+  // EPOLLERR is always reported; asking for it keeps the watch alive while nothing else is wanted.
+  std::uint32_t events = EPOLLERR;
+  // A turn that is about to follow ends the pause, so there is no need to tell the kernel of it.
+  if (resumed && (!account.isPaused() || account.isContinuing())) events |= EPOLLIN;
+  if (output.hasBytes()) events |= EPOLLOUT;
+  return events;
 }
 
 void UnixServiceConnection::updateWatch() {
-  if (!watch) return;
-  // EPOLLERR is always reported; asking for it keeps the watch alive while nothing else is wanted.
-  std::uint32_t events = EPOLLERR;
-  if (resumed && !account.isPaused()) events |= EPOLLIN;
-  if (output.hasBytes()) events |= EPOLLOUT;
-  watch->setEvents(events);
+  if (watch) watch->setEvents(awaitedEvents());
 }
 
 void UnixServiceConnection::onReady(std::uint32_t events) {
@@ -189,9 +192,14 @@ void UnixServiceConnection::takeRequests() {
 std::optional<FrameReader::Frame> UnixServiceConnection::nextMessage() {
   std::optional<FrameReader::Frame> frame = input->reader.next();
   MutexLock lock(mutex);
-  const bool mayTake = account.mayTake(frame && exported.expectsLongReply(*frame));
-  if (frame && !frame->error && !mayTake) input->reader.putBack(*frame);
-  if (!frame || !mayTake) return std::nullopt;
+  if (!frame) {
+    account.noneLeft();
+    return std::nullopt;
+  }
+  if (!account.mayTake(exported.expectsLongReply(*frame))) {
+    if (!frame->error) input->reader.putBack(*frame);
+    return std::nullopt;
+  }
   input->unfinishedSince.reset();
   // A failure with identifier 0 concerns the whole connection.
   if (!frame->error && frame->identifier == 0) {

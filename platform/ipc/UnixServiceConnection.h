@@ -89,6 +89,8 @@ class UnixServiceConnection final : public ServiceConnection,
   // Ends the connection when memory for an answer runs out. On any thread.
   void giveUp() EXCLUDES(mutex);
   void closeByItself() EXCLUDES(mutex);
+  // Those of epoll, as the account and the output are now.
+  [[nodiscard]] std::uint32_t awaitedEvents() const REQUIRES(mutex);
   void updateWatch() REQUIRES(mutex);
 
   const std::shared_ptr<const ServiceContext> context;
