@@ -14,8 +14,9 @@ namespace quenlet {
 // terminal that shows it. One thread at a time.
 class JSONWriter final {
  public:
-  // Reserves room for a text of about that size.
-  explicit JSONWriter(std::size_t expectedSizeInBytes = 0) { output.reserve(expectedSizeInBytes); }
+  JSONWriter() = default;
+  // Appends to text that the caller has begun, such as the members of an object before this value.
+  explicit JSONWriter(std::string begun) : output(std::move(begun)) {}
 
   JSONWriter& beginObject();
   JSONWriter& endObject();
