@@ -40,28 +40,29 @@ class TerminationHolds final : public std::enable_shared_from_this<TerminationHo
 
   std::shared_ptr<Cancelable> add(const std::string& name) EXCLUDES(mutex) {
     MutexLock lock(mutex);
-    ++counts[name];
-    return std::make_shared<CancelBlock>(
-        [self = shared_from_this(), name] { self->release(name); });
+    const auto hold = std::make_shared<Hold>(shared_from_this(), counts[name]);
+    ++hold->count;
+    ++all;
+    return hold;
   }
 
   // Stops the loop now (true) or, when there are holds, with the last release.
   bool terminate() EXCLUDES(mutex) {
     MutexLock lock(mutex);
     terminating = true;
-    if (counts.empty() && stop) stop();
-    return counts.empty();
+    if (all == 0 && stop) stop();
+    return all == 0;
   }
 
   // The current holds: "request (3), save".
   std::string description() EXCLUDES(mutex) {
     MutexLock lock(mutex);
-    std::string all;
+    std::string text;
     for (const auto& [name, count] : counts) {
-      all += (all.empty() ? "" : ", ") + name;
-      if (count > 1) all += " (" + std::to_string(count) + ")";
+      if (count > 0) text += (text.empty() ? "" : ", ") + name;
+      if (count > 1) text += " (" + std::to_string(count) + ")";
     }
-    return all;
+    return text;
   }
 
   // For the end of the loop: later releases find nothing to stop.
@@ -71,18 +72,31 @@ class TerminationHolds final : public std::enable_shared_from_this<TerminationHo
   }
 
  private:
-  void release(const std::string& name) EXCLUDES(mutex) {
+  // Every request has one, so it is a single piece of memory. The rest is guarded by the lock.
+  struct Hold final : public Cancelable {
+    Hold(std::shared_ptr<TerminationHolds> ofLoop, std::size_t& ofName)
+        : holds(std::move(ofLoop)), count(ofName) {}
+    void cancel() override { holds->release(*this); }
+
+    const std::shared_ptr<TerminationHolds> holds;
+    std::size_t& count;
+    bool isOver = false;
+  };
+
+  void release(Hold& hold) EXCLUDES(mutex) {
     MutexLock lock(mutex);
-    const auto held = counts.find(name);
-    if (--held->second == 0) counts.erase(held);
+    if (std::exchange(hold.isOver, true)) return;
+    --hold.count;
     // Under the lock, so that the loop is not destroyed meanwhile. stop() takes only the event
     // loop's own lock.
-    if (counts.empty() && terminating && stop) stop();
+    if (--all == 0 && terminating && stop) stop();
   }
 
   Mutex mutex;
   Block stop GUARDED_BY(mutex);
+  // Names stay, as there are few.
   std::map<std::string, std::size_t> counts GUARDED_BY(mutex);
+  std::size_t all GUARDED_BY(mutex) = 0;
   bool terminating GUARDED_BY(mutex) = false;
 };
 
