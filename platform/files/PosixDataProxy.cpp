@@ -138,13 +138,14 @@ Future<bool> PosixDataProxy::enqueue(Write write) {
       surplus = std::move(write.hold);
     } else if (waiting == writes.end()) {
       writes.push_back(std::move(write));
-      changed.notifyOne();
     } else {
       waiting->content.swap(write.content);
       waiting->promises.push_back(std::move(write.promises.front()));
       surplus = std::move(write.hold);
     }
   }
+  // Without the lock, which the thread that wakes needs.
+  changed.notifyOne();
   if (refusal) promise.fail(refusal);
   if (surplus) surplus->cancel();
   return promise.future();

@@ -28,14 +28,18 @@ std::shared_ptr<DetachedStreams> DetachedStreams::make() {
 }
 
 void DetachedStreams::writeLine(int descriptor, std::string_view line) {
-  MutexLock lock(mutex);
-  if (bytesWaiting + line.size() >= mostBytesWaiting) {
-    ++dropped[descriptor];
-    return;
+  {
+    MutexLock lock(mutex);
+    if (bytesWaiting + line.size() >= mostBytesWaiting) {
+      ++dropped[descriptor];
+      return;
+    }
+    bytesWaiting += line.size() + 1;
+    append(waiting, descriptor, line);
+    if (!isIdle) return;
   }
-  bytesWaiting += line.size() + 1;
-  append(waiting, descriptor, line);
-  if (isIdle) changed.notifyAll();
+  // Without the lock, which the thread that wakes needs.
+  changed.notifyAll();
 }
 
 bool DetachedStreams::drain(std::chrono::milliseconds patience) {

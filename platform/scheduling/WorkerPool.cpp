@@ -36,13 +36,11 @@ void WorkerPool::post(Block block) {
   {
     MutexLock lock(mutex);
     if (ended) return;
-    if (hasThread()) {
-      blocks.push_back(std::move(block));
-      changed.notifyOne();
-      return;
-    }
+    if (hasThread()) blocks.push_back(std::exchange(block, nullptr));
   }
-  instead(std::move(block));
+  if (block) return instead(std::move(block));
+  // Without the lock: the thread that wakes needs it, and would only wait for this one.
+  changed.notifyOne();
 }
 
 // Starts one for the next block, unless enough of them are idle.
