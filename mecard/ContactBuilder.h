@@ -1,10 +1,7 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <vector>
+#include <utility>
 
-#include "mecard/CardReasons.h"
 #include "model/DonationValue.h"
 #include "platform/contacts/Contact.h"
 
@@ -19,12 +16,6 @@ class ContactBuilder final {
   // The contact of all values added so far, in the order in which they were added; built anew at
   // each call. The contact shares the records.
   [[nodiscard]] Contact build() const;
-
-  // The contact of the values at these places, without adding them to a builder. The contact shares
-  // the list. Notes in `reasons`, unless it is null, why values are not on the contact.
-  [[nodiscard]] static Contact build(const std::shared_ptr<const DonationValues>& donations,
-                                     const std::vector<std::uint32_t>& places,
-                                     CardReasons* reasons = nullptr);
 
  private:
   DonationValues donations;

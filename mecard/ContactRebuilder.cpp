@@ -1,8 +1,9 @@
 #include "mecard/ContactRebuilder.h"
 
 #include <numeric>
+#include <utility>
 
-#include "mecard/ContactBuilder.h"
+#include "mecard/DonationVisitor.h"
 #include "mecard/EmailAddressCollector.h"
 
 namespace quenlet {
@@ -26,26 +27,32 @@ CollectedSuppressionResult ContactRebuilder::collectSuppression() const {
   return suppression;
 }
 
-// Both stages in one pass: what suppression drops need not be looked up among the addresses.
-void ContactRebuilder::dropContradictingAndRepeating(CardReasons* reasons) {
+bool ContactRebuilder::isLeftOut(const DonationValue& donation,
+                                 const CollectedSuppressionResult& suppression,
+                                 EmailAddressCollector& collector, CardReasons* reasons) {
+  if (!suppression.keeps(donation)) {
+    if (reasons) reasons->note(donation, suppression.explain(donation));
+    return true;
+  }
+  const std::string* own = collector.repeatedAddress(donation);
+  if (own && reasons) reasons->note(donation, {CardDecision::ownEmailAddress, nullptr, *own});
+  return own != nullptr;
+}
+
+// All stages in one pass: with many donations, most of the time goes by until each one has come
+// from memory.
+Contact ContactRebuilder::buildNewContact(CardReasons* reasons) {
   const CollectedSuppressionResult suppression = collectSuppression();
   EmailAddressCollector collector(emailAddresses);
+  DonationVisitor visitor(all, remaining.size(), reasons);
   std::erase_if(remaining, [&](std::uint32_t place) {
     prefetchDonation(*all, place);
     const DonationValue& donation = *(*all)[place];
-    if (!suppression.keeps(donation)) {
-      if (reasons) reasons->note(donation, suppression.explain(donation));
-      return true;
-    }
-    const std::string* own = collector.repeatedAddress(donation);
-    if (own && reasons) reasons->note(donation, {CardDecision::ownEmailAddress, nullptr, *own});
-    return own != nullptr;
+    if (isLeftOut(donation, suppression, collector, reasons)) return true;
+    donation.acceptDonationValueVisitor(visitor);
+    return false;
   });
-}
-
-Contact ContactRebuilder::buildNewContact(CardReasons* reasons) {
-  dropContradictingAndRepeating(reasons);
-  return ContactBuilder::build(all, remaining, reasons);
+  return std::move(visitor).takeContact();
 }
 
 DonationValues ContactRebuilder::filteredDonations() const {

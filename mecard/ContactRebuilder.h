@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "mecard/CollectedSuppressionResult.h"
+#include "mecard/EmailAddressCollector.h"
 #include "model/DonationValue.h"
 #include "platform/contacts/Contact.h"
 
@@ -29,7 +30,10 @@ class ContactRebuilder final {
 
  private:
   [[nodiscard]] CollectedSuppressionResult collectSuppression() const;
-  void dropContradictingAndRepeating(CardReasons* reasons);
+  // Whether it contradicts or repeats the curated card.
+  [[nodiscard]] static bool isLeftOut(const DonationValue& donation,
+                                      const CollectedSuppressionResult& suppression,
+                                      EmailAddressCollector& collector, CardReasons* reasons);
 
   const std::shared_ptr<const DonationValues> all;
   std::vector<std::uint32_t> remaining;  // places in the list
