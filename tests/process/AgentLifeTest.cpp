@@ -125,7 +125,7 @@ TEST_F(AgentLifeTest, ClientSaysThatThereIsNoAgentAndEndsWhenNobodyReadsIt) {
 
 TEST_F(AgentLifeTest, DoesEverythingInOrderFromLaunchToTheSecondHangUpAndReportsOnceADay) {
   const std::filesystem::path counters = home / "Library/Logs/quenlet/counters.prom";
-  writeFile(ownersCard, cardText("Anna Berg", {"EMAIL:anna@example.org", "TEL:+49 30 1234567"}));
+  writeOwnersCard(cardText("Anna Berg", {"EMAIL:anna@example.org", "TEL:+49 30 1234567"}));
   installManifest("com.example.old");
   // Nothing is looked for where confined programs may write.
   std::filesystem::create_directories(home / "Library");

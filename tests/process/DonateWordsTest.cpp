@@ -104,7 +104,7 @@ TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
 }
 
 TEST_F(DonateWordsTest, SaysBeforehandThatTheOwnCardHasAnotherName) {
-  writeFile(ownersCard, cardText("Joan Ashwood", {}));
+  writeOwnersCard(cardText("Joan Ashwood", {}));
   const std::string path = file("robin.vcf", cardText("Robin Hartwell", {"EMAIL:r@example.org"}));
   const std::string joan = file("joan.vcf", cardText("JOAN ASHWOOD", {"EMAIL:j@example.org"}));
   const std::string said =
@@ -136,7 +136,7 @@ TEST_F(DonateWordsTest, AnExportBringsAllOfItToAnEmptyHome) {
       "ann.vcf", cardText("Ann Berg", {"EMAIL:ann@example.org", "TEL:+49 30 1", "TEL:+49 30 2"}));
   const std::string gone = file("gone.vcf", cardText("", {"EMAIL:no@example.org", "TEL:+49 30 3"}));
   expect({"export"}, 3, {"quenlet: ovaro.quenlet.service-error 1: "});
-  writeFile(ownersCard, cardText("Ann Berg", {"EMAIL:own@example.org"}));
+  writeOwnersCard(cardText("Ann Berg", {"EMAIL:own@example.org"}));
   startAgent();
   ASSERT_TRUE(eventually([&] { return hasReadAccounts(home); }));
   expect({"account", "add", "--id", "work", "--username", "work@example.org"}, 0);

@@ -103,7 +103,7 @@ TEST_F(MeWordsTest, PutsAnOwnCardInPlaceAndShowsItBeforeWhatWasDonated) {
   EXPECT_EQ(readFile(ownersCard.native() + ".former-1"), former);
   const std::string large(std::size_t{33} << 20, 'x');
   mayRemark = true;  // of the card
-  writeFile(ownersCard, large);
+  writeOwnersCard(large);
   expect({"me", "set", own}, 0, {"The former one is kept: ", ".former-2\n"});
   EXPECT_EQ(readFile(ownersCard.native() + ".former-2").size(), large.size());
   disableDonations();
@@ -128,7 +128,7 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
 
   std::filesystem::permissions(donationsFile, std::filesystem::perms(0644));
   mayRemark = true;  // of the card
-  writeFile(ownersCard, "no card");
+  writeOwnersCard("no card");
   writeFile(home / "Library/Contacts/Feedback/feedback.plist", "<plist>");
   installCommand("systemctl", "echo masked");
   expect(

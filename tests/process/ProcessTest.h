@@ -195,6 +195,13 @@ class ProcessTest : public testing::Test {
     writeFile(donatedCard, cardText(fullName, lines));
     expect({"donate", donatedCard, "--bundle", bundle, "--anyway"}, 0);
   }
+  // At once, so that an agent that looks meanwhile finds the card before or this one.
+  void writeOwnersCard(const std::string& content) {
+    const std::filesystem::path written = temporary / "written.vcf";
+    writeFile(written, content);
+    std::filesystem::create_directories(ownersCard.parent_path());
+    std::filesystem::rename(written, ownersCard);
+  }
   void rewriteDonations(const std::string& statement) {
     const std::string program =
         "import plistlib, sys, time\ncontents = plistlib.load(open(sys.argv[1], 'rb'))\n"

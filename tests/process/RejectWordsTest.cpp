@@ -141,7 +141,7 @@ TEST_F(RejectWordsTest, DisableLeavesNoValueBelowTheHomeOnceNoAgentRuns) {
 }
 
 TEST_F(RejectWordsTest, ResetRemovesAllButWhatIsTheOwners) {
-  writeFile(ownersCard, cardText("Robin Berg", {}));
+  writeOwnersCard(cardText("Robin Berg", {}));
   startAgent();
   donate("com.example.mail", "Robin Berg", robin);
   linkDonationsElsewhere();

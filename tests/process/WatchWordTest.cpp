@@ -42,9 +42,8 @@ TEST_F(WatchWordTest, TellsWhatChangedAndWhetherAnAgentIsThere) {
          EXPECT_EQ(quenlet({"forget", "com.example.mail"}).code, 0);
        },
        "  removed  e-mail  anna@example.org", R"("removed":[{"kind":"emailAddress",)"},
-      {"another name on the owner's card",
-       [&] { writeFile(ownersCard, cardText("Bertha Maier", {})); }, "  removed  name   Anna Berg",
-       R"("removed":[{"kind":"name")"},
+      {"another name on the owner's card", [&] { writeOwnersCard(cardText("Bertha Maier", {})); },
+       "  removed  name   Anna Berg", R"("removed":[{"kind":"name")"},
       {"a refusal",
        [&] {
          disableDonations();

@@ -32,7 +32,7 @@ TEST_F(WhyWordTest, TellsEachReasonOfWhatTheAgentLists) {
   expect({"list", "--expiring=91"}, 0, {"+1 202 555 0120"});
   expect({"why", "+1 202 555 0199"}, 1, {"quenlet: no-match 1: ", "hint: quenlet list"});
 
-  writeFile(ownersCard, cardText("Robin Hartwell", {"EMAIL:rob@googlemail.com"}));
+  writeOwnersCard(cardText("Robin Hartwell", {"EMAIL:rob@googlemail.com"}));
   EXPECT_TRUE(eventually([this] { return !cardHas("Robin"); }));
   const std::string silenced = "org.shop calls you Jo Hartwell; your own card says Robin Hartwell.";
   expect({"why"}, 0,
@@ -40,7 +40,7 @@ TEST_F(WhyWordTest, TellsEachReasonOfWhatTheAgentLists) {
           "Your own card already has it as rob@googlemail.com, which is the same mailbox."});
   expect({"why", "6"}, 0, {"+1 202 555 0120\n", "Number 6,", silenced});
   expect({"list", "--json"}, 0, {R"("number":6,"state":"silenced","because":"org.shop calls)"});
-  writeFile(ownersCard, cardText("Jo Hartwell", {}));
+  writeOwnersCard(cardText("Jo Hartwell", {}));
   EXPECT_TRUE(eventually([this] { return cardHas("0120"); }));
   expect({"why", "rob@gmail.com"}, 0, {"org.bank calls you Robin Hartwell; your own card says Jo"});
   mayRemark = true;

@@ -81,7 +81,7 @@ TEST_F(HeavyUseTest, StormLeavesOnTheDiskWhatIsHeld) {
   for (int i = 0; i < count(60, 1'000); ++i) {
     const std::vector<std::string> off{"disable", "--yes"};
     EXPECT_EQ(quenlet(i % 2 == 0 ? off : std::vector<std::string>{"enable"}).code, 0);
-    writeFile(ownersCard, cardText("Anna Berg", {"EMAIL:" + std::to_string(i) + "@example.org"}));
+    writeOwnersCard(cardText("Anna Berg", {"EMAIL:" + std::to_string(i) + "@example.org"}));
   }
   for (std::thread& client : clients) client.join();
   ASSERT_TRUE(eventually([this] { return quenlet({"card"}).code == 0; })) << agent->err();
