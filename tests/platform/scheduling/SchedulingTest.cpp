@@ -203,8 +203,8 @@ TEST_F(ProductionSchedulerProviderTest, SchedulersDropWhatTheyAreGivenAfterTheEn
 
 TEST(WorkerPoolTest, StartsAThreadForEachBlockAtATimeAndPassesBlocksOnWhileItHasNone) {
   std::atomic<int> passedOn = 0;
-  WorkerPool pool(2, [&](const Block&) { ++passedOn; });
   std::latch both(2), last(1);
+  WorkerPool pool(2, [&](const Block&) { ++passedOn; });
   {
     const ThreadsRefused refused;
     pool.post([] { FAIL() << "on what thread?"; });
