@@ -54,7 +54,7 @@ endfunction()
 function(quenlet_for_size)
   foreach(folder IN LISTS ARGN)
     _quenlet_target_name("${folder}" target)
-    target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:-Os>)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release,RelWithDebInfo,None>:-Os>)
   endforeach()
 endfunction()
 
