@@ -25,7 +25,9 @@ class DataProxy {
   // next start after a crash or power failure, sees the old file or the new one, never a part.
   // Missing directories are created (0700); the file has mode 0600. The future succeeds with true
   // once the bytes are durable. On failure the old file is unchanged, unless only the last step,
-  // making the replacement durable, failed. It completes on the implementation's writer thread.
+  // making the replacement durable, failed. It completes on the implementation's writer thread, or
+  // has failed at once when the system gives no such thread. The caller keeps this object
+  // meanwhile.
   [[nodiscard]] virtual Future<bool> writeContent(FileContentPtr content,
                                                   const std::filesystem::path& toURL,
                                                   WritingOptions options) = 0;

@@ -156,6 +156,8 @@ ErrorPtr PosixDataProxy::ensureThread() try {
   return nullptr;
 } catch (const std::system_error& refusal) {
   return makePosixError(refusal.code().value(), "start the thread that writes");
+} catch (const std::bad_alloc&) {
+  return makePosixError(ENOMEM, "start the thread that writes");
 }
 
 void PosixDataProxy::work() {

@@ -56,8 +56,9 @@ ErrorPtr whyUntrusted(const std::filesystem::path& program,
   std::filesystem::path soFar;
   struct stat status {};
   // From the top: once a directory is found in order, nobody but root and the user can put another
-  // one in place of what is in it, so the next look passes through the same directories. A part
-  // that has become a link since is refused as one.
+  // one in place of what is in it, so the next look passes through the same directories. Below a
+  // chosen base that is so as far as those above it are in order, as they are the business of the
+  // user who chose it. A part that has become a link since is refused as one.
   for (const std::filesystem::path& part : program) {
     soFar /= part;
     if (isBelowBase && isAbove(soFar, chosenBase)) continue;

@@ -1,7 +1,7 @@
 #include "platform/scheduling/WorkerPool.h"
 
 #include <algorithm>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 #include "platform/foundation/FreedMemory.h"
@@ -49,8 +49,8 @@ bool WorkerPool::hasThread() {
   if (!isNeeded || threads.size() == mostThreads) return true;
   try {
     threads.emplace_back([this] { work(); });
-  } catch (const std::system_error&) {
-    // Fewer of them do the same work.
+  } catch (const std::exception&) {
+    // For want of threads or of memory; fewer of them do the same work.
   }
   return !threads.empty();
 }

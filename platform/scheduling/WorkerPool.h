@@ -32,7 +32,7 @@ class WorkerPool final {
   WorkerPool(const WorkerPool&) = delete;
   WorkerPool& operator=(const WorkerPool&) = delete;
 
-  // After shutDown() the block is dropped.
+  // After shutDown() the block is dropped. The caller keeps the pool until it returns.
   void post(Block block) EXCLUDES(mutex);
   // Like post(), as the last act of a block: no other thread is woken, because the calling pool
   // thread looks for work next. On a thread outside the pool, the same as post().
