@@ -22,7 +22,7 @@
 namespace quenlet {
 
 // The platform services of a Linux user, installed as the current ones for the lifetime of this
-// object. Create it first thing on the main thread: it starts the process's threads and blocks the
+// object. Create it first thing on the main thread: it starts the first threads and blocks the
 // signals that the run loop reads. From then on, writing to standard output or error does not wait
 // for a slow reader. From the first contact store on, it watches the owner's card and posts the
 // notification of its changes.

@@ -54,7 +54,8 @@ struct ServiceContext final {
   std::shared_ptr<HeldBytes> held;
   // For work that would hold up other connections. Null: it is done on the loop.
   std::shared_ptr<WorkerPool> workers;
-  // Closes sockets with unread descriptors. Null when the kernel keeps peers from attaching any.
+  // Closes sockets with unread descriptors. Null when the kernel keeps peers of this socket from
+  // attaching any.
   std::shared_ptr<PatientThread> patient;
 };
 
