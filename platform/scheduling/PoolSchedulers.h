@@ -12,8 +12,9 @@
 namespace quenlet {
 
 // What the schedulers of one provider share: the threads, and the scheduler that waits for delayed
-// blocks and only hands them over. A scheduler that outlives its provider finds the pool shut down,
-// and perhaps the other gone, and drops new blocks.
+// blocks and only hands them over. That one is held weakly: delayed blocks own their schedulers,
+// which would close a cycle. A scheduler that outlives its provider finds the pool shut down, and
+// drops new blocks.
 struct PoolServices final {
   std::shared_ptr<WorkerPool> pool;
   std::weak_ptr<Scheduler> timers;
