@@ -282,7 +282,10 @@ std::shared_ptr<ProcessTransaction> UnixServiceConnection::settle() {
   if (account.isInTurn() && context->loop->isLoopThread()) return nullptr;
   output.flush();
   if (output.claimPieces()) {
-    Block block = [self = shared_from_this()] { self->sendPieces(); };
+    // Weak: without any worker the loop would hold it, and the connection the loop.
+    Block block = [weak = weak_from_this()] {
+      if (const auto held = weak.lock()) held->sendPieces();
+    };
     if (context->workers) {
       context->workers->post(std::move(block));
     } else {
