@@ -1,12 +1,22 @@
 #include "tools/commands/AccountNews.h"
 
+#include <cerrno>
+#include <chrono>
 #include <memory>
 #include <utility>
 
 #include "platform/foundation/PropertyListError.h"
 #include "tools/owner/Hints.h"
+#include "tools/owner/WaitingAgent.h"
 
 namespace quenlet {
+namespace {
+
+// About ten seconds in all, enough for an agent to start or to end.
+constexpr int mostAttempts = 100;
+constexpr std::chrono::milliseconds pauseBetweenAttempts(100);
+
+}  // namespace
 
 Result<std::vector<std::string>> AccountNews::markedIdentifiers() {
   using Identifiers = Result<std::vector<std::string>>;
@@ -61,10 +71,30 @@ Result<AccountNews::Changes> AccountNews::markBesideLeft(Change change) {
   return Result<Changes>::success(std::move(all));
 }
 
+//   agent answers              told, or failed with its refusal
+//   no agent, the lock free    left
+//   no agent, the lock held    one is starting or ending: tries again until it answers or is gone
+//   no agent, another error    failed with that error
+AgentNotice AccountNews::tell(const Change& change) const {
+  const WaitingAgent agent(session.agent);
+  for (int attempt = 1;; ++attempt) {
+    const ErrorPtr error = agent.changeAccount(change.before, change.after);
+    if (!error) return {};
+    const bool isRefusal = !isNoAgent(*error);
+    const ErrorPtr obstacle = isRefusal ? nullptr : accounts.forgetWhatAgentHasRead();
+    if (!isRefusal && !obstacle) return {AgentNotice::Outcome::left};
+    const bool agentRuns = obstacle && obstacle->code() == EWOULDBLOCK;
+    if (isRefusal || !agentRuns || attempt == mostAttempts) {
+      return {AgentNotice::Outcome::failed, isRefusal || agentRuns ? error : obstacle};
+    }
+    session.pause(pauseBetweenAttempts);
+  }
+}
+
 AgentNotice AccountNews::tell(const Changes& changes) const {
   AgentNotice notice;
   for (const Change& change : changes) {
-    notice = AgentNotice::give(session, accounts, change.before, change.after);
+    notice = tell(change);
     if (notice.outcome != AgentNotice::Outcome::told) break;
   }
   // While donations are off it reads none, and all when they come on.

@@ -3,9 +3,19 @@
 #include <string>
 #include <vector>
 
-#include "tools/commands/AgentNotice.h"
+#include "tools/commands/Session.h"
+#include "tools/owner/UserAccounts.h"
 
 namespace quenlet {
+
+// How the agent was told of changes to accounts. A value type.
+struct AgentNotice final {
+  // `left`: no agent runs, and the next one is made to read all accounts.
+  enum class Outcome { told, left, failed };
+
+  Outcome outcome = Outcome::told;
+  ErrorPtr error = nullptr;  // of one that failed
+};
 
 // What the agent has yet to hear of accounts, by words that change them. Use it under the store's
 // lock: mark() before the store is written, tell() after. News of a word that is killed in between
@@ -38,6 +48,7 @@ class AccountNews final {
 
  private:
   [[nodiscard]] Result<std::vector<std::string>> markedIdentifiers();
+  [[nodiscard]] AgentNotice tell(const Change& change) const;
 
   const Session& session;
   UserAccounts& accounts;

@@ -144,7 +144,7 @@ Result<bool> deleteWithoutAgent(const StoredData& stored) {
 ErrorPtr scheduleAccounts() {
   const auto accounts = UserAccounts::open();
   if (!accounts.ok()) return accounts.error();
-  ErrorPtr error = accounts.value()->catchUp().schedule();
+  ErrorPtr error = accounts.value()->forgetWhatAgentHasRead();
   return error && error->code() == EWOULDBLOCK ? nullptr : error;
 }
 

@@ -348,7 +348,7 @@ TEST_F(CommandLineTest, HasTheNextAgentReadAllAccountsOnceNoneRuns) {
   EXPECT_EQ(stored("w").accountType->identifier, "refused");
   const auto accounts = std::move(UserAccounts::open()).takeValue();
   auto lock = LockFile::tryLock((home / versions).parent_path() / "agent.lock").value();
-  EXPECT_EQ(accounts->catchUp().schedule()->code(), EWOULDBLOCK);
+  EXPECT_EQ(accounts->forgetWhatAgentHasRead()->code(), EWOULDBLOCK);
   EXPECT_EQ(home.read(versions), before) << "an agent keeps it";
   lock.reset();
   agent.setError(makeServiceError(ServiceErrorCode::noService, ""));
