@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <utility>
 
 #include "client/CorvelProxy.h"
 #include "platform/files/UserDirectories.h"
@@ -13,8 +14,8 @@
 #include "platform/scheduling/RunLoop.h"
 #include "protocol/CorvelInterface.h"
 #include "tools/commands/AgentPresence.h"
-#include "tools/commands/CardWatch.h"
 #include "tools/commands/Command.h"
+#include "tools/presentation/WatchReport.h"
 
 namespace quenlet {
 namespace {
@@ -24,6 +25,85 @@ bool hasReader() {
   struct stat status {};
   return ::fstat(STDOUT_FILENO, &status) == 0 &&
          (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || ::isatty(STDOUT_FILENO) == 1);
+}
+
+// Fetches the card whenever something may have changed, and reports how it differs from the one
+// before. The agent is never waited for. Use on the thread on which it replies; it outlives the
+// replies.
+//
+// The card of an agent that has ended is the one before for the next agent.
+class CardWatch final {
+ public:
+  // `agent` does not reply before its operations have returned.
+  CardWatch(Session& commandSession, CorvelProtocol& agent, WatchReport& watchReport)
+      : session(commandSession), asked(agent), report(watchReport) {}
+  CardWatch(const CardWatch&) = delete;
+  CardWatch& operator=(const CardWatch&) = delete;
+
+  // Fetches the card; once more after the fetch that is under way. The first outcome is reported as
+  // the beginning.
+  void lookAgain();
+  // The same for a change that the agent has told of, which is reported even if the card has stayed
+  // as it was.
+  void lookAfterNotification();
+
+ private:
+  void receive(const ContactPtr& card, const ErrorPtr& error);
+  void begin(const ErrorPtr& error);
+  void note(const ErrorPtr& error);
+
+  Session& session;
+  CorvelProtocol& asked;
+  WatchReport& report;
+  bool hasBegun = false;
+  bool isFetching = false;
+  bool isOutdated = false;
+  bool wasNotified = false;
+  // Null until the agent has given one.
+  ContactPtr lastCard;
+  // Null while the agent gives a card.
+  ErrorPtr lastRefusal;
+};
+
+void CardWatch::lookAgain() {
+  if (std::exchange(isFetching, true)) {
+    isOutdated = true;
+    return;
+  }
+  asked.fetchDonatedMeCard(
+      [this](const ContactPtr& card, const ErrorPtr& error) { receive(card, error); });
+}
+
+void CardWatch::lookAfterNotification() {
+  wasNotified = true;
+  lookAgain();
+}
+
+void CardWatch::receive(const ContactPtr& card, const ErrorPtr& error) {
+  isFetching = false;
+  if (!std::exchange(hasBegun, true)) {
+    begin(error);
+  } else if (error) {
+    note(error);
+  } else if (lastCard) {
+    const CardChanges changes = CardChanges::between(*lastCard, *card);
+    if (wasNotified || !changes.empty()) report.changed(Date::now(), changes);
+  }
+  wasNotified = false;
+  lastRefusal = error;
+  if (card) lastCard = card;
+  if (std::exchange(isOutdated, false)) lookAgain();
+}
+
+void CardWatch::begin(const ErrorPtr& error) {
+  if (error) static_cast<void>(session.failWith(error));
+  report.began(!error || !isNoAnswer(*error));
+}
+
+void CardWatch::note(const ErrorPtr& error) {
+  // That an agent is gone is noticed elsewhere, sooner.
+  if (isNoAgent(*error) || (lastRefusal && *lastRefusal == *error)) return;
+  report.refused(Date::now(), *error);
 }
 
 // "watch": tells what changes on the donated card, until SIGINT or SIGTERM. Run it before the
