@@ -30,8 +30,8 @@ class BusLoop final {
   // `afterMessages`: only while no message of a connection waits.
   enum class Turn { usual, afterMessages };
 
-  // Calls the handler whenever the descriptor is readable, until the token is cancelled. Whoever
-  // owns the descriptor cancels before it is closed. Throws std::system_error, as the others do.
+  // Calls the handler whenever the descriptor is readable, until the token is cancelled. The
+  // owner of the descriptor cancels before closing it. Throws std::system_error, as the others do.
   [[nodiscard]] std::shared_ptr<Cancelable> watch(int descriptor, Block handler,
                                                   Turn turn = Turn::usual);
   // Calls the block once, unless the token is cancelled first.

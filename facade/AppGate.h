@@ -32,7 +32,7 @@ class AppGate final {
  public:
   using Reply = std::function<void(Result<AppPermission> permission)>;
 
-  // Closing a dialog is no answer, but an app must not wear the owner down.
+  // Closing a dialog does not answer it, but an app must not wear the owner down.
   static constexpr std::size_t mostClosings = 3;
 
   // Whether a connection whose request is under way is still on the bus.

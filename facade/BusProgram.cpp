@@ -107,8 +107,8 @@ void BusProgram::fail(ErrorPtr error) {
 }
 
 // Calls are read before answers are given: what one caller asks beyond its limits is refused at
-// once, so that the next one's calls do not wait behind it. But a flood, of whatever kind, must not
-// hold up all answers.
+// once, so that the next one's calls do not wait behind it. But a flood of any kind must not hold
+// up all answers.
 void BusProgram::countMessage() {
   constexpr std::size_t messagesBetweenAnswers = 64;
   if (++received % messagesBetweenAnswers == 0) agent.dispatch();

@@ -11,7 +11,7 @@ ErrorPtr busy() { return makeFacadeError(BusyError, "too many requests are under
 
 }  // namespace
 
-// What is under way for one app or process, with whatever connections.
+// What is under way for one app or process, over all of its connections.
 struct Callers::Account final {
   struct Waiting final {
     CallerIdentity caller;

@@ -22,10 +22,11 @@ namespace quenlet {
 //              |                              | added         |              |
 //   following  | is added at once             |               |              | nobody
 //
-// Donations that are off are no error: they may come on. Before a watcher is told, it is looked
-// whether it may still read the card, once for all connections of an app: NotPermitted takes it off
-// the list, and any other error may pass, so that it is told. Changes that come during such a round
-// are told by one more. Use on the loop's thread; must outlive what it follows.
+// Donations that are off do not count as an error: they may come on. Before a watcher is told, its
+// permission to read the card is looked up again, once for all connections of an app. NotPermitted
+// takes it off the list; after any other error, which may pass, it is told all the same. Changes
+// that come during such a round start another. Use on the loop's thread; must outlive what it
+// follows.
 class Watchers final {
  public:
   using Outcome = std::function<void(const ErrorPtr& error)>;

@@ -39,7 +39,7 @@ bool isDeleted(const std::filesystem::path& profile, const std::filesystem::path
   return std::filesystem::is_directory(above, failure);
 }
 
-// As the list calls it, but for what is not its number.
+// "[Profile3]", without what a damaged list may have behind the number.
 std::string headingOf(const std::string& group) {
   return "[" + group.substr(0, group.find_first_not_of("0123456789", groupOfProfile.size())) + "]";
 }

@@ -80,7 +80,7 @@ void ModemCards::setModems(const std::string& daemon, const std::vector<Modem>& 
   forgetPlacesBut(daemon, believed);
 }
 
-// Of modems that are away those matter that took a card along which is not elsewhere now.
+// Keeps modems that are away only if they took a card along that is not elsewhere now.
 void ModemCards::forgetPlacesBut(const std::string& daemon, const std::vector<Modem>& modems) {
   const bool areTooMany = places.size() > maximumPlaces;
   std::erase_if(places, [&](const auto& entry) {

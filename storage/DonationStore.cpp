@@ -241,7 +241,7 @@ void DonationStore::allOrNothing(const std::function<void()>& step) {
 ErrorPtr DonationStore::insert(const DonationValues& values) {
   const DonationValues accepted = valuesWhere(
       values, [this](const DonationValue& value) { return !isConfirmedOrRejected(value); });
-  // Put in, they would fail this save and all later ones, whosever they are.
+  // If they were put in, this save would fail, and so would those of all other donors from now on.
   if (!donations.hasRoomFor(accepted, persistence->capacityInBytes())) {
     return makeDonationError(DonationErrorCode::notSerializable,
                              "with these values the donations are larger than their file may be");

@@ -33,7 +33,7 @@ struct Selection final {
 // text is an image.
 [[nodiscard]] bool isValueNamed(const Value& value, std::string_view text);
 
-// The number that `text` consists of; 0 when it is none, or none that a list could have.
+// The number that `text` consists of; 0 when it is not a number, or not one of a list.
 [[nodiscard]] std::size_t placeNumber(std::string_view text);
 
 }  // namespace quenlet

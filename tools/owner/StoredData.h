@@ -38,7 +38,7 @@ class StoredData final {
   // agent's file, even where it is a link, nor what the agent may be about to put in its place.
   [[nodiscard]] std::vector<std::filesystem::path> copiesOfDonations() const;
 
-  // Removes files, durably. Those that are gone are no error. On failure some may stay.
+  // Removes files, durably. Missing ones are passed over. On failure some may stay.
   [[nodiscard]] static ErrorPtr remove(const std::vector<std::filesystem::path>& paths);
 
  private:
