@@ -4,7 +4,6 @@
 
 #include "analytics/AugmentationClassifier.h"
 #include "analytics/MetricsAttempt.h"
-#include "mecard/DonatedEntries.h"
 #include "tests/support/GoldenFile.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TestEnvironment.h"

@@ -1,12 +1,10 @@
 #include "browser/host/CardAnswer.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "browser/host/BrowserHost.h"
 #include "protocol/ClientEntitlements.h"
 #include "quenlet/ErrorCodes.h"
-#include "tests/support/DonationFactory.h"
 #include "tests/support/GoldenFile.h"
 #include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"

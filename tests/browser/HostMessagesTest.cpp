@@ -1,9 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "browser/host/BrowserRequest.h"
 #include "browser/host/CallingExtension.h"

@@ -1,8 +1,5 @@
 #include "bus/BusConnection.h"
 
-#include <gmock/gmock.h>
-
-#include "bus/BusError.h"
 #include "tests/support/FakeBus.h"
 
 namespace quenlet {

@@ -1,10 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <functional>
-#include <limits>
-#include <string>
-#include <vector>
-
 #include "bus/BusArguments.h"
 #include "bus/BusError.h"
 #include "bus/BusMessage.h"

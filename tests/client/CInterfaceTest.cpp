@@ -1,10 +1,7 @@
 #include <poll.h>
 
 #include <cmath>
-#include <string>
-#include <vector>
 
-#include "quenlet/ErrorCodes.h"
 #include "quenlet/quenlet.h"
 #include "tests/client/ServedAgent.h"
 

@@ -3,10 +3,7 @@
 #include <poll.h>
 #include <stdio.h>
 
-#include <algorithm>
-#include <filesystem>
 #include <latch>
-#include <thread>
 
 #include "client/Conversion.h"
 #include "platform/ipc/WireEncoder.h"

@@ -1,7 +1,6 @@
 #include "client/CorvelProxy.h"
 
 #include <latch>
-#include <thread>
 
 #include "client/waitForReply.h"
 #include "platform/ipc/HandlerLoop.h"

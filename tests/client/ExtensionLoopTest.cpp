@@ -6,12 +6,10 @@
 
 #include "client/ExtensionLoop.h"
 #include "platform/extensions/DonorExtensionInterface.h"
-#include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/ServiceClient.h"
 #include "protocol/DonationWire.h"
 #include "tests/platform/extensions/HostFixture.h"
 #include "tests/platform/ipc/RawPeer.h"
-#include "tests/support/DonationFactory.h"
 
 namespace quenlet {
 namespace {

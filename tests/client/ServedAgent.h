@@ -1,8 +1,5 @@
 #pragma once
 
-#include <atomic>
-
-#include "core/CorvelDispatcher.h"
 #include "core/DonationListenerDelegate.h"
 #include "platform/ipc/UnixServiceListener.h"
 #include "protocol/CorvelInterface.h"

@@ -1,9 +1,5 @@
 #include "quenlet/VCards.h"
 
-#include <gtest/gtest.h>
-
-#include <set>
-
 #include "client/Pseudonyms.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -1,4 +1,3 @@
-#include <sstream>
 
 #include "tests/core/AgentFixture.h"
 

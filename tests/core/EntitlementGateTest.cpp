@@ -1,5 +1,4 @@
 #include <latch>
-#include <thread>
 
 #include "core/CorvelEntitlementDecorator.h"
 #include "core/DonationListenerDelegate.h"

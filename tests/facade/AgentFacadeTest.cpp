@@ -1,8 +1,5 @@
 #include "facade/AgentFacade.h"
 
-#include <gmock/gmock.h>
-
-#include "bus/BusError.h"
 #include "facade/FacadeObject.h"
 #include "tests/support/FakeBus.h"
 

@@ -1,10 +1,5 @@
 #include "facade/AppGate.h"
 
-#include <gmock/gmock.h>
-
-#include <new>
-
-#include "bus/BusError.h"
 #include "facade/FacadeError.h"
 #include "tests/support/FakeBus.h"
 

@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <map>
-
 #include "facade/Callers.h"
 #include "facade/FacadeError.h"
 

@@ -1,8 +1,5 @@
 #include "facade/OwnerQuestion.h"
 
-#include <gmock/gmock.h>
-
-#include "bus/BusError.h"
 #include "facade/FacadeError.h"
 #include "tests/support/FakeBus.h"
 

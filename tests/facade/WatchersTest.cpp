@@ -2,9 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <map>
-#include <new>
-
 #include "facade/FacadeError.h"
 #include "quenlet/ErrorCodes.h"
 

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "foreign/ForeignFiles.h"
 #include "foreign/KeyFile.h"

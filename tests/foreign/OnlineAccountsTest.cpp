@@ -1,9 +1,5 @@
 #include "foreign/OnlineAccounts.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include "tests/support/GoldenFile.h"
 #include "tests/support/TemporaryDirectory.h"
 

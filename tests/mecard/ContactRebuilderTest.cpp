@@ -3,8 +3,6 @@
 
 #include "mecard/ContactBuilder.h"
 #include "mecard/ProductionInfoProvider.h"
-#include "model/DonationKeys.h"
-#include "tests/support/DonationFactory.h"
 #include "tests/support/TestEnvironment.h"
 
 namespace quenlet {

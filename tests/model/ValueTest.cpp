@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "model/DonationValue.h"
 #include "platform/foundation/PropertyListSerializer.h"
 #include "tests/support/DonationFactory.h"
 

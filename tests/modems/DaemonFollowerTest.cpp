@@ -1,8 +1,5 @@
 #include "modems/DaemonFollower.h"
 
-#include <gmock/gmock.h>
-
-#include "bus/BusError.h"
 #include "modems/OfonoDaemon.h"
 #include "tests/support/FakeBus.h"
 

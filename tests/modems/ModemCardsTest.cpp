@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <sstream>
-
 namespace quenlet {
 namespace {
 

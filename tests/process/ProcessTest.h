@@ -7,9 +7,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <optional>
-#include <set>
-#include <sstream>
 #include <thread>
 
 #include "platform/foundation/Text.h"

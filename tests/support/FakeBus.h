@@ -1,15 +1,6 @@
 #pragma once
 
 #include <gmock/gmock.h>
-#include <sys/socket.h>
-
-#include <algorithm>
-#include <functional>
-#include <memory>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "bus/BusConnection.h"
 #include "bus/BusError.h"

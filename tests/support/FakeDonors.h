@@ -1,7 +1,5 @@
 #pragma once
 
-#include <map>
-
 #include "platform/extensions/DonorExtension.h"
 #include "platform/foundation/Observable.h"
 #include "tests/support/Trace.h"

@@ -1,15 +1,10 @@
 #pragma once
 
 #include <list>
-#include <map>
-#include <optional>
-#include <set>
 
 #include "mecard/CuratedInfoProviderProtocol.h"
 #include "platform/accounts/Account.h"
 #include "platform/contacts/ContactStore.h"
-#include "platform/feedback/DonationFeedbackStore.h"
-#include "platform/preferences/DonationPreferences.h"
 #include "platform/telephony/Telephony.h"
 #include "storage/DonationPersistenceProtocol.h"
 #include "tests/support/DonationFactory.h"

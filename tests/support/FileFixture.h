@@ -1,7 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
 #include "platform/foundation/PropertyListSerializer.h"
 #include "platform/scheduling/EventLoop.h"
 #include "tests/support/SteeredDataProxy.h"

@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/support/GoldenFile.h"
 

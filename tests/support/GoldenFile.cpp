@@ -1,7 +1,5 @@
 #include "tests/support/GoldenFile.h"
 
-#include <sstream>
-
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {

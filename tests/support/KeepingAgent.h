@@ -1,9 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <set>
-#include <string>
-
 #include "protocol/CorvelProtocol.h"
 #include "tests/support/DonationFactory.h"
 

@@ -5,7 +5,6 @@
 #include <map>
 
 #include "platform/scheduling/CancelableBlock.h"
-#include "platform/scheduling/Scheduler.h"
 #include "quenlet/Date.h"
 #include "tests/support/Trace.h"
 

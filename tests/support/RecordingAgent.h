@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-
 #include "mecard/DonatedEntries.h"
-#include "platform/foundation/Mutex.h"
 #include "protocol/CorvelProtocol.h"
 #include "tests/support/DonationFactory.h"
 

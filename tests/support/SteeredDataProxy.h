@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "platform/files/PosixDataProxy.h"
 
 namespace quenlet {

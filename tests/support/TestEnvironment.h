@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/PlatformServices.h"
-#include "platform/logging/DonationLoggerProvider.h"
 #include "tests/support/FakeDonors.h"
 #include "tests/support/FakeServices.h"
 #include "tests/support/ManualSchedulers.h"

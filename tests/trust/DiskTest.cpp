@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <gmock/gmock.h>
 #include <sys/mman.h>
 
 #include "mecard/DonatedEntries.h"

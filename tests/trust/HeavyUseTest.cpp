@@ -3,8 +3,6 @@
 
 #include <sys/stat.h>
 
-#include <atomic>
-
 #include "platform/ipc/HandlerLoop.h"
 #include "tests/trust/TrustTest.h"
 

@@ -4,10 +4,6 @@
 #include <poll.h>
 #include <sched.h>
 
-#include <array>
-#include <atomic>
-#include <functional>
-
 #include "protocol/CorvelInterface.h"
 #include "tests/platform/ipc/RawPeer.h"
 #include "tests/support/GoldenExchanges.h"

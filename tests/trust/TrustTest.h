@@ -4,9 +4,7 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <iostream>
 #include <random>
-#include <sstream>
 
 #include "client/CorvelProxy.h"
 #include "client/waitForReply.h"

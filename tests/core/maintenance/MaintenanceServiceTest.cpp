@@ -6,7 +6,6 @@
 #include "platform/ipc/ServiceClient.h"
 #include "platform/ipc/UnixServiceListener.h"
 #include "platform/ipc/WireEncoder.h"
-#include "platform/logging/DonationLoggerProvider.h"
 #include "platform/logging/StandardErrorLogSink.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -1,7 +1,5 @@
 #include "donors/browser/FirefoxDonations.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {

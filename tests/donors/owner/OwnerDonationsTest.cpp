@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 
 #include "donors/owner/GitDonations.h"
 #include "donors/owner/PictureDonations.h"

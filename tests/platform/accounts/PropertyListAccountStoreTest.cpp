@@ -1,9 +1,5 @@
 #include "platform/accounts/PropertyListAccountStore.h"
 
-#include <sys/stat.h>
-
-#include "platform/accounts/Account.h"
-#include "platform/files/LockFile.h"
 #include "platform/files/PosixDataProxy.h"
 #include "tests/support/TemporaryDirectory.h"
 

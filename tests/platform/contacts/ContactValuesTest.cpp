@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <sstream>
-
 #include "platform/contacts/EmailAddress.h"
 #include "platform/contacts/EmailAddressScanner.h"
 #include "platform/contacts/NameComponentsTokenizer.h"

@@ -1,8 +1,6 @@
-#include <sstream>
 
 #include "platform/contacts/VCard.h"
 #include "platform/contacts/VCardContactStore.h"
-#include "platform/foundation/Text.h"
 #include "tests/support/GoldenFile.h"
 #include "tests/support/TemporaryDirectory.h"
 

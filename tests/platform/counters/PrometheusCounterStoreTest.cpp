@@ -2,11 +2,8 @@
 
 #include <stdio.h>
 
-#include <limits>
 #include <semaphore>
-#include <thread>
 
-#include "platform/files/PosixDataProxy.h"
 #include "tests/platform/files/SteeredFileOperations.h"
 #include "tests/support/SteeredDataProxy.h"
 #include "tests/support/TemporaryDirectory.h"

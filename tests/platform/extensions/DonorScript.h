@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include "tests/support/GoldenFile.h"
 
 namespace quenlet {

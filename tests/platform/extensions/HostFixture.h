@@ -1,6 +1,5 @@
 #pragma once
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
 
 #include "platform/extensions/ExtensionError.h"

@@ -1,7 +1,6 @@
 #include "platform/feedback/PropertyListFeedbackStore.h"
 
 #include "platform/feedback/FeedbackFile.h"
-#include "platform/files/LockFile.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/FileFixture.h"
 #include "tests/support/ManualSchedulers.h"

@@ -1,7 +1,5 @@
 #include <unistd.h>
 
-#include <set>
-
 #include "platform/files/DirectoryWatch.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/UserDirectories.h"

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
-#include <atomic>
 #include <latch>
 
 #include "platform/files/FileReading.h"

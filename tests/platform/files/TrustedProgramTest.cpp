@@ -1,7 +1,5 @@
 #include "platform/files/TrustedProgram.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {

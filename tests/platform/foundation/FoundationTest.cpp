@@ -2,12 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <array>
-#include <chrono>
 #include <cmath>
-#include <limits>
-#include <map>
-#include <sstream>
 #include <thread>
 
 #include "platform/foundation/Cancelable.h"

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <atomic>
-#include <deque>
 #include <semaphore>
 
-#include "platform/foundation/Mutex.h"
 #include "platform/ipc/UnixServiceListener.h"
 #include "platform/ipc/WireEncoder.h"
 #include "tests/support/TemporaryDirectory.h"

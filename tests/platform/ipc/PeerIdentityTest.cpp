@@ -7,8 +7,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <functional>
-
 #include "tests/platform/ipc/RawPeer.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -5,15 +5,12 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include <algorithm>
-#include <array>
 #include <cstring>
 #include <filesystem>
 
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/FrameReader.h"
-#include "platform/ipc/WireEncoder.h"
 
 namespace quenlet {
 

@@ -3,10 +3,8 @@
 #include <poll.h>
 
 #include <future>
-#include <thread>
 
 #include "platform/ipc/HandlerLoop.h"
-#include "platform/ipc/ServiceAddress.h"
 #include "tests/platform/ipc/EchoService.h"
 #include "tests/platform/ipc/RawPeer.h"
 

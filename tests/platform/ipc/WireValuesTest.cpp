@@ -1,11 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <limits>
-
 #include "platform/ipc/ErrorWire.h"
 #include "platform/ipc/ServiceInterface.h"
-#include "platform/ipc/WireEncoder.h"
-#include "platform/ipc/WireReader.h"
 
 namespace quenlet {
 namespace {

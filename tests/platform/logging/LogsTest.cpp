@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 #include <syslog.h>
 
-#include <functional>
 #include <future>
 #include <latch>
 #include <semaphore>

@@ -1,7 +1,5 @@
 #include "platform/notifications/MeCardFileWatch.h"
 
-#include <gtest/gtest.h>
-
 #include "tests/support/FakeServices.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -2,7 +2,6 @@
 
 #include <thread>
 
-#include "platform/notifications/NotificationDirectory.h"
 #include "platform/notifications/NotificationReceiver.h"
 #include "tests/platform/ipc/RawPeer.h"
 #include "tests/platform/ipc/SystemCalls.h"

@@ -1,8 +1,5 @@
 #include "platform/preferences/PropertyListDonationPreferences.h"
 
-#include <thread>
-
-#include "platform/files/LockFile.h"
 #include "platform/preferences/PropertyListUserDefaults.h"
 #include "tests/support/FakeServices.h"
 #include "tests/support/FileFixture.h"

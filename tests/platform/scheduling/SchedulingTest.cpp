@@ -1,10 +1,6 @@
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/epoll.h>
-#include <sys/socket.h>
 
-#include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <csignal>

@@ -2,16 +2,9 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <stdlib.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <functional>
-#include <iterator>
-#include <sstream>
-
 #include "client/Pseudonyms.h"
-#include "platform/files/LockFile.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "tests/support/KeepingAgent.h"
 #include "tests/support/RecordingAgent.h"

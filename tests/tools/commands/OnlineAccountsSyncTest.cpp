@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <sstream>
-
 #include "model/DonationError.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "tests/platform/extensions/DonorScript.h"

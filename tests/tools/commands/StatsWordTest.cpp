@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "platform/counters/CounterStore.h"
 #include "tests/support/GoldenFile.h"
 
 namespace quenlet {

@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <CLI/CLI.hpp>
-#include <sstream>
 
-#include "platform/foundation/Text.h"
 #include "tests/support/GoldenFile.h"
 #include "tools/commands/CommandLine.h"
 #include "tools/help/HelpText.h"

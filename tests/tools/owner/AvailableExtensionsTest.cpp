@@ -1,7 +1,6 @@
 #include "tools/owner/AvailableExtensions.h"
 
 #include <gmock/gmock.h>
-#include <stdlib.h>
 
 #include "platform/extensions/ExtensionCatalog.h"
 #include "tests/support/TemporaryDirectory.h"

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 
 #include "tests/platform/extensions/DonorScript.h"
 #include "tests/support/KeepingAgent.h"

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/files/PosixDataProxy.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/FileFixture.h"
 

@@ -1,9 +1,5 @@
 #include "tools/owner/DonationStates.h"
 
-#include <gtest/gtest.h>
-
-#include <tuple>
-
 #include "tests/support/DonationFactory.h"
 #include "tests/support/GoldenFile.h"
 #include "tests/support/TemporaryDirectory.h"

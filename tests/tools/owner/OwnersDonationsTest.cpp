@@ -1,10 +1,7 @@
 #include "tools/owner/OwnersDonations.h"
 
-#include <gtest/gtest.h>
-
 #include "platform/files/PosixDataProxy.h"
 #include "platform/ipc/ServiceInterface.h"
-#include "tests/support/DonationFactory.h"
 #include "tests/support/KeepingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -4,7 +4,6 @@
 
 #include "platform/feedback/FeedbackFile.h"
 #include "platform/ipc/ServiceInterface.h"
-#include "tests/support/DonationFactory.h"
 #include "tests/support/KeepingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
 

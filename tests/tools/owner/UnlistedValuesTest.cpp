@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/feedback/FeedbackContent.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/GoldenFile.h"
 

@@ -1,7 +1,6 @@
 #include "tools/page/OwnerPage.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "platform/foundation/Base64.h"
 #include "platform/foundation/SHA256.h"

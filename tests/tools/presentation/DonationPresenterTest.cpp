@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "mecard/DonatedEntries.h"
 #include "tests/support/DonationFactory.h"
 #include "tests/support/GoldenFile.h"

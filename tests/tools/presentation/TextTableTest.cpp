@@ -5,12 +5,9 @@
 #include <stdlib.h>
 #include <sys/ioctl.h>
 
-#include <sstream>
-
 #include "platform/foundation/FileDescriptor.h"
 #include "platform/foundation/Text.h"
 #include "tests/support/GoldenFile.h"
-#include "tools/presentation/Screen.h"
 
 namespace quenlet {
 namespace {
