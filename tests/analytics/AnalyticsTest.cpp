@@ -31,8 +31,7 @@ class FakeDefaults final : public UserDefaults {
   Trace& trace;
 };
 
-// Notes what is reported. The process's reporter keeps the log that the first test gives it, so
-// that the trace is the present test's.
+// Notes what is reported. The reporter keeps the first test's log; the trace is the present one's.
 class ReportSink final : public SystemLog, public CounterStore {
  public:
   static inline Trace* trace = nullptr;
@@ -92,15 +91,10 @@ class MetricsAttemptTest : public testing::Test {
     MetricsAttempt::runMetricsAttempt(agent);
     return take();
   }
-  // What happened up to now, or in an attempt, a line for each.
-  std::string taken() {
+  static std::string linesOf(const Events& events) {
     std::string text;
-    for (const std::string& event : take()) text += event + "\n";
+    for (const std::string& event : events) text += event + "\n";
     return text;
-  }
-  std::string attempted() {
-    MetricsAttempt::runMetricsAttempt(agent);
-    return taken();
   }
 
   static inline const Events start = {"willReportAnalytics", "begin ovaro.quenlet-agent.metrics",
@@ -131,10 +125,10 @@ TEST_F(MetricsAttemptTest, ReportsBothCardsAndLastsUntilTheDonatedOneIsThere) {
   haveCard(curated);
   agent->contact = std::make_shared<const Contact>(donated);
   agent->holdsReplies = true;
-  EXPECT_EQ(attempted(), reports.take("both cards, before the donated one is there"));
+  EXPECT_EQ(linesOf(attempt()), reports.take("both cards, before the donated one is there"));
   EXPECT_EQ(defaults->lastAttempt, PropertyList(now));
   agent->answerHeldFetch();
-  EXPECT_EQ(taken(), reports.take("the donated card"));
+  EXPECT_EQ(linesOf(take()), reports.take("the donated card"));
 }
 
 TEST_F(MetricsAttemptTest, ReportsTheFieldsOfACardWithoutADonatedOne) {
@@ -148,7 +142,7 @@ TEST_F(MetricsAttemptTest, ReportsTheFieldsOfACardWithoutADonatedOne) {
         std::pair("nothing", ContactFields())}) {
     defaults->lastAttempt.reset();
     haveCard(card);
-    EXPECT_EQ(attempted(), reports.take(name));
+    EXPECT_EQ(linesOf(attempt()), reports.take(name));
   }
   ReportSink::isLogEnabled = false;
   defaults->lastAttempt.reset();

@@ -20,13 +20,11 @@ TEST(AppPermissionTest, ReadsWhatIsInTheStore) {
       {"kinds of donations", AppWish::donate, {"name"}, {OwnersWord::no}},
   };
   for (const auto& [name, wish, texts, permission] : rows) {
-    SCOPED_TRACE(name);
     const AppPermission read = AppPermission::fromTexts(wish, texts);
-    EXPECT_EQ(read, permission);
-    EXPECT_EQ(AppPermission::fromTexts(wish, read.texts(wish)), read);
+    EXPECT_EQ(read, permission) << name;
+    EXPECT_EQ(AppPermission::fromTexts(wish, read.texts(wish)), read) << name;
   }
-  EXPECT_EQ((AppPermission{OwnersWord::yes}.texts(AppWish::meCard)),
-            std::vector<std::string>{"no"});
+  EXPECT_EQ((AppPermission{OwnersWord::yes}.texts(AppWish::meCard)), Texts{"no"});
 }
 
 TEST(AppPermissionTest, KnowsIdentifiersOfApps) {
@@ -34,10 +32,8 @@ TEST(AppPermissionTest, KnowsIdentifiersOfApps) {
     EXPECT_TRUE(isAppIdentifier(text)) << text;
   }
   const std::string tooLong = "org." + std::string(252, 'a');
-  for (const std::string& text :
-       {std::string(""), std::string("App"), std::string("org..App"), std::string("org.App."),
-        std::string("org.Äpp"), std::string("org.a:b"), std::string("org.a b"),
-        std::string("org.a\n"), std::string("../a.b"), tooLong}) {
+  for (const std::string text : {"", "App", "org..App", "org.App.", "org.Äpp", "org.a:b", "org.a b",
+                                 "org.a\n", "../a.b", tooLong.c_str()}) {
     EXPECT_FALSE(isAppIdentifier(text)) << text;
   }
 }

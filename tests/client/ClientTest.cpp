@@ -42,8 +42,7 @@ class ClientTest : public ServedAgent {
             outcomeOf(client.removeAllRejections())};
   }
   // Begins each operation; `note` gets its place and outcome.
-  void beginAll(Client& client,
-                const std::function<void(std::size_t place, std::string outcome)>& note) {
+  void beginAll(Client& client, const std::function<void(std::size_t, std::string)>& note) {
     const auto handler = [&, note](std::size_t place) {
       return [this, note, place](const auto& outcome) { note(place, this->outcomeOf(outcome)); };
     };

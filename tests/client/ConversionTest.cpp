@@ -25,8 +25,7 @@ TEST(ConversionTest, KeepsEveryFieldOfEveryKindBothWays) {
        named({.givenName = "", .familyName = "Berg"}, origin)},
       {"e-mail, cluster", publicly(Email{"ann@example.org", "work"}, "cluster"),
        email("ann@example.org", from("app", "app:1", "cluster", expires), "work")},
-      {"phone", publicly(Phone{"+49 (30) 123-456", "cell"}),
-       phone("+49 (30) 123-456", origin, "cell")},
+      {"phone", publicly(Phone{"+49 (30) 12-3", "cell"}), phone("+49 (30) 12-3", origin, "cell")},
       {"postal, abbreviated",
        publicly(Postal{
            {"s", "sl", "c", "sa", "st", "pc", "co", "iso"}, AddressStyle::abbreviated, "home"}),
@@ -64,21 +63,11 @@ TEST(ConversionTest, MakesACardWithSources) {
 }
 
 TEST(ConversionTest, MakesAnAccountOrSaysWhatIsWrongWithIt) {
-  const AccountRecord record{.identifier = "work",
-                             .type = "ovaro.account.IMAP",
-                             .username = "ann",
-                             .isActive = false,
-                             .dataClasses = {"mail"},
-                             .textProperties = {{"a", "text"}},
-                             .propertyList =
-                                 "<plist version=\"1.0\"><dict><key>a</key><true/>"
-                                 "<key>b</key><integer>7</integer></dict></plist>"};
-  const Account account{.identifier = "work",
-                        .accountType = AccountType{"ovaro.account.IMAP"},
-                        .username = "ann",
-                        .isActive = false,
-                        .enabledDataclasses = {"mail"},
-                        .properties = {{"a", "text"}, {"b", 7}}};
+  const std::string properties =
+      "<plist><dict><key>a</key><true/><key>b</key><integer>7</integer></dict></plist>";
+  const AccountRecord record{"work", "t", "ann", false, {"mail"}, {{"a", "text"}}, properties};
+  const Account account{"work", AccountType{"t"}, "ann",
+                        false,  {"mail"},         {{"a", "text"}, {"b", 7}}};
   const Result<AccountPtr> made = Conversion::account(record);
   ASSERT_TRUE(made.ok());
   EXPECT_EQ(*made.value(), account);
@@ -93,8 +82,7 @@ TEST(ConversionTest, MakesAnAccountOrSaysWhatIsWrongWithIt) {
   };
   for (const auto& [name, bad, domain] : rows) {
     const Result<AccountPtr> refused = Conversion::account(bad);
-    ASSERT_FALSE(refused.ok()) << name;
-    EXPECT_EQ(refused.error()->domain(), domain) << name;
+    EXPECT_EQ(refused.ok() ? "" : refused.error()->domain(), domain) << name;
   }
 }
 

@@ -18,8 +18,7 @@ constexpr char timedOut[] = "ovaro.quenlet.service-error 11";
 
 class CorvelProxyTest : public ServedAgent {
  protected:
-  // The error that each of the ten operations was replied to with; the synchronous one must have
-  // been on this thread.
+  // The error of the reply to each of the ten operations; the synchronous one is on this thread.
   Errors repliesOfAll(CorvelProxy& asked) {
     std::vector<std::atomic<int>> counts(10);
     Errors errors(10);

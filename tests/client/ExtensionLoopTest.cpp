@@ -85,8 +85,7 @@ TEST_F(ExtensionLoopTest, PutsRequestsToTheExtensionAndTurnsExceptionsIntoErrors
 
 using BuiltExtensionTest = HostFixture;
 
-// The programs as they were built, each installed under a bundle; the first donates for its own
-// alone. HOME is the test's directory.
+// The programs as built, each installed under a bundle; the first donates for its own alone.
 TEST_F(BuiltExtensionTest, DonatesForNoOtherBundleAndDoesWhatTheGuideSays) {
   ::setenv("HOME", root.c_str(), 1);
   write("Library/Contacts/Cards/ann.vcf", "BEGIN:VCARD\nVERSION:4.0\nFN:Ann Berg\nEND:VCARD\n");

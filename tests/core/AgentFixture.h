@@ -63,29 +63,27 @@ class AgentFixture : public EnvironmentTest {
   // It goes through the `gate`, if there is one.
   void send(const std::string& request, const DonationValues& values = {}) {
     CorvelProtocol& asked = gate ? *gate : *agent;
-    std::vector<std::string> identifiers;
-    for (const auto& value : values)
-      identifiers.push_back(value->decoded().origin.donationIdentifier);
-    if (request == CorvelSelector::donate) {
-      asked.donateMeCardValues(values, errorReply());
-    } else if (request == CorvelSelector::removeIdentifiers) {
-      asked.removeDonatedMeCardValuesForIdentifiers(identifiers, successReply());
-    } else if (request == CorvelSelector::removeBundle) {
-      asked.removeDonatedMeCardValuesWithBundleIdentifier(
-          values.empty() ? "" : values.front()->decoded().origin.bundleIdentifier, successReply());
-    } else if (request == CorvelSelector::fetch) {
-      asked.fetchDonatedMeCard(
-          [this](const auto& card, const auto& error) { noteCard(card, error); });
-    } else if (request == CorvelSelector::synchronousFetch) {
-      asked.synchronousDonatedMeCard([this](const Result<ContactPtr>& card) {
+    std::vector<std::string> ids;
+    for (const auto& value : values) ids.push_back(value->decoded().origin.donationIdentifier);
+    using namespace CorvelSelector;
+    const std::string bundle = values.empty() ? "" : values[0]->decoded().origin.bundleIdentifier;
+    if (request == donate) return asked.donateMeCardValues(values, errorReply());
+    if (request == fetch)
+      return asked.fetchDonatedMeCard(std::bind_front(&AgentFixture::noteCard, this));
+    if (request == removeIdentifiers)
+      return asked.removeDonatedMeCardValuesForIdentifiers(ids, successReply());
+    if (request == removeBundle)
+      return asked.removeDonatedMeCardValuesWithBundleIdentifier(bundle, successReply());
+    if (request == synchronousFetch) {
+      return asked.synchronousDonatedMeCard([this](const Result<ContactPtr>& card) {
         card.ok() ? noteCard(card.value(), nullptr) : noteCard(nullptr, card.error());
       });
-    } else {
-      asked.meCardDonations([this](const auto& list, const ErrorPtr& error) {
-        noteReply(list ? "list " + identifiersOf(*list) : outcome(error));
-      });
     }
+    asked.meCardDonations([this](const auto& list, const ErrorPtr& error) {
+      noteReply(list ? "list " + identifiersOf(*list) : outcome(error));
+    });
   }
+
   Events eventsOf(const std::string& request, const DonationValues& values = {}) {
     send(request, values);
     return eventsSoFar();

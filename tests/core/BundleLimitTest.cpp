@@ -22,20 +22,19 @@ TEST_F(BundleLimitTest, ChangesOnlyWhatIsUnderItsBundles) {
   const DonationValuePtr d = email("d@x", from("mine", "d"));
   const std::string will = "caller: agentWillHandleRequest: ";
   const std::string did = "background: agentDidHandleRequest: ";
+  const std::string refused = "error ovaro.quenlet.service-error 12";
   const std::tuple<const char*, std::string, DonationValues, Events> rows[] = {
-      {"a donation under another bundle", donate,
-       DonationValues{d, email("e@x", from("other", "e"))},
-       Events{"caller: reply error ovaro.quenlet.service-error 12"}},
+      {"a donation under another", donate, DonationValues{d, email("e@x", from("other", "e"))},
+       Events{"caller: reply " + refused}},
       {"a donation in the place of another bundle's", donate,
        DonationValues{d, email("e@x", from("mine", "b"))},
-       Events{will + donate, "caller: acceptingDonations: [d,b]",
-              "background: reply error ovaro.quenlet.service-error 12", did + donate}},
+       Events{will + donate, "caller: acceptingDonations: [d,b]", "background: reply " + refused,
+              did + donate}},
       {"a removal of another bundle's", removeIdentifiers, DonationValues{a, b},
-       Events{will + removeIdentifiers,
-              "background: reply false error ovaro.quenlet.service-error 12",
+       Events{will + removeIdentifiers, "background: reply false " + refused,
               did + removeIdentifiers}},
       {"a removal of another bundle", removeBundle, DonationValues{b},
-       Events{"caller: reply false error ovaro.quenlet.service-error 12"}},
+       Events{"caller: reply false " + refused}},
   };
   for (const auto& [name, request, values, events] : rows) {
     EXPECT_EQ(eventsOf(request, values), events) << name;

@@ -11,15 +11,12 @@ class CorvelFeatureTest : public AgentFixture {
   void follow(const std::string& script) {
     std::istringstream words(script);
     for (std::string word; words >> word;) {
-      if (word.front() == '+') {
-        environment->schedulers.advance(std::stod(word));
-      } else if (word == "stop") {
-        agent->stop();
-      } else if (word == "start") {
-        agent->startMonitoringPreferences();
-      } else if (word == "fail" || word == "heal") {
-        environment->donors.failure = word == "fail" ? makeError("discovery", 3) : nullptr;
-      } else {
+      if (word.front() == '+') environment->schedulers.advance(std::stod(word));
+      if (word == "stop") agent->stop();
+      if (word == "start") agent->startMonitoringPreferences();
+      if (word == "fail") environment->donors.failure = makeError("discovery", 3);
+      if (word == "heal") environment->donors.failure = nullptr;
+      if (word.starts_with("o")) {
         static_cast<void>(environment->preferences->setDonationsEnabled(word == "on"));
       }
       run();

@@ -15,8 +15,7 @@ class CorvelRequestsTest : public AgentFixture {
                                                          {"featureNotEnabled: ", "refused"}};
     for (std::string& event : events) {
       for (const auto& [name, word] : words) {
-        if (event.ends_with(name + request))
-          event.replace(event.find(name), std::string::npos, word);
+        if (event.ends_with(name + request)) event.replace(event.find(name), event.npos, word);
       }
     }
     return events;
@@ -29,13 +28,12 @@ class CorvelRequestsTest : public AgentFixture {
     return events;
   }
   // `first`, then as many attempts to renew a value with a donor that is not there.
-  static Events thenRenewals(Events first, const std::string& identifier,
-                             const std::string& bundleIdentifier, int count = 1) {
+  static Events thenRenewals(Events first, const std::string& identifier, const std::string& bundle,
+                             int count = 1) {
     while (count-- > 0) {
       first.push_back("background: make loader");
-      first.push_back("background: willRenewValues:withDonor: [" + identifier + "]," +
-                      bundleIdentifier);
-      first.push_back("background: load " + bundleIdentifier);
+      first.push_back("background: willRenewValues:withDonor: [" + identifier + "]," + bundle);
+      first.push_back("background: load " + bundle);
       first.push_back("background: couldNotRenewBecauseLoadingError: donors 404");
     }
     return first;
@@ -116,7 +114,7 @@ TEST_F(CorvelRequestsTest, ServesEachRequestInOrderAndOnItsSchedulers) {
   const std::string done = "background: reply no error";
   const std::string removed = "background: reply true no error";
   hold({a.front(), email("b@x", from("other", "b"))});
-  environment->feedback->rejectedDonations = {"rejected"};
+  environment->feedback->rejected = {"rejected"};
   const std::tuple<std::string, DonationValues, Events> rows[] = {
       // At this very moment; each row takes two seconds.
       {donate,
@@ -197,7 +195,7 @@ TEST_F(CorvelRequestsTest, KeepsTheChangeWhenItsSaveFails) {
 }
 
 TEST_F(CorvelRequestsTest, HoldsOneValueAnIdentifierAndNoRejectedOne) {
-  environment->feedback->rejectedDonations = {"rejected"};
+  environment->feedback->rejected = {"rejected"};
   const DonationValuePtr b = email("b@x", from("app", "b"));
   hold({email("a@x", from("app", "\u00e9")), b, email("r@x", from("app", "rejected")),
         email("c@x", from("other", "e\u0301"))});
@@ -213,7 +211,7 @@ TEST_F(CorvelRequestsTest, HoldsOneValueAnIdentifierAndNoRejectedOne) {
 TEST_F(CorvelRequestsTest, DropsWhatIsKnownToBeRejectedOnlyLater) {
   agent->restorePersistedState();
   hold({email("a@x", from("app", "a")), email("b@x", from("app", "b"))});
-  environment->feedback->rejectedDonations = {"a", "other"};
+  environment->feedback->rejected = {"a", "other"};
   for (const Events& expected : {Events{posted, "io: store b"}, Events()}) {
     environment->feedback->changeHandler();
     EXPECT_EQ(eventsSoFar(), expected);
@@ -222,16 +220,14 @@ TEST_F(CorvelRequestsTest, DropsWhatIsKnownToBeRejectedOnlyLater) {
 }
 
 TEST_F(CorvelRequestsTest, RestoresWhatIsStillGood) {
-  environment->feedback->rejectedDonations = {"rejected"};
+  environment->feedback->rejected = {"rejected"};
   environment->donors.install("app");
-  persistence->kept = {expiring("app", "twice", 1e9, "1@x"),
-                       expiring("app", "expired", 0, "2@x"),
-                       expiring("app", "soon", 604799, "3@x"),
-                       expiring("app", "week", 604800, "4@x"),
-                       expiring("app", "rejected", 1, "5@x"),
-                       expiring("app", "twice", 1e9, "6@x"),
-                       expiring("app", "twice", -1, "9@x"),
-                       expiring(AccountsBundleIdentifier, "own", 604799, "7@x")};
+  const std::string own = AccountsBundleIdentifier;
+  persistence->kept = {
+      expiring("app", "twice", 1e9, "1@x"),   expiring("app", "expired", 0, "2@x"),
+      expiring("app", "soon", 604799, "3@x"), expiring("app", "week", 604800, "4@x"),
+      expiring("app", "rejected", 1, "5@x"),  expiring("app", "twice", 1e9, "6@x"),
+      expiring("app", "twice", -1, "9@x"),    expiring(own, "own", 604799, "7@x")};
   agent->restorePersistedState();
   EXPECT_EQ(
       eventsWithRenewals(donate, {email("8@x", from("app", "new"))}),

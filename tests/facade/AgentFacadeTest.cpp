@@ -22,16 +22,10 @@ class AgentFacadeTest : public testing::Test {
   }
   ~AgentFacadeTest() override { agentWatch->cancel(); }
 
-  std::string ask(const std::string& member, const std::string& signature,
-                  const BusValues& arguments) {
-    return lastWord(bus.ask(FacadePath, FacadeName, member, signature, arguments));
+  std::string ask(const std::string& member, const std::string& signature, const BusValues& given) {
+    return lastWord(bus.ask(FacadePath, FacadeName, member, signature, given));
   }
-  // What that answers once another has answered the call that it made.
-  std::string answer(const FakeBus::Call& call, const std::string& signature,
-                     const BusValues& values) {
-    bus.answer(call, signature, values);
-    return lastWord(bus.answerOfObject());
-  }
+
   static std::string lastWord(const std::string& name) { return name.substr(name.rfind('.') + 1); }
 
   const TemporaryHome runtime;
@@ -72,8 +66,9 @@ TEST_F(AgentFacadeTest, GivesAppsTheKindsThatTheOwnerAllows) {
   for (const auto& [name, options, expected] : rows) {
     std::string outcome = ask("GetCard", "a{sv}", {options});
     if (outcome.empty()) {
-      outcome = answer(bus.take("Lookup"), "a{sas}v",
-                       {BusDictionary{{"org.example.App", makeTexts({"name"})}}, 0u});
+      bus.answer(bus.take("Lookup"), "a{sas}v",
+                 {BusDictionary{{"org.example.App", makeTexts({"name"})}}, 0u});
+      outcome = lastWord(bus.answerOfObject());
     }
     EXPECT_EQ(outcome, expected) << name;
   }
@@ -87,8 +82,7 @@ TEST_F(AgentFacadeTest, LetsEachCallerDoWhatItMay) {
       .process = 7, .isEntitled = true, .bundles = std::vector<std::string>{own}};
   const CallerIdentity app{.process = 7, .app = own, .isEntitled = true};
   const BusDictionary account{{"identifier", "a"}};
-  // By the stranger, the entitled program, the limited one and the app: "-" is NotPermitted, "a"
-  // NoAgent; "s" asks the permission store.
+  // By the callers in the order below: "-" is NotPermitted, "a" NoAgent; "s" asks the store.
   const std::tuple<const char*, const char*, BusValues, const char*> rows[] = {
       {"Donate", "aa{sv}", {makeDictionaries({donation(own)})}, "-aas"},
       {"Donate", "aa{sv}", {makeDictionaries({donation("org.example.Other")})}, "-a--"},

@@ -84,10 +84,9 @@ class AppGateTest : public testing::Test {
 
 TEST_F(AppGateTest, SaysWhatToDoWhenThereIsNoPermissionStore) {
   for (const char* error : {"ServiceUnknown", "NameHasNoOwner", "Spawn.ExecFailed"}) {
-    SCOPED_TRACE(error);
     pass();
     bus.fail(bus.take("Lookup"), std::string("org.freedesktop.DBus.Error.") + error);
-    EXPECT_EQ(outcome, NotPermittedError);
+    EXPECT_EQ(outcome, NotPermittedError) << error;
     EXPECT_THAT(sentence, testing::HasSubstr("\"quenlet allow org.example.App\""));
   }
   pass();
@@ -118,16 +117,14 @@ TEST_F(AppGateTest, DoesWhatTheOwnerSaysAlsoWhenItCannotBeStored) {
   };
   constexpr char closed[] = "2026-01-01T00:00:00Z";
   constexpr char failure[] = "org.freedesktop.DBus.Error.NoMemory";
-  // What the dialog answers, what is stored then, the outcome, and that of the next call when it
-  // could not be stored: nothing when it asks again.
+  // The answer, what is stored, the outcome, and that of the next call if it could not be stored.
   const std::tuple<const char*, std::uint32_t, BusDictionary, std::string, const char*, const char*,
                    const char*>
       rows[] = {
           {"a box", 0, box("true"), "me-card", "name", "yes", ""},
           {"no boxes", 0, BusDictionary(), "me-card", "name", "yes", ""},
           {"closed", 7, BusDictionary(), "me-card-closed", closed, CancelledError, ""},
-          {"no box is checked", 0, box("false"), "me-card", "no", NotPermittedError,
-           NotPermittedError},
+          {"unchecked", 0, box("false"), "me-card", "no", NotPermittedError, NotPermittedError},
           {"a no", 1, BusDictionary(), "me-card", "no", NotPermittedError, NotPermittedError},
       };
   for (const bool isStored : {true, false}) {
@@ -154,14 +151,14 @@ TEST_F(AppGateTest, DoesWhatTheOwnerSaysAlsoWhenItCannotBeStored) {
 
 TEST_F(AppGateTest, AnswersAllWhenAStepFails) {
   isBroken = true;
+  testing::internal::CaptureStderr();
   for (int turn = 0; turn < 2; ++turn) {
     passNew();
-    testing::internal::CaptureStderr();
     find("me-card-closed");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "quenlet: a block has failed: std::bad_alloc\n");
     EXPECT_EQ(outcome, FailedError);
   }
+  const std::string line = "quenlet: a block has failed: std::bad_alloc\n";
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), line + line);
 }
 
 TEST_F(AppGateTest, ClosesTheDialogWhenNobodyWaitsForItAnyMore) {

@@ -30,6 +30,11 @@ class CallersTest : public testing::Test {
   void identify(const std::string& sender, const std::string& app) {
     pending.extract(sender).mapped()(Result<CallerIdentity>::success({.process = 7, .app = app}));
   }
+  // It cannot tell of the first connection.
+  void tellNothing() {
+    const ErrorPtr gone = makePosixError(ESRCH, "tell");
+    pending.extract(":1.1").mapped()(Result<CallerIdentity>::failure(gone));
+  }
   void finish(const std::string& what) { tickets.erase(what); }
 
   std::map<std::string, std::function<void(Result<CallerIdentity>)>> pending;
@@ -102,7 +107,10 @@ TEST_F(CallersTest, MakesRoomInPlaceOfConnectionsOfABusyAppThatAskNothing) {
   EXPECT_FALSE(callers->knows(":1.2"));
 }
 
-TEST_F(CallersTest, LooksAgainAfterAWhileWhoCalls) {
+TEST_F(CallersTest, RefusesACallerThatCannotBeToldAndLooksAgainAfterAWhileWhoCalls) {
+  call(":1.1", "unknown");
+  tellNothing();
+  EXPECT_FALSE(idle.isHeld());
   call(":1.1", "a");
   identify(":1.1", "org.example.A");
   time += limits.identity;
@@ -112,22 +120,13 @@ TEST_F(CallersTest, LooksAgainAfterAWhileWhoCalls) {
   time += std::chrono::seconds(1);
   call(":1.1", "c");
   EXPECT_EQ(done.back(), "b");
-  pending.extract(":1.1").mapped()(Result<CallerIdentity>::failure(makePosixError(ESRCH, "tell")));
-  EXPECT_THAT(refused, testing::ElementsAre(std::string("c ") + NotPermittedError));
+  tellNothing();
+  const std::string error = std::string(" ") + NotPermittedError;
+  EXPECT_THAT(refused, testing::ElementsAre("unknown" + error, "c" + error));
   EXPECT_TRUE(callers->knows(":1.1")) << "a call of it is under way";
   call(":1.1", "d");
   identify(":1.1", "org.example.A");
   EXPECT_EQ(done.back(), "d");
-}
-
-TEST_F(CallersTest, RefusesCallersThatCannotBeTold) {
-  call(":1.1", "a");
-  pending.extract(":1.1").mapped()(Result<CallerIdentity>::failure(makePosixError(ESRCH, "tell")));
-  EXPECT_THAT(refused, testing::ElementsAre(std::string("a ") + NotPermittedError));
-  EXPECT_FALSE(idle.isHeld());
-  call(":1.1", "b");
-  identify(":1.1", "org.example.A");
-  EXPECT_THAT(done, testing::ElementsAre("b"));
 }
 
 // What is left of it must not count for ever.

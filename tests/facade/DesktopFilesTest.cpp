@@ -16,25 +16,19 @@ TEST(SandboxedAppTest, TakesTheNameOfTheAppAlone) {
        "name=org.example.Other\n",
        "org.example.App"},
       {"no end of line", "[Application]\nname=org.example.App", "org.example.App"},
-      {"a runtime", "[Runtime]\nname=org.example.Runtime\n", nullptr},
-      {"two names", "[Application]\nname=org.example.A\nname=org.example.B\n", nullptr},
-      {"two names, with a flag", "[Application]\nname=org.example.A\nname[$i]=org.example.B\n",
-       nullptr},
-      {"another group's key twice", "[Application]\nname=org.example.A\n[Context]\nx=1\nx=2\n",
-       nullptr},
-      {"in another group", "[Instance]\nname=org.example.App\n[Application]\n", nullptr},
-      {"no identifier", "[Application]\nname=../../etc\n", nullptr},
-      {"empty", "", nullptr},
-      {"one of the agent's own", "[Application]\nname=ovaro.quenlet.accounts\n", nullptr},
-      {"a donor's of ours", "[Application]\nname=org.quenlet.donors.kmail\n", nullptr},
+      {"a runtime", "[Runtime]\nname=org.example.Runtime\n", ""},
+      {"two names", "[Application]\nname=org.example.A\nname=org.example.B\n", ""},
+      {"two names, with a flag", "[Application]\nname=org.example.A\nname[$i]=org.example.B\n", ""},
+      {"another key twice", "[Application]\nname=org.example.A\n[Context]\nx=1\nx=2\n", ""},
+      {"in another group", "[Instance]\nname=org.example.App\n[Application]\n", ""},
+      {"no identifier", "[Application]\nname=../../etc\n", ""},
+      {"empty", "", ""},
+      {"one of the agent's own", "[Application]\nname=ovaro.quenlet.accounts\n", ""},
+      {"a donor's of ours", "[Application]\nname=org.quenlet.donors.kmail\n", ""},
   };
   for (const auto& [name, file, expected] : rows) {
-    SCOPED_TRACE(name);
     const auto app = appIdentifierIn(file);
-    ASSERT_EQ(app.ok(), expected != nullptr);
-    if (app.ok()) {
-      EXPECT_EQ(app.value(), expected);
-    }
+    EXPECT_EQ(app.ok() ? app.value() : "", expected) << name;
   }
 }
 
@@ -98,8 +92,7 @@ TEST_F(DialogBackendTest, AsksWhomTheConfigurationNames) {
       {"only what is not there", Files{"user/portals.conf @=c;x"}, "Ba"},
       {"of another interface", Files{"user/portals.conf org.example.Other=a"}, "Ba"},
       {"the desktop's own", Files{"user/portals.conf @=none", "user/gnome-portals.conf @=a"}, "A"},
-      {"by its first name", Files{"user/ubuntu-portals.conf @=b", "user/gnome-portals.conf @=a"},
-       "B"},
+      {"its first name", Files{"user/ubuntu-portals.conf @=b", "user/gnome-portals.conf @=a"}, "B"},
       {"the user's first", Files{"system/gnome-portals.conf @=b", "user/portals.conf @=a"}, "A"},
       {"the system's", Files{"system/portals.conf @=a"}, "A"},
       {"damaged", Files{"user/portals.conf @=b\n[broken", "system/portals.conf @=a"}, "A"},

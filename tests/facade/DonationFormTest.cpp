@@ -59,18 +59,17 @@ TEST(DonationFormTest, RefusesWhatIsTooLargeOrNotUnderstood) {
        TooLargeError},
       {"large image", donationOf("imageData", large), TooLargeError},
   };
-  const auto refusal = [](const BusValue& list) {
+  const auto fault = [](const BusValue& list) {
     const auto read = donationsIn(list);
     if (read.ok()) return std::string("none");
     EXPECT_EQ(read.error()->debugDescription().find("example.org"), std::string::npos);
     return facadeErrorName(*read.error());
   };
   for (const auto& [name, donation, error] : rows) {
-    EXPECT_EQ(refusal(makeDictionaries({donation})), error) << name;
+    EXPECT_EQ(fault(makeDictionaries({donation})), error) << name;
   }
-  EXPECT_EQ(refusal("x"), InvalidArgsError) << "no list";
-  EXPECT_EQ(refusal(makeDictionaries(std::vector<BusDictionary>(1001, emailOf("a")))),
-            TooLargeError);
+  EXPECT_EQ(fault("x"), InvalidArgsError) << "no list";
+  EXPECT_EQ(fault(makeDictionaries(std::vector<BusDictionary>(1001, emailOf("a")))), TooLargeError);
 }
 
 TEST(DonationFormTest, ReadsAccountsAndIdentifiers) {
@@ -80,14 +79,11 @@ TEST(DonationFormTest, ReadsAccountsAndIdentifiers) {
                            {"active", false},
                            {"dataClasses", makeTexts({"mail"})},
                            {"properties", BusDictionary{{"FullUserName", "Anna Berg"}}}};
+  AccountRecord expected{"a1", "org.example.mail", "anna@example.org", false, {"mail"}};
+  expected.textProperties = {{"FullUserName", "Anna Berg"}};
   const auto account = accountIn(full);
   ASSERT_TRUE(account.ok()) << account.error()->description();
-  EXPECT_EQ(account.value(), (AccountRecord{.identifier = "a1",
-                                            .type = "org.example.mail",
-                                            .username = "anna@example.org",
-                                            .isActive = false,
-                                            .dataClasses = {"mail"},
-                                            .textProperties = {{"FullUserName", "Anna Berg"}}}));
+  EXPECT_EQ(account.value(), expected);
   EXPECT_EQ(accountIn(BusDictionary()).value(), std::nullopt);
 
   const std::string longText(mostBytesInText + 1, 'a');
@@ -105,12 +101,10 @@ TEST(DonationFormTest, ReadsAccountsAndIdentifiers) {
       {"unknown", "x", InvalidArgsError},
   };
   for (const auto& [key, value, error] : rows) {
-    SCOPED_TRACE(key);
     BusDictionary changed = full;
     changed.insert_or_assign(key, value);
     const auto read = accountIn(changed);
-    ASSERT_FALSE(read.ok());
-    EXPECT_EQ(facadeErrorName(*read.error()), error);
+    EXPECT_EQ(read.ok() ? "" : facadeErrorName(*read.error()), error) << key;
   }
   EXPECT_FALSE(accountIn("x").ok());
 }
@@ -133,12 +127,7 @@ TEST(DonationFormTest, KeepsAppsApart) {
 }
 
 TEST(CardFormTest, GivesTheKindsThatAreAllowed) {
-  const Card card{.name = {.namePrefix = "Dr.",
-                           .givenName = "Anna",
-                           .middleName = "M.",
-                           .familyName = "Berg",
-                           .nameSuffix = "PhD",
-                           .nickname = "Ann"},
+  const Card card{.name = {"Dr.", "Anna", "M.", "Berg", "PhD", "Ann"},
                   .emailAddresses = {{"a\xFF@example.org", "work", Source{"org.a", "a:1"}}},
                   .phoneNumbers = {{"+49 30 123456", ""}},
                   .postalAddresses = {{{.city = "Bonn"}, "home"}},

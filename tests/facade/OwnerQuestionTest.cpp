@@ -19,12 +19,12 @@ class OwnerQuestionTest : public testing::Test {
   BusLoop loop;
   FakeBus bus{loop};
   std::chrono::steady_clock::time_point now;
-  OwnerQuestion question{*bus.connection,
-                         [] {
-                           return std::vector{DialogBackend{"org.example.Own", true},
-                                              DialogBackend{"org.example.Other"}};
-                         },
-                         [this] { return now; }};
+  OwnerQuestion question{
+      *bus.connection,
+      [] {
+        return std::vector<DialogBackend>{{"org.example.Own", true}, {"org.example.Other"}};
+      },
+      [this] { return now; }};
   std::shared_ptr<Cancelable> asked;
   std::string outcome;
 };

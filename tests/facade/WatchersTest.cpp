@@ -11,8 +11,7 @@ namespace {
 using testing::ElementsAre;
 
 Result<Card> failed(DonationErrorCode code) {
-  return Result<Card>::failure(
-      makeError(DonationErrorDomain, static_cast<std::int64_t>(code), "no"));
+  return Result<Card>::failure(makeError(DonationErrorDomain, static_cast<int>(code), "no"));
 }
 
 class WatchersTest : public testing::Test {
@@ -106,10 +105,9 @@ TEST_F(WatchersTest, WithholdsAChangeOnlyFromThoseWhoMayNotRead) {
                                                {"org.example.Error.Unknown", true},
                                                {NotPermittedError, false}};
   for (const auto& [error, isTold] : rows) {
-    SCOPED_TRACE(error);
     change();
     conclude(":1.1", makeFacadeError(error, "no"));
-    EXPECT_EQ(traced(), std::vector<std::string>{isTold ? ":1.1 told" : "stop"});
+    EXPECT_EQ(traced(), std::vector<std::string>{isTold ? ":1.1 told" : "stop"}) << error;
   }
 }
 

@@ -99,8 +99,7 @@ TEST_F(CorvelDiscoveryTest, DonatesAccountsAgainUnlessTheirVersionIsNoted) {
 
 TEST_F(CorvelDiscoveryTest, PrintsWhatIsInstalledAndEndsAfterTenThousandSeconds) {
   setEnabled(false);
-  EXPECT_EQ(eventsOfDiscovery(), Events{})
-      << "not even versions are loaded while donations are off";
+  EXPECT_EQ(eventsOfDiscovery(), Events{}) << "not even versions are loaded while they are off";
   EXPECT_EQ(printed, "");
   setEnabled(true);
   persistence->versions = {{AccountsBundleIdentifier, 3}};

@@ -48,8 +48,7 @@ std::string textOf(const SIMCardItems& items) {
   return text;
 }
 
-// What is written after the daemon "m" said all this, one after the other: modems, or "" for none.
-// A step that begins with "o " is another daemon's.
+// What is written after the daemon "m", or "o" in steps that begin with it, said all this in turn.
 std::string writtenAfter(const std::string& before, const std::vector<std::string>& steps) {
   ModemCards cards;
   SIMCardItems written = itemsOf(before);
@@ -95,13 +94,10 @@ TEST(ModemCardsTest, LetANumberGoOnlyWhenAnotherCardHasTakenItsCardsPlace) {
       {"away with a card that has no number", "", {"a=:111", "b=?", "b=2:222"}, "/111 2/222"},
       {"one of two late", "1/111 2/222", {"a=1:111"}, "1/111 2/222"},
       {"one of two late, and there", "1/111 2/222", {"a=1:111", "a=1:111 b=2:222"}, "1/111 2/222"},
-      {"one of two late, with another card",
-       "1/111 2/222",
-       {"a=1:111", "a=1:111 b=3:333"},
-       "1/111 3/333"},
+      {"one late, with another card", "1/111 2/222", {"a=1:111", "a=1:111 b=3:333"}, "1/111 3/333"},
       {"one of two late, without its card", "1/111 2/222", {"a=1:111", "a=1:111 b=-"}, "1/111"},
       {"one of two late, the other replaced", "1/111 2/222", {"a=1:111", "a=3:333"}, "2/222 3/333"},
-      {"one of two late, the other taken out and replaced",
+      {"one late, the other taken out, replaced",
        "1/111 2/222",
        {"a=1:111", "a=-", "a=3:333"},
        "2/222 3/333"},
@@ -111,11 +107,7 @@ TEST(ModemCardsTest, LetANumberGoOnlyWhenAnotherCardHasTakenItsCardsPlace) {
       {"two daemons, one card", "", {"a=1:111", "o b=1:111"}, "1/111"},
       {"card without its own number", "1/111", {"a=:333"}, "/333"},
       {"nothing to tell cards apart by", "1/111", {"a=:"}, "1/111"},
-      {"no phone numbers",
-       "",
-       {"a=1:voice,+1(2)3-4.5/6*#,\x01"
-        "7,++"},
-       "1/+1(2)3-4.5/6*#"},
+      {"no phone numbers", "", {"a=1:voice,+1(2)3-4.5/6*#,\0017,++"}, "1/+1(2)3-4.5/6*#"},
   };
   for (const auto& [name, before, steps, after] : rows) {
     EXPECT_EQ(writtenAfter(before, steps), after) << name;

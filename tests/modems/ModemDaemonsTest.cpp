@@ -6,7 +6,7 @@
 namespace quenlet {
 namespace {
 
-// "/modem/3 readable 8949: 111 112".
+// "/modem/3 readable 89: 111 112".
 std::string textOf(const Modem& modem) {
   static const char* const states[] = {"unknown", "absent", "readable"};
   std::string text =
@@ -42,17 +42,17 @@ BusValues objects(const BusDictionary& modem) {
 TEST(ModemManagerDaemonTest, ReadsModemsAndTheirCards) {
   const BusValue sim = BusObjectPath{"/sim/5"};
   const BusValue numbers = makeTexts({"111", "112"});
-  const BusDictionary card = {{"SimIdentifier", "8949"}, {"Imsi", "26201"}};
+  const BusDictionary card = {{"SimIdentifier", "89"}, {"Imsi", "26201"}};
   const auto modemWith = [](const BusValue& state, const BusValue& place, const BusValue& list) {
     return BusDictionary{{"State", state}, {"Sim", place}, {"OwnNumbers", list}};
   };
   BusDictionary atPort = modemWith(8, sim, numbers);
   atPort.emplace("Device", "/usb/1");
-  const BusDictionary otherCard = {{"SimIdentifier", 8949}};
+  const BusDictionary otherCard = {{"SimIdentifier", 89}};
   const std::tuple<BusDictionary, BusDictionary, const char*> rows[] = {
-      {atPort, card, "/usb/1 readable 8949: 111 112 @/sim/5"},
-      {modemWith(3, sim, makeTexts({})), card, "/modem/3 readable 8949: @/sim/5"},
-      {modemWith(2, sim, numbers), card, "/modem/3 unknown 8949: @/sim/5"},
+      {atPort, card, "/usb/1 readable 89: 111 112 @/sim/5"},
+      {modemWith(3, sim, makeTexts({})), card, "/modem/3 readable 89: @/sim/5"},
+      {modemWith(2, sim, numbers), card, "/modem/3 unknown 89: @/sim/5"},
       {modemWith(3, sim, "111"), otherCard, "/modem/3 readable : @/sim/5"},
       {modemWith(6, BusObjectPath{"/"}, numbers), card, "/modem/3 readable : 111 112"},
       {{{"State", -1}, {"StateFailedReason", std::uint32_t{2}}}, card, "/modem/3 absent :"},
@@ -84,7 +84,7 @@ TEST(ModemManagerDaemonTest, MindsChangesOfModemsAndCardsOnly) {
 }
 
 BusValues modems(const BusDictionary& properties) {
-  return {BusList{"(oa{sv})", {BusStruct{{BusObjectPath{"/ril_0"}, properties}}}}};
+  return {BusList{"(oa{sv})", {BusStruct{{BusObjectPath{"/r"}, properties}}}}};
 }
 
 TEST(OfonoDaemonTest, ReadsModemsAndTheirCards) {
@@ -92,31 +92,30 @@ TEST(OfonoDaemonTest, ReadsModemsAndTheirCards) {
       {"Interfaces", makeTexts({"org.ofono.VoiceCallManager", "org.ofono.SimManager"})}};
   const BusValue numbers = makeTexts({"111", "112"});
   // With these properties beside the numbers and, if any, the identifier.
-  const auto cardWith = [&](BusDictionary properties, const char* identifier = "8949") {
+  const auto cardWith = [&](BusDictionary properties, const char* identifier = "89") {
     properties.emplace("SubscriberNumbers", numbers);
     if (identifier != nullptr) properties.emplace("CardIdentifier", identifier);
     return properties;
   };
   const std::tuple<BusDictionary, BusDictionary, const char*> rows[] = {
       {ready, cardWith({{"Present", true}, {"PinRequired", "none"}}),
-       "/ril_0 readable 8949: 111 112 @/ril_0"},
-      {ready, cardWith({{"Present", true}, {"PinRequired", "pin"}}),
-       "/ril_0 unknown 8949: @/ril_0"},
+       "/r readable 89: 111 112 @/r"},
+      {ready, cardWith({{"Present", true}, {"PinRequired", "pin"}}), "/r unknown 89: @/r"},
       {ready, cardWith({{"Present", true}, {"PinRequired", "puk2"}}, nullptr),
-       "/ril_0 readable : 111 112 @/ril_0"},
-      {ready, {{"Present", true}, {"CardIdentifier", "8949"}}, "/ril_0 readable 8949: @/ril_0"},
-      {ready, cardWith({{"Present", false}}), "/ril_0 absent : @/ril_0"},
-      {ready, cardWith({{"Present", "yes"}}), "/ril_0 unknown : @/ril_0"},
-      {{{"Interfaces", makeTexts({"org.ofono.VoiceCallManager"})}}, {}, "/ril_0 unknown :"},
-      {{{"Interfaces", "org.ofono.SimManager"}}, {}, "/ril_0 unknown :"},
-      {{}, {}, "/ril_0 unknown :"},
+       "/r readable : 111 112 @/r"},
+      {ready, {{"Present", true}, {"CardIdentifier", "89"}}, "/r readable 89: @/r"},
+      {ready, cardWith({{"Present", false}}), "/r absent : @/r"},
+      {ready, cardWith({{"Present", "yes"}}), "/r unknown : @/r"},
+      {{{"Interfaces", makeTexts({"org.ofono.VoiceCallManager"})}}, {}, "/r unknown :"},
+      {{{"Interfaces", "org.ofono.SimManager"}}, {}, "/r unknown :"},
+      {{}, {}, "/r unknown :"},
   };
   const OfonoDaemon daemon;
   for (const auto& [modem, answer, expected] : rows) {
     EXPECT_EQ(read(daemon, modems(modem), answer), expected);
   }
   EXPECT_EQ(read(daemon, {BusList{"(oa{sv})", {}}}, {}), "");
-  for (const BusValues& bad : {BusValues{}, BusValues{"text"}, BusValues{makeTexts({"/ril_0"})}}) {
+  for (const BusValues& bad : {BusValues{}, BusValues{"text"}, BusValues{makeTexts({"/r"})}}) {
     EXPECT_EQ(read(daemon, bad, {}), "no list");
   }
 }

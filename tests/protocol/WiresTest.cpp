@@ -41,8 +41,7 @@ TEST(DonationWireTest, RefusesWhatIsNoRecordThatAFileHolds) {
   for (const auto& [name, encoder, code] : rows) {
     WireReader bad(encoder.bytes());
     const Result<DonationValues> result = DonationWire::decodeDonated(bad);
-    ASSERT_FALSE(result.ok()) << name;
-    EXPECT_EQ(result.error()->code(), code) << name;
+    EXPECT_EQ(result.ok() ? 0 : result.error()->code(), code) << name;
   }
 }
 
@@ -107,7 +106,7 @@ TEST(EncodedDonationsTest, AreTheWholeListWhateverTheirPieces) {
     WireEncoder whole;
     DonationWire::encode(whole, values);
     ErrorWire::encode(whole, nullptr);
-    const EncodedDonations reply(std::make_shared<const DonationValues>(values));
+    const EncodedDonations reply(listOf(values));
     std::string joined;
     for (std::size_t i = 0; i < reply.pieceCount(); ++i) joined += *reply.piece(i);
     EXPECT_EQ(joined, whole.bytes()) << count;
@@ -118,13 +117,13 @@ TEST(EncodedDonationsTest, AreTheWholeListWhateverTheirPieces) {
 
 TEST(EncodedDonationsTest, AreSharedByThoseWhoReadTheSameList) {
   const DonationValues images(9, image(std::string(200'000, 'i')));
-  const auto list = std::make_shared<const DonationValues>(images);
+  const auto list = listOf(images);
   DonationListReplies replies;
   const EncodedReplyPtr reply = replies.replyFor(list);
   EXPECT_EQ(replies.replyFor(list), reply);
   const auto piece = reply->piece(1);
   EXPECT_EQ(reply->piece(1), piece);
-  EXPECT_NE(replies.replyFor(std::make_shared<const DonationValues>(images)), reply);
+  EXPECT_NE(replies.replyFor(listOf(images)), reply);
 }
 
 }  // namespace

@@ -20,8 +20,7 @@ class DonationPersistenceTest : public testing::Test {
   }
   [[nodiscard]] std::string read(const char* name) const { return readFile(directory / name); }
   [[nodiscard]] Future<bool> store(DonationValues values) {
-    return persistence.storeWithAllValues(
-        std::make_shared<const DonationValues>(std::move(values)));
+    return persistence.storeWithAllValues(listOf(std::move(values)));
   }
   [[nodiscard]] std::string loadedIdentifiers() {
     return identifiersOf(persistence.loadDonations().result().value());
@@ -33,26 +32,12 @@ class DonationPersistenceTest : public testing::Test {
   DonationPersistence persistence{files};
 };
 
-// What donations.plist beside this file holds: one of each kind, with every key that there is, as
-// earlier and later builds have it on the disk.
+// What donations.plist beside this file holds: one of each kind, with every key that there is.
 const DonationValues goldenValues = {
-    named({.namePrefix = "Dr.",
-           .givenName = "Zo\u00eb",
-           .middleName = "",
-           .familyName = "Berg & Tal",
-           .nameSuffix = "<PhD>",
-           .nickname = "Z"},
-          from("com.example.a", "1", "c 1")),
+    named({"Dr.", "Zo\u00eb", "", "Berg & Tal", "<PhD>", "Z"}, from("com.example.a", "1", "c 1")),
     email("zoe@example.org", from("com.example.b", "2", "", Date(1777777777.125)), "work"),
     phone("+49 (0)30 1;ext=2", from("com.example.c", "3", std::nullopt, Date(-0.1)), "cell"),
-    postal({.street = "Allee 1\nHof",
-            .subLocality = "Mitte",
-            .city = "Ulm",
-            .subAdministrativeArea = "Donau",
-            .state = "BW",
-            .postalCode = "089",
-            .country = "DE-land",
-            .isoCountryCode = "de"},
+    postal({"Allee 1\nHof", "Mitte", "Ulm", "Donau", "BW", "089", "DE-land", "de"},
            from("com.example.d", "4"), PostalAddressStyle::abbreviated),
     image(std::string("\0\xff\x10", 3), from("com.example.e", "5", std::nullopt, Date(7)))};
 TEST_F(DonationPersistenceTest, ReadsAndWritesTheFormThatOtherBuildsDo) {
@@ -96,12 +81,11 @@ TEST_F(DonationPersistenceTest, ReadsWhatItCanAndKeepsTheBytesOfADamagedFile) {
       {"another key", Entries{{"donation", PropertyListArray{a}}}, "", true},
   };
   for (const auto& [name, contents, expected, kept] : rows) {
-    SCOPED_TRACE(name);
     std::filesystem::remove_all(directory);
     write("donations.plist", contents);
     const std::string bytes = read("donations.plist");
-    EXPECT_EQ(loadedIdentifiers(), expected);
-    EXPECT_EQ(read("donations.plist.damaged-1"), kept ? bytes : "");
+    EXPECT_EQ(loadedIdentifiers(), expected) << name;
+    EXPECT_EQ(read("donations.plist.damaged-1"), kept ? bytes : "") << name;
   }
   // Another file: what is kept is a link to the damaged one.
   std::filesystem::remove(directory / "donations.plist");
@@ -147,9 +131,7 @@ TEST_F(DonationPersistenceTest, TellsWhyAStoreFailedAndLeavesTheFile) {
   std::filesystem::create_directories(directory / "CACHEDIR.TAG");  // in the backup mark's way
   ASSERT_TRUE(store({email("a@x")}).result().ok());
   const std::string before = read("donations.plist");
-  const auto failure = [](const Future<bool>& stored) {
-    return stored.result().error()->description();
-  };
+  const auto failure = [](const Future<bool>& of) { return of.result().error()->description(); };
   const std::string refused = "ovaro.quenlet.donation-error 501: ";
   const auto never = from("app", "never", std::nullopt, Date(std::nan("")));
   for (const auto& unwritable : {email("\xff@x"), email("\x01"), email("a@x", never)}) {

@@ -38,6 +38,10 @@ inline DonationValuePtr image(std::string bytes, DonationOrigin origin = from("a
   return DonationValue::donationValueWithImageData(std::move(bytes), std::move(origin));
 }
 
+inline std::shared_ptr<const DonationValues> listOf(DonationValues values) {
+  return std::make_shared<const DonationValues>(std::move(values));
+}
+
 inline std::string identifiersOf(const DonationValues& values) {
   std::string identifiers;
   for (const DonationValuePtr& value : values) {

@@ -69,8 +69,7 @@ class FakeBus final {
     send(BusMessage(reply), sender.empty() ? ownerOf(call.destination) : sender);
   }
 
-  // Has ":1.9" call the connection's object: "ok" or the name of the error that it answers; nothing
-  // when it calls somebody itself first.
+  // Has ":1.9" call the object: "ok" or its error's name; nothing when it calls somebody first.
   std::string ask(const std::string& path, const std::string& interface, const std::string& member,
                   const std::string& signature, const BusValues& arguments) {
     answered.clear();

@@ -12,8 +12,7 @@ class FakeDonorObject final : public DonorObject {
   std::string description() const override { return "object"; }
 };
 
-// Notes requests as "renew <identifier>" and "redonate <bundle> <reason>". Keeps what it is asked
-// in `asked` until the test answers.
+// Notes "renew <identifier>" and "redonate <bundle> <reason>"; `asked` waits for answers.
 class FakeExtension final : public DonorExtension {
  public:
   FakeExtension(Trace& shared, std::string bundleIdentifier)
@@ -37,9 +36,8 @@ class FakeExtension final : public DonorExtension {
   const std::string bundle;
 };
 
-// What is installed, by bundle identifier, in the order of these. Loading is noted as "load
-// <bundle>", the end of a subscription as "cancel discovery". Discovery fails after its results
-// when there is a `failure`.
+// What is installed, in the order of the bundles. Notes "load <bundle>" and, at a subscription's
+// end, "cancel discovery". Discovery fails after its results when there is a `failure`.
 class FakeDonors final : public DonorLoader, public Observable<DonorObjectPtr> {
  public:
   explicit FakeDonors(Trace& shared) : trace(shared) {}
@@ -61,9 +59,8 @@ class FakeDonors final : public DonorLoader, public Observable<DonorObjectPtr> {
   Future<DonorObjectPtr> donorWithIdentifier(const std::string& bundleIdentifier) override {
     trace.note("load " + bundleIdentifier);
     const auto found = installed.find(bundleIdentifier);
-    return found == installed.end()
-               ? Future<DonorObjectPtr>::futureWithError(makeError("donors", 404))
-               : Future<DonorObjectPtr>::futureWithResult(found->second);
+    if (found != installed.end()) return Future<DonorObjectPtr>::futureWithResult(found->second);
+    return Future<DonorObjectPtr>::futureWithError(makeError("donors", 404));
   }
 
   std::shared_ptr<Cancelable> subscribe(Observer<DonorObjectPtr> observer) override {

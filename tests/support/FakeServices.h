@@ -64,32 +64,28 @@ class FakeNotificationCenter final : public DistributedNotificationCenter {
 class FakeFeedbackStore final : public DonationFeedbackStore {
  public:
   explicit FakeFeedbackStore(Trace& shared) : trace(shared) {}
-  std::set<std::string> rejectedDonations;
+  std::set<std::string> rejected;
   std::function<void()> changeHandler;
   ErrorPtr failure;
 
   bool donatedValueHasBeenConfirmedOrRejected(const DonationValue& value,
                                               const std::string& contactIdentifier) override {
     return contactIdentifier == MeCardContactIdentifier &&
-           rejectedDonations.contains(value.decoded().origin.donationIdentifier);
+           rejected.contains(value.decoded().origin.donationIdentifier);
   }
   void rejectDonatedValues(const DonationValues& values, const std::string& contactIdentifier,
                            std::function<void(ErrorPtr)> completionHandler) override {
     trace.note("reject " + identifiersOf(values) + " for " + contactIdentifier);
-    for (const auto& value : values)
-      rejectedDonations.insert(value->decoded().origin.donationIdentifier);
+    for (const auto& value : values) rejected.insert(value->decoded().origin.donationIdentifier);
     completionHandler(failure);
   }
-  void setChangeHandler(std::function<void()> handler) override {
-    changeHandler = std::move(handler);
-  }
+  void setChangeHandler(std::function<void()> call) override { changeHandler = std::move(call); }
 
  private:
   Trace& trace;
 };
 
-// Notes stores as "store <identifiers>" and "store versions <bundle>=<version>"; loads and stores
-// fail with `failure` when there is one.
+// Notes "store <identifiers>" and "store versions <bundle>=<version>"; fails with a `failure`.
 class FakePersistence final : public DonationPersistenceProtocol {
  public:
   explicit FakePersistence(Trace& shared) : trace(shared) {}
@@ -107,10 +103,9 @@ class FakePersistence final : public DonationPersistenceProtocol {
 
   Future<ExtensionVersions> loadExtensionVersions() override { return outcome(versions); }
   Future<bool> storeWithExtensionVersions(const ExtensionVersions& table) override {
-    std::string entries;
-    for (const auto& [bundle, version] : table)
-      entries += " " + bundle + "=" + std::to_string(version);
-    trace.note("store versions" + entries);
+    std::string text = "store versions";
+    for (const auto& [name, version] : table) text += " " + name + "=" + std::to_string(version);
+    trace.note(text);
     versions = table;
     return Future<bool>::futureWithResult(true);
   }
@@ -144,8 +139,7 @@ class FakeCuratedInfoProvider final : public CuratedInfoProviderProtocol {
   }
 };
 
-// Reads what it holds, or `error` when there is one, as accounts of its own; calls `whenRead` after
-// each reading.
+// Reads what it holds, or an `error`, as accounts of its own; then calls `whenRead`.
 class FakeAccountStore final : public AccountStore,
                                public std::enable_shared_from_this<FakeAccountStore> {
  public:

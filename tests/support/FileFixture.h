@@ -25,8 +25,7 @@ class FileFixture : public testing::Test {
   // The first damaged file that was kept aside.
   [[nodiscard]] std::string damagedCopy() const { return readFile(file.string() + ".damaged-1"); }
 
-  // Changes of files are there for the loop to see as soon as they are made: one round handles what
-  // came before, a second one what those handlers posted.
+  // One round handles the changes of files so far, a second one what those handlers posted.
   void runLoop() {
     loop.post([this] { loop.post([this] { loop.post([this] { loop.stop(); }); }); });
     loop.run();

@@ -17,6 +17,16 @@ std::string goldenLine(const std::string& path) {
   return joined + "\n";
 }
 
+std::vector<std::pair<std::string, std::string>> goldenPairs(const std::string& path) {
+  std::vector<std::pair<std::string, std::string>> pairs;
+  std::istringstream lines(goldenFile(path));
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t arrow = line.find(" => ");
+    pairs.emplace_back(line.substr(0, arrow), line.substr(arrow + 4));
+  }
+  return pairs;
+}
+
 GoldenParts::GoldenParts(const std::string& path) {
   std::istringstream lines(goldenFile(path));
   std::string* part = nullptr;

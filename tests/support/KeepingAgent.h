@@ -5,8 +5,7 @@
 
 namespace quenlet {
 
-// Keeps donations as the agent does. The `failing`th call from now on, counted from 1, is answered
-// with `failure`.
+// Keeps donations as the agent does. The `failing`th call from now, from 1 on, gets `failure`.
 class KeepingAgent final : public CorvelProtocol {
  public:
   DonationValues held;
@@ -16,6 +15,17 @@ class KeepingAgent final : public CorvelProtocol {
   bool rejectsAll = false;
   int failing = 0;
   ErrorPtr failure;
+
+  // "identifier@date " of what is held.
+  [[nodiscard]] std::string heldText() const {
+    std::string text;
+    for (const DonationValuePtr& value : held) {
+      const DonationOrigin origin = value->decoded().origin;
+      const auto date = static_cast<int>(origin.donationDate.secondsSince1970());
+      text += origin.donationIdentifier + "@" + std::to_string(date) + " ";
+    }
+    return text;
+  }
 
   void donateMeCardValues(DonationValues values, ErrorReply reply) override {
     requests += std::to_string(values.size()) + " ";
@@ -53,7 +63,7 @@ class KeepingAgent final : public CorvelProtocol {
   }
   void meCardDonations(DonationsReply reply) override {
     if (fails()) return reply(nullptr, failure);
-    reply(std::make_shared<const DonationValues>(held), nullptr);
+    reply(listOf(held), nullptr);
   }
   void removeDonatedMeCardValuesWithBundleIdentifier(std::string, SuccessReply) override {}
   void fetchDonatedMeCard(ContactReply) override {}

@@ -40,8 +40,7 @@ class ManualQueue {
     return true;
   }
   void runUntilIdle() {
-    while (runOne()) {
-    }
+    while (runOne()) continue;
   }
   // Moves the clock on, stopping at each delayed block that comes due to run it and what it queues.
   void advance(double bySeconds) {

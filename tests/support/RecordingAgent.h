@@ -14,8 +14,7 @@ namespace quenlet {
 class RecordingAgent final : public CorvelProtocol {
  public:
   const DonationValuePtr value =
-      email("ann@example.org",
-            DonationOrigin{"bundle", "id", "cluster", Date(1.5), Date(40 * 86400 + 2.5)});
+      email("ann@example.org", from("bundle", "id", "cluster", Date(40 * 86400 + 2.5)));
   ContactPtr contact = [this] {
     ContactFields fields;
     fields.givenName = "Ann";
@@ -50,8 +49,7 @@ class RecordingAgent final : public CorvelProtocol {
     answer();
   }
 
-  // Calls all ten operations of `way`, which leads to this agent, and tells `replied` of each reply
-  // by the operation's place in the protocol.
+  // Calls all ten operations of `way`, which leads here, and tells `replied` of each by its place.
   void callAll(CorvelProtocol& way, const std::function<void(int, ErrorPtr)>& replied) const {
     const auto plain = [&](int place) {
       return [=](const ErrorPtr& failure) { replied(place, failure); };
@@ -89,9 +87,8 @@ class RecordingAgent final : public CorvelProtocol {
     for (const std::string& identifier : identifiers) all += " " + identifier;
     succeed(all, reply);
   }
-  void removeDonatedMeCardValuesWithBundleIdentifier(std::string bundle,
-                                                     SuccessReply reply) override {
-    succeed("removeBundle " + bundle, reply);
+  void removeDonatedMeCardValuesWithBundleIdentifier(std::string id, SuccessReply reply) override {
+    succeed("removeBundle " + id, reply);
   }
   void fetchDonatedMeCard(ContactReply reply) override {
     const ErrorPtr failure = note("fetch");
@@ -103,7 +100,7 @@ class RecordingAgent final : public CorvelProtocol {
   }
   void meCardDonations(DonationsReply reply) override {
     const ErrorPtr failure = note("list");
-    reply(failure ? nullptr : std::make_shared<const DonationValues>(1, value), failure);
+    reply(failure ? nullptr : listOf({value}), failure);
   }
   void changeFromAccount(AccountPtr from, AccountPtr to, ErrorReply reply) override {
     const auto name = [](const AccountPtr& named) { return named ? named->identifier : "-"; };

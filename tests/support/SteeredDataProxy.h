@@ -41,8 +41,8 @@ class SteeredDataProxy final : public DataProxy {
     });
     return promise.future();
   }
-  bool keepDamagedFile(const std::filesystem::path& url) override {
-    return real.keepDamagedFile(url);
+  bool keepDamagedFile(const std::filesystem::path& at) override {
+    return real.keepDamagedFile(at);
   }
   void keepUnreadFile(const std::filesystem::path& url) override { real.keepUnreadFile(url); }
   ErrorPtr setExcludedFromBackups(const std::filesystem::path& directory) override {

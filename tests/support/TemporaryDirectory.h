@@ -15,16 +15,19 @@ namespace quenlet {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-inline void writeFile(const std::filesystem::path& path, const std::string& content,
+inline void writeFile(const std::filesystem::path& at, const std::string& text,
                       mode_t mode = 0644) {
-  std::filesystem::create_directories(path.parent_path());
-  std::ofstream(path, std::ios::binary) << content;
-  EXPECT_EQ(::chmod(path.c_str(), mode), 0) << path;
+  std::filesystem::create_directories(at.parent_path());
+  std::ofstream(at, std::ios::binary) << text;
+  EXPECT_EQ(::chmod(at.c_str(), mode), 0) << at;
+}
+
+[[nodiscard]] inline mode_t modeOf(const std::filesystem::path& path) {
+  return static_cast<mode_t>(std::filesystem::status(path).permissions());
 }
 
 // A directory of the test's own (mode 0700), gone with everything in it when the test ends. What
-// the test creates is not open to the group under any umask: the agent
-// would not trust it.
+// the test creates is not open to the group under any umask: the agent would not trust it.
 class TemporaryDirectory {
  public:
   TemporaryDirectory() {
@@ -44,13 +47,10 @@ class TemporaryDirectory {
   [[nodiscard]] std::filesystem::path operator/(const std::filesystem::path& name) const {
     return directory / name;
   }
-  void write(const std::filesystem::path& name, const std::string& content,
-             mode_t mode = 0644) const {
-    writeFile(directory / name, content, mode);
+  void write(const std::filesystem::path& at, const std::string& text, mode_t mode = 0644) const {
+    writeFile(directory / at, text, mode);
   }
-  [[nodiscard]] std::string read(const std::string& name) const {
-    return readFile(directory / name);
-  }
+  [[nodiscard]] std::string read(const std::string& at) const { return readFile(directory / at); }
   [[nodiscard]] std::vector<std::string> names() const {
     std::vector<std::string> found;
     for (const auto& entry : std::filesystem::directory_iterator(directory)) {

@@ -36,9 +36,8 @@ class FirefoxDonationsTest : public testing::Test {
   }
   static std::string textOf(const Email& email) { return "email:" + email.address + " "; }
   static std::string textOf(const Phone& phone) { return "phone:" + phone.number + " "; }
-  static std::string textOf(const Name& name) {
-    return "name:" + *name.givenName + "|" + name.middleName.value_or("") + "|" + *name.familyName +
-           " ";
+  static std::string textOf(const Name& of) {
+    return "name:" + *of.givenName + "|" + of.middleName.value_or("") + "|" + *of.familyName + " ";
   }
   static std::string textOf(const Image&) { return "image "; }
 
@@ -68,9 +67,8 @@ TEST_F(FirefoxDonationsTest, GivesTheOwnersAddressesAndNobodyElses) {
   };
   const std::string cards =
       R"(,"creditCards":[{"cc-name":"Zoë Berg","name":"Zoë Berg","email":"card@example.org"}]})";
-  for (const auto& [record, expected] : rows) {
-    EXPECT_EQ(donatedOf("{\"version\":1,\"addresses\":[" + record + "]" + cards), expected)
-        << record;
+  for (const auto& [one, expected] : rows) {
+    EXPECT_EQ(donatedOf("{\"version\":1,\"addresses\":[" + one + "]" + cards), expected) << one;
   }
   EXPECT_EQ(donatedOf("{\"addresses\":[" + zoe + "]}").substr(0, 6), "postal");
   EXPECT_EQ(donated(OwnersName("zoe")), "") << "a login name names nobody";
@@ -98,11 +96,10 @@ TEST_F(FirefoxDonationsTest, KnowsTheOwnerByTheirOwnCard) {
   home.write("Library/Contacts/me.vcf",
              "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:Ann Berg\r\nN:Berg;Ann;;;\r\nEND:VCARD\r\n");
   const UserPlaces places{home.path(), home / ".config"};
-  const auto byCard = OwnersName::find(places);
-  ASSERT_TRUE(byCard.ok());
-  EXPECT_TRUE(
-      byCard.value().isThatOf({.givenName = "ANN", .middleName = "M", .familyName = "berg"}));
-  EXPECT_FALSE(byCard.value().isThatOf({.givenName = "Zoë", .familyName = "Berg"}));
+  const auto who = OwnersName::find(places);
+  ASSERT_TRUE(who.ok());
+  EXPECT_TRUE(who.value().isThatOf({.givenName = "ANN", .middleName = "M", .familyName = "berg"}));
+  EXPECT_FALSE(who.value().isThatOf({.givenName = "Zoë", .familyName = "Berg"}));
   home.write("Library/Contacts/me.vcf", "damaged");
   EXPECT_FALSE(OwnersName::find(places).ok());
 }

@@ -97,8 +97,7 @@ TEST_F(PropertyListAccountStoreTest, KeepsWhatItDoesNotKnowAndSavesNothingThatCa
 
 TEST_F(PropertyListAccountStoreTest, TakesOnlyIdentifiersThatCanBeFileNames) {
   files.write("victim.plist", "<plist version='1.0'><dict/></plist>");
-  for (const std::string bad :
-       {"", ".", "..", ".hidden", "../victim", "a/b", "a\nb", "\x7F", "\xFF"}) {
+  for (const std::string bad : {"", ".", "..", ".x", "../victim", "a/b", "a\nb", "\x7F", "\xFF"}) {
     const auto unusable = static_cast<std::int64_t>(AccountErrorCode::unusableIdentifier);
     EXPECT_EQ(codeOf(store()->save(Account{.identifier = bad})), unusable) << bad;
     EXPECT_EQ(codeOf(store()->remove(bad)), unusable) << bad;
@@ -122,8 +121,7 @@ TEST(AccountTest, TakesOnlyWellFormedRecords) {
     return Account::initWithPropertyListRepresentation(entries).has_value();
   };
   EXPECT_TRUE(isTaken("unknown", 1));
-  for (const char* key :
-       {"identifier", "type", "username", "active", "dataClasses", "properties"}) {
+  for (const auto key : {"identifier", "type", "username", "active", "dataClasses", "properties"}) {
     EXPECT_FALSE(isTaken(key, 1)) << key;
   }
   EXPECT_FALSE(isTaken("dataClasses", PropertyListArray{"mail", 1}));

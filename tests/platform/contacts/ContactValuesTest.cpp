@@ -15,17 +15,6 @@ using testing::ElementsAre;
 using Components = PersonNameComponents;
 using TextPairs = std::vector<std::pair<std::string, std::string>>;
 
-// Lines such as "given => expected" of a file beside this one.
-TextPairs goldenPairs(const std::string& file) {
-  TextPairs pairs;
-  std::istringstream lines(goldenFile("tests/platform/contacts/" + file));
-  for (std::string line; std::getline(lines, line);) {
-    const std::size_t arrow = line.find(" => ");
-    pairs.emplace_back(line.substr(0, arrow), line.substr(arrow + 4));
-  }
-  return pairs;
-}
-
 TEST(EmailAddressTest, NormalFormIsItsOwnNormalForm) {
   for (const auto& [address, normal] :
        TextPairs{{" \r\n\tAnn.Lee+x@Example.COM ", "ann.lee+x@example.com"},
@@ -48,7 +37,7 @@ TEST(EmailAddressTest, ExpandsToTheSameMailboxUnderEveryAlias) {
 }
 
 TEST(NameComponentsTokenizerTest, TakesFullNamesApart) {
-  TextPairs cases = goldenPairs("names.txt");
+  TextPairs cases = goldenPairs("tests/platform/contacts/names.txt");
   cases.emplace_back("Ann\u00A0B.\u3000C. Lee", "|Ann|B. C.|Lee||");  // blanks that look alike
   for (const auto& [name, expected] : cases) {
     const Components parts = NameComponentsTokenizer::componentsFromString(name);
@@ -95,8 +84,7 @@ TEST(PhoneNumberTest, RefusesTextWithoutAPlausibleNumber) {
       {"an unfinished extension", {"112 x", "112;ext=", "112p", "112,a", "112 ext 12 a"}},
       {"a wrong parameter", {"112;=5", "112;ext=1 2"}},
       {"other words", {"555-HELP", "112 pm", "112 (home", "112 (a\nb)", "112\n"}},
-      {"digits of no decimal system",
-       {"11\u09E52", "\u2460\u2461", "\u00B9\u00B2", "\u5341\u4E8C"}},
+      {"no decimal digits", {"11\u09E52", "\u2460\u2461", "\u00B9\u00B2", "\u5341\u4E8C"}},
       {"no UTF-8", {"1\xE0\x80\xB0\xE0\x80\xB1", "11\xC3", "11\xE2\x80", "11\xE2(\xA1", "11\xFF"}},
       {"bytes that no text has", {"112 (\xFF)", std::string("112\0", 4)}},
   };
@@ -124,7 +112,7 @@ std::string firstIn(const std::string& text) {
 }
 
 TEST(EmailAddressScannerTest, FindsTheAddressWithoutWhatWrapsIt) {
-  for (const auto& [text, address] : goldenPairs("addresses.txt")) {
+  for (const auto& [text, address] : goldenPairs("tests/platform/contacts/addresses.txt")) {
     EXPECT_EQ(firstIn(text), address) << text;
   }
   for (const char* none :
@@ -177,8 +165,7 @@ TEST(PhoneNumberLikenessTest, ToleratesHowNumbersAreWrittenAndDialled) {
   }
   for (const auto& [row, a] : numbers) {
     for (const auto& [otherRow, b] : numbers) {
-      EXPECT_EQ(a.isLikePhoneNumber(b), row == otherRow)
-          << a.stringValue() << " " << b.stringValue();
+      EXPECT_EQ(a.isLikePhoneNumber(b), row == otherRow) << a.stringValue() << b.stringValue();
       EXPECT_TRUE(row != otherRow || a.likeness().key == b.likeness().key);
     }
   }

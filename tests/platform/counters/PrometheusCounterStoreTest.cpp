@@ -15,8 +15,7 @@ class PrometheusCounterStoreTest : public testing::Test {
  protected:
   using Counting = std::function<void(CounterStore&)>;
 
-  // One life of a process that counts; all is written when it has ended. Gives back what it told
-  // on standard error.
+  // What one life of a process that counts tells on standard error; all is written by its end.
   std::string live(const Counting& counting) {
     testing::internal::CaptureStderr();
     counting(*std::make_unique<PrometheusCounterStore>(

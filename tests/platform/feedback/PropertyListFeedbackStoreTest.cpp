@@ -184,8 +184,7 @@ TEST_F(PropertyListFeedbackStoreTest, ForgetsWhatAnotherProgramTakesBackAndNothi
 
 TEST_F(PropertyListFeedbackStoreTest, ReplacesNoFileThatItCannotReadAndTellsOnceItIsWhole) {
   const PropertyList annRejected = entry("rejected", "ann@example.org");
-  for (const std::string damage :
-       {"<plist version", "", "<plist version=\"1.0\"><array/></plist>"}) {
+  for (const std::string damage : {"<plist", "", "<plist version=\"1.0\"><array/></plist>"}) {
     SCOPED_TRACE(damage);
     writeBytes(damage);
     testing::internal::CaptureStderr();

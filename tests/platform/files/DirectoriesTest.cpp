@@ -2,6 +2,7 @@
 
 #include "platform/files/DirectoryWatch.h"
 #include "platform/files/LockFile.h"
+#include "platform/files/TrustedProgram.h"
 #include "platform/files/UserDirectories.h"
 #include "platform/scheduling/EventLoopScheduler.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -9,13 +10,12 @@
 namespace quenlet {
 namespace {
 
-using NameSet = std::set<std::string>;
+using Seen = std::set<std::string>;
 
-// The kernel queues a change before the call that makes it returns, so that one turn of the loop
-// sees all that was done before.
+// The kernel queues a change before its call returns: one turn sees all that was done before.
 class DirectoryWatchTest : public testing::Test {
  protected:
-  NameSet changesAfter(const std::function<void()>& change) {
+  Seen changesAfter(const std::function<void()>& change) {
     changed.clear();
     change();
     loop.post([this] { loop.post([this] { loop.stop(); }); });
@@ -28,30 +28,29 @@ class DirectoryWatchTest : public testing::Test {
 
   TemporaryDirectory home;
   EventLoop loop;
-  NameSet changed;
+  Seen changed;
   const std::shared_ptr<Cancelable> watch = DirectoryWatch::watchDirectory(
       loop, home / "new/cards/", [this](const std::string& name) { changed.insert(name); });
 };
 
 TEST_F(DirectoryWatchTest, NamesEntriesHoweverTheyChangeUntilCancelled) {
-  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), NameSet({"me"}));
-  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "in place"); }), NameSet({"me"}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), Seen({"me"}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "in place"); }), Seen({"me"}));
   home.write("outside", "2");
-  EXPECT_EQ(changesAfter([&] { rename("outside", "new/cards/me"); }), NameSet({"me"}));
-  EXPECT_EQ(changesAfter([&] { rename("new/cards/me", "new/cards/you"); }), NameSet({"me", "you"}));
-  EXPECT_EQ(changesAfter([&] { EXPECT_EQ(home.read("new/cards/you"), "2"); }), NameSet());
-  EXPECT_EQ(changesAfter([&] { std::filesystem::remove(home / "new/cards/you"); }),
-            NameSet({"you"}));
+  EXPECT_EQ(changesAfter([&] { rename("outside", "new/cards/me"); }), Seen({"me"}));
+  EXPECT_EQ(changesAfter([&] { rename("new/cards/me", "new/cards/you"); }), Seen({"me", "you"}));
+  EXPECT_EQ(changesAfter([&] { EXPECT_EQ(home.read("new/cards/you"), "2"); }), Seen());
+  EXPECT_EQ(changesAfter([&] { std::filesystem::remove(home / "new/cards/you"); }), Seen({"you"}));
   home.write("new/cards/me", "unseen");
-  EXPECT_EQ(changesAfter([&] { watch->cancel(); }), NameSet());
+  EXPECT_EQ(changesAfter([&] { watch->cancel(); }), Seen());
 }
 
 TEST_F(DirectoryWatchTest, CreatesADirectoryThatGoesAndWatchesTheNewOne) {
-  EXPECT_EQ(changesAfter([&] { std::filesystem::remove_all(home / "new"); }), NameSet({""}));
-  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), NameSet({"me"}));
-  EXPECT_EQ(changesAfter([&] { rename("new/cards", "new/old"); }), NameSet({""}));
-  EXPECT_EQ(changesAfter([&] { home.write("new/old/me", "2"); }), NameSet());
-  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "3"); }), NameSet({"me"}));
+  EXPECT_EQ(changesAfter([&] { std::filesystem::remove_all(home / "new"); }), Seen({""}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "1"); }), Seen({"me"}));
+  EXPECT_EQ(changesAfter([&] { rename("new/cards", "new/old"); }), Seen({""}));
+  EXPECT_EQ(changesAfter([&] { home.write("new/old/me", "2"); }), Seen());
+  EXPECT_EQ(changesAfter([&] { home.write("new/cards/me", "3"); }), Seen({"me"}));
 }
 
 TEST_F(DirectoryWatchTest, TriesAgainUntilItWatchesAndSaysOnceThatItFailed) {
@@ -65,10 +64,9 @@ TEST_F(DirectoryWatchTest, TriesAgainUntilItWatchesAndSaysOnceThatItFailed) {
       },
       0.001);
   EventLoopScheduler scheduler(loop);
-  const auto removal =
-      scheduler.afterDelay(0.02, [this] { std::filesystem::remove(home / "file"); });
+  const auto end = scheduler.afterDelay(0.02, [this] { std::filesystem::remove(home / "file"); });
   loop.run();
-  EXPECT_EQ(changed, NameSet({"new", "me"}));
+  EXPECT_EQ(changed, Seen({"new", "me"}));
   const std::string said = testing::internal::GetCapturedStderr();
   EXPECT_TRUE(said.starts_with("quenlet: ")) << said;
   EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
@@ -143,6 +141,20 @@ TEST(LockFileTest, ExcludesOthersUntilItGoesAndFollowsNoLink) {
   std::filesystem::create_symlink("lock", home / "link");
   EXPECT_EQ(LockFile::tryLock(home / "link").error()->code(), ELOOP);
   EXPECT_EQ(LockFile::tryLock(home / "missing/lock").error()->code(), ENOENT);
+}
+
+// The path was free of links when it was found out; one that has come since may lead anywhere.
+TEST(TrustedProgramTest, TrustsNoPathThatHasGotALinkSince) {
+  const TemporaryDirectory directory;
+  const std::filesystem::path base = directory.path();
+  std::filesystem::create_directories(base / "bin");
+  directory.write("bin/program", "program");
+  EXPECT_EQ(whyUntrusted(base / "bin/program", base), nullptr);
+  std::filesystem::create_symlink("bin", base / "link");
+  std::filesystem::create_symlink("program", base / "bin/link");
+  for (const char* path : {"link/program", "bin/link"}) {
+    EXPECT_NE(whyUntrusted(base / path, base), nullptr) << path;
+  }
 }
 
 }  // namespace

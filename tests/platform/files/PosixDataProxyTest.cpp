@@ -37,9 +37,6 @@ class PosixDataProxyTest : public testing::Test {
     const auto outcome = proxy->dataWithContentsOfURL(home / name).result();
     return outcome.ok() ? 0 : outcome.error()->code();
   }
-  mode_t mode(const std::string& name) {
-    return static_cast<mode_t>(std::filesystem::status(home / name).permissions());
-  }
 
   TemporaryDirectory home;
   SteeredFileOperations operations;
@@ -58,7 +55,8 @@ TEST_F(PosixDataProxyTest, ReadsBackWhatItWroteIntoPrivateDirectoriesAndFiles) {
     EXPECT_EQ(write("a/b/file", content), nullptr);
     EXPECT_EQ(proxy->dataWithContentsOfURL(home / "a/b/file").result().value(), content);
   }
-  EXPECT_TRUE(mode("a") == 0700 && mode("a/b") == 0700 && mode("a/b/file") == 0600);
+  EXPECT_TRUE(modeOf(home / "a") == 0700 && modeOf(home / "a/b") == 0700 &&
+              modeOf(home / "a/b/file") == 0600);
 }
 
 TEST_F(PosixDataProxyTest, KeepsTheOldFileAndLeavesNothingBehindWhenAnOperationFails) {
@@ -104,8 +102,7 @@ TEST_F(PosixDataProxyTest, GoesOnAfterInterruptions) {
 
 TEST_F(PosixDataProxyTest, WaitsForAPassingShortageOnlyToTellWhetherAFileCanBeRead) {
   home.write("file", "bytes");
-  // The call that fails once, with what, how often one may wait, how often one does, and the
-  // outcome.
+  // The call that fails once, with what, how often one may wait and does, and the outcome.
   const std::tuple<const char*, int, int, int, int> rows[] = {
       {"open", EMFILE, 5, 1, 0}, {"open", ENFILE, 5, 1, 0},      {"read", ENOMEM, 5, 1, 0},
       {"read", EAGAIN, 5, 1, 0}, {"open", EMFILE, 0, 1, EMFILE}, {"open", EACCES, 5, 0, EACCES},
@@ -209,7 +206,7 @@ TEST_F(PosixDataProxyTest, KeepsEachDamagedContentOnceWhereItCannotLink) {
   }
   EXPECT_EQ(home.read("file.damaged-10"), "second");
   EXPECT_EQ(home.read("file.damaged-11"), "third");
-  EXPECT_EQ(mode("file.damaged-10"), 0600U);
+  EXPECT_EQ(modeOf(home / "file.damaged-10"), 0600U);
   home.write("file", "fourth");
   operations.fail("fsync", ENOSPC, 1);
   testing::internal::CaptureStderr();

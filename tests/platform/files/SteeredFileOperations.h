@@ -6,8 +6,7 @@
 
 namespace quenlet {
 
-// The real system calls, of which the test makes some fail, fall short or wait. One test thread
-// steers before a write begins.
+// The real system calls, some of which the test makes fail, fall short or wait before they begin.
 class SteeredFileOperations final : public FileOperations {
  public:
   // Makes the `number`-th call (from 1 on) of `operation` fail with `failure`.

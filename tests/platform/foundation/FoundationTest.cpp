@@ -132,8 +132,7 @@ TEST(TextTest, EqualityIsCanonicalEquivalence) {
       {marks(30) + "o\u0302", marks(30) + "\u00f4", true},
       {std::string(4093, 'x') + "e\u0308", std::string(4093, 'x') + "\u00eb", true},
       {std::string(4094, 'x') + "e\u0308", std::string(4094, 'x') + "\u00eb", false},
-      // What grows over the bound by composing is equal to its form, which is compared as it
-      // stands.
+      // What grows over the bound by composing equals its form, which is compared as it stands.
       {std::string(4093, 'x') + "\u0958", std::string(4093, 'x') + "\u0915\u093c", true},
   };
   for (const auto& [a, b, equal] : cases) {

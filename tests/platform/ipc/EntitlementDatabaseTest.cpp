@@ -70,15 +70,14 @@ TEST_F(EntitlementDatabaseTest, TakesTrustedFilesAndNamesTheOthers) {
 }
 
 TEST_F(EntitlementDatabaseTest, ResolvesTheLinksInThePathsOfPrograms) {
-  for (const char* name : {"bin/plain", "bin/missing", "bin/target", "bin/sub/below"})
-    program(name);
-  std::filesystem::remove(prefix / "bin/missing");
+  for (const char* name : {"bin/plain", "bin/gone", "bin/target", "bin/sub/below"}) program(name);
+  std::filesystem::remove(prefix / "bin/gone");
   std::filesystem::create_symlink("bin", prefix / "linked");
   std::filesystem::create_symlink("sub/../target", prefix / "bin/link");
   const std::tuple<const char*, const char*> rows[] = {
       {"bin/plain", "bin/plain"},
       {"linked/plain", "bin/plain"},
-      {"bin/missing", "bin/missing"},
+      {"bin/gone", "bin/gone"},
       {"linked/new/missing", "bin/new/missing"},
       {"bin/link", "bin/target"},
       {"linked/link", "bin/target"},
@@ -120,12 +119,12 @@ TEST_F(EntitlementDatabaseTest, TrustsNoFileAndEntitlesNoProgramThatOthersCanRep
   }
   EXPECT_EQ(card(database, a), PropertyList(true));
   writeFile(prefix / "sub/share/quenlet/entitlements/a.plist", grant("bin/a", "<true/>"));
-  writeFile(configured / "a.plist", grant(program("sub/bin/a"), "<true/>"));
+  const auto below = program("sub/bin/a");
+  writeFile(configured / "a.plist", grant(below, "<true/>"));
   ASSERT_EQ(::chmod(prefix.c_str(), 0777), 0);
-  EXPECT_EQ(card(EntitlementDatabase(prefix / "sub"), prefix / "sub/bin/a"), PropertyList(true))
+  EXPECT_EQ(card(EntitlementDatabase(prefix / "sub"), below), PropertyList(true))
       << "what lies above the prefix is not looked at";
-  EXPECT_EQ(card(EntitlementDatabase(prefix / "none", configuration), prefix / "sub/bin/a"),
-            std::nullopt)
+  EXPECT_EQ(card(EntitlementDatabase(prefix / "none", configuration), below), std::nullopt)
       << "that program is below no prefix";
   ASSERT_EQ(::chmod(prefix.c_str(), 0755), 0);
   if (::chown(a.c_str(), 4711, 4711) == 0) {

@@ -73,9 +73,9 @@ class RawPeer final {
     const auto header = FrameHeader::make(kind, identifier, body.size()).encode();
     return std::string(header.data(), header.size()).append(body);
   }
-  static std::string request(std::uint64_t identifier, std::string_view selector,
+  static std::string request(std::uint64_t number, std::string_view selector,
                              std::string_view text) {
-    return frame(FrameKind::request, identifier,
+    return frame(FrameKind::request, number,
                  std::move(WireEncoder().string(selector).string(text)).take());
   }
 

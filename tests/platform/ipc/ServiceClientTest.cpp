@@ -13,9 +13,7 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string text(std::string_view content) {
-  return std::move(WireEncoder().string(content)).take();
-}
+std::string text(std::string_view of) { return std::move(WireEncoder().string(of)).take(); }
 
 std::string outcome(const Result<std::string>& reply) {
   if (!reply.ok()) return "!" + std::to_string(reply.error()->code());
@@ -101,8 +99,7 @@ TEST_F(ServiceClientTest, TrustsNothingThatAServiceSays) {
   // What a call comes to, and one after it: "!2" when the peer has ended by then.
   const std::tuple<const char*, std::string, const char*, const char*> rows[] = {
       {"failure", frame(FrameKind::failure, 1, error.bytes()), "!42", "!2"},
-      {"reply in parts", "\xc\0\0\0\3\1\0\0\0\0\0\0\0\5\2h\xa\0\0\0\1\1\0\0\0\0\0\0\0i"s, "hi",
-       "!2"},
+      {"in parts", "\xc\0\0\0\3\1\0\0\0\0\0\0\0\5\2h\xa\0\0\0\1\1\0\0\0\0\0\0\0i"s, "hi", "!2"},
       {"failure after a part",
        frame(FrameKind::partOfReply, 1, "\5\2h") + frame(FrameKind::failure, 1, error.bytes()),
        "!42", "!2"},

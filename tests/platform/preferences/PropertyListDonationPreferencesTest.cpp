@@ -108,8 +108,7 @@ TEST_F(PropertyListUserDefaultsTest, LosesNoKeyToAnotherWriter) {
   std::vector<std::jthread> writers;
   for (const std::string writer : {"a", "b", "c"}) {
     writers.emplace_back([this, writer] {
-      PropertyListUserDefaults own(file, std::make_shared<PosixDataProxy>(),
-                                   std::chrono::minutes(5));
+      PropertyListUserDefaults own(file, std::make_shared<PosixDataProxy>(), std::chrono::hours(1));
       for (int key = 0; key < keys; ++key) {
         EXPECT_EQ(own.setObject(Date(key), writer + std::to_string(key)), nullptr);
       }

@@ -108,8 +108,7 @@ TEST_F(ProductionSchedulerProviderTest, SynchronousReadersGetThroughWhenTheyFill
   EXPECT_EQ(seen, 20);
 }
 
-TEST_F(ProductionSchedulerProviderTest,
-       WriterAfterASynchronousReaderDoesNotWaitForTheReadersBlock) {
+TEST_F(ProductionSchedulerProviderTest, AWriterDoesNotWaitForTheBlockOfASynchronousReader) {
   std::vector<std::string> events;  // unguarded: each follows the one before
   std::latch written(1);
   background->performBlock([&] {

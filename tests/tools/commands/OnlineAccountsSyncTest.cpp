@@ -63,10 +63,8 @@ TEST_F(OnlineAccountsSyncTest, FollowsWhatComesChangesAndGoesAndTouchesNoOthers)
   EXPECT_THAT(out.str(), HasSubstr("have not changed"));
   // By the identifier alone, or the type alone, they are not GNOME's.
   const auto own = [&](const char* identifier, const char* type) {
-    EXPECT_EQ(accounts->store().save({.identifier = identifier,
-                                      .accountType = AccountType{type},
-                                      .username = "own@example.org"}),
-              nullptr);
+    const Account account{identifier, AccountType{type}, "own@example.org"};
+    EXPECT_EQ(accounts->store().save(account), nullptr);
   };
   own("gnome-own", "ovaro.account.IMAP");
   own("own", "org.gnome.OnlineAccounts.google");
@@ -176,11 +174,10 @@ TEST_F(OnlineAccountsSyncTest, TellsOfWhatAnEarlierSyncWroteBeforeItWasCutShort)
 TEST_F(OnlineAccountsSyncTest, IsSwitchedOnByAManifestOfItsOwnPoint) {
   const ExtensionCatalog manifests({{home.path(), "manifests"}});
   EXPECT_FALSE(OnlineAccountsSync::isSwitchedOn(manifests));
-  for (const std::string point : {"ovaro.quenlet", OnlineAccountsSync::extensionPoint}) {
-    home.write("manifests/any.plist",
-               donorManifest(OnlineAccountsSync::bundleIdentifier, "x", point));
-    EXPECT_EQ(OnlineAccountsSync::isSwitchedOn(manifests),
-              point == OnlineAccountsSync::extensionPoint);
+  using Sync = OnlineAccountsSync;
+  for (const std::string point : {"ovaro.quenlet", Sync::extensionPoint}) {
+    home.write("manifests/any.plist", donorManifest(Sync::bundleIdentifier, "x", point));
+    EXPECT_EQ(Sync::isSwitchedOn(manifests), point == Sync::extensionPoint);
   }
 }
 

@@ -15,7 +15,7 @@ const Names jo{.namePrefix = "Dr.", .givenName = "Jo", .familyName = "Hartwell"}
 // "number state other: sentence", a line for each donation.
 std::string told(const DonationValues& donations, const OwnCard& ownCard) {
   std::string text;
-  for (const auto& stated : statesOf(std::make_shared<const DonationValues>(donations), ownCard)) {
+  for (const auto& stated : statesOf(listOf(donations), ownCard)) {
     EXPECT_EQ(stated.donation, donations[stated.number - 1]);
     EXPECT_EQ(stated.other, stated.otherNumber ? donations[stated.otherNumber - 1] : nullptr);
     text += std::to_string(stated.number) + " " + wordFor(stated.state) + " " +

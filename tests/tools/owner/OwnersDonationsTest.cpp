@@ -49,16 +49,6 @@ class OwnersDonationsTest : public testing::Test {
     if (undone.changed > 0) text += " changed " + std::to_string(undone.changed);
     return text;
   }
-  // "identifier@date" of what is held.
-  std::string held() {
-    std::string text;
-    for (const DonationValuePtr& value : agent.held) {
-      const DonationOrigin origin = value->decoded().origin;
-      text += origin.donationIdentifier + "@" +
-              std::to_string(static_cast<int>(origin.donationDate.secondsSince1970())) + " ";
-    }
-    return text;
-  }
 };
 
 TEST_F(OwnersDonationsTest, AFileReplacesWhatItGaveAndUndoGoesBackStepByStep) {
@@ -67,13 +57,13 @@ TEST_F(OwnersDonationsTest, AFileReplacesWhatItGaveAndUndoGoesBackStepByStep) {
   EXPECT_EQ(donate(own, "a b c"), "3+0-0");
   agent.rejectedIdentifiers = {"b"};
   EXPECT_EQ(donate(own, "b c x"), "2+1-2") << "the former a and b go, though b is left out";
-  EXPECT_EQ(held(), "x@102 y@100 c@102 ");
+  EXPECT_EQ(agent.heldText(), "x@102 y@100 c@102 ");
   EXPECT_EQ(journal.entries().value().back().leftOut, std::vector<std::string>{"b"});
   agent.rejectedIdentifiers.clear();
   EXPECT_EQ(undo(), "2+4");
-  EXPECT_EQ(held(), "x@100 y@100 c@101 a@101 b@101 ");
+  EXPECT_EQ(agent.heldText(), "x@100 y@100 c@101 a@101 b@101 ");
   EXPECT_EQ(undo(), "3+0");
-  EXPECT_EQ(held(), "x@100 y@100 ");
+  EXPECT_EQ(agent.heldText(), "x@100 y@100 ");
   EXPECT_EQ(undo(), "nothing");
 }
 
@@ -83,7 +73,7 @@ TEST_F(OwnersDonationsTest, UnderABundleOfOthersAFileReplacesOnlyWhatItGaveThere
   EXPECT_EQ(donate("web", "d"), "1+0-0");
   EXPECT_EQ(donate("app", "b", Date(1000), "g"), "1+0-1") << "b is the other file's from now on";
   EXPECT_EQ(donate("app", "e"), "1+0-1");
-  EXPECT_EQ(held(), "b@104 d@103 e@105 ");
+  EXPECT_EQ(agent.heldText(), "b@104 d@103 e@105 ");
 }
 
 TEST_F(OwnersDonationsTest, UndoLeavesWhatOthersGaveSinceAndSaysWhatDoesNotComeBack) {
@@ -92,7 +82,7 @@ TEST_F(OwnersDonationsTest, UndoLeavesWhatOthersGaveSinceAndSaysWhatDoesNotComeB
   agent.held[0] = gifts("other", "a", Date(1000))[0];
   agent.rejectedIdentifiers = {"b"};
   EXPECT_EQ(undo(), "3+1 left out 1 changed 1");
-  EXPECT_EQ(held(), "a@102 c@101 ");
+  EXPECT_EQ(agent.heldText(), "a@102 c@101 ");
   EXPECT_EQ(donate("app", "c"), "1+0-0");
   time = 150;
   EXPECT_EQ(undo(), "1+0 expired 1");
@@ -115,7 +105,7 @@ TEST_F(OwnersDonationsTest, AFailureLosesNoWayBack) {
   fail(4, ServiceErrorCode::timedOut);
   agent.rejectedIdentifiers = {"d"};
   EXPECT_EQ(donate("app", "c d"), "the values were donated, but what comes then failed: failed");
-  EXPECT_EQ(held(), "a@104 b@104 c@107 ");
+  EXPECT_EQ(agent.heldText(), "a@104 b@104 c@107 ");
   EXPECT_EQ(journal.entries().value().back().leftOut, std::vector<std::string>{"d"});
   fail(3, ServiceErrorCode::timedOut);
   EXPECT_EQ(undo(), "failed");
@@ -124,7 +114,7 @@ TEST_F(OwnersDonationsTest, AFailureLosesNoWayBack) {
   fail(2, ServiceErrorCode::timedOut);
   EXPECT_EQ(undo(), "failed");
   EXPECT_EQ(undo(), "1+2");
-  EXPECT_EQ(held(), "a@104 b@104 ");
+  EXPECT_EQ(agent.heldText(), "a@104 b@104 ");
 }
 
 }  // namespace

@@ -8,11 +8,7 @@ namespace quenlet {
 namespace {
 
 TEST(SelectionTest, TakesAnIdentifierThenANumberThenTheValueItself) {
-  const PersonNameComponents robin{.namePrefix = "Dr.",
-                                   .givenName = "Robin",
-                                   .middleName = "J.",
-                                   .familyName = "Hartwell",
-                                   .nickname = "Rob"};
+  const PersonNameComponents robin{"Dr.", "Robin", "J.", "Hartwell", {}, "Rob"};
   const PostalAddress lane{.street = "12 Larch Lane", .city = "Springfield", .country = "Wales"};
   const DonationValues list{email("Ann@Example.org", from("a", "7")),
                             phone("+49 (30) 1-5", from("a", "second")),

@@ -11,9 +11,7 @@
 namespace quenlet {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
+using namespace testing;
 
 Date noonOf(const std::string& text) { return *Date::fromISO8601(text + "T12:00:00Z"); }
 
@@ -53,7 +51,7 @@ class OwnerPageTest : public testing::Test {
       own.name = PersonNameComponents::componentsForContact(*own.contact);
       own.emailAddresses = {"ann@example.org"};
     }
-    const auto list = std::make_shared<const DonationValues>(std::move(values));
+    const auto list = listOf(std::move(values));
     return {noonOf("2026-11-26"), {.own = own, .listed = statesOf(list, own)}};
   }
 };
@@ -143,7 +141,7 @@ TEST_F(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
         "<a href=\"#left-out\"><strong>4</strong> left out", "The reasons are below."}) {
     EXPECT_THAT(page, HasSubstr(shown));
   }
-  EXPECT_THAT(page, Not(testing::AnyOf(HasSubstr("attic"), HasSubstr("#donors"))));
+  EXPECT_THAT(page, Not(AnyOf(HasSubstr("attic"), HasSubstr("#donors"))));
 }
 
 TEST_F(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
@@ -154,10 +152,10 @@ TEST_F(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
   };
   for (const auto& [name, bytes, shown] : rows) {
     const std::string page =
-        OwnerPage::of(contentOf({image(bytes, given("photos", "1", "2027-01-05"))}));
+        OwnerPage::of(contentOf({image(bytes, given("pics", "1", "2027-01-05"))}));
     EXPECT_THAT(page, HasSubstr(shown)) << name;
     EXPECT_EQ(page.find("<img") != std::string::npos, bytes == "GIF89a") << name;
-    EXPECT_THAT(page, HasSubstr("Picture: from <bdi>photos</bdi>")) << name;
+    EXPECT_THAT(page, HasSubstr("Picture: from <bdi>pics</bdi>")) << name;
   }
 }
 

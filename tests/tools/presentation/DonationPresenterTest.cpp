@@ -12,7 +12,7 @@
 namespace quenlet {
 namespace {
 
-const std::string folder = "tests/tools/presentation/";
+const std::string here = "tests/tools/presentation/";
 
 TEST(DonationPresenterTest, WritesEveryKindOfValueAndEveryKey) {
   const auto origin = [](const std::string& n, std::optional<std::string> cluster = {}) {
@@ -26,11 +26,9 @@ TEST(DonationPresenterTest, WritesEveryKindOfValueAndEveryKey) {
       image("GIF89a", origin("4")), email("ann@example.org", origin("5"), "")};
   std::ostringstream out;
   DonationPresenter::writeTable(out, {.width = 100}, values);
-  const StatedDonations stated =
-      statesOf(std::make_shared<const DonationValues>(values), OwnCard());
+  const StatedDonations stated = statesOf(listOf(values), OwnCard());
   StatePresenter::writeJSON(out, stated);
-  EXPECT_EQ(out.str(),
-            goldenFile(folder + "donations.txt") + goldenLine(folder + "donations.json"));
+  EXPECT_EQ(out.str(), goldenFile(here + "donations.txt") + goldenLine(here + "donations.json"));
   out.str("");
   ContactFields fields;
   fields.namePrefix = "Dr.";
@@ -41,7 +39,7 @@ TEST(DonationPresenterTest, WritesEveryKindOfValueAndEveryKey) {
   fields.imageData = std::make_shared<const std::string>("GIF89a");
   EXPECT_TRUE(CardPresenter::writeText(out, {}, Contact(fields), stated));
   CardPresenter::writeJSON(out, Contact(fields));
-  EXPECT_EQ(out.str(), goldenFile(folder + "card.txt") + goldenLine(folder + "card.json"));
+  EXPECT_EQ(out.str(), goldenFile(here + "card.txt") + goldenLine(here + "card.json"));
   EXPECT_EQ(imageText("RIFF1234WAVE"), "12 bytes, unknown type");
   out.str("");
   EXPECT_FALSE(CardPresenter::writeText(out, {}, Contact(), stated));

@@ -21,7 +21,7 @@ DonationOrigin until(const char* bundle, const char* identifier, int onDay,
 class StatePresenterTest : public testing::Test {
  protected:
   const StatedDonations stated =
-      statesOf(std::make_shared<const DonationValues>(DonationValues{
+      statesOf(listOf({
                    phone("+1 202 555 0100", until("org.shop", "s:tel", 40, "c")),
                    named({.givenName = "Jo"}, until("org.shop", "s:n", 50)),
                    email("rob@x.org", until("org.mail", "m:1", 20)),

@@ -34,7 +34,7 @@ TEST(TextTableTest, FitsTheScreen) {
   const std::tuple<const char*, std::vector<Column>, std::vector<TableRow>, std::size_t> cases[] = {
       {"all of it", {number, value, from, donation, expires}, donations, 76},
       {"without the spare column", {number, value, from, donation, expires}, donations, 65},
-      {"identifiers shrink first, then the widest",
+      {"identifiers first, then the widest",
        {number, value, from, donation, expires},
        donations,
        48},
@@ -45,10 +45,7 @@ TEST(TextTableTest, FitsTheScreen) {
       {"whole columns shrink last", {number, value, expires}, {{"123", "ab", "2027-02-22"}}, 12},
       {"without headings", {}, {{"Preference", "enabled"}, {"", "x"}}, 16},
       {"nothing in a column", {number, value}, {{"", "a"}}, 80},
-      {"wide and joining characters",
-       {value, from},
-       {{"東京都港区", "e\xCC\x81t\xC3\xA9"}, {"a", "한국"}},
-       80},
+      {"wide and joined", {value, from}, {{"東京都港区", "e\xCC\x81t\xC3\xA9"}, {"a", "한국"}}, 80},
       {"a wide character at the edge", {value}, {{"東京都港区"}}, 5},
       {"a column that a character does not fit into", {value}, {{"東a"}}, 1},
       {"cut through a joined character", {from}, {{"abcd東e\xCC\x81z"}}, 5},
@@ -59,9 +56,8 @@ TEST(TextTableTest, FitsTheScreen) {
   };
   GoldenParts tables("tests/tools/presentation/tables.txt");
   for (const auto& [name, columns, rows, width] : cases) {
-    SCOPED_TRACE(name);
     const std::string text = written(columns, rows, {.width = width});
-    EXPECT_EQ(text, tables.take(name));
+    EXPECT_EQ(text, tables.take(name)) << name;
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) EXPECT_LE(displayWidth(line), width) << line;
   }
@@ -107,13 +103,12 @@ TEST(ScreenTest, IsAsWideAndAsColouredAsTheUserHasIt) {
           {"dumb", terminal.screen, "", "", "dumb", 133, false},
       };
   for (const auto& [name, descriptor, columns, noColour, term, width, isColoured] : rows) {
-    SCOPED_TRACE(name);
     ::setenv("COLUMNS", columns, 1);
     ::setenv("NO_COLOR", noColour, 1);
     ::setenv("TERM", term, 1);
     const Screen screen = Screen::ofDescriptor(descriptor.get());
-    EXPECT_EQ(screen.width, width);
-    EXPECT_EQ(screen.isColoured, isColoured);
+    EXPECT_EQ(screen.width, width) << name;
+    EXPECT_EQ(screen.isColoured, isColoured) << name;
   }
   for (const char* name : {"COLUMNS", "NO_COLOR", "TERM"}) ::unsetenv(name);
 }
