@@ -35,8 +35,7 @@ TEST(ForeignFilesTest, TakesInRegularFilesOfABoundedSizeOnly) {
 }
 
 TEST(KeyFileTest, ReadsGroupsEscapesFlagsAndLists) {
-  const Result<KeyFile> parsed =
-      KeyFile::parse("first=1\r\n" + goldenFile("tests/foreign/sample.conf"));
+  const auto parsed = KeyFile::parse("first=1\r\n" + goldenFile("tests/foreign/sample.conf"));
   ASSERT_TRUE(parsed.ok());
   const KeyFile& file = parsed.value();
   EXPECT_EQ(file.groups(), std::vector<std::string>({"", "One", "Two"}));
@@ -62,8 +61,7 @@ TEST(KeyFileTest, RefusesLinesOfOtherForms) {
   };
   for (const auto& [text, expected] : rows) {
     const auto file = KeyFile::parse(text);
-    ASSERT_FALSE(file.ok()) << text;
-    EXPECT_EQ(file.error()->debugDescription(), expected);
+    EXPECT_EQ(file.ok() ? "" : file.error()->debugDescription(), expected) << text;
   }
 }
 
@@ -75,7 +73,7 @@ TEST(MailboxTest, TellsTheOwnersAddressesAndNamesFromOthers) {
       {"b@example.org <ann@example.org>", "ann@example.org", "none"},
       {"Ann Berg", "none", "Ann|Berg"},
       {"Ann", "none", "none"},
-      {"rhartwell", "none", "none"},
+
       {"Ann Berg <>", "none", "Ann|Berg"},
       {"ann@localhost", "none", "none"},
       {"ann@example.org berg@example.org", "none", "none"},

@@ -82,15 +82,7 @@ TEST_F(GoldenExtensionTest, AnswersYesterdaysAgent) {
 
 TEST_F(GoldenExtensionTest, OfYesterdayIsAskedAndUnderstood) {
   for (std::size_t i = 0; i < 3; ++i) write("answer" + std::to_string(i), exchanges[i].answer);
-  write("donor", donorScript(R"(
-os.chdir(os.path.dirname(__file__))
-for i in range(3):
-    head = take(4)
-    open('asked', 'ab').write(head + take(struct.unpack('<I', head)[0]))
-    s.sendall(open(f'answer{i}', 'rb').read())
-take(1)
-)"),
-        0755);
+  write("donor", donorScript(goldenFile(goldenFolder + "donor.py")), 0755);
   install("com.example.mail", root / "donor");
   makeHost({.idleSeconds = 0.1});
   const DonorPtr donor = load("com.example.mail");

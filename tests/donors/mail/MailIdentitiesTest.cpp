@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "donors/mail/PreferenceScript.h"
+#include "tests/support/GoldenFile.h"
 #include "tests/support/TemporaryDirectory.h"
 
 namespace quenlet {
@@ -77,13 +78,11 @@ TEST(MailIdentitiesTest, FindsThoseOfEvolutionThatAreInUseAndNotOfOnlineAccounts
   expectFound(
       &evolutionIdentities,
       {{"nothing there", {}, ""},
-       {"other sources beside",
-        sources({identity, source("", "[Calendar]\nColor=#fff\n"), account}),
+       {"beside others", sources({identity, source("", "[Calendar]\nColor=#fff\n"), account}),
         "a|Ann Berg|ann@example.org|berg@example.org|\"Berg, Ann\" <a.berg@example.org>\n"},
        {"switched off", sources({source("", ann, false)}), ""},
        {"of an online account", sources({source("b", ann), source("", online)}), ""},
-       {"of an account that is off", sources({source("b", ann), source("", collection, false)}),
-        ""},
+       {"of one that is off", sources({source("b", ann), source("", collection, false)}), ""},
        {"of a collection, and of one that is gone; with nothing typed in",
         sources({source("b", address + "Name=\n"), source("", collection),
                  source("gone", "[Mail Identity]\nAddress=\nName=C\n"),
@@ -93,7 +92,7 @@ TEST(MailIdentitiesTest, FindsThoseOfEvolutionThatAreInUseAndNotOfOnlineAccounts
         "!file 2 in evolution/sources: line 7 has no \"=\""},
        {"one is another file", sources({ann}),
         "!file 1 in evolution/sources: it has no group \"Data Source\""},
-       {"an identity that lacks what these have", sources({bare + ann}), "!file 1" + lacking},
+       {"an identity that lacks it", sources({bare + ann}), "!file 1" + lacking},
        {"an account", sources({identity, bare + "[Mail Account]\n"}), "!file 2" + lacking},
        {"its parent", sources({identity, source("c", "[Mail Account]\n"), bare + collection}),
         "!file 3" + lacking},
@@ -109,14 +108,14 @@ TEST(MailIdentitiesTest, FindsThoseOfEvolutionThatAreInUseAndNotOfOnlineAccounts
 
 TEST(MailIdentitiesTest, TakesInABoundedNumberOfBytesOfEvolution) {
   const TemporaryDirectory home;
-  const std::string large(std::size_t{3} << 20, '#');
+  const std::string large =
+      source("", "[Collection]\n") + std::string(std::size_t{3} << 20, '#') + "\n";
   const auto found = [&] { return textOf(evolutionIdentities({home.path(), home.path()})); };
   for (const std::string name : {"a", "b"}) {
-    home.write("evolution/sources/" + name + ".source",
-               source("", "[Collection]\n") + large + "\n");
+    home.write("evolution/sources/" + name + ".source", large);
   }
   EXPECT_EQ(found(), "");
-  home.write("evolution/sources/c.source", source("", "[Collection]\n") + large + "\n");
+  home.write("evolution/sources/c.source", large);
   EXPECT_EQ(found(),
             "!file 3 in evolution/sources: with it, the files are larger than 8 MiB together");
 }
@@ -164,8 +163,7 @@ user_pref("mail.identity.id4.useremail", "former@example.org");
        {"no account yet", thunderbird(one, "user_pref(\"a\", 1);\n"), ""},
        {"a profile that was deleted",
         thunderbird("[Profile1]\nPath=gone/y\n[Profile2]\nPath=z\n" + one, whole), found},
-       {"one that is on another disk",
-        thunderbird(one + "[Profile12@]\nPath=/media/none/x\n", whole),
+       {"on another disk", thunderbird(one + "[Profile12@]\nPath=/media/none/x\n", whole),
         "!profiles.ini: the directory of [Profile12] is not there"},
        {"one deleted there", thunderbird(one + "[Profile1]\nPath=../x\n", whole), found},
        {"a file in its place",
@@ -220,54 +218,33 @@ TEST(MailIdentitiesTest, FindsThoseOfKMailAndGeary) {
                {"emptied", {{file, ""}}, "!emailidentities: it is empty"},
                {"cut before all identities", kmail(""), "!emailidentities: it has no identity"},
                {"cut within one", kmail(work), "!emailidentities: an identity has no number"},
-               {"cut before the default one", kmail(home),
-                "!emailidentities: its default identity is not there"},
+               {"no default", kmail(home), "!emailidentities: its default identity is not there"},
                {"edited by hand", kmail(work + "uoid=1234567\n\n" + home),
                 "!emailidentities: two identities have one number"}});
   const std::string account =
       "[Metadata]\nversion=1\n\n[Account]\nordinal=1\n"
       "sender_mailboxes=Ann Berg <ann@example.org>;\"B\\; A\" <b@example.org>;\n";
+  const std::string geary = "chosen/geary/account_01/geary.ini";
   const std::string lost = "!geary.ini in directory 1 of geary: it has no account with a mailbox";
-  expectFound(
-      &gearyIdentities,
-      {{"nothing there", {}, ""},
-       {"both places, and what is no account",
-        {{"chosen/geary/account_01/geary.ini", account},
-         {"chosen/geary/notes", "none"},
-         {".var/app/org.gnome.Geary/config/geary/account_02/geary.ini",
-          "[Account]\nsender_mailboxes=c@example.org\n"}},
-        "~/chosen/geary/account_01|Ann Berg <ann@example.org>|Ann Berg <ann@example.org>|"
-        "\"B; A\" <b@example.org>\n"
-        "~/.var/app/org.gnome.Geary/config/geary/account_02|c@example.org|c@example.org\n"},
-       {"cut between groups", {{"chosen/geary/account_01/geary.ini", account.substr(0, 22)}}, lost},
-       {"cut within the account",
-        {{"chosen/geary/account_01/geary.ini", account.substr(0, 42)}},
-        lost}});
+  expectFound(&gearyIdentities,
+              {{"nothing there", {}, ""},
+               {"both places, and what is no account",
+                {{geary, account},
+                 {"chosen/geary/notes", "none"},
+                 {".var/app/org.gnome.Geary/config/geary/account_02/geary.ini",
+                  "[Account]\nsender_mailboxes=c@example.org\n"}},
+                "~/chosen/geary/account_01|Ann Berg <ann@example.org>|Ann Berg <ann@example.org>|"
+                "\"B; A\" <b@example.org>\n"
+                "~/.var/app/org.gnome.Geary/config/geary/account_02|c@example.org|c@example.org\n"},
+               {"cut between groups", {{geary, account.substr(0, 22)}}, lost},
+               {"cut within the account", {{geary, account.substr(0, 42)}}, lost}});
 }
 
 TEST(PreferenceScriptTest, ReadsLinesOfOneFormAndRunsNothing) {
-  const std::pair<const char*, const char*> rows[] = {
-      {R"(user_pref("a", "text");)", "text"},
-      {R"(  user_pref ( 'a' , 'it\'s' ) ; // remark)", "it's"},
-      {R"(user_pref("a", "\"\\\r\n\x41\u00eb\ud83d\ude00");)", "\"\\\r\nA\u00EB\U0001F600"},
-      {"user_pref(\"a\", \"text\");\r", "text"},
-      {R"(user_pref("a", "1"); user_pref("a", "2");)", "1"},
-      {R"(user_pref("a", 7);)", "none"},
-      {R"(user_pref("a", true);)", "none"},
-      {R"(// user_pref("a", "text");)", "none"},
-      {R"(pref("a", "text");)", "none"},
-      {R"(user_pref("a", "te" + "xt");)", "!"},
-      {R"(user_pref("a", "text)", "!"},
-      {R"(user_pref("a", "text"))", "!"},
-      {R"(user_pref("a")", "!"},
-      {R"(user_pref)", "!"},
-      {R"(user_pref("a", 7)", "!"},
-      {R"(user_pref("a", "\ud83d");)", "!"},
-      {R"(user_pref("a", "\u0000");)", "!"},
-      {R"(user_pref("a", "\q");)", "!"},
-      {R"(user_pref("a", "\)", "!"},
-      {R"(user_pref("a", "\u00)", "!"},
-  };
+  auto rows = goldenPairs("tests/donors/mail/preferences.txt");
+  rows.emplace_back(R"(user_pref("a", "\"\\\r\n\x41\u00eb\ud83d\ude00");)",
+                    "\"\\\r\nA\u00EB\U0001F600");
+  rows.emplace_back("user_pref(\"a\", \"text\");\r", "text");
   for (const auto& [line, value] : rows) {
     const auto script = PreferenceScript::parse(line);
     EXPECT_EQ(script.ok() ? script.value().text("a").value_or("none") : "!", value) << line;

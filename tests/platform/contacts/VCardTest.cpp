@@ -82,27 +82,19 @@ TEST(VCardReaderTest, ReadsCardsAsFilesHoldThem) {
   }
 }
 
-TEST(VCardReaderTest, ReadsNamesAndSkipsWhatItDoesNotKnow) {
+TEST(VCardReaderTest, ReadsNamesEntriesAndPhotosAndSkipsWhatItDoesNotKnow) {
   expectReadAs({
       {R"(N:Le\;e\, Inc\\;A\nn;\x)", "|A\nn|\\x|Le;e, Inc\\||"},
       {"FN:+1 202 555 0104", ""},
       {"FN;DERIVED=TRUE:Ann", ""},
       {"FN:Zo\xC3\n \xAB\n\t Lee", "|Zo\u00eb||Lee||"},
       {"X-FOO_BAR;A=b:\\\nNOTE:x;y\n\n   \nrev:1\nfn:Ann", "|Ann||||"},
-  });
-}
 
-TEST(VCardReaderTest, ReadsEntriesWithTheirLabels) {
-  expectReadAs({
       {"EMAIL;X-A=\"a:b;c,d\",e;TYPE=a^'b^^n^n^x:a@x", " E(a\"b^n\n^x:a@x)"},
       {"TEL:\nEMAIL;TYPE=HOME:  \nADR:;;;;;;\nPHOTO;ENCODING=b:", ""},
       {"ADR;TYPE=HOME,POSTAL:PO Box 1;Flat 2;3 Main St,Rear;Springfield;IL;62701;USA",
        " A(home:PO Box 1\nFlat 2\n3 Main St\nRear||Springfield||IL|62701|USA|)"},
-  });
-}
 
-TEST(VCardReaderTest, ReadsTheFirstPhotoThatDecodesAndCountsTheOthers) {
-  expectReadAs({
       {"PHOTO:data:,h%65llo%00%fF", " P(hello" + std::string("\0\xFF", 2) + ")"},
       {"PHOTO;VALUE=uri:http://example.com/a.png\nPHOTO:data:,x\nPHOTO:data:,y", " P(x)"},
   });
@@ -163,23 +155,8 @@ TEST(VCardReaderTest, ReadsUTF16WithAndWithoutAMark) {
 }
 
 TEST(VCardReaderTest, ReadsEveryCardThatHasAnEndAndNamesTheOthersByTheirLine) {
-  const std::string text = "\xEF\xBB\xBF" + card("UID:urn:uuid:1\nFN:Ann Lee\nTEL:?") +  // 1
-                           "a line\n" + card("FN:secret", "5.0") +                       // 8
-                           "BEGIN:VCARD\nFN:secret\n" +                                  // 12
-                           card("FN:Zo\n Lee", "2.1") + card("FN:Jo\n  Lee") +           // 14, 19
-                           "END:VCARD\n" +                                               // 24
-                           card("KIND:Org\nN:secret") +                                  // 25
-                           card("X-ADDRESSBOOKSERVER-KIND:group\nFN:secret") +           // 30
-                           card("KIND:individual\nFN:Bo\nEMAIL:b@x", "4.0") +            // 35
-                           "BEGIN:VCARD\nFN:sec\n ret";                                  // 41
-  EXPECT_EQ(read(text),
-            "|Ann||Lee|| skipped 1\n|Zo||Lee||\n|Jo||Lee||\n|Bo|||| E(:b@x)\n"
-            "3: line 9: an unknown vCard version; 2.1, 3.0 and 4.0 are read\n"
-            "2: line 12: a card without END\n"
-            "2: line 24: the end of a card that has no BEGIN\n"
-            "4: line 27: a card of an organisation, a group or a place\n"
-            "4: line 32: a card of an organisation, a group or a place\n"
-            "2: line 41: a card without END");
+  const std::string text = "\xEF\xBB\xBF" + goldenFile("tests/platform/contacts/many-cards.vcf");
+  EXPECT_EQ(read(text) + "\n", goldenFile("tests/platform/contacts/many-cards.txt"));
   const std::vector<VCard> cards = parseVCards(text).cards;
   EXPECT_EQ(cards[0].uid, "urn:uuid:1");
   EXPECT_EQ(cards[0].formattedName, "Ann Lee");
@@ -226,8 +203,8 @@ ContactFields everything() {
   }
   add(fields.phoneNumbers, "cell", *PhoneNumber::withStringValue("+1 (202) 555-0101, 12"));
   add(fields.postalAddresses, "home",
-      PostalAddress{"1 Main St\nRear, left", "Mitte", "Berlin", "Kreis; West", "BE", "10115",
-                    "Germany", "de"});
+      PostalAddress{"1 Main St\nRear, left", "Mitte", "Berlin", "K; W", "BE", "10115", "Germany",
+                    "de"});
   add(fields.postalAddresses, "", PostalAddress{.street = "", .city = "Ulm"});
   std::string image = "\x89PNG\r\n\x1A\n";
   for (int i = 0; i < 1000; ++i) image += static_cast<char>(i);

@@ -29,47 +29,37 @@ class ExtensionHostTest : public HostFixture {
 };
 
 TEST_F(ExtensionHostTest, AnswersEachRequestToMisbehavingProgramsOnceAndKeepsNothingOfThem) {
-  // What it does, its script, and the notes of two renewals that are asked at once.
-  const std::tuple<const char*, const char*, const char*> rows[] = {
-      {"None", "serve()", "7 7"},
-      {"NeverReads", "time.sleep(60)", "!4 !4"},
-      {"AnswersTooLate", "i = request(); time.sleep(1); answer(i)", "!4 !4"},
-      {"AnswersNothing", "answer(request(), b'\\0\\0')\nserve()", "nothing 7"},
-      {"AnswersWithText", "answer(request(), b'\\5\\1a\\0')\nserve()", "!5 7"},
-      {"AnswersAnother", "answer(request() + 9); time.sleep(60)", "!5 !5"},
-      {"SendsNoFrame", "s.sendall(b'no frame at all'); time.sleep(60)", "!5 !5"},
-      {"EndsAtOnce", "sys.exit()", "!3 !3"},
-      {"EndsWithinAHeader", "s.sendall(b'\\x20\\0'); request()", "!3 !3"},
-      {"AnswersTwice", "i = request(); answer(i); answer(i); time.sleep(60)", "7 !5"},
-      {"AsksBack", "answer(request(), kind=0); time.sleep(60)", "!5 !5"},
-      {"AnswersWithNoFiniteDate", "answer(request(), date(float('inf')) + b'\\0')\nserve()",
-       "!5 7"},
-      {"GivesErrors", "answer(request(), b'\\0' + error(b'e')); answer(request(), error(b'e'), 2)",
-       "d:3 d:3"},
-      {"EndsAfterAnAnswer", "answer(request())", "7 !3"},
-      {"KillsItself", "request(); os.kill(0, signal.SIGKILL)", "!3 !3"},
-      {"Floods", "while True: s.sendall(b'\\0' * 65536)", "!5 !5"},
-      {"FloodsOneMessage",
-       "s.sendall(struct.pack('<IBQ', 2**25, 1, 9))\n"
-       "while True: s.sendall(b'\\0' * 65536)",
-       "!5 !5"},
-      {"ClosesItsSocketAndLivesOn", "s.close(); time.sleep(60)", "!3 !3"},
-      {"LeavesItsSocketToAChild", "if os.fork() == 0: time.sleep(60)", "!3 !3"},
-      {"LeavesItsSocketToAFugitive", "if os.fork() == 0:\n    os.setsid()\n    time.sleep(1)",
-       "!3 !3"},
-      {"IgnoresItsEnd",
-       "for i in (1, 2, 15): signal.signal(i, signal.SIG_IGN)\n"
-       "answer(request()); answer(request()); time.sleep(60)",
-       "7 7"},
-  };
-  for (const auto& [name, script, expected] : rows) installScript(name, script);
+  // The notes of two renewals that are asked at once.
+  const std::pair<const char*, const char*> rows[] = {{"None", "7 7"},
+                                                      {"NeverReads", "!4 !4"},
+                                                      {"AnswersTooLate", "!4 !4"},
+                                                      {"AnswersNothing", "nothing 7"},
+                                                      {"AnswersWithText", "!5 7"},
+                                                      {"AnswersAnother", "!5 !5"},
+                                                      {"SendsNoFrame", "!5 !5"},
+                                                      {"EndsAtOnce", "!3 !3"},
+                                                      {"EndsWithinAHeader", "!3 !3"},
+                                                      {"AnswersTwice", "7 !5"},
+                                                      {"AsksBack", "!5 !5"},
+                                                      {"AnswersWithNoFiniteDate", "!5 7"},
+                                                      {"GivesErrors", "d:3 d:3"},
+                                                      {"EndsAfterAnAnswer", "7 !3"},
+                                                      {"KillsItself", "!3 !3"},
+                                                      {"Floods", "!5 !5"},
+                                                      {"FloodsOneMessage", "!5 !5"},
+                                                      {"ClosesItsSocketAndLivesOn", "!3 !3"},
+                                                      {"LeavesItsSocketToAChild", "!3 !3"},
+                                                      {"LeavesItsSocketToAFugitive", "!3 !3"},
+                                                      {"IgnoresItsEnd", "7 7"}};
+  GoldenParts scripts("tests/platform/extensions/misbehaving.txt");
+  for (const auto& [name, expected] : rows) installScript(name, scripts.take(name));
   for (const bool inTime : {false, true}) {
     ExtensionLimits limits = quick;
     limits.programs = std::size(rows);
     limits.answerSeconds = inTime ? 30 : 0.3;
     makeHost(limits);
     std::vector<std::pair<const char*, const char*>> asked;
-    for (const auto& [name, script, expected] : rows) {
+    for (const auto& [name, expected] : rows) {
       if (inTime == (std::string_view(expected) == "!4 !4")) continue;
       const DonorPtr donor = load(name);
       ASSERT_TRUE(donor) << name;
@@ -115,13 +105,7 @@ TEST_F(ExtensionHostTest, StartsProgramsWithNothingOfTheAgents) {
   ::sigemptyset(&blocked);
   ::sigaddset(&blocked, SIGTERM);
   ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
-  const DonorPtr donor = loadScript(R"(
-status = dict(l.split(':\t', 1) for l in open('/proc/self/status').read().splitlines())
-seen = [os.listdir('/proc/self/fd'), os.readlink('/proc/self/fd/1'), os.readlink('/proc/self/fd/2'),
-        os.getcwd(), os.getpgid(0) == os.getpid() == os.getsid(0), int(status['SigBlk'], 16),
-        int(status['SigIgn'], 16) & 1]
-answer(request(), b'\0' + error(repr(seen).encode()))
-)");
+  const DonorPtr donor = loadScript(goldenFile("tests/platform/extensions/surroundings.py"));
   renew(donor);
   EXPECT_EQ(takeNotes(), "d:3");
   // The fourth descriptor is that of the listing.
@@ -134,18 +118,7 @@ answer(request(), b'\0' + error(repr(seen).encode()))
 TEST_F(ExtensionHostTest, SendsABoundedNumberOfRequestsAhead) {
   ExtensionLimits limits = quick;
   limits.unansweredRequests = 3;
-  // Takes what comes until nothing comes, then answers all with its number.
-  const DonorPtr donor = loadScript(R"(
-while True:
-    s.settimeout(None)
-    taken = [request()]
-    s.settimeout(0.3)
-    try:
-        while True: taken.append(request())
-    except socket.timeout: pass
-    for i in reversed(taken): answer(i, date(len(taken)) + b'\0')
-)",
-                                    limits);
+  const DonorPtr donor = loadScript(goldenFile("tests/platform/extensions/in-bulk.py"), limits);
   for (int i = 0; i < 5; ++i) renew(donor);
   EXPECT_EQ(takeNotes(), "3 3 3 2 2");
 }

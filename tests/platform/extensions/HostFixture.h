@@ -75,8 +75,7 @@ class HostFixture : public testing::Test {
         })));
     return found;
   }
-  // Each answer is noted in the place of its request: the date's seconds or the error; "twice" for
-  // a second one.
+  // Notes each answer in its request's place: the date's seconds, the error, or "twice".
   void renew(const DonorPtr& donor, const DonationValuePtr& value = email("ann@example.org")) {
     notes.emplace_back();
     donor->renewExpirationDateForDonatedValue(
