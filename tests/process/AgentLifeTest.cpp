@@ -3,12 +3,11 @@
 namespace quenlet {
 namespace {
 
-using testing::HasSubstr;
+using namespace testing;
 
 class AgentLifeTest : public ProcessTest {
  protected:
-  // What the agent printed and the names of its events, each on a line; without the following of
-  // the owner's card, which goes on beside the rest.
+  // What it printed and its events' names; without the owner's card, which goes on beside the rest.
   [[nodiscard]] std::string happened() const {
     std::string text;
     std::istringstream lines(agent->out());
@@ -58,8 +57,8 @@ TEST_F(AgentLifeTest, DoesNotStartOverAFileThatCannotBeReadOrLocked) {
     std::filesystem::create_directories(file);  // nobody's permissions let it be read as a file
     const Ran ran = run({bin / "quenlet-agent"});
     EXPECT_EQ(ran.code, 75) << file;
-    EXPECT_THAT(ran.err, testing::StartsWith("quenlet-agent: posix-error 21: " + file.string()));
-    EXPECT_THAT(ran.err, testing::Not(HasSubstr("agentWillStart")));
+    EXPECT_THAT(ran.err, StartsWith("quenlet-agent: posix-error 21: " + file.string()));
+    EXPECT_THAT(ran.err, Not(HasSubstr("agentWillStart")));
     std::filesystem::remove(file);
   }
   std::filesystem::create_symlink("elsewhere", lock);
@@ -86,30 +85,28 @@ TEST_F(AgentLifeTest, RefusesACopyOfTheClientWhileItServesTheClient) {
   std::filesystem::copy_file(bin / "quenlet", copy);
 
   const Ran refused = run({"/bin/sh", "-c", "echo $$; exec \"$0\" list", copy});
-  EXPECT_THAT(refused.err,
-              testing::MatchesRegex(
-                  "quenlet: ovaro.general-error 4097: connection to corvel: missing entitlement\n"
-                  "hint: the agent looked for the program [^\n]*/copy\n"
-                  "hint: /etc/quenlet/entitlements/copy.plist can entitle it[^\n]*\n"
-                  "hint: [^\n]*\n"));
+  EXPECT_THAT(
+      refused.err,
+      MatchesRegex("quenlet: ovaro.general-error 4097: connection to corvel: missing entitlement\n"
+                   "hint: the agent looked for the program [^\n]*/copy\n"
+                   "hint: /etc/quenlet/entitlements/copy.plist can entitle it[^\n]*\n"
+                   "hint: [^\n]*\n"));
   const std::string process = refused.out.substr(0, refused.out.size() - 1);
   EXPECT_TRUE(eventually([&] {
     return agent->says("\"denyingRequestFromProcess:\",\"arguments\":[" + process) &&
            agent->says("\"deniedProcess:executable:\",\"arguments\":[" + process);
   })) << process;
-  EXPECT_EQ(quenlet({"list"}).code, 0);
-  EXPECT_THAT(readFile(agent->processDirectory() / "limits"),
-              testing::ContainsRegex("core file size +0 "))
+  EXPECT_EQ(quenlet("list").code, 0);
+  EXPECT_THAT(readFile(agent->processDirectory() / "limits"), ContainsRegex("core file size +0 "))
       << "values are not to be left in a file of its memory";
 
   const Ran stranger = run({"unshare", "--user", "--map-current-user", bin / "quenlet", "list"});
   if (stranger.err.starts_with("unshare: ")) GTEST_SKIP() << stranger.err;
-  EXPECT_THAT(stranger.err, HasSubstr("missing entitlement"))
-      << "it could name any program as its own";
+  EXPECT_THAT(stranger.err, HasSubstr("missing entitlement")) << "it could name any program";
 }
 
 TEST_F(AgentLifeTest, ClientSaysThatThereIsNoAgentAndEndsWhenNobodyReadsIt) {
-  EXPECT_EQ(quenlet({"card"}).code, 3);
+  EXPECT_EQ(quenlet("card").code, 3);
   EXPECT_EQ(unread("status").code, -SIGPIPE);
   const Ran watch = unread("watch");
   EXPECT_EQ(watch.code, 1);
@@ -136,7 +133,7 @@ TEST_F(AgentLifeTest, DoesEverythingInOrderFromLaunchToTheSecondHangUpAndReports
   };
   agent = start({"/bin/sh", "-c", "exec \"$0\" 2>&1", bin / "quenlet-agent"});
   ASSERT_TRUE(eventually([this] { return agent->says("willLoadExtensionVersions"); }));
-  EXPECT_THAT(passed(), testing::AllOf(testing::Ge(2), testing::Lt(5)));
+  EXPECT_THAT(passed(), AllOf(Ge(2), Lt(5)));
   const std::string discovery =
       "Discovering all extensions\nDiscovered extensions: donor extension com.example.donor\n"
       "Discovery completed\n";
@@ -147,7 +144,7 @@ TEST_F(AgentLifeTest, DoesEverythingInOrderFromLaunchToTheSecondHangUpAndReports
       "willReportAnalytics\nagentWillHandleRequest:\ndidReportAnalytics\n"
       "agentDidHandleRequest:\n";
   ASSERT_TRUE(eventually([&] { return happened() == expected; })) << happened();
-  EXPECT_THAT(passed(), testing::AllOf(testing::Ge(5), testing::Le(20)));
+  EXPECT_THAT(passed(), AllOf(Ge(5), Le(20)));
   for (int times = 0; times < 2; ++times) {
     agent->signal(SIGHUP);
     expected += "Hup hup hup!!\n" + discovery;
@@ -164,8 +161,8 @@ TEST_F(AgentLifeTest, DoesEverythingInOrderFromLaunchToTheSecondHangUpAndReports
   EXPECT_TRUE(agent->says("withinReportingInterval:"));
   EXPECT_EQ(stopAgent(), 0);
   EXPECT_EQ(readFile(counters), counted);
-  EXPECT_THAT(quenlet({"stats"}).out, testing::AllOf(HasSubstr("\n  a name            yes\n"),
-                                                     HasSubstr("\n  postal addresses  no\n")));
+  EXPECT_THAT(quenlet("stats").out, AllOf(HasSubstr("\n  a name            yes\n"),
+                                          HasSubstr("\n  postal addresses  no\n")));
 }
 
 }  // namespace

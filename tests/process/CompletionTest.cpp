@@ -24,7 +24,7 @@ TEST_F(CompletionTest, OffersWordsOptionsAndWhatTheAgentHas) {
   const std::string hostile = "x;touch $HOME/made";
   donate(hostile, "Anna Berg", {"UID:b", "TEL:+49 30 1234567"});
   donate("org:example", "Anna Berg", {"UID:c", "TEL:+49 30 98"});
-  ASSERT_EQ(quenlet({"reject", "+493098"}).code, 0);
+  ASSERT_EQ(quenlet("reject +493098").code, 0);
   const std::tuple<const char*, const char*, const char*> rows[] = {
       {"a word", "quenlet ca", "card"},
       {"a word below a word", "quenlet account re", "remove"},
@@ -41,10 +41,7 @@ TEST_F(CompletionTest, OffersWordsOptionsAndWhatTheAgentHas) {
       {"an option of a donor's", "quenlet list --bundle c", "com.example.mail"},
       {"nothing that anybody knows", "quenlet list --bundle zzz", ""},
   };
-  for (const auto& [name, line, offers] : rows) {
-    SCOPED_TRACE(name);
-    EXPECT_EQ(offersFor(line), offers);
-  }
+  for (const auto& [name, line, offers] : rows) EXPECT_EQ(offersFor(line), offers) << name;
   EXPECT_FALSE(std::filesystem::exists(home / "made"));
   if (run({"/bin/sh", "-c", "command -v fish"}).code != 0) GTEST_SKIP() << "fish is not installed";
   const Ran fish = run({"env", "PATH=" + bin.native() + ":/usr/bin:/bin", "fish", "-c",

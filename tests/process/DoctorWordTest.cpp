@@ -10,42 +10,19 @@ class DoctorWordTest : public ProcessTest {
     std::filesystem::create_directories(prefix / "bin");
     std::filesystem::copy_file(tool, prefix / "bin/quenlet");
     tool = prefix / "bin/quenlet";
-    for (const char* name : {".", "bin"}) {
-      std::filesystem::permissions(prefix / name, std::filesystem::perms(0755));
-    }
   }
-  void entitle(const std::string& file, const std::string& entries, mode_t mode = 0644) {
-    const std::filesystem::path directory = prefix / "share/quenlet/entitlements";
-    writeFile(directory / file, "<plist version=\"1.0\"><dict>" + entries + "</dict></plist>",
-              mode);
-    for (auto place = directory; place != prefix; place = place.parent_path()) {
-      std::filesystem::permissions(place, std::filesystem::perms(0755));
-    }
-  }
-  static std::string entry(const std::string& program, const std::string& rest,
-                           const std::string& value = "<true/>") {
-    return "<key>bin/" + program + "</key><dict><key>ovaro.private.contacts</key>" + value + rest +
-           "</dict>";
-  }
-  static std::string bundles(const std::string& list) {
-    return "<key>org.quenlet.bundles</key><array>" + list + "</array>";
-  }
-  std::filesystem::path install(const std::string& name, const std::string& content = "\x7f\x45LF",
-                                mode_t mode = 0755) {
+  void install(const std::string& name, const std::string& content = "\x7f\x45LF",
+               mode_t mode = 0755) {
     writeFile(prefix / "bin" / name, content, mode);
-    return prefix / "bin" / name;
   }
 
   const std::filesystem::path prefix = temporary / "installed";
 };
 
 TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
-  const std::string limited =
-      bundles("<string>com.example.one</string><string>com.example.two</string>");
-  entitle("donors.plist", entry("limited", limited) + entry("all", "") +
-                              entry("mute", bundles("")) + entry("denied", "", "<false/>") +
-                              entry("open", ""));
-  entitle("loose.plist", entry("loose", ""), 0664);
+  const std::string files = prefix / "share/quenlet/entitlements";
+  writeFile(files + "/donors.plist", goldenFile("tests/process/entitlements/donors.plist"));
+  writeFile(files + "/loose.plist", goldenFile("tests/process/entitlements/loose.plist"), 0664);
   for (const char* name : {"limited", "all", "mute", "denied", "unnamed"}) install(name);
   install("open", "", 0775);
   install("both", "", 0757);
@@ -59,7 +36,6 @@ TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
   install("loop", "#!" + (prefix / "bin/loop").native() + "\n");
   std::filesystem::create_symlink("limited", prefix / "bin/link");
   ::setenv("PATH", ((prefix / "bin").native() + ":" + formerPath).c_str(), 1);
-  const std::string files = prefix / "share/quenlet/entitlements";
 
   using Said = std::vector<std::string>;
   const std::tuple<const char*, int, Said> rows[] = {
@@ -96,13 +72,13 @@ TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
       {".", 1, Said{"/bin: it is not a file that can be executed"}},
   };
   for (const auto& [program, code, said] : rows) {
-    expect({"doctor", prefix / "bin" / program}, code, said);
+    expect("doctor '" + (prefix / "bin" / program).native() + "'", code, said);
   }
-  EXPECT_EQ(quenlet({"doctor", "--json", prefix / "bin/script"}).out,
+  EXPECT_EQ(quenlet("doctor --json " + (prefix / "bin/script").native()).out,
             "{\"executable\":\"" + (prefix / "bin/all").native() + "\",\"scripts\":[\"" +
                 (prefix / "bin/script").native() + "\"],\"served\":true,\"files\":[\"" + files +
                 "/donors.plist\"],\"advice\":[]}\n");
-  EXPECT_THAT(quenlet({"doctor", "cat"}).err, testing::HasSubstr("hint: name it by its path: "));
+  EXPECT_THAT(quenlet("doctor cat").err, testing::HasSubstr("hint: name it by its path: "));
 }
 
 }  // namespace

@@ -5,8 +5,7 @@
 namespace quenlet {
 namespace {
 
-using testing::AllOf;
-using testing::HasSubstr;
+using namespace testing;
 
 class SourcesTest : public ProcessTest {
  protected:
@@ -58,7 +57,7 @@ TEST_F(SourcesTest, LoseNoNewsOfAccountsWhenTheWordIsKilled) {
   cutShort({"sync"}, "gnome-b.plist");
   EXPECT_FALSE(cardHas("b@example.org")) << "it has heard of the first at most";
   cutShort({"add", "--id", "work", "--username", "work@example.org"}, "work.plist");
-  expect({"account", "sync"}, 0, {"cut short", "have not changed"});
+  expect("account sync", 0, {"cut short", "have not changed"});
   EXPECT_TRUE(eventually([this] { return cardHas("work@example.org"); }));
   EXPECT_TRUE(eventually([this] { return cardHas("a@example.org") && cardHas("b@example.org"); }));
 }
@@ -94,7 +93,7 @@ TEST_F(SourcesTest, RenewsWithdrawsAndBringsBackTheCardsOfADirectory) {
   writeFile(cards / "notes.txt", "no card");
   startAgent();
   disableDonations();
-  EXPECT_EQ(quenlet({"enable"}).code, 0);
+  EXPECT_EQ(quenlet("enable").code, 0);
   ASSERT_TRUE(eventually([this] { return countDonations() == 6; })) << "all is donated again";
   EXPECT_EQ(stopAgent(), 0);
   rewriteDonations(
@@ -104,13 +103,13 @@ TEST_F(SourcesTest, RenewsWithdrawsAndBringsBackTheCardsOfADirectory) {
   const std::string soonest = dayInAMonth();
   startAgent();
   EXPECT_TRUE(eventually([&] {
-    const std::string list = quenlet({"list", "--json"}).out;
+    const std::string list = quenlet("list --json").out;
     int renewed = 0;
     for (const std::string& day : std::set{soonest, dayInAMonth()}) {
       renewed += occurrences(list, '"' + day);
     }
     return countDonations() == 5 && renewed == 5;
-  })) << quenlet({"list"}).out;
+  })) << quenlet("list").out;
 
   EXPECT_EQ(stopAgent(), 0);
   rewriteDonations("entry['origin']['expirationDate'] = time.time() + 86400");

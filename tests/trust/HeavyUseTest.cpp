@@ -1,5 +1,4 @@
-// More of what clients do than they ever do. An agent with ThreadSanitizer ends when that has
-// something to report.
+// More of what clients do than they ever do. ThreadSanitizer's reports end the agent.
 
 #include <sys/stat.h>
 
@@ -9,8 +8,7 @@
 namespace quenlet {
 namespace {
 
-// All that a client can ask for, by number, with arguments that depend on another number. `replied`
-// gets the error, or null.
+// All that a client can ask for, by number, with arguments that depend on another number.
 constexpr std::size_t numberOfOperations = 10;
 void ask(CorvelProtocol& agent, std::size_t operation, std::size_t number,
          const ErrorReply& replied) {
@@ -30,8 +28,8 @@ void ask(CorvelProtocol& agent, std::size_t operation, std::size_t number,
   if (operation == 2) agent.removeDonatedMeCardValuesWithBundleIdentifier(name, success);
   if (operation == 3) agent.fetchDonatedMeCard(value);
   if (operation == 4) agent.meCardDonations(value);
-  if (operation == 5)
-    agent.changeFromAccount(number % 2 == 0 ? account : nullptr, account, replied);
+  const auto former = number % 2 == 0 ? account : nullptr;
+  if (operation == 5) agent.changeFromAccount(former, account, replied);
   if (operation == 6) agent.rejectValueWithDonationIdentifier(name, replied);
   if (operation == 7) agent.rejectValuesWithClusterIdentifier(name, replied);
   if (operation == 8) agent.removeAllRejectionsWithCompletionHandler(replied);
@@ -77,19 +75,18 @@ TEST_F(HeavyUseTest, StormLeavesOnTheDiskWhatIsHeld) {
   std::vector<std::thread> clients;
   for (unsigned i = 0; i < 6; ++i) clients.emplace_back(&askAtRandom, seed + i);
   for (int i = 0; i < count(60, 1'000); ++i) {
-    const std::vector<std::string> off{"disable", "--yes"};
-    EXPECT_EQ(quenlet(i % 2 == 0 ? off : std::vector<std::string>{"enable"}).code, 0);
+    EXPECT_EQ(quenlet(i % 2 == 0 ? "disable --yes" : "enable").code, 0);
     writeOwnersCard(cardText("Anna Berg", {"EMAIL:" + std::to_string(i) + "@example.org"}));
   }
   for (std::thread& client : clients) client.join();
-  ASSERT_TRUE(eventually([this] { return quenlet({"card"}).code == 0; })) << agent->err();
+  ASSERT_TRUE(eventually([this] { return quenlet("card").code == 0; })) << agent->err();
   donate("app", "Anna Berg", {"EMAIL:last@example.org"});
-  const std::string held = quenlet({"list"}).out;
+  const std::string held = quenlet("list").out;
   EXPECT_EQ(stopAgent(), 0) << agent->err();
   RecordProperty("operations", 6 * count(5'000, 100'000));
   EXPECT_EQ(agent->err().find("ThreadSanitizer"), std::string::npos) << agent->err();
   startAgent();
-  EXPECT_EQ(quenlet({"list"}).out, held);
+  EXPECT_EQ(quenlet("list").out, held);
 }
 
 TEST_F(HeavyUseTest, StoppedReaderOfTheLogHoldsUpNeitherRequestsNorTheEnd) {
@@ -118,7 +115,7 @@ TEST_F(HeavyUseTest, SoakTakesNoMoreMemoryInTheEndThanOnceWarm) {
   for (int number = 1; number <= batches; ++number) {
     donateBatch(client, number, size);
     if (number % 10 != 0) continue;
-    EXPECT_EQ(quenlet({"forget", "bundle" + std::to_string(number % 3)}).code, 0);
+    EXPECT_EQ(quenlet("forget bundle" + std::to_string(number % 3)).code, 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(2500));  // donors are looked for
     end = memoryInMiB();
     if (number <= batches / 2) warm = std::max(warm, end);
