@@ -7,7 +7,6 @@
 #include <iterator>
 #include <sstream>
 #include <string_view>
-#include <utility>
 
 #include "apps/AppPermission.h"
 #include "browser/host/BrowserRequest.h"
@@ -26,7 +25,7 @@
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/VCard.h"
 #include "platform/foundation/PropertyListSerializer.h"
-#include "platform/foundation/Text.h"
+
 #include "platform/ipc/FrameReader.h"
 #include "protocol/ContactWire.h"
 #include "protocol/CorvelInterface.h"
@@ -41,8 +40,7 @@ void propertyList(std::string_view text) {
   assert(PropertyListSerializer::objectWithData(written.value()).value() == object.value());
 }
 
-// A card that was read is written and read back equal, except for blanks at the ends and "tel:"
-// before an entry.
+// A card is written and read back equal, except for blanks at ends and "tel:" before entries.
 void vCard(std::string_view text) {
   for (const VCard& card : parseVCards(text).cards) {
     const std::string written = writeVCard(card.contact);
@@ -191,26 +189,15 @@ class BusTree final {
   explicit BusTree(std::string_view bytes) : rest(bytes) {}
 
   BusValue value(int depth = 0) {
-    static constexpr int letters = 9;
-    const int letter = depth > 6 ? take() % 4 : take() % letters;
-    switch (letter) {
-      case 0:
-        return text();
-      case 1:
-        return static_cast<std::int32_t>(take()) - 2;
-      case 2:
-        return take() % 2 == 0;
-      case 3:
-        return BusObjectPath{"/" + text()};
-      case 4:
-        return makeTexts({text(), text()});
-      case 5:
-        return BusList{"(oa{sv})", {BusStruct{{value(depth + 1), value(depth + 1)}}}};
-      case 6:
-        return BusBytes{text()};
-      default:
-        return dictionary(depth + 1);
-    }
+    const int letter = take() % (depth > 6 ? 4 : 9);
+    if (letter == 0) return text();
+    if (letter == 1) return static_cast<std::int32_t>(take()) - 2;
+    if (letter == 2) return take() % 2 == 0;
+    if (letter == 3) return BusObjectPath{"/" + text()};
+    if (letter == 4) return makeTexts({text(), text()});
+    if (letter == 6) return BusBytes{text()};
+    if (letter > 6) return dictionary(depth + 1);
+    return BusList{"(oa{sv})", {BusStruct{{value(depth + 1), value(depth + 1)}}}};
   }
 
  private:

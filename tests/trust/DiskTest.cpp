@@ -54,9 +54,7 @@ class DiskTest : public TrustTest {
                          const std::string& address, std::size_t labelSize = 1200) {
     const std::string label(labelSize, 'x');
     if (!address.empty()) return donateTo(client, {email(address, from("app", identifier), label)});
-    return std::get<1>(waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
-      client.removeDonatedMeCardValuesForIdentifiers({identifier}, std::move(reply));
-    }));
+    return removeFrom(client, {identifier});
   }
   // Lets users go about their business, each on a thread of its own, with a chance of its own.
   template <typename Use>
@@ -111,8 +109,7 @@ class KillTest : public DiskTest {
   std::atomic<int> acknowledgements = 0;
 };
 
-// A third of the times at a random moment, a third at each call of the saves in turn, a third at
-// each call of the start.
+// A third of the times at random, a third at each call of the saves, a third at each of the start.
 TEST_F(KillTest, KeepsWhatWasAcknowledgedAndLeavesNothingElse) {
   int cycle = 0;
   for (; cycle < count(300, 10'000) && !HasFailure(); ++cycle) {
@@ -155,8 +152,7 @@ class OrderlyEndTest : public DiskTest {
       EXPECT_TRUE(!error || error->domain() == ServiceErrorDomain) << error->description();
       if (!error) address = next;
       changes += !error;
-      // Changes of accounts are answered before they are made; more of them than can be made in the
-      // time of grace must not pile up.
+      // Changes of accounts are answered before they are made; they must not pile up for the end.
       if (!error && user == 0) error = fetch(proxy);
     }
   }
@@ -173,19 +169,13 @@ class OrderlyEndTest : public DiskTest {
       const SuccessReply success = [reply](bool, const ErrorPtr& error) { reply(error); };
       const auto account = std::make_shared<Account>(
           Account{.identifier = name, .username = address, .enabledDataclasses = {"mail"}});
-      if (user == 0) {
-        proxy.changeFromAccount(donates ? nullptr : account, donates ? account : nullptr, reply);
-      } else if (donates) {
-        proxy.donateMeCardValues({email(address, from(name, name, name))}, reply);
-      } else if (user == 1) {
-        proxy.removeDonatedMeCardValuesForIdentifiers({name}, success);
-      } else if (user == 2) {
-        proxy.removeDonatedMeCardValuesWithBundleIdentifier(name, success);
-      } else if (user == 3) {
-        proxy.rejectValueWithDonationIdentifier(name, reply);
-      } else {
-        proxy.rejectValuesWithClusterIdentifier(name, reply);
-      }
+      const auto former = donates ? nullptr : account, present = donates ? account : nullptr;
+      if (user == 0) return proxy.changeFromAccount(former, present, reply);
+      if (donates) return proxy.donateMeCardValues({email(address, from(name, name, name))}, reply);
+      if (user == 1) return proxy.removeDonatedMeCardValuesForIdentifiers({name}, success);
+      if (user == 2) return proxy.removeDonatedMeCardValuesWithBundleIdentifier(name, success);
+      if (user == 3) return proxy.rejectValueWithDonationIdentifier(name, reply);
+      proxy.rejectValuesWithClusterIdentifier(name, reply);
     }));
   }
 };
@@ -222,8 +212,7 @@ TEST_F(OrderlyEndTest, AnswersAndSavesWhatItTookAndNothingElse) {
 
 class FileFaultTest : public DiskTest {
  protected:
-  // Each kind of fault, once and for good, at one call after another, until a round makes fewer
-  // calls before it calls heal().
+  // Each kind of fault, once and for good, at each call in turn that a round makes before heal().
   void forEachFault(const char* figure, const std::function<void()>& round) {
     int faults = 0;
     for (const int fate : {FileCallPlan::fallsShort, ENOSPC, EIO, EROFS, EMFILE, EACCES, EINTR}) {
@@ -264,11 +253,7 @@ TEST_F(FileFaultTest, TellsTheClientThatASaveFailedAndSavesAllWithTheNext) {
 TEST_F(FileFaultTest, KeepsBesideTheNextSaveWhatAStartCouldNotRead) {
   forEachFault("faults in a start", [&] {
     std::filesystem::remove_all(home / "Library");
-    EXPECT_TRUE(persistence
-                    .storeWithAllValues(
-                        std::make_shared<const DonationValues>(DonationValues{email("old@")}))
-                    .result()
-                    .ok());
+    EXPECT_TRUE(persistence.storeWithAllValues(listOf({email("old@")})).result().ok());
     startPlannedAgent();
     ErrorPtr error;
     EXPECT_TRUE(eventually([&] {

@@ -34,8 +34,7 @@ class TrustTest : public ProcessTest {
   void startSilentAgent() {
     startAgent({"/bin/sh", "-c", "exec \"$0\" 2>/dev/null", bin / "quenlet-agent"});
   }
-  // PSS without mapped files, whose pages count for more whenever another program that shares them
-  // ends.
+  // PSS without mapped files, whose pages count for more once another that shares them has gone.
   [[nodiscard]] double memoryInMiB() const {
     std::istringstream words(readFile(agent->processDirectory() / "smaps_rollup"));
     for (std::string word; words >> word;) {
@@ -51,6 +50,12 @@ class TrustTest : public ProcessTest {
   static ErrorPtr donateTo(CorvelProtocol& client, const DonationValues& values) {
     return std::get<0>(waitForReply<ErrorPtr>(
         [&](ErrorReply reply) { client.donateMeCardValues(values, std::move(reply)); }));
+  }
+
+  static ErrorPtr removeFrom(CorvelProtocol& client, const std::vector<std::string>& identifiers) {
+    return std::get<1>(waitForReply<bool, ErrorPtr>([&](SuccessReply reply) {
+      client.removeDonatedMeCardValuesForIdentifiers(identifiers, std::move(reply));
+    }));
   }
 
   const unsigned seed = std::getenv("QUENLET_TRUST_SEED") != nullptr
