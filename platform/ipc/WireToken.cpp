@@ -43,19 +43,21 @@ std::optional<std::uint64_t> takeSize(std::string_view& rest) {
   return std::nullopt;
 }
 
-bool takeText(std::string_view& rest, std::string_view& text) {
+// What begins with a size.
+bool takeSized(std::string_view& rest, WireToken& token) {
   const std::optional<std::uint64_t> size = takeSize(rest);
-  if (!size || *size > rest.size()) return false;
-  text = rest.substr(0, *size);
+  if (!size) return false;
+  if (token.type == WireType::list || token.type == WireType::dictionary) {
+    const std::size_t valuesEach = token.type == WireType::list ? 1 : 2;
+    if (*size > rest.size() / valuesEach) return false;
+    token.number = *size * valuesEach;
+    return true;
+  }
+  if (*size > rest.size()) return false;
+  token.text = rest.substr(0, *size);
   rest.remove_prefix(*size);
-  return true;
-}
-
-bool takeCount(std::string_view& rest, std::size_t valuesEach, std::uint64_t& count) {
-  const std::optional<std::uint64_t> announced = takeSize(rest);
-  if (!announced || *announced > rest.size() / valuesEach) return false;
-  count = *announced * valuesEach;
-  return true;
+  token.number = token.type == WireType::object ? 1 : 0;
+  return token.type != WireType::object || !rest.empty();
 }
 
 bool takeBody(std::string_view& rest, WireToken& token) {
@@ -76,14 +78,10 @@ bool takeBody(std::string_view& rest, WireToken& token) {
     }
     case WireType::string:
     case WireType::data:
-      return takeText(rest, token.text);
     case WireType::list:
-      return takeCount(rest, 1, token.number);
     case WireType::dictionary:
-      return takeCount(rest, 2, token.number);
     case WireType::object:
-      token.number = 1;
-      return takeText(rest, token.text) && !rest.empty();
+      return takeSized(rest, token);
   }
   return false;
 }
@@ -91,11 +89,14 @@ bool takeBody(std::string_view& rest, WireToken& token) {
 }  // namespace
 
 std::optional<WireToken> WireToken::take(std::string_view& rest) {
-  const std::optional<std::uint8_t> tag = takeByte(rest);
+  // In registers, unlike `rest`.
+  std::string_view left = rest;
+  const std::optional<std::uint8_t> tag = takeByte(left);
   if (!tag || *tag > static_cast<std::uint8_t>(WireType::object)) return std::nullopt;
   WireToken token;
   token.type = static_cast<WireType>(*tag);
-  if (!takeBody(rest, token)) return std::nullopt;
+  if (!takeBody(left, token)) return std::nullopt;
+  rest = left;
   return token;
 }
 
