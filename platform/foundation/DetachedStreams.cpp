@@ -10,7 +10,11 @@
 namespace quenlet {
 namespace {
 
-constexpr std::chrono::milliseconds gatheringTime(2);
+// A thread that wakes takes the core from a request. At 2 ms the log held up one in 150 of a busy
+// client's fetches.
+constexpr std::chrono::milliseconds gatheringTime(5);
+// So many bytes do not wait for more, long before lines have to be dropped.
+constexpr std::size_t enoughBytes = DetachedStreams::mostBytesWaiting / 4;
 
 // "1,204"
 std::string inThousands(std::uint64_t number) {
@@ -34,9 +38,11 @@ void DetachedStreams::writeLine(int descriptor, std::string_view line) {
       ++dropped[descriptor];
       return;
     }
+    const bool hadEnough = bytesWaiting >= enoughBytes;
     bytesWaiting += line.size() + 1;
     append(waiting, descriptor, line);
-    if (!isIdle) return;
+    const bool isDue = !hadEnough && bytesWaiting >= enoughBytes;
+    if (!isIdle && !isDue) return;
   }
   // Without the lock, which the thread that wakes needs.
   changed.notifyAll();
@@ -59,9 +65,15 @@ void DetachedStreams::append(std::deque<Piece>& pieces, int descriptor, std::str
 void DetachedStreams::work() {
   while (true) {
     for (const Piece& piece : takeWaiting()) writeWhole(piece.descriptor, piece.text);
-    // Lines that come during this pause need not wake the thread, and share the next write.
-    std::this_thread::sleep_for(gatheringTime);
+    gather();
   }
+}
+
+// Lines that come during this pause need not wake the thread, and share the next write.
+void DetachedStreams::gather() {
+  const auto deadline = std::chrono::steady_clock::now() + gatheringTime;
+  MutexLock lock(mutex);
+  while (bytesWaiting < enoughBytes && changed.waitUntil(mutex, deadline)) continue;
 }
 
 std::deque<DetachedStreams::Piece> DetachedStreams::takeWaiting() {

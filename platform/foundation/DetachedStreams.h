@@ -47,6 +47,7 @@ class DetachedStreams final : public std::enable_shared_from_this<DetachedStream
   DetachedStreams() = default;
   static void append(std::deque<Piece>& pieces, int descriptor, std::string_view line);
   void work() EXCLUDES(mutex);
+  void gather() EXCLUDES(mutex);
   [[nodiscard]] std::deque<Piece> takeWaiting() EXCLUDES(mutex);
 
   Mutex mutex;
