@@ -6,6 +6,14 @@
 #include "mecard/DonatedEntries.h"
 
 namespace quenlet {
+namespace {
+
+// In the order of nameComponentsByKey.
+constexpr std::array<std::string ContactFields::*, nameComponentsByKey.size()> nameFields = {
+    &ContactFields::familyName, &ContactFields::givenName,  &ContactFields::middleName,
+    &ContactFields::namePrefix, &ContactFields::nameSuffix, &ContactFields::nickname};
+
+}  // namespace
 
 void DonationVisitor::visitEntry(const DonationValue& donation, Entries& entries) {
   const Fingerprint& key = donation.contentKey();
@@ -23,26 +31,21 @@ void DonationVisitor::visitEntry(const DonationValue& donation, Entries& entries
 }
 
 void DonationVisitor::visitNameComponents(const DonationValue& donation) {
-  const DecodedDonation decoded = donation.decoded();
-  const auto& components = std::get<PersonNameComponents>(decoded.content);
-  ContactFields& fields = contact.mutableFields();
   const NameDonors former = nameDonors;
-  auto donor = nameDonors.begin();
   // The last donor of a component wins; one that leaves it out takes nothing away.
-  const auto overwrite = [&](std::string& field, const std::optional<std::string>& component) {
-    if (component) {
-      field = *component;
-      *donor = &donation;
-    }
-    ++donor;
-  };
-  overwrite(fields.namePrefix, components.namePrefix);
-  overwrite(fields.givenName, components.givenName);
-  overwrite(fields.middleName, components.middleName);
-  overwrite(fields.familyName, components.familyName);
-  overwrite(fields.nameSuffix, components.nameSuffix);
-  overwrite(fields.nickname, components.nickname);
+  for (std::size_t part = 0; part < nameDonors.size(); ++part) {
+    if ((donation.nameParts() >> part & 1) != 0) nameDonors[part] = &donation;
+  }
   if (reasons) noteOverwrittenNames(former, donation);
+}
+
+void DonationVisitor::fillName() {
+  for (std::size_t part = 0; part < nameDonors.size(); ++part) {
+    if (!nameDonors[part]) continue;
+    const DecodedDonation decoded = nameDonors[part]->decoded();
+    const auto& components = std::get<PersonNameComponents>(decoded.content);
+    contact.mutableFields().*nameFields[part] = *(components.*nameComponentsByKey[part].second);
+  }
 }
 
 void DonationVisitor::noteOverwrittenNames(const NameDonors& former, const DonationValue& latest) {
@@ -63,6 +66,7 @@ void DonationVisitor::visitImageData(const DonationValue& donation) {
 }
 
 Contact DonationVisitor::takeContact() && {
+  fillName();
   ContactFields& fields = contact.mutableFields();
   fields.emailAddresses = entriesOf<std::string>(owner, std::move(emailAddresses));
   fields.phoneNumbers = entriesOf<PhoneNumber>(owner, std::move(phoneNumbers));

@@ -16,7 +16,8 @@ namespace quenlet {
 // one thread at a time.
 //
 // One set of keys finds duplicates among e-mail addresses, phone numbers and postal addresses
-// alike. Only names are parsed: the contact's entries are made when they are read.
+// alike. Only names that the card shows are parsed: the contact's entries are made when they are
+// read.
 class DonationVisitor final : public DonationValueVisitor {
  public:
   // `donations` owns all that will be visited, `expectedVisits` at most. Notes in `reasons`, unless
@@ -41,11 +42,12 @@ class DonationVisitor final : public DonationValueVisitor {
 
  private:
   using Entries = std::vector<const DonationValue*>;
-  // Whose value each component of the card's name is, null for none; the fields of a contact in
-  // their order.
-  using NameDonors = std::array<const DonationValue*, 6>;
+  // Whose value each component of the card's name is, in the order of nameComponentsByKey; null for
+  // none.
+  using NameDonors = std::array<const DonationValue*, nameComponentsByKey.size()>;
 
   void visitEntry(const DonationValue& donation, Entries& entries);
+  void fillName();
   void noteOverwrittenNames(const NameDonors& former, const DonationValue& latest);
 
   const std::shared_ptr<const DonationValues> owner;

@@ -44,6 +44,15 @@ struct ContentKey final {
   Fingerprint operator()(const Value::ImageData&) const { return {}; }
 };
 
+std::uint8_t namePartsOf(const Value::Cases& content) {
+  const auto* name = std::get_if<PersonNameComponents>(&content);
+  unsigned parts = 0;
+  for (std::size_t part = 0; name && part < nameComponentsByKey.size(); ++part) {
+    if (name->*nameComponentsByKey[part].second) parts |= 1U << part;
+  }
+  return static_cast<std::uint8_t>(parts);
+}
+
 Fingerprint keyOfCluster(const std::optional<std::string>& identifier) {
   return identifier && !identifier->empty() ? DonationKeys::ofText(*identifier) : Fingerprint();
 }
@@ -53,6 +62,7 @@ Fingerprint keyOfCluster(const std::optional<std::string>& identifier) {
 DonationValue::DonationValue(DecodedDonation&& value, std::shared_ptr<const char> startOfText,
                              std::size_t sizeOfText)
     : kindOfContent(static_cast<DonationKind>(value.content.index())),
+      partsOfName(namePartsOf(value.content)),
       textSize(static_cast<std::uint32_t>(sizeOfText)),
       expiration(value.origin.expirationDate),
       donation(DonationKeys::ofText(value.origin.donationIdentifier)),

@@ -121,6 +121,8 @@ class DonationValue final {
   void acceptDonationValueVisitor(DonationValueVisitor& visitor) const;
 
   [[nodiscard]] DonationKind kind() const { return kindOfContent; }
+  // The components that a name has: bit n for nameComponentsByKey[n]. 0 for the other kinds.
+  [[nodiscard]] std::uint8_t nameParts() const { return partsOfName; }
   [[nodiscard]] Date expirationDate() const { return expiration; }
   [[nodiscard]] const Fingerprint& donationKey() const { return donation; }
   [[nodiscard]] const Fingerprint& bundleKey() const { return bundle; }
@@ -143,6 +145,7 @@ class DonationValue final {
 
   // The digest.
   const DonationKind kindOfContent;
+  const std::uint8_t partsOfName;
   const std::uint32_t textSize;  // 0 for a record that has no text
   const Date expiration;
   const Fingerprint donation;
