@@ -50,12 +50,11 @@ std::optional<std::size_t> sizeOfTexts(const DonationValues& values) {
 }
 
 // Makes few large pieces of many small ones. Texts that lie together in memory, as those do that
-// were read from one file, stay together; a long run of them is handed on without a copy.
+// were read from one file, are copied together. All pieces but the last have one size, a multiple
+// of a page's: a file system has less to do for writes that end with a page.
 class Pieces final {
  public:
-  explicit Pieces(const FileContent::Sink& whereTo) : sink(whereTo) {
-    gathered.reserve(gatheredSize);
-  }
+  explicit Pieces(const FileContent::Sink& whereTo) : sink(whereTo) { gathered.reserve(pieceSize); }
 
   void add(std::string_view text) {
     if (run.data() + run.size() == text.data()) {
@@ -67,28 +66,26 @@ class Pieces final {
   }
   void finish() {
     endRun();
-    handOn(gathered);
+    handOnGathered();
   }
   [[nodiscard]] bool isRefused() const { return refused; }
 
  private:
   void endRun() {
-    if (gathered.size() + run.size() > gatheredSize) {
-      handOn(gathered);
-      gathered.clear();
-    }
-    if (run.size() > gatheredSize) {
-      handOn(run);
-    } else {
-      gathered.append(run);
+    while (!run.empty()) {
+      const std::string_view part = run.substr(0, pieceSize - gathered.size());
+      gathered.append(part);
+      run.remove_prefix(part.size());
+      if (gathered.size() == pieceSize) handOnGathered();
     }
   }
-  void handOn(std::string_view piece) {
-    if (!refused && !piece.empty()) refused = !sink(piece);
+  void handOnGathered() {
+    if (!refused && !gathered.empty()) refused = !sink(gathered);
+    gathered.clear();
   }
 
   // Fits into a processor's cache.
-  static constexpr std::size_t gatheredSize = std::size_t{256} << 10;
+  static constexpr std::size_t pieceSize = std::size_t{256} << 10;
   const FileContent::Sink& sink;
   std::string gathered;
   std::string_view run;
