@@ -39,14 +39,16 @@ bool ContactRebuilder::isLeftOut(const DonationValue& donation,
   return own != nullptr;
 }
 
-// All stages in one pass: with many donations, most of the time goes by until each one has come
-// from memory.
+// All stages in one pass: with many donations, most of the time goes by until each one and its
+// place among the keys have come from memory.
 Contact ContactRebuilder::buildNewContact(CardReasons* reasons) {
+  constexpr std::size_t soon = 6;
   const CollectedSuppressionResult suppression = collectSuppression();
   EmailAddressCollector collector(emailAddresses);
   DonationVisitor visitor(all, remaining.size(), reasons);
   std::erase_if(remaining, [&](std::uint32_t place) {
     prefetchDonation(*all, place);
+    if (place + soon < all->size()) visitor.expect(*(*all)[place + soon]);
     const DonationValue& donation = *(*all)[place];
     if (isLeftOut(donation, suppression, collector, reasons)) return true;
     donation.acceptDonationValueVisitor(visitor);

@@ -24,7 +24,14 @@ class DonationVisitor final : public DonationValueVisitor {
   // it is null, why values are not on the card.
   DonationVisitor(std::shared_ptr<const DonationValues> donations, std::size_t expectedVisits,
                   CardReasons* reasonsOfOthers = nullptr)
-      : owner(std::move(donations)), reasons(reasonsOfOthers), visitedValues(expectedVisits) {}
+      : owner(std::move(donations)), reasons(reasonsOfOthers), visitedValues(expectedVisits) {
+    visited.reserve(expectedVisits);
+  }
+
+  // Prepares for a visit that comes soon.
+  void expect(const DonationValue& donation) const {
+    visitedValues.prefetch(donation.contentKey());
+  }
 
   void visitNameComponents(const DonationValue& donation) override;
   void visitEmailAddress(const DonationValue& donation) override {

@@ -157,11 +157,14 @@ class DonationValue final {
   const std::unique_ptr<const DecodedDonation> kept;
 };
 
-// For loops over many records, which lie scattered in memory: fetches a later one while the one at
-// `place` is looked at.
+// For loops over many records, which lie scattered in memory: fetches both halves of a later one
+// while the one at `place` is looked at.
 inline void prefetchDonation(const DonationValues& values, std::size_t place) {
   constexpr std::size_t ahead = 12;
-  if (place + ahead < values.size()) __builtin_prefetch(values[place + ahead].get());
+  if (place + ahead >= values.size()) return;
+  const DonationValue* later = values[place + ahead].get();
+  __builtin_prefetch(later);
+  __builtin_prefetch(&later->contentKey());
 }
 
 }  // namespace quenlet
