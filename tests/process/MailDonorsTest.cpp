@@ -24,7 +24,7 @@ class MailDonorsTest : public ProcessTest {
       writeFile(temporary / name, readFile(bin.parent_path() / "libexec/quenlet" / name), 0755);
       const std::string bundle = "org.quenlet.donors." + program;
       EXPECT_THAT(readFile(extensions / (bundle + ".plist")), HasSubstr("libexec/quenlet/" + name));
-      writeFile(extensions / (bundle + ".plist"), donorManifest(bundle, temporary / name));
+      putInPlace(extensions / (bundle + ".plist"), donorManifest(bundle, temporary / name));
     }
   }
 

@@ -189,13 +189,14 @@ class ProcessTest : public testing::Test {
     writeFile(donatedCard, cardText(fullName, lines));
     expect("donate " + donatedCard + " --anyway --bundle '" + bundle + "'", 0);
   }
-  // At once, so that an agent that looks meanwhile finds the card before or this one.
-  void writeOwnersCard(const std::string& content) {
-    const std::filesystem::path written = temporary / "written.vcf";
+  // An agent that runs finds the former file or this one, never a part.
+  void putInPlace(const std::filesystem::path& file, const std::string& content) {
+    const std::filesystem::path written = temporary / "written";
     writeFile(written, content);
-    std::filesystem::create_directories(ownersCard.parent_path());
-    std::filesystem::rename(written, ownersCard);
+    std::filesystem::create_directories(file.parent_path());
+    std::filesystem::rename(written, file);
   }
+  void writeOwnersCard(const std::string& content) { putInPlace(ownersCard, content); }
   void rewriteDonations(const std::string& statement) {
     const std::string program = goldenFile("tests/process/rewrite-donations.py");
     EXPECT_EQ(run({"python3", "-c", program, donationsFile, statement}).code, 0);
@@ -214,7 +215,7 @@ class ProcessTest : public testing::Test {
   }
   // Makes the program of this name beside the manifest a donor extension of the user's own.
   void installManifest(const std::string& bundle) {
-    writeFile(extensions / (bundle + ".plist"), donorManifest(bundle, bundle));
+    putInPlace(extensions / (bundle + ".plist"), donorManifest(bundle, bundle));
   }
 
   std::string card() { return quenlet("card").out; }

@@ -15,8 +15,8 @@ class SourcesTest : public ProcessTest {
     writeFile(extensions / bundle, donorScript(program), 0700);
     installManifest(bundle);
   }
-  void writeTelephony(const char* name, const std::string& content) const {
-    writeFile(telephony / name, "<plist version=\"1.0\">" + content + "</plist>");
+  void writeTelephony(const char* name, const std::string& content) {
+    putInPlace(telephony / name, "<plist version=\"1.0\">" + content + "</plist>");
   }
   void setNumbers(const std::vector<std::string>& numbers) {
     std::string list;
