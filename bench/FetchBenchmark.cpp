@@ -48,14 +48,14 @@ struct BareServer final {
   const ChildProcess process;
 };
 
-void rawPingPong(benchmark::State& state) {
+void pingPong(benchmark::State& state, RawClient::Wait wait) {
   const CardServer card;
   const std::size_t replySize = card.replySize();
   std::array<int, 2> sockets{};
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) {
     failBenchmark("no sockets");
   }
-  RawClient near{FileDescriptor(sockets[0])};
+  RawClient near(FileDescriptor(sockets[0]), wait);
   RawClient far{FileDescriptor(sockets[1])};
   // The other side runs in a fork of this process.
   const ChildProcess echo([&] {
@@ -71,10 +71,14 @@ void rawPingPong(benchmark::State& state) {
   latencies.report(state);
 }
 
-void fetchCard(benchmark::State& state) {
+void rawPingPong(benchmark::State& state) { pingPong(state, RawClient::Wait::inReceive); }
+
+void rawPingPongInPoll(benchmark::State& state) { pingPong(state, RawClient::Wait::inPoll); }
+
+void fetch(benchmark::State& state, RawClient::Wait wait) {
   const CardServer card;
   const std::size_t replySize = card.replySize();
-  RawClient client(card.agent.home.socket());
+  RawClient client(card.agent.home.socket(), wait);
   Latencies latencies;
   for (auto _ : state) {
     latencies.measure([&] {
@@ -84,6 +88,10 @@ void fetchCard(benchmark::State& state) {
   latencies.report(state);
   state.counters["bytes"] = static_cast<double>(replySize);
 }
+
+void fetchCard(benchmark::State& state) { fetch(state, RawClient::Wait::inReceive); }
+
+void fetchCardInPoll(benchmark::State& state) { fetch(state, RawClient::Wait::inPoll); }
 
 void fetchBare(benchmark::State& state) {
   const CardServer card;
@@ -148,7 +156,9 @@ void connectFetchCloseBare(benchmark::State& state) {
 }
 
 BENCHMARK(rawPingPong)->UseRealTime();
+BENCHMARK(rawPingPongInPoll)->UseRealTime();
 BENCHMARK(fetchCard)->UseRealTime();
+BENCHMARK(fetchCardInPoll)->UseRealTime();
 BENCHMARK(fetchBare)->UseRealTime();
 BENCHMARK(fetchCardThroughLibrary)->UseRealTime();
 BENCHMARK(fetchCardPipelined)->UseRealTime();

@@ -1,5 +1,6 @@
 #include "bench/RawClient.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -20,8 +21,8 @@ std::string asRequest(const WireEncoder& body) {
 
 }  // namespace
 
-RawClient::RawClient(const std::filesystem::path& path)
-    : socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+RawClient::RawClient(const std::filesystem::path& path, Wait chosenWait)
+    : socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)), wait(chosenWait) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   std::strncpy(address.sun_path, path.c_str(), sizeof address.sun_path - 1);
@@ -38,6 +39,8 @@ bool RawClient::send(const std::string& bytes) const {
 bool RawClient::receive(std::size_t sizeInBytes) {
   received.resize(sizeInBytes);
   for (std::size_t got = 0; got < sizeInBytes;) {
+    pollfd readable{socket.get(), POLLIN, 0};
+    if (wait == Wait::inPoll && ::poll(&readable, 1, -1) != 1) return false;
     const ssize_t count = ::recv(socket.get(), received.data() + got, sizeInBytes - got, 0);
     if (count <= 0) return false;
     got += static_cast<std::size_t>(count);

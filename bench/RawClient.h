@@ -12,9 +12,13 @@ namespace quenlet {
 // A client of a Unix socket that only sends and receives, so that the figures are the other side's.
 class RawClient final {
  public:
-  explicit RawClient(FileDescriptor connected) : socket(std::move(connected)) {}
+  // How it waits for bytes. The kernel also wakes a client in `recv` when its request is read.
+  enum class Wait { inReceive, inPoll };
+
+  explicit RawClient(FileDescriptor connected, Wait chosenWait = Wait::inReceive)
+      : socket(std::move(connected)), wait(chosenWait) {}
   // Not connected when nobody listens there.
-  explicit RawClient(const std::filesystem::path& path);
+  explicit RawClient(const std::filesystem::path& path, Wait chosenWait = Wait::inReceive);
 
   [[nodiscard]] bool isConnected() const { return socket.isOpen(); }
   // False when the connection breaks.
@@ -28,6 +32,7 @@ class RawClient final {
 
  private:
   FileDescriptor socket;
+  const Wait wait;
 };
 
 // Requests as they go over the agent's socket: for the card, and to donate.
