@@ -36,7 +36,12 @@ class CardAnswerTest : public testing::Test {
 };
 
 TEST_F(CardAnswerTest, HasOwnEntriesFirstEachWithLabelAndSource) {
+  own.namePrefix = "Dr.";
   own.givenName = "Ann";
+  own.middleName = "Mae";
+  own.familyName = "Berg";
+  own.nameSuffix = "PhD";
+  own.nickname = "Annie";
   own.emailAddresses = {entry<std::string>("work", "ann@example.org")};
   const std::string answer =
       answerOn({email("ann@home.example", from("com.example.mail", "1", {}, Date(1'900'000'000)))});
@@ -72,11 +77,13 @@ TEST_F(CardAnswerTest, SaysWhatIsLeftOutOfTheCardAndWhy) {
 TEST_F(CardAnswerTest, StaysWithinTheBrowsersLimitAndSaysWhatItLeavesOut) {
   const std::string picture = "\x89PNG\r\n\x1A\n" + std::string(500'000, 'p');
   const std::string tooLong(CardAnswer::mostBytesInText + 1, 'a');
-  DonationValues many{image(picture)};
+  DonationValues many{image(picture)}, tooMany;
   for (int i = 0; i < 300; ++i) {
     PostalAddress address{.street = std::string(900, '\x01') + std::to_string(i)};
     address.city = std::string(900, '\x02');
     many.push_back(postal(address, from("com.example.many", "adr" + std::to_string(i))));
+    address.state = address.country = address.city;
+    tooMany.push_back(postal(address, from("com.example.many", "adr" + std::to_string(i))));
   }
   const std::tuple<const char*, DonationValues, std::string, std::string> rows[] = {
       {"a small one", {image(picture)}, R"("picture":{"type":"image/png","bytes":"iVB)", "note "},
@@ -84,6 +91,7 @@ TEST_F(CardAnswerTest, StaysWithinTheBrowsersLimitAndSaysWhatItLeavesOut) {
       {"what is no picture", {image("GIF89")}, "of a type that no form takes", "\"picture\""},
       {"a long address", {email(tooLong + "@example.org")}, R"("emails":[])", "aaaa"},
       {"many long ones", many, "The picture is left out", "\"picture\":"},
+      {"many longer ones", tooMany, "The card is too large", "\\u0002"},
   };
   for (const auto& [name, donated, has, hasNot] : rows) {
     const std::string answer = answerOn(donated);

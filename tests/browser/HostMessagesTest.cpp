@@ -57,6 +57,7 @@ TEST(BrowserRequestTest, TakesFlatObjectsWithOneNumberAndOneWord) {
 
       {R"({"id": 9223372036854775808, "ask": "card"})", Word::malformed, 0},
       {R"({"id": -1, "ask": "card"})", Word::malformed, 0},
+      {R"({"id": -1, "id": 2, "ask": "card"})", Word::malformed, 0},
       {R"({"id": 1.0, "ask": "card"})", Word::malformed, 0},
       {R"({"id": "1", "ask": "card"})", Word::malformed, 0},
       {R"({"id": 1, "id": 2, "ask": "card"})", Word::malformed, 0},

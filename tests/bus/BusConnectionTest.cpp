@@ -75,6 +75,11 @@ TEST_F(BusConnectionTest, CallsTheOwnerThatANameHasOrGets) {
   EXPECT_TRUE(bus.calls.empty()) << "cancelled before the owner was known";
 }
 
+TEST_F(BusConnectionTest, KnowsItsNameAndLetsNobodySendDescriptors) {
+  EXPECT_EQ(bus.connection->uniqueName(), ":1.7");
+  EXPECT_EQ(sd_bus_can_send(bus.connection->handle(), SD_BUS_TYPE_UNIX_FD), 0);
+}
+
 TEST_F(BusConnectionTest, BelievesTheBusAloneWhoHasLeft) {
   std::vector<std::string> owners;
   const auto watch = bus.connection->onOwnerChange(

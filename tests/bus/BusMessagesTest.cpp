@@ -74,6 +74,7 @@ TEST_F(BusMessagesTest, WritesNoMessageThatIsNotWhatItsSignatureSays) {
       {"too many", "s", {"a", "b"}},
       {"another type", "u", {"a"}},
       {"another element", "as", {BusList{"s", {7u}}}},
+      {"text for a struct", "(s)", {"a"}},
       {"not UTF-8", "s", {"\xC3"}},
       {"zero byte", "s", {std::string("a\0b", 3)}},
       {"key that is not UTF-8", "a{sv}", {BusDictionary{{"\xFF", 1u}}}},

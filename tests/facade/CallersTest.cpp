@@ -89,6 +89,10 @@ TEST_F(CallersTest, RefusesWhatIsTooMuchForAllOfThem) {
   call(":1.3", "e", 0);
   call(":1.4", "f", 0);
   EXPECT_EQ(refused.back(), std::string("f ") + BusyError) << "a fourth connection";
+  identify(":1.1", "org.example.A");
+  finish("a");
+  call(":1.1", "g", 90);
+  EXPECT_EQ(done.back(), "g") << "no longer too much";
 }
 
 // As an app can have that waits for the owner's answer.

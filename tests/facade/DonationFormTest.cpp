@@ -50,6 +50,8 @@ TEST(DonationFormTest, RefusesWhatIsTooLargeOrNotUnderstood) {
       {"another type", emailOf(7u), InvalidArgsError},
       {"misspelt key", withUnknownKey, InvalidArgsError},
       {"no identifier", emailOf("a@example.org", {}), InvalidArgsError},
+      {"no origin", {{"kind", "emailAddress"}, {"value", "a"}}, InvalidArgsError},
+      {"another type of it", {{"kind", "imageData"}, {"origin", 7u}}, InvalidArgsError},
       {"no date", emailOf("a", origin({{"donationDate", "today"}})), InvalidArgsError},
       {"unknown part", donationOf("name", part("firstName", "Anna")), InvalidArgsError},
       {"another type of it", donationOf("postalAddress", part("city", 7u)), InvalidArgsError},

@@ -134,6 +134,21 @@ TEST_F(WatchersTest, LooksOnceForEachAppAndOneRoundAfterTheOther) {
   EXPECT_EQ(looks.size(), 2U);
 }
 
+TEST_F(WatchersTest, RefusesOneMoreThanAThousandAndTwentyFour) {
+  for (int i = 1; i <= 1024; ++i) add(":1." + std::to_string(i));
+  EXPECT_THAT(traced(), ElementsAre("follow"));
+  const std::string refused = std::string(":2.1 ") + BusyError;
+  add(":2.1");
+  EXPECT_THAT(traced(), ElementsAre(refused)) << "those that wait count";
+  change();
+  traced();
+  add(":2.1");
+  add(":1.5");
+  watchers.remove(":1.5");
+  add(":2.1");
+  EXPECT_THAT(traced(), ElementsAre(refused, ":1.5 watches", ":2.1 watches"));
+}
+
 TEST_F(WatchersTest, ForgetsOneThatGoesBeforeItsAnswerAndRefusesAllAfterItsEnd) {
   add(":1.1");
   watchers.remove(":1.1");

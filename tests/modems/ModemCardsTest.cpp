@@ -81,6 +81,7 @@ TEST(ModemCardsTest, LetANumberGoOnlyWhenAnotherCardHasTakenItsCardsPlace) {
       {"another card, back in another place", "", {"a=1:111", "", "b=2:222", "b=1:111"}, "1/111"},
       {"same card in another place", "", {"a=1:111", "", "b=1:111", "b=2:222"}, "2/222"},
       {"other numbers of the card", "1/111 1/112", {"a=1:112,113"}, "1/112 1/113"},
+      {"other numbers while it ran", "", {"a=1:111,112", "a=1:112,113"}, "1/112 1/113"},
       {"same number, another card", "1/111", {"a=2:111"}, "2/111"},
       {"two cards", "1/111", {"a=1:111 b=2:222"}, "1/111 2/222"},
       {"cards change places", "1/111 2/222", {"a=2:222 b=1:111"}, "1/111 2/222"},

@@ -100,6 +100,8 @@ class FakeBus final {
 
   std::unique_ptr<BusConnection> connection;
   std::vector<Call> calls;
+  // Of the last answer of the object.
+  BusValues results;
   std::set<std::string> absent;
 
  private:
@@ -132,6 +134,7 @@ class FakeBus final {
     if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) {
       const sd_bus_error* error = sd_bus_message_get_error(message);
       answered = error == nullptr ? "ok" : error->name;
+      results = readArguments(message).value();
       return;
     }
     Call call{nameOf(sd_bus_message_get_destination(message)), sd_bus_message_get_path(message),

@@ -89,6 +89,13 @@ class RawPeer final {
     return true;
   }
 
+  // As much as is taken without waiting; how many bytes that was.
+  [[nodiscard]] std::size_t sendAtOnce(std::string_view bytes) const {
+    const ssize_t sent =
+        ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+    return static_cast<std::size_t>(std::max<ssize_t>(sent, 0));
+  }
+
   // Sends a byte with a descriptor attached; false when that is refused.
   [[nodiscard]] bool pass(int descriptor) const {
     iovec part{&descriptor, 1};

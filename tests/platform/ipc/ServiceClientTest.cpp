@@ -69,6 +69,16 @@ TEST_F(ServiceClientTest, GetsRepliesOfManyThreadsInAnyOrder) {
   for (int n = 0; n < 2 * each; ++n) EXPECT_EQ(replies[n].get(), std::to_string(n));
 }
 
+// The loop gives way to a thread that reads, and takes over again.
+TEST_F(ServiceClientTest, GetsALateReplyAfterAnotherCallHasWaited) {
+  for (int n = 0; n < 50; ++n) {
+    std::future<std::string> late = callLater("later", "a");
+    EXPECT_EQ(call("echo", "b"), "b");
+    service->answerOne();
+    ASSERT_EQ(late.get(), "a");
+  }
+}
+
 TEST_F(ServiceClientTest, MovesLargeMessagesBothWaysAtOnceAndRefusesTooLargeOnes) {
   const std::string large(1'500'000, 'x');
   std::vector<std::future<std::string>> replies;

@@ -87,6 +87,16 @@ TEST_F(UnixServiceListenerTest, DoesNotReadBeyondTheUnansweredLimit) {
     performed += service->takePerformed().size();
     EXPECT_LE(performed, i + 4);
   }
+  for (std::uint64_t i = 1; i <= 4; ++i) ASSERT_TRUE(peer.send(RawPeer::request(i, "later", "x")));
+  service->waitForRequests(4);
+  const std::string large = RawPeer::request(5, "echo", std::string(4'000'000, 'y'));
+  RawPeer other = connect();
+  std::size_t sent = 0;
+  for (int i = 0; i < 50; ++i) {
+    sent += peer.sendAtOnce(std::string_view(large).substr(sent));
+    EXPECT_EQ(echo(other, 2, "o"), "2 o");
+  }
+  EXPECT_LT(sent, 1'000'000U) << "more than the socket holds";
 }
 
 TEST_F(UnixServiceListenerTest, OutlivesPeersThatVanishWithRequestsOpen) {

@@ -266,6 +266,12 @@ TEST_F(EventLoopTest, ReportsReadinessUntilPausedAndAgainAfterwards) {
   EXPECT_EQ(callsIn(3), 0);
   watch->setEvents(EPOLLIN);
   EXPECT_GE(callsIn(1), 1);
+  watch->cancel();
+  std::uint32_t reported = 0;
+  const auto another =
+      loop.watch(near.get(), EPOLLIN, [&](std::uint32_t ready) { reported = ready; });
+  EXPECT_EQ(callsIn(1), 0);
+  EXPECT_NE(reported & EPOLLIN, 0U) << "the kernel has forgotten the first";
 }
 
 TEST_F(EventLoopTest, NeverCallsAHandlerCancelledInTheSameRound) {
