@@ -16,7 +16,8 @@ class DoctorWordTest : public ProcessTest {
     writeFile(prefix / "bin" / name, content, mode);
   }
 
-  const std::filesystem::path prefix = temporary / "installed";
+  // Short, so that a path below it fits into a line wherever temporary files lie.
+  const std::filesystem::path prefix = temporary / "in";
 };
 
 TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {

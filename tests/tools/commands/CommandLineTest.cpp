@@ -235,8 +235,11 @@ TEST_F(CommandLineTest, SaysWhatTheAgentDidNotDoAndWhyOnlyIfItIsKnown) {
   const std::string card = file("c.vcf", "FN:Ann\nUID:u\nEMAIL:a@x.org\nEMAIL:b@x.org\n");
   keeper.rejectsAll = true;
   EXPECT_EQ(run("donate " + card + " --bundle app", &keeper), 0);
-  EXPECT_THAT(out.str(), HasSubstr(": 0 donated as app, 1 left out: you rejected it, "));
-  EXPECT_THAT(out.str(), HasSubstr("left out: not taken by the agent; "));
+  // Where lines end depends on the length of the file's path.
+  std::string said = out.str();
+  std::replace(said.begin(), said.end(), '\n', ' ');
+  EXPECT_THAT(said, HasSubstr(": 0 donated as app, 1 left out: you rejected it, "));
+  EXPECT_THAT(said, HasSubstr("left out: not taken by the agent; "));
   EXPECT_EQ(run("unreject a@x.org A@X.ORG 1"), 1) << "no number was shown";
   EXPECT_EQ(run("unreject a@x.org A@X.ORG"), 0);
   EXPECT_THAT(out.str(), StartsWith("Not rejected any more: the e-mail address a@x.org.\n"));
