@@ -1,12 +1,7 @@
 // Each target takes any bytes. The environment's QUENLET_FUZZ_TARGET names the one to try.
 
 #include <cassert>
-#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <iterator>
-#include <sstream>
-#include <string_view>
 
 #include "apps/AppPermission.h"
 #include "browser/host/BrowserRequest.h"

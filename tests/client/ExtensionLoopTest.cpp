@@ -1,6 +1,3 @@
-#include <stdlib.h>
-#include <time.h>
-
 #include <cmath>
 #include <thread>
 

@@ -1,5 +1,4 @@
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include "facade/DialogBackend.h"
 #include "facade/SandboxedApp.h"

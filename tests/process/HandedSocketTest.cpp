@@ -1,5 +1,4 @@
 #include <poll.h>
-#include <sys/stat.h>
 
 #include "tests/platform/ipc/RawPeer.h"
 #include "tests/process/ProcessTest.h"

@@ -1,9 +1,5 @@
 #include "platform/counters/PrometheusCounterStore.h"
 
-#include <stdio.h>
-
-#include <semaphore>
-
 #include "tests/platform/files/SteeredFileOperations.h"
 #include "tests/support/SteeredDataProxy.h"
 #include "tests/support/TemporaryDirectory.h"

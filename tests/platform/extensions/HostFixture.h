@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sys/wait.h>
-
 #include "platform/extensions/ExtensionError.h"
 #include "platform/extensions/ExtensionHost.h"
 #include "platform/scheduling/EventLoopScheduler.h"

@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include "platform/files/DirectoryWatch.h"
 #include "platform/files/LockFile.h"
 #include "platform/files/TrustedProgram.h"

@@ -1,6 +1,5 @@
 #include "platform/files/PosixDataProxy.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 
 #include <latch>

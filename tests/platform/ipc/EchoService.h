@@ -1,7 +1,5 @@
 #pragma once
 
-#include <semaphore>
-
 #include "platform/ipc/UnixServiceListener.h"
 #include "platform/ipc/WireEncoder.h"
 #include "tests/support/TemporaryDirectory.h"

@@ -1,11 +1,7 @@
 #include "platform/ipc/PeerIdentity.h"
 
-#include <sched.h>
-#include <signal.h>
 #include <sys/mount.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "tests/platform/ipc/RawPeer.h"
 #include "tests/support/TemporaryDirectory.h"

@@ -1,10 +1,7 @@
 #include "tests/platform/ipc/SystemCalls.h"
 
-#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <unistd.h>
-
-#include <cerrno>
 
 #include "platform/scheduling/attachedDescriptors.h"
 

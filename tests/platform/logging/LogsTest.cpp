@@ -3,7 +3,6 @@
 
 #include <future>
 #include <latch>
-#include <semaphore>
 
 #include "platform/logging/DonationLoggerProvider.h"
 #include "platform/logging/SyslogSystemLog.h"

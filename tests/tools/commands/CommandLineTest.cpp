@@ -2,12 +2,10 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include "client/Pseudonyms.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "tests/support/KeepingAgent.h"
-#include "tests/support/RecordingAgent.h"
 #include "tests/support/TemporaryDirectory.h"
 #include "tools/owner/ClientPrograms.h"
 #include "tools/owner/UserAccounts.h"
