@@ -1,7 +1,5 @@
 #include <gmock/gmock.h>
 
-#include <cmath>
-
 #include "analytics/AugmentationClassifier.h"
 #include "analytics/MetricsAttempt.h"
 #include "tests/support/GoldenFile.h"
@@ -78,27 +76,21 @@ class MetricsAttemptTest : public testing::Test {
     };
     return services;
   }
-  void haveCard(ContactFields fields) {
-    environment.contacts->card = std::make_shared<const Contact>(std::move(fields));
+  // What happened, a line each, without the scheduler.
+  std::string take() {
+    std::string lines;
+    for (const auto& event : environment.trace.take()) {
+      lines += event.substr(event.find(": ") + 2) + "\n";
+    }
+    return lines;
   }
-  // What happened, without the scheduler.
-  Events take() {
-    Events events = environment.trace.take();
-    for (auto& event : events) event.erase(0, event.find(": ") + 2);
-    return events;
-  }
-  Events attempt() {
+  std::string attempt() {
     MetricsAttempt::runMetricsAttempt(agent);
     return take();
   }
-  static std::string linesOf(const Events& events) {
-    std::string text;
-    for (const std::string& event : events) text += event + "\n";
-    return text;
-  }
 
-  static inline const Events start = {"willReportAnalytics", "begin ovaro.quenlet-agent.metrics",
-                                      "set last-metrics-attempt", "fetch"};
+  static inline const std::string start =
+      "willReportAnalytics\nbegin ovaro.quenlet-agent.metrics\nset last-metrics-attempt\nfetch\n";
   TestEnvironment environment;
   const std::shared_ptr<FakeDefaults> defaults = std::make_shared<FakeDefaults>(environment.trace);
   const std::shared_ptr<RecordingAgent> agent = std::make_shared<RecordingAgent>();
@@ -122,13 +114,13 @@ TEST_F(MetricsAttemptTest, ReportsBothCardsAndLastsUntilTheDonatedOneIsThere) {
     if (i < 2) curated.postalAddresses.append(address);
     if (i < 5) donated.postalAddresses.append(address);
   }
-  haveCard(curated);
+  environment.contacts->card = std::make_shared<const Contact>(curated);
   agent->contact = std::make_shared<const Contact>(donated);
   agent->holdsReplies = true;
-  EXPECT_EQ(linesOf(attempt()), reports.take("both cards, before the donated one is there"));
+  EXPECT_EQ(attempt(), reports.take("both cards, before the donated one is there"));
   EXPECT_EQ(defaults->lastAttempt, PropertyList(now));
-  agent->answerHeldFetch();
-  EXPECT_EQ(linesOf(take()), reports.take("the donated card"));
+  agent->waitForHeldReply()();
+  EXPECT_EQ(take(), reports.take("the donated card"));
 }
 
 TEST_F(MetricsAttemptTest, ReportsTheFieldsOfACardWithoutADonatedOne) {
@@ -141,24 +133,22 @@ TEST_F(MetricsAttemptTest, ReportsTheFieldsOfACardWithoutADonatedOne) {
        {std::pair("a name and a number", named), std::pair("a number", phoneOnly),
         std::pair("nothing", ContactFields())}) {
     defaults->lastAttempt.reset();
-    haveCard(card);
-    EXPECT_EQ(linesOf(attempt()), reports.take(name));
+    environment.contacts->card = std::make_shared<const Contact>(card);
+    EXPECT_EQ(attempt(), reports.take(name));
   }
   ReportSink::isLogEnabled = false;
   defaults->lastAttempt.reset();
-  EXPECT_EQ(attempt().at(start.size()), "ovaro.quenlet.me-card.count = 1");
+  EXPECT_THAT(attempt(), testing::StartsWith(start + "ovaro.quenlet.me-card.count = 1\n"));
   ReportSink::isLogEnabled = true;
   EXPECT_EQ(ReportSink::logsMade, 1) << "for all reports of the process";
 }
 
 TEST_F(MetricsAttemptTest, UsesTheDayUpWithoutACard) {
-  Events runs = start;
-  runs.insert(runs.end(), {"noMeCard", "didReportAnalytics", "end"});
-  const auto stopsFor = [](const char* date) {
-    return Events{"willReportAnalytics", std::string("withinReportingInterval: ") + date,
-                  "didReportAnalytics"};
+  const std::string runs = start + "noMeCard\ndidReportAnalytics\nend\n";
+  const auto stopsFor = [](const std::string& date) {
+    return "willReportAnalytics\nwithinReportingInterval: " + date + "\ndidReportAnalytics\n";
   };
-  const std::tuple<const char*, std::optional<PropertyList>, Events> rows[] = {
+  const std::tuple<const char*, std::optional<PropertyList>, std::string> rows[] = {
       {"missing", std::nullopt, runs},
       {"a string", "2026-01-01T00:00:00Z", runs},
       {"a second more than a day ago", now.addingSeconds(-86401), runs},
@@ -182,7 +172,7 @@ TEST_F(MetricsAttemptTest, RunsNoEarlierForTheWholeSecondsOfTheFileAndEvenWithou
   defaults->lastAttempt.reset();
   defaults->failure = makePosixError(ENOSPC, "write");
   testing::internal::CaptureStderr();
-  EXPECT_EQ(attempt().at(start.size()), "noMeCard");
+  EXPECT_THAT(attempt(), testing::StartsWith(start + "noMeCard\n"));
   EXPECT_THAT(testing::internal::GetCapturedStderr(), testing::StartsWith("quenlet: last-metrics"));
 }
 

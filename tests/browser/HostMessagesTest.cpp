@@ -18,17 +18,6 @@ std::string framed(const std::string& text) {
   return framed(text, static_cast<std::uint32_t>(text.size()));
 }
 
-// All messages in brackets, and "!" after a fault, of bytes that come in pieces of `size`.
-std::string messagesOf(const std::string& bytes, std::size_t size) {
-  MessageReader reader;
-  std::string found;
-  for (std::size_t at = 0; at < bytes.size(); at += size) {
-    reader.add(std::string_view(bytes).substr(at, size));
-    while (const auto message = reader.next()) found += "[" + *message + "]";
-  }
-  return found + (reader.hasFault() ? "!" : "");
-}
-
 TEST(MessageReaderTest, CutsWhatComesIntoMessagesHoweverItComes) {
   const std::string longest(MessageReader::mostBytes, 'a');
   const std::tuple<std::string, std::string> rows[] = {
@@ -43,7 +32,13 @@ TEST(MessageReaderTest, CutsWhatComesIntoMessagesHoweverItComes) {
   };
   for (const auto& [bytes, messages] : rows) {
     for (const std::size_t size : {1, 3, 5000}) {
-      EXPECT_EQ(messagesOf(bytes, size), messages) << messages.size() << " " << size;
+      MessageReader reader;
+      std::string found;  // in brackets, and "!" after a fault
+      for (std::size_t at = 0; at < bytes.size(); at += size) {
+        reader.add(std::string_view(bytes).substr(at, size));
+        while (const auto message = reader.next()) found += "[" + *message + "]";
+      }
+      EXPECT_EQ(found + (reader.hasFault() ? "!" : ""), messages) << messages.size() << " " << size;
     }
   }
 }

@@ -39,11 +39,8 @@ class WatchersTest : public testing::Test {
   Watchers watchers{[this](Client::CardHandler handler) {
                       trace.emplace_back("follow");
                       if (isBroken) throw std::bad_alloc();
-                      if (atOnce) {
-                        handler(*atOnce);
-                      } else {
-                        card = std::move(handler);
-                      }
+                      card = std::move(handler);
+                      if (atOnce) card(*atOnce);
                       return [this] { trace.emplace_back("stop"); };
                     },
                     idle,

@@ -6,26 +6,23 @@
 namespace quenlet {
 namespace {
 
-// "identifier type username name class,class" for each; or "!" and the error's sentence.
-std::string textOf(const Result<std::optional<OnlineAccounts::Accounts>>& accounts) {
-  if (!accounts.ok()) return "!" + accounts.error()->debugDescription();
-  if (!accounts.value()) return "unknown";
-  std::string text;
-  for (const Account& account : *accounts.value()) {
-    EXPECT_TRUE(account.isActive && OnlineAccounts::isOne(account));
-    const std::string* name = findString(account.properties, "FullUserName");
-    text += account.identifier + " " + *account.accountType->identifier + " " + *account.username +
-            " " + (name ? *name : "-") + " ";
-    for (const std::string& each : account.enabledDataclasses) text += each + ",";
-    text += "\n";
-  }
-  return text;
-}
-
 class OnlineAccountsTest : public testing::Test {
  protected:
+  // "identifier type username name class,class" for each; or "!" and the error's sentence.
   std::string found() const {
-    return textOf(OnlineAccounts::read({home.path(), home / ".config"}));
+    const auto accounts = OnlineAccounts::read({home.path(), home / ".config"});
+    if (!accounts.ok()) return "!" + accounts.error()->debugDescription();
+    if (!accounts.value()) return "unknown";
+    std::string text;
+    for (const Account& account : *accounts.value()) {
+      EXPECT_TRUE(account.isActive && OnlineAccounts::isOne(account));
+      const std::string* name = findString(account.properties, "FullUserName");
+      text += account.identifier + " " + *account.accountType->identifier + " " +
+              *account.username + " " + (name ? *name : "-") + " ";
+      for (const std::string& each : account.enabledDataclasses) text += each + ",";
+      text += "\n";
+    }
+    return text;
   }
   std::string foundIn(const std::string& text) const {
     home.write(".config/goa-1.0/accounts.conf", text);

@@ -8,11 +8,6 @@ namespace {
 
 using testing::ElementsAre;
 
-class Ignored final : public Cancelable {
- public:
-  void cancel() override {}
-};
-
 // Follows a daemon with one modem, or two.
 class DaemonFollowerTest : public testing::Test {
  protected:
@@ -47,7 +42,7 @@ class DaemonFollowerTest : public testing::Test {
   DaemonFollower follower{[this](double delaySeconds, Block block) {
                             delays.push_back(delaySeconds);
                             retry = std::move(block);
-                            return std::make_shared<Ignored>();
+                            return std::make_shared<CancelBlock>([] {});
                           },
                           *bus.connection, std::make_unique<OfonoDaemon>(),
                           [this](const std::vector<Modem>& modems) {

@@ -36,18 +36,6 @@ SIMCardItems itemsOf(const std::string& text) {
   return items;
 }
 
-std::string textOf(const SIMCardItems& items) {
-  std::string text;
-  for (const SIMCardItem& item : items) {
-    std::string owner = item.identifier;
-    for (const char* card : {"", "1", "2", "3"}) {
-      if (item.identifier == ModemCards::identifierOf(card, item.value)) owner = card;
-    }
-    text += (text.empty() ? "" : " ") + owner + "/" + item.value;
-  }
-  return text;
-}
-
 // What is written after the daemon "m", or "o" in steps that begin with it, said all this in turn.
 std::string writtenAfter(const std::string& before, const std::vector<std::string>& steps) {
   ModemCards cards;
@@ -63,7 +51,15 @@ std::string writtenAfter(const std::string& before, const std::vector<std::strin
       written = *std::move(list);
     }
   }
-  return textOf(written);
+  std::string text;
+  for (const SIMCardItem& item : written) {
+    std::string owner = item.identifier;
+    for (const char* card : {"", "1", "2", "3"}) {
+      if (item.identifier == ModemCards::identifierOf(card, item.value)) owner = card;
+    }
+    text += (text.empty() ? "" : " ") + owner + "/" + item.value;
+  }
+  return text;
 }
 
 TEST(ModemCardsTest, LetANumberGoOnlyWhenAnotherCardHasTakenItsCardsPlace) {

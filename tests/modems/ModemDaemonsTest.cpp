@@ -6,25 +6,20 @@
 namespace quenlet {
 namespace {
 
-// "/modem/3 readable 89: 111 112".
-std::string textOf(const Modem& modem) {
-  static const char* const states[] = {"unknown", "absent", "readable"};
-  std::string text =
-      modem.place + " " + states[static_cast<int>(modem.state)] + " " + modem.card.identifier + ":";
-  for (const std::string& number : modem.card.numbers) text += " " + number;
-  return text;
-}
-
-// Each listed modem, after it was told of its card by the answer, if it asks for one.
+// Each listed modem, after it was told of its card by the answer, if it asks for one:
+// "/modem/3 readable 89: 111 112 @/sim/5".
 std::string read(const ModemDaemonProtocol& daemon, const BusValues& list,
                  const BusDictionary& card) {
   const auto listed = daemon.listed(list);
   if (!listed) return "no list";
+  static const char* const states[] = {"unknown", "absent", "readable"};
   std::string text;
   for (const ListedModem& each : *listed) {
     const Modem modem = each.cardCall ? daemon.withCard(each.modem, {card}) : each.modem;
-    text += (text.empty() ? "" : "; ") + textOf(modem) +
-            (each.cardCall ? " @" + each.cardCall->path : "");
+    text += (text.empty() ? "" : "; ") + modem.place + " " + states[static_cast<int>(modem.state)] +
+            " " + modem.card.identifier + ":";
+    for (const std::string& number : modem.card.numbers) text += " " + number;
+    if (each.cardCall) text += " @" + each.cardCall->path;
   }
   return text;
 }

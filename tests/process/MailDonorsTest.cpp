@@ -77,20 +77,15 @@ TEST_F(MailDonorsTest, AreSwitchedOffWhenNobodyCollectsAnyMore) {
   std::vector<std::unique_ptr<ChildProcess>> waiting;
   auto lock = LockFile::tryLock(donationsFile.parent_path() / "collect.lock");
   ASSERT_TRUE(lock.ok());
-  for (const std::vector<std::string>& words :
-       {std::vector<std::string>{"collect"}, {"extension", "disable", "mail"}}) {
-    std::vector<std::string> command = words;
-    command.insert(command.begin(), bin / "quenlet");
-    waiting.push_back(start(std::move(command)));
-  }
+  waiting.push_back(start({bin / "quenlet", "collect"}));
+  waiting.push_back(start({bin / "quenlet", "extension", "disable", "mail"}));
   for (const auto& each : waiting) {
     EXPECT_TRUE(eventually([&] { return each->says("Waiting for"); }));
     EXPECT_TRUE(each->isRunning());
   }
   EXPECT_TRUE(std::filesystem::exists(extensions / "org.quenlet.donors.kmail.plist"));
   lock = Result<std::shared_ptr<LockFile>>::failure(nullptr);
-  EXPECT_TRUE(waiting.back()->wait().has_value());
-  EXPECT_TRUE(waiting.front()->wait().has_value());
+  for (const auto& each : waiting) EXPECT_TRUE(each->wait().has_value());
   EXPECT_FALSE(std::filesystem::exists(extensions / "org.quenlet.donors.kmail.plist"));
   EXPECT_EQ(countDonations(), 0);
 }

@@ -132,12 +132,11 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
        "NOT WELL  own card", "NOT WELL  records      feedback.plist is damaged: ", "NOT WELL  unit",
        "do: systemctl --user unmask quenlet-agent.service\n", "well      agent"});
   expect("doctor --json", 1, {R"({"check":"own card","well":false,"found":)"});
-  const std::string toEnable = "do: systemctl --user enable --now quenlet-agent\n";
   for (const auto& [service, socket, said] :
        {std::tuple<std::string, std::string, std::string>{
             "disabled", "enabled", "well      unit         socket enabled: starts on demand\n"},
         {"disabled", "disabled", "NOT WELL  unit         disabled: systemd does not"},
-        {"disabled", "not-found", toEnable},
+        {"disabled", "not-found", "do: systemctl --user enable --now quenlet-agent\n"},
         {"enabled", "masked", "do: systemctl --user unmask quenlet-agent.socket\n"}}) {
     installCommand("systemctl",
                    "[ $3 = quenlet-agent.socket ] && echo " + socket + " || echo " + service);

@@ -2,9 +2,6 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <regex>
@@ -223,8 +220,7 @@ class ProcessTest : public testing::Test {
   // How many donations the agent has; -1 when it does not tell.
   int countDonations() {
     const Ran ran = quenlet("list --json");
-    if (ran.code != 0) return -1;
-    return occurrences(ran.out, "\"origin\":");
+    return ran.code == 0 ? occurrences(ran.out, "\"origin\":") : -1;
   }
   // Where a line ends depends on the length of the temporary directory's name.
   static std::string asOneLine(std::string text) {

@@ -110,11 +110,10 @@ TEST_F(RejectWordsTest, DisableLeavesNoValueBelowTheHomeOnceNoAgentRuns) {
             HasSubstr("quenlet export"), HasSubstr("Nothing has changed.")));
   EXPECT_EQ(countDonations(), 7);
   EXPECT_EQ(stopAgent(), 0);
-  const std::filesystem::path directory = donationsFile.parent_path();
   linkDonationsElsewhere();
   for (const char* name : {"donations.plist.damaged-7", ".donations.plist.quenlet-0123456789abcdef",
                            "tool-journal.plist.damaged-1"}) {
-    std::filesystem::copy_file(elsewhere, directory / name);
+    std::filesystem::copy_file(elsewhere, donationsFile.parent_path() / name);
   }
   const std::filesystem::path page = temporary / "quenlet/pages/card.html";
   writeFile(page, "12 Larch Lane");

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "protocol/CorvelProtocol.h"
-#include "tests/support/DonationFactory.h"
+#include "tests/support/RecordingAgent.h"
 
 namespace quenlet {
 
-// Keeps donations as the agent does. The `failing`th call from now, from 1 on, gets `failure`.
-class KeepingAgent final : public CorvelProtocol {
+// Keeps donations as the agent does. The `failing`th call from now, from 1 on, gets `failure`. What
+// does not change or list donations goes to the base.
+class KeepingAgent final : public RecordingAgent {
  public:
   DonationValues held;
   // How many values came in each request, "3 1 ".
@@ -37,11 +37,7 @@ class KeepingAgent final : public CorvelProtocol {
       const auto place = std::find_if(held.begin(), held.end(), [&](const auto& present) {
         return present->donationKey() == value->donationKey();
       });
-      if (place == held.end()) {
-        held.push_back(value);
-      } else {
-        *place = value;
-      }
+      *(place == held.end() ? held.emplace(place) : place) = value;
     }
     reply(nullptr);
   }
@@ -65,16 +61,11 @@ class KeepingAgent final : public CorvelProtocol {
     if (fails()) return reply(nullptr, failure);
     reply(listOf(held), nullptr);
   }
-  void removeDonatedMeCardValuesWithBundleIdentifier(std::string, SuccessReply) override {}
-  void fetchDonatedMeCard(ContactReply) override {}
-  void synchronousDonatedMeCard(EitherContactReply) override {}
   void rejectValueWithDonationIdentifier(std::string identifier, ErrorReply reply) override {
     removeDonatedMeCardValuesForIdentifiers(
         {std::move(identifier)},
         [reply = std::move(reply)](bool, const ErrorPtr& error) { reply(error); });
   }
-  void rejectValuesWithClusterIdentifier(std::string, ErrorReply) override {}
-  void removeAllRejectionsWithCompletionHandler(ErrorReply) override {}
 
  private:
   bool fails() { return failing > 0 && --failing == 0; }

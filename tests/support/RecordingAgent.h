@@ -11,7 +11,7 @@ namespace quenlet {
 // An agent that notes the operations with their arguments and replies at once: with the error it
 // was told to give, else with success, `contact` and `value`. It keeps the handlers of donations
 // and of a fetch to itself when it holds replies. Thread-safe, except for changes of `contact`.
-class RecordingAgent final : public CorvelProtocol {
+class RecordingAgent : public CorvelProtocol {
  public:
   const DonationValuePtr value =
       email("ann@example.org", from("bundle", "id", "cluster", Date(40 * 86400 + 2.5)));
@@ -34,19 +34,11 @@ class RecordingAgent final : public CorvelProtocol {
     MutexLock lock(mutex);
     return std::exchange(calls, {});
   }
-  void waitForHeldReply() {
+  // What answers the first request whose reply is held; the handler is kept, as an agent may.
+  std::function<void()> waitForHeldReply() {
     MutexLock lock(mutex);
     while (held.empty()) changed.wait(mutex);
-  }
-
-  // Answers the fetch whose reply it has held, and keeps the handler, as an agent may.
-  void answerHeldFetch() {
-    std::function<void()> answer;
-    {
-      MutexLock lock(mutex);
-      answer = held.front();
-    }
-    answer();
+    return held.front();
   }
 
   // Calls all ten operations of `way`, which leads here, and tells `replied` of each by its place.

@@ -1,4 +1,3 @@
-#include <fcntl.h>
 #include <sys/mman.h>
 
 #include "mecard/DonatedEntries.h"
@@ -84,7 +83,6 @@ class DiskTest : public TrustTest {
 
   const std::filesystem::path planFile = temporary.path() / "plan";
   FileCallPlan* plan = nullptr;
-  CorvelProxy client;
   inline static DonationPersistence persistence{std::make_shared<PosixDataProxy>()};
 };
 

@@ -1,7 +1,5 @@
 // More of what clients do than they ever do. ThreadSanitizer's reports end the agent.
 
-#include <sys/stat.h>
-
 #include "platform/ipc/HandlerLoop.h"
 #include "tests/trust/TrustTest.h"
 
@@ -94,7 +92,6 @@ TEST_F(HeavyUseTest, StoppedReaderOfTheLogHoldsUpNeitherRequestsNorTheEnd) {
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   const FileDescriptor reader(::open(pipe.c_str(), O_RDWR | O_CLOEXEC));
   startAgent({"/bin/sh", "-c", "exec \"$0\" >\"$1\" 2>&1", bin / "quenlet-agent", pipe});
-  CorvelProxy client;
   for (int i = count(10'000, 100'000); i > 0; --i) ASSERT_EQ(fetch(client), nullptr);
   agent->signal(SIGHUP);
   EXPECT_EQ(donateTo(client, DonationValues(5'000, email("a@x"))), nullptr);
@@ -111,7 +108,6 @@ TEST_F(HeavyUseTest, SoakTakesNoMoreMemoryInTheEndThanOnceWarm) {
   double warm = 0;
   double end = 0;
   startSilentAgent();
-  CorvelProxy client;
   for (int number = 1; number <= batches; ++number) {
     donateBatch(client, number, size);
     if (number % 10 != 0) continue;

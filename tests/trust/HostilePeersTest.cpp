@@ -63,8 +63,8 @@ class HostilePeersTest : public TrustTest {
  protected:
   void startWithImage(std::size_t sizeInBytes) {
     startSilentAgent();
-    CorvelProxy client;
-    ASSERT_EQ(donateTo(client, {image(std::string(sizeInBytes, 'i'))}), nullptr);
+    CorvelProxy donor;
+    ASSERT_EQ(donateTo(donor, {image(std::string(sizeInBytes, 'i'))}), nullptr);
     std::this_thread::sleep_for(6s);  // until the last of its launch is done
   }
   // A bystander hardly notices the attack, and nothing is left of it. Up to three attacks, as other
@@ -189,7 +189,6 @@ TEST_F(HostilePeersTest, CannotFillTheMemoryWithWhatTheyDoNotReadOrDoNotEnd) {
 
 TEST_F(HostilePeersTest, LeaveNoWorkBehindWhenTheyAskForListsAndGo) {
   startSilentAgent();
-  CorvelProxy client;
   DonationValues values;
   while (values.size() < 10'000) {
     const std::string name = "n" + std::to_string(values.size());
@@ -232,7 +231,6 @@ TEST_F(HostilePeersTest, CannotChooseIdentifiersThatAreSlowToFind) {
   }
   ASSERT_EQ(std::hash<std::string>()(chosen.front()), std::hash<std::string>()(chosen.back()));
   startSilentAgent();
-  CorvelProxy client;
   const auto millisecondsFor = [&](const std::vector<std::string>& identifiers) {
     DonationValues values;
     for (const auto& text : identifiers) values.push_back(email("a@x", from("app", text)));

@@ -2,7 +2,6 @@
 
 #include <sys/resource.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <random>
 
@@ -62,6 +61,7 @@ class TrustTest : public ProcessTest {
                             ? std::stoul(std::getenv("QUENLET_TRUST_SEED"))
                             : std::random_device()();
   std::mt19937 random{seed};
+  CorvelProxy client;
 };
 
 }  // namespace quenlet

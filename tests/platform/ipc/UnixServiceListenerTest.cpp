@@ -2,8 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include "platform/scheduling/attachedDescriptors.h"
 #include "tests/platform/ipc/EchoService.h"
@@ -255,9 +253,7 @@ TEST_F(UnixServiceListenerTest, PerformsALargeRequestBesideTheOthersAndInItsTurn
   // Ends before its large request has its turn.
   RawPeer(socket).send(RawPeer::request(5, "echo", std::string(300, 'y')));
   service->release();
-  EXPECT_EQ(peer.receive(), "1 1");
-  EXPECT_EQ(peer.receive(), "2 " + large);
-  EXPECT_EQ(peer.receive(), "3 3");
+  for (const auto& answer : {"1 1"s, "2 " + large, "3 3"s}) EXPECT_EQ(peer.receive(), answer);
 }
 
 TEST_F(UnixServiceListenerTest, AnswersAWrongRequestThatWaitedForAWorkerWhileItWasSuspended) {
@@ -295,7 +291,7 @@ TEST_F(UnixServiceListenerTest, LetsNobodySendDescriptors) {
   int passes = 0;
   socklen_t size = sizeof passes;
   const bool kernelCan = ::getsockopt(any.get(), SOL_SOCKET, SO_PASSRIGHTS, &passes, &size) == 0;
-  for (const bool canRefuse : {kernelCan, false}) {
+  for (const bool canRefuse : {false, kernelCan}) {
     SystemCalls::hidePassRights = !canRefuse;
     EXPECT_EQ(refuseDescriptors(any.get()), canRefuse);
     serve({.connections = 3});
@@ -317,7 +313,6 @@ TEST_F(UnixServiceListenerTest, LetsNobodySendDescriptors) {
     EXPECT_EQ(echo(honest, 3, "d"), "3 d") << "they hold nobody up";
     listener.reset();
   }
-  SystemCalls::hidePassRights = false;
 }
 
 TEST_F(UnixServiceListenerTest, ServesItsOwnUserAndRootOnly) {

@@ -1,11 +1,9 @@
 #include <fcntl.h>
 #include <sys/epoll.h>
 
-#include <cerrno>
 #include <cmath>
 #include <csignal>
 #include <latch>
-#include <thread>
 
 #include "platform/scheduling/EventLoop.h"
 #include "platform/scheduling/EventLoopScheduler.h"
@@ -25,7 +23,6 @@ class ProductionSchedulerProviderTest : public testing::Test {
     loop.stop();
     loopThread.join();
   }
-  void finish() { provider.reset(); }
 
   EventLoop loop;
   std::thread loopThread{[this] { loop.run(); }};
@@ -46,7 +43,7 @@ TEST_F(ProductionSchedulerProviderTest, SerialSchedulersRunBlocksOneByOneInOrder
   }
   serial->performBlock([&, last = serial] { last->performBlock([&] { ran[0].push_back(2000); }); });
   serial.reset();
-  finish();
+  provider.reset();
   EXPECT_EQ(ran[0].size(), 2001U);
   EXPECT_EQ(ran[1].size(), 2000U);
   for (const auto& each : ran) EXPECT_TRUE(std::is_sorted(each.begin(), each.end()));
@@ -68,7 +65,7 @@ TEST_F(ProductionSchedulerProviderTest, ReadersSeeAllEarlierWritersAndNoLaterOne
     for (int j = 0; j < i % 4; ++j) state->performReaderBlock([&read, i] { read(i); });
     if (i % 5 == 0) state->performSynchronousReaderBlock([&read, i] { read(i); });
   }
-  finish();
+  provider.reset();
   EXPECT_EQ(written, 1000);
   EXPECT_EQ(wrong, 0);
 }
@@ -86,7 +83,7 @@ TEST_F(ProductionSchedulerProviderTest, ReadersRunTogetherAndAWriterWaitsForThem
     state->performWriterBlock([&] { readBeforeWriter = read; });
     reader();
   });
-  finish();
+  provider.reset();
   EXPECT_EQ(readBeforeWriter, 3);
 }
 
@@ -104,7 +101,7 @@ TEST_F(ProductionSchedulerProviderTest, SynchronousReadersGetThroughWhenTheyFill
   full.wait();
   for (int i = 0; i < 10; ++i) state->performWriterBlock([&] { ++written; });
   submitted.count_down();
-  finish();
+  provider.reset();
   EXPECT_EQ(seen, 20);
 }
 
@@ -122,7 +119,7 @@ TEST_F(ProductionSchedulerProviderTest, AWriterDoesNotWaitForTheBlockOfASynchron
     written.wait();  // on a thread of the pool that looks for no work meanwhile
     events.emplace_back("gone on");
   });
-  finish();
+  provider.reset();
   EXPECT_EQ(events, std::vector<std::string>({"read", "written", "gone on"}));
 }
 
@@ -140,7 +137,7 @@ TEST_F(ProductionSchedulerProviderTest, CancelledBlocksNeverStart) {
   for (const auto& token : {writer, reader, delayed}) token->cancel();
   gate.count_down();
   state->performSynchronousReaderBlock([&] { kept->cancel(); });  // too late
-  finish();
+  provider.reset();
   EXPECT_EQ(ran, std::vector<std::string>({"kept"}));
 }
 
@@ -158,7 +155,7 @@ TEST_F(ProductionSchedulerProviderTest, DelayedBlocksComeOnTheirSchedulerInDeadl
   static_cast<void>(serial->afterDelay(3600, [&] { ran.push_back(-1); }));
   last.wait();
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(9));
-  finish();
+  provider.reset();
   EXPECT_EQ(ran.size(), 101U);
   EXPECT_TRUE(std::is_sorted(ran.begin(), ran.end()));
 }
@@ -179,14 +176,14 @@ TEST_F(ProductionSchedulerProviderTest, ABlockThatThrowsEndsAlone) {
     static_cast<void>(serial->afterDelay(0, fail));
   }
   state->performSynchronousReaderBlock(note);
-  finish();
+  provider.reset();
   EXPECT_EQ(ran, 7);
   const std::string report = testing::internal::GetCapturedStderr();
   EXPECT_NE(report.find("quenlet: a block has failed: std::bad_alloc\n"), std::string::npos);
 }
 
 TEST_F(ProductionSchedulerProviderTest, SchedulersDropWhatTheyAreGivenAfterTheEnd) {
-  finish();
+  provider.reset();
   const auto owned = std::make_shared<int>(0);
   background->performBlock([owned] { ++*owned; });
   background->afterDelay(0, [owned] { ++*owned; })->cancel();
@@ -318,7 +315,6 @@ class RunLoopTest : public testing::Test {
   std::shared_ptr<Cancelable> note(int signal, const std::string& text) {
     return runLoop->addSignalSource(signal, [this, text] { events.push_back(text); });
   }
-  void perform(Block block) { runLoop->mainThreadScheduler()->performBlock(std::move(block)); }
 
   std::unique_ptr<RunLoop> runLoop = std::make_unique<RunLoop>();
   std::vector<std::string> events;
@@ -353,7 +349,7 @@ TEST_F(RunLoopTest, WaitsForWhatHoldsTerminationEvenOnOtherThreads) {
   const auto interrupt = runLoop->addSignalSource(SIGINT, [&] {
     for (int i = 0; i < 2; ++i) first->cancel();  // counts once
     holder = std::thread([&] {
-      perform([&] { events.emplace_back("still running"); });
+      runLoop->mainThreadScheduler()->performBlock([&] { events.emplace_back("still running"); });
       second->cancel();
     });
   });
@@ -382,12 +378,10 @@ TEST_F(RunLoopTest, EndsFiveSecondsAfterTheFirstSignalWhateverHoldsIt) {
 
 // Without that a client that goes would end the agent.
 TEST_F(RunLoopTest, OutlivesWritesThatNobodyReads) {
-  int ends[2];
-  ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-  ::close(ends[0]);
-  EXPECT_EQ(::write(ends[1], "x", 1), -1);
+  auto [ours, theirs] = connectedPair();
+  theirs.reset();
+  EXPECT_EQ(::write(ours.get(), "x", 1), -1);
   EXPECT_EQ(errno, EPIPE);
-  ::close(ends[1]);
 }
 
 }  // namespace

@@ -41,22 +41,19 @@ std::string summaryOf(const SomeDonations& donations) {
   return text;
 }
 
-class OwnerPageTest : public testing::Test {
- protected:
-  // With an own card when `ownContact` is not null.
-  PageContent contentOf(DonationValues values, ContactPtr ownContact = nullptr) {
-    OwnCard own;
-    own.contact = std::move(ownContact);
-    if (own.contact) {
-      own.name = PersonNameComponents::componentsForContact(*own.contact);
-      own.emailAddresses = {"ann@example.org"};
-    }
-    const auto list = listOf(std::move(values));
-    return {noonOf("2026-11-26"), {.own = own, .listed = statesOf(list, own)}};
+// With an own card when `ownContact` is not null.
+PageContent contentOf(DonationValues values, ContactPtr ownContact = nullptr) {
+  OwnCard own;
+  own.contact = std::move(ownContact);
+  if (own.contact) {
+    own.name = PersonNameComponents::componentsForContact(*own.contact);
+    own.emailAddresses = {"ann@example.org"};
   }
-};
+  const auto list = listOf(std::move(values));
+  return {noonOf("2026-11-26"), {.own = own, .listed = statesOf(list, own)}};
+}
 
-TEST_F(OwnerPageTest, PolicyNamesTheDigestOfTheOneStyleSheet) {
+TEST(OwnerPageTest, PolicyNamesTheDigestOfTheOneStyleSheet) {
   const std::string page = OwnerPage::of(contentOf({}));
   constexpr std::string_view begin = "<style>";
   const std::size_t start = page.find(begin) + begin.size();
@@ -73,7 +70,7 @@ TEST_F(OwnerPageTest, PolicyNamesTheDigestOfTheOneStyleSheet) {
   EXPECT_THAT(page, HasSubstr("Your card is empty"));
 }
 
-TEST_F(OwnerPageTest, ListsOwnValuesFirstAndEachValueOnceWithAllItsSources) {
+TEST(OwnerPageTest, ListsOwnValuesFirstAndEachValueOnceWithAllItsSources) {
   const PageContent content =
       contentOf({email("b@example.org", given("shop", "1", "2027-01-05")),
                  email("ann@example.org", given("mail", "2", "2027-01-06")),
@@ -95,7 +92,7 @@ TEST_F(OwnerPageTest, ListsOwnValuesFirstAndEachValueOnceWithAllItsSources) {
   EXPECT_EQ(summaryOf(numbers[0].sources), "6");
 }
 
-TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {
+TEST(OwnerPageTest, GroupsByReasonMonthAndDonor) {
   const PageContent content = contentOf(
       {named({.givenName = "Bo", .familyName = "Ek"}, given("stranger", "1", "2027-02-28", "c7")),
        email("bo@example.org", given("stranger", "2", "2027-03-01", "c7")),
@@ -124,7 +121,7 @@ TEST_F(OwnerPageTest, GroupsByReasonMonthAndDonor) {
   EXPECT_EQ(donors[0].nextExpiration, noonOf("2027-02-01"));
 }
 
-TEST_F(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
+TEST(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
   using enum DonationState;
   const OwnersValues values{
       .unlisted = {{rejected, "You said so", email("bo@example.org")->value(), nullptr, "club"},
@@ -144,7 +141,7 @@ TEST_F(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
   EXPECT_THAT(page, Not(AnyOf(HasSubstr("attic"), HasSubstr("#donors"))));
 }
 
-TEST_F(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
+TEST(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
   const std::tuple<const char*, std::string, const char*> rows[] = {
       {"an image", "GIF89a", "<img src=\"data:image/gif;base64,R0lGODlh\""},
       {"text", "<svg onload='alert(1)'/>", "It is not of a type that this page can show."},
@@ -159,7 +156,7 @@ TEST_F(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
   }
 }
 
-TEST_F(OwnerPageTest, TellsWhatHasExpiredFromWhatWillAndKeepsWhatNeverDoes) {
+TEST(OwnerPageTest, TellsWhatHasExpiredFromWhatWillAndKeepsWhatNeverDoes) {
   DonationValues values = {email("a@x", given("shop", "a", "2026-11-26")),
                            email("b@x", given("shop", "b", "2026-12-03")),
                            email("c@x", from("shop", "c"))};
@@ -174,7 +171,7 @@ TEST_F(OwnerPageTest, TellsWhatHasExpiredFromWhatWillAndKeepsWhatNeverDoes) {
   EXPECT_THAT(page, HasSubstr("And 3 later months."));
 }
 
-TEST_F(OwnerPageTest, CutsListsThatNobodyWouldRead) {
+TEST(OwnerPageTest, CutsListsThatNobodyWouldRead) {
   DonationValues values;
   for (int i = 0; i < 700; ++i) {
     const std::string number = std::to_string(i);
