@@ -20,7 +20,6 @@
 #include "platform/contacts/PhoneNumber.h"
 #include "platform/contacts/VCard.h"
 #include "platform/foundation/PropertyListSerializer.h"
-
 #include "platform/ipc/FrameReader.h"
 #include "protocol/ContactWire.h"
 #include "protocol/CorvelInterface.h"

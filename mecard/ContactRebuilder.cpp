@@ -39,10 +39,10 @@ bool ContactRebuilder::isLeftOut(const DonationValue& donation,
   return own != nullptr;
 }
 
-// All stages in one pass: with many donations, most of the time goes by until each one and its
+// All stages in one pass: with many donations, much of the time goes by until each one and its
 // place among the keys have come from memory.
 Contact ContactRebuilder::buildNewContact(CardReasons* reasons) {
-  constexpr std::size_t soon = 6;
+  constexpr std::size_t soon = 6;  // later than prefetchDonation(), which brings the key
   const CollectedSuppressionResult suppression = collectSuppression();
   EmailAddressCollector collector(emailAddresses);
   DonationVisitor visitor(all, remaining.size(), reasons);

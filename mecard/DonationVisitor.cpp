@@ -40,10 +40,14 @@ void DonationVisitor::visitNameComponents(const DonationValue& donation) {
 }
 
 void DonationVisitor::fillName() {
+  // Most cards have their whole name from one donor.
+  const DonationValue* lastDonor = nullptr;
+  PersonNameComponents components;
   for (std::size_t part = 0; part < nameDonors.size(); ++part) {
     if (!nameDonors[part]) continue;
-    const DecodedDonation decoded = nameDonors[part]->decoded();
-    const auto& components = std::get<PersonNameComponents>(decoded.content);
+    if (std::exchange(lastDonor, nameDonors[part]) != nameDonors[part]) {
+      components = std::get<PersonNameComponents>(nameDonors[part]->decoded().content);
+    }
     contact.mutableFields().*nameFields[part] = *(components.*nameComponentsByKey[part].second);
   }
 }

@@ -69,7 +69,7 @@ void DetachedStreams::work() {
   }
 }
 
-// Lines that come during this pause need not wake the thread, and share the next write.
+// Lines that come during this pause share the next write; enough of them end it.
 void DetachedStreams::gather() {
   const auto deadline = std::chrono::steady_clock::now() + gatheringTime;
   MutexLock lock(mutex);

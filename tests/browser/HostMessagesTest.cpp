@@ -84,14 +84,12 @@ TEST(CallingExtensionTest, KnowsOneExtensionOfEachBrowser) {
       {{origin, "--parent-window=0"}, true},
       {{"/usr/lib/mozilla/native-messaging-hosts/x.json", identifier}, true},
       {{}, false},
-
+      {{origin.substr(0, origin.size() - 1)}, false},
       {{longer}, false},
-
       {{identifier}, false},
       {{"x.json", identifier}, false},
       {{"/x.json", "other@quenlet.example"}, false},
       {{"/x.json", "more", identifier}, false},
-
   };
   for (const auto& [arguments, isOurs] : rows) {
     EXPECT_EQ(CallingExtension::isOurs(arguments), isOurs) << testing::PrintToString(arguments);

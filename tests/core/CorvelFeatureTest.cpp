@@ -1,4 +1,3 @@
-
 #include "tests/core/AgentFixture.h"
 
 namespace quenlet {
@@ -16,7 +15,7 @@ class CorvelFeatureTest : public AgentFixture {
       if (word == "start") agent->startMonitoringPreferences();
       if (word == "fail") environment->donors.failure = makeError("discovery", 3);
       if (word == "heal") environment->donors.failure = nullptr;
-      if (word.starts_with("o")) {
+      if (word == "on" || word == "off") {
         static_cast<void>(environment->preferences->setDonationsEnabled(word == "on"));
       }
       run();

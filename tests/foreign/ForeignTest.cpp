@@ -1,4 +1,3 @@
-
 #include "foreign/ForeignFiles.h"
 #include "foreign/KeyFile.h"
 #include "foreign/Mailbox.h"
@@ -73,7 +72,6 @@ TEST(MailboxTest, TellsTheOwnersAddressesAndNamesFromOthers) {
       {"b@example.org <ann@example.org>", "ann@example.org", "none"},
       {"Ann Berg", "none", "Ann|Berg"},
       {"Ann", "none", "none"},
-
       {"Ann Berg <>", "none", "Ann|Berg"},
       {"ann@localhost", "none", "none"},
       {"ann@example.org berg@example.org", "none", "none"},

@@ -16,7 +16,7 @@ class DoctorWordTest : public ProcessTest {
     writeFile(prefix / "bin" / name, content, mode);
   }
 
-  // Short, so that a path below it fits into a line wherever temporary files lie.
+  // Short, so that a path below it fits into a line even below a longer temporary directory.
   const std::filesystem::path prefix = temporary / "in";
 };
 

@@ -67,13 +67,13 @@ TEST_F(DonateWordsTest, TakesNobodyElsesCardsUnlessTheOwnerInsists) {
 }
 
 TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
-  const std::string path = file("Joan+12025550100.vcf",
+  const std::string path = file("Joan +12025550100.vcf",
                                 cardText("Joan Ashwood", {"EMAIL:joan@example.org", "TEL:+49 30 1",
                                                           "TEL:+49 30 2", "UID:joan@example.org"}));
   startAgent();
   expect("undo", 1, {"this program has no donation to take back"});
-  expect("donate " + path + " --expires 0", 2, {"above 0"});
-  expect("donate " + path, 0, {": 4 donated as org.quenlet.file."});
+  expect("donate '" + path + "' --expires 0", 2, {"above 0"});
+  expect("donate '" + path + "'", 0, {": 4 donated as org.quenlet.file."});
   const std::string first = json();
   EXPECT_THAT(first, Not(HasSubstr("joan@example.org:")));
   EXPECT_TRUE(agent->says("\"donateMeCardValues:")) << "the log tells of it";
@@ -81,22 +81,22 @@ TEST_F(DonateWordsTest, ReplacesAFileWholeCountsTruthfullyAndTakesBack) {
 
   writeFile(path, cardText("Joan Ashwood", {"EMAIL:joan@example.com", "TEL:no", "TEL:+49 30 1",
                                             "UID:joan@example.org"}));
-  expect("donate " + path, 0,
+  expect("donate '" + path + "'", 0,
          {": 3 donated as org.quenlet.file.", ", 1 removed: given before, but not now\n",
           "skipped 1 entry without a usable value: TEL in line 5\n"});
   expect("undo", 0, {"Took back the donation of 20", ": 3 values removed, 4 restored.\n"});
   EXPECT_EQ(json(), first);
   writeFile(path, cardText("Joan Ashwood", {"UID:joan@example.org"}) + "BEGIN:VCARD\r\n");
-  expect("donate " + path, 1, {": 1 donated as org", "its earlier values stay"});
+  expect("donate '" + path + "'", 1, {": 1 donated as org", "its earlier values stay"});
   EXPECT_EQ(countDonations(), 4);
   expect("undo", 0, {": 1 value removed, 1 restored.\n"});
   EXPECT_EQ(json(), first);
   writeFile(path, cardText("Joan Ashwood", {"EMAIL:joan@example.com", "TEL:no", "TEL:+49 30 1",
                                             "UID:joan@example.org"}));
 
-  expect("donate " + path + " --bundle com.example.mail --cluster c", 0, {": 3 donated"});
+  expect("donate '" + path + "' --bundle com.example.mail --cluster c", 0, {": 3 donated"});
   expect("reject-cluster c", 0);
-  expect("donate " + path, 0, {": 0 donated", ", 3 left out: you rejected them, "});
+  expect("donate '" + path + "'", 0, {": 0 donated", ", 3 left out: you rejected them, "});
   expect("undo", 0, {": 0 values removed, ", "2 former values do not come back: rejected since\n"});
 }
 

@@ -1,4 +1,3 @@
-
 #include "quenlet/Date.h"
 #include "tests/process/ProcessTest.h"
 

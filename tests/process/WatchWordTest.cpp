@@ -54,7 +54,8 @@ TEST_F(WatchWordTest, TellsWhatChangedAndWhetherAnAgentIsThere) {
     EXPECT_TRUE(eventually([&, said = inText] { return text->says(said); })) << text->out();
     EXPECT_TRUE(eventually([&, said = inJSON] { return json->says(said); })) << json->out();
   }
-  EXPECT_THAT(text->out(), HasSubstr("  was      phone   +49 30 12"));
+  EXPECT_THAT(text->out(), AllOf(HasSubstr("  was      phone   +49 30 12"),
+                                 HasSubstr("  added  name    Anna Berg")));
   text->signal(SIGINT);
   EXPECT_EQ(text->wait(), 0);
 }

@@ -13,8 +13,7 @@ TEST(DonationsTextTest, HandsOutWholePagesUntilItsSinkIsFull) {
   for (const std::size_t size : {std::size_t{150'001}, std::size_t{1}, std::size_t{700'003}}) {
     values.push_back(image(std::string(size, 'x'), from("app", std::to_string(size))));
   }
-  const FileContentPtr content =
-      DonationsText::of(std::make_shared<const DonationValues>(values)).takeValue();
+  const FileContentPtr content = DonationsText::of(listOf(values)).takeValue();
   std::string text;
   std::vector<std::size_t> beyondPages;
   content->handTo([&](std::string_view piece) {

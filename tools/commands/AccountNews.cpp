@@ -73,34 +73,35 @@ Result<AccountNews::Changes> AccountNews::markBesideLeft(Change change) {
 
 //   agent answers              told, or failed with its refusal
 //   no agent, the lock free    left
-//   no agent, the lock held    one is starting or ending: tries again until it answers or is gone
+//   no agent, the lock held    one is starting or ending: tries again until it answers or is gone,
+//                              for about ten seconds, then failed
 //   no agent, another error    failed with that error
-AgentNotice AccountNews::tell(const Change& change) const {
+AccountNews::Notice AccountNews::tell(const Change& change) const {
   const WaitingAgent agent(session.agent);
   for (int attempt = 1;; ++attempt) {
     const ErrorPtr error = agent.changeAccount(change.before, change.after);
     if (!error) return {};
     const bool isRefusal = !isNoAgent(*error);
     const ErrorPtr obstacle = isRefusal ? nullptr : accounts.forgetWhatAgentHasRead();
-    if (!isRefusal && !obstacle) return {AgentNotice::Outcome::left};
+    if (!isRefusal && !obstacle) return {Notice::Outcome::left};
     const bool agentRuns = obstacle && obstacle->code() == EWOULDBLOCK;
     if (isRefusal || !agentRuns || attempt == mostAttempts) {
-      return {AgentNotice::Outcome::failed, isRefusal || agentRuns ? error : obstacle};
+      return {Notice::Outcome::failed, isRefusal || agentRuns ? error : obstacle};
     }
     session.pause(pauseBetweenAttempts);
   }
 }
 
-AgentNotice AccountNews::tell(const Changes& changes) const {
-  AgentNotice notice;
+AccountNews::Notice AccountNews::tell(const Changes& changes) const {
+  Notice notice;
   for (const Change& change : changes) {
     notice = tell(change);
-    if (notice.outcome != AgentNotice::Outcome::told) break;
+    if (notice.outcome != Notice::Outcome::told) break;
   }
   // While donations are off it reads none, and all when they come on.
-  if (notice.outcome == AgentNotice::Outcome::failed && !isNotEnabled(*notice.error)) return notice;
+  if (notice.outcome == Notice::Outcome::failed && !isNotEnabled(*notice.error)) return notice;
   if (ErrorPtr error = accounts.untold().clear()) {
-    return {AgentNotice::Outcome::failed, std::move(error)};
+    return {Notice::Outcome::failed, std::move(error)};
   }
   return notice;
 }

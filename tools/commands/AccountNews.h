@@ -8,20 +8,19 @@
 
 namespace quenlet {
 
-// How the agent was told of changes to accounts. A value type.
-struct AgentNotice final {
-  // `left`: no agent runs, and the next one is made to read all accounts.
-  enum class Outcome { told, left, failed };
-
-  Outcome outcome = Outcome::told;
-  ErrorPtr error = nullptr;  // of one that failed
-};
-
 // What the agent has yet to hear of accounts, by words that change them. Use it under the store's
 // lock: mark() before the store is written, tell() after. News of a word that is killed in between
 // is what the next one finds left. One thread.
 class AccountNews final {
  public:
+  // How the agent was told. A value type.
+  struct Notice final {
+    // `left`: no agent runs, and the next one is made to read all accounts.
+    enum class Outcome { told, left, failed };
+
+    Outcome outcome = Outcome::told;
+    ErrorPtr error = nullptr;  // of one that failed
+  };
   struct Change final {
     AccountPtr before;  // null for one that came
     AccountPtr after;   // null for one that went
@@ -44,11 +43,11 @@ class AccountNews final {
   [[nodiscard]] Result<Changes> markBesideLeft(Change change);
   // Removes the mark when the agent knows of all, or is going to read all accounts. The notice is
   // the one that failed or was left, if one was.
-  [[nodiscard]] AgentNotice tell(const Changes& changes) const;
+  [[nodiscard]] Notice tell(const Changes& changes) const;
 
  private:
   [[nodiscard]] Result<std::vector<std::string>> markedIdentifiers();
-  [[nodiscard]] AgentNotice tell(const Change& change) const;
+  [[nodiscard]] Notice tell(const Change& change) const;
 
   const Session& session;
   UserAccounts& accounts;

@@ -32,12 +32,12 @@ constexpr char syncFooter[] =
 // Tells the agent, or makes the next one catch up.
 ExitCode tellAgent(const Session& session, const AccountNews& news,
                    const AccountNews::Changes& changes) {
-  const AgentNotice notice = news.tell(changes);
-  if (notice.outcome == AgentNotice::Outcome::failed) {
+  const AccountNews::Notice notice = news.tell(changes);
+  if (notice.outcome == AccountNews::Notice::Outcome::failed) {
     session.warn("the agent does not follow the account store");
     return session.failWith(notice.error);
   }
-  if (notice.outcome == AgentNotice::Outcome::left) {
+  if (notice.outcome == AccountNews::Notice::Outcome::left) {
     session.warn("no agent runs; the next one reads all accounts when it starts");
   }
   return ExitCode::done;

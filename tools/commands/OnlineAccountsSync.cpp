@@ -163,9 +163,9 @@ ErrorPtr OnlineAccountsSync::write(const AccountNews::Change& change) {
 
 // Null also for an agent that reads all accounts later.
 ErrorPtr OnlineAccountsSync::tell(const AccountNews::Changes& told) {
-  const AgentNotice notice = news.tell(told);
-  if (notice.outcome == AgentNotice::Outcome::told) return nullptr;
-  if (notice.outcome == AgentNotice::Outcome::left) {
+  const AccountNews::Notice notice = news.tell(told);
+  if (notice.outcome == AccountNews::Notice::Outcome::told) return nullptr;
+  if (notice.outcome == AccountNews::Notice::Outcome::left) {
     session.say("No agent runs; the next one reads them when it starts.");
     return nullptr;
   }

@@ -1,4 +1,3 @@
-
 #include "donors/owner/GitDonations.h"
 #include "donors/owner/PictureDonations.h"
 #include "tests/support/TemporaryDirectory.h"

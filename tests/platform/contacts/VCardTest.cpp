@@ -1,4 +1,3 @@
-
 #include "platform/contacts/VCard.h"
 #include "platform/contacts/VCardContactStore.h"
 #include "tests/support/GoldenFile.h"
@@ -89,12 +88,10 @@ TEST(VCardReaderTest, ReadsNamesEntriesAndPhotosAndSkipsWhatItDoesNotKnow) {
       {"FN;DERIVED=TRUE:Ann", ""},
       {"FN:Zo\xC3\n \xAB\n\t Lee", "|Zo\u00eb||Lee||"},
       {"X-FOO_BAR;A=b:\\\nNOTE:x;y\n\n   \nrev:1\nfn:Ann", "|Ann||||"},
-
       {"EMAIL;X-A=\"a:b;c,d\",e;TYPE=a^'b^^n^n^x:a@x", " E(a\"b^n\n^x:a@x)"},
       {"TEL:\nEMAIL;TYPE=HOME:  \nADR:;;;;;;\nPHOTO;ENCODING=b:", ""},
       {"ADR;TYPE=HOME,POSTAL:PO Box 1;Flat 2;3 Main St,Rear;Springfield;IL;62701;USA",
        " A(home:PO Box 1\nFlat 2\n3 Main St\nRear||Springfield||IL|62701|USA|)"},
-
       {"PHOTO:data:,h%65llo%00%fF", " P(hello" + std::string("\0\xFF", 2) + ")"},
       {"PHOTO;VALUE=uri:http://example.com/a.png\nPHOTO:data:,x\nPHOTO:data:,y", " P(x)"},
   });

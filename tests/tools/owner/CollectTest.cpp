@@ -1,4 +1,3 @@
-
 #include "tests/platform/extensions/DonorScript.h"
 #include "tests/support/KeepingAgent.h"
 #include "tests/support/TemporaryDirectory.h"

@@ -56,7 +56,6 @@ TEST(ImageTypeTest, IsToldByTheFirstBytesAlone) {
       {"behind a blank", " GIF89a"sv, ""},
       {"an image with scripts", "<svg xmlns='http://www.w3.org/2000/svg'>"sv, ""},
       {"too short", "GIF8"sv, ""},
-
   };
   for (const auto& [name, bytes, expected] : rows) {
     const auto type = ImageType::of(bytes);
