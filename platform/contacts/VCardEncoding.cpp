@@ -1,34 +1,13 @@
 #include "platform/contacts/VCardEncoding.h"
 
-#include <unicode/ucnv.h>
-#include <unicode/unistr.h>
-
-#include <memory>
-
 #include "platform/contacts/VCardText.h"
 #include "platform/foundation/Text.h"
+#include "platform/foundation/TextEncoding.h"
 
 namespace quenlet {
 namespace {
 
 constexpr char oldWesternCharset[] = "windows-1252";
-
-// Bytes that are invalid in the charset become U+FFFD. Nothing for an unknown charset, and for more
-// than 1 GiB.
-std::optional<std::string> utf8Text(std::string_view bytes, const std::string& charset) {
-  constexpr std::size_t mostBytes = std::size_t{1} << 30;
-  // To the library, an empty name means the locale's encoding.
-  if (bytes.size() > mostBytes || charset.empty()) return std::nullopt;
-  UErrorCode status = U_ZERO_ERROR;
-  const std::unique_ptr<UConverter, decltype(&ucnv_close)> converter(
-      ucnv_open(charset.c_str(), &status), &ucnv_close);
-  if (U_FAILURE(status)) return std::nullopt;
-  const icu::UnicodeString text(bytes.data(), static_cast<std::int32_t>(bytes.size()),
-                                converter.get(), status);
-  if (U_FAILURE(status)) return std::nullopt;
-  std::string utf8;
-  return text.toUTF8String(utf8);
-}
 
 std::optional<std::string> textInCharset(std::string_view bytes, const std::string& charset,
                                          VCardSyntax syntax) {
