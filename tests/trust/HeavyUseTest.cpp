@@ -121,7 +121,7 @@ TEST_F(HeavyUseTest, SoakTakesNoMoreMemoryInTheEndThanOnceWarm) {
   RecordProperty("KiB in use in the end", static_cast<int>(end * 1024));
   // What is freed and kept differs by a few dozen pages from run to run. A leak of 26 bytes a
   // donation is more than this already in the short form.
-  const double keptForLater = 0.25;
+  const double keptForLater = 0.5;
   EXPECT_LE(end, warm * 1.03 + keptForLater);
 }
 
