@@ -104,7 +104,8 @@ TEST_F(HeavyUseTest, StoppedReaderOfTheLogHoldsUpNeitherRequestsNorTheEnd) {
 
 TEST_F(HeavyUseTest, SoakTakesNoMoreMemoryInTheEndThanOnceWarm) {
   const int size = count(250, 1'000);
-  const int batches = count(20'000, 1'000'000) / size;
+  // Warm after some 15,000: until then threads and their heaps take what they keep.
+  const int batches = count(30'000, 1'000'000) / size;
   double warm = 0;
   double end = 0;
   startSilentAgent();
@@ -121,7 +122,7 @@ TEST_F(HeavyUseTest, SoakTakesNoMoreMemoryInTheEndThanOnceWarm) {
   RecordProperty("KiB in use in the end", static_cast<int>(end * 1024));
   // What is freed and kept differs by a few dozen pages from run to run. A leak of 26 bytes a
   // donation is more than this already in the short form.
-  const double keptForLater = 0.5;
+  const double keptForLater = 0.25;
   EXPECT_LE(end, warm * 1.03 + keptForLater);
 }
 
