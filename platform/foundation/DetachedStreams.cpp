@@ -78,8 +78,8 @@ void DetachedStreams::gather() {
 
 std::deque<DetachedStreams::Piece> DetachedStreams::takeWaiting() {
   MutexLock lock(mutex);
-  // Idle means that all lines are written, not just taken: drain() waits for that, and writeLine()
-  // need only wake an idle thread.
+  // Idle means that all lines are written, not just taken: drain() waits for that. writeLine()
+  // wakes an idle thread with a line, and one that gathers with enough of them.
   isIdle = waiting.empty();
   if (isIdle) changed.notifyAll();
   while (waiting.empty()) changed.wait(mutex);
