@@ -46,7 +46,7 @@ ErrorPtr HostProgram::run() {
     if (size < 0) {
       if (errno != EINTR) fail(makePosixError(errno, "read a request"));
     } else if (!host.take({buffer.data(), static_cast<std::size_t>(size)})) {
-      fail(makeError(PosixErrorDomain, EMSGSIZE, "what came is no request of the extension's"));
+      fail(makeError(PosixErrorDomain, EMSGSIZE, "what came is not a request of the extension"));
     }
   }
   return failure;

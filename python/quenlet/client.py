@@ -168,7 +168,7 @@ class Client:
         await self._perform(operations.donate(donations))
 
     async def remove(self, donation_identifiers: Iterable[str]) -> None:
-        """Takes donations back. What is not held is no error."""
+        """Takes donations back. Those that it does not hold are passed over."""
         await self._perform(operations.remove(donation_identifiers))
 
     async def remove_bundle(self, bundle_identifier: str) -> None:

@@ -28,7 +28,7 @@ class QuenletError(Exception):
 
 
 class NoAgent(QuenletError):
-    """Nobody listens, or whoever listens is not to be trusted."""
+    """Nobody listens, or the listener is not to be trusted."""
 
 
 class ConnectionBroken(QuenletError):

@@ -42,7 +42,7 @@ def run(donor: Donor) -> int:
     """Answers the agent until it ends the connection. Returns the program's exit status.
 
     Takes over standard input, which is /dev/null from then on. Started by anyone but the agent, it
-    says so on standard error and returns 2. Returns 1 when the agent sends what is no message.
+    says so on standard error and returns 2. Returns 1 when what the agent sends is not a message.
     """
     agent = _taken_over()
     if not agent:
@@ -54,14 +54,14 @@ def run(donor: Donor) -> int:
         except WireError:
             return 1
         except OSError:
-            pass  # The agent has gone, and with it whoever would read an answer.
+            pass  # The agent has gone, and nobody would read an answer.
     return 0
 
 
 def answer(request: Message, donor: Donor) -> bytes:
     """Asks the donor what a request asks for, and makes the bytes of the answer.
 
-    Raises WireError for a message that is no request.
+    Raises WireError for a message that is not a request.
     """
     if request.kind != Kind.REQUEST or request.identifier == 0:
         raise WireError("not a request")

@@ -72,7 +72,7 @@ def _entered(parent: int | None, name: str) -> int:
     try:
         return os.open(name, flags, dir_fd=parent)
     except NotADirectoryError:
-        raise no_agent(f"{name} is no directory") from None
+        raise no_agent(f"{name} is not a directory") from None
     except OSError as fault:
         raise of_system(fault) from None
 

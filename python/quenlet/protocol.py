@@ -52,7 +52,7 @@ class Answer(Generic[T]):
 
 
 def error_from(value: Value) -> QuenletError:
-    """Reads an Error object. Raises WireError if the value is none."""
+    """Reads an Error object. Raises WireError if the value is not one."""
     content = value.content if isinstance(value, WireObject) else None
     if not isinstance(content, dict):
         raise WireError("not an error")

@@ -98,7 +98,7 @@ def donation_object(donation: Donation) -> WireObject:
 def donation_from(value: Value) -> Donation:
     record = _content_of(value, DONATION_CLASS)
     if not _is_property_list(record):
-        raise WireError("a donation that is no property list")
+        raise WireError("a donation that is not a property list")
     found = [key for key in _CONTENT_KEYS if key in record]
     if len(found) != 1:
         raise WireError("a donation with no content, or with several")
@@ -169,7 +169,7 @@ def _content_from(record: Mapping[str, Value], key: str) -> Content:
         components = _dictionary(record, key)
         known_are_texts = all(isinstance(each, str) for each in components.values())
         if not known_are_texts or not components.unknown_are(STRING):
-            raise WireError("a component of a name that is no text")
+            raise WireError("a component of a name that is not a text")
         return Name(**_texts(components, _NAME_KEYS))
     if key == "imageData":
         return Image(_required(record, key, bytes))
@@ -211,7 +211,7 @@ def _entries(
 
 def _entry(value: Value, content: Callable[[Mapping[str, Value]], T]) -> Entry[T]:
     if not isinstance(value, dict):
-        raise WireError("an entry that is no dictionary")
+        raise WireError("an entry that is not a dictionary")
     origin = _dictionary(value, "valueOrigin") if "valueOrigin" in value else None
     return Entry(content(value), _origin_from(origin) if origin is not None else None)
 
@@ -233,7 +233,7 @@ def _content_of(value: Value, class_name: str) -> Record:
     if not isinstance(value, WireObject) or value.class_name != class_name:
         raise WireError(f"not a {class_name}")
     if not isinstance(value.content, Record):
-        raise WireError(f"a {class_name} that is no dictionary")
+        raise WireError(f"a {class_name} that is not a dictionary")
     return value.content
 
 

@@ -1,6 +1,6 @@
 """Values as bytes: what requests, answers and notifications are made of.
 
-Whoever sends the bytes is taken for an enemy. Decoding needs memory in proportion to the bytes that
+The sender of the bytes is taken for an enemy. Decoding needs memory in proportion to the bytes that
 are there, whatever sizes they announce, and ends with a `WireError` at the first fault. What stands
 under keys that the reader does not know is checked, but not kept.
 """
@@ -33,7 +33,7 @@ _BYTES_A_VALUE = 4
 
 
 class WireError(ValueError):
-    """Bytes that are no values, or values that have no bytes. The text quotes neither."""
+    """Bytes that hold no values, or values without bytes. The text quotes neither."""
 
 
 @dataclass(frozen=True)
@@ -132,7 +132,7 @@ def _append_container(out: bytearray, value: Value, depth: int) -> None:
         _append_size(out, len(value))
         for key, item in value.items():
             if not isinstance(key, str):
-                raise WireError("a key that is no string")
+                raise WireError("a key that is not a string")
             _append_text(out, STRING, key)
             _append(out, item, depth)
     elif isinstance(value, Sequence):
@@ -197,7 +197,7 @@ class Reader:
         return self._at == len(self._data)
 
     def value(self) -> Value:
-        """Takes one value. Raises WireError if the bytes are none."""
+        """Takes one value. Raises WireError if the bytes do not hold one."""
         return self._value(0)
 
     def next_is_null(self) -> bool:
@@ -263,7 +263,7 @@ class Reader:
         record = Record()
         for _ in range(self._size()):
             if self._byte() != STRING:
-                raise WireError("a key that is no string")
+                raise WireError("a key that is not a string")
             key = self._text()
             if not self._is_keeping:
                 self._value(depth)
