@@ -28,6 +28,8 @@ TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
   install("open", "", 0775);
   install("both", "", 0757);
   install("takes-on", "", 04755);
+  const std::string farOpen = std::string(80, 'f') + "/open";
+  install(farOpen, "", 0775);
   install("no program", "", 0644);
   install("script", "#! " + (prefix / "bin/all").native() + " -x\n");
   install("by env", "#!/usr/bin/env -S NAME=1 -i limited -x\n");
@@ -63,6 +65,7 @@ TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
       {"open", 1,
        Said{"is not served: it is not trusted: ",
             "do: chmod go-w '" + (prefix / "bin/open").native()}},
+      {farOpen.c_str(), 1, Said{"do: chmod go-w '" + (prefix / "bin" / farOpen).native() + "'\n"}},
       {"both", 1, Said{"names it; and it is not trusted: ", "do: chmod go-w '", "<key>"}},
       {"takes-on", 1, Said{"do: chmod ug-s '" + (prefix / "bin/takes-on").native() + "'"}},
       {"no program", 1, Said{"quenlet: posix-error 13: execute "}},

@@ -20,7 +20,10 @@ void writeText(std::ostream& out, const Findings& findings, const Screen& screen
                    TextTable::Column("", TextTable::Fit::whole), ""});
   for (const auto& [name, finding] : findings) {
     table.addRow({finding.isWell ? "well" : "NOT WELL", name, finding.text});
-    for (const std::string& advice : finding.advice) table.addRow({"", "", "do: " + advice});
+    for (const Advice& advice : finding.advice) {
+      std::vector<std::string> row = {"", "", "do: " + advice.text};
+      advice.isCommand ? table.addWholeRow(std::move(row)) : table.addRow(std::move(row));
+    }
   }
   table.write(out, screen);
 }
@@ -31,7 +34,7 @@ void writeJSON(std::ostream& out, const Findings& findings) {
   for (const auto& [name, finding] : findings) {
     json.beginObject().key("check").value(name).key("well").value(finding.isWell);
     json.key("found").value(finding.text).key("advice").beginArray();
-    for (const std::string& advice : finding.advice) json.value(advice);
+    for (const Advice& advice : finding.advice) json.value(advice.text);
     json.endArray().endObject();
   }
   out << json.endArray().text() << "\n";

@@ -36,7 +36,13 @@ void writeProgramText(const Session& session, const RunProgram& run,
     if (verdict.isServed()) session.say(bundlesIn(*verdict.named));
     for (const auto& file : verdict.named->files) session.say("It is named in " + file.native());
   }
-  for (const std::string& advice : verdict.advice) session.say("do: " + advice);
+  for (const Advice& advice : verdict.advice) {
+    if (advice.isCommand) {
+      session.out << "do: " << printable(advice.text) << "\n";
+    } else {
+      session.say("do: " + advice.text);
+    }
+  }
   if (!verdict.example) return;
   std::istringstream lines(verdict.example->content);
   session.out << "\n";
@@ -60,7 +66,7 @@ void writeProgramJSON(const Session& session, const RunProgram& run,
     for (const auto& file : verdict.named->files) json.value(file.native());
   }
   json.endArray().key("advice").beginArray();
-  for (const std::string& advice : verdict.advice) json.value(advice);
+  for (const Advice& advice : verdict.advice) json.value(advice.text);
   json.endArray();
   if (verdict.example) {
     json.key("example").beginObject().key("file").value(verdict.example->file.native());

@@ -16,6 +16,7 @@
 #include "tools/owner/Hints.h"
 #include "tools/owner/OwnCard.h"
 #include "tools/owner/OwnersDecisions.h"
+#include "tools/owner/ShellWord.h"
 #include "tools/owner/SystemChecks.h"
 #include "tools/owner/UserFiles.h"
 
@@ -33,7 +34,8 @@ Finding checkHome(CorvelProtocol& /*agent*/) {
     return {false, name + " is not there", {"make it, or set HOME to another one"}};
   }
   if (!S_ISDIR(status.st_mode) || ::access(name.c_str(), W_OK | X_OK) != 0) {
-    return {false, name + " cannot be written", {"chmod u+rwx " + name}};
+    return {
+        false, name + " cannot be written", {Advice::command("chmod u+rwx " + shellWord(name))}};
   }
   return {true, name};
 }
@@ -48,15 +50,16 @@ Finding examine(const path& file, mode_t forbidden) {
             {"chmod u+rwx the directories above it"}};
   }
   if (status.st_uid != ::geteuid()) {
-    return {false,
-            file.native() + " belongs to another user",
-            {"chown " + std::to_string(::geteuid()) + " " + file.native()}};
+    return {
+        false,
+        file.native() + " belongs to another user",
+        {Advice::command("chown " + std::to_string(::geteuid()) + " " + shellWord(file.native()))}};
   }
   if ((status.st_mode & forbidden) == 0) return {};
   const bool isRead = (forbidden & S_IROTH) != 0;
   return {false,
           file.native() + (isRead ? " is open to others" : " can be written by others"),
-          {(isRead ? "chmod go= " : "chmod go-w ") + file.native()}};
+          {Advice::command((isRead ? "chmod go= " : "chmod go-w ") + shellWord(file.native()))}};
 }
 
 Finding checkFiles(CorvelProtocol& /*agent*/) {
@@ -69,7 +72,9 @@ Finding checkFiles(CorvelProtocol& /*agent*/) {
     Finding directory = examine(parent, S_IWGRP | S_IWOTH);
     if (!directory.isWell) return directory;
     if (::access(parent.c_str(), R_OK | W_OK | X_OK) != 0 && errno != ENOENT) {
-      return {false, parent.native() + " cannot be written", {"chmod u+rwx " + parent.native()}};
+      return {false,
+              parent.native() + " cannot be written",
+              {Advice::command("chmod u+rwx " + shellWord(parent.native()))}};
     }
     for (const path& present : UserFiles::present(file)) {
       Finding found = examine(present, S_IRWXG | S_IRWXO);
@@ -125,7 +130,7 @@ bool hasSocket() {
 }
 
 Finding checkAgent(CorvelProtocol& agent) {
-  Finding none{false, "no agent runs", {"systemctl --user start quenlet-agent"}};
+  Finding none{false, "no agent runs", {Advice::command("systemctl --user start quenlet-agent")}};
   if (!hasSocket()) return none;
   const Result<DonationListPtr> list = donationsOf(agent);
   if (list.ok()) {
@@ -139,7 +144,8 @@ Finding checkAgent(CorvelProtocol& agent) {
       error->code() == static_cast<std::int64_t>(ServiceErrorCode::noService)) {
     return none;
   }
-  return {false, error->debugDescription(), hintsFor(*error)};
+  const std::vector<std::string> hints = hintsFor(*error);
+  return {false, error->debugDescription(), Advices(hints.begin(), hints.end())};
 }
 
 Finding checkEntitlement(CorvelProtocol& /*agent*/) {
@@ -153,10 +159,10 @@ Finding checkEntitlement(CorvelProtocol& /*agent*/) {
             "not trusted: " + program->mistrust->debugDescription(),
             {"let only yourself or root write it and the directories above it"}};
   }
-  std::vector<std::string> advice = {
+  Advices advice = {
       "install quenlet and its agent together, or name the program in /etc/quenlet/entitlements"};
   for (const auto& [ignored, reason] : clients.ignored) {
-    advice.push_back("look at " + ignored.native() + ", which is ignored: " + reason);
+    advice.emplace_back("look at " + ignored.native() + ", which is ignored: " + reason);
   }
   return {false, "no file of entitlements names " + self.native(), std::move(advice)};
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "protocol/CorvelProtocol.h"
+#include "tools/owner/Advice.h"
 
 namespace quenlet {
 
@@ -11,8 +12,8 @@ namespace quenlet {
 struct Finding final {
   bool isWell = true;
   std::string text;
-  // What the user can do, a line each; empty when all is well.
-  std::vector<std::string> advice = {};
+  // Empty when all is well.
+  Advices advice = {};
 };
 
 // One look at what the agent and its command need. It changes nothing, neither files nor the agent.

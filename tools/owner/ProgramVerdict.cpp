@@ -18,15 +18,16 @@ namespace {
 using std::filesystem::path;
 
 // Says what mends the owner and mode of a file or directory that is not trusted because of them.
-void adviseToMend(std::vector<std::string>& advice, const path& place) {
+void adviseToMend(Advices& advice, const path& place) {
   struct stat status {};
   if (::lstat(place.c_str(), &status) != 0) return;
   const std::string name = shellQuoted(place.native());
   const mode_t mode = status.st_mode;
-  if (status.st_uid != 0 && status.st_uid != ::geteuid()) advice.push_back("chown root " + name);
+  const auto run = [&](const char* words) { advice.push_back(Advice::command(words + name)); };
+  if (status.st_uid != 0 && status.st_uid != ::geteuid()) run("chown root ");
   const bool isSticky = S_ISDIR(mode) && (mode & S_ISVTX) != 0;
-  if ((mode & (S_IWGRP | S_IWOTH)) != 0 && !isSticky) advice.push_back("chmod go-w " + name);
-  if (S_ISREG(mode) && (mode & (S_ISUID | S_ISGID)) != 0) advice.push_back("chmod ug-s " + name);
+  if ((mode & (S_IWGRP | S_IWOTH)) != 0 && !isSticky) run("chmod go-w ");
+  if (S_ISREG(mode) && (mode & (S_ISUID | S_ISGID)) != 0) run("chmod ug-s ");
 }
 
 path systemDirectory() {
@@ -49,7 +50,7 @@ ProgramVerdict::Example exampleFor(const path& executable) {
 void adviseToName(ProgramVerdict& verdict, const RunProgram& program,
                   const ClientPrograms& clients) {
   for (const auto& [ignored, reason] : clients.ignored) {
-    verdict.advice.push_back("look at " + ignored.native() + ", which is ignored: " + reason);
+    verdict.advice.emplace_back("look at " + ignored.native() + ", which is ignored: " + reason);
     adviseToMend(verdict.advice, ignored);
   }
   ProgramVerdict::Example example = exampleFor(program.executable);
@@ -63,12 +64,12 @@ void adviseToName(ProgramVerdict& verdict, const RunProgram& program,
   }
   std::error_code failure;
   const bool isThere = std::filesystem::exists(example.file, failure);
-  verdict.advice.push_back(std::string("as root, ") +
-                           (isThere ? "add the entry below to " : "write ") +
-                           example.file.native() + (isThere ? "" : ", as below") +
-                           "; without the list of bundles it may change everything");
-  verdict.advice.push_back("let only root or yourself write that file: chmod go-w " +
-                           shellQuoted(example.file.native()));
+  verdict.advice.emplace_back(std::string("as root, ") +
+                              (isThere ? "add the entry below to " : "write ") +
+                              example.file.native() + (isThere ? "" : ", as below") +
+                              "; without the list of bundles it may change everything");
+  verdict.advice.emplace_back("let only root or yourself write that file:");
+  verdict.advice.push_back(Advice::command("chmod go-w " + shellQuoted(example.file.native())));
   verdict.example = std::move(example);
 }
 
@@ -94,8 +95,8 @@ ProgramVerdict ProgramVerdict::on(const RunProgram& program, const ClientProgram
     verdict.named = *named;
     if (!named->isEntitled) {
       verdict.reason = "its entitlements do not grant it";
-      verdict.advice.push_back("set " + std::string(ContactsEntitlement) + " to true for it in " +
-                               named->files.back().native());
+      verdict.advice.emplace_back("set " + std::string(ContactsEntitlement) +
+                                  " to true for it in " + named->files.back().native());
     }
   }
   // Also of a program that is yet to be named: it would not be served then either.

@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <vector>
 
+#include "tools/owner/Advice.h"
 #include "tools/owner/ClientPrograms.h"
 #include "tools/owner/RunProgram.h"
 
@@ -17,8 +17,7 @@ struct ProgramVerdict final {
   std::optional<ClientProgram> named;
   // Why it is not served; empty when it is.
   std::string reason;
-  // Each a sentence or a command.
-  std::vector<std::string> advice;
+  Advices advice;
   // A file of entitlements that would let it be served, and its content; nothing when it needs
   // none.
   struct Example final {

@@ -112,13 +112,13 @@ Finding checkUnit() {
     if (!state.starts_with("masked")) continue;
     return {false,
             std::string(unit) + " is " + state + ": systemd does not start the agent",
-            {std::string("systemctl --user unmask ") + unit}};
+            {Advice::command(std::string("systemctl --user unmask ") + unit)}};
   }
   if (service != "disabled") return {true, service};
   if (socket.starts_with("enabled")) return {true, "socket " + socket + ": starts on demand"};
   return {false,
           service + ": systemd does not start the agent",
-          {"systemctl --user enable --now quenlet-agent"}};
+          {Advice::command("systemctl --user enable --now quenlet-agent")}};
 }
 
 }  // namespace quenlet

@@ -18,19 +18,6 @@ using Widths = std::vector<std::size_t>;
 
 constexpr std::size_t gap = 2;
 
-Widths naturalWidths(const Columns& columns, const std::vector<Cells>& rows) {
-  Widths widths(columns.size());
-  for (const Cells& row : rows) {
-    for (std::size_t i = 0; i < widths.size(); ++i) {
-      widths[i] = std::max(widths[i], displayWidth(row[i]));
-    }
-  }
-  for (std::size_t i = 0; i < widths.size(); ++i) {
-    if (widths[i] > 0) widths[i] = std::max(widths[i], displayWidth(columns[i].heading));
-  }
-  return widths;
-}
-
 std::size_t totalWidth(const Widths& widths) {
   const auto shown = static_cast<std::size_t>(
       std::count_if(widths.begin(), widths.end(), [](std::size_t width) { return width > 0; }));
@@ -88,6 +75,10 @@ class RowWriter final {
             Widths columnWidths)
       : out(stream), screen(outputScreen), indentation(blanks), widths(std::move(columnWidths)) {}
 
+  void writeWhole(const Cells& row, const Columns& columns) const {
+    out << indentation << lineOf(row, columns) << "\n";
+  }
+
   void write(const Cells& row, const Columns& columns) const {
     std::vector<std::vector<std::string>> cells(row.size());
     std::size_t height = 0;
@@ -113,7 +104,7 @@ class RowWriter final {
         line.append(std::exchange(blanks, 0), ' ');
         line.append(screen.styled(cells[i], columns[i].style));
       }
-      blanks += widths[i] - displayWidth(cells[i]) + gap;
+      blanks += widths[i] - std::min(widths[i], displayWidth(cells[i])) + gap;
     }
     return line;
   }
@@ -130,23 +121,44 @@ TextTable::TextTable(std::vector<Column> tableColumns) : columns(std::move(table
 
 void TextTable::addRow(std::vector<std::string> cells) {
   for (std::string& cell : cells) cell = printable(cell);
-  rows.push_back(std::move(cells));
+  rows.push_back({std::move(cells)});
+}
+
+void TextTable::addWholeRow(std::vector<std::string> cells) {
+  addRow(std::move(cells));
+  rows.back().isWhole = true;
+}
+
+std::vector<std::size_t> TextTable::naturalWidths(const std::vector<Column>& shown) const {
+  Widths widths(shown.size());
+  for (const Row& row : rows) {
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+      const std::size_t width = displayWidth(row.cells[i]);
+      widths[i] = std::max(widths[i], row.isWhole ? std::min<std::size_t>(width, 1) : width);
+    }
+  }
+  for (std::size_t i = 0; i < widths.size(); ++i) {
+    if (widths[i] > 0) widths[i] = std::max(widths[i], displayWidth(shown[i].heading));
+  }
+  return widths;
 }
 
 void TextTable::write(std::ostream& out, const Screen& screen,
                       const std::string& indentation) const {
   if (rows.empty()) return;
   Columns shown = columns;
-  shown.resize(rows.front().size(), "");
+  shown.resize(rows.front().cells.size(), "");
   const RowWriter writer(
       out, screen, indentation,
-      fittingWidths(shown, naturalWidths(shown, rows), screen.roomBehind(indentation.size())));
+      fittingWidths(shown, naturalWidths(shown), screen.roomBehind(indentation.size())));
   Cells headings;
   for (const Column& column : shown) headings.push_back(column.heading);
   if (std::any_of(headings.begin(), headings.end(), [](auto& text) { return !text.empty(); })) {
     writer.write(headings, Columns(shown.size(), Column("", Fit::cut, TextStyle::bold)));
   }
-  for (const Cells& row : rows) writer.write(row, shown);
+  for (const Row& row : rows) {
+    row.isWhole ? writer.writeWhole(row.cells, shown) : writer.write(row.cells, shown);
+  }
 }
 
 }  // namespace quenlet

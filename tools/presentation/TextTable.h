@@ -40,14 +40,25 @@ class TextTable final {
 
   // Every row must have the same number of cells.
   void addRow(std::vector<std::string> cells);
+  // A row that is neither wrapped nor cut, and leaves the columns as wide as the others make them:
+  // for commands, which could not be copied in pieces.
+  void addWholeRow(std::vector<std::string> cells);
   [[nodiscard]] bool empty() const { return rows.empty(); }
   // Writes the headings, if any is not empty, and the rows, each line after `indentation`.
   void write(std::ostream& out, const Screen& screen = {},
              const std::string& indentation = {}) const;
 
  private:
+  struct Row final {
+    std::vector<std::string> cells;
+    bool isWhole = false;
+  };
+
+  // The width of each column; 0 for one whose cells are all empty.
+  [[nodiscard]] std::vector<std::size_t> naturalWidths(const std::vector<Column>& shown) const;
+
   std::vector<Column> columns;
-  std::vector<std::vector<std::string>> rows;
+  std::vector<Row> rows;
 };
 
 }  // namespace quenlet

@@ -62,6 +62,19 @@ TEST(TextTableTest, FitsTheScreen) {
   }
 }
 
+TEST(TextTableTest, LeavesARowWholeThatIsToBeCopied) {
+  TextTable table({Column("", Fit::whole), "", ""});
+  table.addRow({"NOT WELL", "a file that is open", ""});
+  table.addWholeRow({"", "do: chmod go= '/a path/that/is long'", "x"});
+  std::ostringstream out;
+  table.write(out, {.width = 20});
+  EXPECT_EQ(out.str(),
+            "NOT WELL  a file\n"
+            "          that is\n"
+            "          open\n"
+            "          do: chmod go= '/a path/that/is long'  x\n");
+}
+
 TEST(TextTableTest, ColoursHeadingsAndCellsButNeitherBlanksNorWhatNobodyReads) {
   const std::vector<Column> columns = {"VALUE", Column("FROM", Fit::cut, TextStyle::dim)};
   const std::vector<TableRow> rows = {{"a", "com.example"}, {"ab", ""}};
