@@ -7,7 +7,6 @@
 #include "client/InputText.h"
 #include "tools/commands/Command.h"
 #include "tools/commands/DonationRemarks.h"
-#include "tools/commands/OutputFile.h"
 #include "tools/owner/OwnersHome.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
@@ -81,7 +80,7 @@ ExitCode BackupWords::takeBackup(Session& session) const {
     session.out << text.value();
     return ExitCode::done;
   }
-  const ExitCode code = writeOutputFile(session, output, text.value(), replacesFile);
+  const ExitCode code = session.writeFile(output, text.value(), replacesFile);
   if (code == ExitCode::done) session.say("Wrote " + output + ".");
   return code;
 }

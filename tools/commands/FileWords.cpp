@@ -8,7 +8,6 @@
 #include "platform/foundation/JSONWriter.h"
 #include "platform/preferences/UserPreferences.h"
 #include "tools/commands/Command.h"
-#include "tools/commands/Question.h"
 #include "tools/owner/StoredData.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/Wording.h"
@@ -146,8 +145,7 @@ ExitCode FileWords::reset(Session& session) const {
   for (const path& file : all) {
     session.err << "  " << printable(shortPath(file, stored.value().userFiles().home())) << "\n";
   }
-  const ExitCode answer =
-      askOwner(session, isConfirmed, "remove " + counted(all.size(), "file") + "?");
+  const ExitCode answer = session.ask(isConfirmed, "remove " + counted(all.size(), "file") + "?");
   return answer == ExitCode::done ? removeAll(session, all) : answer;
 }
 

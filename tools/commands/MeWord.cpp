@@ -6,7 +6,6 @@
 #include "platform/contacts/ContactStore.h"
 #include "platform/contacts/VCard.h"
 #include "tools/commands/Command.h"
-#include "tools/commands/OutputFile.h"
 #include "tools/owner/OwnCard.h"
 #include "tools/owner/OwnCardFile.h"
 #include "tools/presentation/TerminalText.h"
@@ -130,7 +129,7 @@ ExitCode MeWord::showFirst(Session& session, const WholeCard& card) const {
 ExitCode MeWord::writeImage(Session& session, const WholeCard& card) const {
   const auto& image = card.contact.imageData();
   if (!image) return fail(session, "a picture is not known");
-  const ExitCode code = writeOutputFile(session, imageFile, *image, replacesImage);
+  const ExitCode code = session.writeFile(imageFile, *image, replacesImage);
   if (code == ExitCode::done) {
     session.say("Wrote " + imageText(*image) + ", to " + imageFile + ".");
   }

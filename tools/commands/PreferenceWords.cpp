@@ -7,7 +7,6 @@
 
 #include "platform/preferences/UserPreferences.h"
 #include "tools/commands/Command.h"
-#include "tools/commands/Question.h"
 #include "tools/owner/AgentDonations.h"
 #include "tools/owner/DonationJournal.h"
 #include "tools/owner/DonorReturn.h"
@@ -160,7 +159,7 @@ ExitCode PreferenceWords::disable(Session& session) const {
   const bool areEnabled = user.value()->preferences().isDonationsEnabled();
   if (!held.value().isEmpty()) {
     tellLoss(session, held.value(), stored.value().userFiles().home(), areEnabled);
-    const ExitCode answer = askOwner(session, isConfirmed, "turn donations off?");
+    const ExitCode answer = session.ask(isConfirmed, "turn donations off?");
     if (answer != ExitCode::done) return answer;
   } else if (!areEnabled) {
     session.out << "Donations were off already, and none is stored.\n";

@@ -1,5 +1,12 @@
 #include "tools/commands/Session.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <iostream>
+
+#include "platform/files/DurableFileWriter.h"
+#include "platform/files/PosixFileOperations.h"
 #include "platform/ipc/ServiceInterface.h"
 #include "tools/owner/Hints.h"
 #include "tools/presentation/TerminalText.h"
@@ -67,6 +74,30 @@ ExitCode Session::failWithUsage(const std::string& sentence, const std::vector<s
 
 ExitCode Session::finishWith(const ErrorPtr& error) const {
   return error ? failWith(error) : ExitCode::done;
+}
+
+ExitCode Session::ask(bool isConfirmed, const std::string& question) const {
+  if (isConfirmed) return ExitCode::done;
+  if (::isatty(STDIN_FILENO) != 1 || ::isatty(STDERR_FILENO) != 1) {
+    return failWithUsage("nobody can be asked: " + question, {}, "--yes agrees to it");
+  }
+  err << question << " [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  if (answer.starts_with('y') || answer.starts_with('Y')) return ExitCode::done;
+  err << "Nothing has changed.\n" << std::flush;
+  return ExitCode::refused;
+}
+
+ExitCode Session::writeFile(const std::string& file, std::string_view data, bool replaces) const {
+  PosixFileOperations operations;
+  DurableFileWriter writer(operations);
+  const ErrorPtr error = replaces ? writer.replace(file, data) : writer.create(file, data);
+  const ExitCode code = finishWith(error);
+  if (error && error->domain() == PosixErrorDomain && error->code() == EEXIST) {
+    hint("--force replaces it");
+  }
+  return code;
 }
 
 }  // namespace quenlet

@@ -4,6 +4,7 @@
 #include <functional>
 #include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/ipc/TimeLimit.h"
@@ -66,6 +67,16 @@ struct Session final {
                                        const std::string& hint = {}) const;
   // done for null, else as failWith().
   [[nodiscard]] ExitCode finishWith(const ErrorPtr& error) const;
+
+  // Whether the owner agrees to what cannot be taken back. With `isConfirmed`, the option --yes,
+  // that is agreed. Else the question is asked, if standard input and standard error are terminals;
+  // only a word that begins with "y" agrees. done to go on; refused after a no, usage when nobody
+  // can be asked, and both have been said.
+  [[nodiscard]] ExitCode ask(bool isConfirmed, const std::string& question) const;
+  // Writes `data` to a file that the command line names, with mode 0600. Replaces an existing file
+  // only with `replaces`; otherwise reports it and suggests --force.
+  [[nodiscard]] ExitCode writeFile(const std::string& file, std::string_view data,
+                                   bool replaces) const;
 };
 
 // The action of the word on the command line; empty until one was parsed.

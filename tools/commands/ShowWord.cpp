@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "tools/commands/Command.h"
-#include "tools/commands/OutputFile.h"
 #include "tools/owner/OwnersValues.h"
 #include "tools/page/OwnerPage.h"
 #include "tools/page/PrivatePage.h"
@@ -54,7 +53,7 @@ ExitCode ShowWord::write(const Session& session, const std::string& page) const 
     session.out << page;
     return ExitCode::done;
   }
-  const ExitCode code = writeOutputFile(session, output, page, replaces);
+  const ExitCode code = session.writeFile(output, page, replaces);
   if (code == ExitCode::done) session.say("Wrote " + output + ".");
   return code;
 }

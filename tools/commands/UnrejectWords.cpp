@@ -11,7 +11,6 @@
 #include "client/waitForReply.h"
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
-#include "tools/commands/Question.h"
 #include "tools/owner/OwnersDecisions.h"
 #include "tools/owner/Selection.h"
 #include "tools/owner/ShownNumbers.h"
@@ -173,7 +172,7 @@ ExitCode UnrejectWords::unreject(Session& session) const {
     return ExitCode::done;
   }
   const ExitCode answer =
-      askOwner(session, isConfirmed, "take back " + counted(all.size(), "rejection") + "?");
+      session.ask(isConfirmed, "take back " + counted(all.size(), "rejection") + "?");
   return answer == ExitCode::done ? takeBack(session, rejections.value(), all) : answer;
 }
 
