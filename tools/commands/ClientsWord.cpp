@@ -1,16 +1,49 @@
 #include <CLI/CLI.hpp>
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/foundation/JSONWriter.h"
 #include "tools/commands/Command.h"
-#include "tools/owner/AllowedApps.h"
 #include "tools/owner/AppPermissions.h"
 #include "tools/owner/ClientPrograms.h"
 #include "tools/presentation/TextTable.h"
 
 namespace quenlet {
 namespace {
+
+// A sandboxed app that the owner was asked about.
+struct AllowedApp final {
+  std::string identifier;
+  AppPermission card;
+  AppPermission donations;
+};
+
+Result<PermissionStore::All> permissionsFor(AppWish wish) {
+  const auto opened = AppPermissions::open();
+  if (!opened.ok()) return Result<PermissionStore::All>::failure(opened.error());
+  return opened.value()->list(wish);
+}
+
+// All of them, by their identifiers.
+Result<std::vector<AllowedApp>> readAllowedApps() {
+  using Apps = Result<std::vector<AllowedApp>>;
+  std::map<std::string, AllowedApp> found;
+  for (const AppWish wish : {AppWish::meCard, AppWish::donate}) {
+    const auto all = permissionsFor(wish);
+    if (!all.ok()) return Apps::failure(all.error());
+    for (const auto& [identifier, permission] : all.value()) {
+      AllowedApp& app = found[identifier];
+      app.identifier = identifier;
+      (wish == AppWish::meCard ? app.card : app.donations) = permission;
+    }
+  }
+  std::vector<AllowedApp> apps;
+  apps.reserve(found.size());
+  for (auto& entry : found) apps.push_back(std::move(entry.second));
+  return Apps::success(std::move(apps));
+}
 
 std::string stateOf(const ClientProgram& program) {
   if (program.mistrust) return "not served: " + program.mistrust->debugDescription();

@@ -5,11 +5,12 @@
 #include <utility>
 #include <vector>
 
+#include "platform/extensions/ExtensionCatalog.h"
+#include "platform/ipc/EntitlementDatabase.h"
 #include "platform/preferences/UserPreferences.h"
 #include "tools/commands/Command.h"
 #include "tools/owner/AgentDonations.h"
 #include "tools/owner/DonationJournal.h"
-#include "tools/owner/DonorReturn.h"
 #include "tools/owner/StoredData.h"
 #include "tools/owner/UserAccounts.h"
 #include "tools/presentation/TerminalText.h"
@@ -29,6 +30,45 @@ struct Held final {
 
   [[nodiscard]] bool isEmpty() const { return donations.empty() && copies.empty() && !isNoted; }
 };
+
+// How the values of donors come back after all donations were deleted. A value type.
+struct DonorReturn final {
+  // With the number of their donations.
+  std::size_t accounts = 0;    // read again by the agent
+  std::size_t simCards = 0;    // donated when an agent starts
+  std::size_t extensions = 0;  // asked again by the agent, as long as they are installed
+  std::size_t others = 0;      // only their donors can donate them again
+  std::vector<std::string> otherDonors = {};
+
+  // Looks up which extensions are installed; faults of theirs are reported on standard error.
+  [[nodiscard]] static DonorReturn of(const DonationValues& donations,
+                                      const std::filesystem::path& home);
+  [[nodiscard]] std::size_t all() const { return accounts + simCards + extensions + others; }
+};
+
+DonorReturn DonorReturn::of(const DonationValues& donations, const std::filesystem::path& home) {
+  const ExtensionCatalog catalog(
+      ManifestDirectory::directoriesOf(EntitlementDatabase::prefixOfRunningProgram(), home));
+  const auto installed = catalog.read();
+  DonorReturn counts;
+  DonationValues rest;
+  for (const DonationValuePtr& donation : donations) {
+    const std::string bundle = donation->decoded().origin.bundleIdentifier;
+    const auto manifest = installed->manifest(bundle);
+    if (bundle == AccountsBundleIdentifier) {
+      ++counts.accounts;
+    } else if (bundle == SIMCardBundleIdentifier) {
+      ++counts.simCards;
+    } else if (manifest.ok() && manifest.value()->isDonorExtension()) {
+      ++counts.extensions;
+    } else {
+      rest.push_back(donation);
+    }
+  }
+  counts.others = rest.size();
+  counts.otherDonors = donorsOf(rest);
+  return counts;
+}
 
 // "enable" and "disable": write the preference, which a running agent notices.
 //
