@@ -17,7 +17,7 @@
 namespace quenlet {
 namespace {
 
-using Card = std::optional<std::string>;
+using CardBytes = std::optional<std::string>;
 
 ErrorPtr errorOf(const Result<bool>& outcome) { return outcome.ok() ? nullptr : outcome.error(); }
 
@@ -91,7 +91,7 @@ Result<Backup> OwnersHome::backUp() const {
   const auto known = accounts->store().accounts();
   if (!known.ok()) return Taken::failure(known.error());
   for (const AccountPtr& account : known.value()) backup.accounts.push_back(*account);
-  Result<Card> card = ownCard();
+  Result<CardBytes> card = ownCard();
   if (!card.ok()) return Taken::failure(card.error());
   backup.ownCard = std::move(card).takeValue();
   auto key = journal.knownKey();
@@ -115,7 +115,7 @@ Result<std::vector<std::string>> OwnersHome::conflicts(const Backup& backup) con
     if (!present || *present == *value) continue;
     found.push_back("the donation " + value->decoded().origin.donationIdentifier);
   }
-  const Result<Card> card = ownCard();
+  const Result<CardBytes> card = ownCard();
   if (!card.ok()) return Found::failure(card.error());
   if (backup.ownCard && card.value() && *card.value() != *backup.ownCard) {
     found.push_back("your own card");
@@ -244,12 +244,12 @@ DonationValues OwnersHome::lastingOf(const Backup& backup) const {
   return lasting;
 }
 
-Result<Card> OwnersHome::ownCard() const {
+Result<CardBytes> OwnersHome::ownCard() const {
   Result<std::string> bytes =
       readFileOfAtMost(maximumVCardSizeInBytes, ownCardFile.location(), *dataProxy);
-  if (bytes.ok()) return Result<Card>::success(std::move(bytes).takeValue());
-  if (isMissingFile(*bytes.error())) return Result<Card>::success(std::nullopt);
-  return Result<Card>::failure(bytes.error());
+  if (bytes.ok()) return Result<CardBytes>::success(std::move(bytes).takeValue());
+  if (isMissingFile(*bytes.error())) return Result<CardBytes>::success(std::nullopt);
+  return Result<CardBytes>::failure(bytes.error());
 }
 
 }  // namespace quenlet

@@ -34,7 +34,7 @@ LabeledValues<T> joined(const LabeledValues<T>& own, const LabeledValues<T>& don
   return all;
 }
 
-bool hasName(const Contact& contact) {
+bool hasNameComponent(const Contact& contact) {
   return !(PersonNameComponents::componentsForContact(contact) == PersonNameComponents());
 }
 
@@ -43,7 +43,7 @@ bool hasName(const Contact& contact) {
 WholeCard WholeCard::of(const ContactPtr& own, const Contact& donated) {
   const Contact nothing;
   const Contact& first = own ? *own : nothing;
-  const bool isNameOwn = hasName(first);
+  const bool isNameOwn = hasNameComponent(first);
   const bool isImageOwn = first.imageData() != nullptr;
   const Contact& named = isNameOwn ? first : donated;
   ContactFields fields;
