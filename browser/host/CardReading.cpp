@@ -80,7 +80,7 @@ CardReading CardReading::of(CorvelProtocol& agent, Date now) {
   Result<OwnCard> own = OwnCard::read();
   OwnersValues alone{.own = own.ok() ? std::move(own).takeValue() : OwnCard()};
   std::vector<std::string> notes = notesOn(alone);
-  for (std::string& hint : hintsFor(*read.error())) notes.push_back(std::move(hint));
+  for (Advice& hint : hintsFor(*read.error())) notes.push_back(std::move(hint.text));
   if (state == ReadingState::failed) notes.push_back(read.error()->description());
   return {state, std::move(notes), {now, std::move(alone)}};
 }

@@ -68,7 +68,7 @@ void BackupWords::addTo(CLI::App& app, ChosenAction& chosen) {
 ExitCode BackupWords::takeBackup(Session& session) const {
   if (output.empty() && ::isatty(STDOUT_FILENO) == 1) {
     return session.failWithUsage("an export is not for a terminal", {},
-                                 "quenlet export --output quenlet-backup.plist");
+                                 Advice::command("quenlet export --output quenlet-backup.plist"));
   }
   const Result<OwnersHome> home = OwnersHome::open(session.agent, session.now);
   if (!home.ok()) return session.failWith(home.error());

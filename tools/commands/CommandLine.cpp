@@ -71,7 +71,7 @@ struct Words final {
   std::vector<std::string> explained;
 };
 
-std::string hintAtHelp(const CLI::App& word) { return fullName(word) + " --help"; }
+Advice hintAtHelp(const CLI::App& word) { return Advice::command(fullName(word) + " --help"); }
 
 ExitCode failWithUnknown(const Session& session, const CLI::App& above, const std::string& text) {
   std::string hint;
@@ -79,7 +79,7 @@ ExitCode failWithUnknown(const Session& session, const CLI::App& above, const st
     hint += (hint.empty() ? "did you mean " : " or ") + word;
   }
   return session.failWithUsage("unknown word: " + text, {},
-                               hint.empty() ? hintAtHelp(above) : hint + "?");
+                               hint.empty() ? hintAtHelp(above) : Advice(hint + "?"));
 }
 
 // For a request for help or for the version, and for wrong usage of `word`.

@@ -12,6 +12,7 @@
 #include "tools/owner/AvailableExtensions.h"
 #include "tools/owner/CollectLock.h"
 #include "tools/owner/Hints.h"
+#include "tools/owner/ShellWord.h"
 #include "tools/owner/WaitingAgent.h"
 #include "tools/presentation/TerminalText.h"
 #include "tools/presentation/TextTable.h"
@@ -231,7 +232,8 @@ ExitCode takeBackAll(Session& session, const AvailableExtension& extension) {
       session.say("Switched off " + extension.name + ".");
     } else {
       session.warn(extension.name + " is off, and not all that it gave is taken back");
-      session.hint("once the agent answers: quenlet extension disable " + extension.name);
+      session.hint(Advice::command("once the agent answers: quenlet extension disable " +
+                                   shellOperand(extension.name)));
     }
     return code;
   }
@@ -242,7 +244,7 @@ ExitCode takeBackAll(Session& session, const AvailableExtension& extension) {
   }
   session.warn(extension.name + " is off, and the agent still has what it gave");
   const ExitCode code = session.failWith(error);
-  session.hint("once an agent runs: quenlet forget " + bundle);
+  session.hint(Advice::command("once an agent runs: quenlet forget " + shellOperand(bundle)));
   return code;
 }
 

@@ -134,7 +134,7 @@ ExitCode FileWords::reset(Session& session) const {
     if (lock.error()->code() != EWOULDBLOCK) return session.failWith(lock.error());
     return session.refuse(
         "not-possible", "an agent runs, and would write its files again",
-        "stop it first: systemctl --user stop quenlet-agent.socket quenlet-agent");
+        Advice::command("stop it first: systemctl --user stop quenlet-agent.socket quenlet-agent"));
   }
   const std::vector<path> all = filesToRemove(stored.value().userFiles());
   if (all.empty()) {

@@ -88,9 +88,12 @@ std::vector<std::string> identifiersToReject(const DonationValues& donations) {
 }
 
 ExitCode refuseImage(const Session& session, const DonationOrigin& origin) {
-  return session.refuse("not-possible", "an image cannot be rejected, only taken back",
-                        "quenlet remove " + shellWord(origin.donationIdentifier) +
-                            ", or quenlet forget " + shellWord(origin.bundleIdentifier));
+  const ExitCode code =
+      session.refuse("not-possible", "an image cannot be rejected, only taken back",
+                     Advice::command("quenlet remove " + shellOperand(origin.donationIdentifier)));
+  session.hint(Advice::command("or all that this donor gave: quenlet forget " +
+                               shellOperand(origin.bundleIdentifier)));
+  return code;
 }
 
 // A line for each content among the donations that are gone.

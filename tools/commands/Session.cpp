@@ -45,7 +45,10 @@ void Session::tell(const std::string& sentences, std::size_t indentation) const 
 
 void Session::warn(const std::string& sentence) const { tellBehind(*this, "quenlet: ", sentence); }
 
-void Session::hint(const std::string& sentence) const { tellBehind(*this, "hint: ", sentence); }
+void Session::hint(const Advice& advice) const {
+  if (!advice.isCommand) return tellBehind(*this, "hint: ", advice.text);
+  err << "hint: " << printable(advice.text) << std::endl;
+}
 
 ExitCode Session::failWith(const ErrorPtr& error) const {
   tellBehind(*this, "quenlet: ", error->description());
@@ -54,21 +57,21 @@ ExitCode Session::failWith(const ErrorPtr& error) const {
 }
 
 void Session::hintAt(const Error& error) const {
-  for (const std::string& line : hintsFor(error)) hint(line);
+  for (const Advice& advice : hintsFor(error)) hint(advice);
 }
 
 ExitCode Session::refuse(const char* domain, const std::string& sentence,
-                         const std::string& hint) const {
+                         const Advice& hint) const {
   tellBehind(*this, std::string("quenlet: ") + domain + " 1: ", sentence);
   this->hint(hint);
   return ExitCode::refused;
 }
 
 ExitCode Session::failWithUsage(const std::string& sentence, const std::vector<std::string>& lines,
-                                const std::string& hint) const {
+                                const Advice& hint) const {
   tellBehind(*this, "quenlet: usage 2: ", sentence);
   for (const std::string& line : lines) tellBehind(*this, "  ", line);
-  if (!hint.empty()) this->hint(hint);
+  if (!hint.text.empty()) this->hint(hint);
   return ExitCode::usage;
 }
 

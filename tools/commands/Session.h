@@ -10,6 +10,7 @@
 #include "platform/ipc/TimeLimit.h"
 #include "protocol/CorvelProtocol.h"
 #include "quenlet/Date.h"
+#include "tools/owner/Advice.h"
 #include "tools/presentation/Screen.h"
 
 namespace CLI {
@@ -50,7 +51,7 @@ struct Session final {
   // advice.
   void tell(const std::string& sentences, std::size_t indentation = 0) const;
   void warn(const std::string& sentence) const;
-  void hint(const std::string& sentence) const;
+  void hint(const Advice& advice) const;
 
   // Writes `error` to the error stream as "quenlet: <domain> <code>: <sentence>", with its hints,
   // and returns its exit code: noAgent when no answer came, else refused.
@@ -59,19 +60,18 @@ struct Session final {
   void hintAt(const Error& error) const;
   // Writes why the word itself refuses, as "quenlet: <domain> 1: <sentence>", and a hint, and
   // returns refused.
-  ExitCode refuse(const char* domain, const std::string& sentence, const std::string& hint) const;
+  ExitCode refuse(const char* domain, const std::string& sentence, const Advice& hint) const;
   // Writes `sentence` as wrong usage, "quenlet: usage 2: <sentence>", with a line for each of
   // `lines` that tells more and one for a hint if there is any.
   [[nodiscard]] ExitCode failWithUsage(const std::string& sentence,
                                        const std::vector<std::string>& lines = {},
-                                       const std::string& hint = {}) const;
+                                       const Advice& hint = "") const;
   // done for null, else as failWith().
   [[nodiscard]] ExitCode finishWith(const ErrorPtr& error) const;
 
-  // Whether the owner agrees to what cannot be taken back. With `isConfirmed`, the option --yes,
-  // that is agreed. Else the question is asked, if standard input and standard error are terminals;
-  // only a word that begins with "y" agrees. done to go on; refused after a no, usage when nobody
-  // can be asked, and both have been said.
+  // Asks the owner to agree to what cannot be taken back: done to go on, refused after a no, usage
+  // when nobody can be asked; it has said why not. With `isConfirmed`, the option --yes, it does
+  // not ask. Needs a terminal as standard input and error; only a word that begins with "y" agrees.
   [[nodiscard]] ExitCode ask(bool isConfirmed, const std::string& question) const;
   // Writes `data` to a file that the command line names, with mode 0600. Replaces an existing file
   // only with `replaces`; otherwise reports it and suggests --force.

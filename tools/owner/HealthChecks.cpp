@@ -33,7 +33,10 @@ Finding checkHome(CorvelProtocol& /*agent*/) {
   if (::stat(name.c_str(), &status) != 0) {
     return {false, name + " is not there", {"make it, or set HOME to another one"}};
   }
-  if (!S_ISDIR(status.st_mode) || ::access(name.c_str(), W_OK | X_OK) != 0) {
+  if (!S_ISDIR(status.st_mode)) {
+    return {false, name + " is not a directory", {"set HOME to one"}};
+  }
+  if (::access(name.c_str(), W_OK | X_OK) != 0) {
     return {
         false, name + " cannot be written", {Advice::command("chmod u+rwx " + shellWord(name))}};
   }
@@ -50,10 +53,10 @@ Finding examine(const path& file, mode_t forbidden) {
             {"chmod u+rwx the directories above it"}};
   }
   if (status.st_uid != ::geteuid()) {
-    return {
-        false,
-        file.native() + " belongs to another user",
-        {Advice::command("chown " + std::to_string(::geteuid()) + " " + shellWord(file.native()))}};
+    return {false,
+            file.native() + " belongs to another user",
+            {Advice::command("as root: chown " + std::to_string(::geteuid()) + " " +
+                             shellWord(file.native()))}};
   }
   if ((status.st_mode & forbidden) == 0) return {};
   const bool isRead = (forbidden & S_IROTH) != 0;
@@ -139,13 +142,12 @@ Finding checkAgent(CorvelProtocol& agent) {
             "answers, with " + std::to_string(count) + (count == 1 ? " donation" : " donations")};
   }
   const ErrorPtr& error = list.error();
-  if (isNotEnabled(*error)) return {true, "answers; " + hintsFor(*error).front()};
+  if (isNotEnabled(*error)) return {true, "answers; " + hintsFor(*error).front().text};
   if (error->domain() == ServiceErrorDomain &&
       error->code() == static_cast<std::int64_t>(ServiceErrorCode::noService)) {
     return none;
   }
-  const std::vector<std::string> hints = hintsFor(*error);
-  return {false, error->debugDescription(), Advices(hints.begin(), hints.end())};
+  return {false, error->debugDescription(), hintsFor(*error)};
 }
 
 Finding checkEntitlement(CorvelProtocol& /*agent*/) {

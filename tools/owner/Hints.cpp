@@ -12,17 +12,15 @@
 namespace quenlet {
 namespace {
 
-using Lines = std::vector<std::string>;
-
-Lines hintsForService(ServiceErrorCode code) {
+Advices hintsForService(ServiceErrorCode code) {
   switch (code) {
     case ServiceErrorCode::noService:
-      return {"no agent runs; start it: systemctl --user start quenlet-agent"};
+      return {Advice::command("no agent runs; start it: systemctl --user start quenlet-agent")};
     case ServiceErrorCode::connectionBroken:
-      return {"the agent may have ended: systemctl --user status quenlet-agent"};
+      return {Advice::command("the agent may have ended: systemctl --user status quenlet-agent")};
     case ServiceErrorCode::timedOut:
       return {"the agent hangs or is very busy; start it anew:",
-              "systemctl --user restart quenlet-agent"};
+              Advice::command("systemctl --user restart quenlet-agent")};
     case ServiceErrorCode::bundleNotAllowed:
       return {"quenlet clients shows which program may donate as whom"};
     default:
@@ -31,14 +29,14 @@ Lines hintsForService(ServiceErrorCode code) {
 }
 
 // The agent needs a moment after its start to read the preference, and refuses meanwhile.
-Lines hintsForRefusal() {
+Advices hintsForRefusal() {
   const auto user = UserPreferences::open();
   const bool isOff = user.ok() && !user.value()->preferences().isDonationsEnabled();
   return {isOff ? "donations are off; turn them on: quenlet enable"
                 : "donations are on, and the agent is about to notice; try again"};
 }
 
-Lines hintsForEntitlement() {
+Advices hintsForEntitlement() {
   std::error_code failure;
   const auto program = std::filesystem::read_symlink("/proc/self/exe", failure);
   const std::string file = "/etc/quenlet/entitlements/" + program.filename().native() + ".plist";
@@ -47,7 +45,7 @@ Lines hintsForEntitlement() {
           "quenlet clients shows which programs are entitled, and what is not trusted"};
 }
 
-Lines hintsForLack(AppPermissionsLack lack) {
+Advices hintsForLack(AppPermissionsLack lack) {
   if (lack == AppPermissionsLack::store) {
     return {"install xdg-desktop-portal, which has the store"};
   }
@@ -61,7 +59,7 @@ bool isNotEnabled(const Error& error) {
          error.code() == static_cast<std::int64_t>(DonationErrorCode::featureNotEnabled);
 }
 
-std::vector<std::string> hintsFor(const Error& error) {
+Advices hintsFor(const Error& error) {
   if (error.domain() == ServiceErrorDomain) {
     return hintsForService(static_cast<ServiceErrorCode>(error.code()));
   }

@@ -8,7 +8,7 @@ namespace quenlet {
 namespace {
 
 bool isPlain(unsigned char character) {
-  constexpr std::string_view plain = "@%+=:,./-_";
+  constexpr std::string_view plain = "@%+:,./-_";
   return plain.find(static_cast<char>(character)) != std::string_view::npos ||
          (character < 0x80 && std::isalnum(character) != 0);
 }
@@ -18,6 +18,10 @@ bool isPlain(unsigned char character) {
 std::string shellWord(const std::string& text) {
   if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain)) return text;
   return shellQuoted(text);
+}
+
+std::string shellOperand(const std::string& text) {
+  return (text.starts_with('-') ? "-- " : "") + shellWord(text);
 }
 
 std::string shellQuoted(const std::string& text) {

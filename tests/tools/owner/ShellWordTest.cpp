@@ -12,8 +12,11 @@ TEST(ShellWordTest, ShellsReadAWordBackAsItWas) {
       {"a b", "'a b'"},
       {"it's $HOME", "'it'\\''s $HOME'"},
       {"\u00e4", "'\u00e4'"},
+      {"=ls", "'=ls'"},
+      {"a\nb", "'a\nb'"},
+      {"-x y", "-- '-x y'"},
   };
-  for (const auto& [text, word] : rows) EXPECT_EQ(shellWord(text), word);
+  for (const auto& [text, word] : rows) EXPECT_EQ(shellOperand(text), word);
 }
 
 }  // namespace
