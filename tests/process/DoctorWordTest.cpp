@@ -85,5 +85,18 @@ TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
   EXPECT_THAT(quenlet("doctor cat").err, testing::HasSubstr("hint: name it by its path: "));
 }
 
+TEST_F(DoctorWordTest, AdvisesCommandsThatAShellRunsAsTheyStand) {
+  const std::filesystem::path place = temporary / "it's a home";
+  const std::filesystem::path file = place / "Library/Contacts/Donations/donations.plist";
+  writeFile(file, "", 0644);
+  ::setenv("HOME", place.c_str(), 1);
+  const std::string found = quenlet("doctor").out;
+  const std::size_t command = found.find("do: chmod go= ");
+  ASSERT_NE(command, found.npos) << found;
+  const std::string line = found.substr(command + 4, found.find('\n', command) - command - 4);
+  EXPECT_EQ(run({"sh", "-c", line}).code, 0) << line;
+  EXPECT_EQ(modeOf(file), 0600);
+}
+
 }  // namespace
 }  // namespace quenlet

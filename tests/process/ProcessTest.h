@@ -235,7 +235,8 @@ class ProcessTest : public testing::Test {
     std::istringstream lines(out);
     for (std::string line; std::getline(lines, line);) {
       const bool isOneWord = line.find(' ', line.find_first_not_of(' ')) == std::string::npos;
-      const bool isCommand = line.find("do: ch") != std::string::npos;
+      static const std::regex command(" *do: (as root: )?ch(mod|own) [^ ]+ ['/].*");
+      const bool isCommand = std::regex_match(line, command);
       EXPECT_TRUE(displayWidth(line) <= 80 || isOneWord || isCommand) << words << "\n" << line;
     }
   }

@@ -5,6 +5,7 @@
 #include "platform/foundation/JSONWriter.h"
 #include "tools/owner/ProgramVerdict.h"
 #include "tools/owner/RunProgram.h"
+#include "tools/owner/ShellWord.h"
 #include "tools/presentation/TerminalText.h"
 
 namespace quenlet {
@@ -81,7 +82,9 @@ ExitCode reportProgram(const Session& session, const std::filesystem::path& file
   const Result<RunProgram> run = RunProgram::of(file);
   if (!run.ok()) {
     const ExitCode code = session.failWith(run.error());
-    if (!file.has_parent_path()) session.hint("name it by its path: command -v " + file.native());
+    if (!file.has_parent_path()) {
+      session.hint(Advice::command("name it by its path: command -v " + shellOperand(file)));
+    }
     return code;
   }
   const ProgramVerdict verdict = ProgramVerdict::on(run.value(), ClientPrograms::read());

@@ -17,13 +17,16 @@ namespace {
 
 using std::filesystem::path;
 
-// Says what mends the owner and mode of a file or directory that is not trusted because of them.
+// Says what mends the owner and mode of a file or directory that is not trusted because of them. A
+// link is left alone: the commands would change what it leads to.
 void adviseToMend(Advices& advice, const path& place) {
   struct stat status {};
-  if (::lstat(place.c_str(), &status) != 0) return;
-  const std::string name = shellQuoted(place.native());
+  if (::lstat(place.c_str(), &status) != 0 || S_ISLNK(status.st_mode)) return;
   const mode_t mode = status.st_mode;
-  const auto run = [&](const char* words) { advice.push_back(Advice::command(words + name)); };
+  const auto run = [&](const char* words) {
+    const std::string lead = status.st_uid == ::geteuid() ? "" : "as root: ";
+    advice.push_back(Advice::command(lead + words + shellQuoted(place.native())));
+  };
   if (status.st_uid != 0 && status.st_uid != ::geteuid()) run("chown root ");
   const bool isSticky = S_ISDIR(mode) && (mode & S_ISVTX) != 0;
   if ((mode & (S_IWGRP | S_IWOTH)) != 0 && !isSticky) run("chmod go-w ");
@@ -68,8 +71,9 @@ void adviseToName(ProgramVerdict& verdict, const RunProgram& program,
                               (isThere ? "add the entry below to " : "write ") +
                               example.file.native() + (isThere ? "" : ", as below") +
                               "; without the list of bundles it may change everything");
-  verdict.advice.emplace_back("let only root or yourself write that file:");
-  verdict.advice.push_back(Advice::command("chmod go-w " + shellQuoted(example.file.native())));
+  verdict.advice.emplace_back("let only root or yourself write that file");
+  verdict.advice.push_back(
+      Advice::command("as root: chmod go-w " + shellQuoted(example.file.native())));
   verdict.example = std::move(example);
 }
 
