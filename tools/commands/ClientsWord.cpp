@@ -26,7 +26,7 @@ Result<PermissionStore::All> permissionsFor(AppWish wish) {
   return opened.value()->list(wish);
 }
 
-// All of them, by their identifiers.
+// All such apps, by their identifiers.
 Result<std::vector<AllowedApp>> readAllowedApps() {
   using Apps = Result<std::vector<AllowedApp>>;
   std::map<std::string, AllowedApp> found;

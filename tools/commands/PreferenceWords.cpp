@@ -1,10 +1,12 @@
 #include <CLI/CLI.hpp>
 #include <cerrno>
+#include <cstddef>
 #include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "model/DonationValue.h"
 #include "platform/extensions/ExtensionCatalog.h"
 #include "platform/ipc/EntitlementDatabase.h"
 #include "platform/preferences/UserPreferences.h"
@@ -40,7 +42,7 @@ struct DonorReturn final {
   std::size_t others = 0;      // only their donors can donate them again
   std::vector<std::string> otherDonors = {};
 
-  // Looks up which extensions are installed; faults of theirs are reported on standard error.
+  // Looks up which extensions are installed; reports damaged manifests on standard error.
   [[nodiscard]] static DonorReturn of(const DonationValues& donations,
                                       const std::filesystem::path& home);
   [[nodiscard]] std::size_t all() const { return accounts + simCards + extensions + others; }
