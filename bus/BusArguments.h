@@ -16,7 +16,7 @@ struct BusLimits final {
   std::size_t depth = 16;
   // Keys, elements and containers, all together.
   std::size_t values = 65536;
-  // Of all texts and byte arrays together.
+  // All texts and byte arrays together.
   std::size_t bytes = std::size_t{32} << 20;
 };
 

@@ -13,9 +13,9 @@ struct CallerIdentity final {
   pid_t process = 0;
   // The identifier of a sandboxed app; nothing for a program on the host.
   std::optional<std::string> app = {};
-  // Of a program on the host: whether the agent would serve it itself.
+  // For a program on the host: whether the agent would serve it itself.
   bool isEntitled = false;
-  // Of a program on the host: the bundles under which it may change donations; nothing for all.
+  // For a program on the host: the bundles under which it may change donations; nothing for all.
   std::optional<std::vector<std::string>> bundles = {};
 };
 

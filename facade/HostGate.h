@@ -31,7 +31,7 @@ class HostGate final {
   void examineIdentifiers(const CallerIdentity& caller, const std::vector<std::string>& identifiers,
                           Outcome outcome);
   // Whether what these identifiers stand for now, if anything, is all of these bundles'. The agent
-  // finds values by their identifiers alone, whoever donated them.
+  // finds values by their identifiers alone, from any donor.
   void examineOwners(std::vector<std::string> bundles, const std::vector<std::string>& identifiers,
                      Outcome outcome);
 

@@ -19,7 +19,7 @@ struct AppRequest final {
   std::string app = {};
   // The connection that asks, by its unique name.
   std::string sender = {};
-  // Of the card: what the app would like. The owner chooses among all kinds.
+  // For the card: what the app would like. The owner chooses among all kinds.
   CardKinds kinds = {};
   // The app's window, as portals name it, for the dialog to stand before; may be empty.
   std::string parentWindow = {};

@@ -26,7 +26,7 @@ class KeyFile final {
   // is not for the reader to choose.
   enum class Doubles { lastCounts, refused };
 
-  // An error, which quotes nothing, when a line is none of these.
+  // An error, which quotes nothing, when a line is something else.
   [[nodiscard]] static Result<KeyFile> parse(std::string_view text,
                                              Doubles doubles = Doubles::lastCounts);
 

@@ -50,7 +50,7 @@ class DaemonFollower final {
   ProblemReporter problems;
   std::vector<std::shared_ptr<Cancelable>> watches;
   std::shared_ptr<Cancelable> nextTry;
-  // Of the reading under way: its calls, the modems so far, how many cards are awaited.
+  // The reading under way: its calls, the modems so far, how many cards are awaited.
   std::vector<std::shared_ptr<Cancelable>> calls;
   std::vector<Modem> modems;
   std::size_t awaitedCards = 0;

@@ -2,6 +2,7 @@
 
 #include <unicode/ucnv.h>
 #include <unicode/unistr.h>
+
 #include <memory>
 
 namespace quenlet {

@@ -58,7 +58,7 @@ class Channel:
         return data
 
     def shut(self) -> None:
-        """Ends the connection for whoever waits for it, in any thread."""
+        """Ends the connection, also for a thread that waits for it."""
         if os.getpid() != self._owner:
             return
         try:

@@ -57,7 +57,7 @@ class Receiver:
     def close(self) -> None:
         self._socket.close()
         if os.getpid() == self._owner:  # A forked child leaves the file to its parent.
-            # Whoever posted meanwhile may have removed it as one that nobody reads.
+            # A program that posted meanwhile may have removed it as one that nobody reads.
             with contextlib.suppress(OSError):
                 os.unlink(self._name, dir_fd=self._directory)
         os.close(self._directory)

@@ -1,6 +1,6 @@
 """What a client knows of its connection, without any input or output.
 
-A `Connection` makes the bytes of requests and reads those of answers; whoever drives it moves the
+A `Connection` makes the bytes of requests and reads those of answers; its user moves the
 bytes, and watches the clock.
 """
 

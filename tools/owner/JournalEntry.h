@@ -42,7 +42,7 @@ struct JournalEntry final {
   std::int64_t number = 0;  // ascending; the journal gives it
   Date when = {};
   std::vector<DonatedFile> files = {};
-  // What the agent held before and this donation replaced or removed, whoever had given it.
+  // What the agent held before and this donation replaced or removed, from any donor.
   DonationValues replaced = {};
   // The identifiers of those in `donated` that the agent did not take: the owner rejected them.
   std::vector<std::string> leftOut = {};

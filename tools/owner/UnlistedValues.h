@@ -20,7 +20,7 @@ struct UnlistedValue final {
   std::optional<Value> value = std::nullopt;
   // As it was given; null when that is not known.
   DonationValuePtr donation = nullptr;
-  // Of the donor; empty when that is not known.
+  // The donor's; empty when that is not known.
   std::string bundleIdentifier = {};
 };
 
