@@ -96,6 +96,8 @@ TEST_F(DoctorWordTest, AdvisesCommandsThatAShellRunsAsTheyStand) {
   const std::string line = found.substr(command + 4, found.find('\n', command) - command - 4);
   EXPECT_EQ(run({"sh", "-c", line}).code, 0) << line;
   EXPECT_EQ(modeOf(file), 0600);
+  ::setenv("HOME", file.c_str(), 1);
+  EXPECT_THAT(quenlet("doctor --wide").out, testing::HasSubstr("do: set HOME to one\n"));
 }
 
 }  // namespace

@@ -131,7 +131,6 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
       {"donations.plist is open to others\n", "do: chmod go= " + donationsFile.native(),
        "NOT WELL  own card", "NOT WELL  records      feedback.plist is damaged: ", "NOT WELL  unit",
        "do: systemctl --user unmask quenlet-agent.service\n", "well      agent"});
-  expect("doctor", 1, {"do: chmod go= " + donationsFile.native() + "\n"});
   expect("doctor --json", 1, {R"({"check":"own card","well":false,"found":)"});
   for (const auto& [service, socket, said] :
        {std::tuple<std::string, std::string, std::string>{

@@ -28,6 +28,7 @@ class CommandLineTest : public testing::Test {
     err.str("");
     CorvelProtocol& asked = other == nullptr ? static_cast<CorvelProtocol&>(agent) : *other;
     Session session{out, err, asked, Date(1767225600), pause};  // 2026-01-01
+    session.errorScreen.width = errorWidth;
     return static_cast<int>(CommandLine::run(words, session));
   }
   std::string file(const std::string& name, const std::string& properties) {
@@ -44,6 +45,7 @@ class CommandLineTest : public testing::Test {
   RecordingAgent agent;
   std::ostringstream out;
   std::ostringstream err;
+  std::size_t errorWidth = Screen::unlimitedWidth;
   std::function<void(std::chrono::milliseconds)> pause;
 };
 
@@ -87,6 +89,7 @@ TEST_F(CommandLineTest, AsksTheAgentAndTellsItsAnswerByTheExitCode) {
       {makeServiceError(ServiceErrorCode::messageTooLarge, "large"), 1,
        "quenlet: ovaro.quenlet.service-error 6: large\n"},
   };
+  errorWidth = 60;  // less than some commands take
   for (const auto& [words, call, shown] : cases) {
     for (const auto& [error, code, text] : answers) {
       agent.setError(error);

@@ -73,6 +73,11 @@ TEST(TextTableTest, LeavesARowWholeThatIsToBeCopied) {
             "          that is\n"
             "          open\n"
             "          do: chmod go= '/a path/that/is long'  x\n");
+  TextTable alone;
+  alone.addWholeRow({"a command that is long"});
+  out.str("");
+  alone.write(out, {.width = 10});
+  EXPECT_EQ(out.str(), "a command that is long\n");
 }
 
 TEST(TextTableTest, ColoursHeadingsAndCellsButNeitherBlanksNorWhatNobodyReads) {
