@@ -141,3 +141,7 @@ class Page:
 
     def close(self):
         self.browser.call("Target.closeTarget", targetId=self.target)
+        end = time.monotonic() + SECONDS_FOR_ANSWER
+        while any(target["targetId"] == self.target for target in self.browser.targets("page")):
+            expect(time.monotonic() < end, "a page stays open")
+            time.sleep(0.01)
