@@ -37,13 +37,7 @@ void writeProgramText(const Session& session, const RunProgram& run,
     if (verdict.isServed()) session.say(bundlesIn(*verdict.named));
     for (const auto& file : verdict.named->files) session.say("It is named in " + file.native());
   }
-  for (const Advice& advice : verdict.advice) {
-    if (advice.isCommand) {
-      session.out << "do: " << printable(advice.text) << "\n";
-    } else {
-      session.say("do: " + advice.text);
-    }
-  }
+  for (const Advice& advice : verdict.advice) session.advise(advice);
   if (!verdict.example) return;
   std::istringstream lines(verdict.example->content);
   session.out << "\n";

@@ -19,6 +19,18 @@ bool isServiceError(const Error& error, ServiceErrorCode code) {
   return error.domain() == ServiceErrorDomain && error.code() == static_cast<std::int64_t>(code);
 }
 
+// A command stays on one line.
+void writeAdvice(std::ostream& stream, const Screen& screen, const std::string& lead,
+                 const Advice& advice, std::size_t hanging = 0) {
+  const std::string text = lead + printable(advice.text);
+  if (advice.isCommand) {
+    stream << text << "\n";
+  } else {
+    screen.writeParagraph(stream, text, 0, hanging);
+  }
+  stream << std::flush;
+}
+
 void tellBehind(const Session& session, const std::string& lead, const std::string& sentence) {
   session.errorScreen.writeParagraph(session.err, lead + printable(sentence), 0, 2);
   session.err << std::flush;
@@ -46,9 +58,10 @@ void Session::tell(const std::string& sentences, std::size_t indentation) const 
 void Session::warn(const std::string& sentence) const { tellBehind(*this, "quenlet: ", sentence); }
 
 void Session::hint(const Advice& advice) const {
-  if (!advice.isCommand) return tellBehind(*this, "hint: ", advice.text);
-  err << "hint: " << printable(advice.text) << std::endl;
+  writeAdvice(err, errorScreen, "hint: ", advice, 2);
 }
+
+void Session::advise(const Advice& advice) const { writeAdvice(out, screen, "do: ", advice); }
 
 ExitCode Session::failWith(const ErrorPtr& error) const {
   tellBehind(*this, "quenlet: ", error->description());
