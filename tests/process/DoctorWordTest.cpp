@@ -24,6 +24,7 @@ TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
   const std::string files = prefix / "share/quenlet/entitlements";
   writeFile(files + "/donors.plist", goldenFile("tests/process/entitlements/donors.plist"));
   writeFile(files + "/loose.plist", goldenFile("tests/process/entitlements/loose.plist"), 0664);
+  std::filesystem::create_symlink("loose.plist", files + "/linked.plist");
   for (const char* name : {"limited", "all", "mute", "denied", "unnamed"}) install(name);
   install("open", "", 0775);
   install("both", "", 0757);
@@ -82,6 +83,10 @@ TEST_F(DoctorWordTest, SaysWhetherAProgramIsServedAndWhatToDo) {
             "{\"executable\":\"" + (prefix / "bin/all").native() + "\",\"scripts\":[\"" +
                 (prefix / "bin/script").native() + "\"],\"served\":true,\"files\":[\"" + files +
                 "/donors.plist\"],\"advice\":[]}\n");
+  // A command for a link would change what it leads to.
+  const std::string unnamed = quenlet("doctor --wide " + (prefix / "bin/unnamed").native()).out;
+  EXPECT_THAT(unnamed, testing::HasSubstr("/linked.plist, which is ignored: "));
+  EXPECT_THAT(unnamed, testing::Not(testing::HasSubstr("/linked.plist'")));
   EXPECT_THAT(quenlet("doctor cat").err, testing::HasSubstr("hint: name it by its path: "));
 }
 

@@ -18,6 +18,8 @@ TEST(HelpPageTest, ReadsTheParsersModel) {
   std::string text = "json";
   std::vector<std::string> texts;
   app.add_flag("--wide", flag, "Wide");
+  app.add_option("PLACE", text, "Where")->type_name("");
+  app.require_subcommand();
   app.add_subcommand("secret", "Hidden")->group("");
   CLI::App* word = app.add_subcommand("say", "Says them");
   CLI::Option* quiet = word->add_flag("-q,--quiet", flag, "Quiet");
@@ -31,6 +33,7 @@ TEST(HelpPageTest, ReadsTheParsersModel) {
 
   const HelpPage program = HelpPage::of(app);
   EXPECT_EQ(program.summary, "Tells things");
+  EXPECT_EQ(program.usage(), "[OPTIONS] [PLACE] WORD");
   ASSERT_EQ(program.pages.size(), 1U) << "without what is hidden";
   const HelpPage& page = program.pages.front();
   EXPECT_EQ(page.name('-'), "tool-say");

@@ -138,7 +138,9 @@ TEST(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
         "<a href=\"#left-out\"><strong>4</strong> left out", "The reasons are below."}) {
     EXPECT_THAT(page, HasSubstr(shown));
   }
-  EXPECT_THAT(page, Not(AnyOf(HasSubstr("attic"), HasSubstr("#donors"))));
+  EXPECT_THAT(page, Not(AnyOf(HasSubstr("attic"), HasSubstr("#donors"), HasSubstr("enable"))));
+  const std::string off = OwnerPage::of({noonOf("2026-11-26"), {.donationsEnabled = false}});
+  EXPECT_THAT(off, HasSubstr("shows none: <code>quenlet enable</code>"));
 }
 
 TEST(OwnerPageTest, ShowsAPictureOnlyIfItsBytesAreThoseOfAnImage) {
