@@ -44,10 +44,17 @@ TEST_F(CompletionTest, OffersWordsOptionsAndWhatTheAgentHas) {
   for (const auto& [name, line, offers] : rows) EXPECT_EQ(offersFor(line), offers) << name;
   EXPECT_FALSE(std::filesystem::exists(home / "made"));
   if (run({"/bin/sh", "-c", "command -v fish"}).code != 0) GTEST_SKIP() << "fish is not installed";
-  const Ran fish = run({"env", "PATH=" + bin.native() + ":/usr/bin:/bin", "fish", "-c",
-                        "source $argv[1]; complete -C 'quenlet list --bundle c'",
-                        bin.parent_path() / "share/fish/vendor_completions.d/quenlet.fish"});
-  EXPECT_THAT(fish.out, testing::StartsWith("com.example.mail")) << fish.err;
+  for (const auto& [line, offer] :
+       {std::pair("quenlet list --bundle c", "com.example.mail"),
+        std::pair("quenlet card --format j", "json"), std::pair("quenlet watch --j", "--json"),
+        std::pair("quenlet account list -", "-h"),
+        std::pair("quenlet donate /etc/hostnam", "/etc/hostname")}) {
+    const Ran fish =
+        run({"env", "PATH=" + bin.native() + ":/usr/bin:/bin", "fish", "-c",
+             "source $argv[1]; complete -C $argv[2]",
+             bin.parent_path() / "share/fish/vendor_completions.d/quenlet.fish", line});
+    EXPECT_THAT(fish.out, testing::StartsWith(offer)) << line << fish.err;
+  }
 }
 
 }  // namespace

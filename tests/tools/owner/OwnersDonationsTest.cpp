@@ -67,6 +67,20 @@ TEST_F(OwnersDonationsTest, AFileReplacesWhatItGaveAndUndoGoesBackStepByStep) {
   EXPECT_EQ(undo(), "nothing");
 }
 
+TEST_F(OwnersDonationsTest, TellsHowMuchOfADonationUndoWillKnow) {
+  const std::pair<std::size_t, JournalEntry::Kept> rows[] = {{100, JournalEntry::Kept::frame},
+                                                             {10'000, JournalEntry::Kept::all}};
+  for (const auto& [bytes, kept] : rows) {
+    const DonationJournal bounded(home.path(), std::make_shared<PosixDataProxy>(),
+                                  {.bytes = bytes});
+    const auto outcome =
+        OwnersDonations(agent, bounded, Date(time))
+            .donate({{"f", "app", gifts("app", "a", Date(1000))}}, "0123456789abcdef");
+    ASSERT_TRUE(outcome.ok()) << outcome.error()->debugDescription();
+    EXPECT_EQ(outcome.value().kept, kept) << bytes;
+  }
+}
+
 TEST_F(OwnersDonationsTest, UnderABundleOfOthersAFileReplacesOnlyWhatItGaveThere) {
   EXPECT_EQ(donate("app", "a b"), "2+0-0");
   EXPECT_EQ(donate("app", "c", Date(1000), "g"), "1+0-0");

@@ -139,6 +139,10 @@ TEST(OwnerPageTest, TellsOfValuesThatTheAgentNoLongerLists) {
     EXPECT_THAT(page, HasSubstr(shown));
   }
   EXPECT_THAT(page, Not(AnyOf(HasSubstr("attic"), HasSubstr("#donors"), HasSubstr("enable"))));
+  EXPECT_THAT(page, HasSubstr("<details open=\"\"><summary>Rejected"));
+  const OwnersValues many{.unlisted = {13, values.unlisted.front()}};
+  EXPECT_THAT(OwnerPage::of({noonOf("2026-11-26"), many}),
+              HasSubstr("<details><summary>Rejected – 13 values"));
   const std::string off = OwnerPage::of({noonOf("2026-11-26"), {.donationsEnabled = false}});
   EXPECT_THAT(off, HasSubstr("shows none: <code>quenlet enable</code>"));
 }
