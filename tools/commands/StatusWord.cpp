@@ -68,7 +68,7 @@ void addOwnCard(TextTable& table, const OwnCard& card) {
   } else if (!card.contact) {
     table.addRow({"Own card", "none; quenlet me set FILE puts one in place"});
   } else {
-    table.addRow({"Own card", card.skipped.empty() ? "read" : "read, but for some lines:"});
+    table.addRow({"Own card", card.skipped.empty() ? "read" : "read, without some of its lines:"});
   }
   for (const SkippedEntry& fault : card.skipped) {
     table.addRow({"", WholeCardPresenter::textOf(fault)});
