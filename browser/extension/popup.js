@@ -38,7 +38,8 @@ function element(name, {text, ...attributes} = {}, children = []) {
 }
 
 // `card` is the one that the questions are about, `filled` the wishes that were filled last.
-let tab, card, form, questions = [], filled = null;
+// `asks` counts how often the questions were looked for.
+let tab, card, form, questions = [], filled = null, asks = 0;
 
 const groupName = (group) => group.replace(/section-/g, "");
 const choices = () => Object.fromEntries(questions.map(({id}) => [id, Number(at(`question ${id}`).value)]));
@@ -165,13 +166,17 @@ async function showAll(agent) {
   showLeftOut(latest);
   if (!filled) await ask(latest);
   document.body.removeAttribute("aria-busy");
+  return latest;
 }
 
 // What was chosen already stays chosen.
 async function ask(latest) {
+  const turn = ++asks;
   const remembered = await recall(tab);
   const chosenNow = Object.fromEntries(questions.map(({id, keys}) => [id, keys[choices()[id]]]));
   const next = await questionsFor(form, latest, remembered, chosenNow);
+  // The form may have been filled meanwhile, or a newer card has come.
+  if (filled || turn !== asks) return;
   card = latest;
   const asked = (list) => JSON.stringify(list.map(({id, entries}) => [id, entries]));
   if (asked(next) !== asked(questions)) {
@@ -201,9 +206,9 @@ async function start() {
   at("undo").addEventListener("click", () => undo(agent).catch(fail));
   at("forget").addEventListener("click", () => forgetChoice().catch(fail));
   await look();
-  await showAll(agent);
+  const {state} = await showAll(agent);
   at("fill-button").focus();
-  if (card.state !== "noProgram") await agent.watch();
+  if (state !== "noProgram") await agent.watch();
 }
 
 function fail(failure) {
