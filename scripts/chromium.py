@@ -83,6 +83,16 @@ class Chromium:
         # Without a filter, tabs are left out.
         return self.call("Target.getTargets", filter=[{"type": kind}])["targetInfos"]
 
+    def waitForTarget(self, kind, isMeant, seconds=SECONDS_FOR_ANSWER):
+        """The identifier of the first target for which `isMeant` holds, once there is one."""
+        end = time.monotonic() + seconds
+        while True:
+            for target in self.targets(kind):
+                if isMeant(target):
+                    return target["targetId"]
+            expect(time.monotonic() < end, f"no {kind} of that kind appears")
+            time.sleep(0.05)
+
     def page(self, target):
         return Page(self, target)
 
@@ -116,21 +126,30 @@ class Page:
         expect(not details, f"{expression[:80]}: {details.get('exception', details)}")
         return done["result"].get("value")
 
-    def waitFor(self, condition, seconds=15):
+    def waitFor(self, condition, seconds=SECONDS_FOR_ANSWER):
         end = time.monotonic() + seconds
         while time.monotonic() < end:
-            if self.evaluate(condition):
-                return
+            try:
+                if self.evaluate(condition):
+                    return
+            except Failure as failure:
+                # The page was about to become another one.
+                if "context" not in str(failure) and "navigated" not in str(failure):
+                    raise
             time.sleep(0.05)
         raise Failure(f"it did not come to pass within {seconds} s: {condition}")
 
     def click(self, selector):
-        box = self.evaluate(f"""(() => {{
+        measure = f"""(() => {{
             const element = document.querySelector({json.dumps(selector)});
             element.scrollIntoView();
             const {{left, top, width, height}} = element.getBoundingClientRect();
             return {{x: left + width / 2, y: top + height / 2}};
-        }})()""")
+        }})()"""
+        box = None
+        # A popup grows with what it shows.
+        while box != (box := self.evaluate(measure)):
+            time.sleep(0.05)
         for kind in ("mousePressed", "mouseReleased"):
             self.call("Input.dispatchMouseEvent", type=kind, button="left", clickCount=1, **box)
 
