@@ -53,7 +53,7 @@ TEST_F(CompletionTest, OffersWordsOptionsAndWhatTheAgentHas) {
         run({"env", "PATH=" + bin.native() + ":/usr/bin:/bin", "fish", "-c",
              "source $argv[1]; complete -C $argv[2]",
              bin.parent_path() / "share/fish/vendor_completions.d/quenlet.fish", line});
-    EXPECT_THAT(fish.out, testing::StartsWith(offer)) << line << fish.err;
+    EXPECT_THAT(fish.out, testing::StartsWith(offer)) << line << ": " << fish.err;
   }
 }
 

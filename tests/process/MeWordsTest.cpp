@@ -132,6 +132,9 @@ TEST_F(MeWordsTest, FindsWhatIsNotWellAndChangesNothing) {
        "NOT WELL  own card", "NOT WELL  records      feedback.plist is damaged: ", "NOT WELL  unit",
        "do: systemctl --user unmask quenlet-agent.service\n", "well      agent"});
   expect("doctor --json", 1, {R"({"check":"own card","well":false,"found":)"});
+  writeOwnersCard(cardText("Anna Berg", {"TEL:no"}));
+  expect("status --wide", 0, {"read, without some of its lines:", "TEL"});
+  expect("doctor --wide", 1, {"read, without 1 of its lines"});
   for (const auto& [service, socket, said] :
        {std::tuple<std::string, std::string, std::string>{
             "disabled", "enabled", "well      unit         socket enabled: starts on demand\n"},

@@ -28,7 +28,6 @@ void writeAdvice(std::ostream& stream, const Screen& screen, const std::string& 
   } else {
     screen.writeParagraph(stream, text, 0, hanging);
   }
-  stream << std::flush;
 }
 
 void tellBehind(const Session& session, const std::string& lead, const std::string& sentence) {
@@ -59,6 +58,7 @@ void Session::warn(const std::string& sentence) const { tellBehind(*this, "quenl
 
 void Session::hint(const Advice& advice) const {
   writeAdvice(err, errorScreen, "hint: ", advice, 2);
+  err << std::flush;
 }
 
 void Session::advise(const Advice& advice) const { writeAdvice(out, screen, "do: ", advice); }

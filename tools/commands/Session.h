@@ -47,10 +47,10 @@ struct Session final {
 
   // Writes sentences to `out`, made safe for a terminal, in lines that fit.
   void say(const std::string& sentences) const;
-  // Behind "do: " what to do about what was said.
+  // Writes to `out`, behind "do: ", what to do about what was said.
   void advise(const Advice& advice) const;
-  // The same as say() to `err`: text before a question; behind "quenlet: " a warning; behind "hint:
-  // " advice.
+  // The same as say() to `err`: text before a question, a warning behind "quenlet: ", or advice
+  // behind "hint: ".
   void tell(const std::string& sentences, std::size_t indentation = 0) const;
   void warn(const std::string& sentence) const;
   void hint(const Advice& advice) const;

@@ -5,7 +5,7 @@
 namespace quenlet {
 namespace {
 
-// What the agent gives may be older than the own card: values of both count once.
+// The agent's card may be older than the own card: a value that both have counts once.
 TEST(WholeCardTest, LeavesOutDonatedValuesThatTheOwnCardHas) {
   const auto labeled = [](auto value) {
     return std::make_shared<const LabeledValue<decltype(value)>>(
