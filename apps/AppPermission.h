@@ -19,9 +19,9 @@ struct AppPermission final {
   OwnersWord word = OwnersWord::unknown;
   CardKinds kinds = {};  // of a "yes" to the card
 
-  // Of an entry of the permission store: nothing for unknown, "no", or for the card the words of
-  // the kinds and for donations "yes". Others may write there, too: "yes" to the card is all usual
-  // kinds; anything that is not a plain permission is a no.
+  // What an entry of the permission store says: nothing for unknown, "no", or for the card the
+  // words of the kinds and for donations "yes". Others may write there, too: "yes" to the card is
+  // all usual kinds; anything that is not a plain permission is a no.
   [[nodiscard]] static AppPermission fromTexts(AppWish wish, const std::vector<std::string>& texts);
   [[nodiscard]] std::vector<std::string> texts(AppWish wish) const;
 

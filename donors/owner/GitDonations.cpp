@@ -11,7 +11,7 @@ namespace quenlet {
 namespace {
 
 constexpr std::chrono::seconds patience(5);
-// Of "git config --get" for a key that is nowhere set.
+// The status of "git config --get" for a key that is not set anywhere.
 constexpr int notSet = 1;
 
 }  // namespace

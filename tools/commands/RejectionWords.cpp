@@ -46,7 +46,7 @@ void RejectionWords::addTo(CLI::App& app, ChosenAction& chosen) {
       ->type_name("")
       ->required();
   byValue->footer(
-      "All donations of the value go, whoever gave them and under whatever label. \"quenlet\n"
+      "All donations of the value go, from any donor and under any label. \"quenlet\n"
       "unreject VALUE\" takes it back. An image cannot be rejected.");
   byValue->callback(
       [this, &chosen] { chosen = [this](Session& session) { return reject(session); }; });
